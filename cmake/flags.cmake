@@ -1,0 +1,33 @@
+# Compiler flags of the project's own targets.
+#
+#   qrv_flags(target)      what every target of ours is built with
+#   qrv_native_flags(...)  in addition, for code below the provider layer: no exceptions, no RTTI
+#   qrv_kernel_flags(...)  in addition, for one kernel build: its instruction set, fewer conversions warned of
+
+# 32-bit code computes in SSE registers in every folder; x87 is used only where a source says long double.
+# Callers may hand over a stack that is aligned to 4 bytes, so entries realign it.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  set(QRV_ARCH_FLAGS -msse2 -mfpmath=sse -mstackrealign)
+else()
+  set(QRV_ARCH_FLAGS "")
+endif()
+
+function(qrv_flags target)
+  target_compile_options(${target} PRIVATE
+    ${QRV_ARCH_FLAGS} -ffp-contract=off -Wall -Wextra -Wpedantic -Wshadow
+    $<$<COMPILE_LANGUAGE:CXX>:-Wconversion>)
+  if(QRV_WARNINGS_AS_ERRORS)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+endfunction()
+
+function(qrv_native_flags target)
+  qrv_flags(${target})
+  target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti -fno-math-errno -fno-trapping-math)
+endfunction()
+
+function(qrv_kernel_flags target build)
+  qrv_native_flags(${target})
+  target_compile_options(${target} PRIVATE ${ARGN} -Wno-conversion -fno-asynchronous-unwind-tables)
+  target_compile_definitions(${target} PRIVATE QRV_KERNEL_BUILD=${build})
+endfunction()

@@ -1,0 +1,24 @@
+# What a user's build system finds: headers, libraries, a CMake package and a pkg-config file.
+# Nothing installed holds an absolute path, so the prefix may be moved.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+install(TARGETS qrv qrv_static EXPORT qrvTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/qrv DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/qrv)
+install(EXPORT qrvTargets NAMESPACE qrv:: DESTINATION ${package_dir})
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/qrvConfig.cmake.in ${PROJECT_BINARY_DIR}/qrvConfig.cmake
+                              INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/qrvConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/qrvConfig.cmake ${PROJECT_BINARY_DIR}/qrvConfigVersion.cmake
+        DESTINATION ${package_dir})
+
+# From <libdir>/pkgconfig back to the prefix, whatever depth the library folder has.
+file(RELATIVE_PATH QRV_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+string(REGEX REPLACE "/$" "" QRV_PC_TO_PREFIX "${QRV_PC_TO_PREFIX}")
+configure_file(${CMAKE_CURRENT_LIST_DIR}/qrv.pc.in ${PROJECT_BINARY_DIR}/qrv.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/qrv.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,10 @@
+// Decision routines of BLAS in the native calling form: they choose a number of threads and a path.
+#pragma once
+
+extern "C" {
+
+// General matrix product; takes the arguments of SGEMM, unchecked.
+void qrv_blas_sgemm(const char* transa, const char* transb, const int* m, const int* n, const int* k,
+                    const float* alpha, const float* a, const int* lda, const float* b, const int* ldb,
+                    const float* beta, float* c, const int* ldc);
+}

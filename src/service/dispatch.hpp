@@ -1,0 +1,67 @@
+// DispatchSlot: a routine with five builds, of which the processor class selects one on first use.
+//
+// The call costs one load, one test and one indirect tail call. The slot is filled without a lock: threads that
+// race find the same build. It is null at load, needs no initialiser to run, and is never reset.
+#pragma once
+
+#include <atomic>
+
+#include "qrv/service.h"
+
+namespace qrv {
+
+template <class Signature>
+struct Variants {
+    Signature *generic, *sse2, *sse3, *ssse3, *sse42;
+};
+
+// The build for a CpuType; null for a number that is none.
+template <class Signature>
+constexpr Signature* pick(const Variants<Signature>& variants, int cpuType) {
+    switch (cpuType) {
+    case 0:
+        return variants.generic;
+    case 2:
+        return variants.sse2;
+    case 3:
+        return variants.sse3;
+    case 4:
+        return variants.ssse3;
+    case 5:
+        return variants.sse42;
+    default:
+        return nullptr;
+    }
+}
+
+template <class Signature>
+class DispatchSlot;
+
+template <class Result, class... Args>
+class DispatchSlot<Result(Args...)> {
+public:
+    using Signature = Result(Args...);
+
+    constexpr explicit DispatchSlot(const Variants<Signature>& variants) : variants_(variants) {}
+
+    Result operator()(Args... args) {
+        Signature* routine = chosen_.load(std::memory_order_relaxed);
+        if (!routine) [[unlikely]]
+            routine = choose();
+        return routine(args...);
+    }
+
+    constexpr const Variants<Signature>& variants() const { return variants_; }
+
+private:
+    [[gnu::cold, gnu::noinline]] Signature* choose() {
+        Signature* routine = pick(variants_, qrv_serv_get_cpu_type());
+        chosen_.store(routine, std::memory_order_relaxed);
+        return routine;
+    }
+
+    Variants<Signature> variants_;
+    std::atomic<Signature*> chosen_{nullptr};
+};
+
+} // namespace qrv

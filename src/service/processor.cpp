@@ -1,0 +1,154 @@
+#include "service/processor.hpp"
+
+#include <atomic>
+#include <cpuid.h>
+#include <cstdlib>
+#include <cstring>
+#include <x86intrin.h>
+
+#include "service/environment.hpp"
+#include "service/lock.hpp"
+
+namespace qrv {
+namespace {
+
+constexpr std::size_t overrideRoom = 32; // characters of an override's text, NUL included
+
+constexpr int undecided = -1;
+std::atomic<int> cpuTypeWord{undecided};
+std::atomic<int> cpuMaWord{undecided};
+std::atomic<int> l2ClassWord{unknown};
+std::atomic<bool> cpuTypeForced{false};
+
+CacheList cacheList; // written once, under the lock, before cachesKnown
+std::atomic<bool> cachesKnown{false};
+
+// The usual leading-number conversion, with texts beyond the range of int at its ends.
+int leading_number(const char* text) {
+    const long value = std::strtol(text, nullptr, 10);
+    constexpr long largest = std::numeric_limits<int>::max();
+    return static_cast<int>(value > largest ? largest : value < -largest ? -largest : value);
+}
+
+// CPUID exists if bit 21 of EFLAGS can be changed.
+bool has_cpuid() {
+    constexpr auto idFlag = 1U << 21;
+    const auto before = __readeflags();
+    __writeeflags(before ^ idFlag);
+    const auto after = __readeflags();
+    __writeeflags(before);
+    return ((before ^ after) & idFlag) != 0;
+}
+
+// The vendor plays no part: every processor runs the same ladder.
+int detect_cpu_type() {
+    return has_cpuid() ? cpu_type_of(cpuid(1)) : 0;
+}
+
+const CacheList& caches() {
+    if (!cachesKnown.load(std::memory_order_acquire)) {
+        const LockGuard guard;
+        if (!cachesKnown.load(std::memory_order_relaxed)) {
+            constexpr int cacheLeaf = 4;
+            if (static_cast<int>(cpuid(0).eax) >= cacheLeaf)
+                cacheList = caches_of([](int subleaf) { return cpuid(cacheLeaf, subleaf); });
+            cachesKnown.store(true, std::memory_order_release);
+        }
+    }
+    return cacheList;
+}
+
+} // namespace
+
+CpuidWords cpuid(int leaf, int subleaf) {
+    CpuidWords words;
+    __cpuid_count(leaf, subleaf, words.eax, words.ebx, words.ecx, words.edx);
+    return words;
+}
+
+int cpu_type_override(const char* text) {
+    if (!text)
+        return unknown;
+    const int value = leading_number(text);
+    if (value == 0 && std::strcmp(text, "0") == 0)
+        return 0;
+    if (value < 1 || value > 5)
+        return unknown;
+    return value == 1 ? 0 : value;
+}
+
+const char* kernel_variant_name(int cpuType) {
+    switch (cpuType) {
+    case 5:
+        return "sse42";
+    case 4:
+        return "ssse3";
+    case 3:
+        return "sse3";
+    case 2:
+        return "sse2";
+    default:
+        return "generic";
+    }
+}
+
+CpuTypeOrigin cpu_type_origin() {
+    qrv_serv_get_cpu_type();
+    return cpuTypeForced.load(std::memory_order_relaxed) ? CpuTypeOrigin::forced : CpuTypeOrigin::detected;
+}
+
+} // namespace qrv
+
+using namespace qrv;
+
+void qrv_serv_cpuid(int leaf, int subleaf, int* eax, int* ebx, int* ecx, int* edx) {
+    const CpuidWords words = cpuid(leaf, subleaf);
+    *eax = static_cast<int>(words.eax);
+    *ebx = static_cast<int>(words.ebx);
+    *ecx = static_cast<int>(words.ecx);
+    *edx = static_cast<int>(words.edx);
+}
+
+int qrv_serv_get_cpu_type() {
+    if (const int known = cpuTypeWord.load(std::memory_order_relaxed); known >= 0)
+        return known;
+    const LockGuard guard;
+    if (const int known = cpuTypeWord.load(std::memory_order_relaxed); known >= 0)
+        return known;
+    const int forced = cpu_type_override(read_variable(process_environment, "QRV_DEBUG_CPU_TYPE", overrideRoom));
+    cpuTypeForced.store(forced != unknown, std::memory_order_relaxed);
+    const int decided = forced != unknown ? forced : detect_cpu_type();
+    cpuTypeWord.store(decided, std::memory_order_relaxed);
+    return decided;
+}
+
+// Without a lock: threads that come here at once compute the same value.
+int qrv_serv_get_cpu_ma() {
+    if (const int known = cpuMaWord.load(std::memory_order_relaxed); known != undecided)
+        return known;
+    const char* text = read_variable(process_environment, "QRV_DEBUG_CPU_MA", overrideRoom);
+    const int decided = cpu_ma_of(qrv_serv_get_cpu_type(), cpuid(1), text ? leading_number(text) : 0);
+    cpuMaWord.store(decided, std::memory_order_relaxed);
+    return decided;
+}
+
+int qrv_serv_get_l2_class() {
+    if (const int known = l2ClassWord.load(std::memory_order_relaxed); known != unknown)
+        return known;
+    const int decided = l2_class_of(cpuid(2));
+    l2ClassWord.store(decided, std::memory_order_relaxed);
+    return decided;
+}
+
+int qrv_serv_get_cache_size(int level) {
+    return caches().size(level);
+}
+
+int qrv_serv_get_cache_sizes(int* sizes) {
+    constexpr int room = 4; // words behind the count
+    const CacheList& list = caches();
+    sizes[0] = list.count;
+    for (int level = 1; level <= list.count && level <= room; ++level)
+        sizes[level] = list.size(level);
+    return list.count;
+}

@@ -1,0 +1,38 @@
+// Work memory: aligned scratch buffers, of which each thread keeps up to five for reuse.
+//
+// A repeat of the same allocation pattern on one thread costs a scan of at most five slots, without a lock and
+// without a call of the allocator. Sizes above pooledLimit, and everything while the pool is off
+// (QRV_DISABLE_FAST_MM or QRV_MM_DISABLE set), come from malloc as they are, so alignment is honoured for pooled
+// blocks only. A caller that cannot live with an unaligned block aligns inside its buffer.
+#pragma once
+
+#include <cstddef>
+
+#include "qrv/service.h"
+
+// `size` bytes at `alignment` (a power of two; others above 4 are taken as 32, below 4 as none), or null if size
+// is 0 or memory is exhausted.
+extern "C" void* qrv_serv_allocate(std::size_t size, int alignment);
+
+// Gives back a block of qrv_serv_allocate, on any thread. Null does nothing.
+extern "C" void qrv_serv_deallocate(void* address);
+
+namespace qrv {
+
+constexpr std::size_t pooledLimit = 0x2800000; // bytes; larger blocks are not kept
+constexpr int poolSlots = 5;                   // buffers kept per thread
+constexpr int poolRecords = 8193;              // threads that get a record; later ones allocate unpooled
+
+// The C runtime's allocator, through which all work memory goes. Tests count and refuse calls here.
+struct AllocatorSlots {
+    void* (*malloc)(std::size_t);
+    void* (*calloc)(std::size_t, std::size_t);
+    void* (*realloc)(void*, std::size_t);
+    void (*free)(void*);
+};
+extern AllocatorSlots allocatorSlots;
+
+// Whether buffers are kept at all; reads the environment on first use.
+bool pool_enabled();
+
+} // namespace qrv
