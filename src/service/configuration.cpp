@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <omp.h>
 
-#include "blas/kernel/kernels.hpp"
 #include "qrv/service.h"
 #include "service/processor.hpp"
 #include "service/thread_budget.hpp"
@@ -62,7 +61,7 @@ void describe_processor(TextWriter& out) {
     const int cpuType = qrv_serv_get_cpu_type();
     out.line("processor class   %d (%s), %s", cpuType, kernel_variant_name(cpuType),
              cpu_type_origin() == CpuTypeOrigin::forced ? "forced by QRV_DEBUG_CPU_TYPE" : "detected");
-    out.line("kernel build      SGEMM: %s", kernel::gemm_build_name(cpuType));
+    out.line("kernel build      %s", kernel_variant_name(cpuType));
     out.line("CpuMa             %d", qrv_serv_get_cpu_ma());
     const int levels = qrv_serv_get_cache_size(0) < 0 ? 0 : 1;
     if (levels == 0)

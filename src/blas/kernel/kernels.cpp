@@ -6,24 +6,16 @@
 namespace qrv::kernel {
 namespace {
 
-// One build stands so far and serves every processor class.
 #define QRV_DEFINE_SLOT(Result, name, parameters, arguments)                                                           \
     constinit DispatchSlot<Result parameters> name##_slot{                                                             \
-        {generic::name, generic::name, generic::name, generic::name, generic::name}};
+        {generic::name, sse2::name, sse3::name, ssse3::name, sse42::name}};
 QRV_KERNELS(QRV_DEFINE_SLOT)
 #undef QRV_DEFINE_SLOT
 
 } // namespace
-
-const char* gemm_build_name(int) {
-    return "generic";
-}
-
 } // namespace qrv::kernel
 
 #define QRV_DEFINE_DISPATCHER(Result, name, parameters, arguments)                                                     \
-    Result qrv_##name parameters {                                                                                     \
-        return qrv::kernel::name##_slot arguments;                                                                     \
-    }
+    Result qrv_##name parameters { return qrv::kernel::name##_slot arguments; }
 QRV_KERNELS(QRV_DEFINE_DISPATCHER)
 #undef QRV_DEFINE_DISPATCHER

@@ -10,6 +10,7 @@
 // tiles of 16, then one of 8, then singly.
 #include <cstring>
 
+#include "blas/kernel/common/no_plan.hpp"
 #include "blas/kernel/kernels.hpp"
 #include "blas/matrix.hpp"
 #include "service/work_pool.hpp"
@@ -25,8 +26,8 @@ constexpr int kTailUnit = 16;    // a shorter one is cut to a multiple of this, 
 constexpr int columnGroup = 128; // columns of C per pass over k
 constexpr int rowTile = 16;
 constexpr int rowTail = 8;
-constexpr int rowGroup = 4;     // rows of one register tile
-constexpr int memsetRows = 25;  // from this column height on, zeroing calls memset
+constexpr int rowGroup = 4;    // rows of one register tile
+constexpr int memsetRows = 25; // from this column height on, zeroing calls memset
 constexpr int workAlignment = 128;
 constexpr int tileBytes = 4112;
 constexpr int panelBytes = 51216;
@@ -52,7 +53,9 @@ struct PanelView {
     const float* column(int j) const { return data + j * stride; }
 };
 
-constexpr int smaller(int a, int b) { return a < b ? a : b; }
+constexpr int smaller(int a, int b) {
+    return a < b ? a : b;
+}
 
 // C += alpha*op(A)*op(B), element by element.
 void plain_loop(int m, int n, int k, float alpha, Operand a, Operand b, Matrix<float> c) {
@@ -162,7 +165,9 @@ void multiply(int m, int n, int k, float alpha, Operand a, Operand b, Matrix<flo
     }
 }
 
-bool transposes(char option) { return option != 'N' && option != 'n'; }
+bool transposes(char option) {
+    return option != 'N' && option != 'n';
+}
 
 } // namespace
 
@@ -182,9 +187,7 @@ void blas_sgemm_scale_c(const int* m, const int* n, const float* beta, float* c,
     }
 }
 
-void blas_sgemm_kernel(const char* transa, const char* transb, const int* m, const int* n, const int* k,
-                       const float* alpha, const float* a, const int* lda, const float* b, const int* ldb,
-                       const float* beta, float* c, const int* ldc) {
+void blas_sgemm_kernel(QRV_GEMM_PARAMETERS(float)) {
     if (*m < 1 || *n < 1)
         return;
     if (*beta != 1)
