@@ -1,0 +1,23 @@
+// Runs the tests of one program, after a check that a forced processor class took effect.
+#include <cstdio>
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+#include "qrv/service.h"
+#include "service/processor.hpp"
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    if (const char* forced = std::getenv("QRV_DEBUG_CPU_TYPE")) {
+        const int type = std::atoi(forced);
+        if (type > qrv::cpu_type_of(qrv::cpuid(1))) {
+            std::printf("skipped: this processor cannot run class %d\n", type);
+            return 77;
+        }
+        if (qrv_serv_get_cpu_type() != type) {
+            std::printf("QRV_DEBUG_CPU_TYPE=%s did not take effect\n", forced);
+            return 1;
+        }
+    }
+    return RUN_ALL_TESTS();
+}
