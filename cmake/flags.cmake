@@ -28,6 +28,6 @@ endfunction()
 
 function(qrv_kernel_flags target build)
   qrv_native_flags(${target})
-  target_compile_options(${target} PRIVATE ${ARGN} -Wno-conversion -fno-asynchronous-unwind-tables)
+  target_compile_options(${target} PRIVATE ${ARGN} -Wno-conversion -Wno-sign-conversion -fno-asynchronous-unwind-tables)
   target_compile_definitions(${target} PRIVATE QRV_KERNEL_BUILD=${build})
 endfunction()

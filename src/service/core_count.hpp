@@ -33,7 +33,7 @@ struct CoreCount {
 
 // Number of APIC id bits that tell `count` things apart.
 constexpr int id_width(std::uint32_t count) {
-    return count <= 1 ? 0 : std::bit_width(count - 1);
+    return count <= 1 ? 0 : 32 - std::countl_zero(count - 1);
 }
 
 // How many logical processors a package and how many cores it reserves ids for.

@@ -1,0 +1,10 @@
+# The kernel builds: what each may use, and its sources under src/.
+set(QRV_KERNEL_BUILDS generic sse2 sse3 ssse3 sse42)
+set(QRV_KERNEL_FLAGS_generic "")
+set(QRV_KERNEL_FLAGS_sse2 -msse2)
+set(QRV_KERNEL_FLAGS_sse3 -msse3)
+set(QRV_KERNEL_FLAGS_ssse3 -mssse3)
+set(QRV_KERNEL_FLAGS_sse42 -msse4.2)
+foreach(build IN LISTS QRV_KERNEL_BUILDS)
+  set(QRV_KERNEL_SOURCES_${build} blas/kernel/${build}/gemm.cpp)
+endforeach()

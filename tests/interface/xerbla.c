@@ -1,0 +1,32 @@
+/* The public headers as C99, each included twice, and a program's own XERBLA in place of the library's. */
+#include "qrv/native.h"
+#include "qrv/service.h"
+
+#include <stdio.h>
+#include <string.h>
+
+static int position;
+
+void XERBLA(const char* name, const int* info, int length) {
+    if (length == 6 && memcmp(name, "SGEMM ", 6) == 0)
+        position = *info;
+}
+
+int main(void) {
+    const int two = 2, bad = 1;
+    const float one = 1;
+    float a[4] = {1, 2, 3, 4}, c[4] = {0, 0, 0, 0};
+
+    SGEMM("N", "N", &two, &two, &two, &one, a, &bad, a, &two, &one, c, &two);
+    if (position != 8 || c[0] != 0) {
+        printf("the library's XERBLA was called: position %d\n", position);
+        return 1;
+    }
+    SGEMM("N", "N", &two, &two, &two, &one, a, &two, a, &two, &one, c, &two);
+    if (c[0] != 7 || c[1] != 10 || c[2] != 15 || c[3] != 22) {
+        printf("wrong product: %g %g %g %g\n", (double)c[0], (double)c[1], (double)c[2], (double)c[3]);
+        return 1;
+    }
+    printf("qrv %s\n", qrv_serv_get_version());
+    return 0;
+}

@@ -1,0 +1,328 @@
+// The thread budget: its environment grammar, its decision, the core count on simulated machines, and what a fresh
+// process makes of all three.
+#include <gtest/gtest.h>
+#include <map>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "service/core_count.hpp"
+#include "service/thread_budget.hpp"
+#include "support/child.hpp"
+
+namespace qrv::test {
+namespace {
+
+// ---- Environment ------------------------------------------------------------------------------------------
+
+std::map<std::string, std::string> fakeEnvironment;
+
+const char* fake_reader(const char* name) {
+    const auto found = fakeEnvironment.find(name);
+    return found == fakeEnvironment.end() ? nullptr : found->second.c_str();
+}
+
+ThreadSettings settings_of(std::map<std::string, std::string> environment, ThreadSettings given = {}) {
+    fakeEnvironment = std::move(environment);
+    return read_thread_settings(given, fake_reader);
+}
+
+TEST(ThreadSettings, NumberOfThreads) {
+    const struct {
+        const char* text;
+        int expected;
+    } rows[] = {{"4", 4}, {"abc", 1}, {"8x", 1}, {"0", -1},  {"00", -1},
+                {"", -1}, {"-3", 1},  {" 2", 1}, {"007", 7}, {"99999999999999999999", 2147483647}};
+    for (const auto& row : rows)
+        EXPECT_EQ(settings_of({{"QRV_NUM_THREADS", row.text}}).requested[0], row.expected) << row.text;
+    EXPECT_EQ(settings_of({{"QRV_NUM_THREADS", std::string(255, '0') + "4"}}).requested[0], -1)
+        << "a text beyond its room counts as unset";
+}
+
+TEST(ThreadSettings, DomainList) {
+    const struct {
+        const char* text;
+        int all, blas, fft, vec;
+    } rows[] = {
+        {"QRV_ALL=4,QRV_BLAS=2;QRV_FFT 3", 4, 2, 3, -1},
+        {"QRV_BLAS=", -1, 1, -1, -1},
+        {"QRV_BLAS=x", -1, 1, -1, -1},
+        {"QRV_BLAS=2x", -1, 1, -1, -1},
+        {"QRV_BLAS=0", -1, -1, -1, -1},
+        {"QRV_BLAS=0,QRV_BLAS=5", -1, 5, -1, -1},
+        {"QRV_BLAS=3,QRV_BLAS=5", -1, 3, -1, -1},
+        {"qrv_blas=3", -1, -1, -1, -1},
+        {"OTHER=3 QRV_VEC = 2", -1, -1, -1, 2},
+        {"\"QRV_ALL=2\" 'QRV_VEC=5'", 2, -1, -1, 5},
+        {"QRV_FFT==6", -1, -1, 6, -1},
+        {" ,;:\"'QRV_FFT=6", -1, -1, 6, -1},
+        {"=3,QRV_FFT=6", -1, -1, -1, -1},      // an empty key ends the list
+        {"QRV_ALL,QRV_FFT=6", -1, -1, -1, -1}, // a comma does not end a key
+        {"QRV_ALL:QRV_FFT=6 QRV_VEC=1", -1, -1, -1, 1},
+        {"QRV_ALL", 1, -1, -1, -1},
+        {"QRV_BLAS=,QRV_FFT=2", -1, 1, 2, -1},
+    };
+    for (const auto& row : rows) {
+        const ThreadSettings found = settings_of({{"QRV_DOMAIN_NUM_THREADS", row.text}});
+        EXPECT_TRUE(found.requested[0] == row.all && found.requested[1] == row.blas && found.requested[2] == row.fft &&
+                    found.requested[3] == row.vec)
+            << row.text << " gave " << found.requested[0] << ' ' << found.requested[1] << ' ' << found.requested[2]
+            << ' ' << found.requested[3];
+    }
+    EXPECT_EQ(settings_of({{"QRV_NUM_THREADS", "2"}, {"QRV_DOMAIN_NUM_THREADS", "QRV_ALL=8"}}).requested[0], 2);
+    EXPECT_EQ(settings_of({{"QRV_NUM_THREADS", "0"}, {"QRV_DOMAIN_NUM_THREADS", "QRV_ALL=8"}}).requested[0], 8);
+    ThreadSettings given;
+    given.requested[QRV_DOMAIN_BLAS] = 0;
+    EXPECT_EQ(settings_of({{"QRV_DOMAIN_NUM_THREADS", "QRV_BLAS=8"}}, given).requested[1], 0)
+        << "a setter's store, even of 0, wins over the environment";
+}
+
+TEST(ThreadSettings, DynamicAndLaunchers) {
+    for (const char* off : {"FALSE", "false", " \"false\"", "'FALSE' x"})
+        EXPECT_EQ(settings_of({{"QRV_DYNAMIC", off}}).dynamic, 0) << off;
+    for (const char* on : {"False", "0", "no", "true", "falsehood", ""})
+        EXPECT_EQ(settings_of({{"QRV_DYNAMIC", on}}).dynamic, 1) << on;
+    EXPECT_EQ(settings_of({}).dynamic, 1);
+
+    EXPECT_EQ(settings_of({{"OMP_NUM_THREADS", "4,2"}}).ompNumThreads, 1);
+    EXPECT_EQ(settings_of({{"OMP_NUM_THREADS", "0"}}).ompNumThreads, -1);
+    const auto procs = [](const char* text) {
+        return settings_of({{"W_MPI_NUMBER_OF_MPI_PROCESSES_PER_NODE", text}}).mpiProcsPerNode;
+    };
+    EXPECT_EQ(procs("2"), 2);
+    EXPECT_EQ(procs("0"), -1);
+    EXPECT_EQ(procs("2x"), -1);
+    const auto level = [](const char* text) { return settings_of({{"W_MPI_THREAD_LEVEL", text}}).mpiThreadLevel; };
+    EXPECT_EQ(level("3"), 3);
+    EXPECT_EQ(level("4"), 0);
+    EXPECT_EQ(level("x"), 0);
+    EXPECT_EQ(level(""), -1) << "empty is unset";
+}
+
+// ---- Decision ---------------------------------------------------------------------------------------------
+
+BudgetFacts machine_of(int cores, int ompThreads) {
+    BudgetFacts facts;
+    facts.settings.dynamic = 1;
+    facts.physicalCores = cores;
+    facts.ompMaxThreads = ompThreads;
+    return facts;
+}
+
+int budget(const BudgetFacts& facts, int domain = QRV_DOMAIN_ALL) {
+    return thread_budget(facts, domain).threads;
+}
+
+TEST(ThreadBudget, RequestsAndCores) {
+    BudgetFacts facts = machine_of(8, 16);
+    EXPECT_EQ(budget(facts), 8) << "hyper-threads are not used by default";
+    facts.settings.requested[QRV_DOMAIN_ALL] = 16;
+    EXPECT_EQ(budget(facts), 8);
+    facts.settings.dynamic = 0;
+    EXPECT_EQ(budget(facts), 16);
+    facts.inParallel = true;
+    EXPECT_EQ(budget(facts), 16) << "without dynamic adjustment a region does not matter";
+    facts.settings.dynamic = 1;
+    EXPECT_EQ(budget(facts), 1);
+}
+
+TEST(ThreadBudget, Domains) {
+    BudgetFacts facts = machine_of(8, 6);
+    facts.settings.requested[QRV_DOMAIN_BLAS] = 3;
+    EXPECT_EQ(budget(facts, QRV_DOMAIN_BLAS), 3);
+    EXPECT_EQ(budget(facts), 6) << "the query for everything falls to OpenMP's number";
+    EXPECT_EQ(budget(facts, QRV_DOMAIN_FFT), 6);
+    facts.settings.requested[QRV_DOMAIN_ALL] = 2;
+    EXPECT_EQ(budget(facts, QRV_DOMAIN_BLAS), 3);
+    EXPECT_EQ(budget(facts, QRV_DOMAIN_VEC), 2);
+    for (const int other : {0, 4, -1})
+        EXPECT_EQ(budget(facts, other), 2) << other;
+    facts.settings.requested[QRV_DOMAIN_BLAS] = 0;
+    EXPECT_EQ(budget(facts, QRV_DOMAIN_BLAS), 2) << "0 is no request";
+}
+
+TEST(ThreadBudget, MessagePassing) {
+    BudgetFacts facts = machine_of(8, 8);
+    facts.settings.mpiProcsPerNode = 2;
+    EXPECT_EQ(budget(facts), 1) << "no thread level";
+    facts.settings.mpiThreadLevel = 1;
+    EXPECT_EQ(budget(facts), 4);
+    facts.settings.mpiProcsPerNode = 5;
+    EXPECT_EQ(budget(facts), 1) << "one core a process";
+    facts.settings.ompNumThreads = 1;
+    EXPECT_EQ(budget(facts), 8) << "OMP_NUM_THREADS sets the launcher's number aside";
+    facts.settings.ompNumThreads = -1;
+    facts.settings.requested[QRV_DOMAIN_ALL] = 6;
+    EXPECT_EQ(budget(facts), 6);
+    facts.mpiThreaded = 0;
+    EXPECT_EQ(budget(facts), 1);
+    facts.mpiThreaded = 1;
+    EXPECT_EQ(budget(facts), 6);
+}
+
+// ---- Core count -------------------------------------------------------------------------------------------
+
+// A simulated machine: which processors there are, their APIC ids, and what leaves 1 and 4 reserve.
+struct SimulatedMachine {
+    std::vector<int> apicIds; // by processor number; -1 where there is none
+    std::uint32_t logicalPerPackage = 1, coresPerPackage = 1, highestLeaf = 11;
+    bool knownVendor = true;
+    bool confined = false;
+    int pinned = -1;
+    int restores = 0;
+
+    bool read_masks(ProcessorMask& process, ProcessorMask& system) {
+        for (std::size_t p = 0; p < apicIds.size(); ++p)
+            system[p] = apicIds[p] >= 0;
+        process = system;
+        if (confined)
+            process[0] = false;
+        return true;
+    }
+    bool pin(int processor) {
+        if (apicIds[static_cast<std::size_t>(processor)] < 0)
+            return false;
+        pinned = processor;
+        return true;
+    }
+    void restore() {
+        pinned = -1;
+        ++restores;
+    }
+    void yield() {}
+    CpuidWords cpuid(int leaf, int) const {
+        const auto apicId = static_cast<std::uint32_t>(pinned < 0 ? 0 : apicIds[static_cast<std::size_t>(pinned)]);
+        if (leaf == 0)
+            return knownVendor ? CpuidWords{highestLeaf, 0x756E6547, 0x6C65746E, 0x49656E69}
+                               : CpuidWords{highestLeaf, 1, 2, 3};
+        if (leaf == 1)
+            return {0, apicId << 24 | logicalPerPackage << 16, 0, 1U << 28};
+        return {(coresPerPackage - 1) << 26, 0, 0, 0};
+    }
+};
+
+std::vector<int> ids(int count, int step = 1) {
+    std::vector<int> list;
+    for (int i = 0; i < count; ++i)
+        list.push_back(i * step);
+    return list;
+}
+
+CoreCount count(SimulatedMachine machine) {
+    const CoreCount result = count_cores(machine);
+    EXPECT_EQ(machine.pinned, -1);
+    if (!result.restricted) {
+        EXPECT_EQ(machine.restores, 1) << "the thread is put back exactly once";
+    }
+    return result;
+}
+
+TEST(CoreCount, SimulatedMachines) {
+    const struct {
+        const char* what;
+        SimulatedMachine machine;
+        int physical, logical;
+    } rows[] = {
+        {"one processor", {.apicIds = ids(1)}, 1, 1},
+        {"four cores", {.apicIds = ids(4), .logicalPerPackage = 4, .coresPerPackage = 4}, 4, 4},
+        {"four cores, two threads each", {.apicIds = ids(8), .logicalPerPackage = 8, .coresPerPackage = 4}, 4, 8},
+        {"threads numbered after cores",
+         {.apicIds = {0, 2, 4, 6, 1, 3, 5, 7}, .logicalPerPackage = 8, .coresPerPackage = 4},
+         4,
+         8},
+        {"two packages of two cores, two threads each",
+         {.apicIds = ids(8), .logicalPerPackage = 4, .coresPerPackage = 2},
+         4,
+         8},
+        {"ids reserved beyond the cores there are",
+         {.apicIds = {0, 1, 2, 3, 4, 5, 16, 17, 18, 19, 20, 21}, .logicalPerPackage = 16, .coresPerPackage = 8},
+         6,
+         12},
+        {"old leaves only: one core a package",
+         {.apicIds = ids(2), .logicalPerPackage = 2, .coresPerPackage = 2, .highestLeaf = 2},
+         1,
+         2},
+        {"foreign vendor: every APIC id its own core",
+         {.apicIds = ids(8), .logicalPerPackage = 8, .coresPerPackage = 4, .knownVendor = false},
+         8,
+         8},
+        {"a hole: the last processor is not looked at",
+         {.apicIds = {0, -1, 2, 3}, .logicalPerPackage = 4, .coresPerPackage = 4},
+         2,
+         3},
+        {"leaf 1 reserves no ids at all", {.apicIds = ids(4), .logicalPerPackage = 0, .coresPerPackage = 4}, 4, 4},
+        {"48 processors", {.apicIds = ids(48), .logicalPerPackage = 48, .coresPerPackage = 24}, 24, 48},
+        {"more processors than APIC ids",
+         {.apicIds =
+              [] {
+                  auto list = ids(300);
+                  for (int& id : list)
+                      id %= 256;
+                  return list;
+              }(),
+          .knownVendor = false},
+         256,
+         300},
+    };
+    for (const auto& row : rows) {
+        const CoreCount found = count(row.machine);
+        EXPECT_EQ(found.physicalCores, row.physical) << row.what;
+        EXPECT_EQ(found.logicalProcessors, row.logical) << row.what;
+    }
+}
+
+TEST(CoreCount, ConfinedProcessIsOneCore) {
+    const CoreCount found = count({.apicIds = ids(8), .knownVendor = false, .confined = true});
+    EXPECT_TRUE(found.restricted);
+    EXPECT_EQ(found.physicalCores, 1);
+    EXPECT_EQ(found.logicalProcessors, 1);
+}
+
+// ---- A fresh process --------------------------------------------------------------------------------------
+
+TEST(BudgetEnvironment, DefaultsAndRequests) {
+    auto found = probe({"affinity", "threads", "inside"}, {});
+    EXPECT_EQ(found["affinity_kept"], "1");
+    EXPECT_EQ(found["dynamic"], "1");
+    EXPECT_EQ(std::stoi(found["all"]), std::min(std::stoi(found["omp"]), std::stoi(found["cores"])));
+    EXPECT_EQ(found["all_inside"], "1");
+    EXPECT_EQ(found["in_parallel"], "1");
+
+    found = probe({"threads", "inside"},
+                  {{"QRV_DYNAMIC", "FALSE"}, {"QRV_NUM_THREADS", "16"}, {"QRV_DOMAIN_NUM_THREADS", "QRV_BLAS=3"}});
+    EXPECT_EQ(found["all"], "16");
+    EXPECT_EQ(found["blas"], "3");
+    EXPECT_EQ(found["fft"], "16");
+    EXPECT_EQ(found["all_inside"], "16");
+}
+
+TEST(BudgetEnvironment, SettersWin) {
+    auto found = probe({"request=3", "dynamic=0", "blas=2", "threads", "domain4=2"},
+                       {{"QRV_NUM_THREADS", "7"}, {"QRV_DOMAIN_NUM_THREADS", "QRV_BLAS=8"}});
+    EXPECT_EQ(found["all"], "3");
+    EXPECT_EQ(found["blas"], "2");
+    EXPECT_EQ(found["stored"], "0") << "an unknown domain stores nothing";
+    found = probe({"dynamic=0", "request=0", "blas=0", "threads"},
+                  {{"QRV_NUM_THREADS", "7"}, {"QRV_DOMAIN_NUM_THREADS", "QRV_BLAS=8"}});
+    EXPECT_EQ(found["result"], "0");
+    EXPECT_EQ(found["all"], "7") << "0 is no request for everything";
+    EXPECT_EQ(found["blas"], "7") << "0 keeps the environment out of the domain";
+    found = probe({"mpi_threaded=0", "threads"}, {});
+    EXPECT_EQ(found["all"], "1");
+}
+
+TEST(BudgetEnvironment, ReadOnceAndConfined) {
+    auto found =
+        probe({"threads", "set_QRV_NUM_THREADS=5", "threads"}, {{"QRV_DYNAMIC", "false"}, {"QRV_NUM_THREADS", "2"}});
+    EXPECT_EQ(found["all"], "2");
+    if (std::thread::hardware_concurrency() < 2)
+        GTEST_SKIP() << "one processor: nothing to confine";
+    found = probe({"pin", "threads"}, {{"QRV_NUM_THREADS", "8"}});
+    EXPECT_EQ(found["restricted"], "1");
+    EXPECT_EQ(found["all"], "1") << "a confined process counts as one core";
+    const ChildResult text = run_program(QRV_PROBE, {"pin", "configuration"}, {{"QRV_NUM_THREADS", "8"}});
+    EXPECT_NE(text.out.find("QRV_DYNAMIC=FALSE takes the request as it is"), std::string::npos) << text.out;
+}
+
+} // namespace
+} // namespace qrv::test

@@ -1,0 +1,131 @@
+// Prints, as "name=value" lines, what a fresh process finds: each argument is one step, done in the order given.
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <omp.h>
+#include <sched.h>
+#include <string>
+#include <string_view>
+#include <thread>
+
+#include "qrv/service.h"
+#include "service/thread_budget.hpp"
+#include "service/work_pool.hpp"
+
+namespace {
+
+void print(const char* name, long value) {
+    std::printf("%s=%ld\n", name, value);
+}
+
+void print_processor() {
+    print("cpu_type", qrv_serv_get_cpu_type());
+    print("cpu_ma", qrv_serv_get_cpu_ma());
+}
+
+void print_threads() {
+    print("all", qrv_serv_get_max_threads());
+    print("blas", qrv_serv_domain_get_max_threads(QRV_DOMAIN_BLAS));
+    print("fft", qrv_serv_domain_get_max_threads(QRV_DOMAIN_FFT));
+    print("dynamic", qrv_serv_get_dynamic());
+    print("omp", omp_get_max_threads());
+    print("cores", qrv::counted_cores().physicalCores);
+    print("restricted", qrv::counted_cores().restricted);
+}
+
+void print_inside_region() {
+    int all = 0, inside = 0;
+#pragma omp parallel num_threads(2)
+#pragma omp master
+    {
+        all = qrv_serv_get_max_threads();
+        inside = qrv_serv_in_parallel();
+    }
+    print("all_inside", all);
+    print("in_parallel", inside);
+}
+
+void print_pool() {
+    void* block = qrv_serv_allocate(1000, 128);
+    int buffers = 0;
+    const long bytes = static_cast<long>(qrv_serv_memory_stat(&buffers));
+    print("buffers", buffers);
+    print("bytes", bytes);
+    qrv_serv_deallocate(block);
+    qrv_serv_free_buffers();
+}
+
+// Whether the first budget query leaves the calling thread's processors as they were.
+void print_affinity_kept() {
+    cpu_set_t before, after;
+    sched_getaffinity(0, sizeof before, &before);
+    qrv_serv_get_max_threads();
+    sched_getaffinity(0, sizeof after, &after);
+    print("affinity_kept", CPU_EQUAL(&before, &after));
+}
+
+void pin_to_first_processor() {
+    cpu_set_t own;
+    sched_getaffinity(0, sizeof own, &own);
+    int first = 0;
+    while (!CPU_ISSET(first, &own))
+        ++first;
+    CPU_ZERO(&own);
+    CPU_SET(first, &own);
+    sched_setaffinity(0, sizeof own, &own);
+}
+
+void print_configuration() {
+    std::string text(static_cast<std::size_t>(qrv_serv_get_configuration(nullptr, 0)) + 1, '\0');
+    qrv_serv_get_configuration(text.data(), static_cast<int>(text.size()));
+    std::fputs(text.c_str(), stdout);
+}
+
+// "set_NAME=VALUE" puts a variable into the environment of the running process.
+void set_variable(std::string_view step) {
+    const auto equals = step.find('=');
+    setenv(std::string(step.substr(4, equals - 4)).c_str(), std::string(step.substr(equals + 1)).c_str(), 1);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view step = argv[i];
+        if (step == "processor")
+            print_processor();
+        else if (step == "threads")
+            print_threads();
+        else if (step == "inside")
+            print_inside_region();
+        else if (step == "pool")
+            print_pool();
+        else if (step == "affinity")
+            print_affinity_kept();
+        else if (step == "pin")
+            pin_to_first_processor();
+        else if (step == "configuration")
+            print_configuration();
+        else if (step == "request=3")
+            qrv_serv_set_num_threads(3);
+        else if (step == "request=0")
+            print("result", qrv_serv_set_num_threads(0));
+        else if (step == "blas=2")
+            print("stored", qrv_serv_domain_set_num_threads(2, QRV_DOMAIN_BLAS));
+        else if (step == "blas=0")
+            print("stored", qrv_serv_domain_set_num_threads(0, QRV_DOMAIN_BLAS));
+        else if (step == "domain4=2")
+            print("stored", qrv_serv_domain_set_num_threads(2, 4));
+        else if (step == "dynamic=0")
+            qrv_serv_set_dynamic(0);
+        else if (step == "mpi_threaded=0")
+            qrv_serv_set_mpi_threaded(0);
+        else if (step.starts_with("set_"))
+            set_variable(step);
+        else {
+            std::fprintf(stderr, "probe: unknown step %s\n", argv[i]);
+            return 2;
+        }
+    }
+    return 0;
+}
