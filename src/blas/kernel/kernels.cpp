@@ -16,6 +16,8 @@ QRV_KERNELS(QRV_DEFINE_SLOT)
 } // namespace qrv::kernel
 
 #define QRV_DEFINE_DISPATCHER(Result, name, parameters, arguments)                                                     \
-    Result qrv_##name parameters { return qrv::kernel::name##_slot arguments; }
+    Result qrv_##name parameters {                                                                                     \
+        return qrv::kernel::name##_slot arguments;                                                                     \
+    }
 QRV_KERNELS(QRV_DEFINE_DISPATCHER)
 #undef QRV_DEFINE_DISPATCHER
