@@ -67,6 +67,7 @@ QRV_API int qrv_serv_get_cache_sizes(int* sizes);
 
 /* ---- Threads -------------------------------------------------------------------------------------------- */
 
+/* Domains of the thread budget. */
 enum { QRV_DOMAIN_ALL = 0, QRV_DOMAIN_BLAS = 1, QRV_DOMAIN_FFT = 2, QRV_DOMAIN_VEC = 3 };
 
 /* Upper bound of threads that a routine may use now: for everything, and for one QRV_DOMAIN_. The first query

@@ -68,7 +68,7 @@ std::uint8_t core_signature(Machine& machine, bool hyperThreading, std::uint32_t
 }
 
 template <class Machine>
-CoreCount count_cores(Machine& machine) {
+CoreCount qrv_serv_count_cores(Machine& machine) {
     CoreCount count;
     ProcessorMask process, system;
     if (!machine.read_masks(process, system) || process != system) {

@@ -10,6 +10,7 @@
 
 namespace qrv {
 
+// The five builds of a routine, one for each KernelVariant.
 template <class Signature>
 struct Variants {
     Signature *generic, *sse2, *sse3, *ssse3, *sse42;

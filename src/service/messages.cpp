@@ -8,12 +8,12 @@
 namespace qrv {
 namespace {
 
-struct CatalogueRow {
+struct MessageCatalogueRow {
     int number;
     const char* text;
 };
 
-constexpr CatalogueRow catalogue[] = {
+constexpr MessageCatalogueRow catalogue[] = {
     {MESSAGE_NEWLINE, "\n"},
     {MESSAGE_BAD_PARAMETER, "QRV ERROR: Parameter %d was incorrect on entry to %s"},
     {MESSAGE_INTERNAL_CONDITION, "QRV INTERNAL ERROR: Condition %d detected in function %s"},
@@ -36,7 +36,7 @@ constexpr int overflowExitStatus = 8;
 } // namespace
 
 const char* message_text(int number) {
-    for (const CatalogueRow& row : catalogue)
+    for (const MessageCatalogueRow& row : catalogue)
         if (row.number == number)
             return row.text;
     return nullptr;

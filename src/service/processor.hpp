@@ -36,7 +36,7 @@ constexpr int cpu_type_of(const CpuidWords& leaf1) {
 // number 1 to 5, where 1 means 0, or exactly "0".
 int cpu_type_override(const char* text);
 
-// "generic", "sse2", "sse3", "ssse3" or "sse42".
+// The KernelVariant of a CpuType: "generic", "sse2", "sse3", "ssse3" or "sse42".
 const char* kernel_variant_name(int cpuType);
 
 // ---- CpuMa -----------------------------------------------------------------------------------------------

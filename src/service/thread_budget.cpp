@@ -10,8 +10,8 @@
 namespace qrv {
 namespace {
 
-// The words of ThreadSettings that setters and the environment reader share, and what the first query found.
-// Setters may store while others query; a query may see a store late.
+// requested_all, requested_blas, requested_fft, requested_vec and the other words that setters and the environment
+// reader share, and what the first query found. Setters may store while others query; a query may see a store late.
 struct BudgetWords {
     std::atomic<int> requested[threadDomains] = {-1, -1, -1, -1};
     std::atomic<int> dynamic{-1};
@@ -31,7 +31,8 @@ void fill(std::atomic<int>& word, int value) {
     word.compare_exchange_strong(unset, value, std::memory_order_relaxed);
 }
 
-void read_environment() {
+// Run under the lock by the first query.
+void qrv_serv_read_thread_env() {
     const ThreadSettings read = read_thread_settings({}, process_environment);
     for (int domain = 0; domain < threadDomains; ++domain)
         fill(words.requested[domain], read.requested[domain]);
@@ -40,7 +41,7 @@ void read_environment() {
     words.mpiProcsPerNode = read.mpiProcsPerNode;
     words.mpiThreadLevel = read.mpiThreadLevel;
     AffinityMachine machine;
-    words.cores = count_cores(machine);
+    words.cores = qrv_serv_count_cores(machine);
 }
 
 void ensure_environment() {
@@ -48,7 +49,7 @@ void ensure_environment() {
         return;
     const LockGuard guard;
     if (words.environmentPending.load(std::memory_order_relaxed)) {
-        read_environment();
+        qrv_serv_read_thread_env();
         words.environmentPending.store(false, std::memory_order_release);
     }
 }

@@ -209,7 +209,7 @@ std::vector<int> ids(int count, int step = 1) {
 }
 
 CoreCount count(SimulatedMachine machine) {
-    const CoreCount result = count_cores(machine);
+    const CoreCount result = qrv_serv_count_cores(machine);
     EXPECT_EQ(machine.pinned, -1);
     if (!result.restricted) {
         EXPECT_EQ(machine.restores, 1) << "the thread is put back exactly once";
