@@ -84,24 +84,18 @@ void update_columns(const SmallProduct& p, int m, int j, Matrix<float> c) {
     int i = 0;
     for (; m - i >= 8; i += 8)
         update_tile<8, columns>(p, i, j, c);
+    // clang-format off
     switch (m - i) {
-    case 7:
-        return update_tile<7, columns>(p, i, j, c);
-    case 6:
-        return update_tile<6, columns>(p, i, j, c);
-    case 5:
-        return update_tile<5, columns>(p, i, j, c);
-    case 4:
-        return update_tile<4, columns>(p, i, j, c);
-    case 3:
-        return update_tile<3, columns>(p, i, j, c);
-    case 2:
-        return update_tile<2, columns>(p, i, j, c);
-    case 1:
-        return update_tile<1, columns>(p, i, j, c);
-    default:
-        return;
+    case 7: return update_tile<7, columns>(p, i, j, c);
+    case 6: return update_tile<6, columns>(p, i, j, c);
+    case 5: return update_tile<5, columns>(p, i, j, c);
+    case 4: return update_tile<4, columns>(p, i, j, c);
+    case 3: return update_tile<3, columns>(p, i, j, c);
+    case 2: return update_tile<2, columns>(p, i, j, c);
+    case 1: return update_tile<1, columns>(p, i, j, c);
+    default: return;
     }
+    // clang-format on
 }
 
 // `steps` steps of k of one or two adjacent columns of op(B), each column as one vector.
@@ -181,6 +175,21 @@ void small_columns(const SmallProduct& p, int m, int j, Matrix<float> c) {
         dot_columns<columns, true>(p, m, j, c);
 }
 
+// The product `p` for an m x n matrix C, block by block along k.
+inline void multiply_small(int m, int n, SmallProduct p, Matrix<float> c) {
+    for (int left = p.k; left > 0; left -= p.k) {
+        p.k = left < smallDepth ? left : smallDepth;
+        int j = 0;
+        for (; n - j >= 2; j += 2)
+            small_columns<2>(p, m, j, c);
+        if (j < n)
+            small_columns<1>(p, m, j, c);
+        p.a = p.a.block(0, p.k);
+        p.b = p.b.block(p.k, 0);
+        p.beta = 1;
+    }
+}
+
 inline void gemm_small(QRV_GEMM_PARAMETERS(float)) {
     if (*m <= 0 || *n <= 0)
         return;
@@ -189,19 +198,8 @@ inline void gemm_small(QRV_GEMM_PARAMETERS(float)) {
             gemm_scale_c(m, n, beta, c, ldc);
         return;
     }
-    const Matrix<float> matrix{c, *ldc};
-    SmallProduct block{0, *alpha, *beta, {a, *lda, transposes(*transa)}, {b, *ldb, transposes(*transb)}};
-    for (int left = *k; left > 0; left -= block.k) {
-        block.k = left < smallDepth ? left : smallDepth;
-        int j = 0;
-        for (; *n - j >= 2; j += 2)
-            small_columns<2>(block, *m, j, matrix);
-        if (j < *n)
-            small_columns<1>(block, *m, j, matrix);
-        block.a.data = block.a.at(0, block.k);
-        block.b.data = block.b.at(block.k, 0);
-        block.beta = 1;
-    }
+    const SmallProduct product{*k, *alpha, *beta, {a, *lda, transposes(*transa)}, {b, *ldb, transposes(*transb)}};
+    multiply_small(*m, *n, product, Matrix<float>{c, *ldc});
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD
