@@ -37,6 +37,11 @@ struct OpView {
 
     T& operator()(int i, int j) const { return data[i * rowStride + j * columnStride]; }
     T* at(int i, int j) const { return data + i * rowStride + j * columnStride; }
+    OpView block(int i, int j) const {
+        OpView view = *this;
+        view.data = at(i, j);
+        return view;
+    }
     bool columns_contiguous() const { return rowStride == 1; }
 };
 
