@@ -13,8 +13,9 @@
 
 namespace qrv::kernel::ssse3 {
 QRV_DECLARE_PLAN_PIECES
-// blas_sgemm_plan_load for a processor with or without SSE4.1.
-void plan_load_for(bool hasSse41, GemmPlan<float>* plan);
+// The plan row for a processor with or without SSE4.1, and blas_sgemm_plan_load with a given row.
+int plan_row(bool hasSse41);
+void load_row(int rowIndex, GemmPlan<float>* plan);
 } // namespace qrv::kernel::ssse3
 
 namespace qrv::kernel::sse42 {

@@ -56,10 +56,6 @@ struct GemmCall {
     int ldc;
 };
 
-inline bool transposes(char option) {
-    return option != 'N' && option != 'n';
-}
-
 // ---- Blocks and buffers ------------------------------------------------------------------------------------
 
 constexpr int panelSlack = 512;         // bytes behind each buffer that kernels may read ahead into
@@ -176,7 +172,7 @@ int allocate_buffers(BufferSet set, void** rawBlock, GemmPlan<T>* plan) {
 // ---- The plan ----------------------------------------------------------------------------------------------
 
 template <class T>
-void load_row(const GemmPlanRow<T>& row, GemmPlan<T>* plan) {
+void fill_plan(const GemmPlanRow<T>& row, GemmPlan<T>* plan) {
     plan->rowIndex = row.rowIndex;
     plan->tableTag = row.tableTag;
     plan->mUnit = row.mUnit;

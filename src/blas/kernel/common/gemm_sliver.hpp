@@ -28,20 +28,6 @@ inline Vec4f double_high(Vec4f x) {
     return {_mm_unpackhi_ps(x.v, x.v)};
 }
 
-// `count` floats, 1 to 4; the other lanes are zero and nothing is read for them.
-template <int count>
-Vec4f load_part(const float* p) {
-    if constexpr (count == 4)
-        return Vec4f::load(p);
-    const __m128 first = _mm_load_ss(p);
-    if constexpr (count == 1)
-        return {first};
-    const __m128 pair = _mm_unpacklo_ps(first, _mm_load_ss(p + (count > 1)));
-    if constexpr (count == 2)
-        return {pair};
-    return {_mm_movelh_ps(pair, _mm_load_ss(p + (count > 2 ? 2 : 0)))};
-}
-
 template <int columns>
 void store_step(Vec4f b, float* step) {
     double_low(b).store_aligned(step);
@@ -54,7 +40,7 @@ template <int columns>
 void expand_packed(int kp, const float* panel, float* sliver) {
     constexpr int width = columns > 2 ? 4 : 2;
     for (int l = 0; l < kp; ++l)
-        store_step<columns>(load_part<width>(panel + l * width), sliver + l * sliver_step(columns));
+        store_step<columns>(load_first<width>(panel + l * width), sliver + l * sliver_step(columns));
 }
 
 // From the caller's matrix, columns contiguous along k (not transposed).
@@ -82,7 +68,7 @@ void expand_columns(int k, const float* b, std::ptrdiff_t ldb, float* sliver) {
 template <int columns>
 void expand_rows(int k, const float* b, std::ptrdiff_t ldb, float* sliver) {
     for (int l = 0; l < k; ++l)
-        store_step<columns>(load_part<columns>(b + l * ldb), sliver + l * sliver_step(columns));
+        store_step<columns>(load_first<columns>(b + l * ldb), sliver + l * sliver_step(columns));
 }
 
 template <int columns>

@@ -4,6 +4,8 @@
 #include "blas/kernel/common/gemm_core.hpp"
 #include "blas/kernel/common/gemm_micro.hpp"
 #include "blas/kernel/common/gemm_pack.hpp"
+#include "blas/kernel/common/gemm_scale_c.hpp"
+#include "blas/kernel/common/gemm_small.hpp"
 #include "blas/kernel/gemm_plan_pieces.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
@@ -35,6 +37,13 @@ constexpr GemmPlanRow<float> sgemm_row(int rowIndex) {
 }
 
 constexpr GemmFallback<float> sgemmFallback{blas_sgemm_small, blas_sgemm_scale_c};
+
+void blas_sgemm_small(QRV_GEMM_PARAMETERS(float)) {
+    gemm_small(QRV_GEMM_ARGUMENTS);
+}
+void blas_sgemm_scale_c(const int* m, const int* n, const float* beta, float* c, const int* ldc) {
+    gemm_scale_c(m, n, beta, c, ldc);
+}
 
 int blas_sgemm_plan_available() {
     return 1;

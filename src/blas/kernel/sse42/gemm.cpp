@@ -29,20 +29,13 @@ constexpr MicroChoice micro_of(VectorForm) {
 } // namespace
 
 void plan_load_for(VectorForm form, GemmPlan<float>* plan) {
-    load_row(row, plan);
+    fill_plan(row, plan);
     const MicroChoice choice = micro_of(form);
     plan->micro = choice.micro;
     plan->smallFactor = choice.smallFactor;
 }
 void blas_sgemm_plan_load(GemmPlan<float>* plan) {
     plan_load_for(vector_form(), plan);
-}
-
-void blas_sgemm_small(QRV_GEMM_PARAMETERS(float)) {
-    generic::blas_sgemm_kernel(QRV_GEMM_ARGUMENTS);
-}
-void blas_sgemm_scale_c(const int* m, const int* n, const float* beta, float* c, const int* ldc) {
-    generic::blas_sgemm_scale_c(m, n, beta, c, ldc);
 }
 
 } // namespace qrv::kernel::sse42
