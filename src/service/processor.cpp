@@ -19,6 +19,8 @@ std::atomic<int> cpuTypeWord{undecided};
 std::atomic<int> cpuMaWord{undecided};
 std::atomic<int> l2ClassWord{unknown};
 std::atomic<bool> cpuTypeForced{false};
+std::atomic<int> vectorFormWord{undecided};
+std::atomic<VectorForm> widestAllowed{VectorForm::avx512};
 
 CacheList cacheList; // written once, under the lock, before cachesKnown
 std::atomic<bool> cachesKnown{false};
@@ -43,6 +45,27 @@ bool has_cpuid() {
 // The vendor plays no part: every processor runs the same ladder.
 int detect_cpu_type() {
     return has_cpuid() ? cpu_type_of(cpuid(1)) : 0;
+}
+
+// XCR0, or 0 where it cannot be read.
+std::uint32_t extended_state() {
+    constexpr int osxsave = 27;
+    if (!bit(cpuid(1).ecx, osxsave))
+        return 0;
+    std::uint32_t low, high;
+    __asm__ volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
+    return low;
+}
+
+VectorForm detect_vector_form() {
+#ifdef QRV_WIDE_KERNELS
+    constexpr std::uint32_t featureLeaf = 7;
+    if (!has_cpuid() || cpuid(0).eax < featureLeaf)
+        return VectorForm::sse;
+    return vector_form_of(cpuid(1), cpuid(featureLeaf), extended_state());
+#else
+    return VectorForm::sse;
+#endif
 }
 
 const CacheList& caches() {
@@ -75,6 +98,21 @@ int cpu_type_override(const char* text) {
     if (value < 1 || value > 5)
         return unknown;
     return value == 1 ? 0 : value;
+}
+
+// Without a lock: threads that come here at once compute the same value.
+VectorForm vector_form() {
+    int detected = vectorFormWord.load(std::memory_order_relaxed);
+    if (detected == undecided) {
+        detected = static_cast<int>(detect_vector_form());
+        vectorFormWord.store(detected, std::memory_order_relaxed);
+    }
+    const VectorForm allowed = widestAllowed.load(std::memory_order_relaxed);
+    return detected < static_cast<int>(allowed) ? static_cast<VectorForm>(detected) : allowed;
+}
+
+void restrict_vector_form(VectorForm most) {
+    widestAllowed.store(most, std::memory_order_relaxed);
 }
 
 const char* kernel_variant_name(int cpuType) {
