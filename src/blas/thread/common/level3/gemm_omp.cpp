@@ -178,9 +178,8 @@ GemmThreadContext<T> start_context(const GemmProblem<T>& problem, const GemmFact
     }
     Family::plan_reset(plan);
     Family::plan_load(plan);
-    const bool aNotrans = problem.notrans(problem.transa);
-    const bool aTrans = problem.transa == 'T' || problem.transa == 't';
-    context.copyA = aNotrans ? plan->copyAN : aTrans ? plan->copyAT : plan->copyAC;
+    const bool conjugates = problem.transa == 'C' || problem.transa == 'c';
+    context.copyA = !transposes(problem.transa) ? plan->copyAN : conjugates ? plan->copyAC : plan->copyAT;
     plan->setBlocks(&problem.m, &problem.n, &problem.k, plan);
     context.mb = plan->mb;
     context.nb = plan->nb;

@@ -22,11 +22,9 @@ struct GemmProblem {
     T* c;
     int ldc;
 
-    static bool notrans(char option) { return option == 'N' || option == 'n'; }
-
     GemmSizes sizes() const { return {m, n, k}; }
-    OpView<const T> op_a() const { return {a, lda, !notrans(transa)}; }
-    OpView<const T> op_b() const { return {b, ldb, !notrans(transb)}; }
+    OpView<const T> op_a() const { return {a, lda, transposes(transa)}; }
+    OpView<const T> op_b() const { return {b, ldb, transposes(transb)}; }
 
     GemmProblem rows(Slice slice) const {
         GemmProblem part = *this;
