@@ -152,10 +152,10 @@ TEST(GemmTeam, DriverOnItsOwnMachine) {
 
 // Nothing of A, B or, with beta = 0, C may enter; with alpha = 0 and beta = 1 C stays as it is, NaN included.
 TEST(GemmTeam, ScalarsThatLeaveProductsOut) {
-    constexpr int sizes[][3] = {{60, 70, 80}, {150, 140, 130}, {900, 20, 120}, {130, 900, 5}, {120, 120, 130}};
-    for (const auto& [m, n, k] : sizes)
+    for (const GemmSizes size : {GemmSizes{60, 70, 80}, GemmSizes{150, 140, 130}, GemmSizes{900, 20, 120},
+                                 GemmSizes{130, 900, 5}, GemmSizes{120, 120, 130}})
         for (const float beta : {0.0F, 1.0F, 0.5F}) {
-            Product product({'N', 'T', m, n, k, 0, beta});
+            Product product({'N', 'T', size.m, size.n, size.k, 0, beta});
             product.a.fill(nan);
             product.b.fill(nan);
             if (beta == 1)
@@ -166,8 +166,8 @@ TEST(GemmTeam, ScalarsThatLeaveProductsOut) {
                 if (beta == 1)
                     right = right && same_bits(c, product.before);
                 else
-                    for (int j = 0; j < n; ++j)
-                        for (int i = 0; i < m; ++i)
+                    for (int j = 0; j < size.n; ++j)
+                        for (int i = 0; i < size.m; ++i)
                             right = right && c(i, j) == (beta == 0 ? 0 : beta * product.before(i, j));
                 EXPECT_TRUE(right) << what << ' ' << product.p;
             };
