@@ -100,7 +100,7 @@ void update_columns(const SmallProduct& p, int m, int j, Matrix<float> c) {
 
 // `steps` steps of k of one or two adjacent columns of op(B), each column as one vector.
 template <int steps, int columns, bool transposed>
-void load_b(const float* b, std::ptrdiff_t ldb, Vec4f& column0, Vec4f& column1) {
+[[gnu::always_inline]] inline void load_b(const float* b, std::ptrdiff_t ldb, Vec4f& column0, Vec4f& column1) {
     if constexpr (!transposed) {
         column0 = load_first<steps>(b);
         if constexpr (columns > 1)
@@ -123,7 +123,7 @@ void dot_tile(const SmallProduct& p, int i, int j, Matrix<float> c) {
     const float* b = p.b.at(0, j);
     const std::ptrdiff_t ldb = bTransposed ? p.b.rowStride : p.b.columnStride;
     const std::ptrdiff_t bStep = bTransposed ? ldb : 1;
-    auto step = [&](auto steps) {
+    auto step = [&](auto steps) __attribute__((always_inline)) {
         Vec4f b0, b1;
         load_b<steps(), columns, bTransposed>(b, ldb, b0, b1);
         const Vec4f x0 = load_first<steps()>(a0);
