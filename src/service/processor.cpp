@@ -15,9 +15,10 @@ namespace {
 constexpr std::size_t overrideRoom = 32; // characters of an override's text, NUL included
 
 constexpr int undecided = -1;
+constexpr int l2Undecided = -2; // -1 is an answer: a processor that lists no known descriptor
 std::atomic<int> cpuTypeWord{undecided};
 std::atomic<int> cpuMaWord{undecided};
-std::atomic<int> l2ClassWord{unknown};
+std::atomic<int> l2ClassWord{l2Undecided};
 std::atomic<bool> cpuTypeForced{false};
 std::atomic<int> vectorFormWord{undecided};
 std::atomic<VectorForm> widestAllowed{VectorForm::avx512};
@@ -171,7 +172,7 @@ int qrv_serv_get_cpu_ma() {
 }
 
 int qrv_serv_get_l2_class() {
-    if (const int known = l2ClassWord.load(std::memory_order_relaxed); known != unknown)
+    if (const int known = l2ClassWord.load(std::memory_order_relaxed); known != l2Undecided)
         return known;
     const int decided = l2_class_of(cpuid(2));
     l2ClassWord.store(decided, std::memory_order_relaxed);

@@ -200,14 +200,20 @@ inline void store_c_panel(int m, int n, const PanelWork& work, Matrix<float> c) 
 
 // Four dot products of a column of B with the rows of a group.
 template <int depth>
-Vec4f multiply_group(const float* a, const float* b) {
+[[gnu::always_inline]] inline Vec4f multiply_group(const float* a, const float* b) {
     Vec4f sum0 = Vec4f::zero(), sum1 = sum0, sum2 = sum0, sum3 = sum0;
-    for (int l = 0; l < depth; l += 4, a += 16) {
+    auto step = [&](int l) __attribute__((always_inline)) {
         const Vec4f x = Vec4f::load_aligned(b + l);
-        sum0 = sum0 + Vec4f::load_aligned(a) * x;
-        sum1 = sum1 + Vec4f::load_aligned(a + 4) * x;
-        sum2 = sum2 + Vec4f::load_aligned(a + 8) * x;
-        sum3 = sum3 + Vec4f::load_aligned(a + 12) * x;
+        sum0 = sum0 + Vec4f::load_aligned(a + 4 * l) * x;
+        sum1 = sum1 + Vec4f::load_aligned(a + 4 * l + 4) * x;
+        sum2 = sum2 + Vec4f::load_aligned(a + 4 * l + 8) * x;
+        sum3 = sum3 + Vec4f::load_aligned(a + 4 * l + 12) * x;
+    };
+    for (int l = 0; l < depth; l += 16) {
+        step(l);
+        step(l + 4);
+        step(l + 8);
+        step(l + 12);
     }
     return horizontal_sums(sum0, sum1, sum2, sum3);
 }

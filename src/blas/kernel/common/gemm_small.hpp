@@ -23,6 +23,9 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 // each step of a strided operand: this many stay in reach until the next tile wants the rest of each line.
 constexpr int smallDepth = 64;
 
+constexpr int vectorRegisters = sizeof(void*) == 8 ? 16 : 8;
+constexpr int updateRows = vectorRegisters == 16 ? 16 : 8; // with 2 columns, half of the registers are sums
+
 // One product of the small path: `k` steps of op(A) and op(B), added up for each element of C.
 struct SmallProduct {
     int k;
@@ -33,70 +36,92 @@ struct SmallProduct {
 };
 
 template <int rows>
-void finish_column(const SmallProduct& p, Vec4f sums, float* c) {
+[[gnu::always_inline]] inline void finish_column(const SmallProduct& p, Vec4f sums, float* c) {
     Vec4f result = Vec4f::splat(p.alpha) * sums;
     if (p.beta != 0)
         result = Vec4f::splat(p.beta) * load_first<rows>(c) + result;
     store_first<rows>(c, result);
 }
 
-// `rows` x `columns` of C at (i, j), the columns of A contiguous.
+// Running sums of `rows` rows of one column of C, by vectors; the last one may be partly filled.
+template <int rows>
+struct ColumnSums {
+    static constexpr int lanes = rows < 4 ? rows : 4;
+    Vec4f sum = Vec4f::zero();
+    ColumnSums<rows - lanes> below;
+
+    [[gnu::always_inline]] void add(const float* a, Vec4f b) {
+        sum = sum + load_first<lanes>(a) * b;
+        below.add(a + 4, b);
+    }
+    [[gnu::always_inline]] void add(const ColumnSums& other) {
+        sum = sum + other.sum;
+        below.add(other.below);
+    }
+    [[gnu::always_inline]] void finish(const SmallProduct& p, float* c) const {
+        finish_column<lanes>(p, sum, c);
+        below.finish(p, c + 4);
+    }
+};
+template <>
+struct ColumnSums<0> {
+    void add(const float*, Vec4f) {}
+    void add(const ColumnSums&) {}
+    void finish(const SmallProduct&, float*) const {}
+};
+
+// `rows` x `columns` of C at (i, j), the columns of A contiguous. A tile of few vectors keeps odd steps of k apart,
+// so that one sum need not wait for the one before.
 template <int rows, int columns>
 void update_tile(const SmallProduct& p, int i, int j, Matrix<float> c) {
-    constexpr int lowRows = rows < 4 ? rows : 4;
-    constexpr int highRows = rows - lowRows;
-    Vec4f low0 = Vec4f::zero(), high0 = low0, low1 = low0, high1 = low0;
+    constexpr bool splitSteps = (rows + 3) / 4 * columns <= vectorRegisters / 4;
+    ColumnSums<rows> even0, even1, odd0, odd1;
     const float* a = p.a.at(i, 0);
-    const float* b0 = p.b.at(0, j);
-    const float* b1 = b0 + p.b.columnStride;
-    for (int l = 0; l < p.k; ++l) {
-        const Vec4f low = load_first<lowRows>(a);
-        const Vec4f x0 = Vec4f::splat(*b0);
-        low0 = low0 + low * x0;
-        if constexpr (highRows > 0)
-            high0 = high0 + load_first<highRows>(a + 4) * x0;
-        if constexpr (columns > 1) {
-            const Vec4f x1 = Vec4f::splat(*b1);
-            low1 = low1 + low * x1;
-            if constexpr (highRows > 0)
-                high1 = high1 + load_first<highRows>(a + 4) * x1;
-        }
+    const float* b = p.b.at(0, j);
+    auto step = [&](ColumnSums<rows> & sums0, ColumnSums<rows> & sums1) __attribute__((always_inline)) {
+        sums0.add(a, Vec4f::splat(b[0]));
+        if constexpr (columns > 1)
+            sums1.add(a, Vec4f::splat(b[p.b.columnStride]));
         a += p.a.columnStride;
-        b0 += p.b.rowStride;
-        b1 += p.b.rowStride;
+        b += p.b.rowStride;
+    };
+    int left = p.k;
+    if constexpr (splitSteps)
+        for (; left >= 2; left -= 2) {
+            step(even0, even1);
+            step(odd0, odd1);
+        }
+    for (; left > 0; --left)
+        step(even0, even1);
+    if constexpr (splitSteps) {
+        even0.add(odd0);
+        even1.add(odd1);
     }
-    finish_column<lowRows>(p, low0, c.column(j) + i);
-    if constexpr (highRows > 0)
-        finish_column<highRows>(p, high0, c.column(j) + i + 4);
-    if constexpr (columns > 1) {
-        finish_column<lowRows>(p, low1, c.column(j + 1) + i);
-        if constexpr (highRows > 0)
-            finish_column<highRows>(p, high1, c.column(j + 1) + i + 4);
-    }
+    even0.finish(p, c.column(j) + i);
+    if constexpr (columns > 1)
+        even1.finish(p, c.column(j + 1) + i);
+}
+
+// The last `left` rows, at most `rows` of them, as one tile.
+template <int rows, int columns>
+void update_rest(int left, const SmallProduct& p, int i, int j, Matrix<float> c) {
+    if (left == rows)
+        update_tile<rows, columns>(p, i, j, c);
+    else if constexpr (rows > 1)
+        update_rest<rows - 1, columns>(left, p, i, j, c);
 }
 
 template <int columns>
 void update_columns(const SmallProduct& p, int m, int j, Matrix<float> c) {
     int i = 0;
-    for (; m - i >= 8; i += 8)
-        update_tile<8, columns>(p, i, j, c);
-    // clang-format off
-    switch (m - i) {
-    case 7: return update_tile<7, columns>(p, i, j, c);
-    case 6: return update_tile<6, columns>(p, i, j, c);
-    case 5: return update_tile<5, columns>(p, i, j, c);
-    case 4: return update_tile<4, columns>(p, i, j, c);
-    case 3: return update_tile<3, columns>(p, i, j, c);
-    case 2: return update_tile<2, columns>(p, i, j, c);
-    case 1: return update_tile<1, columns>(p, i, j, c);
-    default: return;
-    }
-    // clang-format on
+    for (; m - i >= updateRows; i += updateRows)
+        update_tile<updateRows, columns>(p, i, j, c);
+    update_rest<updateRows - 1, columns>(m - i, p, i, j, c);
 }
 
 // `steps` steps of k of one or two adjacent columns of op(B), each column as one vector.
 template <int steps, int columns, bool transposed>
-void load_b(const float* b, std::ptrdiff_t ldb, Vec4f& column0, Vec4f& column1) {
+[[gnu::always_inline]] inline void load_b(const float* b, std::ptrdiff_t ldb, Vec4f& column0, Vec4f& column1) {
     if constexpr (!transposed) {
         column0 = load_first<steps>(b);
         if constexpr (columns > 1)
@@ -110,55 +135,84 @@ void load_b(const float* b, std::ptrdiff_t ldb, Vec4f& column0, Vec4f& column1) 
     }
 }
 
+// Running dot products of 1 to 4 rows of op(A) with one column of op(B), four steps of k side by side.
+template <int rows>
+struct DotSums {
+    Vec4f sum0 = Vec4f::zero(), sum1 = sum0, sum2 = sum0, sum3 = sum0;
+
+    template <int steps>
+    [[gnu::always_inline]] void add(const float* a, std::ptrdiff_t lda, Vec4f b) {
+        sum0 = sum0 + load_first<steps>(a) * b;
+        if constexpr (rows > 1)
+            sum1 = sum1 + load_first<steps>(a + lda) * b;
+        if constexpr (rows > 2)
+            sum2 = sum2 + load_first<steps>(a + 2 * lda) * b;
+        if constexpr (rows > 3)
+            sum3 = sum3 + load_first<steps>(a + 3 * lda) * b;
+    }
+    Vec4f total() const { return sum_lanes(sum0, sum1, sum2, sum3); }
+};
+
 // `rows` x `columns` of C at (i, j), the rows of op(A) contiguous.
 template <int rows, int columns, bool bTransposed>
 void dot_tile(const SmallProduct& p, int i, int j, Matrix<float> c) {
-    Vec4f sum00 = Vec4f::zero(), sum10 = sum00, sum01 = sum00, sum11 = sum00;
-    const float* a0 = p.a.at(i, 0);
-    const float* a1 = a0 + p.a.rowStride;
+    DotSums<rows> column0, column1;
+    const float* a = p.a.at(i, 0);
     const float* b = p.b.at(0, j);
+    const std::ptrdiff_t lda = p.a.rowStride;
     const std::ptrdiff_t ldb = bTransposed ? p.b.rowStride : p.b.columnStride;
-    const std::ptrdiff_t bStep = bTransposed ? ldb : 1;
-    auto step = [&](auto steps) {
+    auto step = [&](auto steps) __attribute__((always_inline)) {
         Vec4f b0, b1;
         load_b<steps(), columns, bTransposed>(b, ldb, b0, b1);
-        const Vec4f x0 = load_first<steps()>(a0);
-        sum00 = sum00 + x0 * b0;
+        column0.template add<steps()>(a, lda, b0);
         if constexpr (columns > 1)
-            sum01 = sum01 + x0 * b1;
-        if constexpr (rows > 1) {
-            const Vec4f x1 = load_first<steps()>(a1);
-            sum10 = sum10 + x1 * b0;
-            if constexpr (columns > 1)
-                sum11 = sum11 + x1 * b1;
-        }
-        a0 += steps();
-        a1 += steps();
-        b += steps() * bStep;
+            column1.template add<steps()>(a, lda, b1);
+        a += steps();
+        b += steps() * (bTransposed ? ldb : 1);
+    };
+    auto short_step = [&](int steps) __attribute__((always_inline)) {
+        if (steps == 3)
+            step(Lanes<3>());
+        else if (steps == 2)
+            step(Lanes<2>());
+        else if (steps == 1)
+            step(Lanes<1>());
     };
     int left = p.k;
-    if (left >= peelFrom)
-        for (int head = floats_to_boundary(a0); head > 0; --head, --left)
-            step(Lanes<1>());
+    if (left >= peelFrom && lda % 4 == 0) { // else no more than one row of four would be aligned
+        const int head = floats_to_boundary(a);
+        short_step(head);
+        left -= head;
+    }
     for (; left >= 4; left -= 4)
         step(Lanes<4>());
-    if (left & 2)
-        step(Lanes<2>());
-    if (left & 1)
-        step(Lanes<1>());
-    const Vec4f sums = sum_lanes(sum00, sum10, sum01, sum11);
-    finish_column<rows>(p, sums, c.column(j) + i);
+    short_step(left);
+    finish_column<rows>(p, column0.total(), c.column(j) + i);
     if constexpr (columns > 1)
-        finish_column<rows>(p, high_halves(sums, sums), c.column(j + 1) + i);
+        finish_column<rows>(p, column1.total(), c.column(j + 1) + i);
+}
+
+template <int rows, int columns, bool bTransposed>
+void dot_rows(const SmallProduct& p, int i, int j, Matrix<float> c) {
+    if constexpr (columns == 2 && vectorRegisters < 16) {
+        dot_tile<rows, 1, bTransposed>(p, i, j, c);
+        dot_tile<rows, 1, bTransposed>(p, i, j + 1, c);
+    } else {
+        dot_tile<rows, columns, bTransposed>(p, i, j, c);
+    }
 }
 
 template <int columns, bool bTransposed>
 void dot_columns(const SmallProduct& p, int m, int j, Matrix<float> c) {
     int i = 0;
-    for (; m - i >= 2; i += 2)
-        dot_tile<2, columns, bTransposed>(p, i, j, c);
-    if (i < m)
-        dot_tile<1, columns, bTransposed>(p, i, j, c);
+    for (; m - i >= 4; i += 4)
+        dot_rows<4, columns, bTransposed>(p, i, j, c);
+    if (m - i == 3)
+        dot_rows<3, columns, bTransposed>(p, i, j, c);
+    else if (m - i == 2)
+        dot_rows<2, columns, bTransposed>(p, i, j, c);
+    else if (m - i == 1)
+        dot_rows<1, columns, bTransposed>(p, i, j, c);
 }
 
 template <int columns>

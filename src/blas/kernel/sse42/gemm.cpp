@@ -1,6 +1,7 @@
 // SGEMM for processors with SSE4.2: plan-driven, 4 x 4 tile. Processors with wider vectors take a wider micro-kernel
 // in the same plan.
 #include "blas/kernel/common/sgemm_plan.hpp"
+#include "blas/kernel/sse42/wide.hpp"
 
 namespace qrv::kernel::sse42 {
 namespace {
@@ -22,7 +23,14 @@ struct MicroChoice {
     GemmPlan<float>::Micro* micro;
     int smallFactor;
 };
-constexpr MicroChoice micro_of(VectorForm) {
+constexpr MicroChoice micro_of(VectorForm form) {
+#ifdef QRV_WIDE_KERNELS
+    if (form == VectorForm::avx512)
+        return {sse42_avx512::gemm_micro, sse42_avx512::sliverFactor};
+    if (form == VectorForm::avx2)
+        return {sse42_avx2::gemm_micro, sse42_avx2::sliverFactor};
+#endif
+    static_cast<void>(form);
     return {row.micro, row.smallFactor};
 }
 
