@@ -8,3 +8,18 @@ set(QRV_KERNEL_FLAGS_sse42 -msse4.2)
 foreach(build IN LISTS QRV_KERNEL_BUILDS)
   set(QRV_KERNEL_SOURCES_${build} blas/kernel/${build}/gemm.cpp)
 endforeach()
+
+# Forms of the sse42 build for wider vectors: an instruction set and a namespace of their own.
+if(QRV_WIDE_KERNELS)
+  list(APPEND QRV_KERNEL_BUILDS sse42_avx2 sse42_avx512)
+  set(QRV_KERNEL_FLAGS_sse42_avx2 -mavx2 -mfma)
+  set(QRV_KERNEL_FLAGS_sse42_avx512
+      -mavx512f -mavx512vl -mavx512dq -mavx512bw -mavx2 -mfma -mprefer-vector-width=512)
+  set(QRV_KERNEL_SOURCES_sse42_avx2 blas/kernel/sse42/gemm_avx2.cpp)
+  set(QRV_KERNEL_SOURCES_sse42_avx512 blas/kernel/sse42/gemm_avx512.cpp)
+  # GCC's own intrinsics leave the unused source of an operation undefined, and GCC 12 warns of it.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    list(APPEND QRV_KERNEL_FLAGS_sse42_avx2 -Wno-maybe-uninitialized)
+    list(APPEND QRV_KERNEL_FLAGS_sse42_avx512 -Wno-maybe-uninitialized)
+  endif()
+endif()

@@ -15,10 +15,13 @@ namespace {
 constexpr std::size_t overrideRoom = 32; // characters of an override's text, NUL included
 
 constexpr int undecided = -1;
+constexpr int l2Undecided = -2; // -1 is an answer: a processor that lists no known descriptor
 std::atomic<int> cpuTypeWord{undecided};
 std::atomic<int> cpuMaWord{undecided};
-std::atomic<int> l2ClassWord{unknown};
+std::atomic<int> l2ClassWord{l2Undecided};
 std::atomic<bool> cpuTypeForced{false};
+std::atomic<int> vectorFormWord{undecided};
+std::atomic<VectorForm> widestAllowed{VectorForm::avx512};
 
 CacheList cacheList; // written once, under the lock, before cachesKnown
 std::atomic<bool> cachesKnown{false};
@@ -43,6 +46,27 @@ bool has_cpuid() {
 // The vendor plays no part: every processor runs the same ladder.
 int detect_cpu_type() {
     return has_cpuid() ? cpu_type_of(cpuid(1)) : 0;
+}
+
+// XCR0, or 0 where it cannot be read.
+std::uint32_t extended_state() {
+    constexpr int osxsave = 27;
+    if (!bit(cpuid(1).ecx, osxsave))
+        return 0;
+    std::uint32_t low, high;
+    __asm__ volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
+    return low;
+}
+
+VectorForm detect_vector_form() {
+#ifdef QRV_WIDE_KERNELS
+    constexpr std::uint32_t featureLeaf = 7;
+    if (!has_cpuid() || cpuid(0).eax < featureLeaf)
+        return VectorForm::sse;
+    return vector_form_of(cpuid(1), cpuid(featureLeaf), extended_state());
+#else
+    return VectorForm::sse;
+#endif
 }
 
 const CacheList& caches() {
@@ -75,6 +99,21 @@ int cpu_type_override(const char* text) {
     if (value < 1 || value > 5)
         return unknown;
     return value == 1 ? 0 : value;
+}
+
+// Without a lock: threads that come here at once compute the same value.
+VectorForm vector_form() {
+    int detected = vectorFormWord.load(std::memory_order_relaxed);
+    if (detected == undecided) {
+        detected = static_cast<int>(detect_vector_form());
+        vectorFormWord.store(detected, std::memory_order_relaxed);
+    }
+    const VectorForm allowed = widestAllowed.load(std::memory_order_relaxed);
+    return detected < static_cast<int>(allowed) ? static_cast<VectorForm>(detected) : allowed;
+}
+
+void restrict_vector_form(VectorForm most) {
+    widestAllowed.store(most, std::memory_order_relaxed);
 }
 
 const char* kernel_variant_name(int cpuType) {
@@ -133,7 +172,7 @@ int qrv_serv_get_cpu_ma() {
 }
 
 int qrv_serv_get_l2_class() {
-    if (const int known = l2ClassWord.load(std::memory_order_relaxed); known != unknown)
+    if (const int known = l2ClassWord.load(std::memory_order_relaxed); known != l2Undecided)
         return known;
     const int decided = l2_class_of(cpuid(2));
     l2ClassWord.store(decided, std::memory_order_relaxed);

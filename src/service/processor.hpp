@@ -13,6 +13,7 @@
 
 #include "qrv/service.h"
 #include "service/cpuid.hpp"
+#include "service/vector_form.hpp"
 
 namespace qrv {
 
@@ -51,6 +52,20 @@ constexpr int cpu_ma_of(int cpuType, const CpuidWords& leaf1, int forced) {
     if (cpuType == 4)
         return bit(leaf1.ecx, 19) ? 33 : 32;
     return 0;
+}
+
+// ---- Vector form -----------------------------------------------------------------------------------------
+
+// The widest form that processor and operating system support: leaves 1 and 7 (subleaf 0) of CPUID, and the states
+// that the system saves, register XCR0.
+constexpr VectorForm vector_form_of(const CpuidWords& leaf1, const CpuidWords& leaf7, std::uint32_t xcr0) {
+    constexpr std::uint32_t ymmState = 0x06, zmmState = 0xE0; // SSE and AVX; masks, upper halves, upper registers
+    const bool osSaves = bit(leaf1.ecx, 27);
+    const bool avx2 = bit(leaf1.ecx, 28) && bit(leaf1.ecx, 12) && bit(leaf7.ebx, 5);
+    if (!osSaves || !avx2 || (xcr0 & ymmState) != ymmState)
+        return VectorForm::sse;
+    const bool avx512 = bit(leaf7.ebx, 16) && bit(leaf7.ebx, 17) && bit(leaf7.ebx, 30) && bit(leaf7.ebx, 31);
+    return avx512 && (xcr0 & zmmState) == zmmState ? VectorForm::avx512 : VectorForm::avx2;
 }
 
 // ---- Caches ----------------------------------------------------------------------------------------------

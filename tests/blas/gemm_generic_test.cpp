@@ -8,8 +8,8 @@ namespace qrv::test {
 namespace {
 
 TEST(GemmGeneric, RoundsOncePerBlockOfK) {
-    const std::vector<std::vector<int>> blocks = {{64},     {58},     {63},         {48, 9}, {16, 5},
-                                                  {32, 15}, {64, 64}, {64, 58},     {64, 6}, {15}};
+    const std::vector<std::vector<int>> blocks = {{64},     {58},     {63},     {48, 9}, {16, 5},
+                                                  {32, 15}, {64, 64}, {64, 58}, {64, 6}, {15}};
     for (const std::vector<int>& sizes : blocks)
         for (const char transb : {'N', 'T'}) {
             int k = 0;

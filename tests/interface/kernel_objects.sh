@@ -7,7 +7,8 @@ shift
 status=0
 for object in "$@"; do
   weak=$(nm -C "$object" | grep -E ' [WVu] ' | grep -v "qrv::kernel::$build::" || true)
-  data=$(nm -C "$object" | grep -E ' [BbDdCc] ' || true)
+  # Tables of addresses are constants that the loader relocates; they lie in .data.rel.ro.
+  data=$(objdump -tC "$object" | grep -E ' O (\.data|\.bss|\*COM\*)' | grep -v ' \.data\.rel\.ro' || true)
   if [ -n "$weak$data" ] || objdump -h "$object" | grep -qE '\.(init_array|ctors)'; then
     printf '%s\n' "$object: shared inline code, mutable data or a static initialiser" "$weak" "$data"
     status=1

@@ -47,7 +47,8 @@ struct GemmPlan {
                        const T* alpha);
     // op(B) block of k x n into panels of nUnit columns, `stride` elements apart.
     using CopyB = void(const int* k, const int* n, const T* b, const int* ldb, T* buffer, const int* stride);
-    // C += packed A times B over kp steps, a multiple of kUnit. alpha and beta are passed along and not used.
+    // C += packed A times B over kp steps. Form packedB: kp is a multiple of kUnit. Form directB: kp is the number of
+    // steps that B has, which the kernel fills up to kUnit. alpha and beta are passed along and not used.
     using Micro = void(const char* transa, const char* transb, const int* m, const int* n, const int* kp,
                        const T* alpha, const T* aPacked, const int* aStride, const T* b, const int* ldb, const T* beta,
                        T* c, const int* ldc, T* sliver, MicroForm form);

@@ -38,4 +38,44 @@ inline void transpose(Vec4f& a, Vec4f& b, Vec4f& c, Vec4f& d) {
     _MM_TRANSPOSE4_PS(a.v, b.v, c.v, d.v);
 }
 
+// The sums of the lanes of a, b, c and d.
+inline Vec4f sum_lanes(Vec4f a, Vec4f b, Vec4f c, Vec4f d) {
+    const __m128 ab = _mm_add_ps(_mm_unpacklo_ps(a.v, b.v), _mm_unpackhi_ps(a.v, b.v)); // a02 b02 a13 b13
+    const __m128 cd = _mm_add_ps(_mm_unpacklo_ps(c.v, d.v), _mm_unpackhi_ps(c.v, d.v));
+    return {_mm_add_ps(_mm_movelh_ps(ab, cd), _mm_movehl_ps(cd, ab))};
+}
+
+// A number as a type: it chooses the instance of a generic lambda.
+template <int count>
+struct Lanes {
+    constexpr int operator()() const { return count; }
+};
+
+// The first `count` lanes, 1 to 4, from memory, zeros behind them; nothing past them is read or written.
+template <int count>
+Vec4f load_first(const float* p) {
+    static_assert(count >= 1 && count <= 4);
+    if constexpr (count == 4)
+        return Vec4f::load(p);
+    else if constexpr (count == 3)
+        return low_halves(load_first<2>(p), load_first<1>(p + 2));
+    else if constexpr (count == 2)
+        return {_mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(p))};
+    else
+        return {_mm_load_ss(p)};
+}
+template <int count>
+void store_first(float* p, Vec4f x) {
+    static_assert(count >= 1 && count <= 4);
+    if constexpr (count == 4) {
+        x.store(p);
+    } else if constexpr (count == 1) {
+        _mm_store_ss(p, x.v);
+    } else {
+        _mm_storel_pi(reinterpret_cast<__m64*>(p), x.v);
+        if constexpr (count == 3)
+            _mm_store_ss(p + 2, _mm_movehl_ps(x.v, x.v));
+    }
+}
+
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,14 +1,16 @@
-// TEMPORARY: forwards to the generic build until this build's own GEMM replaces it.
+// Serial SGEMM of the sse2 build.
+#include "blas/kernel/sse2/vec.hpp"
+
+#include "blas/kernel/common/gemm_panel.hpp"
 #include "blas/kernel/common/no_plan.hpp"
-#include "blas/kernel/kernels.hpp"
 
 namespace qrv::kernel::sse2 {
 
 void blas_sgemm_kernel(QRV_GEMM_PARAMETERS(float)) {
-    generic::blas_sgemm_kernel(QRV_GEMM_ARGUMENTS);
+    gemm_panel(QRV_GEMM_ARGUMENTS);
 }
 void blas_sgemm_scale_c(const int* m, const int* n, const float* beta, float* c, const int* ldc) {
-    generic::blas_sgemm_scale_c(m, n, beta, c, ldc);
+    gemm_scale_c(m, n, beta, c, ldc);
 }
 
 } // namespace qrv::kernel::sse2

@@ -1,0 +1,94 @@
+// Block sizes of the plan-driven GEMM: pure functions of the problem and of the caches.
+//
+// In a kernel source they live in the build's own namespace, in a test in qrv.
+#pragma once
+
+#include <cstddef>
+
+#include "blas/matrix.hpp"
+
+namespace QRV_VIEW_NAMESPACE {
+
+constexpr int smaller(int x, int y) {
+    return x < y ? x : y;
+}
+constexpr int larger(int x, int y) {
+    return x < y ? y : x;
+}
+// x filled up to a multiple of unit, a power of two.
+constexpr int round_up(int x, int unit) {
+    return (x + unit - 1) & ~(unit - 1);
+}
+
+// How a plan row chooses its blocks: kb steps of k, mb rows of packed A, nb columns of B.
+struct BlockRule {
+    int kbFull;     // steps; from here on k is cut into blocks of this depth, between here and twice this in two
+    int kbLeast;    // steps
+    int cacheLevel; // the level that holds the block of A, counted from 1; 0: mbLarge always
+    int cacheLimit; // bytes; up to this size of that level mbSmall is taken
+    int mbSmall;    // rows
+    int mbLarge;    // rows, also when the caches are not known
+    int nbMost;     // columns
+    bool nbFilled;  // whether nb is filled up to the panel width
+};
+
+// The third level of these processors holds the block of A, up to 1.25 MB, which each sliver of B reads again.
+constexpr BlockRule sgemmBlocksSse42{
+    .kbFull = 256,
+    .kbLeast = 128,
+    .cacheLevel = 3,
+    .cacheLimit = 4194304,
+    .mbSmall = 768,
+    .mbLarge = 1280,
+    .nbMost = 5000,
+    .nbFilled = true,
+};
+// The second level is the last one of these, and shared by two cores.
+constexpr BlockRule sgemmBlocksSsse3{
+    .kbFull = 256,
+    .kbLeast = 128,
+    .cacheLevel = 2,
+    .cacheLimit = 3145728,
+    .mbSmall = 896,
+    .mbLarge = 2000,
+    .nbMost = 5000,
+    .nbFilled = true,
+};
+// The same without SSE4.1, k in pairs.
+constexpr BlockRule sgemmBlocksPairs{
+    .kbFull = 256,
+    .kbLeast = 128,
+    .cacheLevel = 0,
+    .cacheLimit = 0,
+    .mbSmall = 1024,
+    .mbLarge = 1024,
+    .nbMost = 5000,
+    .nbFilled = false,
+};
+
+// The caches in the order of the levels, of which the first four are listed; a level that is not there has 0.
+struct CacheTable {
+    int count;
+    int bytes[4];
+};
+
+constexpr int k_block(const BlockRule& rule, int k, int kUnit) {
+    if (k < rule.kbFull)
+        return larger(round_up(k, kUnit), rule.kbLeast);
+    if (k > rule.kbFull && k < 2 * rule.kbFull)
+        return round_up(k / 2, kUnit);
+    return rule.kbFull;
+}
+
+constexpr int row_block(const BlockRule& rule, const CacheTable& caches) {
+    if (rule.cacheLevel == 0 || caches.count == 0)
+        return rule.mbLarge;
+    return caches.bytes[rule.cacheLevel - 1] <= rule.cacheLimit ? rule.mbSmall : rule.mbLarge;
+}
+
+constexpr int column_block(const BlockRule& rule, int n, int nUnit) {
+    const int nb = smaller(larger(n, nUnit), rule.nbMost);
+    return rule.nbFilled ? round_up(nb, nUnit) : nb;
+}
+
+} // namespace QRV_VIEW_NAMESPACE

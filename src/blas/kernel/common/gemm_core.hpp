@@ -1,0 +1,360 @@
+// The blocked core of the plan-driven GEMM and what surrounds it: the plan's life, block and buffer sizes, the
+// mode, the serial entry. Told once for the element type T; a build adds its GemmPlanRow and its micro-kernel.
+//
+//   for j over n in blocks of nb            B, nb columns: expanded sliver by sliver inside the micro-kernel
+//     for l over k in blocks of kb
+//       for i over m in blocks of mb        A, mb x kb: packed into panels of mUnit rows, stays in the outer cache
+//         micro: C[i, j] += A[i, l] * B[l, j]
+//
+// The modes differ in which operand the caller has packed already. Such an operand is one block in k, and of the
+// packed operand there is one block only, so its loop runs once.
+#pragma once
+
+#include <cstdint>
+
+#include "blas/kernel/common/gemm_blocks.hpp"
+#include "blas/kernel/gemm_plan.hpp"
+#include "blas/kernel/kernels.hpp"
+#include "blas/matrix.hpp"
+#include "qrv/service.h"
+#include "service/work_pool.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// The constants of a plan: one row for each kind of processor that a build distinguishes.
+template <class T>
+struct GemmPlanRow {
+    int rowIndex;
+    int tableTag;
+    int mUnit, nUnit, kUnit;    // register tile, and the steps to which k is filled up
+    int smallFactor;            // sliver floats per float of B
+    int smallM, smallN, smallK; // below these the blocked core hands over to the unpacked path
+    void (*setBlocks)(const int* m, const int* n, const int* k, GemmPlan<T>* plan);
+    typename GemmPlan<T>::CopyA *copyAN, *copyAT, *copyAC;
+    typename GemmPlan<T>::CopyB *copyBN, *copyBT, *copyBC;
+    typename GemmPlan<T>::Micro* micro;
+};
+
+// What the core needs from the build besides the plan.
+template <class T>
+struct GemmFallback {
+    void (*small)(QRV_GEMM_PARAMETERS(T));
+    void (*scaleC)(const int* m, const int* n, const T* beta, T* c, const int* ldc);
+};
+
+// One GEMM call as the core works on it, beta already applied.
+template <class T>
+struct GemmCall {
+    const char *transa, *transb;
+    int m, n, k;
+    const T* alpha;
+    const T* a;
+    int lda;
+    const T* b;
+    int ldb;
+    T* c;
+    int ldc;
+};
+
+// ---- Blocks and buffers ------------------------------------------------------------------------------------
+
+constexpr int panelSlack = 512;         // bytes behind each buffer that kernels may read ahead into
+constexpr int panelAlignShift = 12;     // a page: packed panels start on one
+constexpr int sliverAlignShift = 7;     // two lines
+constexpr int blockAlignment = 128;     // of the one block of work memory
+constexpr int packBothBytes = 0x600000; // a block of B above this is worth packing
+
+inline CacheTable cache_table() {
+    int words[5] = {};
+    qrv_serv_get_cache_sizes(words);
+    return {words[0], {words[1], words[2], words[3], words[4]}};
+}
+
+// Decides what is still 0, so blocks preset by the caller survive.
+template <class T, const BlockRule& rule>
+void set_blocks(const int*, const int* n, const int* k, GemmPlan<T>* plan) {
+    if (plan->kb == 0)
+        plan->kb = k_block(rule, *k, plan->kUnit);
+    if (plan->mb == 0)
+        plan->mb = row_block(rule, cache_table());
+    if (plan->nb == 0)
+        plan->nb = column_block(rule, *n, plan->nUnit);
+}
+
+// The buffers of a set in the order of the one allocation; nulls fill up the end.
+template <class T>
+struct BufferList {
+    GemmBuffer<T>* items[3];
+};
+
+template <class T>
+bool list_buffers(BufferSet set, GemmPlan<T>* plan, BufferList<T>& list) {
+    GemmBuffer<T>*const a = &plan->aBuffer, *const b = &plan->bBuffer, *const sliver = &plan->sliver;
+    switch (set) {
+    case BufferSet::aSliverB:
+        list = {{a, sliver, b}};
+        return true;
+    case BufferSet::a:
+        list = {{a, nullptr, nullptr}};
+        return true;
+    case BufferSet::b:
+        list = {{b, nullptr, nullptr}};
+        return true;
+    case BufferSet::aB:
+        list = {{a, b, nullptr}};
+        return true;
+    case BufferSet::sliverB:
+        list = {{sliver, b, nullptr}};
+        return true;
+    case BufferSet::aSliver:
+        list = {{a, sliver, nullptr}};
+        return true;
+    case BufferSet::sliver:
+        list = {{sliver, nullptr, nullptr}};
+        return true;
+    }
+    return false;
+}
+
+template <class T>
+int buffer_sizes(BufferSet set, BlockClip clip, const int* m, const int* n, const int* k, GemmPlan<T>* plan) {
+    BufferList<T> list;
+    if (!list_buffers(set, plan, list) || (clip != BlockClip::toProblem && clip != BlockClip::none))
+        return 1;
+    const bool clipped = clip == BlockClip::toProblem;
+    const int mm = round_up(clipped ? smaller(plan->mb, *m) : plan->mb, plan->mUnit);
+    const int nn = round_up(clipped ? smaller(plan->nb, *n) : plan->nb, plan->nUnit);
+    const int kk = round_up(clipped ? smaller(plan->kb, *k) : plan->kb, plan->kUnit);
+    const auto block_bytes = [](int x, int y) {
+        return static_cast<std::size_t>(x) * static_cast<std::size_t>(y) * sizeof(T) + panelSlack;
+    };
+    for (GemmBuffer<T>* buffer : list.items) {
+        if (buffer == &plan->aBuffer) {
+            buffer->stride = plan->mUnit * kk;
+            buffer->bytes = block_bytes(mm, kk);
+            buffer->alignShift = panelAlignShift;
+        } else if (buffer == &plan->bBuffer) {
+            buffer->stride = plan->nUnit * kk;
+            buffer->bytes = block_bytes(nn, kk);
+            buffer->alignShift = panelAlignShift;
+        } else if (buffer) {
+            buffer->bytes = block_bytes(kk, plan->nUnit * plan->smallFactor);
+            buffer->alignShift = sliverAlignShift;
+        }
+    }
+    return 0;
+}
+
+// Takes one block of work memory for the buffers of a set; sizes are set. Null in *rawBlock says that there was
+// none. The set `aB` is for sizes only.
+template <class T>
+int allocate_buffers(BufferSet set, void** rawBlock, GemmPlan<T>* plan) {
+    BufferList<T> list;
+    if (set == BufferSet::aB || !list_buffers(set, plan, list))
+        return 1;
+    std::size_t bytes = 0;
+    for (const GemmBuffer<T>* buffer : list.items)
+        if (buffer)
+            bytes += buffer->bytes + (std::size_t{2} << buffer->alignShift);
+    *rawBlock = qrv_serv_allocate(bytes, blockAlignment);
+    auto address = reinterpret_cast<std::uintptr_t>(*rawBlock);
+    for (GemmBuffer<T>* buffer : list.items) {
+        if (!buffer)
+            continue;
+        const std::uintptr_t mask = (std::uintptr_t{1} << buffer->alignShift) - 1;
+        address = (address + mask) & ~mask;
+        buffer->data = reinterpret_cast<T*>(address);
+        address += buffer->bytes;
+    }
+    return 0;
+}
+
+// ---- The plan ----------------------------------------------------------------------------------------------
+
+template <class T>
+void fill_plan(const GemmPlanRow<T>& row, GemmPlan<T>* plan) {
+    plan->rowIndex = row.rowIndex;
+    plan->tableTag = row.tableTag;
+    plan->mUnit = row.mUnit;
+    plan->nUnit = row.nUnit;
+    plan->kUnit = row.kUnit;
+    plan->smallM = row.smallM;
+    plan->smallN = row.smallN;
+    plan->smallK = row.smallK;
+    plan->setBlocks = row.setBlocks;
+    plan->bufferSizes = buffer_sizes<T>;
+    plan->allocateBuffers = allocate_buffers<T>;
+    plan->copyAN = row.copyAN;
+    plan->copyAT = row.copyAT;
+    plan->copyAC = row.copyAC;
+    plan->copyBN = row.copyBN;
+    plan->copyBT = row.copyBT;
+    plan->copyBC = row.copyBC;
+    plan->smallFactor = row.smallFactor;
+    plan->micro = row.micro;
+}
+
+template <class T>
+typename GemmPlan<T>::CopyA* copy_a(const GemmPlan<T>& plan, char transa) {
+    if (!transposes(transa))
+        return plan.copyAN;
+    return transa == 'C' || transa == 'c' ? plan.copyAC : plan.copyAT;
+}
+template <class T>
+typename GemmPlan<T>::CopyB* copy_b(const GemmPlan<T>& plan, char transb) {
+    if (!transposes(transb))
+        return plan.copyBN;
+    return transb == 'C' || transb == 'c' ? plan.copyBC : plan.copyBT;
+}
+
+// ---- The blocked core --------------------------------------------------------------------------------------
+
+// Packing both operands pays when the block of B is too large for the outer cache.
+template <class T>
+GemmMode pick_mode(int n, int k, const GemmPlan<T>& plan) {
+    const std::int64_t bytes =
+        std::int64_t{smaller(plan.kb, k)} * smaller(plan.nb, n) * static_cast<std::int64_t>(sizeof(T));
+    return bytes > packBothBytes ? GemmMode::packBoth : GemmMode::packA;
+}
+
+// A mode, taken apart.
+struct ModeTraits {
+    BufferSet set;
+    bool packsA, packsB; // packed here
+    bool givenA, givenB; // packed by the caller
+    constexpr bool one_k_block() const { return givenA || givenB; }
+    constexpr MicroForm form() const { return packsB || givenB ? MicroForm::packedB : MicroForm::directB; }
+};
+
+inline bool mode_traits(GemmMode mode, ModeTraits& traits) {
+    switch (mode) {
+    case GemmMode::packBoth:
+        traits = {BufferSet::aSliverB, true, true, false, false};
+        return true;
+    case GemmMode::choose: // until decided
+    case GemmMode::packA:
+        traits = {BufferSet::aSliver, true, false, false, false};
+        return true;
+    case GemmMode::packBGivenA:
+        traits = {BufferSet::sliverB, false, true, true, false};
+        return true;
+    case GemmMode::directBGivenA:
+        traits = {BufferSet::sliver, false, false, true, false};
+        return true;
+    case GemmMode::packAGivenB:
+        traits = {BufferSet::aSliver, true, false, false, true};
+        return true;
+    case GemmMode::givenBoth:
+        traits = {BufferSet::sliver, false, false, true, true};
+        return true;
+    }
+    return false;
+}
+
+// The two modes that pack for themselves leave small problems to the unpacked path, one a little earlier.
+template <class T>
+bool is_small(GemmMode mode, const GemmCall<T>& p, const GemmPlan<T>& plan) {
+    if (mode == GemmMode::packBoth)
+        return p.m <= plan.smallM || p.n <= plan.smallN || p.k <= plan.smallK;
+    return mode == GemmMode::packA && (p.m < plan.smallM || p.n < plan.smallN || p.k < plan.smallK);
+}
+
+// The loop nest of all modes; buffers are there.
+template <class T>
+void multiply_blocks(const GemmCall<T>& p, const ModeTraits& mode, const GemmPlan<T>& plan) {
+    const OpView<const T> opA(p.a, p.lda, transposes(*p.transa)), opB(p.b, p.ldb, transposes(*p.transb));
+    const Matrix<T> c{p.c, p.ldc};
+    const MicroForm form = mode.form();
+    const T one = 1;
+    const int columnStep = mode.givenB ? p.n : plan.nb;
+    const int kStep = mode.one_k_block() ? p.k : plan.kb;
+    const int rowStep = mode.givenA ? p.m : plan.mb;
+    for (int j = 0; j < p.n; j += columnStep) {
+        const int nc = smaller(columnStep, p.n - j);
+        for (int l = 0; l < p.k; l += kStep) {
+            const int kc = smaller(kStep, p.k - l);
+            // The direct form is told the true depth: it must not read B past it.
+            const int depth = form == MicroForm::packedB ? round_up(kc, plan.kUnit) : kc;
+            const T* b = mode.givenB ? p.b : opB.at(l, j);
+            int ldb = p.ldb;
+            if (mode.packsB) {
+                copy_b(plan, *p.transb)(&kc, &nc, b, &p.ldb, plan.bBuffer.data, &plan.bBuffer.stride);
+                b = plan.bBuffer.data;
+                ldb = plan.bBuffer.stride;
+            }
+            for (int i = 0; i < p.m; i += rowStep) {
+                const int mc = smaller(rowStep, p.m - i);
+                const T* a = p.a;
+                int aStride = p.lda;
+                if (mode.packsA) {
+                    copy_a(plan, *p.transa)(&mc, &kc, opA.at(i, l), &p.lda, plan.aBuffer.data, &plan.aBuffer.stride,
+                                            p.alpha);
+                    a = plan.aBuffer.data;
+                    aStride = plan.aBuffer.stride;
+                }
+                plan.micro(p.transa, p.transb, &mc, &nc, &depth, p.alpha, a, &aStride, b, &ldb, &one, &c(i, j), &p.ldc,
+                           plan.sliver.data, form);
+            }
+        }
+    }
+}
+
+template <class T>
+int blocked(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan, GemmFallback<T> fallback) {
+    if (*m <= 0 || *n <= 0)
+        return 0;
+    ModeTraits traits;
+    if (!mode_traits(mode, traits))
+        return 1;
+    if (plan->mb == 0 || plan->nb == 0 || plan->kb == 0)
+        plan->setBlocks(m, n, k, plan);
+    if (mode == GemmMode::choose) {
+        mode = pick_mode(*n, *k, *plan);
+        mode_traits(mode, traits);
+    }
+    const T one = 1;
+    if (*beta != one)
+        fallback.scaleC(m, n, beta, c, ldc);
+    if (*alpha == T(0) || *k <= 0)
+        return 0;
+    const GemmCall<T> call{transa, transb, *m, *n, *k, alpha, a, *lda, b, *ldb, c, *ldc};
+    if (is_small(mode, call, *plan)) {
+        fallback.small(transa, transb, m, n, k, alpha, a, lda, b, ldb, &one, c, ldc);
+        return 0;
+    }
+    // Where the caller packed an operand, k is one block, whatever the plan would cut it into.
+    if (traits.one_k_block() && plan->kb < *k)
+        plan->kb = round_up(*k, plan->kUnit);
+    void* rawBlock = nullptr;
+    plan->bufferSizes(traits.set, BlockClip::toProblem, m, n, k, plan);
+    plan->allocateBuffers(traits.set, &rawBlock, plan);
+    if (!rawBlock) {
+        if (traits.one_k_block())
+            return 1;
+        fallback.small(transa, transb, m, n, k, alpha, a, lda, b, ldb, &one, c, ldc);
+        return 0;
+    }
+    multiply_blocks(call, traits, *plan);
+    qrv_serv_deallocate(rawBlock);
+    return 0;
+}
+
+// ---- The serial entry ----------------------------------------------------------------------------------------
+
+// The whole operation; the plan is loaded and has no blocks yet.
+template <class T>
+void serial_gemm(QRV_GEMM_PARAMETERS(T), GemmPlan<T>* plan, GemmFallback<T> fallback) {
+    const T one = 1;
+    if (*beta != one)
+        fallback.scaleC(m, n, beta, c, ldc);
+    if (*alpha == T(0))
+        return;
+    if (*m < plan->mUnit || *n < plan->nUnit || *k < plan->kUnit) {
+        fallback.small(transa, transb, m, n, k, alpha, a, lda, b, ldb, &one, c, ldc);
+        return;
+    }
+    plan->setBlocks(m, n, k, plan);
+    blocked(transa, transb, m, n, k, alpha, a, lda, b, ldb, &one, c, ldc, pick_mode(*n, *k, *plan), plan, fallback);
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,0 +1,92 @@
+// Sixteen floats in one 512-bit register, for the forms compiled with AVX-512 (F, VL, DQ, BW). "Quad" is a group of
+// four lanes.
+#pragma once
+
+#include <cstddef>
+#include <immintrin.h>
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+struct Vec16f {
+    static constexpr int lanes = 16;
+    static constexpr int quads = lanes / 4;
+    __m512 v;
+
+    static Vec16f zero() { return {_mm512_setzero_ps()}; }
+    static Vec16f splat(float x) { return {_mm512_set1_ps(x)}; }
+    static Vec16f load(const float* p) { return {_mm512_loadu_ps(p)}; }
+    static Vec16f load_aligned(const float* p) { return {_mm512_load_ps(p)}; }
+    void store(float* p) const { _mm512_storeu_ps(p, v); }
+    void store_aligned(float* p) const { _mm512_store_ps(p, v); }
+    // The two floats at p, aligned to 8 bytes, in every pair of lanes; the four at p in every quad.
+    static Vec16f repeat_pair(const float* p) {
+        return {_mm512_castpd_ps(_mm512_set1_pd(*reinterpret_cast<const double*>(p)))};
+    }
+    static Vec16f repeat_quad(const float* p) { return {_mm512_broadcast_f32x4(_mm_load_ps(p))}; }
+
+    friend Vec16f operator+(Vec16f a, Vec16f b) { return {_mm512_add_ps(a.v, b.v)}; }
+    friend Vec16f operator*(Vec16f a, Vec16f b) { return {_mm512_mul_ps(a.v, b.v)}; }
+
+    // Lanes in groups of `group`, of which the first `count` (none if negative) are kept.
+    struct Mask {
+        __mmask16 bits;
+        Mask(int group, int count)
+            : bits(_mm512_cmpgt_epi32_mask(_mm512_set1_epi32(count),
+                                           _mm512_and_si512(_mm512_set1_epi32(group - 1), lane_numbers()))) {}
+    };
+    Vec16f kept(Mask mask) const { return {_mm512_maskz_mov_ps(mask.bits, v)}; }
+
+    static __m512i lane_numbers() { return _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15); }
+};
+
+inline __mmask16 first_lanes(int count) {
+    return static_cast<__mmask16>((1U << count) - 1);
+}
+
+// a*b + c, rounded once
+inline Vec16f multiply_add(Vec16f a, Vec16f b, Vec16f c) {
+    return {_mm512_fmadd_ps(a.v, b.v, c.v)};
+}
+// a0 a1 b0 b1 in each quad
+inline Vec16f low_halves(Vec16f a, Vec16f b) {
+    return {_mm512_castpd_ps(_mm512_unpacklo_pd(_mm512_castps_pd(a.v), _mm512_castps_pd(b.v)))};
+}
+// a2 a3 b2 b3 in each quad
+inline Vec16f high_halves(Vec16f a, Vec16f b) {
+    return {_mm512_castpd_ps(_mm512_unpackhi_pd(_mm512_castps_pd(a.v), _mm512_castps_pd(b.v)))};
+}
+// Quad i of x[j] becomes quad j of x[i].
+inline void transpose_quads(Vec16f (&x)[Vec16f::quads]) {
+    const __m512 low01 = _mm512_shuffle_f32x4(x[0].v, x[1].v, 0x44);
+    const __m512 high01 = _mm512_shuffle_f32x4(x[0].v, x[1].v, 0xEE);
+    const __m512 low23 = _mm512_shuffle_f32x4(x[2].v, x[3].v, 0x44);
+    const __m512 high23 = _mm512_shuffle_f32x4(x[2].v, x[3].v, 0xEE);
+    x[0].v = _mm512_shuffle_f32x4(low01, low23, 0x88);
+    x[1].v = _mm512_shuffle_f32x4(low01, low23, 0xDD);
+    x[2].v = _mm512_shuffle_f32x4(high01, high23, 0x88);
+    x[3].v = _mm512_shuffle_f32x4(high01, high23, 0xDD);
+}
+
+// The first `count` floats at p, the rest zero; nothing past them is read.
+inline __m128 load_quad(const float* p, int count) {
+    return _mm_maskz_loadu_ps(static_cast<__mmask8>((1U << count) - 1), p);
+}
+// The four floats at each address, as quads 0 to 3.
+inline __m512 gather_quads(const float* q0, const float* q1, const float* q2, const float* q3) {
+    __m512 x = _mm512_castps128_ps512(_mm_loadu_ps(q0));
+    x = _mm512_mask_broadcast_f32x4(x, 0x00F0, _mm_loadu_ps(q1));
+    x = _mm512_mask_broadcast_f32x4(x, 0x0F00, _mm_loadu_ps(q2));
+    return _mm512_mask_broadcast_f32x4(x, 0xF000, _mm_loadu_ps(q3));
+}
+
+// c[0..rows-1] += x
+inline void add_rows(float* c, Vec16f x, int rows) {
+    if (rows == 16) {
+        (Vec16f::load(c) + x).store(c);
+    } else {
+        const __mmask16 mask = first_lanes(rows);
+        _mm512_mask_storeu_ps(c, mask, _mm512_add_ps(_mm512_maskz_loadu_ps(mask, c), x.v));
+    }
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,0 +1,77 @@
+// Eight floats in one 256-bit register, for the forms compiled with AVX2 and FMA. "Quad" is a group of four lanes.
+#pragma once
+
+#include <cstddef>
+#include <immintrin.h>
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+struct Vec8f {
+    static constexpr int lanes = 8;
+    static constexpr int quads = lanes / 4;
+    __m256 v;
+
+    static Vec8f zero() { return {_mm256_setzero_ps()}; }
+    static Vec8f splat(float x) { return {_mm256_set1_ps(x)}; }
+    static Vec8f load(const float* p) { return {_mm256_loadu_ps(p)}; }
+    static Vec8f load_aligned(const float* p) { return {_mm256_load_ps(p)}; }
+    void store(float* p) const { _mm256_storeu_ps(p, v); }
+    void store_aligned(float* p) const { _mm256_store_ps(p, v); }
+    // The two floats at p, aligned to 8 bytes, in every pair of lanes; the four at p in every quad.
+    static Vec8f repeat_pair(const float* p) {
+        return {_mm256_castpd_ps(_mm256_broadcast_sd(reinterpret_cast<const double*>(p)))};
+    }
+    static Vec8f repeat_quad(const float* p) { return {_mm256_broadcast_ps(reinterpret_cast<const __m128*>(p))}; }
+
+    friend Vec8f operator+(Vec8f a, Vec8f b) { return {_mm256_add_ps(a.v, b.v)}; }
+    friend Vec8f operator*(Vec8f a, Vec8f b) { return {_mm256_mul_ps(a.v, b.v)}; }
+
+    // Lanes in groups of `group`, of which the first `count` (none if negative) are kept.
+    struct Mask {
+        __m256 bits;
+        Mask(int group, int count)
+            : bits(_mm256_castsi256_ps(_mm256_cmpgt_epi32(
+                  _mm256_set1_epi32(count), _mm256_and_si256(_mm256_set1_epi32(group - 1), lane_numbers())))) {}
+    };
+    Vec8f kept(Mask mask) const { return {_mm256_and_ps(mask.bits, v)}; }
+
+    static __m256i lane_numbers() { return _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7); }
+};
+
+// a*b + c, rounded once
+inline Vec8f multiply_add(Vec8f a, Vec8f b, Vec8f c) {
+    return {_mm256_fmadd_ps(a.v, b.v, c.v)};
+}
+// a0 a1 b0 b1 in each quad
+inline Vec8f low_halves(Vec8f a, Vec8f b) {
+    return {_mm256_castpd_ps(_mm256_unpacklo_pd(_mm256_castps_pd(a.v), _mm256_castps_pd(b.v)))};
+}
+// a2 a3 b2 b3 in each quad
+inline Vec8f high_halves(Vec8f a, Vec8f b) {
+    return {_mm256_castpd_ps(_mm256_unpackhi_pd(_mm256_castps_pd(a.v), _mm256_castps_pd(b.v)))};
+}
+// Quad i of x[j] becomes quad j of x[i].
+inline void transpose_quads(Vec8f (&x)[Vec8f::quads]) {
+    const __m256 low = _mm256_permute2f128_ps(x[0].v, x[1].v, 0x20);
+    x[1].v = _mm256_permute2f128_ps(x[0].v, x[1].v, 0x31);
+    x[0].v = low;
+}
+
+// The first `count` floats at p, the rest zero; nothing past them is read.
+inline __m128 load_quad(const float* p, int count) {
+    return _mm_maskload_ps(p, _mm_cmpgt_epi32(_mm_set1_epi32(count), _mm_setr_epi32(0, 1, 2, 3)));
+}
+
+// c[0..rows-1] += x
+inline void add_rows(float* c, Vec8f x, int rows) {
+    if (rows == 8) {
+        (Vec8f::load(c) + x).store(c);
+    } else if (rows == 4) {
+        _mm_storeu_ps(c, _mm_add_ps(_mm_loadu_ps(c), _mm256_castps256_ps128(x.v)));
+    } else {
+        const __m256i mask = _mm256_cmpgt_epi32(_mm256_set1_epi32(rows), Vec8f::lane_numbers());
+        _mm256_maskstore_ps(c, mask, _mm256_add_ps(_mm256_maskload_ps(c, mask), x.v));
+    }
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,0 +1,27 @@
+// The pieces of the plan-driven SGEMM that are reached by name and not through a slot: by the build itself, and by
+// tests.
+#pragma once
+
+#include "blas/kernel/kernels.hpp"
+#include "service/vector_form.hpp"
+
+#define QRV_DECLARE_PLAN_PIECES                                                                                        \
+    /* packBoth or packA, by the size of a block of B. */                                                              \
+    GemmMode blas_sgemm_pick_mode(QRV_GEMM_PARAMETERS(float), GemmPlan<float>* plan);                                  \
+    /* The whole operation without packing and without work memory. */                                                 \
+    void blas_sgemm_small(QRV_GEMM_PARAMETERS(float));
+
+namespace qrv::kernel::ssse3 {
+QRV_DECLARE_PLAN_PIECES
+// The plan row for a processor with or without SSE4.1, and blas_sgemm_plan_load with a given row.
+int plan_row(bool hasSse41);
+void load_row(int rowIndex, GemmPlan<float>* plan);
+} // namespace qrv::kernel::ssse3
+
+namespace qrv::kernel::sse42 {
+QRV_DECLARE_PLAN_PIECES
+// blas_sgemm_plan_load with the micro-kernel of a vector form.
+void plan_load_for(VectorForm form, GemmPlan<float>* plan);
+} // namespace qrv::kernel::sse42
+
+#undef QRV_DECLARE_PLAN_PIECES

@@ -1,0 +1,13 @@
+// Vectors of the sse2 build.
+#pragma once
+
+#include "blas/kernel/common/vec4f.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// The sums of the lanes of a, b, c and d: the shuffles that every build has.
+inline Vec4f horizontal_sums(Vec4f a, Vec4f b, Vec4f c, Vec4f d) {
+    return sum_lanes(a, b, c, d);
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

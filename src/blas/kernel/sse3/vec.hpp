@@ -1,0 +1,15 @@
+// Vectors of the sse3 build: it adds the horizontal add.
+#pragma once
+
+#include <pmmintrin.h>
+
+#include "blas/kernel/common/vec4f.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// The sums of the lanes of a, b, c and d.
+inline Vec4f horizontal_sums(Vec4f a, Vec4f b, Vec4f c, Vec4f d) {
+    return {_mm_hadd_ps(_mm_hadd_ps(a.v, b.v), _mm_hadd_ps(c.v, d.v))};
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

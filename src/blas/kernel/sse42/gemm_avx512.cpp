@@ -1,0 +1,107 @@
+// The micro-kernel with AVX-512.
+//
+// 32 registers would hold more than 4 panels x 4 slivers, but larger tiles ran slower: 16 sums cover the latency of
+// the multiply-add, and four panels, which lie a power of two apart, leave the innermost cache to the slivers. With
+// 8 registers it is 3 x 2.
+#include "blas/kernel/common/vec16f.hpp"
+
+#include "blas/kernel/common/gemm_wide.hpp"
+#include "blas/kernel/sse42/wide.hpp"
+
+namespace qrv::kernel::sse42_avx512 {
+namespace {
+
+// Two slivers side by side: b0 b0 b1 b1 | b2 b2 b3 b3 | b4 b4 b5 b5 | b6 b6 b7 b7
+struct SliverPair {
+    using Vector = Vec16f;
+    static constexpr int columns = 8;
+    static constexpr int quads = 2;
+    static constexpr int rowsAtOnce = 2;
+
+    static Vec16f repeat_rows(const float* a) { return Vec16f::repeat_pair(a); }
+    // Columns 0, 2, 4, 6, respectively 1, 3, 5, 7.
+    static Vec16f whole_columns(const Vec16f (&sums)[2], int part) {
+        return part == 0 ? low_halves(sums[0], sums[1]) : high_halves(sums[0], sums[1]);
+    }
+
+    static Vec16f step(const __m128 (&x)[quads]) {
+        const __m512i twice = _mm512_setr_epi32(0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 5, 5, 6, 6, 7, 7);
+        return {_mm512_permutexvar_ps(twice, _mm512_castps256_ps512(_mm256_set_m128(x[1], x[0])))};
+    }
+    // Columns 0 to 3 and 4 to 7 of four steps in a vector each; a two-source permutation then picks a step of both.
+    static void four_steps(const float* const (&column)[columns], int l, float* out, std::ptrdiff_t outStep) {
+        const __m512 low = gather_quads(column[0] + l, column[1] + l, column[2] + l, column[3] + l);
+        const __m512 high = gather_quads(column[4] + l, column[5] + l, column[6] + l, column[7] + l);
+        const __m512i first = _mm512_setr_epi32(0, 0, 4, 4, 8, 8, 12, 12, 16, 16, 20, 20, 24, 24, 28, 28);
+        QRV_UNROLL
+        for (int s = 0; s < kStep; ++s) {
+            const __m512i pick = _mm512_add_epi32(first, _mm512_set1_epi32(s));
+            _mm512_store_ps(out + s * outStep, _mm512_permutex2var_ps(low, pick, high));
+        }
+    }
+};
+
+// Four columns in a whole vector: b0 b0 b0 b0 | b1 b1 b1 b1 | b2 b2 b2 b2 | b3 b3 b3 b3
+struct QuadSliver {
+    using Vector = Vec16f;
+    static constexpr int columns = 4;
+    static constexpr int quads = 1;
+    static constexpr int rowsAtOnce = 4;
+
+    static Vec16f repeat_rows(const float* a) { return Vec16f::repeat_quad(a); }
+    static Vec16f whole_columns(const Vec16f (&sums)[1], int) { return sums[0]; }
+
+    static Vec16f step(const __m128 (&x)[quads]) {
+        const __m512i order = _mm512_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3);
+        return {_mm512_permutexvar_ps(order, _mm512_castps128_ps512(x[0]))};
+    }
+    static void four_steps(const float* const (&column)[columns], int l, float* out, std::ptrdiff_t outStep) {
+        const __m512 x = gather_quads(column[0] + l, column[1] + l, column[2] + l, column[3] + l);
+        _mm512_store_ps(out, _mm512_permute_ps(x, 0x00));
+        _mm512_store_ps(out + outStep, _mm512_permute_ps(x, 0x55));
+        _mm512_store_ps(out + 2 * outStep, _mm512_permute_ps(x, 0xAA));
+        _mm512_store_ps(out + 3 * outStep, _mm512_permute_ps(x, 0xFF));
+    }
+};
+
+template <bool ManyRegisters>
+struct Shapes { // 64-bit mode
+    using Wide = TileShape<SliverPair, 4, 2>;
+    using Middle = TileShape<SliverPair, 4, 1>;
+    using Narrow = TileShape<QuadSliver, 8, 1>;
+};
+template <>
+struct Shapes<false> {
+    using Wide = TileShape<SliverPair, 3, 1>;
+    using Middle = Wide;
+    using Narrow = TileShape<QuadSliver, 6, 1>;
+};
+using Wide = Shapes<sizeof(void*) == 8>::Wide;
+using Middle = Shapes<sizeof(void*) == 8>::Middle;
+using Narrow = Shapes<sizeof(void*) == 8>::Narrow;
+static_assert(Wide::sliverStep <= quadColumns * sliverFactor && Middle::sliverStep <= quadColumns * sliverFactor &&
+              Narrow::sliverStep <= quadColumns * sliverFactor);
+
+} // namespace
+
+void gemm_micro(const char*, const char* transb, const int* m, const int* n, const int* kp, const float*,
+                const float* aPacked, const int* aStride, const float* b, const int* ldb, const float*, float* c,
+                const int* ldc, float* sliver, MicroForm form) {
+    const bool transposedB = (*transb & 0x4E) != 0x4E;
+    const MicroCall call = micro_call(transposedB, *m, *n, *kp, aPacked, *aStride, b, *ldb, c, *ldc, sliver, form);
+    for (int j = 0; j < *n;) {
+        const int left = *n - j;
+        if (left > Middle::columns) {
+            multiply_columns<Wide>(call, j);
+            j += Wide::columns;
+        } else if (left > Narrow::columns) {
+            multiply_columns<Middle>(call, j);
+            j += Middle::columns;
+        } else {
+            multiply_columns<Narrow>(call, j);
+            j += Narrow::columns;
+        }
+    }
+}
+
+} // namespace qrv::kernel::sse42_avx512
