@@ -57,11 +57,25 @@ const char* budget_explanation(const ThreadBudget& budget, const BudgetFacts& fa
     return budget.explicitRequest ? "a request, within the cores counted" : "OpenMP's number, within the cores counted";
 }
 
+// What the sse42 build uses beyond its name.
+const char* vector_form_name(VectorForm form) {
+    switch (form) {
+    case VectorForm::avx512:
+        return ", with AVX-512 forms";
+    case VectorForm::avx2:
+        return ", with AVX2 forms";
+    case VectorForm::sse:
+        break;
+    }
+    return "";
+}
+
 void describe_processor(TextWriter& out) {
     const int cpuType = qrv_serv_get_cpu_type();
     out.line("processor class   %d (%s), %s", cpuType, kernel_variant_name(cpuType),
              cpu_type_origin() == CpuTypeOrigin::forced ? "forced by QRV_DEBUG_CPU_TYPE" : "detected");
-    out.line("kernel build      %s", kernel_variant_name(cpuType));
+    out.line("kernel build      %s%s", kernel_variant_name(cpuType),
+             cpuType == 5 ? vector_form_name(vector_form()) : "");
     out.line("CpuMa             %d", qrv_serv_get_cpu_ma());
     const int levels = qrv_serv_get_cache_size(0) < 0 ? 0 : 1;
     if (levels == 0)
