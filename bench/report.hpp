@@ -1,0 +1,44 @@
+// What a run leaves: a table, a CSV file, a plot for each thread count.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "case.hpp"
+#include "measure.hpp"
+
+namespace bench {
+
+struct Field {
+    std::vector<std::string> ours, peers, peaks; // names of contestants, in the order of the columns
+};
+
+struct Outcome {
+    Case work;
+    Timings timings;
+};
+
+// The name under which a peak takes part in a contest.
+inline std::string peak_contestant(const std::string& peak) {
+    return "peak " + peak;
+}
+
+// So does a form of ours on one thread where the others run on several.
+inline std::string one_thread_contestant(const std::string& form) {
+    return form + " on one thread";
+}
+
+// The table comes line by line while the run goes on: a head, then for each case a row for each form of ours.
+std::string table_head(const Field& field);
+std::string table_rows(const Field& field, const Outcome& outcome);
+
+std::string csv_head();
+std::string csv_rows(const Outcome& outcome);
+
+// GFLOP/s over n of the plotted cases of one thread count; the y axis ends at the highest measured peak.
+// False if there is nothing to plot.
+bool write_plot(const std::filesystem::path& path, const std::string& title, const Field& field,
+                const std::vector<Outcome>& outcomes, int threads);
+
+} // namespace bench
