@@ -25,6 +25,11 @@ struct Matrix {
     T* column(int j) const { return data + ld * j; }
 };
 
+// Whether a GEMM option transposes: anything but 'N' and 'n' does.
+constexpr bool transposes(char option) {
+    return option != 'N' && option != 'n';
+}
+
 // op(X) of a stored matrix X: element (i, j) of the operand as it enters a product.
 template <class T>
 struct OpView {

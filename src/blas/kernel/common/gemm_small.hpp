@@ -35,10 +35,6 @@ struct SmallProduct {
     OpView<const float> b;
 };
 
-inline bool transposes(char option) {
-    return option != 'N' && option != 'n';
-}
-
 template <int rows>
 [[gnu::always_inline]] inline void finish_column(const SmallProduct& p, Vec4f sums, float* c) {
     Vec4f result = Vec4f::splat(p.alpha) * sums;

@@ -165,10 +165,6 @@ void multiply(int m, int n, int k, float alpha, Operand a, Operand b, Matrix<flo
     }
 }
 
-bool transposes(char option) {
-    return option != 'N' && option != 'n';
-}
-
 } // namespace
 
 void blas_sgemm_scale_c(const int* m, const int* n, const float* beta, float* c, const int* ldc) {
