@@ -209,6 +209,10 @@ template <int depth>
         sum1 = sum1 + Vec4f::load_aligned(a + 4 * l + 4) * x;
         sum2 = sum2 + Vec4f::load_aligned(a + 4 * l + 8) * x;
         sum3 = sum3 + Vec4f::load_aligned(a + 4 * l + 12) * x;
+        // Eight registers hold one step at a time. An empty statement that changes the sums keeps the compiler from
+        // running several steps into one another and spilling.
+        if constexpr (vectorRegisters == 8)
+            asm("" : "+x"(sum0.v), "+x"(sum1.v), "+x"(sum2.v), "+x"(sum3.v));
     };
     for (int l = 0; l < depth; l += 16) {
         step(l);
