@@ -48,15 +48,6 @@ constexpr int cAhead = 8;        // floats of C ahead of the tile: 32 bytes
 // x0(l) x0(l+1) x1(l) x1(l+1) of the lines `line` and `line` + 1; with one line or one step the others are zero and
 // not read.
 
-inline Vec4f load_one(const float* p) {
-    return {_mm_load_ss(p)};
-}
-inline Vec4f load_two(const float* p) {
-    return {_mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(p))};
-}
-inline void store_two(float* p, Vec4f x) {
-    _mm_storel_pi(reinterpret_cast<__m64*>(p), x.v);
-}
 // a0 b0 a1 b1
 inline Vec4f interleave_low(Vec4f a, Vec4f b) {
     return {_mm_unpacklo_ps(a.v, b.v)};
@@ -64,43 +55,45 @@ inline Vec4f interleave_low(Vec4f a, Vec4f b) {
 
 // Steps of a line are contiguous: A transposed, B not transposed.
 struct AlongSteps {
+    static constexpr int linesTogether = 1; // each is a stream of its own
     const float* data;
     std::ptrdiff_t stride;
 
     const float* at(int line, int l) const { return data + line * stride + l; }
     template <int lines, int steps>
     Vec4f pair_of(int line, int l) const {
-        const Vec4f first = steps == 2 ? load_two(at(line, l)) : load_one(at(line, l));
+        const Vec4f first = load_first<steps>(at(line, l));
         if constexpr (lines == 1)
             return first;
         else if constexpr (steps == 2)
             return {_mm_loadh_pi(first.v, reinterpret_cast<const __m64*>(at(line + 1, l)))};
         else
-            return low_halves(first, load_one(at(line + 1, l)));
+            return low_halves(first, load_first<1>(at(line + 1, l)));
     }
-    void prefetch(int line, int l) const {
-        _mm_prefetch(reinterpret_cast<const char*>(at(line, l) + sourceAhead), _MM_HINT_NTA);
-        _mm_prefetch(reinterpret_cast<const char*>(at(line + 1, l) + sourceAhead), _MM_HINT_NTA);
+    void prefetch_source(int line, int l) const {
+        prefetch_once(at(line, l) + sourceAhead);
+        prefetch_once(at(line + 1, l) + sourceAhead);
     }
 };
 
 // Lines of a step are contiguous: A not transposed, B transposed.
 struct AcrossSteps {
+    static constexpr int linesTogether = 16; // 64 bytes, so that what is loaded at a step is used at once
     const float* data;
     std::ptrdiff_t stride;
 
     const float* at(int line, int l) const { return data + l * stride + line; }
     template <int lines, int steps>
     Vec4f pair_of(int line, int l) const {
-        const Vec4f first = lines == 2 ? load_two(at(line, l)) : load_one(at(line, l));
+        const Vec4f first = load_first<lines>(at(line, l));
         if constexpr (steps == 1)
             return interleave_low(first, Vec4f::zero());
         else
-            return interleave_low(first, lines == 2 ? load_two(at(line, l + 1)) : load_one(at(line, l + 1)));
+            return interleave_low(first, load_first<lines>(at(line, l + 1)));
     }
-    void prefetch(int line, int l) const {
-        _mm_prefetch(reinterpret_cast<const char*>(at(line, l + rowsAhead)), _MM_HINT_NTA);
-        _mm_prefetch(reinterpret_cast<const char*>(at(line, l + rowsAhead + 1)), _MM_HINT_NTA);
+    void prefetch_source(int line, int l) const {
+        prefetch_once(at(line, l + rowsAhead));
+        prefetch_once(at(line, l + rowsAhead + 1));
     }
 };
 
@@ -116,70 +109,84 @@ struct PackedColumns {
     Vec4f pair_of(int line, int l) const {
         return Vec4f::load_aligned(at(line, l));
     }
-    void prefetch(int line, int l) const {
-        _mm_prefetch(reinterpret_cast<const char*>(at(line, l) + sourceAhead), _MM_HINT_NTA);
-    }
+    void prefetch_source(int line, int l) const { prefetch_once(at(line, l) + sourceAhead); }
 };
 
 // ---- Packing ------------------------------------------------------------------------------------------------------
 
 template <int rows, int steps, class X>
 inline void pack_a_pair(X x, int row, int l, Vec4f scale, float* out) {
-    const Vec4f top = x.template pair_of < rows == 1 ? 1 : 2, steps > (row, l) * scale;
+    constexpr int topRows = rows == 1 ? 1 : 2;
+    const Vec4f top = x.template pair_of<topRows, steps>(row, l) * scale;
     if constexpr (rows == 1)
-        store_two(out, top);
+        store_first<2>(out, top);
     else
         top.store_aligned(out);
     if constexpr (rows == 3)
-        store_two(out + bPair, x.template pair_of<1, steps>(row + 2, l) * scale);
+        store_first<2>(out + bPair, x.template pair_of<1, steps>(row + 2, l) * scale);
     if constexpr (rows == 4)
         (x.template pair_of<2, steps>(row + 2, l) * scale).store_aligned(out + bPair);
 }
 
-template <int rows, class X>
-inline void pack_a_panel(X x, int row, int k, float alpha, float* out) {
+// One panel of `rows` rows, or several full ones side by side.
+template <int panels, int rows, class X>
+inline void pack_a_panels(X x, int row, int k, float alpha, float* out, std::ptrdiff_t stride) {
     const Vec4f scale = Vec4f::splat(alpha);
     int l = 0;
     for (; l + pair <= k; l += pair, out += aPair)
-        pack_a_pair<rows, 2>(x, row, l, scale, out);
+        for (int p = 0; p < panels; ++p)
+            pack_a_pair<rows, 2>(x, row + p * rowUnit, l, scale, out + p * stride);
     // The partner of an odd step is scaled by 1: an infinite alpha would make a NaN of its zero.
     if (l < k)
-        pack_a_pair<rows, 1>(x, row, l, interleave_low(scale, Vec4f::splat(1)), out);
+        for (int p = 0; p < panels; ++p)
+            pack_a_pair<rows, 1>(x, row + p * rowUnit, l, interleave_low(scale, Vec4f::splat(1)), out + p * stride);
 }
 
 template <class X>
 inline void pack_a(int m, int k, X x, float alpha, float* buffer, std::ptrdiff_t stride) {
+    constexpr int panels = X::linesTogether / rowUnit;
     int row = 0;
-    for (; row + rowUnit <= m; row += rowUnit, buffer += stride)
-        pack_a_panel<4>(x, row, k, alpha, buffer);
+    const auto panel = [&] { return buffer + row / rowUnit * stride; };
+    if constexpr (panels > 1)
+        for (; row + panels * rowUnit <= m; row += panels * rowUnit)
+            pack_a_panels<panels, rowUnit>(x, row, k, alpha, panel(), stride);
+    for (; row + rowUnit <= m; row += rowUnit)
+        pack_a_panels<1, rowUnit>(x, row, k, alpha, panel(), stride);
     switch (m - row) {
     case 1:
-        return pack_a_panel<1>(x, row, k, alpha, buffer);
+        return pack_a_panels<1, 1>(x, row, k, alpha, panel(), stride);
     case 2:
-        return pack_a_panel<2>(x, row, k, alpha, buffer);
+        return pack_a_panels<1, 2>(x, row, k, alpha, panel(), stride);
     case 3:
-        return pack_a_panel<3>(x, row, k, alpha, buffer);
+        return pack_a_panels<1, 3>(x, row, k, alpha, panel(), stride);
     default:
         return;
     }
 }
 
-template <int columns, class X>
-inline void pack_b_panel(X x, int column, int k, float* out) {
+template <int panels, int columns, class X>
+inline void pack_b_panels(X x, int column, int k, float* out, std::ptrdiff_t stride) {
     int l = 0;
     for (; l + pair <= k; l += pair, out += bPair)
-        x.template pair_of<columns, 2>(column, l).store_aligned(out);
+        for (int p = 0; p < panels; ++p)
+            x.template pair_of<columns, 2>(column + p * columnUnit, l).store_aligned(out + p * stride);
     if (l < k)
-        x.template pair_of<columns, 1>(column, l).store_aligned(out);
+        for (int p = 0; p < panels; ++p)
+            x.template pair_of<columns, 1>(column + p * columnUnit, l).store_aligned(out + p * stride);
 }
 
 template <class X>
 inline void pack_b(int k, int n, X x, float* buffer, std::ptrdiff_t stride) {
+    constexpr int panels = X::linesTogether / columnUnit;
     int column = 0;
-    for (; column + columnUnit <= n; column += columnUnit, buffer += stride)
-        pack_b_panel<2>(x, column, k, buffer);
+    const auto panel = [&] { return buffer + column / columnUnit * stride; };
+    if constexpr (panels > 1)
+        for (; column + panels * columnUnit <= n; column += panels * columnUnit)
+            pack_b_panels<panels, columnUnit>(x, column, k, panel(), stride);
+    for (; column + columnUnit <= n; column += columnUnit)
+        pack_b_panels<1, columnUnit>(x, column, k, panel(), stride);
     if (column < n)
-        pack_b_panel<1>(x, column, k, buffer);
+        pack_b_panels<1, 1>(x, column, k, panel(), stride);
 }
 
 // The plan's copy routines.
@@ -216,8 +223,8 @@ inline void expand(B b, int column, int k, int kp, float* sliver) {
         for (int part = 0; part < parts; ++part) {
             float* out = sliver + part * partStride;
             if (l % (2 * pair) == 0) {
-                b.prefetch(column + part * columnUnit, l);
-                _mm_prefetch(reinterpret_cast<const char*>(out + targetAhead), _MM_HINT_T0);
+                b.prefetch_source(column + part * columnUnit, l);
+                prefetch(out + targetAhead);
             }
             store_doubled(b.template pair_of<columns, 2>(column + part * columnUnit, l), out);
         }
@@ -232,13 +239,23 @@ struct Tile {
     Vec4f top0, bottom0, top1, bottom1; // rows 0 1 and rows 2 3 of columns 0 and 1
 };
 
+// A value in a register, for the compiler's eyes changed here: it would take a value that it has just loaded from
+// memory once more for each use, and loads are what this kernel has most of. Sums that pass through here are also
+// kept in step with each other; else four steps' loads come first and do not fit.
+inline void hold(Vec4f& x) {
+    __asm__("" : "+x"(x.v));
+}
+
 inline void add_pair(Tile& t, const float* a, const float* b) {
-    const Vec4f top = Vec4f::load_aligned(a), bottom = Vec4f::load_aligned(a + 4);
-    const Vec4f b0 = Vec4f::load_aligned(b), b1 = Vec4f::load_aligned(b + 4);
-    t.top0 = t.top0 + top * b0;
-    t.bottom0 = t.bottom0 + bottom * b0;
-    t.top1 = t.top1 + top * b1;
-    t.bottom1 = t.bottom1 + bottom * b1;
+    Vec4f b0 = Vec4f::load_aligned(b), b1 = Vec4f::load_aligned(b + 4);
+    const auto add_rows = [&](Vec4f rows, Vec4f& sum0, Vec4f& sum1) {
+        hold(rows), hold(sum0), hold(sum1);
+        sum0 = sum0 + rows * b0;
+        sum1 = sum1 + rows * b1;
+    };
+    hold(b0), hold(b1);
+    add_rows(Vec4f::load_aligned(a), t.top0, t.top1);
+    add_rows(Vec4f::load_aligned(a + 4), t.bottom0, t.bottom1);
 }
 
 template <int steps>
@@ -260,9 +277,9 @@ inline void add_column(float* c, Vec4f top, Vec4f bottom) {
 // C[4 x columns] += one panel of A * one part of the sliver, columns 1 or 2.
 inline void multiply_tile(int columns, int kp, const float* a, const float* b, Matrix<float> c) {
     Tile t{Vec4f::zero(), Vec4f::zero(), Vec4f::zero(), Vec4f::zero()};
-    _mm_prefetch(reinterpret_cast<const char*>(c.column(0) + cAhead), _MM_HINT_T0);
+    prefetch(c.column(0) + cAhead);
     if (columns == columnUnit)
-        _mm_prefetch(reinterpret_cast<const char*>(c.column(1) + cAhead), _MM_HINT_T0);
+        prefetch(c.column(1) + cAhead);
     int left = kp;
     for (; left >= straightSteps; left -= straightSteps)
         add_steps<straightSteps>(t, a, b);
