@@ -239,23 +239,28 @@ struct Tile {
     Vec4f top0, bottom0, top1, bottom1; // rows 0 1 and rows 2 3 of columns 0 and 1
 };
 
-// A value in a register, for the compiler's eyes changed here: it would take a value that it has just loaded from
-// memory once more for each use, and loads are what this kernel has most of. Sums that pass through here are also
-// kept in step with each other; else four steps' loads come first and do not fit.
+// Values in registers, for the compiler's eyes changed here. It would take an operand that it has just loaded from
+// memory once more for its second use, and loads are what this kernel has most of; and it would put the loads of four
+// steps in front of their sums, for which there are not registers enough.
 inline void hold(Vec4f& x) {
     __asm__("" : "+x"(x.v));
+}
+template <class... Rest>
+inline void hold(Vec4f& x, Rest&... rest) {
+    hold(x);
+    hold(rest...);
 }
 
 inline void add_pair(Tile& t, const float* a, const float* b) {
     Vec4f b0 = Vec4f::load_aligned(b), b1 = Vec4f::load_aligned(b + 4);
-    const auto add_rows = [&](Vec4f rows, Vec4f& sum0, Vec4f& sum1) {
-        hold(rows), hold(sum0), hold(sum1);
-        sum0 = sum0 + rows * b0;
-        sum1 = sum1 + rows * b1;
-    };
-    hold(b0), hold(b1);
-    add_rows(Vec4f::load_aligned(a), t.top0, t.top1);
-    add_rows(Vec4f::load_aligned(a + 4), t.bottom0, t.bottom1);
+    Vec4f rows = Vec4f::load_aligned(a);
+    hold(rows, b0, b1, t.top0, t.top1);
+    t.top0 = t.top0 + rows * b0;
+    t.top1 = t.top1 + rows * b1;
+    rows = Vec4f::load_aligned(a + 4);
+    hold(rows, t.bottom0, t.bottom1);
+    t.bottom0 = t.bottom0 + rows * b0;
+    t.bottom1 = t.bottom1 + rows * b1;
 }
 
 template <int steps>
