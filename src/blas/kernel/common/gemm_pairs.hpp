@@ -218,19 +218,26 @@ inline void store_doubled(Vec4f x, float* out) {
 template <int parts, int columns, class B>
 inline void expand(B b, int column, int k, int kp, float* sliver) {
     const std::ptrdiff_t partStride = static_cast<std::ptrdiff_t>(kp) * bPair;
-    int l = 0;
-    for (; l + pair <= k; l += pair, sliver += sliverPair)
-        for (int part = 0; part < parts; ++part) {
-            float* out = sliver + part * partStride;
-            if (l % (2 * pair) == 0) {
-                b.prefetch_source(column + part * columnUnit, l);
-                prefetch(out + targetAhead);
-            }
-            store_doubled(b.template pair_of<columns, 2>(column + part * columnUnit, l), out);
-        }
-    if (l < k)
+    const auto store_pairs = [&](int l, float* out, auto steps) {
         for (int part = 0; part < parts; ++part)
-            store_doubled(b.template pair_of<columns, 1>(column + part * columnUnit, l), sliver + part * partStride);
+            store_doubled(b.template pair_of<columns, steps()>(column + part * columnUnit, l), out + part * partStride);
+    };
+    int l = 0;
+    for (; l + 2 * pair <= k; l += 2 * pair, sliver += 2 * sliverPair) {
+        for (int part = 0; part < parts; ++part) {
+            b.prefetch_source(column + part * columnUnit, l);
+            prefetch(sliver + part * partStride + targetAhead);
+        }
+        store_pairs(l, sliver, Lanes<pair>{});
+        store_pairs(l + pair, sliver + sliverPair, Lanes<pair>{});
+    }
+    if (l + pair <= k) {
+        store_pairs(l, sliver, Lanes<pair>{});
+        l += pair;
+        sliver += sliverPair;
+    }
+    if (l < k)
+        store_pairs(l, sliver, Lanes<1>{});
 }
 
 // ---- Main kernel --------------------------------------------------------------------------------------------------
@@ -290,6 +297,8 @@ inline void multiply_tile(int columns, int kp, const float* a, const float* b, M
         add_steps<straightSteps>(t, a, b);
     for (; left >= loopSteps; left -= loopSteps)
         add_steps<loopSteps>(t, a, b);
+    for (; left >= unrolledSteps; left -= unrolledSteps)
+        add_steps<unrolledSteps>(t, a, b);
     for (; left > 0; left -= pair, a += aPair, b += sliverPair)
         add_pair(t, a, b);
     add_column(c.column(0), t.top0, t.bottom0);
@@ -355,11 +364,16 @@ struct ColumnSums<0> {
     void add_to(float*) const {}
 };
 
+// The rows' values at step l of a panel, `pair` floats apart.
+inline const float* panel_step(const float* a, int l) {
+    return a + l / pair * aPair + l % pair;
+}
+
 template <int rows, class B>
 inline void edge_four_columns(int k, const float* a, B b, int column, Matrix<float> c) {
     ColumnSums<rows> sum0, sum1, sum2, sum3;
     for (int l = 0; l < k; ++l) {
-        const float* step = a + l / pair * aPair + l % pair;
+        const float* step = panel_step(a, l);
         sum0.add(step, *b.at(column, l));
         sum1.add(step, *b.at(column + 1, l));
         sum2.add(step, *b.at(column + 2, l));
@@ -379,7 +393,7 @@ inline void edge_rows(int n, int k, const float* a, B b, Matrix<float> c) {
     for (; column < n; ++column) {
         ColumnSums<rows> sum;
         for (int l = 0; l < k; ++l)
-            sum.add(a + l / pair * aPair + l % pair, *b.at(column, l));
+            sum.add(panel_step(a, l), *b.at(column, l));
         sum.add_to(c.column(column));
     }
 }
