@@ -158,9 +158,10 @@ struct TileSums {
             sums[p][v][part] = Vector::zero();
     }
 
-    // One step. With Edge, of the last panel only the rows that the masks keep.
+    // One step of the panels whose steps start at `offset`. With Edge, of the last panel only the rows that the masks
+    // keep.
     template <bool Edge>
-    QRV_INLINE void add_step(const float* a, std::ptrdiff_t aStride, const float* sliver,
+    QRV_INLINE void add_step(const float* const (&panel)[Shape::panels], std::ptrdiff_t offset, const float* sliver,
                              const typename Vector::Mask (&mask)[2]) {
         Vector z[Shape::vectors];
         QRV_UNROLL
@@ -170,7 +171,7 @@ struct TileSums {
         for (int p = 0; p < Shape::panels; ++p)
             QRV_UNROLL
         for (int part = 0; part < parts; ++part) {
-            Vector x = Spread::repeat_rows(a + p * aStride + part * Spread::rowsAtOnce);
+            Vector x = Spread::repeat_rows(panel[p] + offset + part * Spread::rowsAtOnce);
             if (Edge && p == Shape::panels - 1)
                 x = x.kept(mask[part]);
             QRV_UNROLL
@@ -236,13 +237,17 @@ void multiply_tile(const float* a, std::ptrdiff_t aStride, const float* sliver, 
     const int lastRows = rows - panelRows * (Shape::panels - 1);
     const typename Vector::Mask mask[2] = {{group, lastRows}, {group, lastRows - group}};
     prefetch_tile<Shape>(c, ldc, columns, rows);
+    const float* panel[Shape::panels];
+    QRV_UNROLL
+    for (int p = 0; p < Shape::panels; ++p)
+        panel[p] = a + p * aStride;
     TileSums<Shape> tile;
     tile.clear();
-    for (int l = 0; l < kp; l += kStep) {
+    const std::ptrdiff_t end = std::ptrdiff_t{kp} * panelRows;
+    for (std::ptrdiff_t l = 0; l < end; l += kStep * panelRows) {
         QRV_UNROLL
         for (int s = 0; s < kStep; ++s)
-            tile.template add_step<Edge>(a + s * panelRows, aStride, sliver + s * Shape::sliverStep, mask);
-        a += kStep * panelRows;
+            tile.template add_step<Edge>(panel, l + s * panelRows, sliver + s * Shape::sliverStep, mask);
         sliver += kStep * Shape::sliverStep;
     }
     add_to_c<Shape, Edge>(tile, c, ldc, columns, rows);
@@ -283,15 +288,50 @@ void multiply_edge(const MicroCall& call, int i, int j, int columns) {
         multiply_edge<Spread, Panels - 1, Vectors>(call, i, j, columns);
 }
 
+// Asks for the columns that come next, a share with each tile: B is the one operand that no earlier pass has brought
+// near, and read by columns it gives the processor sixteen short streams to find.
+template <class Shape>
+class NextColumns {
+public:
+    NextColumns(const MicroCall& call, int j) : b_(call.b), j_(j), columns_(smaller(Shape::columns, call.b.n - j)) {
+        const int tiles = (call.m + Shape::rows - 1) / Shape::rows;
+        stepsAtOnce_ = round_up((call.k + tiles - 1) / tiles, line);
+        left_ = columns_ > 0 && call.b.storage != OperandB::Storage::panels ? call.k : 0;
+    }
+    void prefetch_share() {
+        const int end = smaller(step_ + stepsAtOnce_, left_);
+        if (b_.storage == OperandB::Storage::columns) {
+            for (; step_ < end; step_ += line)
+                for (int j = 0; j < columns_; ++j)
+                    __builtin_prefetch(b_.data + step_ + (j_ + j) * b_.ld);
+        } else {
+            for (; step_ < end; ++step_) {
+                __builtin_prefetch(b_.data + step_ * b_.ld + j_);
+                __builtin_prefetch(b_.data + step_ * b_.ld + j_ + columns_ - 1);
+            }
+        }
+    }
+
+private:
+    static constexpr int line = 16; // floats
+    const OperandB& b_;
+    int j_, columns_;
+    int stepsAtOnce_, left_;
+    int step_ = 0;
+};
+
 // All rows of the columns from j on, at most Shape::columns of them.
 template <class Shape>
 void multiply_columns(const MicroCall& call, int j) {
     const int columns = smaller(Shape::columns, call.b.n - j);
     expand<Shape>(call.b, j, call.k, call.kp, call.sliver);
+    NextColumns<Shape> next(call, j + columns);
     int i = 0;
-    for (; i + Shape::rows <= call.m; i += Shape::rows)
+    for (; i + Shape::rows <= call.m; i += Shape::rows) {
+        next.prefetch_share();
         multiply_tile<Shape, false>(call.a + i / panelRows * call.aStride, call.aStride, call.sliver, call.kp,
                                     call.c + i + j * call.ldc, call.ldc, columns, Shape::rows);
+    }
     if (i < call.m)
         multiply_edge<typename Shape::Spread, Shape::panels, Shape::vectors>(call, i, j, columns);
 }
