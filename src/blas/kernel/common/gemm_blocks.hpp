@@ -32,6 +32,40 @@ struct BlockRule {
     bool nbFilled;  // whether nb is filled up to the panel width
 };
 
+// The third level of these processors holds the block of A, up to 1.25 MB, which each sliver of B reads again.
+constexpr BlockRule sgemmBlocksSse42{
+    .kbFull = 256,
+    .kbLeast = 128,
+    .cacheLevel = 3,
+    .cacheLimit = 4194304,
+    .mbSmall = 768,
+    .mbLarge = 1280,
+    .nbMost = 5000,
+    .nbFilled = true,
+};
+// The second level is the last one of these, and shared by two cores.
+constexpr BlockRule sgemmBlocksSsse3{
+    .kbFull = 256,
+    .kbLeast = 128,
+    .cacheLevel = 2,
+    .cacheLimit = 3145728,
+    .mbSmall = 896,
+    .mbLarge = 2000,
+    .nbMost = 5000,
+    .nbFilled = true,
+};
+// The same without SSE4.1, k in pairs.
+constexpr BlockRule sgemmBlocksPairs{
+    .kbFull = 256,
+    .kbLeast = 128,
+    .cacheLevel = 0,
+    .cacheLimit = 0,
+    .mbSmall = 1024,
+    .mbLarge = 1024,
+    .nbMost = 5000,
+    .nbFilled = false,
+};
+
 // The caches in the order of the levels, of which the first four are listed; a level that is not there has 0.
 struct CacheTable {
     int count;

@@ -6,17 +6,7 @@
 namespace qrv::kernel::sse42 {
 namespace {
 
-constexpr BlockRule rule{
-    .kbFull = 256,
-    .kbLeast = 128,
-    .cacheLevel = 3, // the block of A, up to 1.25 MB, is read again for each sliver of B
-    .cacheLimit = 4194304,
-    .mbSmall = 768,
-    .mbLarge = 1280,
-    .nbMost = 5000,
-    .nbFilled = true,
-};
-constexpr GemmPlanRow<float> row = sgemm_row<rule>(0);
+constexpr GemmPlanRow<float> row = sgemm_row<sgemmBlocksSse42>(0);
 
 // The micro-kernel of a vector form, and the sliver it wants.
 struct MicroChoice {

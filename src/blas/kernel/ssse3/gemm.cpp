@@ -6,16 +6,6 @@
 namespace qrv::kernel::ssse3 {
 namespace {
 
-constexpr BlockRule pairsRule{
-    .kbFull = 256,
-    .kbLeast = 128,
-    .cacheLevel = 0,
-    .cacheLimit = 0,
-    .mbSmall = 1024,
-    .mbLarge = 1024,
-    .nbMost = 5000,
-    .nbFilled = false,
-};
 constexpr GemmPlanRow<float> pairsRow{
     .rowIndex = 0,
     .tableTag = planTag,
@@ -26,7 +16,7 @@ constexpr GemmPlanRow<float> pairsRow{
     .smallM = 4,
     .smallN = 8,
     .smallK = 2,
-    .setBlocks = set_blocks<float, pairsRule>,
+    .setBlocks = set_blocks<float, sgemmBlocksPairs>,
     .copyAN = pairs::copy_an,
     .copyAT = pairs::copy_at,
     .copyAC = pairs::copy_at,
@@ -36,17 +26,7 @@ constexpr GemmPlanRow<float> pairsRow{
     .micro = pairs::micro,
 };
 
-constexpr BlockRule tileRule{
-    .kbFull = 256,
-    .kbLeast = 128,
-    .cacheLevel = 2, // the last level of these processors holds the block of A
-    .cacheLimit = 3145728,
-    .mbSmall = 896,
-    .mbLarge = 2000,
-    .nbMost = 5000,
-    .nbFilled = true,
-};
-constexpr GemmPlanRow<float> tileRow = sgemm_row<tileRule>(1);
+constexpr GemmPlanRow<float> tileRow = sgemm_row<sgemmBlocksSsse3>(1);
 
 } // namespace
 
