@@ -79,14 +79,15 @@ inline __m512 gather_quads(const float* q0, const float* q1, const float* q2, co
     return _mm512_mask_broadcast_f32x4(x, 0xF000, _mm_loadu_ps(q3));
 }
 
-// c[0..rows-1] += x
-inline void add_rows(float* c, Vec16f x, int rows) {
-    if (rows == 16) {
-        (Vec16f::load(c) + x).store(c);
-    } else {
-        const __mmask16 mask = first_lanes(rows);
-        _mm512_mask_storeu_ps(c, mask, _mm512_add_ps(_mm512_maskz_loadu_ps(mask, c), x.v));
-    }
+// The first `rows` floats of c; the others are neither read nor written.
+inline Vec16f load_rows(const float* c, int rows) {
+    return rows == 16 ? Vec16f::load(c) : Vec16f{_mm512_maskz_loadu_ps(first_lanes(rows), c)};
+}
+inline void store_rows(float* c, Vec16f x, int rows) {
+    if (rows == 16)
+        x.store(c);
+    else
+        _mm512_mask_storeu_ps(c, first_lanes(rows), x.v);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

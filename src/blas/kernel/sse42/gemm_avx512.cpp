@@ -79,16 +79,16 @@ struct Shapes<false> {
 using Wide = Shapes<sizeof(void*) == 8>::Wide;
 using Middle = Shapes<sizeof(void*) == 8>::Middle;
 using Narrow = Shapes<sizeof(void*) == 8>::Narrow;
+constexpr int sliverFactor = 8; // sliver floats per float of B, four columns counted
 static_assert(Wide::sliverStep <= quadColumns * sliverFactor && Middle::sliverStep <= quadColumns * sliverFactor &&
               Narrow::sliverStep <= quadColumns * sliverFactor);
 
-} // namespace
-
-void gemm_micro(const char*, const char* transb, const int* m, const int* n, const int* kp, const float*,
-                const float* aPacked, const int* aStride, const float* b, const int* ldb, const float*, float* c,
-                const int* ldc, float* sliver, MicroForm form) {
+void micro(const char*, const char* transb, const int* m, const int* n, const int* kp, const float*,
+           const float* aPacked, const int* aStride, const float* b, const int* ldb, const float* beta, float* c,
+           const int* ldc, float* sliver, MicroForm form) {
     const bool transposedB = (*transb & 0x4E) != 0x4E;
-    const MicroCall call = micro_call(transposedB, *m, *n, *kp, aPacked, *aStride, b, *ldb, c, *ldc, sliver, form);
+    const MicroCall call =
+        micro_call(transposedB, *m, *n, *kp, aPacked, *aStride, b, *ldb, *beta, c, *ldc, sliver, form);
     for (int j = 0; j < *n;) {
         const int left = *n - j;
         if (left > Middle::columns) {
@@ -102,6 +102,14 @@ void gemm_micro(const char*, const char* transb, const int* m, const int* n, con
             j += Narrow::columns;
         }
     }
+}
+
+} // namespace
+
+void use_form(GemmPlan<float>* plan) {
+    plan->micro = micro;
+    plan->smallFactor = sliverFactor;
+    plan->microScalesC = true;
 }
 
 } // namespace qrv::kernel::sse42_avx512
