@@ -82,4 +82,20 @@ inline void store_rows(float* c, Vec8f x, int rows) {
         _mm256_maskstore_ps(c, row_mask(rows), x.v);
 }
 
+// Stores the lanes that the mask keeps.
+inline void store_kept(float* p, Vec8f x, Vec8f::Mask mask) {
+    _mm256_maskstore_ps(p, _mm256_castps_si256(mask.bits), x.v);
+}
+
+// Steps l to l+3 of four rows, each contiguous in memory, one quad a step. Steps from `count` on are zero and not read.
+inline void transpose_rows(const float* const (&row)[4], int l, int count, Vec8f (&x)[2]) {
+    const auto quad = [=](const float* p) { return count >= 4 ? _mm_loadu_ps(p + l) : load_quad(p + l, count); };
+    const __m256 even = _mm256_set_m128(quad(row[2]), quad(row[0])), odd = _mm256_set_m128(quad(row[3]), quad(row[1]));
+    const auto in_order = [](__m256 pairs) {
+        return Vec8f{_mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(pairs), 0xD8))};
+    };
+    x[0] = in_order(_mm256_unpacklo_ps(even, odd));
+    x[1] = in_order(_mm256_unpackhi_ps(even, odd));
+}
+
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -3,6 +3,7 @@
 // 16 registers hold 3 panels x 2 slivers: 12 sums, two sliver steps, two rows of A. With 8 it is 3 x 1.
 #include "blas/kernel/common/vec8f.hpp"
 
+#include "blas/kernel/common/gemm_pack_wide.hpp"
 #include "blas/kernel/common/gemm_wide.hpp"
 #include "blas/kernel/sse42/wide.hpp"
 
@@ -64,6 +65,8 @@ void micro(const char*, const char* transb, const int* m, const int* n, const in
 } // namespace
 
 void use_form(GemmPlan<float>* plan) {
+    plan->copyAN = copy_an<Vec8f>;
+    plan->copyAT = plan->copyAC = copy_at<Vec8f>;
     plan->micro = micro;
     plan->smallFactor = sliverFactor;
     plan->microScalesC = true;
