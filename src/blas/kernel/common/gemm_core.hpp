@@ -42,7 +42,7 @@ struct GemmFallback {
     void (*scaleC)(const int* m, const int* n, const T* beta, T* c, const int* ldc);
 };
 
-// One GEMM call as the core works on it, beta already applied.
+// One GEMM call as the core works on it. Of beta only a micro-kernel that scales C takes notice.
 template <class T>
 struct GemmCall {
     const char *transa, *transb;
@@ -52,13 +52,14 @@ struct GemmCall {
     int lda;
     const T* b;
     int ldb;
+    const T* beta;
     T* c;
     int ldc;
 };
 
 // ---- Blocks and buffers ------------------------------------------------------------------------------------
 
-constexpr int panelSlack = 512;         // bytes behind each buffer that kernels may read ahead into
+constexpr int bufferSlack = 512;        // bytes behind each buffer that kernels may read ahead into
 constexpr int panelAlignShift = 12;     // a page: packed panels start on one
 constexpr int sliverAlignShift = 7;     // two lines
 constexpr int blockAlignment = 128;     // of the one block of work memory
@@ -81,100 +82,99 @@ void set_blocks(const int*, const int* n, const int* k, GemmPlan<T>* plan) {
         plan->nb = column_block(rule, *n, plan->nUnit);
 }
 
-// The buffers of a set in the order of the one allocation; nulls fill up the end.
-template <class T>
-struct BufferList {
-    GemmBuffer<T>* items[3];
+// Which buffers a set has. In the one allocation they stand in the order A, sliver, B.
+struct BufferMembers {
+    bool known; // whether it is a set at all
+    bool a, sliver, b;
 };
 
-template <class T>
-bool list_buffers(BufferSet set, GemmPlan<T>* plan, BufferList<T>& list) {
-    GemmBuffer<T>*const a = &plan->aBuffer, *const b = &plan->bBuffer, *const sliver = &plan->sliver;
+inline BufferMembers members_of(BufferSet set) {
     switch (set) {
     case BufferSet::aSliverB:
-        list = {{a, sliver, b}};
-        return true;
+        return {true, true, true, true};
     case BufferSet::a:
-        list = {{a, nullptr, nullptr}};
-        return true;
+        return {true, true, false, false};
     case BufferSet::b:
-        list = {{b, nullptr, nullptr}};
-        return true;
+        return {true, false, false, true};
     case BufferSet::aB:
-        list = {{a, b, nullptr}};
-        return true;
+        return {true, true, false, true};
     case BufferSet::sliverB:
-        list = {{sliver, b, nullptr}};
-        return true;
+        return {true, false, true, true};
     case BufferSet::aSliver:
-        list = {{a, sliver, nullptr}};
-        return true;
+        return {true, true, true, false};
     case BufferSet::sliver:
-        list = {{sliver, nullptr, nullptr}};
-        return true;
+        return {true, false, true, false};
     }
-    return false;
+    return {};
 }
 
 template <class T>
 int buffer_sizes(BufferSet set, BlockClip clip, const int* m, const int* n, const int* k, GemmPlan<T>* plan) {
-    BufferList<T> list;
-    if (!list_buffers(set, plan, list) || (clip != BlockClip::toProblem && clip != BlockClip::none))
+    const BufferMembers has = members_of(set);
+    if (!has.known || (clip != BlockClip::toProblem && clip != BlockClip::none))
         return 1;
     const bool clipped = clip == BlockClip::toProblem;
-    const int mm = round_up(clipped ? smaller(plan->mb, *m) : plan->mb, plan->mUnit);
-    const int nn = round_up(clipped ? smaller(plan->nb, *n) : plan->nb, plan->nUnit);
-    const int kk = round_up(clipped ? smaller(plan->kb, *k) : plan->kb, plan->kUnit);
-    const auto block_bytes = [](int x, int y) {
-        return static_cast<std::size_t>(x) * static_cast<std::size_t>(y) * sizeof(T) + panelSlack;
+    const auto panel_buffer = [](int lanes, int depth, int unit, GemmBuffer<T>& buffer) {
+        buffer.stride = unit * depth;
+        buffer.bytes = static_cast<std::size_t>(lanes) * static_cast<std::size_t>(depth) * sizeof(T) + bufferSlack;
+        buffer.alignShift = panelAlignShift;
     };
-    for (GemmBuffer<T>* buffer : list.items) {
-        if (buffer == &plan->aBuffer) {
-            buffer->stride = plan->mUnit * kk;
-            buffer->bytes = block_bytes(mm, kk);
-            buffer->alignShift = panelAlignShift;
-        } else if (buffer == &plan->bBuffer) {
-            buffer->stride = plan->nUnit * kk;
-            buffer->bytes = block_bytes(nn, kk);
-            buffer->alignShift = panelAlignShift;
-        } else if (buffer) {
-            buffer->bytes = block_bytes(kk, plan->nUnit * plan->smallFactor);
-            buffer->alignShift = sliverAlignShift;
-        }
+    const int kk = round_up(clipped ? smaller(plan->kb, *k) : plan->kb, plan->kUnit);
+    if (has.a)
+        panel_buffer(round_up(clipped ? smaller(plan->mb, *m) : plan->mb, plan->mUnit), kk, plan->mUnit, plan->aBuffer);
+    if (has.b)
+        panel_buffer(round_up(clipped ? smaller(plan->nb, *n) : plan->nb, plan->nUnit), kk, plan->nUnit, plan->bBuffer);
+    if (has.sliver) {
+        const auto floats = static_cast<std::size_t>(kk) * static_cast<std::size_t>(plan->nUnit * plan->smallFactor);
+        plan->sliver.bytes = floats * sizeof(T) + bufferSlack;
+        plan->sliver.alignShift = sliverAlignShift;
     }
     return 0;
 }
 
-// Takes one block of work memory for the buffers of a set; sizes are set. Null in *rawBlock says that there was
-// none. The set `aB` is for sizes only.
+// Bytes that a buffer takes in the block, alignment included.
+template <class T>
+std::size_t room_for(const GemmBuffer<T>& buffer) {
+    return buffer.bytes + (std::size_t{2} << buffer.alignShift);
+}
+
+// Places a buffer at the next aligned address from `address` on. Result: the address behind it.
+template <class T>
+std::uintptr_t place(GemmBuffer<T>& buffer, std::uintptr_t address) {
+    const std::uintptr_t mask = (std::uintptr_t{1} << buffer.alignShift) - 1;
+    const std::uintptr_t start = (address + mask) & ~mask;
+    buffer.data = reinterpret_cast<T*>(start);
+    return start + buffer.bytes;
+}
+
+// Takes one block of work memory for the buffers of a set, whose sizes are known. Null in *rawBlock says that there
+// was none. The set `aB` is for sizes only.
 template <class T>
 int allocate_buffers(BufferSet set, void** rawBlock, GemmPlan<T>* plan) {
-    BufferList<T> list;
-    if (set == BufferSet::aB || !list_buffers(set, plan, list))
+    const BufferMembers has = members_of(set);
+    if (!has.known || set == BufferSet::aB)
         return 1;
-    std::size_t bytes = 0;
-    for (const GemmBuffer<T>* buffer : list.items)
-        if (buffer)
-            bytes += buffer->bytes + (std::size_t{2} << buffer->alignShift);
-    *rawBlock = qrv_serv_allocate(bytes, blockAlignment);
+    *rawBlock = qrv_serv_allocate((has.a ? room_for(plan->aBuffer) : 0) + (has.sliver ? room_for(plan->sliver) : 0) +
+                                      (has.b ? room_for(plan->bBuffer) : 0),
+                                  blockAlignment);
     auto address = reinterpret_cast<std::uintptr_t>(*rawBlock);
-    for (GemmBuffer<T>* buffer : list.items) {
-        if (!buffer)
-            continue;
-        const std::uintptr_t mask = (std::uintptr_t{1} << buffer->alignShift) - 1;
-        address = (address + mask) & ~mask;
-        buffer->data = reinterpret_cast<T*>(address);
-        address += buffer->bytes;
-    }
+    if (has.a)
+        address = place(plan->aBuffer, address);
+    if (has.sliver)
+        address = place(plan->sliver, address);
+    if (has.b)
+        place(plan->bBuffer, address);
     return 0;
 }
 
 // ---- The plan ----------------------------------------------------------------------------------------------
 
+// A fresh plan: blocks are not decided, buffers have no memory.
 template <class T>
 void fill_plan(const GemmPlanRow<T>& row, GemmPlan<T>* plan) {
     plan->rowIndex = row.rowIndex;
     plan->tableTag = row.tableTag;
+    plan->mb = plan->nb = plan->kb = 0;
     plan->mUnit = row.mUnit;
     plan->nUnit = row.nUnit;
     plan->kUnit = row.kUnit;
@@ -192,6 +192,7 @@ void fill_plan(const GemmPlanRow<T>& row, GemmPlan<T>* plan) {
     plan->copyBC = row.copyBC;
     plan->smallFactor = row.smallFactor;
     plan->micro = row.micro;
+    plan->microScalesC = false;
 }
 
 template <class T>
@@ -275,6 +276,7 @@ void multiply_blocks(const GemmCall<T>& p, const ModeTraits& mode, const GemmPla
             const int kc = smaller(kStep, p.k - l);
             // The direct form is told the true depth: it must not read B past it.
             const int depth = form == MicroForm::packedB ? round_up(kc, plan.kUnit) : kc;
+            const T* beta = l == 0 ? p.beta : &one;
             const T* b = mode.givenB ? p.b : opB.at(l, j);
             int ldb = p.ldb;
             if (mode.packsB) {
@@ -292,7 +294,7 @@ void multiply_blocks(const GemmCall<T>& p, const ModeTraits& mode, const GemmPla
                     a = plan.aBuffer.data;
                     aStride = plan.aBuffer.stride;
                 }
-                plan.micro(p.transa, p.transb, &mc, &nc, &depth, p.alpha, a, &aStride, b, &ldb, &one, &c(i, j), &p.ldc,
+                plan.micro(p.transa, p.transb, &mc, &nc, &depth, p.alpha, a, &aStride, b, &ldb, beta, &c(i, j), &p.ldc,
                            plan.sliver.data, form);
             }
         }
@@ -313,12 +315,14 @@ int blocked(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan, GemmFallba
         mode_traits(mode, traits);
     }
     const T one = 1;
-    if (*beta != one)
+    const GemmCall<T> call{transa, transb, *m, *n, *k, alpha, a, *lda, b, *ldb, beta, c, *ldc};
+    const bool nothingToAdd = *alpha == T(0) || *k <= 0;
+    const bool small = is_small(mode, call, *plan);
+    if (*beta != one && (nothingToAdd || small || !plan->microScalesC))
         fallback.scaleC(m, n, beta, c, ldc);
-    if (*alpha == T(0) || *k <= 0)
+    if (nothingToAdd)
         return 0;
-    const GemmCall<T> call{transa, transb, *m, *n, *k, alpha, a, *lda, b, *ldb, c, *ldc};
-    if (is_small(mode, call, *plan)) {
+    if (small) {
         fallback.small(transa, transb, m, n, k, alpha, a, lda, b, ldb, &one, c, ldc);
         return 0;
     }
@@ -329,6 +333,8 @@ int blocked(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan, GemmFallba
     plan->bufferSizes(traits.set, BlockClip::toProblem, m, n, k, plan);
     plan->allocateBuffers(traits.set, &rawBlock, plan);
     if (!rawBlock) {
+        if (*beta != one && plan->microScalesC)
+            fallback.scaleC(m, n, beta, c, ldc);
         if (traits.one_k_block())
             return 1;
         fallback.small(transa, transb, m, n, k, alpha, a, lda, b, ldb, &one, c, ldc);
@@ -345,16 +351,19 @@ int blocked(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan, GemmFallba
 template <class T>
 void serial_gemm(QRV_GEMM_PARAMETERS(T), GemmPlan<T>* plan, GemmFallback<T> fallback) {
     const T one = 1;
-    if (*beta != one)
+    const bool small = *m < plan->mUnit || *n < plan->nUnit || *k < plan->kUnit;
+    const bool scaleNow = *alpha == T(0) || small || !plan->microScalesC;
+    if (*beta != one && scaleNow)
         fallback.scaleC(m, n, beta, c, ldc);
     if (*alpha == T(0))
         return;
-    if (*m < plan->mUnit || *n < plan->nUnit || *k < plan->kUnit) {
+    if (small) {
         fallback.small(transa, transb, m, n, k, alpha, a, lda, b, ldb, &one, c, ldc);
         return;
     }
     plan->setBlocks(m, n, k, plan);
-    blocked(transa, transb, m, n, k, alpha, a, lda, b, ldb, &one, c, ldc, pick_mode(*n, *k, *plan), plan, fallback);
+    blocked(transa, transb, m, n, k, alpha, a, lda, b, ldb, scaleNow ? &one : beta, c, ldc, pick_mode(*n, *k, *plan),
+            plan, fallback);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD
