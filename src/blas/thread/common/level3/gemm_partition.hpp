@@ -125,11 +125,11 @@ struct GemmFacts {
 };
 
 enum class GemmMachine : int {
-    plain = 0,        // no plan: sse3, sse2, generic
+    plain = 0,        // sse3, sse2, generic: no plan
     pairs = 1,        // ssse3 without SSE4.1
-    quadsLargeL2 = 2, // ssse3 with SSE4.1
+    quadsLargeL2 = 2, // ssse3 with SSE4.1, second cache level above 3 MB
     sse42 = 3,
-    quads = 4, // ssse3 with SSE4.1 and a usual second cache level
+    quads = 4, // ssse3 with SSE4.1
 };
 
 constexpr GemmMachine gemm_machine_class(const GemmFacts& facts) {
@@ -175,19 +175,19 @@ struct GemmPartition {
 
 // From when on the classes that scale first pack A into shared memory, and in which blocks.
 struct GemmCopyRule {
-    std::int64_t blockBytes; // largest packed block of A for a tall C: half of the cache that is to hold it
+    std::int64_t blockBytes; // largest packed block of A for a tall C: half a second cache level of the class
     int mb;                  // rows of a block; 0: the plan's
-    bool narrowOnly;         // a tall C of at most gemmSmallSize rows and columns is not copied, except below
+    bool ignoresDepth;       // a tall C of few rows and columns is small whatever k is
 };
 
 constexpr GemmCopyRule gemm_copy_rule(GemmMachine machine) {
     switch (machine) {
     case GemmMachine::quadsLargeL2:
-        return {.blockBytes = 3 << 19, .mb = 1024, .narrowOnly = true};
+        return {.blockBytes = 3 << 19, .mb = 1024, .ignoresDepth = true};
     case GemmMachine::quads:
-        return {.blockBytes = 3 << 19, .mb = 896, .narrowOnly = true};
+        return {.blockBytes = 3 << 19, .mb = 896, .ignoresDepth = true};
     default:
-        return {.blockBytes = 1 << 17, .mb = 0, .narrowOnly = false};
+        return {.blockBytes = 1 << 17, .mb = 0, .ignoresDepth = false};
     }
 }
 
@@ -197,7 +197,7 @@ constexpr bool gemm_copies_tall(const GemmCopyRule& rule, GemmSizes s, GemmBlock
     constexpr int deep = 8000;    // from this k
     constexpr int rowsEnough = 4; // or from this many rows a thread on
     const int mc = s.m / threads;
-    if (rule.narrowOnly) {
+    if (rule.ignoresDepth) {
         const bool fewOfBoth = s.m <= gemmSmallSize && s.n <= gemmSmallSize;
         if (fewOfBoth && (s.n != narrow || (s.k < deep && mc < rowsEnough)))
             return false;
