@@ -34,10 +34,6 @@ constexpr int prefetchA = 384;   // floats ahead of the step: 1536 bytes, and th
 constexpr int prefetchLine = 16; // floats
 constexpr int prefetchC = 4;     // floats on from the tile's first row
 
-inline void prefetch(const float* p) {
-    _mm_prefetch(reinterpret_cast<const char*>(p), _MM_HINT_T0);
-}
-
 // Two floats, twice: a load without a shuffle.
 inline Vec4f load_pair(const float* p) {
     return {_mm_castpd_ps(_mm_loaddup_pd(reinterpret_cast<const double*>(p)))};
