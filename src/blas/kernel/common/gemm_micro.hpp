@@ -47,14 +47,19 @@ Vec4f load_upper_rows(const float* a) {
 }
 template <int rows>
 Vec4f load_lower_rows(const float* a) {
-    static_assert(rows > 2);
-    return rows == 3 ? Vec4f::splat(a[2]) : load_pair(a + 2);
+    return rows < 3 ? Vec4f::zero() : rows == 3 ? Vec4f::splat(a[2]) : load_pair(a + 2);
 }
 
 // Running sums of two columns: r0c0 r1c0 r0c1 r1c1, and if there are more than two rows r2c0 r3c0 r2c1 r3c1.
+template <int rows>
 struct ColumnPair {
     Vec4f upper = Vec4f::zero(), lower = Vec4f::zero();
 
+    void add_step(Vec4f a01, Vec4f a23, Vec4f b) {
+        upper = upper + a01 * b;
+        if constexpr (rows > 2)
+            lower = lower + a23 * b;
+    }
     Vec4f first() const { return low_halves(upper, lower); }
     Vec4f second() const { return high_halves(upper, lower); }
 };
@@ -62,21 +67,13 @@ struct ColumnPair {
 // Running sums of a tile of up to 4 x 4.
 template <int rows, int columns>
 struct Tile {
-    ColumnPair left, right;
+    ColumnPair<rows> left, right;
 
     void add_step(const float* a, const float* sliver) {
-        const Vec4f left01 = Vec4f::load_aligned(sliver);
-        const Vec4f right01 = columns > 2 ? Vec4f::load_aligned(sliver + 4) : left01;
-        const Vec4f a01 = load_upper_rows<rows>(a);
-        left.upper = left.upper + a01 * left01;
+        const Vec4f a01 = load_upper_rows<rows>(a), a23 = load_lower_rows<rows>(a);
+        left.add_step(a01, a23, Vec4f::load_aligned(sliver));
         if constexpr (columns > 2)
-            right.upper = right.upper + a01 * right01;
-        if constexpr (rows > 2) {
-            const Vec4f a23 = load_lower_rows<rows>(a);
-            left.lower = left.lower + a23 * left01;
-            if constexpr (columns > 2)
-                right.lower = right.lower + a23 * right01;
-        }
+            right.add_step(a01, a23, Vec4f::load_aligned(sliver + 4));
     }
 
     // `aligned` says that all columns of C begin at 16-byte boundaries.
