@@ -36,7 +36,7 @@ constexpr int prefetchC = 4;     // floats on from the tile's first row
 
 // Two floats, twice: a load without a shuffle.
 inline Vec4f load_pair(const float* p) {
-    return {_mm_castpd_ps(_mm_loaddup_pd(reinterpret_cast<const double*>(p)))};
+    return {_mm_castpd_ps(_mm_set1_pd(float_pair(p)))};
 }
 
 // The rows of one step of a panel as a tile takes them: a0 a1 a0 a1 and a2 a3 a2 a3. Of an edge, with fewer rows, only

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <immintrin.h>
 
+#include "blas/kernel/common/vec4f.hpp"
+
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 struct Vec16f {
@@ -19,9 +21,7 @@ struct Vec16f {
     void store(float* p) const { _mm512_storeu_ps(p, v); }
     void store_aligned(float* p) const { _mm512_store_ps(p, v); }
     // The two floats at p, aligned to 8 bytes, in every pair of lanes; the four at p in every quad.
-    static Vec16f repeat_pair(const float* p) {
-        return {_mm512_castpd_ps(_mm512_set1_pd(*reinterpret_cast<const double*>(p)))};
-    }
+    static Vec16f repeat_pair(const float* p) { return {_mm512_castpd_ps(_mm512_set1_pd(float_pair(p)))}; }
     static Vec16f repeat_quad(const float* p) { return {_mm512_broadcast_f32x4(_mm_load_ps(p))}; }
 
     friend Vec16f operator+(Vec16f a, Vec16f b) { return {_mm512_add_ps(a.v, b.v)}; }

@@ -38,6 +38,12 @@ inline void transpose(Vec4f& a, Vec4f& b, Vec4f& c, Vec4f& d) {
     _MM_TRANSPOSE4_PS(a.v, b.v, c.v, d.v);
 }
 
+// The two floats at p, aligned to 8 bytes, as one 64-bit value for a broadcast.
+inline double float_pair(const float* p) {
+    using FloatPair [[gnu::may_alias]] = double;
+    return *reinterpret_cast<const FloatPair*>(p);
+}
+
 // Asks for the line at p, wherever p points: no fault. The second form is for data that is read once.
 inline void prefetch(const float* p) {
     _mm_prefetch(reinterpret_cast<const char*>(p), _MM_HINT_T0);

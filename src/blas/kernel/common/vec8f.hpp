@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <immintrin.h>
 
+#include "blas/kernel/common/vec4f.hpp"
+
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 struct Vec8f {
@@ -18,9 +20,7 @@ struct Vec8f {
     void store(float* p) const { _mm256_storeu_ps(p, v); }
     void store_aligned(float* p) const { _mm256_store_ps(p, v); }
     // The two floats at p, aligned to 8 bytes, in every pair of lanes; the four at p in every quad.
-    static Vec8f repeat_pair(const float* p) {
-        return {_mm256_castpd_ps(_mm256_broadcast_sd(reinterpret_cast<const double*>(p)))};
-    }
+    static Vec8f repeat_pair(const float* p) { return {_mm256_castpd_ps(_mm256_set1_pd(float_pair(p)))}; }
     static Vec8f repeat_quad(const float* p) { return {_mm256_broadcast_ps(reinterpret_cast<const __m128*>(p))}; }
 
     friend Vec8f operator+(Vec8f a, Vec8f b) { return {_mm256_add_ps(a.v, b.v)}; }
