@@ -257,8 +257,7 @@ void multiply_tile(const float* a, std::ptrdiff_t aStride, const float* sliver, 
     }
 }
 
-// ---- The micro-kernel
-// -------------------------------------------------------------------------------------------------
+// ---- The micro-kernel ---------------------------------------------------------------------------------------
 
 struct MicroCall {
     int m;
