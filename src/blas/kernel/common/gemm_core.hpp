@@ -58,7 +58,7 @@ struct GemmCall {
 
 // ---- Blocks and buffers ------------------------------------------------------------------------------------
 
-constexpr int panelSlack = 512;         // bytes behind each buffer that kernels may read ahead into
+constexpr int bufferSlack = 512;        // bytes behind each buffer that kernels may read ahead into
 constexpr int panelAlignShift = 12;     // a page: packed panels start on one
 constexpr int sliverAlignShift = 7;     // two lines
 constexpr int blockAlignment = 128;     // of the one block of work memory
@@ -81,100 +81,99 @@ void set_blocks(const int*, const int* n, const int* k, GemmPlan<T>* plan) {
         plan->nb = column_block(rule, *n, plan->nUnit);
 }
 
-// The buffers of a set in the order of the one allocation; nulls fill up the end.
-template <class T>
-struct BufferList {
-    GemmBuffer<T>* items[3];
+// Which buffers a set has. In the one allocation they stand in the order A, sliver, B.
+struct BufferMembers {
+    bool known; // whether it is a set at all
+    bool a, sliver, b;
 };
 
-template <class T>
-bool list_buffers(BufferSet set, GemmPlan<T>* plan, BufferList<T>& list) {
-    GemmBuffer<T>*const a = &plan->aBuffer, *const b = &plan->bBuffer, *const sliver = &plan->sliver;
+inline BufferMembers members_of(BufferSet set) {
     switch (set) {
     case BufferSet::aSliverB:
-        list = {{a, sliver, b}};
-        return true;
+        return {true, true, true, true};
     case BufferSet::a:
-        list = {{a, nullptr, nullptr}};
-        return true;
+        return {true, true, false, false};
     case BufferSet::b:
-        list = {{b, nullptr, nullptr}};
-        return true;
+        return {true, false, false, true};
     case BufferSet::aB:
-        list = {{a, b, nullptr}};
-        return true;
+        return {true, true, false, true};
     case BufferSet::sliverB:
-        list = {{sliver, b, nullptr}};
-        return true;
+        return {true, false, true, true};
     case BufferSet::aSliver:
-        list = {{a, sliver, nullptr}};
-        return true;
+        return {true, true, true, false};
     case BufferSet::sliver:
-        list = {{sliver, nullptr, nullptr}};
-        return true;
+        return {true, false, true, false};
     }
-    return false;
+    return {};
 }
 
 template <class T>
 int buffer_sizes(BufferSet set, BlockClip clip, const int* m, const int* n, const int* k, GemmPlan<T>* plan) {
-    BufferList<T> list;
-    if (!list_buffers(set, plan, list) || (clip != BlockClip::toProblem && clip != BlockClip::none))
+    const BufferMembers has = members_of(set);
+    if (!has.known || (clip != BlockClip::toProblem && clip != BlockClip::none))
         return 1;
     const bool clipped = clip == BlockClip::toProblem;
-    const int mm = round_up(clipped ? smaller(plan->mb, *m) : plan->mb, plan->mUnit);
-    const int nn = round_up(clipped ? smaller(plan->nb, *n) : plan->nb, plan->nUnit);
-    const int kk = round_up(clipped ? smaller(plan->kb, *k) : plan->kb, plan->kUnit);
-    const auto block_bytes = [](int x, int y) {
-        return static_cast<std::size_t>(x) * static_cast<std::size_t>(y) * sizeof(T) + panelSlack;
+    const auto panel_buffer = [](int lanes, int depth, int unit, GemmBuffer<T>& buffer) {
+        buffer.stride = unit * depth;
+        buffer.bytes = static_cast<std::size_t>(lanes) * static_cast<std::size_t>(depth) * sizeof(T) + bufferSlack;
+        buffer.alignShift = panelAlignShift;
     };
-    for (GemmBuffer<T>* buffer : list.items) {
-        if (buffer == &plan->aBuffer) {
-            buffer->stride = plan->mUnit * kk;
-            buffer->bytes = block_bytes(mm, kk);
-            buffer->alignShift = panelAlignShift;
-        } else if (buffer == &plan->bBuffer) {
-            buffer->stride = plan->nUnit * kk;
-            buffer->bytes = block_bytes(nn, kk);
-            buffer->alignShift = panelAlignShift;
-        } else if (buffer) {
-            buffer->bytes = block_bytes(kk, plan->nUnit * plan->smallFactor);
-            buffer->alignShift = sliverAlignShift;
-        }
+    const int kk = round_up(clipped ? smaller(plan->kb, *k) : plan->kb, plan->kUnit);
+    if (has.a)
+        panel_buffer(round_up(clipped ? smaller(plan->mb, *m) : plan->mb, plan->mUnit), kk, plan->mUnit, plan->aBuffer);
+    if (has.b)
+        panel_buffer(round_up(clipped ? smaller(plan->nb, *n) : plan->nb, plan->nUnit), kk, plan->nUnit, plan->bBuffer);
+    if (has.sliver) {
+        const auto floats = static_cast<std::size_t>(kk) * static_cast<std::size_t>(plan->nUnit * plan->smallFactor);
+        plan->sliver.bytes = floats * sizeof(T) + bufferSlack;
+        plan->sliver.alignShift = sliverAlignShift;
     }
     return 0;
 }
 
-// Takes one block of work memory for the buffers of a set; sizes are set. Null in *rawBlock says that there was
-// none. The set `aB` is for sizes only.
+// Bytes that a buffer takes in the block, alignment included.
+template <class T>
+std::size_t room_for(const GemmBuffer<T>& buffer) {
+    return buffer.bytes + (std::size_t{2} << buffer.alignShift);
+}
+
+// Places a buffer at the next aligned address from `address` on. Result: the address behind it.
+template <class T>
+std::uintptr_t place(GemmBuffer<T>& buffer, std::uintptr_t address) {
+    const std::uintptr_t mask = (std::uintptr_t{1} << buffer.alignShift) - 1;
+    const std::uintptr_t start = (address + mask) & ~mask;
+    buffer.data = reinterpret_cast<T*>(start);
+    return start + buffer.bytes;
+}
+
+// Takes one block of work memory for the buffers of a set, whose sizes are known. Null in *rawBlock says that there
+// was none. The set `aB` is for sizes only.
 template <class T>
 int allocate_buffers(BufferSet set, void** rawBlock, GemmPlan<T>* plan) {
-    BufferList<T> list;
-    if (set == BufferSet::aB || !list_buffers(set, plan, list))
+    const BufferMembers has = members_of(set);
+    if (!has.known || set == BufferSet::aB)
         return 1;
-    std::size_t bytes = 0;
-    for (const GemmBuffer<T>* buffer : list.items)
-        if (buffer)
-            bytes += buffer->bytes + (std::size_t{2} << buffer->alignShift);
-    *rawBlock = qrv_serv_allocate(bytes, blockAlignment);
+    *rawBlock = qrv_serv_allocate((has.a ? room_for(plan->aBuffer) : 0) + (has.sliver ? room_for(plan->sliver) : 0) +
+                                      (has.b ? room_for(plan->bBuffer) : 0),
+                                  blockAlignment);
     auto address = reinterpret_cast<std::uintptr_t>(*rawBlock);
-    for (GemmBuffer<T>* buffer : list.items) {
-        if (!buffer)
-            continue;
-        const std::uintptr_t mask = (std::uintptr_t{1} << buffer->alignShift) - 1;
-        address = (address + mask) & ~mask;
-        buffer->data = reinterpret_cast<T*>(address);
-        address += buffer->bytes;
-    }
+    if (has.a)
+        address = place(plan->aBuffer, address);
+    if (has.sliver)
+        address = place(plan->sliver, address);
+    if (has.b)
+        place(plan->bBuffer, address);
     return 0;
 }
 
 // ---- The plan ----------------------------------------------------------------------------------------------
 
+// A fresh plan: blocks are not decided, buffers have no memory.
 template <class T>
 void fill_plan(const GemmPlanRow<T>& row, GemmPlan<T>* plan) {
     plan->rowIndex = row.rowIndex;
     plan->tableTag = row.tableTag;
+    plan->mb = plan->nb = plan->kb = 0;
     plan->mUnit = row.mUnit;
     plan->nUnit = row.nUnit;
     plan->kUnit = row.kUnit;

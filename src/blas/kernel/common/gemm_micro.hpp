@@ -43,35 +43,52 @@ inline Vec4f load_pair(const float* p) {
     return {_mm_castpd_ps(_mm_loaddup_pd(reinterpret_cast<const double*>(p)))};
 }
 
-// Running sums of 4 rows x 2 columns: r0c0 r1c0 r0c1 r1c1 and r2c0 r3c0 r2c1 r3c1.
-struct ColumnPair {
-    Vec4f top, bottom;
+// The rows of one step of a panel as a tile takes them: a0 a1 a0 a1 and a2 a3 a2 a3. Of an edge, with fewer rows, only
+// the floats that exist are read; what stands in for the others is never stored.
+template <int rows>
+Vec4f load_upper_rows(const float* a) {
+    return rows == 1 ? Vec4f::splat(a[0]) : load_pair(a);
+}
+template <int rows>
+Vec4f load_lower_rows(const float* a) {
+    static_assert(rows > 2);
+    return rows == 3 ? Vec4f::splat(a[2]) : load_pair(a + 2);
+}
 
-    void add_step(Vec4f a01, Vec4f a23, Vec4f b) {
-        top = top + a01 * b;
-        bottom = bottom + a23 * b;
-    }
-    Vec4f first() const { return low_halves(top, bottom); }
-    Vec4f second() const { return high_halves(top, bottom); }
+// Running sums of two columns: r0c0 r1c0 r0c1 r1c1, and if there are more than two rows r2c0 r3c0 r2c1 r3c1.
+struct ColumnPair {
+    Vec4f upper = Vec4f::zero(), lower = Vec4f::zero();
+
+    Vec4f first() const { return low_halves(upper, lower); }
+    Vec4f second() const { return high_halves(upper, lower); }
 };
 
-// Running sums of one 4 x 4 tile, or of a 4 x 2 one in its left half.
-template <int columns>
+// Running sums of a tile of up to 4 x 4.
+template <int rows, int columns>
 struct Tile {
-    ColumnPair left{Vec4f::zero(), Vec4f::zero()}, right{Vec4f::zero(), Vec4f::zero()};
+    ColumnPair left, right;
 
     void add_step(const float* a, const float* sliver) {
-        const Vec4f a01 = load_pair(a), a23 = load_pair(a + 2);
-        left.add_step(a01, a23, Vec4f::load_aligned(sliver));
+        const Vec4f left01 = Vec4f::load_aligned(sliver);
+        const Vec4f right01 = columns > 2 ? Vec4f::load_aligned(sliver + 4) : left01;
+        const Vec4f a01 = load_upper_rows<rows>(a);
+        left.upper = left.upper + a01 * left01;
         if constexpr (columns > 2)
-            right.add_step(a01, a23, Vec4f::load_aligned(sliver + 4));
+            right.upper = right.upper + a01 * right01;
+        if constexpr (rows > 2) {
+            const Vec4f a23 = load_lower_rows<rows>(a);
+            left.lower = left.lower + a23 * left01;
+            if constexpr (columns > 2)
+                right.lower = right.lower + a23 * right01;
+        }
     }
 
+    // `aligned` says that all columns of C begin at 16-byte boundaries.
     static void add_to(float* c, Vec4f sums, bool aligned) {
-        if (aligned)
+        if (rows == 4 && aligned)
             (Vec4f::load_aligned(c) + sums).store_aligned(c);
         else
-            (Vec4f::load(c) + sums).store(c);
+            store_first<rows>(c, load_first<rows>(c) + sums);
     }
     void add_to(Matrix<float> c, bool aligned) const {
         add_to(c.column(0), left.first(), aligned);
@@ -84,22 +101,30 @@ struct Tile {
     }
 };
 
+// No rows at all: what stands below a single tile.
+template <int columns>
+struct Tile<0, columns> {
+    void add_step(const float*, const float*) {}
+    void add_to(Matrix<float>, bool) const {}
+};
+
 template <int columns>
 void prefetch_tile(Matrix<float> c) {
     for (int j = 0; j < columns; ++j)
         prefetch(c.column(j) + prefetchC);
 }
 
-// Rows of one panel, or of two, times one sliver.
-template <int panels, int columns>
+// One panel, or two below each other, times one sliver.
+template <int upperRows, int lowerRows, int columns>
 void multiply_tile(int kp, const float* a, std::ptrdiff_t aStride, const float* sliver, Matrix<float> c, bool aligned) {
     constexpr int width = sliver_step(columns);
-    Tile<columns> upper, lower;
-    const auto add_steps = [&](int l) {
-        for (int s = l; s < l + 4; ++s) {
-            upper.add_step(a + s * tileRows, sliver + s * width);
-            if constexpr (panels == 2)
-                lower.add_step(a + aStride + s * tileRows, sliver + s * width);
+    Tile<upperRows, columns> upper;
+    Tile<lowerRows, columns> lower;
+    // A loop of its own: straight-line code for several steps makes compilers spill the sums.
+    const auto add_four_steps = [&](int first) {
+        for (int l = first; l < first + 4; ++l) {
+            upper.add_step(a + l * tileRows, sliver + l * width);
+            lower.add_step(a + aStride + l * tileRows, sliver + l * width);
         }
     };
     prefetch_tile<columns>(c);
@@ -107,57 +132,48 @@ void multiply_tile(int kp, const float* a, std::ptrdiff_t aStride, const float* 
     for (; l + 8 <= kp; l += 8) {
         prefetch(a + l * tileRows + prefetchA);
         prefetch(a + l * tileRows + prefetchA + prefetchLine);
-        add_steps(l);
-        add_steps(l + 4);
+        add_four_steps(l);
+        add_four_steps(l + 4);
     }
     if (l < kp)
-        add_steps(l);
+        add_four_steps(l);
     upper.add_to(c, aligned);
-    if constexpr (panels == 2)
-        lower.add_to(c.block(tileRows, 0), aligned);
-}
-
-// The last one to three rows: lanes are columns here, so that only the lanes of A that exist are read.
-template <int rows, int columns>
-void multiply_edge(int kp, const float* a, const float* sliver, Matrix<float> c) {
-    constexpr int width = sliver_step(columns);
-    Vec4f sum0 = Vec4f::zero(), sum1 = sum0, sum2 = sum0;
-    for (int l = 0; l < kp; ++l) {
-        const float* step = sliver + l * width;
-        const __m128 low = _mm_load_ps(step), high = columns > 2 ? _mm_load_ps(step + width - 4) : low;
-        const Vec4f b{_mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0))}; // b0 b1 b2 b3
-        sum0 = sum0 + Vec4f::splat(a[l * tileRows]) * b;
-        if constexpr (rows > 1)
-            sum1 = sum1 + Vec4f::splat(a[l * tileRows + 1]) * b;
-        if constexpr (rows > 2)
-            sum2 = sum2 + Vec4f::splat(a[l * tileRows + 2]) * b;
-    }
-    float sums[3][4];
-    sum0.store(sums[0]);
-    sum1.store(sums[1]);
-    sum2.store(sums[2]);
-    for (int j = 0; j < columns; ++j)
-        for (int i = 0; i < rows; ++i)
-            c(i, j) += sums[i][j];
+    lower.add_to(c.block(tileRows, 0), aligned);
 }
 
 // All rows of the block times one sliver.
 template <int columns>
 void multiply_column_group(int m, int kp, const float* a, std::ptrdiff_t aStride, const float* sliver, Matrix<float> c,
                            bool aligned) {
-    int i = 0;
-    if constexpr (pairTiles)
-        for (; i + 2 * tileRows <= m; i += 2 * tileRows, a += 2 * aStride)
-            multiply_tile<2, columns>(kp, a, aStride, sliver, c.block(i, 0), aligned);
-    for (; i + tileRows <= m; i += tileRows, a += aStride)
-        multiply_tile<1, columns>(kp, a, aStride, sliver, c.block(i, 0), aligned);
-    switch (m - i) {
+    const auto multiply = [&](auto upperRows, auto lowerRows) {
+        multiply_tile<upperRows(), lowerRows(), columns>(kp, a, aStride, sliver, c, aligned);
+    };
+    constexpr Lanes<0> none;
+    constexpr Lanes<4> full;
+    constexpr int panels = pairTiles ? 2 : 1;
+    for (; m >= panels * tileRows; m -= panels * tileRows) {
+        if constexpr (pairTiles)
+            multiply(full, full);
+        else
+            multiply(full, none);
+        a += panels * aStride;
+        c = c.block(panels * tileRows, 0);
+    }
+    switch (m) {
+    case 7:
+        return multiply(full, Lanes<3>());
+    case 6:
+        return multiply(full, Lanes<2>());
+    case 5:
+        return multiply(full, Lanes<1>());
+    case 4:
+        return multiply(full, none);
     case 3:
-        return multiply_edge<3, columns>(kp, a, sliver, c.block(i, 0));
+        return multiply(Lanes<3>(), none);
     case 2:
-        return multiply_edge<2, columns>(kp, a, sliver, c.block(i, 0));
+        return multiply(Lanes<2>(), none);
     case 1:
-        return multiply_edge<1, columns>(kp, a, sliver, c.block(i, 0));
+        return multiply(Lanes<1>(), none);
     }
 }
 

@@ -85,15 +85,20 @@ void pack_transposed(int k, const float* x, std::ptrdiff_t ld, float* out, Scale
     zero_steps(out, k, round_up(k, packUnit), packUnit, packUnit);
 }
 
-// The last panel, of fewer than four lanes: `stored` floats of a step of `width` are written.
-template <class Scale>
-void pack_rest(int lanes, int k, OpView<const float> x, float* out, int width, int stored, Scale scale) {
+// The last panel, of one to three lanes: `stored` floats of a step of `width` are written, zeros behind the lanes.
+template <int lanes, int width, int stored, class Scale>
+void pack_rest(int k, OpView<const float> x, float* out, Scale scale) {
+    const float *lane0 = x.at(0, 0), *lane1 = x.at(lanes > 1, 0), *lane2 = x.at(lanes > 2 ? 2 : 0, 0);
     for (int l = 0; l < k; ++l) {
+        const std::ptrdiff_t at = l * x.columnStride;
         float* step = out + l * width;
-        for (int lane = 0; lane < lanes; ++lane)
-            step[lane] = scale(x(lane, l));
-        for (int lane = lanes; lane < stored; ++lane)
-            step[lane] = 0;
+        step[0] = scale(lane0[at]);
+        if constexpr (stored > 1)
+            step[1] = lanes > 1 ? scale(lane1[at]) : 0;
+        if constexpr (stored > 2)
+            step[2] = lanes > 2 ? scale(lane2[at]) : 0;
+        if constexpr (stored > 3)
+            step[3] = 0;
     }
     zero_steps(out, k, round_up(k, packUnit), width, stored);
 }
@@ -120,11 +125,15 @@ void sgemm_copy_a(const int* m, const int* k, const float* a, const int* lda, fl
                   const float* alpha) {
     const Scaled scale{*alpha};
     const int packed = pack_panels<!trans>(*m, *k, a, *lda, buffer, *stride, scale);
-    const int rest = *m - packed;
-    if (rest > 0) {
-        OpView<const float> x(a, *lda, trans);
-        x.data = x.at(packed, 0);
-        pack_rest(rest, *k, x, buffer + std::ptrdiff_t{packed / packUnit} * *stride, packUnit, rest, scale);
+    const OpView<const float> x = OpView<const float>(a, *lda, trans).block(packed, 0);
+    float* last = buffer + std::ptrdiff_t{packed / packUnit} * *stride;
+    switch (*m - packed) {
+    case 3:
+        return pack_rest<3, packUnit, 3>(*k, x, last, scale);
+    case 2:
+        return pack_rest<2, packUnit, 2>(*k, x, last, scale);
+    case 1:
+        return pack_rest<1, packUnit, 1>(*k, x, last, scale);
     }
 }
 
@@ -132,13 +141,16 @@ template <bool trans>
 void sgemm_copy_b(const int* k, const int* n, const float* b, const int* ldb, float* buffer, const int* stride) {
     const Unscaled scale;
     const int packed = pack_panels<trans>(*n, *k, b, *ldb, buffer, *stride, scale);
-    const int rest = *n - packed;
-    if (rest > 0) {
-        // Element (lane, l) is op(B)[l, lane], hence the opposite transposition.
-        OpView<const float> x(b, *ldb, !trans);
-        x.data = x.at(packed, 0);
-        const int width = rest == 3 ? 4 : 2;
-        pack_rest(rest, *k, x, buffer + std::ptrdiff_t{packed / packUnit} * *stride, width, width, scale);
+    // Element (lane, l) is op(B)[l, lane], hence the opposite transposition.
+    const OpView<const float> x = OpView<const float>(b, *ldb, !trans).block(packed, 0);
+    float* last = buffer + std::ptrdiff_t{packed / packUnit} * *stride;
+    switch (*n - packed) {
+    case 3:
+        return pack_rest<3, packUnit, 4>(*k, x, last, scale);
+    case 2:
+        return pack_rest<2, 2, 2>(*k, x, last, scale);
+    case 1:
+        return pack_rest<1, 2, 2>(*k, x, last, scale);
     }
 }
 

@@ -72,8 +72,7 @@ int blas_sgemm_blocked(QRV_GEMM_PARAMETERS(float), GemmMode mode, GemmPlan<float
 void blas_sgemm_kernel(QRV_GEMM_PARAMETERS(float)) {
     if (*m <= 0 || *n <= 0)
         return;
-    GemmPlan<float> plan;
-    blas_sgemm_plan_reset(&plan);
+    GemmPlan<float> plan; // loading resets all that is read before it is set
     blas_sgemm_plan_load(&plan);
     serial_gemm(QRV_GEMM_ARGUMENTS, &plan, sgemmFallback);
 }
