@@ -48,7 +48,8 @@ struct GemmPlan {
     // op(B) block of k x n into panels of nUnit columns, `stride` elements apart.
     using CopyB = void(const int* k, const int* n, const T* b, const int* ldb, T* buffer, const int* stride);
     // C += packed A times B over kp steps. Form packedB: kp is a multiple of kUnit. Form directB: kp is the number of
-    // steps that B has, which the kernel fills up to kUnit. alpha and beta are passed along and not used.
+    // steps that B has, which the kernel fills up to kUnit. alpha and beta are passed along and not used, but for a
+    // plan with microScalesC, whose kernel computes beta*C + A times B.
     using Micro = void(const char* transa, const char* transb, const int* m, const int* n, const int* kp,
                        const T* alpha, const T* aPacked, const int* aStride, const T* b, const int* ldb, const T* beta,
                        T* c, const int* ldc, T* sliver, MicroForm form);
@@ -68,6 +69,7 @@ struct GemmPlan {
     int smallFactor; // sliver floats per float of B
     Micro* micro;
     GemmBuffer<T> sliver; // the expanded columns of B of one pass over the row panels
+    bool microScalesC;    // whether micro applies beta; if not, C is scaled beforehand
 };
 
 } // namespace qrv

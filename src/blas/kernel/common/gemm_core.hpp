@@ -42,7 +42,7 @@ struct GemmFallback {
     void (*scaleC)(const int* m, const int* n, const T* beta, T* c, const int* ldc);
 };
 
-// One GEMM call as the core works on it, beta already applied.
+// One GEMM call as the core works on it. Of beta only a micro-kernel that scales C takes notice.
 template <class T>
 struct GemmCall {
     const char *transa, *transb;
@@ -52,6 +52,7 @@ struct GemmCall {
     int lda;
     const T* b;
     int ldb;
+    const T* beta;
     T* c;
     int ldc;
 };
@@ -191,6 +192,7 @@ void fill_plan(const GemmPlanRow<T>& row, GemmPlan<T>* plan) {
     plan->copyBC = row.copyBC;
     plan->smallFactor = row.smallFactor;
     plan->micro = row.micro;
+    plan->microScalesC = false;
 }
 
 template <class T>
@@ -274,6 +276,7 @@ void multiply_blocks(const GemmCall<T>& p, const ModeTraits& mode, const GemmPla
             const int kc = smaller(kStep, p.k - l);
             // The direct form is told the true depth: it must not read B past it.
             const int depth = form == MicroForm::packedB ? round_up(kc, plan.kUnit) : kc;
+            const T* beta = l == 0 ? p.beta : &one;
             const T* b = mode.givenB ? p.b : opB.at(l, j);
             int ldb = p.ldb;
             if (mode.packsB) {
@@ -291,7 +294,7 @@ void multiply_blocks(const GemmCall<T>& p, const ModeTraits& mode, const GemmPla
                     a = plan.aBuffer.data;
                     aStride = plan.aBuffer.stride;
                 }
-                plan.micro(p.transa, p.transb, &mc, &nc, &depth, p.alpha, a, &aStride, b, &ldb, &one, &c(i, j), &p.ldc,
+                plan.micro(p.transa, p.transb, &mc, &nc, &depth, p.alpha, a, &aStride, b, &ldb, beta, &c(i, j), &p.ldc,
                            plan.sliver.data, form);
             }
         }
@@ -312,12 +315,14 @@ int blocked(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan, GemmFallba
         mode_traits(mode, traits);
     }
     const T one = 1;
-    if (*beta != one)
+    const GemmCall<T> call{transa, transb, *m, *n, *k, alpha, a, *lda, b, *ldb, beta, c, *ldc};
+    const bool nothingToAdd = *alpha == T(0) || *k <= 0;
+    const bool small = is_small(mode, call, *plan);
+    if (*beta != one && (nothingToAdd || small || !plan->microScalesC))
         fallback.scaleC(m, n, beta, c, ldc);
-    if (*alpha == T(0) || *k <= 0)
+    if (nothingToAdd)
         return 0;
-    const GemmCall<T> call{transa, transb, *m, *n, *k, alpha, a, *lda, b, *ldb, c, *ldc};
-    if (is_small(mode, call, *plan)) {
+    if (small) {
         fallback.small(transa, transb, m, n, k, alpha, a, lda, b, ldb, &one, c, ldc);
         return 0;
     }
@@ -328,6 +333,8 @@ int blocked(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan, GemmFallba
     plan->bufferSizes(traits.set, BlockClip::toProblem, m, n, k, plan);
     plan->allocateBuffers(traits.set, &rawBlock, plan);
     if (!rawBlock) {
+        if (*beta != one && plan->microScalesC)
+            fallback.scaleC(m, n, beta, c, ldc);
         if (traits.one_k_block())
             return 1;
         fallback.small(transa, transb, m, n, k, alpha, a, lda, b, ldb, &one, c, ldc);
@@ -344,16 +351,19 @@ int blocked(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan, GemmFallba
 template <class T>
 void serial_gemm(QRV_GEMM_PARAMETERS(T), GemmPlan<T>* plan, GemmFallback<T> fallback) {
     const T one = 1;
-    if (*beta != one)
+    const bool small = *m < plan->mUnit || *n < plan->nUnit || *k < plan->kUnit;
+    const bool scaleNow = *alpha == T(0) || small || !plan->microScalesC;
+    if (*beta != one && scaleNow)
         fallback.scaleC(m, n, beta, c, ldc);
     if (*alpha == T(0))
         return;
-    if (*m < plan->mUnit || *n < plan->nUnit || *k < plan->kUnit) {
+    if (small) {
         fallback.small(transa, transb, m, n, k, alpha, a, lda, b, ldb, &one, c, ldc);
         return;
     }
     plan->setBlocks(m, n, k, plan);
-    blocked(transa, transb, m, n, k, alpha, a, lda, b, ldb, &one, c, ldc, pick_mode(*n, *k, *plan), plan, fallback);
+    blocked(transa, transb, m, n, k, alpha, a, lda, b, ldb, scaleNow ? &one : beta, c, ldc, pick_mode(*n, *k, *plan),
+            plan, fallback);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

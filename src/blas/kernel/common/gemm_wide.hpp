@@ -1,18 +1,19 @@
 // The micro-kernel of the plan-driven GEMM over vectors wider than the panel: several 4 x 4 tiles side by side in
 // one register tile.
 //
-//   c[m x n] += A * B over kp steps. alpha is already in A, beta already in C: the kernel only adds.
+//   c[m x n] := beta*c + A * B over kp steps. alpha is already in A.
 //   A        panels of 4 rows, aStride floats apart, 4 floats a step, 16-byte aligned; steps past k are zero. Of the
 //            last panel only the first m mod 4 lanes of a step have been written: the others never reach the sums.
 //   B        packed panels of 4 columns (zero past k; the last may be 2 wide) or the caller's matrix, of which nothing
 //            outside k x n is read; k is then the number of steps given, and A is zero up to the next multiple of 4.
 //   sliver   work memory, 64-byte aligned: Shape::sliverStep floats a step for one group of Shape::columns columns
-//   C        column-major, any ldc, any float alignment; nothing outside m x n is read or written
+//   C        column-major, any ldc, any float alignment; nothing outside m x n is read or written, and with beta = 0
+//            nothing is read
 //
 // A sliver step of eight columns is b0 b0 b1 b1 ... b7 b7. Times a pair of rows, a0 a1 in every pair of lanes, it
 // gives 2 x 8 products: the pairs come from packed A by loads alone, so that no shuffle takes a turn from the
 // multiply-adds. The last columns of a row of C may use steps of b0 b0 b0 b0 b1 ..., times a0 a1 a2 a3, instead.
-// Each element of C sums its products in ascending k, in one chain, then is added to C once.
+// Each element of C sums its products in ascending k, in one chain, which is then added to beta*C.
 #pragma once
 
 #include <cstddef>
@@ -158,9 +159,10 @@ struct TileSums {
             sums[p][v][part] = Vector::zero();
     }
 
-    // One step. With Edge, of the last panel only the rows that the masks keep.
+    // One step of the panels whose steps start at `offset`. With Edge, of the last panel only the rows that the masks
+    // keep.
     template <bool Edge>
-    QRV_INLINE void add_step(const float* a, std::ptrdiff_t aStride, const float* sliver,
+    QRV_INLINE void add_step(const float* const (&panel)[Shape::panels], std::ptrdiff_t offset, const float* sliver,
                              const typename Vector::Mask (&mask)[2]) {
         Vector z[Shape::vectors];
         QRV_UNROLL
@@ -170,7 +172,7 @@ struct TileSums {
         for (int p = 0; p < Shape::panels; ++p)
             QRV_UNROLL
         for (int part = 0; part < parts; ++part) {
-            Vector x = Spread::repeat_rows(a + p * aStride + part * Spread::rowsAtOnce);
+            Vector x = Spread::repeat_rows(panel[p] + offset + part * Spread::rowsAtOnce);
             if (Edge && p == Shape::panels - 1)
                 x = x.kept(mask[part]);
             QRV_UNROLL
@@ -180,22 +182,30 @@ struct TileSums {
     }
 };
 
+// The tile of C that a register tile updates.
+struct TileOfC {
+    float* data;
+    std::ptrdiff_t ld;
+    int columns, rows;
+    float beta;
+};
+
 template <class Shape>
-QRV_INLINE void prefetch_tile(const float* c, std::ptrdiff_t ldc, int columns, int rows) {
+QRV_INLINE void prefetch_tile(const TileOfC& c) {
     QRV_UNROLL
     for (int j = 0; j < Shape::columns; ++j)
-        if (j < columns) {
-            __builtin_prefetch(c + j * ldc, 1);
-            __builtin_prefetch(c + j * ldc + rows - 1, 1);
+        if (j < c.columns) {
+            __builtin_prefetch(c.data + j * c.ld, 1);
+            __builtin_prefetch(c.data + j * c.ld + c.rows - 1, 1);
         }
 }
 
-// Adds the columns of vector v to C, for the panels from `first` on that together fill a vector of rows.
+// The columns of vector v, for the panels from `first` on that together fill a vector of rows.
 template <class Shape>
-QRV_INLINE void add_columns(const TileSums<Shape>& tile, int v, int first, float* c, std::ptrdiff_t ldc, int columns,
-                            int rows) {
+QRV_INLINE void update_columns(const TileSums<Shape>& tile, int v, int first, const TileOfC& c, int rows) {
     using Vector = typename Shape::Vector;
     using Spread = typename Shape::Spread;
+    const Vector beta = Vector::splat(c.beta);
     QRV_UNROLL
     for (int part = 0; part < tile.parts; ++part) {
         Vector x[Vector::quads];
@@ -205,47 +215,46 @@ QRV_INLINE void add_columns(const TileSums<Shape>& tile, int v, int first, float
         transpose_quads(x);
         QRV_UNROLL
         for (int q = 0; q < Vector::quads; ++q) {
-            const int j = tile.parts * q + part;
-            if (j < columns)
-                add_rows(c + j * ldc, x[q], rows);
+            const int j = v * Spread::columns + tile.parts * q + part;
+            if (j >= c.columns)
+                continue;
+            float* out = c.data + j * c.ld + panelRows * first;
+            if (c.beta == 0)
+                store_rows(out, x[q], rows);
+            else
+                store_rows(out, beta * load_rows(out, rows) + x[q], rows);
         }
     }
 }
 
+// One register tile: Shape::rows rows (fewer only with Edge) and the first columns of the sliver.
 template <class Shape, bool Edge>
-QRV_INLINE void add_to_c(const TileSums<Shape>& tile, float* c, std::ptrdiff_t ldc, int columns, int rows) {
-    constexpr int panelsAtOnce = Shape::Vector::quads;
-    constexpr int vectorColumns = Shape::Spread::columns;
-    QRV_UNROLL
-    for (int v = 0; v < Shape::vectors; ++v) {
-        QRV_UNROLL
-        for (int first = 0; first < Shape::panels; first += panelsAtOnce) {
-            const int full = panelRows * smaller(panelsAtOnce, Shape::panels - first);
-            add_columns<Shape>(tile, v, first, c + v * vectorColumns * ldc + panelRows * first, ldc,
-                               columns - v * vectorColumns, Edge ? smaller(full, rows - panelRows * first) : full);
-        }
-    }
-}
-
-// One register tile: `rows` rows (Shape::rows, fewer only with Edge) and the first `columns` columns of the sliver.
-template <class Shape, bool Edge>
-void multiply_tile(const float* a, std::ptrdiff_t aStride, const float* sliver, int kp, float* c, std::ptrdiff_t ldc,
-                   int columns, int rows) {
+void multiply_tile(const float* a, std::ptrdiff_t aStride, const float* sliver, int kp, const TileOfC& c) {
     using Vector = typename Shape::Vector;
     constexpr int group = Shape::Spread::rowsAtOnce;
-    const int lastRows = rows - panelRows * (Shape::panels - 1);
+    const int lastRows = c.rows - panelRows * (Shape::panels - 1);
     const typename Vector::Mask mask[2] = {{group, lastRows}, {group, lastRows - group}};
-    prefetch_tile<Shape>(c, ldc, columns, rows);
+    prefetch_tile<Shape>(c);
+    const float* panel[Shape::panels];
+    QRV_UNROLL
+    for (int p = 0; p < Shape::panels; ++p)
+        panel[p] = a + p * aStride;
     TileSums<Shape> tile;
     tile.clear();
-    for (int l = 0; l < kp; l += kStep) {
+    const std::ptrdiff_t end = std::ptrdiff_t{kp} * panelRows;
+    for (std::ptrdiff_t l = 0; l < end; l += kStep * panelRows) {
         QRV_UNROLL
         for (int s = 0; s < kStep; ++s)
-            tile.template add_step<Edge>(a + s * panelRows, aStride, sliver + s * Shape::sliverStep, mask);
-        a += kStep * panelRows;
+            tile.template add_step<Edge>(panel, l + s * panelRows, sliver + s * Shape::sliverStep, mask);
         sliver += kStep * Shape::sliverStep;
     }
-    add_to_c<Shape, Edge>(tile, c, ldc, columns, rows);
+    QRV_UNROLL
+    for (int v = 0; v < Shape::vectors; ++v)
+        QRV_UNROLL
+    for (int first = 0; first < Shape::panels; first += Vector::quads) {
+        const int full = panelRows * smaller(Vector::quads, Shape::panels - first);
+        update_columns<Shape>(tile, v, first, c, Edge ? smaller(full, c.rows - panelRows * first) : full);
+    }
 }
 
 // ---- The micro-kernel
@@ -258,17 +267,21 @@ struct MicroCall {
     const float* a;
     std::ptrdiff_t aStride;
     OperandB b;
-    float* c;
-    std::ptrdiff_t ldc;
+    Matrix<float> c;
+    float beta;
     float* sliver;
+
+    // The panels from row i on, and the tile of C that they update.
+    const float* panels(int i) const { return a + i / panelRows * aStride; }
+    TileOfC tile(int i, int j, int rows, int columns) const { return {&c(i, j), c.ld, columns, rows, beta}; }
 };
 
 inline MicroCall micro_call(bool transposedB, int m, int n, int k, const float* a, int aStride, const float* b, int ldb,
-                            float* c, int ldc, float* sliver, MicroForm form) {
+                            float beta, float* c, int ldc, float* sliver, MicroForm form) {
     using Storage = OperandB::Storage;
     const Storage direct = transposedB ? Storage::rows : Storage::columns;
     const Storage storage = form == MicroForm::packedB ? Storage::panels : direct;
-    return {m, k, round_up(k, kStep), a, aStride, {b, ldb, storage, n}, c, ldc, sliver};
+    return {m, k, round_up(k, kStep), a, aStride, {b, ldb, storage, n}, {c, ldc}, beta, sliver};
 }
 
 // The rows left over: a tile of just the panels that they need.
@@ -276,22 +289,56 @@ template <class Spread, int Panels, int Vectors>
 void multiply_edge(const MicroCall& call, int i, int j, int columns) {
     const int rows = call.m - i;
     if (rows > panelRows * (Panels - 1))
-        multiply_tile<TileShape<Spread, Panels, Vectors>, true>(call.a + i / panelRows * call.aStride, call.aStride,
-                                                                call.sliver, call.kp, call.c + i + j * call.ldc,
-                                                                call.ldc, columns, rows);
+        multiply_tile<TileShape<Spread, Panels, Vectors>, true>(call.panels(i), call.aStride, call.sliver, call.kp,
+                                                                call.tile(i, j, rows, columns));
     else if constexpr (Panels > 1)
         multiply_edge<Spread, Panels - 1, Vectors>(call, i, j, columns);
 }
+
+// Asks for the columns that come next, a share with each tile: B is the one operand that no earlier pass has brought
+// near, and read by columns it gives the processor sixteen short streams to find.
+template <class Shape>
+class NextColumns {
+public:
+    NextColumns(const MicroCall& call, int j) : b_(call.b), j_(j), columns_(smaller(Shape::columns, call.b.n - j)) {
+        const int tiles = (call.m + Shape::rows - 1) / Shape::rows;
+        stepsAtOnce_ = round_up((call.k + tiles - 1) / tiles, line);
+        left_ = columns_ > 0 && call.b.storage != OperandB::Storage::panels ? call.k : 0;
+    }
+    void prefetch_share() {
+        const int end = smaller(step_ + stepsAtOnce_, left_);
+        if (b_.storage == OperandB::Storage::columns) {
+            for (; step_ < end; step_ += line)
+                for (int j = 0; j < columns_; ++j)
+                    __builtin_prefetch(b_.data + step_ + (j_ + j) * b_.ld);
+        } else {
+            for (; step_ < end; ++step_) {
+                __builtin_prefetch(b_.data + step_ * b_.ld + j_);
+                __builtin_prefetch(b_.data + step_ * b_.ld + j_ + columns_ - 1);
+            }
+        }
+    }
+
+private:
+    static constexpr int line = 16; // floats
+    const OperandB& b_;
+    int j_, columns_;
+    int stepsAtOnce_, left_;
+    int step_ = 0;
+};
 
 // All rows of the columns from j on, at most Shape::columns of them.
 template <class Shape>
 void multiply_columns(const MicroCall& call, int j) {
     const int columns = smaller(Shape::columns, call.b.n - j);
     expand<Shape>(call.b, j, call.k, call.kp, call.sliver);
+    NextColumns<Shape> next(call, j + columns);
     int i = 0;
-    for (; i + Shape::rows <= call.m; i += Shape::rows)
-        multiply_tile<Shape, false>(call.a + i / panelRows * call.aStride, call.aStride, call.sliver, call.kp,
-                                    call.c + i + j * call.ldc, call.ldc, columns, Shape::rows);
+    for (; i + Shape::rows <= call.m; i += Shape::rows) {
+        next.prefetch_share();
+        multiply_tile<Shape, false>(call.panels(i), call.aStride, call.sliver, call.kp,
+                                    call.tile(i, j, Shape::rows, columns));
+    }
     if (i < call.m)
         multiply_edge<typename Shape::Spread, Shape::panels, Shape::vectors>(call, i, j, columns);
 }

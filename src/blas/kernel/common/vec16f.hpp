@@ -71,22 +71,35 @@ inline void transpose_quads(Vec16f (&x)[Vec16f::quads]) {
 inline __m128 load_quad(const float* p, int count) {
     return _mm_maskz_loadu_ps(static_cast<__mmask8>((1U << count) - 1), p);
 }
-// The four floats at each address, as quads 0 to 3.
-inline __m512 gather_quads(const float* q0, const float* q1, const float* q2, const float* q3) {
-    __m512 x = _mm512_castps128_ps512(_mm_loadu_ps(q0));
-    x = _mm512_mask_broadcast_f32x4(x, 0x00F0, _mm_loadu_ps(q1));
-    x = _mm512_mask_broadcast_f32x4(x, 0x0F00, _mm_loadu_ps(q2));
-    return _mm512_mask_broadcast_f32x4(x, 0xF000, _mm_loadu_ps(q3));
+// Four quads side by side.
+inline __m512 join_quads(__m128 q0, __m128 q1, __m128 q2, __m128 q3) {
+    __m512 x = _mm512_castps128_ps512(q0);
+    x = _mm512_mask_broadcast_f32x4(x, 0x00F0, q1);
+    x = _mm512_mask_broadcast_f32x4(x, 0x0F00, q2);
+    return _mm512_mask_broadcast_f32x4(x, 0xF000, q3);
 }
 
-// c[0..rows-1] += x
-inline void add_rows(float* c, Vec16f x, int rows) {
-    if (rows == 16) {
-        (Vec16f::load(c) + x).store(c);
-    } else {
-        const __mmask16 mask = first_lanes(rows);
-        _mm512_mask_storeu_ps(c, mask, _mm512_add_ps(_mm512_maskz_loadu_ps(mask, c), x.v));
-    }
+// The first `rows` floats of c; the others are neither read nor written.
+inline Vec16f load_rows(const float* c, int rows) {
+    return rows == 16 ? Vec16f::load(c) : Vec16f{_mm512_maskz_loadu_ps(first_lanes(rows), c)};
+}
+inline void store_rows(float* c, Vec16f x, int rows) {
+    if (rows == 16)
+        x.store(c);
+    else
+        _mm512_mask_storeu_ps(c, first_lanes(rows), x.v);
+}
+
+// Stores the lanes that the mask keeps.
+inline void store_kept(float* p, Vec16f x, Vec16f::Mask mask) {
+    _mm512_mask_storeu_ps(p, mask.bits, x.v);
+}
+
+// Steps l to l+3 of four rows, each contiguous in memory, one quad a step. Steps from `count` on are zero and not read.
+inline void transpose_rows(const float* const (&row)[4], int l, int count, Vec16f (&x)[1]) {
+    const auto quad = [=](const float* p) { return count >= 4 ? _mm_loadu_ps(p + l) : load_quad(p + l, count); };
+    const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+    x[0].v = _mm512_permutexvar_ps(order, join_quads(quad(row[0]), quad(row[1]), quad(row[2]), quad(row[3])));
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

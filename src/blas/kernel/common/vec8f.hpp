@@ -62,16 +62,40 @@ inline __m128 load_quad(const float* p, int count) {
     return _mm_maskload_ps(p, _mm_cmpgt_epi32(_mm_set1_epi32(count), _mm_setr_epi32(0, 1, 2, 3)));
 }
 
-// c[0..rows-1] += x
-inline void add_rows(float* c, Vec8f x, int rows) {
-    if (rows == 8) {
-        (Vec8f::load(c) + x).store(c);
-    } else if (rows == 4) {
-        _mm_storeu_ps(c, _mm_add_ps(_mm_loadu_ps(c), _mm256_castps256_ps128(x.v)));
-    } else {
-        const __m256i mask = _mm256_cmpgt_epi32(_mm256_set1_epi32(rows), Vec8f::lane_numbers());
-        _mm256_maskstore_ps(c, mask, _mm256_add_ps(_mm256_maskload_ps(c, mask), x.v));
-    }
+// The first `rows` floats of c; the others are neither read nor written.
+inline __m256i row_mask(int rows) {
+    return _mm256_cmpgt_epi32(_mm256_set1_epi32(rows), Vec8f::lane_numbers());
+}
+inline Vec8f load_rows(const float* c, int rows) {
+    if (rows == 8)
+        return Vec8f::load(c);
+    if (rows == 4)
+        return {_mm256_zextps128_ps256(_mm_loadu_ps(c))};
+    return {_mm256_maskload_ps(c, row_mask(rows))};
+}
+inline void store_rows(float* c, Vec8f x, int rows) {
+    if (rows == 8)
+        x.store(c);
+    else if (rows == 4)
+        _mm_storeu_ps(c, _mm256_castps256_ps128(x.v));
+    else
+        _mm256_maskstore_ps(c, row_mask(rows), x.v);
+}
+
+// Stores the lanes that the mask keeps.
+inline void store_kept(float* p, Vec8f x, Vec8f::Mask mask) {
+    _mm256_maskstore_ps(p, _mm256_castps_si256(mask.bits), x.v);
+}
+
+// Steps l to l+3 of four rows, each contiguous in memory, one quad a step. Steps from `count` on are zero and not read.
+inline void transpose_rows(const float* const (&row)[4], int l, int count, Vec8f (&x)[2]) {
+    const auto quad = [=](const float* p) { return count >= 4 ? _mm_loadu_ps(p + l) : load_quad(p + l, count); };
+    const __m256 even = _mm256_set_m128(quad(row[2]), quad(row[0])), odd = _mm256_set_m128(quad(row[3]), quad(row[1]));
+    const auto in_order = [](__m256 pairs) {
+        return Vec8f{_mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(pairs), 0xD8))};
+    };
+    x[0] = in_order(_mm256_unpacklo_ps(even, odd));
+    x[1] = in_order(_mm256_unpackhi_ps(even, odd));
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -3,6 +3,7 @@
 // 16 registers hold 3 panels x 2 slivers: 12 sums, two sliver steps, two rows of A. With 8 it is 3 x 1.
 #include "blas/kernel/common/vec8f.hpp"
 
+#include "blas/kernel/common/gemm_pack_wide.hpp"
 #include "blas/kernel/common/gemm_wide.hpp"
 #include "blas/kernel/sse42/wide.hpp"
 
@@ -41,15 +42,15 @@ struct Sliver {
 constexpr bool manyRegisters = sizeof(void*) == 8;
 using Wide = TileShape<Sliver, 3, manyRegisters ? 2 : 1>;
 using Narrow = TileShape<Sliver, manyRegisters ? 6 : 3, 1>;
+constexpr int sliverFactor = 4; // sliver floats per float of B, four columns counted
 static_assert(Wide::sliverStep <= quadColumns * sliverFactor && Narrow::sliverStep <= quadColumns * sliverFactor);
 
-} // namespace
-
-void gemm_micro(const char*, const char* transb, const int* m, const int* n, const int* kp, const float*,
-                const float* aPacked, const int* aStride, const float* b, const int* ldb, const float*, float* c,
-                const int* ldc, float* sliver, MicroForm form) {
+void micro(const char*, const char* transb, const int* m, const int* n, const int* kp, const float*,
+           const float* aPacked, const int* aStride, const float* b, const int* ldb, const float* beta, float* c,
+           const int* ldc, float* sliver, MicroForm form) {
     const bool transposedB = (*transb & 0x4E) != 0x4E;
-    const MicroCall call = micro_call(transposedB, *m, *n, *kp, aPacked, *aStride, b, *ldb, c, *ldc, sliver, form);
+    const MicroCall call =
+        micro_call(transposedB, *m, *n, *kp, aPacked, *aStride, b, *ldb, *beta, c, *ldc, sliver, form);
     for (int j = 0; j < *n;) {
         if (*n - j > Narrow::columns) {
             multiply_columns<Wide>(call, j);
@@ -59,6 +60,16 @@ void gemm_micro(const char*, const char* transb, const int* m, const int* n, con
             j += Narrow::columns;
         }
     }
+}
+
+} // namespace
+
+void use_form(GemmPlan<float>* plan) {
+    plan->copyAN = copy_an<Vec8f>;
+    plan->copyAT = plan->copyAC = copy_at<Vec8f>;
+    plan->micro = micro;
+    plan->smallFactor = sliverFactor;
+    plan->microScalesC = true;
 }
 
 } // namespace qrv::kernel::sse42_avx2

@@ -5,11 +5,18 @@
 // 8 registers it is 3 x 2.
 #include "blas/kernel/common/vec16f.hpp"
 
+#include "blas/kernel/common/gemm_pack_wide.hpp"
 #include "blas/kernel/common/gemm_wide.hpp"
 #include "blas/kernel/sse42/wide.hpp"
 
 namespace qrv::kernel::sse42_avx512 {
 namespace {
+
+// Four steps of each of four columns.
+__m512 four_quads(const float* const* column, int l) {
+    return join_quads(_mm_loadu_ps(column[0] + l), _mm_loadu_ps(column[1] + l), _mm_loadu_ps(column[2] + l),
+                      _mm_loadu_ps(column[3] + l));
+}
 
 // Two slivers side by side: b0 b0 b1 b1 | b2 b2 b3 b3 | b4 b4 b5 b5 | b6 b6 b7 b7
 struct SliverPair {
@@ -30,8 +37,8 @@ struct SliverPair {
     }
     // Columns 0 to 3 and 4 to 7 of four steps in a vector each; a two-source permutation then picks a step of both.
     static void four_steps(const float* const (&column)[columns], int l, float* out, std::ptrdiff_t outStep) {
-        const __m512 low = gather_quads(column[0] + l, column[1] + l, column[2] + l, column[3] + l);
-        const __m512 high = gather_quads(column[4] + l, column[5] + l, column[6] + l, column[7] + l);
+        const __m512 low = four_quads(column, l);
+        const __m512 high = four_quads(column + 4, l);
         const __m512i first = _mm512_setr_epi32(0, 0, 4, 4, 8, 8, 12, 12, 16, 16, 20, 20, 24, 24, 28, 28);
         QRV_UNROLL
         for (int s = 0; s < kStep; ++s) {
@@ -56,7 +63,7 @@ struct QuadSliver {
         return {_mm512_permutexvar_ps(order, _mm512_castps128_ps512(x[0]))};
     }
     static void four_steps(const float* const (&column)[columns], int l, float* out, std::ptrdiff_t outStep) {
-        const __m512 x = gather_quads(column[0] + l, column[1] + l, column[2] + l, column[3] + l);
+        const __m512 x = four_quads(column, l);
         _mm512_store_ps(out, _mm512_permute_ps(x, 0x00));
         _mm512_store_ps(out + outStep, _mm512_permute_ps(x, 0x55));
         _mm512_store_ps(out + 2 * outStep, _mm512_permute_ps(x, 0xAA));
@@ -79,16 +86,16 @@ struct Shapes<false> {
 using Wide = Shapes<sizeof(void*) == 8>::Wide;
 using Middle = Shapes<sizeof(void*) == 8>::Middle;
 using Narrow = Shapes<sizeof(void*) == 8>::Narrow;
+constexpr int sliverFactor = 8; // sliver floats per float of B, four columns counted
 static_assert(Wide::sliverStep <= quadColumns * sliverFactor && Middle::sliverStep <= quadColumns * sliverFactor &&
               Narrow::sliverStep <= quadColumns * sliverFactor);
 
-} // namespace
-
-void gemm_micro(const char*, const char* transb, const int* m, const int* n, const int* kp, const float*,
-                const float* aPacked, const int* aStride, const float* b, const int* ldb, const float*, float* c,
-                const int* ldc, float* sliver, MicroForm form) {
+void micro(const char*, const char* transb, const int* m, const int* n, const int* kp, const float*,
+           const float* aPacked, const int* aStride, const float* b, const int* ldb, const float* beta, float* c,
+           const int* ldc, float* sliver, MicroForm form) {
     const bool transposedB = (*transb & 0x4E) != 0x4E;
-    const MicroCall call = micro_call(transposedB, *m, *n, *kp, aPacked, *aStride, b, *ldb, c, *ldc, sliver, form);
+    const MicroCall call =
+        micro_call(transposedB, *m, *n, *kp, aPacked, *aStride, b, *ldb, *beta, c, *ldc, sliver, form);
     for (int j = 0; j < *n;) {
         const int left = *n - j;
         if (left > Middle::columns) {
@@ -102,6 +109,16 @@ void gemm_micro(const char*, const char* transb, const int* m, const int* n, con
             j += Narrow::columns;
         }
     }
+}
+
+} // namespace
+
+void use_form(GemmPlan<float>* plan) {
+    plan->copyAN = copy_an<Vec16f>;
+    plan->copyAT = plan->copyAC = copy_at<Vec16f>;
+    plan->micro = micro;
+    plan->smallFactor = sliverFactor;
+    plan->microScalesC = true;
 }
 
 } // namespace qrv::kernel::sse42_avx512

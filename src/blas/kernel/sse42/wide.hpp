@@ -1,17 +1,17 @@
-// The forms of this build's GEMM micro-kernel for processors with wider vectors. Layout of packed A and packed B,
-// and what the micro-kernel does, are the plan's; only the sliver needs more room.
+// The forms of this build's GEMM for processors with wider vectors: routines to put into the plan. Layouts of packed A
+// and packed B are the plan's; the sliver needs more room, and the micro-kernel applies beta.
 #pragma once
 
 #include "blas/kernel/gemm_plan.hpp"
 
 // Each form is compiled for its own instruction set, so it has a namespace like a build of its own.
-#define QRV_DECLARE_WIDE_FORM(form, factor)                                                                            \
+#define QRV_DECLARE_WIDE_FORM(form)                                                                                    \
     namespace qrv::kernel::form {                                                                                      \
-    constexpr int sliverFactor = factor; /* sliver floats per float of B, four columns counted */                      \
-    GemmPlan<float>::Micro gemm_micro;                                                                                 \
+    /* Puts the form's routines into a plan of the sse42 row. */                                                       \
+    void use_form(GemmPlan<float>* plan);                                                                              \
     }
 
-QRV_DECLARE_WIDE_FORM(sse42_avx2, 4)
-QRV_DECLARE_WIDE_FORM(sse42_avx512, 8)
+QRV_DECLARE_WIDE_FORM(sse42_avx2)
+QRV_DECLARE_WIDE_FORM(sse42_avx512)
 
 #undef QRV_DECLARE_WIDE_FORM
