@@ -22,6 +22,8 @@ namespace qrv::kernel::sse42 {
 QRV_DECLARE_PLAN_PIECES
 // blas_sgemm_plan_load with the micro-kernel of a vector form.
 void plan_load_for(VectorForm form, GemmPlan<float>* plan);
+// Whether a product of these sizes is computed without packing.
+bool goes_direct(VectorForm form, bool transposedA, int m, int n, int k);
 } // namespace qrv::kernel::sse42
 
 #undef QRV_DECLARE_PLAN_PIECES

@@ -90,7 +90,10 @@ inline void store_rows(float* c, Vec16f x, int rows) {
         _mm512_mask_storeu_ps(c, first_lanes(rows), x.v);
 }
 
-// Stores the lanes that the mask keeps.
+// Loads, respectively stores, the lanes that the mask keeps; the others are zero, respectively not written.
+inline Vec16f load_kept(const float* p, Vec16f::Mask mask) {
+    return {_mm512_maskz_loadu_ps(mask.bits, p)};
+}
 inline void store_kept(float* p, Vec16f x, Vec16f::Mask mask) {
     _mm512_mask_storeu_ps(p, mask.bits, x.v);
 }

@@ -82,7 +82,10 @@ inline void store_rows(float* c, Vec8f x, int rows) {
         _mm256_maskstore_ps(c, row_mask(rows), x.v);
 }
 
-// Stores the lanes that the mask keeps.
+// Loads, respectively stores, the lanes that the mask keeps; the others are zero, respectively not written.
+inline Vec8f load_kept(const float* p, Vec8f::Mask mask) {
+    return {_mm256_maskload_ps(p, _mm256_castps_si256(mask.bits))};
+}
 inline void store_kept(float* p, Vec8f x, Vec8f::Mask mask) {
     _mm256_maskstore_ps(p, _mm256_castps_si256(mask.bits), x.v);
 }
