@@ -22,7 +22,8 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
-// The largest register tile. Its sums fill the registers, but for a step of A and an element of B.
+// The largest register tile, in vectors of rows and in columns. Its sums fill the registers, but for a step of A and an
+// element of B.
 template <class Vector>
 struct DirectTiles;
 
@@ -44,7 +45,7 @@ struct DirectProduct {
 template <class Vector, int vectors, int columns>
 void direct_tile(const DirectProduct& p, const float* a, const float* b, float* c, int lastRows) {
     constexpr int group = 4; // columns of B that share a pointer
-    const typename Vector::Mask mask(Vector::lanes, lastRows);
+    const typename Vector::Mask mask = Vector::Mask::first(lastRows);
     const std::ptrdiff_t aStep = p.aStep, bStep = p.bStep, bColumn = p.bColumn, bColumns3 = 3 * bColumn;
     Vector sums[columns][vectors];
     QRV_UNROLL
@@ -73,8 +74,9 @@ void direct_tile(const DirectProduct& p, const float* a, const float* b, float* 
     }
     const Vector alpha = Vector::splat(p.alpha), beta = Vector::splat(p.beta);
     const bool overwrites = p.beta == 0;
-    // All of C is read before any of it is written: a processor takes a masked load next to a masked store for one of
-    // the same place.
+    // A processor takes a load for dependent on a masked store that it overlaps in lanes which are not stored. So all
+    // of C is read before any of it is written, and the last column is written without a mask: the next tile may begin
+    // within a vector of it.
     QRV_UNROLL
     for (int j = 0; j < columns; ++j)
         QRV_UNROLL
@@ -95,7 +97,11 @@ void direct_tile(const DirectProduct& p, const float* a, const float* b, float* 
         QRV_UNROLL
         for (int v = 0; v < vectors - 1; ++v)
             sums[j][v].store(c + v * Vector::lanes);
-        store_rows(c + (vectors - 1) * Vector::lanes, sums[j][vectors - 1], lastRows);
+        float* last = c + (vectors - 1) * Vector::lanes;
+        if (j == columns - 1 && lastRows < Vector::lanes)
+            store_in_pieces(last, sums[j][vectors - 1], lastRows);
+        else
+            store_kept(last, sums[j][vectors - 1], mask);
     }
 }
 
@@ -104,98 +110,121 @@ constexpr int even_share(int left, int most) {
     return left >= 2 * most ? most : left > most ? (left + 1) / 2 : left;
 }
 
-// The tile of a given number of columns, 1 to most.
-template <class Vector, int vectors, int columns>
-QRV_INLINE void direct_columns(int wanted, const DirectProduct& p, const float* a, const float* b, float* c,
-                               int lastRows) {
-    if constexpr (columns > 1)
-        if (wanted < columns)
-            return direct_columns<Vector, vectors, columns - 1>(wanted, p, a, b, c, lastRows);
-    direct_tile<Vector, vectors, columns>(p, a, b, c, lastRows);
+using DirectTile = void(const DirectProduct& p, const float* a, const float* b, float* c, int lastRows);
+
+// The tiles of all sizes, one vector and one column first.
+template <class Vector>
+struct DirectTileTable {
+    DirectTile* tile[DirectTiles<Vector>::vectors][DirectTiles<Vector>::columns];
+
+    template <int vectors = 1, int columns = 1>
+    constexpr void fill() {
+        tile[vectors - 1][columns - 1] = direct_tile<Vector, vectors, columns>;
+        if constexpr (columns < DirectTiles<Vector>::columns)
+            fill<vectors, columns + 1>();
+        else if constexpr (vectors < DirectTiles<Vector>::vectors)
+            fill<vectors + 1, 1>();
+    }
+    constexpr DirectTileTable() : tile{} { fill(); }
+};
+template <class Vector>
+constexpr DirectTileTable<Vector> directTiles;
+
+// Steps 0 to k-1 of the `rows` rows of one vector, each contiguous in memory, ld floats apart. Where there are no more
+// rows, lanes are filled from the last one or are zero.
+template <class Vector, bool whole>
+void transpose_vector(int rows, int k, const float* a, std::ptrdiff_t ld, float* out, std::ptrdiff_t outStep) {
+    constexpr int quads = Vector::quads, stepsAtOnce = 4;
+    constexpr int vectors = stepsAtOnce / quads; // that hold four steps of four rows
+    const auto row = [=](int i) { return a + (whole ? i : smaller(i, rows - 1)) * ld; };
+    for (int l = 0; l < k; l += stepsAtOnce) {
+        Vector x[quads][vectors];
+        QRV_UNROLL
+        for (int q = 0; q < quads; ++q) {
+            const float* const quad[4] = {row(4 * q), row(4 * q + 1), row(4 * q + 2), row(4 * q + 3)};
+            if (whole || 4 * q < rows)
+                transpose_rows(quad, l, k - l, x[q]);
+            else
+                QRV_UNROLL
+            for (int h = 0; h < vectors; ++h)
+                x[q][h] = Vector::zero();
+        }
+        QRV_UNROLL
+        for (int h = 0; h < vectors; ++h) {
+            Vector steps[quads];
+            QRV_UNROLL
+            for (int q = 0; q < quads; ++q)
+                steps[q] = x[q][h];
+            transpose_quads(steps);
+            QRV_UNROLL
+            for (int q = 0; q < quads; ++q)
+                steps[q].store_aligned(out + (l + h * quads + q) * outStep);
+        }
+    }
 }
 
+// The same of up to `vectors` vectors of rows, side by side.
+template <class Vector>
+QRV_INLINE void bring_rows_together(int rows, int vectors, int k, const float* a, std::ptrdiff_t ld, float* out) {
+    const std::ptrdiff_t outStep = vectors * Vector::lanes;
+    for (; rows >= Vector::lanes; rows -= Vector::lanes, a += Vector::lanes * ld, out += Vector::lanes)
+        transpose_vector<Vector, true>(Vector::lanes, k, a, ld, out, outStep);
+    if (rows > 0)
+        transpose_vector<Vector, false>(rows, k, a, ld, out, outStep);
+}
+
+// The rows that the next tiles take.
+template <class Vector>
+struct RowShare {
+    int vectors, rows;
+    explicit RowShare(int left)
+        : vectors(even_share((left + Vector::lanes - 1) / Vector::lanes, DirectTiles<Vector>::vectors)),
+          rows(smaller(left, vectors * Vector::lanes)) {}
+    int last_rows() const { return rows - (vectors - 1) * Vector::lanes; }
+};
+
 // All columns of the rows of one tile.
-template <class Vector, int vectors>
-void direct_rows(int wanted, int n, const DirectProduct& p, const float* a, const float* b, float* c, int lastRows) {
-    if constexpr (vectors > 1)
-        if (wanted < vectors)
-            return direct_rows<Vector, vectors - 1>(wanted, n, p, a, b, c, lastRows);
-    constexpr int most = DirectTiles<Vector>::columns;
+template <class Vector>
+QRV_INLINE void direct_rows(RowShare<Vector> share, int n, const DirectProduct& p, const float* a, const float* b,
+                            float* c) {
     for (int columns; n > 0; n -= columns) {
-        columns = even_share(n, most);
-        direct_columns<Vector, vectors, most>(columns, p, a, b, c, lastRows);
+        columns = even_share(n, DirectTiles<Vector>::columns);
+        directTiles<Vector>.tile[share.vectors - 1][columns - 1](p, a, b, c, share.last_rows());
         b += columns * p.bColumn;
         c += columns * p.ldc;
     }
 }
 
-// Steps 0 to k-1 of `rows` rows, each contiguous in memory, ld floats apart: `vectors` vectors of rows a step. Where
-// there are no more rows the last one stands.
 template <class Vector>
-void bring_rows_together(int rows, int vectors, int k, const float* a, std::ptrdiff_t ld, float* out) {
-    constexpr int quads = Vector::quads;
-    const std::ptrdiff_t outStep = vectors * Vector::lanes;
-    for (int i = 0; i < rows; i += Vector::lanes, out += Vector::lanes) {
-        const float* row[quads][4];
-        QRV_UNROLL
-        for (int q = 0; q < quads; ++q)
-            QRV_UNROLL
-        for (int r = 0; r < 4; ++r)
-            row[q][r] = a + smaller(i + 4 * q + r, rows - 1) * ld;
-        for (int l = 0; l < k; l += 4) {
-            Vector x[quads][4 / quads];
-            QRV_UNROLL
-            for (int q = 0; q < quads; ++q)
-                transpose_rows(row[q], l, k - l, x[q]);
-            QRV_UNROLL
-            for (int h = 0; h < 4 / quads; ++h) {
-                Vector steps[quads];
-                QRV_UNROLL
-                for (int q = 0; q < quads; ++q)
-                    steps[q] = x[q][h];
-                transpose_quads(steps);
-                QRV_UNROLL
-                for (int q = 0; q < quads; ++q)
-                    steps[q].store_aligned(out + (l + h * quads + q) * outStep);
-            }
+QRV_INLINE void direct_straight(int m, int n, DirectProduct& p, int k, const float* a, const float* b, float* c) {
+    for (int l = 0; l < k; l += directDepth) {
+        p.k = smaller(k - l, directDepth);
+        for (int i = 0; i < m;) {
+            const RowShare<Vector> share(m - i);
+            direct_rows<Vector>(share, n, p, a + i + l * p.aStep, b + l * p.bStep, c + i);
+            i += share.rows;
         }
-    }
-}
-
-// The row tiles of a block of steps.
-template <class Vector>
-void direct_block(int m, int n, const DirectProduct& p, const float* a, const float* b, float* c) {
-    constexpr int most = DirectTiles<Vector>::vectors;
-    for (int taken; m > 0; m -= taken) {
-        const int vectors = even_share((m + Vector::lanes - 1) / Vector::lanes, most);
-        taken = smaller(m, vectors * Vector::lanes);
-        direct_rows<Vector, most>(vectors, n, p, a, b, c, taken - (vectors - 1) * Vector::lanes);
-        a += taken;
-        c += taken;
+        p.beta = 1;
     }
 }
 
 template <class Vector>
-[[gnu::noinline]] void direct_transposed(int m, int n, DirectProduct& p, const float* a, std::ptrdiff_t lda,
+[[gnu::noinline]] void direct_transposed(int m, int n, DirectProduct& p, int k, const float* a, std::ptrdiff_t lda,
                                          const float* b, float* c) {
     alignas(64) float buffer[directBuffer];
-    constexpr int most = DirectTiles<Vector>::vectors;
-    const int k = p.k;
     const float beta = p.beta;
-    for (int taken; m > 0; m -= taken) {
-        const int vectors = even_share((m + Vector::lanes - 1) / Vector::lanes, most);
-        const int depth = directBuffer / (vectors * Vector::lanes) / 4 * 4;
-        taken = smaller(m, vectors * Vector::lanes);
-        p.aStep = vectors * Vector::lanes;
+    for (int i = 0; i < m;) {
+        const RowShare<Vector> share(m - i);
+        const int depth = directBuffer / (share.vectors * Vector::lanes) / 4 * 4;
+        p.aStep = share.vectors * Vector::lanes;
         p.beta = beta;
         for (int l = 0; l < k; l += depth) {
-            p.k = smaller(depth, k - l);
-            bring_rows_together<Vector>(taken, vectors, p.k, a + l, lda, buffer);
-            direct_rows<Vector, most>(vectors, n, p, buffer, b + l * p.bStep, c, taken - (vectors - 1) * Vector::lanes);
+            p.k = smaller(k - l, depth);
+            bring_rows_together<Vector>(share.rows, share.vectors, p.k, a + l + i * lda, lda, buffer);
+            direct_rows<Vector>(share, n, p, buffer, b + l * p.bStep, c + i);
             p.beta = 1;
         }
-        a += taken * lda;
-        c += taken;
+        i += share.rows;
     }
 }
 
@@ -203,25 +232,18 @@ template <class Vector>
 template <class Vector>
 QRV_INLINE void gemm_direct(QRV_GEMM_PARAMETERS(float)) {
     const std::ptrdiff_t stepA = *lda, stepB = *ldb;
+    const bool transposedB = transposes(*transb);
     DirectProduct p;
-    p.bStep = transposes(*transb) ? stepB : 1;
-    p.bColumn = transposes(*transb) ? 1 : stepB;
+    p.aStep = stepA;
+    p.bStep = transposedB ? stepB : 1;
+    p.bColumn = transposedB ? 1 : stepB;
     p.ldc = *ldc;
     p.alpha = *alpha;
     p.beta = *beta;
-    if (transposes(*transa)) {
-        p.k = *k;
-        direct_transposed<Vector>(*m, *n, p, a, stepA, b, c);
-        return;
-    }
-    p.aStep = stepA;
-    for (int left = *k; left > 0; left -= p.k) {
-        p.k = smaller(left, directDepth);
-        direct_block<Vector>(*m, *n, p, a, b, c);
-        a += p.k * stepA;
-        b += p.k * p.bStep;
-        p.beta = 1;
-    }
+    if (transposes(*transa))
+        direct_transposed<Vector>(*m, *n, p, *k, a, stepA, b, c);
+    else
+        direct_straight<Vector>(*m, *n, p, *k, a, b, c);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD
