@@ -29,6 +29,7 @@ struct DirectTiles;
 
 // Steps per pass over C: the rows of a tile, so deep, stay in the innermost cache for all of its columns.
 constexpr int directDepth = 256;
+constexpr int directShallow = 64;
 // The transposed rows of a tile, in floats.
 constexpr int directBuffer = 3072;
 
@@ -197,14 +198,19 @@ QRV_INLINE void direct_rows(RowShare<Vector> share, int n, const DirectProduct& 
 
 template <class Vector>
 QRV_INLINE void direct_straight(int m, int n, DirectProduct& p, int k, const float* a, const float* b, float* c) {
-    for (int l = 0; l < k; l += directDepth) {
+    for (int l = 0; l < k; l += directDepth, p.beta = 1) {
         p.k = smaller(k - l, directDepth);
-        for (int i = 0; i < m;) {
-            const RowShare<Vector> share(m - i);
-            direct_rows<Vector>(share, n, p, a + i + l * p.aStep, b + l * p.bStep, c + i);
-            i += share.rows;
+        // Down the columns of C if the steps are few, as it is then C that the time goes into.
+        const int columnsAtOnce = p.k <= directShallow ? DirectTiles<Vector>::columns : n;
+        for (int j = 0; j < n; j += columnsAtOnce) {
+            const int columns = smaller(columnsAtOnce, n - j);
+            for (int i = 0; i < m;) {
+                const RowShare<Vector> share(m - i);
+                direct_rows<Vector>(share, columns, p, a + i + l * p.aStep, b + l * p.bStep + j * p.bColumn,
+                                    c + i + j * p.ldc);
+                i += share.rows;
+            }
         }
-        p.beta = 1;
     }
 }
 
