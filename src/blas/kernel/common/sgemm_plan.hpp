@@ -71,7 +71,7 @@ int blas_sgemm_blocked(QRV_GEMM_PARAMETERS(float), GemmMode mode, GemmPlan<float
 }
 
 // The whole operation by a plan. Out of line, so that a call that needs none does not pay for its frame.
-[[gnu::noinline]] void sgemm_by_plan(QRV_GEMM_PARAMETERS(float)) {
+[[gnu::noinline]] void blas_sgemm_by_plan(QRV_GEMM_PARAMETERS(float)) {
     GemmPlan<float> plan; // loading resets all that is read before it is set
     blas_sgemm_plan_load(&plan);
     serial_gemm(QRV_GEMM_ARGUMENTS, &plan, sgemmFallback);

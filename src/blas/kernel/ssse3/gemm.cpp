@@ -45,7 +45,7 @@ void blas_sgemm_plan_load(GemmPlan<float>* plan) {
 
 void blas_sgemm_kernel(QRV_GEMM_PARAMETERS(float)) {
     if (*m > 0 && *n > 0)
-        sgemm_by_plan(QRV_GEMM_ARGUMENTS);
+        blas_sgemm_by_plan(QRV_GEMM_ARGUMENTS);
 }
 
 } // namespace qrv::kernel::ssse3
