@@ -114,16 +114,16 @@ constexpr EntryRow entryRows[] = {
 // The arguments of a call as their addresses; argument p stands at index p - 1.
 using ArgumentAddresses = const void* const*;
 
-constexpr bool rule_fails(const Rule& rule, ArgumentAddresses arguments) {
+[[gnu::always_inline]] constexpr bool rule_fails(const Rule& rule, ArgumentAddresses arguments) {
     const auto letter_at = [&](int p) { return *static_cast<const char*>(arguments[p - 1]); };
     const auto int_at = [&](int p) { return p == 0 ? 0 : *static_cast<const int*>(arguments[p - 1]); };
     switch (rule.kind) {
     case RuleKind::option: {
         const char given = letter_at(rule.position);
-        for (const char* allowed = rule.letters; *allowed; ++allowed)
-            if (same_letter(given, *allowed))
-                return false;
-        return true;
+        const char* const allowed = rule.letters;
+        // Not a loop: with letters that are constants, nothing of this is left but comparisons.
+        return !(same_letter(given, allowed[0]) || same_letter(given, allowed[1]) ||
+                 (allowed[2] && same_letter(given, allowed[2])));
     }
     case RuleKind::size:
         return int_at(rule.position) < 0;
@@ -131,7 +131,8 @@ constexpr bool rule_fails(const Rule& rule, ArgumentAddresses arguments) {
         return int_at(rule.position) == 0;
     case RuleKind::leading: {
         const bool second = rule.choice != 0 && !same_letter(letter_at(rule.choice), rule.letter);
-        const int rows = int_at(second ? rule.second : rule.first);
+        const int first = int_at(rule.first), other = int_at(rule.second);
+        const int rows = second ? other : first;
         return int_at(rule.position) < (rows > 1 ? rows : 1);
     }
     case RuleKind::band:

@@ -1,5 +1,5 @@
-// The sse42 GEMM in each vector form that the machine has: whole products against the double-precision oracle, and
-// the micro-kernel by itself.
+// The plan-driven sse42 GEMM in each vector form that the machine has: whole products against the double-precision
+// oracle, and the micro-kernel by itself.
 #include <gtest/gtest.h>
 
 #include "blas/kernel/gemm_plan_pieces.hpp"
@@ -42,8 +42,8 @@ struct Product {
     GuardedMatrix c() const { return operand(m, n); }
     void run(const GuardedMatrix& a, const GuardedMatrix& b, GuardedMatrix& c) const {
         const int lda = a.ld(), ldb = b.ld(), ldc = c.ld();
-        kernel::sse42::blas_sgemm_kernel(&transa, &transb, &m, &n, &k, &alpha, a.data(), &lda, b.data(), &ldb, &beta,
-                                         c.data(), &ldc);
+        kernel::sse42::blas_sgemm_by_plan(&transa, &transb, &m, &n, &k, &alpha, a.data(), &lda, b.data(), &ldb, &beta,
+                                          c.data(), &ldc);
     }
 
 private:
@@ -144,8 +144,8 @@ TEST_P(GemmForms, NothingPastTheOperandsIsRead) {
                         std::fill_n(b.data(), k * n, 1.0F);
                         const int lda = is_transposed(ta) ? k : m, ldb = is_transposed(tb) ? n : k;
                         const float one = 1, zero = 0;
-                        kernel::sse42::blas_sgemm_kernel(&ta, &tb, &m, &n, &k, &one, a.data(), &lda, b.data(), &ldb,
-                                                         &zero, c.data(), &m);
+                        kernel::sse42::blas_sgemm_by_plan(&ta, &tb, &m, &n, &k, &one, a.data(), &lda, b.data(), &ldb,
+                                                          &zero, c.data(), &m);
                         for (int i = 0; i < m * n; ++i)
                             ASSERT_EQ(c.data()[i], k) << ta << tb << " m=" << m << " n=" << n << " at " << i;
                     }

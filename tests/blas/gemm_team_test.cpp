@@ -8,6 +8,7 @@
 
 #include "blas/blas.hpp"
 #include "blas/thread/common/level3/gemm_team.hpp"
+#include "service/vector_form.hpp"
 #include "support/matrices.hpp"
 #include "support/teams.hpp"
 
@@ -209,7 +210,14 @@ TEST(GemmTeam, EmptyMatrixIsLeftAlone) {
 
 // ---- Who works -----------------------------------------------------------------------------------------------
 
-// Threads that took work memory for one product; all builds take some for blocks of this size.
+// The vector form in which all builds take work memory, and so show who works, for blocks of the sizes below: the wider
+// ones compute them without packing.
+struct PackingForm {
+    PackingForm() { restrict_vector_form(VectorForm::sse); }
+    ~PackingForm() { restrict_vector_form(VectorForm::avx512); }
+};
+
+// Threads that took work memory for one product.
 int workers(const TeamCase& p, const Way& way) {
     const Product product(p);
     const WorkMemoryProbe probe;
@@ -220,6 +228,7 @@ int workers(const TeamCase& p, const Way& way) {
 TEST(GemmTeam, UsesTheTeamItAskedFor) {
     if (omp_get_thread_limit() < 8 || omp_get_dynamic())
         GTEST_SKIP() << "teams are limited";
+    const PackingForm packing;
     constexpr TeamCase square{'N', 'N', 240, 240, 120, 1, 1};
     for (const int team : {1, 2, 4, 8}) {
         const ForcedTeam forced(team);
@@ -269,6 +278,7 @@ TEST(GemmTeam, LeavesTheCallersOpenMpSettingsAlone) {
 // ---- Callers that are threads themselves ---------------------------------------------------------------------
 
 TEST(GemmTeam, SerialInsideARegion) {
+    const PackingForm packing;
     qrv_serv_set_dynamic(1);
     const Product product(large[5]);
     const GuardedMatrix expected = result_of(product, serial);

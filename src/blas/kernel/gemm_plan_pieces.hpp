@@ -8,6 +8,8 @@
 #define QRV_DECLARE_PLAN_PIECES                                                                                        \
     /* packBoth or packA, by the size of a block of B. */                                                              \
     GemmMode blas_sgemm_pick_mode(QRV_GEMM_PARAMETERS(float), GemmPlan<float>* plan);                                  \
+    /* The whole serial GEMM by the plan, whatever its size. */                                                        \
+    void blas_sgemm_by_plan(QRV_GEMM_PARAMETERS(float));                                                               \
     /* The whole operation without packing and without work memory. */                                                 \
     void blas_sgemm_small(QRV_GEMM_PARAMETERS(float));
 
@@ -22,6 +24,11 @@ namespace qrv::kernel::sse42 {
 QRV_DECLARE_PLAN_PIECES
 // blas_sgemm_plan_load with the micro-kernel of a vector form.
 void plan_load_for(VectorForm form, GemmPlan<float>* plan);
+// Whether a form computes a product of these sizes, all of them positive, without packing, and the routine that does
+// so: null if the form has none. It takes no heed of k = 0 and alpha = 0.
+bool goes_direct(VectorForm form, bool transposedA, int m, int n, int k);
+using DirectSgemm = void(QRV_GEMM_PARAMETERS(float));
+DirectSgemm* direct_sgemm(VectorForm form);
 } // namespace qrv::kernel::sse42
 
 #undef QRV_DECLARE_PLAN_PIECES

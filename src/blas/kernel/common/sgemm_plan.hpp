@@ -69,9 +69,9 @@ GemmMode blas_sgemm_pick_mode(QRV_GEMM_PARAMETERS(float), GemmPlan<float>* plan)
 int blas_sgemm_blocked(QRV_GEMM_PARAMETERS(float), GemmMode mode, GemmPlan<float>* plan) {
     return blocked(QRV_GEMM_ARGUMENTS, mode, plan, sgemmFallback);
 }
-void blas_sgemm_kernel(QRV_GEMM_PARAMETERS(float)) {
-    if (*m <= 0 || *n <= 0)
-        return;
+
+// The whole operation by a plan. Out of line, so that a call that needs none does not pay for its frame.
+[[gnu::noinline]] void blas_sgemm_by_plan(QRV_GEMM_PARAMETERS(float)) {
     GemmPlan<float> plan; // loading resets all that is read before it is set
     blas_sgemm_plan_load(&plan);
     serial_gemm(QRV_GEMM_ARGUMENTS, &plan, sgemmFallback);

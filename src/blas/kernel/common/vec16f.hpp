@@ -33,6 +33,8 @@ struct Vec16f {
         Mask(int group, int count)
             : bits(_mm512_cmpgt_epi32_mask(_mm512_set1_epi32(count),
                                            _mm512_and_si512(_mm512_set1_epi32(group - 1), lane_numbers()))) {}
+        explicit Mask(__mmask16 lanes) : bits(lanes) {}
+        static Mask first(int count) { return Mask(static_cast<__mmask16>((1U << count) - 1)); }
     };
     Vec16f kept(Mask mask) const { return {_mm512_maskz_mov_ps(mask.bits, v)}; }
 
@@ -90,9 +92,38 @@ inline void store_rows(float* c, Vec16f x, int rows) {
         _mm512_mask_storeu_ps(c, first_lanes(rows), x.v);
 }
 
-// Stores the lanes that the mask keeps.
+// Loads, respectively stores, the lanes that the mask keeps; the others are zero, respectively not written.
+inline Vec16f load_kept(const float* p, Vec16f::Mask mask) {
+    return {_mm512_maskz_loadu_ps(mask.bits, p)};
+}
 inline void store_kept(float* p, Vec16f x, Vec16f::Mask mask) {
     _mm512_mask_storeu_ps(p, mask.bits, x.v);
+}
+
+// The first `count` lanes, fewer than all, by whole stores.
+inline void store_in_pieces(float* p, __m256 x, int count) {
+    __m128 quad = _mm256_castps256_ps128(x);
+    if (count & 4) {
+        _mm_storeu_ps(p, quad);
+        quad = _mm256_extractf128_ps(x, 1);
+        p += 4;
+    }
+    if (count & 2) {
+        _mm_storel_pi(reinterpret_cast<__m64*>(p), quad);
+        quad = _mm_movehl_ps(quad, quad);
+        p += 2;
+    }
+    if (count & 1)
+        _mm_store_ss(p, quad);
+}
+inline void store_in_pieces(float* p, Vec16f x, int count) {
+    __m256 half = _mm512_castps512_ps256(x.v);
+    if (count & 8) {
+        _mm256_storeu_ps(p, half);
+        half = _mm512_extractf32x8_ps(x.v, 1);
+        p += 8;
+    }
+    store_in_pieces(p, half, count & 7);
 }
 
 // Steps l to l+3 of four rows, each contiguous in memory, one quad a step. Steps from `count` on are zero and not read.

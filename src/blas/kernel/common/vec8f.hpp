@@ -32,6 +32,7 @@ struct Vec8f {
         Mask(int group, int count)
             : bits(_mm256_castsi256_ps(_mm256_cmpgt_epi32(
                   _mm256_set1_epi32(count), _mm256_and_si256(_mm256_set1_epi32(group - 1), lane_numbers())))) {}
+        static Mask first(int count) { return {lanes, count}; }
     };
     Vec8f kept(Mask mask) const { return {_mm256_and_ps(mask.bits, v)}; }
 
@@ -82,9 +83,29 @@ inline void store_rows(float* c, Vec8f x, int rows) {
         _mm256_maskstore_ps(c, row_mask(rows), x.v);
 }
 
-// Stores the lanes that the mask keeps.
+// Loads, respectively stores, the lanes that the mask keeps; the others are zero, respectively not written.
+inline Vec8f load_kept(const float* p, Vec8f::Mask mask) {
+    return {_mm256_maskload_ps(p, _mm256_castps_si256(mask.bits))};
+}
 inline void store_kept(float* p, Vec8f x, Vec8f::Mask mask) {
     _mm256_maskstore_ps(p, _mm256_castps_si256(mask.bits), x.v);
+}
+
+// The first `count` lanes, fewer than all, by whole stores.
+inline void store_in_pieces(float* p, Vec8f x, int count) {
+    __m128 quad = _mm256_castps256_ps128(x.v);
+    if (count & 4) {
+        _mm_storeu_ps(p, quad);
+        quad = _mm256_extractf128_ps(x.v, 1);
+        p += 4;
+    }
+    if (count & 2) {
+        _mm_storel_pi(reinterpret_cast<__m64*>(p), quad);
+        quad = _mm_movehl_ps(quad, quad);
+        p += 2;
+    }
+    if (count & 1)
+        _mm_store_ss(p, quad);
 }
 
 // Steps l to l+3 of four rows, each contiguous in memory, one quad a step. Steps from `count` on are zero and not read.

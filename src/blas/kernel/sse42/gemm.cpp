@@ -8,7 +8,42 @@ namespace {
 
 constexpr GemmPlanRow<float> row = sgemm_row<sgemmBlocksSse42>(0);
 
+// Which products a wide form computes without packing.
+struct DirectRange {
+    int work;       // m*n*k at most: beyond it, operands come from the outer caches again and again
+    int transposed; // the same if A is transposed
+    int area;       // m*n at most if A is transposed and k is less than `depth`: the time goes into C, and the row
+    int depth;      // tiles take it across its columns
+    int fewest;     // rows and columns at least if A is transposed: dot products need no transposition
+};
+constexpr DirectRange directRanges[] = {
+    {},
+    {.work = 1 << 27, .transposed = 1 << 27, .area = 1 << 19, .depth = 32, .fewest = 4},
+    {.work = 1 << 27, .transposed = 1 << 27, .area = 1 << 19, .depth = 32, .fewest = 2},
+};
+
 } // namespace
+
+bool goes_direct(VectorForm form, bool transposedA, int m, int n, int k) {
+    const DirectRange& range = directRanges[static_cast<int>(form)];
+    const std::int64_t area = std::int64_t{m} * n;
+    if (!transposedA)
+        return k <= range.work && area <= range.work && area * k <= range.work;
+    if (k < range.depth && area > range.area)
+        return false;
+    return smaller(m, n) >= range.fewest && k <= range.transposed && area * k <= range.transposed;
+}
+
+DirectSgemm* direct_sgemm(VectorForm form) {
+#ifdef QRV_WIDE_KERNELS
+    if (form == VectorForm::avx512)
+        return sse42_avx512::direct;
+    if (form == VectorForm::avx2)
+        return sse42_avx2::direct;
+#endif
+    static_cast<void>(form);
+    return nullptr;
+}
 
 void plan_load_for(VectorForm form, GemmPlan<float>* plan) {
     fill_plan(row, plan);
@@ -22,6 +57,15 @@ void plan_load_for(VectorForm form, GemmPlan<float>* plan) {
 }
 void blas_sgemm_plan_load(GemmPlan<float>* plan) {
     plan_load_for(vector_form(), plan);
+}
+
+void blas_sgemm_kernel(QRV_GEMM_PARAMETERS(float)) {
+    if (*m <= 0 || *n <= 0)
+        return;
+    const VectorForm form = vector_form();
+    if (*k > 0 && *alpha != 0 && goes_direct(form, transposes(*transa), *m, *n, *k))
+        return direct_sgemm(form)(QRV_GEMM_ARGUMENTS);
+    blas_sgemm_by_plan(QRV_GEMM_ARGUMENTS);
 }
 
 } // namespace qrv::kernel::sse42

@@ -3,11 +3,21 @@
 // 16 registers hold 3 panels x 2 slivers: 12 sums, two sliver steps, two rows of A. With 8 it is 3 x 1.
 #include "blas/kernel/common/vec8f.hpp"
 
+#include "blas/kernel/common/gemm_direct.hpp"
 #include "blas/kernel/common/gemm_pack_wide.hpp"
 #include "blas/kernel/common/gemm_wide.hpp"
 #include "blas/kernel/sse42/wide.hpp"
 
 namespace qrv::kernel::sse42_avx2 {
+constexpr bool manyRegisters = sizeof(void*) == 8;
+
+// 12 sums of 16 registers, respectively 6 of 8: with two rows of A, or one, and an element of B.
+template <>
+struct DirectTiles<Vec8f> {
+    static constexpr int vectors = manyRegisters ? 2 : 1;
+    static constexpr int columns = 6;
+};
+
 namespace {
 
 // b0 b0 b1 b1 | b2 b2 b3 b3
@@ -39,7 +49,6 @@ struct Sliver {
     }
 };
 
-constexpr bool manyRegisters = sizeof(void*) == 8;
 using Wide = TileShape<Sliver, 3, manyRegisters ? 2 : 1>;
 using Narrow = TileShape<Sliver, manyRegisters ? 6 : 3, 1>;
 constexpr int sliverFactor = 4; // sliver floats per float of B, four columns counted
@@ -70,6 +79,10 @@ void use_form(GemmPlan<float>* plan) {
     plan->micro = micro;
     plan->smallFactor = sliverFactor;
     plan->microScalesC = true;
+}
+
+void direct(QRV_GEMM_PARAMETERS(float)) {
+    gemm_direct<Vec8f>(QRV_GEMM_ARGUMENTS);
 }
 
 } // namespace qrv::kernel::sse42_avx2

@@ -5,11 +5,19 @@
 // 8 registers it is 3 x 2.
 #include "blas/kernel/common/vec16f.hpp"
 
+#include "blas/kernel/common/gemm_direct.hpp"
 #include "blas/kernel/common/gemm_pack_wide.hpp"
 #include "blas/kernel/common/gemm_wide.hpp"
 #include "blas/kernel/sse42/wide.hpp"
 
 namespace qrv::kernel::sse42_avx512 {
+// 24 sums of 32 registers, respectively 6 of 8: with three rows of A, or one, and an element of B.
+template <>
+struct DirectTiles<Vec16f> {
+    static constexpr int vectors = sizeof(void*) == 8 ? 3 : 1;
+    static constexpr int columns = sizeof(void*) == 8 ? 8 : 6;
+};
+
 namespace {
 
 // Four steps of each of four columns.
@@ -119,6 +127,10 @@ void use_form(GemmPlan<float>* plan) {
     plan->micro = micro;
     plan->smallFactor = sliverFactor;
     plan->microScalesC = true;
+}
+
+void direct(QRV_GEMM_PARAMETERS(float)) {
+    gemm_direct<Vec16f>(QRV_GEMM_ARGUMENTS);
 }
 
 } // namespace qrv::kernel::sse42_avx512

@@ -3,12 +3,15 @@
 #pragma once
 
 #include "blas/kernel/gemm_plan.hpp"
+#include "blas/kernel/kernels.hpp"
 
 // Each form is compiled for its own instruction set, so it has a namespace like a build of its own.
 #define QRV_DECLARE_WIDE_FORM(form)                                                                                    \
     namespace qrv::kernel::form {                                                                                      \
     /* Puts the form's routines into a plan of the sse42 row. */                                                       \
     void use_form(GemmPlan<float>* plan);                                                                              \
+    /* The whole operation without packing and without work memory; m, n, k and alpha are not 0. */                    \
+    void direct(QRV_GEMM_PARAMETERS(float));                                                                           \
     }
 
 QRV_DECLARE_WIDE_FORM(sse42_avx2)

@@ -43,4 +43,9 @@ void blas_sgemm_plan_load(GemmPlan<float>* plan) {
     load_row(plan_row(qrv_serv_get_cpu_ma() != withoutSse41), plan);
 }
 
+void blas_sgemm_kernel(QRV_GEMM_PARAMETERS(float)) {
+    if (*m > 0 && *n > 0)
+        blas_sgemm_by_plan(QRV_GEMM_ARGUMENTS);
+}
+
 } // namespace qrv::kernel::ssse3

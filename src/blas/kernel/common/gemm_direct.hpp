@@ -1,0 +1,255 @@
+// C := alpha*op(A)*op(B) + beta*C over wide vectors, without packing and without work memory: for problems too small to
+// repay it.
+//
+//   tile       up to DirectTiles::vectors vectors of rows by DirectTiles::columns columns, rows and columns dealt out
+//              evenly; each step takes A by vectors of rows and B singly
+//   op(A) = A  straight from A; of the last vector only the rows that there are
+//   op(A) = A^T  the rows of a tile are brought together, steps in blocks, in a buffer on the stack
+//   alignment  none assumed
+//   reads      nothing past the operands; C only if beta is not 0
+//   alpha, k   not 0: see the caller
+//
+// Each element of C sums its products in ascending k, in one chain a block of steps: alpha*sum + beta*C for the first
+// block, alpha*sum + C for those after it. Lanes past the last row hold what never reaches C.
+#pragma once
+
+#include <cstddef>
+
+#include "blas/kernel/common/gemm_blocks.hpp"
+#include "blas/kernel/common/gemm_wide.hpp"
+#include "blas/kernel/kernels.hpp"
+#include "blas/matrix.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// The largest register tile, in vectors of rows and in columns. Its sums fill the registers, but for a step of A and an
+// element of B.
+template <class Vector>
+struct DirectTiles;
+
+// Steps per pass over C: the rows of a tile, so deep, stay in the innermost cache for all of its columns.
+constexpr int directDepth = 256;
+constexpr int directShallow = 64;
+// The transposed rows of a tile, in floats.
+constexpr int directBuffer = 3072;
+
+// What all tiles of a call have in common. One record, filled once: its fields are read singly, as they were written.
+struct DirectProduct {
+    std::ptrdiff_t aStep; // from one step of A to the next; rows are contiguous
+    std::ptrdiff_t bStep, bColumn;
+    std::ptrdiff_t ldc;
+    float alpha, beta;
+    int k;
+};
+
+// One tile: all rows of its vectors but the last one, of which there are `lastRows`.
+template <class Vector, int vectors, int columns>
+void direct_tile(const DirectProduct& p, const float* a, const float* b, float* c, int lastRows) {
+    constexpr int group = 4; // columns of B that share a pointer
+    const typename Vector::Mask mask = Vector::Mask::first(lastRows);
+    const std::ptrdiff_t aStep = p.aStep, bStep = p.bStep, bColumn = p.bColumn, bColumns3 = 3 * bColumn;
+    Vector sums[columns][vectors];
+    QRV_UNROLL
+    for (int j = 0; j < columns; ++j)
+        QRV_UNROLL
+    for (int v = 0; v < vectors; ++v)
+        sums[j][v] = Vector::zero();
+    const float* second = b + (columns > group ? group * bColumn : 0);
+    for (int l = p.k; l > 0; --l) {
+        Vector rows[vectors];
+        QRV_UNROLL
+        for (int v = 0; v < vectors - 1; ++v)
+            rows[v] = Vector::load(a + v * Vector::lanes);
+        rows[vectors - 1] = load_kept(a + (vectors - 1) * Vector::lanes, mask);
+        QRV_UNROLL
+        for (int j = 0; j < columns; ++j) {
+            const float* four = j < group ? b : second;
+            const Vector x = Vector::splat(four[j % group == 3 ? bColumns3 : j % group * bColumn]);
+            QRV_UNROLL
+            for (int v = 0; v < vectors; ++v)
+                sums[j][v] = multiply_add(rows[v], x, sums[j][v]);
+        }
+        a += aStep;
+        b += bStep;
+        second += bStep;
+    }
+    const Vector alpha = Vector::splat(p.alpha), beta = Vector::splat(p.beta);
+    const bool overwrites = p.beta == 0;
+    // A processor takes a load for dependent on a masked store that it overlaps in lanes which are not stored. So all
+    // of C is read before any of it is written, and the last column is written without a mask: the next tile may begin
+    // within a vector of it.
+    QRV_UNROLL
+    for (int j = 0; j < columns; ++j)
+        QRV_UNROLL
+    for (int v = 0; v < vectors; ++v)
+        sums[j][v] = alpha * sums[j][v];
+    if (!overwrites) {
+        const float* in = c;
+        QRV_UNROLL
+        for (int j = 0; j < columns; ++j, in += p.ldc)
+            QRV_UNROLL
+        for (int v = 0; v < vectors; ++v) {
+            const float* at = in + v * Vector::lanes;
+            sums[j][v] = multiply_add(beta, v == vectors - 1 ? load_kept(at, mask) : Vector::load(at), sums[j][v]);
+        }
+    }
+    QRV_UNROLL
+    for (int j = 0; j < columns; ++j, c += p.ldc) {
+        QRV_UNROLL
+        for (int v = 0; v < vectors - 1; ++v)
+            sums[j][v].store(c + v * Vector::lanes);
+        float* last = c + (vectors - 1) * Vector::lanes;
+        if (j == columns - 1 && lastRows < Vector::lanes)
+            store_in_pieces(last, sums[j][vectors - 1], lastRows);
+        else
+            store_kept(last, sums[j][vectors - 1], mask);
+    }
+}
+
+// How many of `left` to take at once, at most `most`: all, or such that the last two shares are even.
+constexpr int even_share(int left, int most) {
+    return left >= 2 * most ? most : left > most ? (left + 1) / 2 : left;
+}
+
+using DirectTile = void(const DirectProduct& p, const float* a, const float* b, float* c, int lastRows);
+
+// The tiles of all sizes, one vector and one column first.
+template <class Vector>
+struct DirectTileTable {
+    DirectTile* tile[DirectTiles<Vector>::vectors][DirectTiles<Vector>::columns];
+
+    template <int vectors = 1, int columns = 1>
+    constexpr void fill() {
+        tile[vectors - 1][columns - 1] = direct_tile<Vector, vectors, columns>;
+        if constexpr (columns < DirectTiles<Vector>::columns)
+            fill<vectors, columns + 1>();
+        else if constexpr (vectors < DirectTiles<Vector>::vectors)
+            fill<vectors + 1, 1>();
+    }
+    constexpr DirectTileTable() : tile{} { fill(); }
+};
+template <class Vector>
+constexpr DirectTileTable<Vector> directTiles;
+
+// Steps 0 to k-1 of the `rows` rows of one vector, each contiguous in memory, ld floats apart. Where there are no more
+// rows, lanes are filled from the last one or are zero.
+template <class Vector, bool whole>
+void transpose_vector(int rows, int k, const float* a, std::ptrdiff_t ld, float* out, std::ptrdiff_t outStep) {
+    constexpr int quads = Vector::quads, stepsAtOnce = 4;
+    constexpr int vectors = stepsAtOnce / quads; // that hold four steps of four rows
+    const auto row = [=](int i) { return a + (whole ? i : smaller(i, rows - 1)) * ld; };
+    for (int l = 0; l < k; l += stepsAtOnce) {
+        Vector x[quads][vectors];
+        QRV_UNROLL
+        for (int q = 0; q < quads; ++q) {
+            const float* const quad[4] = {row(4 * q), row(4 * q + 1), row(4 * q + 2), row(4 * q + 3)};
+            if (whole || 4 * q < rows)
+                transpose_rows(quad, l, k - l, x[q]);
+            else
+                QRV_UNROLL
+            for (int h = 0; h < vectors; ++h)
+                x[q][h] = Vector::zero();
+        }
+        QRV_UNROLL
+        for (int h = 0; h < vectors; ++h) {
+            Vector steps[quads];
+            QRV_UNROLL
+            for (int q = 0; q < quads; ++q)
+                steps[q] = x[q][h];
+            transpose_quads(steps);
+            QRV_UNROLL
+            for (int q = 0; q < quads; ++q)
+                steps[q].store_aligned(out + (l + h * quads + q) * outStep);
+        }
+    }
+}
+
+// The same of up to `vectors` vectors of rows, side by side.
+template <class Vector>
+QRV_INLINE void bring_rows_together(int rows, int vectors, int k, const float* a, std::ptrdiff_t ld, float* out) {
+    const std::ptrdiff_t outStep = vectors * Vector::lanes;
+    for (; rows >= Vector::lanes; rows -= Vector::lanes, a += Vector::lanes * ld, out += Vector::lanes)
+        transpose_vector<Vector, true>(Vector::lanes, k, a, ld, out, outStep);
+    if (rows > 0)
+        transpose_vector<Vector, false>(rows, k, a, ld, out, outStep);
+}
+
+// The rows that the next tiles take.
+template <class Vector>
+struct RowShare {
+    int vectors, rows;
+    explicit RowShare(int left)
+        : vectors(even_share((left + Vector::lanes - 1) / Vector::lanes, DirectTiles<Vector>::vectors)),
+          rows(smaller(left, vectors * Vector::lanes)) {}
+    int last_rows() const { return rows - (vectors - 1) * Vector::lanes; }
+};
+
+// All columns of the rows of one tile.
+template <class Vector>
+QRV_INLINE void direct_rows(RowShare<Vector> share, int n, const DirectProduct& p, const float* a, const float* b,
+                            float* c) {
+    for (int columns; n > 0; n -= columns) {
+        columns = even_share(n, DirectTiles<Vector>::columns);
+        directTiles<Vector>.tile[share.vectors - 1][columns - 1](p, a, b, c, share.last_rows());
+        b += columns * p.bColumn;
+        c += columns * p.ldc;
+    }
+}
+
+template <class Vector>
+QRV_INLINE void direct_straight(int m, int n, DirectProduct& p, int k, const float* a, const float* b, float* c) {
+    for (int l = 0; l < k; l += directDepth, p.beta = 1) {
+        p.k = smaller(k - l, directDepth);
+        // Down the columns of C if the steps are few, as it is then C that the time goes into.
+        const int columnsAtOnce = p.k <= directShallow ? DirectTiles<Vector>::columns : n;
+        for (int j = 0; j < n; j += columnsAtOnce) {
+            const int columns = smaller(columnsAtOnce, n - j);
+            for (int i = 0; i < m;) {
+                const RowShare<Vector> share(m - i);
+                direct_rows<Vector>(share, columns, p, a + i + l * p.aStep, b + l * p.bStep + j * p.bColumn,
+                                    c + i + j * p.ldc);
+                i += share.rows;
+            }
+        }
+    }
+}
+
+template <class Vector>
+[[gnu::noinline]] void direct_transposed(int m, int n, DirectProduct& p, int k, const float* a, std::ptrdiff_t lda,
+                                         const float* b, float* c) {
+    alignas(64) float buffer[directBuffer];
+    const float beta = p.beta;
+    for (int i = 0; i < m;) {
+        const RowShare<Vector> share(m - i);
+        const int depth = directBuffer / (share.vectors * Vector::lanes) / 4 * 4;
+        p.aStep = share.vectors * Vector::lanes;
+        p.beta = beta;
+        for (int l = 0; l < k; l += depth) {
+            p.k = smaller(k - l, depth);
+            bring_rows_together<Vector>(share.rows, share.vectors, p.k, a + l + i * lda, lda, buffer);
+            direct_rows<Vector>(share, n, p, buffer, b + l * p.bStep, c + i);
+            p.beta = 1;
+        }
+        i += share.rows;
+    }
+}
+
+// The whole product; m, n and k are positive.
+template <class Vector>
+QRV_INLINE void gemm_direct(QRV_GEMM_PARAMETERS(float)) {
+    const std::ptrdiff_t stepA = *lda, stepB = *ldb;
+    const bool transposedB = transposes(*transb);
+    DirectProduct p;
+    p.aStep = stepA;
+    p.bStep = transposedB ? stepB : 1;
+    p.bColumn = transposedB ? 1 : stepB;
+    p.ldc = *ldc;
+    p.alpha = *alpha;
+    p.beta = *beta;
+    if (transposes(*transa))
+        direct_transposed<Vector>(*m, *n, p, *k, a, stepA, b, c);
+    else
+        direct_straight<Vector>(*m, *n, p, *k, a, b, c);
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD
