@@ -33,7 +33,7 @@ constexpr int directDepth = 256;
 constexpr int directShallow = 64;
 // Leading dimensions of A, in multiples of this, that bring its columns into the same few places of the innermost
 // cache; and from how many columns of C on a copy of the tile repays itself.
-constexpr int directConflict = 128;
+constexpr int directConflict = 1024;
 constexpr int directRepays = 24;
 // The transposed rows of a tile, in floats.
 constexpr int directBuffer = 3072;
