@@ -6,6 +6,7 @@
 //   op(A) = A  straight from A; of the last vector only the rows that there are
 //   op(A) = A^T, and columns of A that would displace each other in the cache: the steps of a tile are brought
 //              together, in blocks, in a buffer on the stack
+//   few rows, or few columns, and many steps  see gemm_dots.hpp
 //   alignment  none assumed
 //   reads      nothing past the operands; C only if beta is not 0
 //   alpha, k   not 0: see the caller
@@ -17,6 +18,7 @@
 #include <cstddef>
 
 #include "blas/kernel/common/gemm_blocks.hpp"
+#include "blas/kernel/common/gemm_dots.hpp"
 #include "blas/kernel/common/gemm_wide.hpp"
 #include "blas/kernel/kernels.hpp"
 #include "blas/matrix.hpp"
@@ -104,7 +106,9 @@ void direct_tile(const DirectProduct& p, const float* a, const float* b, float* 
         for (int v = 0; v < vectors - 1; ++v)
             sums[j][v].store(c + v * Vector::lanes);
         float* last = c + (vectors - 1) * Vector::lanes;
-        if (j == columns - 1 && lastRows < Vector::lanes)
+        if (!Vector::masksStores && lastRows == Vector::lanes)
+            sums[j][vectors - 1].store(last);
+        else if (!Vector::masksStores || (j == columns - 1 && lastRows < Vector::lanes))
             store_in_pieces(last, sums[j][vectors - 1], lastRows);
         else
             store_kept(last, sums[j][vectors - 1], mask);
@@ -257,6 +261,8 @@ template <class Vector>
 // The whole product; m, n and k are positive.
 template <class Vector>
 QRV_INLINE void gemm_direct(QRV_GEMM_PARAMETERS(float)) {
+    if (*k >= dotsDepth<Vector> && pays_by_dots<Vector>(transposes(*transa), transposes(*transb), *m, *n, *k))
+        return gemm_by_dots<Vector>(QRV_GEMM_ARGUMENTS);
     const std::ptrdiff_t stepA = *lda, stepB = *ldb;
     const bool transposedB = transposes(*transb);
     DirectProduct p;
