@@ -48,6 +48,34 @@ TEST_P(GemmDirect, Shapes) {
         }
 }
 
+// Few rows or columns and many steps.
+TEST_P(GemmDirect, NarrowShapes) {
+    int round = 0;
+    for (const char ta : transposeOptions)
+        for (const char tb : transposeOptions)
+            for (int few = 1; few <= 9; ++few)
+                for (const int other : {1, 2, 5, 63, 64, 67})
+                    for (const int k : {15, 16, 17, 31, 32, 33, 63, 64, 65, 79, 81, 384, 385, 780}) {
+                        ++round;
+                        GemmShape p{ta,
+                                    tb,
+                                    few,
+                                    other,
+                                    k,
+                                    alphas[round % 3],
+                                    betas[round / 3 % 3],
+                                    round % 3,
+                                    round % 4,
+                                    round % 5,
+                                    round % 7,
+                                    round % 16,
+                                    round % 5};
+                        EXPECT_TRUE(computes(direct(), p));
+                        std::swap(p.m, p.n);
+                        EXPECT_TRUE(computes(direct(), p));
+                    }
+}
+
 // Every position of the operands in a vector, every residue of the leading dimensions to it.
 TEST_P(GemmDirect, Alignments) {
     for (const char ta : transposeOptions)
@@ -66,6 +94,13 @@ TEST_P(GemmDirect, StaysInsideItsOperands) {
                 for (const int n : {1, 2, 3, 5, 8, 11})
                     for (const int k : {1, 2, 3, 4, 5, 15, 66})
                         EXPECT_TRUE(stays_inside(direct(), {ta, tb, m, n, k, 2, 0.5F, k % 3, n % 3, m % 3}));
+    for (const char ta : transposeOptions)
+        for (const char tb : transposeOptions)
+            for (const int few : {1, 2, 3, 4, 7, 8})
+                for (const int k : {32, 33, 47, 64, 79, 391}) {
+                    EXPECT_TRUE(stays_inside(direct(), {ta, tb, few, 65, k, 2, 0.5F, k % 3, few % 3, k % 2}));
+                    EXPECT_TRUE(stays_inside(direct(), {ta, tb, 65, few, k, 2, 0, k % 3, few % 3, k % 2}));
+                }
 }
 
 // A NaN or an infinity reaches its row or its column, whole, and nothing else. The rows and columns around it are the
@@ -86,6 +121,27 @@ TEST_P(GemmDirect, NonFiniteElementsStayInTheirRowAndColumn) {
                         for (int j = 0; j < n; ++j)
                             for (int i = 0; i < m; ++i) {
                                 const float expected = i == row || j == column ? special : 10;
+                                ASSERT_TRUE(std::isnan(expected) ? std::isnan(x.c(i, j)) : x.c(i, j) == expected)
+                                    << p << " at " << i << ',' << j << ": " << x.c(i, j);
+                            }
+                    }
+}
+
+TEST_P(GemmDirect, NonFiniteElementsInNarrowShapes) {
+    for (const float special : {nan, infinity})
+        for (const char ta : transposeOptions)
+            for (const char tb : transposeOptions)
+                for (const bool tall : {false, true})
+                    for (const int few : {1, 3, 6}) {
+                        const int m = tall ? 67 : few, n = tall ? few : 67, k = 70;
+                        const GemmShape p{ta, tb, m, n, k, 1, 1, 1, 1, 1, 0, 0, 0};
+                        GemmOperands x(p);
+                        x.a.fill(1), x.b.fill(1), x.c.fill(1);
+                        (is_transposed(ta) ? x.a(k - 1, m - 1) : x.a(m - 1, k - 1)) = special;
+                        run(direct(), p, x.a, x.b, x.c);
+                        for (int j = 0; j < n; ++j)
+                            for (int i = 0; i < m; ++i) {
+                                const float expected = i == m - 1 ? special : k + 1;
                                 ASSERT_TRUE(std::isnan(expected) ? std::isnan(x.c(i, j)) : x.c(i, j) == expected)
                                     << p << " at " << i << ',' << j << ": " << x.c(i, j);
                             }
@@ -162,12 +218,6 @@ TEST(GemmDirectRule, Edges) {
         EXPECT_TRUE(goes_direct(form, true, 1 << 10, 1 << 9, 31));
         EXPECT_FALSE(goes_direct(form, true, 1 << 10, (1 << 9) + 1, 31));
         EXPECT_TRUE(goes_direct(form, true, 1 << 10, (1 << 9) + 1, 32));
-        // Few rows or columns of a transposed A.
-        const int fewest = form == VectorForm::avx2 ? 4 : 2;
-        EXPECT_TRUE(goes_direct(form, true, fewest, 100, 100));
-        EXPECT_FALSE(goes_direct(form, true, fewest - 1, 100, 100));
-        EXPECT_TRUE(goes_direct(form, true, 100, fewest, 100));
-        EXPECT_FALSE(goes_direct(form, true, 100, fewest - 1, 100));
     }
     EXPECT_FALSE(goes_direct(VectorForm::sse, false, 1, 1, 1));
     EXPECT_FALSE(goes_direct(VectorForm::sse, true, 4, 4, 4));

@@ -4,7 +4,9 @@
 //   tile       up to DirectTiles::vectors vectors of rows by DirectTiles::columns columns, rows and columns dealt out
 //              evenly; each step takes A by vectors of rows and B singly
 //   op(A) = A  straight from A; of the last vector only the rows that there are
-//   op(A) = A^T  the rows of a tile are brought together, steps in blocks, in a buffer on the stack
+//   op(A) = A^T, and columns of A that would displace each other in the cache: the steps of a tile are brought
+//              together, in blocks, in a buffer on the stack
+//   few rows, or few columns, and many steps  see gemm_dots.hpp
 //   alignment  none assumed
 //   reads      nothing past the operands; C only if beta is not 0
 //   alpha, k   not 0: see the caller
@@ -16,6 +18,7 @@
 #include <cstddef>
 
 #include "blas/kernel/common/gemm_blocks.hpp"
+#include "blas/kernel/common/gemm_dots.hpp"
 #include "blas/kernel/common/gemm_wide.hpp"
 #include "blas/kernel/kernels.hpp"
 #include "blas/matrix.hpp"
@@ -30,6 +33,10 @@ struct DirectTiles;
 // Steps per pass over C: the rows of a tile, so deep, stay in the innermost cache for all of its columns.
 constexpr int directDepth = 256;
 constexpr int directShallow = 64;
+// Leading dimensions of A, in multiples of this, that bring its columns into the same few places of the innermost
+// cache; and from how many columns of C on a copy of the tile repays itself.
+constexpr int directConflict = 1024;
+constexpr int directRepays = 24;
 // The transposed rows of a tile, in floats.
 constexpr int directBuffer = 3072;
 
@@ -99,7 +106,9 @@ void direct_tile(const DirectProduct& p, const float* a, const float* b, float* 
         for (int v = 0; v < vectors - 1; ++v)
             sums[j][v].store(c + v * Vector::lanes);
         float* last = c + (vectors - 1) * Vector::lanes;
-        if (j == columns - 1 && lastRows < Vector::lanes)
+        if (!Vector::masksStores && lastRows == Vector::lanes)
+            sums[j][vectors - 1].store(last);
+        else if (!Vector::masksStores || (j == columns - 1 && lastRows < Vector::lanes))
             store_in_pieces(last, sums[j][vectors - 1], lastRows);
         else
             store_kept(last, sums[j][vectors - 1], mask);
@@ -166,12 +175,24 @@ void transpose_vector(int rows, int k, const float* a, std::ptrdiff_t ld, float*
 
 // The same of up to `vectors` vectors of rows, side by side.
 template <class Vector>
-QRV_INLINE void bring_rows_together(int rows, int vectors, int k, const float* a, std::ptrdiff_t ld, float* out) {
+QRV_INLINE void transpose_tile(int rows, int vectors, int k, const float* a, std::ptrdiff_t ld, float* out) {
     const std::ptrdiff_t outStep = vectors * Vector::lanes;
     for (; rows >= Vector::lanes; rows -= Vector::lanes, a += Vector::lanes * ld, out += Vector::lanes)
         transpose_vector<Vector, true>(Vector::lanes, k, a, ld, out, outStep);
     if (rows > 0)
         transpose_vector<Vector, false>(rows, k, a, ld, out, outStep);
+}
+
+// Where it is the steps that are contiguous: a copy.
+template <class Vector>
+QRV_INLINE void copy_tile(int rows, int vectors, int k, const float* a, std::ptrdiff_t ld, float* out) {
+    const typename Vector::Mask mask = Vector::Mask::first(rows - (vectors - 1) * Vector::lanes);
+    for (int l = 0; l < k; ++l, a += ld) {
+        for (int v = 0; v < vectors - 1; ++v, out += Vector::lanes)
+            Vector::load(a + v * Vector::lanes).store_aligned(out);
+        load_kept(a + (vectors - 1) * Vector::lanes, mask).store_aligned(out);
+        out += Vector::lanes;
+    }
 }
 
 // The rows that the next tiles take.
@@ -215,8 +236,8 @@ QRV_INLINE void direct_straight(int m, int n, DirectProduct& p, int k, const flo
 }
 
 template <class Vector>
-[[gnu::noinline]] void direct_transposed(int m, int n, DirectProduct& p, int k, const float* a, std::ptrdiff_t lda,
-                                         const float* b, float* c) {
+[[gnu::noinline]] void direct_gathered(bool transposed, int m, int n, DirectProduct& p, int k, const float* a,
+                                       std::ptrdiff_t lda, const float* b, float* c) {
     alignas(64) float buffer[directBuffer];
     const float beta = p.beta;
     for (int i = 0; i < m;) {
@@ -226,7 +247,10 @@ template <class Vector>
         p.beta = beta;
         for (int l = 0; l < k; l += depth) {
             p.k = smaller(k - l, depth);
-            bring_rows_together<Vector>(share.rows, share.vectors, p.k, a + l + i * lda, lda, buffer);
+            if (transposed)
+                transpose_tile<Vector>(share.rows, share.vectors, p.k, a + l + i * lda, lda, buffer);
+            else
+                copy_tile<Vector>(share.rows, share.vectors, p.k, a + i + l * lda, lda, buffer);
             direct_rows<Vector>(share, n, p, buffer, b + l * p.bStep, c + i);
             p.beta = 1;
         }
@@ -237,6 +261,8 @@ template <class Vector>
 // The whole product; m, n and k are positive.
 template <class Vector>
 QRV_INLINE void gemm_direct(QRV_GEMM_PARAMETERS(float)) {
+    if (*k >= dotsDepth<Vector> && pays_by_dots<Vector>(transposes(*transa), transposes(*transb), *m, *n, *k))
+        return gemm_by_dots<Vector>(QRV_GEMM_ARGUMENTS);
     const std::ptrdiff_t stepA = *lda, stepB = *ldb;
     const bool transposedB = transposes(*transb);
     DirectProduct p;
@@ -246,8 +272,9 @@ QRV_INLINE void gemm_direct(QRV_GEMM_PARAMETERS(float)) {
     p.ldc = *ldc;
     p.alpha = *alpha;
     p.beta = *beta;
-    if (transposes(*transa))
-        direct_transposed<Vector>(*m, *n, p, *k, a, stepA, b, c);
+    const bool transposedA = transposes(*transa);
+    if (transposedA || (stepA % directConflict == 0 && *n >= directRepays))
+        direct_gathered<Vector>(transposedA, *m, *n, p, *k, a, stepA, b, c);
     else
         direct_straight<Vector>(*m, *n, p, *k, a, b, c);
 }

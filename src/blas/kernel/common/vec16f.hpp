@@ -12,6 +12,7 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 struct Vec16f {
     static constexpr int lanes = 16;
     static constexpr int quads = lanes / 4;
+    static constexpr bool masksStores = true; // at the price of whole ones
     __m512 v;
 
     static Vec16f zero() { return {_mm512_setzero_ps()}; }
@@ -33,7 +34,7 @@ struct Vec16f {
         Mask(int group, int count)
             : bits(_mm512_cmpgt_epi32_mask(_mm512_set1_epi32(count),
                                            _mm512_and_si512(_mm512_set1_epi32(group - 1), lane_numbers()))) {}
-        explicit Mask(__mmask16 lanes) : bits(lanes) {}
+        explicit Mask(__mmask16 x) : bits(x) {}
         static Mask first(int count) { return Mask(static_cast<__mmask16>((1U << count) - 1)); }
     };
     Vec16f kept(Mask mask) const { return {_mm512_maskz_mov_ps(mask.bits, v)}; }
@@ -124,6 +125,19 @@ inline void store_in_pieces(float* p, Vec16f x, int count) {
         p += 8;
     }
     store_in_pieces(p, half, count & 7);
+}
+
+// The sums over the lanes of a, b, c and d.
+inline __m128 lane_sums(Vec16f a, Vec16f b, Vec16f c, Vec16f d) {
+    const auto fold = [](Vec16f x) {
+        return _mm256_add_ps(_mm512_castps512_ps256(x.v), _mm512_extractf32x8_ps(x.v, 1));
+    };
+    const __m256 sums = _mm256_hadd_ps(_mm256_hadd_ps(fold(a), fold(b)), _mm256_hadd_ps(fold(c), fold(d)));
+    return _mm_add_ps(_mm256_castps256_ps128(sums), _mm256_extractf128_ps(sums, 1));
+}
+// The first `count` lanes.
+inline void store_quad(float* p, __m128 x, int count) {
+    _mm_mask_storeu_ps(p, static_cast<__mmask8>((1U << count) - 1), x);
 }
 
 // Steps l to l+3 of four rows, each contiguous in memory, one quad a step. Steps from `count` on are zero and not read.

@@ -11,6 +11,7 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 struct Vec8f {
     static constexpr int lanes = 8;
     static constexpr int quads = lanes / 4;
+    static constexpr bool masksStores = false; // some processors take many steps for a masked store
     __m256 v;
 
     static Vec8f zero() { return {_mm256_setzero_ps()}; }
@@ -106,6 +107,19 @@ inline void store_in_pieces(float* p, Vec8f x, int count) {
     }
     if (count & 1)
         _mm_store_ss(p, quad);
+}
+
+// The sums over the lanes of a, b, c and d.
+inline __m128 lane_sums(Vec8f a, Vec8f b, Vec8f c, Vec8f d) {
+    const __m256 sums = _mm256_hadd_ps(_mm256_hadd_ps(a.v, b.v), _mm256_hadd_ps(c.v, d.v));
+    return _mm_add_ps(_mm256_castps256_ps128(sums), _mm256_extractf128_ps(sums, 1));
+}
+// The first `count` lanes.
+inline void store_quad(float* p, __m128 x, int count) {
+    if (count == 4)
+        _mm_storeu_ps(p, x);
+    else
+        store_in_pieces(p, {_mm256_castps128_ps256(x)}, count);
 }
 
 // Steps l to l+3 of four rows, each contiguous in memory, one quad a step. Steps from `count` on are zero and not read.

@@ -14,12 +14,11 @@ struct DirectRange {
     int transposed; // the same if A is transposed
     int area;       // m*n at most if A is transposed and k is less than `depth`: the time goes into C, and the row
     int depth;      // tiles take it across its columns
-    int fewest;     // rows and columns at least if A is transposed: dot products need no transposition
 };
 constexpr DirectRange directRanges[] = {
     {},
-    {.work = 1 << 27, .transposed = 1 << 27, .area = 1 << 19, .depth = 32, .fewest = 4},
-    {.work = 1 << 27, .transposed = 1 << 27, .area = 1 << 19, .depth = 32, .fewest = 2},
+    {.work = 1 << 27, .transposed = 1 << 27, .area = 1 << 19, .depth = 32},
+    {.work = 1 << 27, .transposed = 1 << 27, .area = 1 << 19, .depth = 32},
 };
 
 } // namespace
@@ -31,7 +30,7 @@ bool goes_direct(VectorForm form, bool transposedA, int m, int n, int k) {
         return k <= range.work && area <= range.work && area * k <= range.work;
     if (k < range.depth && area > range.area)
         return false;
-    return smaller(m, n) >= range.fewest && k <= range.transposed && area * k <= range.transposed;
+    return k <= range.transposed && area * k <= range.transposed;
 }
 
 DirectSgemm* direct_sgemm(VectorForm form) {
