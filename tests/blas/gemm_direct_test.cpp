@@ -193,34 +193,35 @@ TEST_P(GemmDirect, ResultDependsOnTheOperandsAlone) {
 
 TEST(GemmDirectRule, SmallProductsGoUnpacked) {
     using kernel::sse42::goes_direct;
-    for (const VectorForm form : {VectorForm::avx2, VectorForm::avx512})
-        for (const bool transposed : {false, true}) {
-            for (const int n : {4, 8, 16, 100, 512})
-                EXPECT_TRUE(goes_direct(form, transposed, n, n, n)) << n;
-            EXPECT_TRUE(goes_direct(form, transposed, 32, 32, 2048));
-            EXPECT_TRUE(goes_direct(form, transposed, 2048, 32, 32));
-            EXPECT_FALSE(goes_direct(form, transposed, 1024, 1024, 1024));
-            // Products that 32, respectively 64 bits do not hold.
-            EXPECT_FALSE(goes_direct(form, transposed, 65536, 65536, 1));
-            constexpr int most = std::numeric_limits<int>::max();
-            EXPECT_FALSE(goes_direct(form, transposed, most, most, most));
-            EXPECT_FALSE(goes_direct(form, transposed, 4, 4, most));
-        }
+    for (const VectorForm form : {VectorForm::avx2, VectorForm::avx512}) {
+        for (const int n : {1, 4, 8, 16, 100, 512})
+            EXPECT_TRUE(goes_direct(form, n, n, n)) << n;
+        EXPECT_TRUE(goes_direct(form, 32, 32, 2048));
+        EXPECT_TRUE(goes_direct(form, 2048, 32, 32));
+        EXPECT_FALSE(goes_direct(form, 1024, 1024, 1024));
+        EXPECT_FALSE(goes_direct(form, 2048, 2048, 8));
+    }
+    EXPECT_FALSE(goes_direct(VectorForm::sse, 1, 1, 1));
 }
 
 TEST(GemmDirectRule, Edges) {
     using kernel::sse42::goes_direct;
+    constexpr int most = std::numeric_limits<int>::max();
     for (const VectorForm form : {VectorForm::avx2, VectorForm::avx512}) {
-        EXPECT_TRUE(goes_direct(form, false, 1, 1, 1));
-        EXPECT_TRUE(goes_direct(form, false, 1 << 10, 1 << 10, 1 << 7));
-        EXPECT_FALSE(goes_direct(form, false, 1 << 10, 1 << 10, (1 << 7) + 1));
-        // Shallow, large and transposed.
-        EXPECT_TRUE(goes_direct(form, true, 1 << 10, 1 << 9, 31));
-        EXPECT_FALSE(goes_direct(form, true, 1 << 10, (1 << 9) + 1, 31));
-        EXPECT_TRUE(goes_direct(form, true, 1 << 10, (1 << 9) + 1, 32));
+        // The work.
+        EXPECT_TRUE(goes_direct(form, 1 << 10, 1 << 10, 1 << 7));
+        EXPECT_FALSE(goes_direct(form, 1 << 10, 1 << 10, (1 << 7) + 1));
+        EXPECT_FALSE(goes_direct(form, 1 << 10, (1 << 10) + 1, 1 << 7));
+        // A large C and few steps.
+        EXPECT_TRUE(goes_direct(form, 1 << 10, 1 << 9, 63));
+        EXPECT_FALSE(goes_direct(form, 1 << 10, (1 << 9) + 1, 63));
+        EXPECT_TRUE(goes_direct(form, 1 << 10, (1 << 9) + 1, 64));
+        // Products that 32, respectively 64 bits do not hold.
+        EXPECT_FALSE(goes_direct(form, 65536, 65536, 1));
+        EXPECT_FALSE(goes_direct(form, 65536, 65536, 64));
+        EXPECT_FALSE(goes_direct(form, most, most, most));
+        EXPECT_FALSE(goes_direct(form, 4, 4, most));
     }
-    EXPECT_FALSE(goes_direct(VectorForm::sse, false, 1, 1, 1));
-    EXPECT_FALSE(goes_direct(VectorForm::sse, true, 4, 4, 4));
 }
 
 } // namespace

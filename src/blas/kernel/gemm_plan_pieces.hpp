@@ -26,7 +26,7 @@ QRV_DECLARE_PLAN_PIECES
 void plan_load_for(VectorForm form, GemmPlan<float>* plan);
 // Whether a form computes a product of these sizes, all of them positive, without packing, and the routine that does
 // so: null if the form has none. It takes no heed of k = 0 and alpha = 0.
-bool goes_direct(VectorForm form, bool transposedA, int m, int n, int k);
+bool goes_direct(VectorForm form, int m, int n, int k);
 using DirectSgemm = void(QRV_GEMM_PARAMETERS(float));
 DirectSgemm* direct_sgemm(VectorForm form);
 } // namespace qrv::kernel::sse42

@@ -10,27 +10,22 @@ constexpr GemmPlanRow<float> row = sgemm_row<sgemmBlocksSse42>(0);
 
 // Which products a wide form computes without packing.
 struct DirectRange {
-    int work;       // m*n*k at most: beyond it, operands come from the outer caches again and again
-    int transposed; // the same if A is transposed
-    int area;       // m*n at most if A is transposed and k is less than `depth`: the time goes into C, and the row
-    int depth;      // tiles take it across its columns
+    int work;  // m*n*k at most: beyond it, operands come from the outer caches again and again
+    int area;  // m*n at most if k is less than `depth`: the time goes into C then, and the row tiles take it across
+    int depth; // its columns
 };
 constexpr DirectRange directRanges[] = {
     {},
-    {.work = 1 << 27, .transposed = 1 << 27, .area = 1 << 19, .depth = 32},
-    {.work = 1 << 27, .transposed = 1 << 27, .area = 1 << 19, .depth = 32},
+    {.work = 1 << 27, .area = 1 << 19, .depth = 64},
+    {.work = 1 << 27, .area = 1 << 19, .depth = 64},
 };
 
 } // namespace
 
-bool goes_direct(VectorForm form, bool transposedA, int m, int n, int k) {
+bool goes_direct(VectorForm form, int m, int n, int k) {
     const DirectRange& range = directRanges[static_cast<int>(form)];
     const std::int64_t area = std::int64_t{m} * n;
-    if (!transposedA)
-        return k <= range.work && area <= range.work && area * k <= range.work;
-    if (k < range.depth && area > range.area)
-        return false;
-    return k <= range.transposed && area * k <= range.transposed;
+    return area <= (k < range.depth ? range.area : range.work) && area * k <= range.work;
 }
 
 DirectSgemm* direct_sgemm(VectorForm form) {
@@ -62,7 +57,7 @@ void blas_sgemm_kernel(QRV_GEMM_PARAMETERS(float)) {
     if (*m <= 0 || *n <= 0)
         return;
     const VectorForm form = vector_form();
-    if (*k > 0 && *alpha != 0 && goes_direct(form, transposes(*transa), *m, *n, *k))
+    if (*k > 0 && *alpha != 0 && goes_direct(form, *m, *n, *k))
         return direct_sgemm(form)(QRV_GEMM_ARGUMENTS);
     blas_sgemm_by_plan(QRV_GEMM_ARGUMENTS);
 }
