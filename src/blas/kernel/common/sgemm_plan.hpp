@@ -69,7 +69,8 @@ GemmMode blas_sgemm_pick_mode(QRV_GEMM_PARAMETERS(float), GemmPlan<float>* plan)
 int blas_sgemm_blocked(QRV_GEMM_PARAMETERS(float), GemmMode mode, GemmPlan<float>* plan) {
     return blocked(QRV_GEMM_ARGUMENTS, mode, plan, sgemmFallback);
 }
-void blas_sgemm_kernel(QRV_GEMM_PARAMETERS(float)) {
+// The serial GEMM of a build that takes every problem to its plan.
+inline void planned_sgemm(QRV_GEMM_PARAMETERS(float)) {
     if (*m <= 0 || *n <= 0)
         return;
     GemmPlan<float> plan; // loading resets all that is read before it is set

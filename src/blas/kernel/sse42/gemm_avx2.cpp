@@ -3,6 +3,7 @@
 // 16 registers hold 3 panels x 2 slivers: 12 sums, two sliver steps, two rows of A. With 8 it is 3 x 1.
 #include "blas/kernel/common/vec8f.hpp"
 
+#include "blas/kernel/common/gemm_direct.hpp"
 #include "blas/kernel/common/gemm_pack_wide.hpp"
 #include "blas/kernel/common/gemm_wide.hpp"
 #include "blas/kernel/sse42/wide.hpp"
@@ -70,6 +71,10 @@ void use_form(GemmPlan<float>* plan) {
     plan->micro = micro;
     plan->smallFactor = sliverFactor;
     plan->microScalesC = true;
+}
+
+bool direct(QRV_GEMM_PARAMETERS(float)) {
+    return direct_gemm<DirectShape<Vec8f, 2, 6>>(QRV_GEMM_ARGUMENTS);
 }
 
 } // namespace qrv::kernel::sse42_avx2

@@ -5,6 +5,7 @@
 // 8 registers it is 3 x 2.
 #include "blas/kernel/common/vec16f.hpp"
 
+#include "blas/kernel/common/gemm_direct.hpp"
 #include "blas/kernel/common/gemm_pack_wide.hpp"
 #include "blas/kernel/common/gemm_wide.hpp"
 #include "blas/kernel/sse42/wide.hpp"
@@ -119,6 +120,10 @@ void use_form(GemmPlan<float>* plan) {
     plan->micro = micro;
     plan->smallFactor = sliverFactor;
     plan->microScalesC = true;
+}
+
+bool direct(QRV_GEMM_PARAMETERS(float)) {
+    return direct_gemm<DirectShape<Vec16f, 2, 12>>(QRV_GEMM_ARGUMENTS);
 }
 
 } // namespace qrv::kernel::sse42_avx512

@@ -2,13 +2,15 @@
 // and packed B are the plan's; the sliver needs more room, and the micro-kernel applies beta.
 #pragma once
 
-#include "blas/kernel/gemm_plan.hpp"
+#include "blas/kernel/kernels.hpp"
 
 // Each form is compiled for its own instruction set, so it has a namespace like a build of its own.
 #define QRV_DECLARE_WIDE_FORM(form)                                                                                    \
     namespace qrv::kernel::form {                                                                                      \
     /* Puts the form's routines into a plan of the sse42 row. */                                                       \
     void use_form(GemmPlan<float>* plan);                                                                              \
+    /* The whole product from the operands in place. False: it is not of that kind, and nothing was done. */           \
+    bool direct(QRV_GEMM_PARAMETERS(float));                                                                           \
     }
 
 QRV_DECLARE_WIDE_FORM(sse42_avx2)

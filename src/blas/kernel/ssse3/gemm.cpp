@@ -43,4 +43,8 @@ void blas_sgemm_plan_load(GemmPlan<float>* plan) {
     load_row(plan_row(qrv_serv_get_cpu_ma() != withoutSse41), plan);
 }
 
+void blas_sgemm_kernel(QRV_GEMM_PARAMETERS(float)) {
+    planned_sgemm(QRV_GEMM_ARGUMENTS);
+}
+
 } // namespace qrv::kernel::ssse3

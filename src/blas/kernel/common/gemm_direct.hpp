@@ -1,0 +1,249 @@
+// C := alpha*op(A)*op(B) + beta*C without packing, for operands that the caches hold: nothing is copied but a
+// transposed A.
+//
+//   tile     `vectors` vectors of rows x `columns` columns, one vector of sums for each pair of the two
+//   step     the rows of A from memory, any alignment, times one broadcast element of B for each column
+//   k        in blocks of depthBlock; inside a block every element of C sums in ascending order, in one chain
+//   reads    nothing outside the operands, C not at all if beta is 0; prefetches may name addresses past B
+//   C        any ldc, any alignment; only m x n elements are written
+#pragma once
+
+#include "blas/kernel/common/gemm_wide.hpp"
+#include "blas/kernel/kernels.hpp"
+#include "blas/matrix.hpp"
+#include "service/work_pool.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// The right operand: element (l, j) at data[l*step + j*column].
+struct DirectB {
+    const float* data;
+    std::ptrdiff_t step, column;
+
+    DirectB block(int l, int j) const { return {data + l * step + j * column, step, column}; }
+};
+
+template <class Vector_, int Vectors, int Columns>
+struct DirectShape {
+    using Vector = Vector_;
+    static constexpr int vectors = Vectors;
+    static constexpr int columns = Columns;
+    static constexpr int rows = Vectors * Vector::lanes;
+};
+
+// The sums of one tile. Edge: its last vector has fewer rows than lanes.
+template <class Vector, int Vectors, int Columns, bool Edge>
+QRV_INLINE void direct_sums(int k, const float* a, std::ptrdiff_t lda, const DirectB& b, int lastRows,
+                            Vector (&sum)[Columns][Vectors]) {
+    // Three columns share a pointer: the address of each is then one instruction's operand for any column distance.
+    constexpr int group = 3, groups = (Columns + group - 1) / group;
+    constexpr int line = 16; // steps that a line of B holds where its columns are contiguous
+    const float* pointer[groups];
+    QRV_UNROLL
+    for (int g = 0; g < groups; ++g)
+        pointer[g] = b.data + g * group * b.column;
+    for (int l = 0; l < k;) {
+        // The columns that come next. B stored by rows has them in the lines at hand.
+        if (b.step == 1)
+            QRV_UNROLL
+        for (int j = 0; j < Columns; ++j)
+            __builtin_prefetch(pointer[j / group] + (Columns + j % group) * b.column);
+        for (const int end = smaller(l + line, k); l < end; ++l) {
+            Vector x[Vectors];
+            QRV_UNROLL
+            for (int v = 0; v < Vectors; ++v)
+                x[v] = Edge && v == Vectors - 1 ? load_rows(a + v * Vector::lanes, lastRows)
+                                                : Vector::load(a + v * Vector::lanes);
+            QRV_UNROLL
+            for (int j = 0; j < Columns; ++j) {
+                const Vector y = Vector::splat(pointer[j / group][j % group * b.column]);
+                QRV_UNROLL
+                for (int v = 0; v < Vectors; ++v)
+                    sum[j][v] = multiply_add(x[v], y, sum[j][v]);
+            }
+            a += lda;
+            QRV_UNROLL
+            for (int g = 0; g < groups; ++g)
+                pointer[g] += b.step;
+        }
+    }
+}
+
+template <class Vector, int Vectors, int Columns, bool Edge>
+void direct_tile(int k, const float* a, std::ptrdiff_t lda, const DirectB& b, float alpha, const TileOfC& c) {
+    const int lastRows = Edge ? c.rows - (Vectors - 1) * Vector::lanes : Vector::lanes;
+    Vector sum[Columns][Vectors];
+    QRV_UNROLL
+    for (int j = 0; j < Columns; ++j) {
+        __builtin_prefetch(c.data + j * c.ld, 1);
+        __builtin_prefetch(c.data + j * c.ld + c.rows - 1, 1);
+        QRV_UNROLL
+        for (int v = 0; v < Vectors; ++v)
+            sum[j][v] = Vector::zero();
+    }
+    direct_sums<Vector, Vectors, Columns, Edge>(k, a, lda, b, lastRows, sum);
+    const Vector factor = Vector::splat(alpha), beta = Vector::splat(c.beta);
+    QRV_UNROLL
+    for (int j = 0; j < Columns; ++j) {
+        QRV_UNROLL
+        for (int v = 0; v < Vectors; ++v) {
+            float* out = c.data + j * c.ld + v * Vector::lanes;
+            const int rows = v == Vectors - 1 ? lastRows : Vector::lanes;
+            const Vector scaled = factor * sum[j][v];
+            store_rows(out, c.beta == 0 ? scaled : beta * load_rows(out, rows) + scaled, rows);
+        }
+    }
+}
+
+// The rows of A and of C that meet one group of columns of B.
+struct DirectRows {
+    int m, k;
+    const float* a;
+    std::ptrdiff_t lda;
+    float alpha;
+    TileOfC c; // all m rows
+};
+
+template <class Vector, int Vectors, int Columns>
+void direct_columns(const DirectRows& p, const DirectB& b) {
+    constexpr int rows = Vectors * Vector::lanes;
+    const auto tile = [&](int i, int count) { return TileOfC{p.c.data + i, p.c.ld, Columns, count, p.c.beta}; };
+    int i = 0;
+    for (; i + rows <= p.m; i += rows)
+        direct_tile<Vector, Vectors, Columns, false>(p.k, p.a + i, p.lda, b, p.alpha, tile(i, rows));
+    const int left = p.m - i;
+    if (left > Vector::lanes) {
+        if constexpr (Vectors == 2)
+            direct_tile<Vector, 2, Columns, true>(p.k, p.a + i, p.lda, b, p.alpha, tile(i, left));
+    } else if (left > 0) {
+        direct_tile<Vector, 1, Columns, true>(p.k, p.a + i, p.lda, b, p.alpha, tile(i, left));
+    }
+}
+
+// A tile of just the number of columns.
+template <class Vector, int Vectors, int Columns>
+void direct_columns_of(int columns, const DirectRows& p, const DirectB& b) {
+    if (columns == Columns)
+        direct_columns<Vector, Vectors, Columns>(p, b);
+    else if constexpr (Columns > 1)
+        direct_columns_of<Vector, Vectors, Columns - 1>(columns, p, b);
+}
+
+struct DirectProduct {
+    int m, n, k;
+    float alpha;
+    OpView<const float> a;
+    DirectB b;
+    float beta;
+    Matrix<float> c;
+};
+
+// Rows and steps of A that a pass over the columns of B keeps in the cache behind the innermost one.
+constexpr int directRows = 512;
+constexpr int directDepth = 256;
+constexpr int directAlignment = 64;
+// Bytes between columns of which few lines fit into the innermost cache side by side.
+constexpr int wayBytes = 4096;
+
+// Distance of the columns of op(A) in work memory, for m rows.
+template <class Vector>
+int copy_ld(int m) {
+    const int ld = round_up(smaller(m, directRows), Vector::lanes);
+    return ld * static_cast<int>(sizeof(float)) % (wayBytes / 2) == 0 ? ld + Vector::lanes : ld;
+}
+
+// op(A) := its m x k block into columns ld apart. Vectors may be filled up with copies of the last row.
+template <class Vector>
+void copy_block(const OpView<const float>& a, int m, int k, float* out, int ld) {
+    for (int i = 0; i < m; i += Vector::lanes) {
+        if (a.columns_contiguous()) {
+            const int rows = smaller(Vector::lanes, m - i);
+            for (int l = 0; l < k; ++l)
+                load_rows(a.at(i, l), rows).store(out + i + std::ptrdiff_t{l} * ld);
+            continue;
+        }
+        const float* row[Vector::lanes];
+        for (int r = 0; r < Vector::lanes; ++r)
+            row[r] = a.at(smaller(i + r, m - 1), 0);
+        for (int l = 0; l < k; l += kStep)
+            transpose_to_columns(row, l, smaller(kStep, k - l), out + i + std::ptrdiff_t{l} * ld, ld);
+    }
+}
+
+// Groups of columns differ by one at most: a narrow tile left over would wait for its few sums.
+template <class Shape>
+void multiply_direct(const DirectProduct& p, float* work) {
+    using Vector = typename Shape::Vector;
+    const int groups = (p.n + Shape::columns - 1) / Shape::columns;
+    const int narrowest = groups == 1 ? p.n : p.n / groups, wide = p.n - narrowest * groups;
+    const int workLd = copy_ld<Vector>(p.m);
+    for (int l = 0; l < p.k; l += directDepth)
+        for (int i = 0; i < p.m; i += directRows) {
+            DirectRows rows{smaller(directRows, p.m - i),
+                            smaller(directDepth, p.k - l),
+                            p.a.at(i, l),
+                            p.a.columnStride,
+                            p.alpha,
+                            {}};
+            if (work) {
+                OpView<const float> block = p.a;
+                block.data = p.a.at(i, l);
+                copy_block<Vector>(block, rows.m, rows.k, work, workLd);
+                rows.a = work;
+                rows.lda = workLd;
+            }
+            for (int g = 0, j = 0; g < groups; ++g) {
+                const int columns = g < wide ? narrowest + 1 : narrowest;
+                rows.c = {&p.c(i, j), p.c.ld, columns, rows.m, l == 0 ? p.beta : 1.0F};
+                direct_columns_of<Vector, Shape::vectors, Shape::columns>(columns, rows, p.b.block(l, j));
+                j += columns;
+            }
+        }
+}
+
+// Which products gain. Measured against the packed path: A in place wins while it stays in the outer cache, or is read
+// two or three times only; but columns of A a multiple of wayBytes apart push each other out of the caches. A
+// transposed costs a copy, which the columns of B must pay for. Fewer rows than a vector leave lanes idle; for small
+// problems that is still cheaper than to set up the packed path.
+constexpr int directRowsLeast = 12;
+constexpr int directColumnsCopied = 24;
+constexpr int directColumnsFew = 36;               // that three passes over A serve
+constexpr double directCached = 768.0 * 768;       // elements of A in place
+constexpr double directCachedCopied = 384.0 * 384; // of A transposed
+constexpr int directTiny = 32;                     // rows, columns and steps
+
+inline bool gains_in_place(bool transposedA, int m, int n, int k, int lda) {
+    if (m <= directTiny && n <= directTiny && k <= directTiny)
+        return true;
+    if (m < directRowsLeast)
+        return false;
+    const double sizeA = static_cast<double>(m) * k;
+    if (transposedA)
+        return n >= directColumnsCopied && sizeA <= directCachedCopied;
+    const bool conflicts = static_cast<std::size_t>(lda) * sizeof(float) % wayBytes == 0 && k > 16;
+    return !conflicts && (sizeA <= directCached || n <= directColumnsFew);
+}
+
+template <class Shape>
+bool direct_gemm(QRV_GEMM_PARAMETERS(float)) {
+    using Vector = typename Shape::Vector;
+    constexpr int noTranspose = 'N'; // its bits tell both cases of it from the other options
+    const bool transposedA = (*transa & noTranspose) != noTranspose;
+    const bool transposedB = (*transb & noTranspose) != noTranspose;
+    if (*k <= 0 || *alpha == 0 || !gains_in_place(transposedA, *m, *n, *k, *lda))
+        return false;
+    float* work = nullptr;
+    if (transposedA) {
+        const int depth = round_up(smaller(*k, directDepth), kStep);
+        work = static_cast<float*>(qrv_serv_allocate(sizeof(float) * copy_ld<Vector>(*m) * depth, directAlignment));
+        if (!work)
+            return false;
+    }
+    const DirectB opB{b, transposedB ? *ldb : 1, transposedB ? 1 : *ldb};
+    multiply_direct<Shape>({*m, *n, *k, *alpha, {a, *lda, transposedA}, opB, *beta, {c, *ldc}}, work);
+    if (work)
+        qrv_serv_deallocate(work);
+    return true;
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD
