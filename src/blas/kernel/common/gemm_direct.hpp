@@ -152,21 +152,15 @@ int copy_ld(int m) {
     return ld * static_cast<int>(sizeof(float)) % (wayBytes / 2) == 0 ? ld + Vector::lanes : ld;
 }
 
-// op(A) := its m x k block into columns ld apart. Vectors may be filled up with copies of the last row.
+// A transposed block as m x k, its columns ld apart. Vectors may be filled up with copies of the last row.
 template <class Vector>
-void copy_block(const OpView<const float>& a, int m, int k, float* out, int ld) {
+void copy_transposed(const float* a, std::ptrdiff_t lda, int m, int k, float* out, std::ptrdiff_t ld) {
     for (int i = 0; i < m; i += Vector::lanes) {
-        if (a.columns_contiguous()) {
-            const int rows = smaller(Vector::lanes, m - i);
-            for (int l = 0; l < k; ++l)
-                load_rows(a.at(i, l), rows).store(out + i + std::ptrdiff_t{l} * ld);
-            continue;
-        }
         const float* row[Vector::lanes];
         for (int r = 0; r < Vector::lanes; ++r)
-            row[r] = a.at(smaller(i + r, m - 1), 0);
+            row[r] = a + smaller(i + r, m - 1) * lda;
         for (int l = 0; l < k; l += kStep)
-            transpose_to_columns(row, l, smaller(kStep, k - l), out + i + std::ptrdiff_t{l} * ld, ld);
+            transpose_to_columns(row, l, smaller(kStep, k - l), out + i + l * ld, ld);
     }
 }
 
@@ -179,22 +173,16 @@ void multiply_direct(const DirectProduct& p, float* work) {
     const int workLd = copy_ld<Vector>(p.m);
     for (int l = 0; l < p.k; l += directDepth)
         for (int i = 0; i < p.m; i += directRows) {
-            DirectRows rows{smaller(directRows, p.m - i),
-                            smaller(directDepth, p.k - l),
-                            p.a.at(i, l),
-                            p.a.columnStride,
-                            p.alpha,
-                            {}};
+            const int m = smaller(directRows, p.m - i), k = smaller(directDepth, p.k - l);
+            DirectRows rows{m, k, p.a.at(i, l), p.a.columnStride, p.alpha, {}};
             if (work) {
-                OpView<const float> block = p.a;
-                block.data = p.a.at(i, l);
-                copy_block<Vector>(block, rows.m, rows.k, work, workLd);
+                copy_transposed<Vector>(rows.a, p.a.rowStride, m, k, work, workLd);
                 rows.a = work;
                 rows.lda = workLd;
             }
             for (int g = 0, j = 0; g < groups; ++g) {
                 const int columns = g < wide ? narrowest + 1 : narrowest;
-                rows.c = {&p.c(i, j), p.c.ld, columns, rows.m, l == 0 ? p.beta : 1.0F};
+                rows.c = {&p.c(i, j), p.c.ld, columns, m, l == 0 ? p.beta : 1.0F};
                 direct_columns_of<Vector, Shape::vectors, Shape::columns>(columns, rows, p.b.block(l, j));
                 j += columns;
             }

@@ -74,7 +74,7 @@ void use_form(GemmPlan<float>* plan) {
 }
 
 bool direct(QRV_GEMM_PARAMETERS(float)) {
-    return direct_gemm<DirectShape<Vec8f, 2, 6>>(QRV_GEMM_ARGUMENTS);
+    return direct_gemm<DirectShape<Vec8f, manyRegisters ? 2 : 1, 6>>(QRV_GEMM_ARGUMENTS);
 }
 
 } // namespace qrv::kernel::sse42_avx2

@@ -72,21 +72,10 @@ struct QuadSliver {
     }
 };
 
-template <bool ManyRegisters>
-struct Shapes { // 64-bit mode
-    using Wide = TileShape<SliverPair, 4, 2>;
-    using Middle = TileShape<SliverPair, 4, 1>;
-    using Narrow = TileShape<QuadSliver, 8, 1>;
-};
-template <>
-struct Shapes<false> {
-    using Wide = TileShape<SliverPair, 3, 1>;
-    using Middle = Wide;
-    using Narrow = TileShape<QuadSliver, 6, 1>;
-};
-using Wide = Shapes<sizeof(void*) == 8>::Wide;
-using Middle = Shapes<sizeof(void*) == 8>::Middle;
-using Narrow = Shapes<sizeof(void*) == 8>::Narrow;
+constexpr bool manyRegisters = sizeof(void*) == 8;
+using Wide = TileShape<SliverPair, manyRegisters ? 4 : 3, manyRegisters ? 2 : 1>;
+using Middle = TileShape<SliverPair, manyRegisters ? 4 : 3, 1>;
+using Narrow = TileShape<QuadSliver, manyRegisters ? 8 : 6, 1>;
 constexpr int sliverFactor = 8; // sliver floats per float of B, four columns counted
 static_assert(Wide::sliverStep <= quadColumns * sliverFactor && Middle::sliverStep <= quadColumns * sliverFactor &&
               Narrow::sliverStep <= quadColumns * sliverFactor);
@@ -123,7 +112,7 @@ void use_form(GemmPlan<float>* plan) {
 }
 
 bool direct(QRV_GEMM_PARAMETERS(float)) {
-    return direct_gemm<DirectShape<Vec16f, 2, 12>>(QRV_GEMM_ARGUMENTS);
+    return direct_gemm<DirectShape<Vec16f, 2, manyRegisters ? 12 : 3>>(QRV_GEMM_ARGUMENTS);
 }
 
 } // namespace qrv::kernel::sse42_avx512
