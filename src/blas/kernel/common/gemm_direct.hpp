@@ -70,7 +70,7 @@ QRV_INLINE void direct_sums(int k, const float* a, std::ptrdiff_t lda, const Dir
 }
 
 template <class Vector, int Vectors, int Columns, bool Edge>
-void direct_tile(int k, const float* a, std::ptrdiff_t lda, const DirectB& b, float alpha, const TileOfC& c) {
+void direct_tile(int k, const float* a, std::ptrdiff_t lda, const DirectB& b, float alpha, TileOfC c) {
     const int lastRows = Edge ? c.rows - (Vectors - 1) * Vector::lanes : Vector::lanes;
     Vector sum[Columns][Vectors];
     QRV_UNROLL
@@ -83,6 +83,7 @@ void direct_tile(int k, const float* a, std::ptrdiff_t lda, const DirectB& b, fl
     }
     direct_sums<Vector, Vectors, Columns, Edge>(k, a, lda, b, lastRows, sum);
     const Vector factor = Vector::splat(alpha), beta = Vector::splat(c.beta);
+    const bool readsC = c.beta != 0;
     QRV_UNROLL
     for (int j = 0; j < Columns; ++j) {
         QRV_UNROLL
@@ -90,7 +91,10 @@ void direct_tile(int k, const float* a, std::ptrdiff_t lda, const DirectB& b, fl
             float* out = c.data + j * c.ld + v * Vector::lanes;
             const int rows = v == Vectors - 1 ? lastRows : Vector::lanes;
             const Vector scaled = factor * sum[j][v];
-            store_rows(out, c.beta == 0 ? scaled : beta * load_rows(out, rows) + scaled, rows);
+            if (readsC)
+                store_rows(out, beta * load_rows(out, rows) + scaled, rows);
+            else
+                store_rows(out, scaled, rows);
         }
     }
 }

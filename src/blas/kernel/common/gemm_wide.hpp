@@ -182,7 +182,7 @@ struct TileSums {
     }
 };
 
-// The tile of C that a register tile updates.
+// The tile of C that a register tile updates. Passed by value: a copy of one's own cannot change under a store to C.
 struct TileOfC {
     float* data;
     std::ptrdiff_t ld;
@@ -206,6 +206,7 @@ QRV_INLINE void update_columns(const TileSums<Shape>& tile, int v, int first, co
     using Vector = typename Shape::Vector;
     using Spread = typename Shape::Spread;
     const Vector beta = Vector::splat(c.beta);
+    const bool readsC = c.beta != 0;
     QRV_UNROLL
     for (int part = 0; part < tile.parts; ++part) {
         Vector x[Vector::quads];
@@ -219,17 +220,14 @@ QRV_INLINE void update_columns(const TileSums<Shape>& tile, int v, int first, co
             if (j >= c.columns)
                 continue;
             float* out = c.data + j * c.ld + panelRows * first;
-            if (c.beta == 0)
-                store_rows(out, x[q], rows);
-            else
-                store_rows(out, beta * load_rows(out, rows) + x[q], rows);
+            store_rows(out, readsC ? beta * load_rows(out, rows) + x[q] : x[q], rows);
         }
     }
 }
 
 // One register tile: Shape::rows rows (fewer only with Edge) and the first columns of the sliver.
 template <class Shape, bool Edge>
-void multiply_tile(const float* a, std::ptrdiff_t aStride, const float* sliver, int kp, const TileOfC& c) {
+void multiply_tile(const float* a, std::ptrdiff_t aStride, const float* sliver, int kp, TileOfC c) {
     using Vector = typename Shape::Vector;
     constexpr int group = Shape::Spread::rowsAtOnce;
     const int lastRows = c.rows - panelRows * (Shape::panels - 1);
