@@ -240,12 +240,8 @@ void multiply_tile(const float* a, std::ptrdiff_t aStride, const float* sliver, 
     TileSums<Shape> tile;
     tile.clear();
     const std::ptrdiff_t end = std::ptrdiff_t{kp} * panelRows;
-    for (std::ptrdiff_t l = 0; l < end; l += kStep * panelRows) {
-        QRV_UNROLL
-        for (int s = 0; s < kStep; ++s)
-            tile.template add_step<Edge>(panel, l + s * panelRows, sliver + s * Shape::sliverStep, mask);
-        sliver += kStep * Shape::sliverStep;
-    }
+    for (std::ptrdiff_t l = 0; l < end; l += panelRows, sliver += Shape::sliverStep)
+        tile.template add_step<Edge>(panel, l, sliver, mask);
     QRV_UNROLL
     for (int v = 0; v < Shape::vectors; ++v)
         QRV_UNROLL
