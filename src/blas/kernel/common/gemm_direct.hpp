@@ -193,27 +193,36 @@ void multiply_direct(const DirectProduct& p, float* work) {
         }
 }
 
-// Which products gain. Measured against the packed path: A in place wins while it stays in the outer cache, or is read
-// two or three times only; but columns of A a multiple of wayBytes apart push each other out of the caches. A
-// transposed costs a copy, which the columns of B must pay for. Fewer rows than a vector leave lanes idle; for small
-// problems that is still cheaper than to set up the packed path.
-constexpr int directRowsLeast = 12;
-constexpr int directColumnsCopied = 24;
-constexpr int directColumnsFew = 36;               // that three passes over A serve
-constexpr double directCached = 768.0 * 768;       // elements of A in place
-constexpr double directCachedCopied = 384.0 * 384; // of A transposed
-constexpr int directTiny = 32;                     // rows, columns and steps
+// Which products gain, measured against the packed path.
+constexpr int directRowsMost = 256;    // of A in place, whatever the other sizes are
+constexpr int directRowsNarrow = 96;   // the same where a tile's columns are a small part of a line
+constexpr int directTiny = 32;         // rows, columns and steps up to which it always pays
+constexpr int directRowsLeast = 12;    // fewer leave too many lanes idle
+constexpr int directColumnsLeast = 24; // that pay for the copy of a transposed A
+constexpr int directColumns = 64;      // A in place is read few enough times
+constexpr int directColumnsWide = 12;  // columns of a tile that use most of a line
+constexpr int directColumnsShallow = 256;
+constexpr int directMiddling = 400; // rows, columns and steps
+constexpr int directConflicts = 16; // lines apart by a multiple of wayBytes that still live side by side
 
-inline bool gains_in_place(bool transposedA, int m, int n, int k, int lda) {
+template <class Shape>
+bool gains_in_place(bool transposedA, bool transposedB, int m, int n, int k, int lda, int ldb) {
     if (m <= directTiny && n <= directTiny && k <= directTiny)
         return true;
-    if (m < directRowsLeast)
+    const auto conflicting = [k](int ld) { return k > directConflicts && ld % (wayBytes / int{sizeof(float)}) == 0; };
+    if (m < directRowsLeast || (transposedB && conflicting(ldb) && m > Shape::rows))
         return false;
-    const double sizeA = static_cast<double>(m) * k;
+    const bool narrow = (transposedA || transposedB) && Shape::columns < directColumnsWide;
+    const int rowsMost = narrow ? directRowsNarrow : directRowsMost;
     if (transposedA)
-        return n >= directColumnsCopied && sizeA <= directCachedCopied;
-    const bool conflicts = static_cast<std::size_t>(lda) * sizeof(float) % wayBytes == 0 && k > 16;
-    return !conflicts && (sizeA <= directCached || n <= directColumnsFew);
+        return n >= directColumnsLeast && m <= rowsMost;
+    if (conflicting(lda))
+        return false;
+    if (m <= rowsMost || n <= directColumns)
+        return true;
+    const bool shallow = n <= directColumnsShallow && k <= directColumnsShallow;
+    const bool middling = m <= directMiddling && n <= directMiddling && k <= directMiddling && !transposedB;
+    return !narrow && (shallow || middling);
 }
 
 template <class Shape>
@@ -222,7 +231,7 @@ bool direct_gemm(QRV_GEMM_PARAMETERS(float)) {
     constexpr int noTranspose = 'N'; // its bits tell both cases of it from the other options
     const bool transposedA = (*transa & noTranspose) != noTranspose;
     const bool transposedB = (*transb & noTranspose) != noTranspose;
-    if (*k <= 0 || *alpha == 0 || !gains_in_place(transposedA, *m, *n, *k, *lda))
+    if (*k <= 0 || *alpha == 0 || !gains_in_place<Shape>(transposedA, transposedB, *m, *n, *k, *lda, *ldb))
         return false;
     float* work = nullptr;
     if (transposedA) {
