@@ -44,7 +44,7 @@ QRV_INLINE void direct_sums(int k, const float* a, std::ptrdiff_t lda, const Dir
         pointer[g] = b.data + g * group * b.column;
     for (int l = 0; l < k;) {
         // The columns that come next. B stored by rows has them in the lines at hand.
-        if (b.step == 1)
+        if (b.step == 1 && k > line)
             QRV_UNROLL
         for (int j = 0; j < Columns; ++j)
             __builtin_prefetch(pointer[j / group] + (Columns + j % group) * b.column);
@@ -146,6 +146,7 @@ struct DirectProduct {
 constexpr int directRows = 512;
 constexpr int directDepth = 256;
 constexpr int directAlignment = 64;
+constexpr int directOnStack = 2048; // floats of work memory that are not worth an allocation
 // Bytes between columns of which few lines fit into the innermost cache side by side.
 constexpr int wayBytes = 4096;
 
@@ -233,17 +234,23 @@ bool direct_gemm(QRV_GEMM_PARAMETERS(float)) {
     const bool transposedB = (*transb & noTranspose) != noTranspose;
     if (*k <= 0 || *alpha == 0 || !gains_in_place<Shape>(transposedA, transposedB, *m, *n, *k, *lda, *ldb))
         return false;
-    float* work = nullptr;
-    if (transposedA) {
-        const int depth = round_up(smaller(*k, directDepth), kStep);
-        work = static_cast<float*>(qrv_serv_allocate(sizeof(float) * copy_ld<Vector>(*m) * depth, directAlignment));
-        if (!work)
-            return false;
-    }
     const DirectB opB{b, transposedB ? *ldb : 1, transposedB ? 1 : *ldb};
-    multiply_direct<Shape>({*m, *n, *k, *alpha, {a, *lda, transposedA}, opB, *beta, {c, *ldc}}, work);
-    if (work)
-        qrv_serv_deallocate(work);
+    const DirectProduct product{*m, *n, *k, *alpha, {a, *lda, transposedA}, opB, *beta, {c, *ldc}};
+    if (!transposedA) {
+        multiply_direct<Shape>(product, nullptr);
+        return true;
+    }
+    const int floats = copy_ld<Vector>(*m) * round_up(smaller(*k, directDepth), kStep);
+    if (floats <= directOnStack) {
+        alignas(directAlignment) float work[directOnStack];
+        multiply_direct<Shape>(product, work);
+        return true;
+    }
+    void* work = qrv_serv_allocate(sizeof(float) * floats, directAlignment);
+    if (!work)
+        return false;
+    multiply_direct<Shape>(product, static_cast<float*>(work));
+    qrv_serv_deallocate(work);
     return true;
 }
 
