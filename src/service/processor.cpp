@@ -58,15 +58,17 @@ std::uint32_t extended_state() {
     return low;
 }
 
-VectorForm detect_vector_form() {
 #ifdef QRV_WIDE_KERNELS
+constexpr bool wideKernels = true;
+#else
+constexpr bool wideKernels = false;
+#endif
+
+VectorForm detect_vector_form() {
     constexpr std::uint32_t featureLeaf = 7;
-    if (!has_cpuid() || cpuid(0).eax < featureLeaf)
+    if (!wideKernels || !has_cpuid() || cpuid(0).eax < featureLeaf)
         return VectorForm::sse;
     return vector_form_of(cpuid(1), cpuid(featureLeaf), extended_state());
-#else
-    return VectorForm::sse;
-#endif
 }
 
 const CacheList& caches() {

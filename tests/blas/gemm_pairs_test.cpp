@@ -1,9 +1,10 @@
-// The SGEMM of the ssse3 build that takes k in pairs: its layouts float by float, its micro-kernel, and the whole
-// product through the blocked core. A processor that has SSE4.1 never chooses this row by itself.
+// The SGEMM of the ssse3 build that takes k in pairs: its layouts float by float and its micro-kernel. A processor that
+// has SSE4.1 never chooses this row by itself, so it is loaded by number.
 #include <gtest/gtest.h>
 
 #include "blas/kernel/gemm_plan_pieces.hpp"
 #include "support/builds.hpp"
+#include "support/guard_page.hpp"
 #include "support/packing.hpp"
 
 namespace qrv::test {
@@ -38,7 +39,7 @@ protected:
 
 TEST_F(GemmPairs, PackedAStandsInPairsOfSteps) {
     for (const char option : options)
-        for (int m = 1; m <= 10; ++m)
+        for (const int m : {1, 2, 3, 4, 5, 6, 7, 8, 15, 16, 17, 23, 37})
             for (const int k : {1, 2, 3, 4, 5, 8, 9, 33})
                 for (const float alpha : {1.0F, -0.75F, infinity}) {
                     const GuardedMatrix a = operand(option, m, k);
@@ -59,7 +60,7 @@ TEST_F(GemmPairs, PackedAStandsInPairsOfSteps) {
 
 TEST_F(GemmPairs, PackedBStandsInPairsOfSteps) {
     for (const char option : options)
-        for (int n = 1; n <= 7; ++n)
+        for (const int n : {1, 2, 3, 4, 7, 15, 16, 17, 37})
             for (const int k : {1, 2, 3, 4, 5, 8, 9, 33}) {
                 const GuardedMatrix b = operand(option, k, n);
                 const int stride = 2 * even(k) + 4;
@@ -152,6 +153,34 @@ TEST_F(GemmPairsMicro, DeepBlocks) {
             for (const char transb : options)
                 for (const int k : {254, 255, 256, 257, 258, 287, 288, 511, 512, 513, 546})
                     check({transa, transb, form, 14, 15, k, 1, 3});
+}
+
+TEST_F(GemmPairsMicro, NothingIsTouchedOutsideTheOperands) {
+    for (const bool atFront : {false, true})
+        for (const bool transposed : {false, true})
+            for (const int m : {1, 2, 3, 4, 7, 16, 21})
+                for (const int n : {1, 2, 3, 5, 8, 15, 18})
+                    for (const int k : {1, 2, 3, 8, 33}) {
+                        FencedOperand a(transposed, m, k, atFront), b(transposed, k, n, atFront);
+                        FencedOperand c(false, m, n, atFront), before(false, m, n, false);
+                        const int kp = even(k), aStride = 4 * kp, bStride = 2 * kp;
+                        const float alpha = 2;
+                        PackBuffer aPacked(static_cast<std::size_t>((m + 3) / 4 * aStride));
+                        PackBuffer bPacked(static_cast<std::size_t>((n + 1) / 2 * bStride));
+                        PackBuffer sliver(static_cast<std::size_t>(16 * kp));
+                        (transposed ? plan.copyAT : plan.copyAN)(&m, &k, a.data(), a.ld(), aPacked.data(), &aStride,
+                                                                 &alpha);
+                        (transposed ? plan.copyBT : plan.copyBN)(&k, &n, b.data(), b.ld(), bPacked.data(), &bStride);
+                        plan.micro("N", transposed ? "T" : "N", &m, &n, &k, &alpha, aPacked.data(), &aStride, b.data(),
+                                   b.ld(), &alpha, c.data(), c.ld(), sliver.data(), MicroForm::directB);
+                        for (int j = 0; j < n; ++j)
+                            for (int i = 0; i < m; ++i) {
+                                float sum = before(i, j);
+                                for (int l = 0; l < k; ++l)
+                                    sum += 2 * a(i, l) * b(l, j);
+                                ASSERT_EQ(c(i, j), sum) << transposed << " m=" << m << " n=" << n << " k=" << k;
+                            }
+                    }
 }
 
 TEST_F(GemmPairsMicro, OnlyNMeansNoTranspose) {

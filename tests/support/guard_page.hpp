@@ -37,4 +37,24 @@ private:
     float* data_;
 };
 
+// op(X) of the given size without a gap between its columns, so that what must not be touched begins right behind
+// its last element, or with `atFront` ends right before its first. Elements are small whole numbers.
+class FencedOperand {
+public:
+    FencedOperand(bool transposed, int rows, int columns, bool atFront)
+        : rows_(transposed ? columns : rows), columns_(transposed ? rows : columns), transposed_(transposed),
+          storage_(static_cast<std::size_t>(rows_ * columns_), atFront) {
+        for (int p = 0; p < rows_ * columns_; ++p)
+            storage_.data()[p] = static_cast<float>(p % 7 - 3);
+    }
+    float* data() { return storage_.data(); }
+    const int* ld() const { return &rows_; }
+    float operator()(int i, int j) { return transposed_ ? data()[j + i * rows_] : data()[i + j * rows_]; }
+
+private:
+    int rows_, columns_;
+    bool transposed_;
+    GuardPageArray storage_;
+};
+
 } // namespace qrv::test

@@ -43,6 +43,14 @@ public:
         return *this;
     }
 
+    // The elements of a matrix of the same size.
+    GuardedMatrix& assign(const GuardedMatrix& other) {
+        for (int j = 0; j < columns_; ++j)
+            for (int i = 0; i < rows_; ++i)
+                (*this)(i, j) = other(i, j);
+        return *this;
+    }
+
     // Whether every float outside the matrix still holds the canary.
     bool guards_intact() const {
         std::size_t inside = 0;
@@ -70,30 +78,51 @@ inline bool is_transposed(char option) {
     return option != 'N' && option != 'n';
 }
 
-// Largest error of C against alpha*op(A)*op(B) + beta*C0 in double, in units of the rounding that a sum of k + 2
-// terms of that size may have: at most about 1 for a good product. NaN if an element that should be finite is not.
+// alpha*op(A)*op(B) + beta*C0 in double, to compare one or several results with.
+class GemmReference {
+public:
+    GemmReference(char transa, char transb, int k, float alpha, const GuardedMatrix& a, const GuardedMatrix& b,
+                  float beta, const GuardedMatrix& before)
+        : rows_(before.rows()), columns_(before.columns()) {
+        constexpr double unit = std::numeric_limits<float>::epsilon() / 2;
+        for (int j = 0; j < columns_; ++j)
+            for (int i = 0; i < rows_; ++i) {
+                double sum = 0, size = 0;
+                for (int l = 0; l < k; ++l) {
+                    const double x = is_transposed(transa) ? a(l, i) : a(i, l);
+                    const double y = is_transposed(transb) ? b(j, l) : b(l, j);
+                    sum += x * y;
+                    size += std::abs(x * y);
+                }
+                const double scaled = beta == 0 ? 0 : static_cast<double>(beta) * before(i, j);
+                expected_.push_back(alpha * sum + scaled);
+                allowed_.push_back(unit * ((k + 3) * std::abs(alpha) * size + 2 * std::abs(scaled)) +
+                                   std::numeric_limits<float>::denorm_min());
+            }
+    }
+
+    // Largest error of C in units of the rounding that a sum of k + 2 terms of that size may have: at most about 1
+    // for a good product. NaN if an element that should be finite is not.
+    double error(const GuardedMatrix& c) const {
+        double worst = 0;
+        std::size_t p = 0;
+        for (int j = 0; j < columns_; ++j)
+            for (int i = 0; i < rows_; ++i, ++p) {
+                const double error = std::abs(c(i, j) - expected_[p]) / allowed_[p];
+                if (!(error <= worst))
+                    worst = error;
+            }
+        return worst;
+    }
+
+private:
+    int rows_, columns_;
+    std::vector<double> expected_, allowed_; // by columns
+};
+
 inline double gemm_error(char transa, char transb, int k, float alpha, const GuardedMatrix& a, const GuardedMatrix& b,
                          float beta, const GuardedMatrix& before, const GuardedMatrix& c) {
-    constexpr double unit = std::numeric_limits<float>::epsilon() / 2;
-    double worst = 0;
-    for (int j = 0; j < c.columns(); ++j)
-        for (int i = 0; i < c.rows(); ++i) {
-            double sum = 0, size = 0;
-            for (int l = 0; l < k; ++l) {
-                const double x = is_transposed(transa) ? a(l, i) : a(i, l);
-                const double y = is_transposed(transb) ? b(j, l) : b(l, j);
-                sum += x * y;
-                size += std::abs(x * y);
-            }
-            const double scaled = beta == 0 ? 0 : static_cast<double>(beta) * before(i, j);
-            const double expected = alpha * sum + scaled;
-            const double allowed = unit * ((k + 3) * std::abs(alpha) * size + 2 * std::abs(scaled)) +
-                                   std::numeric_limits<float>::denorm_min();
-            const double error = std::abs(c(i, j) - expected) / allowed;
-            if (!(error <= worst))
-                worst = error;
-        }
-    return worst;
+    return GemmReference(transa, transb, k, alpha, a, b, beta, before).error(c);
 }
 
 } // namespace qrv::test

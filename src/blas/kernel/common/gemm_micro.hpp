@@ -1,7 +1,7 @@
 // The micro-kernel of the plan-driven SGEMM in 128-bit registers: C += packed A * B for a block of A panels.
 // alpha is in A already and beta in C, so the kernel only adds.
 //
-//   tile     4 x 4, or in 64-bit mode two of them on top of each other; 4 x 2 for the last one or two columns
+//   tile     4 x 4, in 64-bit mode two of them on top of each other; of the last columns 4 x 2; of the last rows less
 //   A        panels of 4 rows, `aStride` floats apart, 4 floats a step, 16-byte aligned, zero steps up to a multiple
 //            of 4; in the last panel only the lanes of existing rows are read
 //   B        packed form: panels of 4 columns, `ldb` floats apart, the last as the packing leaves it; kp is padded
@@ -34,10 +34,6 @@ constexpr int prefetchA = 384;   // floats ahead of the step: 1536 bytes, and th
 constexpr int prefetchLine = 16; // floats
 constexpr int prefetchC = 4;     // floats on from the tile's first row
 
-inline void prefetch(const float* p) {
-    _mm_prefetch(reinterpret_cast<const char*>(p), _MM_HINT_T0);
-}
-
 // Two floats, twice: a load without a shuffle.
 inline Vec4f load_pair(const float* p) {
     return {_mm_castpd_ps(_mm_loaddup_pd(reinterpret_cast<const double*>(p)))};
@@ -51,14 +47,19 @@ Vec4f load_upper_rows(const float* a) {
 }
 template <int rows>
 Vec4f load_lower_rows(const float* a) {
-    static_assert(rows > 2);
-    return rows == 3 ? Vec4f::splat(a[2]) : load_pair(a + 2);
+    return rows < 3 ? Vec4f::zero() : rows == 3 ? Vec4f::splat(a[2]) : load_pair(a + 2);
 }
 
 // Running sums of two columns: r0c0 r1c0 r0c1 r1c1, and if there are more than two rows r2c0 r3c0 r2c1 r3c1.
+template <int rows>
 struct ColumnPair {
     Vec4f upper = Vec4f::zero(), lower = Vec4f::zero();
 
+    void add_step(Vec4f a01, Vec4f a23, Vec4f b) {
+        upper = upper + a01 * b;
+        if constexpr (rows > 2)
+            lower = lower + a23 * b;
+    }
     Vec4f first() const { return low_halves(upper, lower); }
     Vec4f second() const { return high_halves(upper, lower); }
 };
@@ -66,21 +67,13 @@ struct ColumnPair {
 // Running sums of a tile of up to 4 x 4.
 template <int rows, int columns>
 struct Tile {
-    ColumnPair left, right;
+    ColumnPair<rows> left, right;
 
     void add_step(const float* a, const float* sliver) {
-        const Vec4f left01 = Vec4f::load_aligned(sliver);
-        const Vec4f right01 = columns > 2 ? Vec4f::load_aligned(sliver + 4) : left01;
-        const Vec4f a01 = load_upper_rows<rows>(a);
-        left.upper = left.upper + a01 * left01;
+        const Vec4f a01 = load_upper_rows<rows>(a), a23 = load_lower_rows<rows>(a);
+        left.add_step(a01, a23, Vec4f::load_aligned(sliver));
         if constexpr (columns > 2)
-            right.upper = right.upper + a01 * right01;
-        if constexpr (rows > 2) {
-            const Vec4f a23 = load_lower_rows<rows>(a);
-            left.lower = left.lower + a23 * left01;
-            if constexpr (columns > 2)
-                right.lower = right.lower + a23 * right01;
-        }
+            right.add_step(a01, a23, Vec4f::load_aligned(sliver + 4));
     }
 
     // `aligned` says that all columns of C begin at 16-byte boundaries.
@@ -114,17 +107,19 @@ void prefetch_tile(Matrix<float> c) {
         prefetch(c.column(j) + prefetchC);
 }
 
-// One panel, or two below each other, times one sliver.
-template <int upperRows, int lowerRows, int columns>
+// One panel, or two and perhaps a single row below each other, times one sliver.
+template <int upperRows, int lowerRows, int edgeRows, int columns>
 void multiply_tile(int kp, const float* a, std::ptrdiff_t aStride, const float* sliver, Matrix<float> c, bool aligned) {
     constexpr int width = sliver_step(columns);
     Tile<upperRows, columns> upper;
     Tile<lowerRows, columns> lower;
+    Tile<edgeRows, columns> edge;
     // A loop of its own: straight-line code for several steps makes compilers spill the sums.
     const auto add_four_steps = [&](int first) {
         for (int l = first; l < first + 4; ++l) {
             upper.add_step(a + l * tileRows, sliver + l * width);
             lower.add_step(a + aStride + l * tileRows, sliver + l * width);
+            edge.add_step(a + 2 * aStride + l * tileRows, sliver + l * width);
         }
     };
     prefetch_tile<columns>(c);
@@ -139,41 +134,46 @@ void multiply_tile(int kp, const float* a, std::ptrdiff_t aStride, const float* 
         add_four_steps(l);
     upper.add_to(c, aligned);
     lower.add_to(c.block(tileRows, 0), aligned);
+    edge.add_to(c.block(2 * tileRows, 0), aligned);
 }
 
 // All rows of the block times one sliver.
 template <int columns>
 void multiply_column_group(int m, int kp, const float* a, std::ptrdiff_t aStride, const float* sliver, Matrix<float> c,
                            bool aligned) {
-    const auto multiply = [&](auto upperRows, auto lowerRows) {
-        multiply_tile<upperRows(), lowerRows(), columns>(kp, a, aStride, sliver, c, aligned);
+    const auto multiply = [&](auto upperRows, auto lowerRows, auto edgeRows) {
+        multiply_tile<upperRows(), lowerRows(), edgeRows(), columns>(kp, a, aStride, sliver, c, aligned);
     };
     constexpr Lanes<0> none;
     constexpr Lanes<4> full;
     constexpr int panels = pairTiles ? 2 : 1;
-    for (; m >= panels * tileRows; m -= panels * tileRows) {
+    // One row alone is one chain of additions and waits for each; with a pair of tiles it costs little.
+    const auto row_below_pair = [](int rows) { return pairTiles && rows == 2 * tileRows + 1; };
+    for (; m >= panels * tileRows && !row_below_pair(m); m -= panels * tileRows) {
         if constexpr (pairTiles)
-            multiply(full, full);
+            multiply(full, full, none);
         else
-            multiply(full, none);
+            multiply(full, none, none);
         a += panels * aStride;
         c = c.block(panels * tileRows, 0);
     }
     switch (m) {
+    case 9:
+        return multiply(full, full, Lanes<1>());
     case 7:
-        return multiply(full, Lanes<3>());
+        return multiply(full, Lanes<3>(), none);
     case 6:
-        return multiply(full, Lanes<2>());
+        return multiply(full, Lanes<2>(), none);
     case 5:
-        return multiply(full, Lanes<1>());
+        return multiply(full, Lanes<1>(), none);
     case 4:
-        return multiply(full, none);
+        return multiply(full, none, none);
     case 3:
-        return multiply(Lanes<3>(), none);
+        return multiply(Lanes<3>(), none, none);
     case 2:
-        return multiply(Lanes<2>(), none);
+        return multiply(Lanes<2>(), none, none);
     case 1:
-        return multiply(Lanes<1>(), none);
+        return multiply(Lanes<1>(), none, none);
     }
 }
 

@@ -25,31 +25,46 @@ constexpr int packGroup = 4; // panels packed together, so that a 64-byte line o
 struct Scaled {
     float alpha;
     Vec4f operator()(Vec4f x) const { return x * Vec4f::splat(alpha); }
-    float operator()(float x) const { return x * alpha; }
 };
 struct Unscaled {
     Vec4f operator()(Vec4f x) const { return x; }
-    float operator()(float x) const { return x; }
 };
 
-// Steps `from` to `to` of one panel become zero; `stored` of the `width` floats of a step are written.
-inline void zero_steps(float* panel, int from, int to, int width, int stored) {
-    for (int l = from; l < to; ++l)
-        for (int lane = 0; lane < stored; ++lane)
-            panel[l * width + lane] = 0;
-}
+// A panel of 1 to 4 lanes: floats from step to step, and how many of them are written; the ones without a lane are 0.
+template <int laneCount, int stepWidth, int storedFloats>
+struct PanelShape {
+    static constexpr int lanes = laneCount;
 
-// Full panels whose lanes lie side by side: `panels` of them at a time, four steps at a time.
-template <int panels, class Scale>
+    static Vec4f load(const float* p) { return load_first<lanes>(p); }
+    static void store(float* panel, int l, Vec4f x) {
+        float* step = panel + l * stepWidth;
+        if constexpr (storedFloats == 4)
+            x.store_aligned(step);
+        else
+            store_first<storedFloats>(step, x);
+    }
+    // From step k on, to the depth that is filled up.
+    static void store_zeros(float* panel, int k) {
+        for (int l = k; l < round_up(k, packUnit); ++l)
+            store(panel, l, Vec4f::zero());
+    }
+};
+using FullPanel = PanelShape<4, 4, 4>;
+template <int lanes>
+using LastPanelOfA = PanelShape<lanes, 4, lanes>;
+template <int lanes>
+using LastPanelOfB = PanelShape<lanes, (lanes == 3 ? 4 : 2), (lanes == 3 ? 4 : 2)>;
+
+// Panels whose lanes lie side by side: `panels` of them, `stride` apart, four steps at a time.
+template <class Shape, int panels, class Scale>
 void pack_side_by_side(int k, const float* x, std::ptrdiff_t ld, float* out, std::ptrdiff_t stride, Scale scale) {
     const auto copy_step = [&](int l) {
         const float* source = x + l * ld;
-        float* step = out + l * packUnit;
-        scale(Vec4f::load(source)).store_aligned(step);
+        Shape::store(out, l, scale(Shape::load(source)));
         if constexpr (panels == packGroup) {
-            scale(Vec4f::load(source + 4)).store_aligned(step + stride);
-            scale(Vec4f::load(source + 8)).store_aligned(step + 2 * stride);
-            scale(Vec4f::load(source + 12)).store_aligned(step + 3 * stride);
+            Shape::store(out + stride, l, scale(Shape::load(source + 4)));
+            Shape::store(out + 2 * stride, l, scale(Shape::load(source + 8)));
+            Shape::store(out + 3 * stride, l, scale(Shape::load(source + 12)));
         }
     };
     int l = 0;
@@ -62,96 +77,79 @@ void pack_side_by_side(int k, const float* x, std::ptrdiff_t ld, float* out, std
     for (; l < k; ++l)
         copy_step(l);
     for (int p = 0; p < panels; ++p)
-        zero_steps(out + p * stride, k, round_up(k, packUnit), packUnit, packUnit);
+        Shape::store_zeros(out + p * stride, k);
 }
 
-// One full panel whose lanes lie ld apart, each contiguous along k.
-template <class Scale>
+// Four steps of a panel whose lanes lie ld apart, of which `steps` exist.
+template <class Shape, int steps, class Scale>
+void pack_transposed_block(int l, const float* x, std::ptrdiff_t ld, float* out, Scale scale) {
+    const auto lane = [&](int i) { return i < Shape::lanes ? load_first<steps>(x + i * ld + l) : Vec4f::zero(); };
+    Vec4f x0 = lane(0), x1 = lane(1), x2 = lane(2), x3 = lane(3);
+    transpose(x0, x1, x2, x3);
+    Shape::store(out, l, scale(x0));
+    Shape::store(out, l + 1, steps > 1 ? scale(x1) : Vec4f::zero());
+    Shape::store(out, l + 2, steps > 2 ? scale(x2) : Vec4f::zero());
+    Shape::store(out, l + 3, steps > 3 ? scale(x3) : Vec4f::zero());
+}
+
+// One panel whose lanes lie ld apart, each contiguous along k.
+template <class Shape, class Scale>
 void pack_transposed(int k, const float* x, std::ptrdiff_t ld, float* out, Scale scale) {
     int l = 0;
-    for (; l + 4 <= k; l += 4) {
-        Vec4f x0 = Vec4f::load(x + l), x1 = Vec4f::load(x + ld + l);
-        Vec4f x2 = Vec4f::load(x + 2 * ld + l), x3 = Vec4f::load(x + 3 * ld + l);
-        transpose(x0, x1, x2, x3);
-        float* step = out + l * packUnit;
-        scale(x0).store_aligned(step);
-        scale(x1).store_aligned(step + 4);
-        scale(x2).store_aligned(step + 8);
-        scale(x3).store_aligned(step + 12);
+    for (; l + 4 <= k; l += 4)
+        pack_transposed_block<Shape, 4>(l, x, ld, out, scale);
+    switch (k - l) {
+    case 3:
+        return pack_transposed_block<Shape, 3>(l, x, ld, out, scale);
+    case 2:
+        return pack_transposed_block<Shape, 2>(l, x, ld, out, scale);
+    case 1:
+        return pack_transposed_block<Shape, 1>(l, x, ld, out, scale);
     }
-    for (; l < k; ++l)
-        for (int lane = 0; lane < packUnit; ++lane)
-            out[l * packUnit + lane] = scale(x[lane * ld + l]);
-    zero_steps(out, k, round_up(k, packUnit), packUnit, packUnit);
 }
 
-// The last panel, of one to three lanes: `stored` floats of a step of `width` are written, zeros behind the lanes.
-template <int lanes, int width, int stored, class Scale>
-void pack_rest(int k, OpView<const float> x, float* out, Scale scale) {
-    const float *lane0 = x.at(0, 0), *lane1 = x.at(lanes > 1, 0), *lane2 = x.at(lanes > 2 ? 2 : 0, 0);
-    for (int l = 0; l < k; ++l) {
-        const std::ptrdiff_t at = l * x.columnStride;
-        float* step = out + l * width;
-        step[0] = scale(lane0[at]);
-        if constexpr (stored > 1)
-            step[1] = lanes > 1 ? scale(lane1[at]) : 0;
-        if constexpr (stored > 2)
-            step[2] = lanes > 2 ? scale(lane2[at]) : 0;
-        if constexpr (stored > 3)
-            step[3] = 0;
-    }
-    zero_steps(out, k, round_up(k, packUnit), width, stored);
-}
-
-// All full panels of an operand with `lanes` rows (A) or columns (B). Result: the lanes packed.
-template <bool sideBySide, class Scale>
-int pack_panels(int lanes, int k, const float* x, std::ptrdiff_t ld, float* out, std::ptrdiff_t stride, Scale scale) {
-    int lane = 0;
+template <class Shape, bool sideBySide, class Scale>
+void pack_panel(int k, const float* x, std::ptrdiff_t ld, float* out, Scale scale) {
     if constexpr (sideBySide)
-        for (; lane + packGroup * packUnit <= lanes; lane += packGroup * packUnit)
-            pack_side_by_side<packGroup>(k, x + lane, ld, out + lane / packUnit * stride, stride, scale);
-    for (; lane + packUnit <= lanes; lane += packUnit) {
-        float* panel = out + lane / packUnit * stride;
-        if constexpr (sideBySide)
-            pack_side_by_side<1>(k, x + lane, ld, panel, stride, scale);
-        else
-            pack_transposed(k, x + lane * ld, ld, panel, scale);
+        pack_side_by_side<Shape, 1>(k, x, ld, out, 0, scale);
+    else
+        pack_transposed<Shape>(k, x, ld, out, scale);
+}
+
+// All `lanes` rows (A) or columns (B) of an operand.
+template <template <int> class LastPanel, bool sideBySide, class Scale>
+void pack(int lanes, int k, const float* x, std::ptrdiff_t ld, float* out, std::ptrdiff_t stride, Scale scale) {
+    const std::ptrdiff_t laneStride = sideBySide ? 1 : ld;
+    if constexpr (sideBySide)
+        for (; lanes >= packGroup * packUnit; lanes -= packGroup * packUnit) {
+            pack_side_by_side<FullPanel, packGroup>(k, x, ld, out, stride, scale);
+            x += packGroup * packUnit;
+            out += packGroup * stride;
+        }
+    for (; lanes >= packUnit; lanes -= packUnit) {
+        pack_panel<FullPanel, sideBySide>(k, x, ld, out, scale);
+        x += packUnit * laneStride;
+        out += stride;
     }
-    return lane;
+    switch (lanes) {
+    case 3:
+        return pack_panel<LastPanel<3>, sideBySide>(k, x, ld, out, scale);
+    case 2:
+        return pack_panel<LastPanel<2>, sideBySide>(k, x, ld, out, scale);
+    case 1:
+        return pack_panel<LastPanel<1>, sideBySide>(k, x, ld, out, scale);
+    }
 }
 
 template <bool trans>
 void sgemm_copy_a(const int* m, const int* k, const float* a, const int* lda, float* buffer, const int* stride,
                   const float* alpha) {
-    const Scaled scale{*alpha};
-    const int packed = pack_panels<!trans>(*m, *k, a, *lda, buffer, *stride, scale);
-    const OpView<const float> x = OpView<const float>(a, *lda, trans).block(packed, 0);
-    float* last = buffer + std::ptrdiff_t{packed / packUnit} * *stride;
-    switch (*m - packed) {
-    case 3:
-        return pack_rest<3, packUnit, 3>(*k, x, last, scale);
-    case 2:
-        return pack_rest<2, packUnit, 2>(*k, x, last, scale);
-    case 1:
-        return pack_rest<1, packUnit, 1>(*k, x, last, scale);
-    }
+    pack<LastPanelOfA, !trans>(*m, *k, a, *lda, buffer, *stride, Scaled{*alpha});
 }
 
 template <bool trans>
 void sgemm_copy_b(const int* k, const int* n, const float* b, const int* ldb, float* buffer, const int* stride) {
-    const Unscaled scale;
-    const int packed = pack_panels<trans>(*n, *k, b, *ldb, buffer, *stride, scale);
-    // Element (lane, l) is op(B)[l, lane], hence the opposite transposition.
-    const OpView<const float> x = OpView<const float>(b, *ldb, !trans).block(packed, 0);
-    float* last = buffer + std::ptrdiff_t{packed / packUnit} * *stride;
-    switch (*n - packed) {
-    case 3:
-        return pack_rest<3, packUnit, 4>(*k, x, last, scale);
-    case 2:
-        return pack_rest<2, 2, 2>(*k, x, last, scale);
-    case 1:
-        return pack_rest<1, 2, 2>(*k, x, last, scale);
-    }
+    pack<LastPanelOfB, trans>(*n, *k, b, *ldb, buffer, *stride, Unscaled());
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

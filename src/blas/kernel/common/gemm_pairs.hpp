@@ -48,15 +48,6 @@ constexpr int cAhead = 8;        // floats of C ahead of the tile: 32 bytes
 // x0(l) x0(l+1) x1(l) x1(l+1) of the lines `line` and `line` + 1; with one line or one step the others are zero and
 // not read.
 
-inline Vec4f load_one(const float* p) {
-    return {_mm_load_ss(p)};
-}
-inline Vec4f load_two(const float* p) {
-    return {_mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(p))};
-}
-inline void store_two(float* p, Vec4f x) {
-    _mm_storel_pi(reinterpret_cast<__m64*>(p), x.v);
-}
 // a0 b0 a1 b1
 inline Vec4f interleave_low(Vec4f a, Vec4f b) {
     return {_mm_unpacklo_ps(a.v, b.v)};
@@ -64,43 +55,45 @@ inline Vec4f interleave_low(Vec4f a, Vec4f b) {
 
 // Steps of a line are contiguous: A transposed, B not transposed.
 struct AlongSteps {
+    static constexpr int linesTogether = 1; // each is a stream of its own
     const float* data;
     std::ptrdiff_t stride;
 
     const float* at(int line, int l) const { return data + line * stride + l; }
     template <int lines, int steps>
     Vec4f pair_of(int line, int l) const {
-        const Vec4f first = steps == 2 ? load_two(at(line, l)) : load_one(at(line, l));
+        const Vec4f first = load_first<steps>(at(line, l));
         if constexpr (lines == 1)
             return first;
         else if constexpr (steps == 2)
             return {_mm_loadh_pi(first.v, reinterpret_cast<const __m64*>(at(line + 1, l)))};
         else
-            return low_halves(first, load_one(at(line + 1, l)));
+            return low_halves(first, load_first<1>(at(line + 1, l)));
     }
-    void prefetch(int line, int l) const {
-        _mm_prefetch(reinterpret_cast<const char*>(at(line, l) + sourceAhead), _MM_HINT_NTA);
-        _mm_prefetch(reinterpret_cast<const char*>(at(line + 1, l) + sourceAhead), _MM_HINT_NTA);
+    void prefetch_source(int line, int l) const {
+        prefetch_once(at(line, l) + sourceAhead);
+        prefetch_once(at(line + 1, l) + sourceAhead);
     }
 };
 
 // Lines of a step are contiguous: A not transposed, B transposed.
 struct AcrossSteps {
+    static constexpr int linesTogether = 16; // 64 bytes, so that what is loaded at a step is used at once
     const float* data;
     std::ptrdiff_t stride;
 
     const float* at(int line, int l) const { return data + l * stride + line; }
     template <int lines, int steps>
     Vec4f pair_of(int line, int l) const {
-        const Vec4f first = lines == 2 ? load_two(at(line, l)) : load_one(at(line, l));
+        const Vec4f first = load_first<lines>(at(line, l));
         if constexpr (steps == 1)
             return interleave_low(first, Vec4f::zero());
         else
-            return interleave_low(first, lines == 2 ? load_two(at(line, l + 1)) : load_one(at(line, l + 1)));
+            return interleave_low(first, load_first<lines>(at(line, l + 1)));
     }
-    void prefetch(int line, int l) const {
-        _mm_prefetch(reinterpret_cast<const char*>(at(line, l + rowsAhead)), _MM_HINT_NTA);
-        _mm_prefetch(reinterpret_cast<const char*>(at(line, l + rowsAhead + 1)), _MM_HINT_NTA);
+    void prefetch_source(int line, int l) const {
+        prefetch_once(at(line, l + rowsAhead));
+        prefetch_once(at(line, l + rowsAhead + 1));
     }
 };
 
@@ -116,70 +109,84 @@ struct PackedColumns {
     Vec4f pair_of(int line, int l) const {
         return Vec4f::load_aligned(at(line, l));
     }
-    void prefetch(int line, int l) const {
-        _mm_prefetch(reinterpret_cast<const char*>(at(line, l) + sourceAhead), _MM_HINT_NTA);
-    }
+    void prefetch_source(int line, int l) const { prefetch_once(at(line, l) + sourceAhead); }
 };
 
 // ---- Packing ------------------------------------------------------------------------------------------------------
 
 template <int rows, int steps, class X>
 inline void pack_a_pair(X x, int row, int l, Vec4f scale, float* out) {
-    const Vec4f top = x.template pair_of < rows == 1 ? 1 : 2, steps > (row, l) * scale;
+    constexpr int topRows = rows == 1 ? 1 : 2;
+    const Vec4f top = x.template pair_of<topRows, steps>(row, l) * scale;
     if constexpr (rows == 1)
-        store_two(out, top);
+        store_first<2>(out, top);
     else
         top.store_aligned(out);
     if constexpr (rows == 3)
-        store_two(out + bPair, x.template pair_of<1, steps>(row + 2, l) * scale);
+        store_first<2>(out + bPair, x.template pair_of<1, steps>(row + 2, l) * scale);
     if constexpr (rows == 4)
         (x.template pair_of<2, steps>(row + 2, l) * scale).store_aligned(out + bPair);
 }
 
-template <int rows, class X>
-inline void pack_a_panel(X x, int row, int k, float alpha, float* out) {
+// One panel of `rows` rows, or several full ones side by side.
+template <int panels, int rows, class X>
+inline void pack_a_panels(X x, int row, int k, float alpha, float* out, std::ptrdiff_t stride) {
     const Vec4f scale = Vec4f::splat(alpha);
     int l = 0;
     for (; l + pair <= k; l += pair, out += aPair)
-        pack_a_pair<rows, 2>(x, row, l, scale, out);
+        for (int p = 0; p < panels; ++p)
+            pack_a_pair<rows, 2>(x, row + p * rowUnit, l, scale, out + p * stride);
     // The partner of an odd step is scaled by 1: an infinite alpha would make a NaN of its zero.
     if (l < k)
-        pack_a_pair<rows, 1>(x, row, l, interleave_low(scale, Vec4f::splat(1)), out);
+        for (int p = 0; p < panels; ++p)
+            pack_a_pair<rows, 1>(x, row + p * rowUnit, l, interleave_low(scale, Vec4f::splat(1)), out + p * stride);
 }
 
 template <class X>
 inline void pack_a(int m, int k, X x, float alpha, float* buffer, std::ptrdiff_t stride) {
+    constexpr int panels = X::linesTogether / rowUnit;
     int row = 0;
-    for (; row + rowUnit <= m; row += rowUnit, buffer += stride)
-        pack_a_panel<4>(x, row, k, alpha, buffer);
+    const auto panel = [&] { return buffer + row / rowUnit * stride; };
+    if constexpr (panels > 1)
+        for (; row + panels * rowUnit <= m; row += panels * rowUnit)
+            pack_a_panels<panels, rowUnit>(x, row, k, alpha, panel(), stride);
+    for (; row + rowUnit <= m; row += rowUnit)
+        pack_a_panels<1, rowUnit>(x, row, k, alpha, panel(), stride);
     switch (m - row) {
     case 1:
-        return pack_a_panel<1>(x, row, k, alpha, buffer);
+        return pack_a_panels<1, 1>(x, row, k, alpha, panel(), stride);
     case 2:
-        return pack_a_panel<2>(x, row, k, alpha, buffer);
+        return pack_a_panels<1, 2>(x, row, k, alpha, panel(), stride);
     case 3:
-        return pack_a_panel<3>(x, row, k, alpha, buffer);
+        return pack_a_panels<1, 3>(x, row, k, alpha, panel(), stride);
     default:
         return;
     }
 }
 
-template <int columns, class X>
-inline void pack_b_panel(X x, int column, int k, float* out) {
+template <int panels, int columns, class X>
+inline void pack_b_panels(X x, int column, int k, float* out, std::ptrdiff_t stride) {
     int l = 0;
     for (; l + pair <= k; l += pair, out += bPair)
-        x.template pair_of<columns, 2>(column, l).store_aligned(out);
+        for (int p = 0; p < panels; ++p)
+            x.template pair_of<columns, 2>(column + p * columnUnit, l).store_aligned(out + p * stride);
     if (l < k)
-        x.template pair_of<columns, 1>(column, l).store_aligned(out);
+        for (int p = 0; p < panels; ++p)
+            x.template pair_of<columns, 1>(column + p * columnUnit, l).store_aligned(out + p * stride);
 }
 
 template <class X>
 inline void pack_b(int k, int n, X x, float* buffer, std::ptrdiff_t stride) {
+    constexpr int panels = X::linesTogether / columnUnit;
     int column = 0;
-    for (; column + columnUnit <= n; column += columnUnit, buffer += stride)
-        pack_b_panel<2>(x, column, k, buffer);
+    const auto panel = [&] { return buffer + column / columnUnit * stride; };
+    if constexpr (panels > 1)
+        for (; column + panels * columnUnit <= n; column += panels * columnUnit)
+            pack_b_panels<panels, columnUnit>(x, column, k, panel(), stride);
+    for (; column + columnUnit <= n; column += columnUnit)
+        pack_b_panels<1, columnUnit>(x, column, k, panel(), stride);
     if (column < n)
-        pack_b_panel<1>(x, column, k, buffer);
+        pack_b_panels<1, 1>(x, column, k, panel(), stride);
 }
 
 // The plan's copy routines.
@@ -211,19 +218,26 @@ inline void store_doubled(Vec4f x, float* out) {
 template <int parts, int columns, class B>
 inline void expand(B b, int column, int k, int kp, float* sliver) {
     const std::ptrdiff_t partStride = static_cast<std::ptrdiff_t>(kp) * bPair;
-    int l = 0;
-    for (; l + pair <= k; l += pair, sliver += sliverPair)
-        for (int part = 0; part < parts; ++part) {
-            float* out = sliver + part * partStride;
-            if (l % (2 * pair) == 0) {
-                b.prefetch(column + part * columnUnit, l);
-                _mm_prefetch(reinterpret_cast<const char*>(out + targetAhead), _MM_HINT_T0);
-            }
-            store_doubled(b.template pair_of<columns, 2>(column + part * columnUnit, l), out);
-        }
-    if (l < k)
+    const auto store_pairs = [&](int l, float* out, auto steps) {
         for (int part = 0; part < parts; ++part)
-            store_doubled(b.template pair_of<columns, 1>(column + part * columnUnit, l), sliver + part * partStride);
+            store_doubled(b.template pair_of<columns, steps()>(column + part * columnUnit, l), out + part * partStride);
+    };
+    int l = 0;
+    for (; l + 2 * pair <= k; l += 2 * pair, sliver += 2 * sliverPair) {
+        for (int part = 0; part < parts; ++part) {
+            b.prefetch_source(column + part * columnUnit, l);
+            prefetch(sliver + part * partStride + targetAhead);
+        }
+        store_pairs(l, sliver, Lanes<pair>{});
+        store_pairs(l + pair, sliver + sliverPair, Lanes<pair>{});
+    }
+    if (l + pair <= k) {
+        store_pairs(l, sliver, Lanes<pair>{});
+        l += pair;
+        sliver += sliverPair;
+    }
+    if (l < k)
+        store_pairs(l, sliver, Lanes<1>{});
 }
 
 // ---- Main kernel --------------------------------------------------------------------------------------------------
@@ -232,13 +246,28 @@ struct Tile {
     Vec4f top0, bottom0, top1, bottom1; // rows 0 1 and rows 2 3 of columns 0 and 1
 };
 
+// Values in registers, for the compiler's eyes changed here. It would take an operand that it has just loaded from
+// memory once more for its second use, and loads are what this kernel has most of; and it would put the loads of four
+// steps in front of their sums, for which there are not registers enough.
+inline void hold(Vec4f& x) {
+    __asm__("" : "+x"(x.v));
+}
+template <class... Rest>
+inline void hold(Vec4f& x, Rest&... rest) {
+    hold(x);
+    hold(rest...);
+}
+
 inline void add_pair(Tile& t, const float* a, const float* b) {
-    const Vec4f top = Vec4f::load_aligned(a), bottom = Vec4f::load_aligned(a + 4);
-    const Vec4f b0 = Vec4f::load_aligned(b), b1 = Vec4f::load_aligned(b + 4);
-    t.top0 = t.top0 + top * b0;
-    t.bottom0 = t.bottom0 + bottom * b0;
-    t.top1 = t.top1 + top * b1;
-    t.bottom1 = t.bottom1 + bottom * b1;
+    Vec4f b0 = Vec4f::load_aligned(b), b1 = Vec4f::load_aligned(b + 4);
+    Vec4f rows = Vec4f::load_aligned(a);
+    hold(rows, b0, b1, t.top0, t.top1);
+    t.top0 = t.top0 + rows * b0;
+    t.top1 = t.top1 + rows * b1;
+    rows = Vec4f::load_aligned(a + 4);
+    hold(rows, t.bottom0, t.bottom1);
+    t.bottom0 = t.bottom0 + rows * b0;
+    t.bottom1 = t.bottom1 + rows * b1;
 }
 
 template <int steps>
@@ -260,14 +289,16 @@ inline void add_column(float* c, Vec4f top, Vec4f bottom) {
 // C[4 x columns] += one panel of A * one part of the sliver, columns 1 or 2.
 inline void multiply_tile(int columns, int kp, const float* a, const float* b, Matrix<float> c) {
     Tile t{Vec4f::zero(), Vec4f::zero(), Vec4f::zero(), Vec4f::zero()};
-    _mm_prefetch(reinterpret_cast<const char*>(c.column(0) + cAhead), _MM_HINT_T0);
+    prefetch(c.column(0) + cAhead);
     if (columns == columnUnit)
-        _mm_prefetch(reinterpret_cast<const char*>(c.column(1) + cAhead), _MM_HINT_T0);
+        prefetch(c.column(1) + cAhead);
     int left = kp;
     for (; left >= straightSteps; left -= straightSteps)
         add_steps<straightSteps>(t, a, b);
     for (; left >= loopSteps; left -= loopSteps)
         add_steps<loopSteps>(t, a, b);
+    for (; left >= unrolledSteps; left -= unrolledSteps)
+        add_steps<unrolledSteps>(t, a, b);
     for (; left > 0; left -= pair, a += aPair, b += sliverPair)
         add_pair(t, a, b);
     add_column(c.column(0), t.top0, t.bottom0);
@@ -333,11 +364,16 @@ struct ColumnSums<0> {
     void add_to(float*) const {}
 };
 
+// The rows' values at step l of a panel, `pair` floats apart.
+inline const float* panel_step(const float* a, int l) {
+    return a + l / pair * aPair + l % pair;
+}
+
 template <int rows, class B>
 inline void edge_four_columns(int k, const float* a, B b, int column, Matrix<float> c) {
     ColumnSums<rows> sum0, sum1, sum2, sum3;
     for (int l = 0; l < k; ++l) {
-        const float* step = a + l / pair * aPair + l % pair;
+        const float* step = panel_step(a, l);
         sum0.add(step, *b.at(column, l));
         sum1.add(step, *b.at(column + 1, l));
         sum2.add(step, *b.at(column + 2, l));
@@ -357,7 +393,7 @@ inline void edge_rows(int n, int k, const float* a, B b, Matrix<float> c) {
     for (; column < n; ++column) {
         ColumnSums<rows> sum;
         for (int l = 0; l < k; ++l)
-            sum.add(a + l / pair * aPair + l % pair, *b.at(column, l));
+            sum.add(panel_step(a, l), *b.at(column, l));
         sum.add_to(c.column(column));
     }
 }

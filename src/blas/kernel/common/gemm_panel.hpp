@@ -91,10 +91,11 @@ struct PanelWork {
 };
 static_assert(tileBytes % workAlignment == 0 && sizeof(float) * panelDepth % workAlignment == 0);
 
-// The part of a product whose C is in the panel.
+// alpha*op(A)*op(B) for an m x n matrix C: a whole product, or the part of one whose C is in the panel.
 struct PanelProduct {
     int m;
     int n;
+    int k;
     float alpha;
     OpView<const float> a;
     OpView<const float> b;
@@ -157,8 +158,8 @@ void copy_b_panel(int n, OpView<const float> b, float* panel) {
     }
 }
 
-// The m x n block of C at c, element by element changed by `change`, into the panel or back: `move(inner, outer)`
-// takes an element of the panel and the one of C, as four vectors or as floats.
+// Visits the m x n block of C at c beside its place in the panel: move(inner, outer, lanes) is called for each
+// vector, or where rows fall short of a group for each float, of the panel and of C.
 template <class Move>
 void for_panel(int m, int n, const PanelWork& work, Matrix<float> c, Move move) {
     for (int i = 0; i < m; i += groupRows) {
@@ -208,6 +209,10 @@ template <int depth>
         sum1 = sum1 + Vec4f::load_aligned(a + 4 * l + 4) * x;
         sum2 = sum2 + Vec4f::load_aligned(a + 4 * l + 8) * x;
         sum3 = sum3 + Vec4f::load_aligned(a + 4 * l + 12) * x;
+        // Eight registers hold one step at a time. An empty statement that changes the sums keeps the compiler from
+        // running several steps into one another and spilling.
+        if constexpr (vectorRegisters == 8)
+            asm("" : "+x"(sum0.v), "+x"(sum1.v), "+x"(sum2.v), "+x"(sum3.v));
     };
     for (int l = 0; l < depth; l += 16) {
         step(l);
@@ -253,7 +258,8 @@ void multiply_block(const PanelProduct& p, int l, const PanelWork& work) {
 }
 
 // Adds the whole product to the C panel.
-inline void multiply_panel(const PanelProduct& p, int k, const PanelWork& work) {
+inline void multiply_panel(const PanelProduct& p, const PanelWork& work) {
+    const int k = p.k;
     int l = 0;
     for (; k - l >= panelDepth; l += panelDepth)
         multiply_block<panelDepth>(p, l, work);
@@ -277,6 +283,21 @@ inline void multiply_panel(const PanelProduct& p, int k, const PanelWork& work) 
     }
 }
 
+// C := beta*C + the product, in panels of nb columns. `block` holds panel_work_bytes(nb).
+inline void multiply_by_panels(const PanelProduct& p, float beta, Matrix<float> c, int nb, void* block) {
+    PanelWork work(block, nb);
+    for (int j = 0; j < p.n; j += nb) {
+        const int columns = p.n - j < nb ? p.n - j : nb;
+        work.columns = columns;
+        for (int i = 0; i < p.m; i += panelRows) {
+            const int rows = p.m - i < panelRows ? p.m - i : panelRows;
+            load_c_panel(rows, columns, beta, work, c.block(i, j));
+            multiply_panel({rows, columns, p.k, p.alpha, p.a.block(i, 0), p.b.block(0, j)}, work);
+            store_c_panel(rows, columns, work, c.block(i, j));
+        }
+    }
+}
+
 inline void gemm_panel(QRV_GEMM_PARAMETERS(float)) {
     if (*m < 1 || *n < 1)
         return;
@@ -285,26 +306,15 @@ inline void gemm_panel(QRV_GEMM_PARAMETERS(float)) {
             gemm_scale_c(m, n, beta, c, ldc);
         return;
     }
-    const OpView<const float> opA(a, *lda, transposes(*transa)), opB(b, *ldb, transposes(*transb));
-    const Matrix<float> matrix{c, *ldc};
-    if (goes_unpacked(transposes(*transa), transposes(*transb), *m, *n, *k))
+    const bool aTransposed = transposes(*transa), bTransposed = transposes(*transb);
+    if (goes_unpacked(aTransposed, bTransposed, *m, *n, *k))
         return gemm_small(QRV_GEMM_ARGUMENTS);
     const int nb = panel_columns(qrv_serv_get_l2_class());
     void* block = qrv_serv_allocate(panel_work_bytes(nb), 128);
     if (!block)
         return gemm_small(QRV_GEMM_ARGUMENTS);
-    PanelWork work(block, nb);
-    for (int j = 0; j < *n; j += nb) {
-        const int columns = *n - j < nb ? *n - j : nb;
-        work.columns = columns;
-        for (int i = 0; i < *m; i += panelRows) {
-            const int rows = *m - i < panelRows ? *m - i : panelRows;
-            const Matrix<float> part = matrix.block(i, j);
-            load_c_panel(rows, columns, *beta, work, part);
-            multiply_panel({rows, columns, *alpha, opA.block(i, 0), opB.block(0, j)}, *k, work);
-            store_c_panel(rows, columns, work, part);
-        }
-    }
+    const PanelProduct product{*m, *n, *k, *alpha, {a, *lda, aTransposed}, {b, *ldb, bTransposed}};
+    multiply_by_panels(product, *beta, Matrix<float>{c, *ldc}, nb, block);
     qrv_serv_deallocate(block);
 }
 

@@ -43,25 +43,35 @@ void expand_packed(int kp, const float* panel, float* sliver) {
         store_step<columns>(load_first<width>(panel + l * width), sliver + l * sliver_step(columns));
 }
 
+// Four steps of columns that are contiguous along k, of which `steps` exist; the others become zero.
+template <int columns, int steps>
+void expand_column_block(const float* b, std::ptrdiff_t ldb, float* sliver) {
+    constexpr int width = sliver_step(columns);
+    const auto column = [&](int j) { return j < columns ? load_first<steps>(b + j * ldb) : Vec4f::zero(); };
+    Vec4f b0 = column(0), b1 = column(1), b2 = column(2), b3 = column(3);
+    transpose(b0, b1, b2, b3);
+    store_step<columns>(b0, sliver);
+    store_step<columns>(b1, sliver + width);
+    store_step<columns>(b2, sliver + 2 * width);
+    store_step<columns>(b3, sliver + 3 * width);
+}
+
 // From the caller's matrix, columns contiguous along k (not transposed).
 template <int columns>
 void expand_columns(int k, const float* b, std::ptrdiff_t ldb, float* sliver) {
-    constexpr int width = sliver_step(columns);
-    const auto column = [&](int j, int l) { return j < columns ? Vec4f::load(b + j * ldb + l) : Vec4f::zero(); };
-    const auto element = [&](int j, int l) { return j < columns ? b[j * ldb + l] : 0.0F; };
-    int l = 0;
-    for (; l + 4 <= k; l += 4) {
-        Vec4f b0 = column(0, l), b1 = column(1, l), b2 = column(2, l), b3 = column(3, l);
-        transpose(b0, b1, b2, b3);
-        float* step = sliver + l * width;
-        store_step<columns>(b0, step);
-        store_step<columns>(b1, step + width);
-        store_step<columns>(b2, step + 2 * width);
-        store_step<columns>(b3, step + 3 * width);
+    for (; k >= 4; k -= 4) {
+        expand_column_block<columns, 4>(b, ldb, sliver);
+        b += 4;
+        sliver += 4 * sliver_step(columns);
     }
-    for (; l < k; ++l)
-        store_step<columns>({_mm_setr_ps(element(0, l), element(1, l), element(2, l), element(3, l))},
-                            sliver + l * width);
+    switch (k) {
+    case 3:
+        return expand_column_block<columns, 3>(b, ldb, sliver);
+    case 2:
+        return expand_column_block<columns, 2>(b, ldb, sliver);
+    case 1:
+        return expand_column_block<columns, 1>(b, ldb, sliver);
+    }
 }
 
 // From the caller's matrix, the columns of a step side by side (transposed).
@@ -69,6 +79,8 @@ template <int columns>
 void expand_rows(int k, const float* b, std::ptrdiff_t ldb, float* sliver) {
     for (int l = 0; l < k; ++l)
         store_step<columns>(load_first<columns>(b + l * ldb), sliver + l * sliver_step(columns));
+    for (int l = k; l < round_up(k, 4); ++l)
+        store_step<columns>(Vec4f::zero(), sliver + l * sliver_step(columns));
 }
 
 template <int columns>
@@ -77,8 +89,6 @@ void expand_direct(int k, const float* b, std::ptrdiff_t ldb, bool transposed, f
         expand_rows<columns>(k, b, ldb, sliver);
     else
         expand_columns<columns>(k, b, ldb, sliver);
-    for (int l = k; l < round_up(k, 4); ++l)
-        store_step<columns>(Vec4f::zero(), sliver + l * sliver_step(columns));
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

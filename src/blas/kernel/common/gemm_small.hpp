@@ -1,9 +1,10 @@
 // C := alpha*op(A)*op(B) + beta*C without packing and without work memory: for problems too small to pack, and for
 // the edges of the packed designs.
 //
-//   op(A) = A    tile 8 rows x 2 columns, the last 1 to 7 rows as one tile; A comes by vectors of rows, B singly
-//   op(A) = A^T  tile 2 x 2 dot products along k, 4 steps at a time, then 2 and 1; each A column of a depth worth it
-//                is entered at a 16-byte boundary
+//   op(A) = A    tile 16 rows x 2 columns, the last rows as one tile; A comes by vectors of rows, B singly
+//   op(A) = A^T  tile 4 x 2 dot products along k, 4 steps at a time, then the 1 to 3 left; A is entered at a 16-byte
+//                boundary where all of the tile's columns share one. op(B) = B^T: its columns are gathered on the stack
+//   registers    in 32-bit mode, with 8 of them, the tiles are 8 x 2 and 4 x 1
 //   alignment    none assumed
 //   reads        nothing past the operands; C only if beta is not 0; A and B only if alpha is not 0
 //
@@ -119,20 +120,24 @@ void update_columns(const SmallProduct& p, int m, int j, Matrix<float> c) {
     update_rest<updateRows - 1, columns>(m - i, p, i, j, c);
 }
 
-// `steps` steps of k of one or two adjacent columns of op(B), each column as one vector.
-template <int steps, int columns, bool transposed>
-[[gnu::always_inline]] inline void load_b(const float* b, std::ptrdiff_t ldb, Vec4f& column0, Vec4f& column1) {
-    if constexpr (!transposed) {
-        column0 = load_first<steps>(b);
+// Copies one or two columns of op(B) whose steps lie ldb apart, so that each becomes contiguous, smallDepth floats
+// from the other. The last vector of a column is filled up with zeros.
+template <int columns>
+void gather_columns(int k, const float* b, std::ptrdiff_t ldb, float* gathered) {
+    // A row of B holds one step: both columns, or the one there is, in the low half.
+    auto store = [&](Vec4f row0, Vec4f row1, Vec4f row2, Vec4f row3) {
+        const Vec4f first = low_halves(row0, row1), second = low_halves(row2, row3);
+        Vec4f{_mm_shuffle_ps(first.v, second.v, _MM_SHUFFLE(2, 0, 2, 0))}.store_aligned(gathered);
         if constexpr (columns > 1)
-            column1 = load_first<steps>(b + ldb);
-    } else {
-        // A row of B holds one step: both columns, or the one there is, in the low half.
-        auto row = [=](int l) { return l < steps ? load_first<columns>(b + l * ldb) : Vec4f::zero(); };
-        const Vec4f first = low_halves(row(0), row(1)), second = low_halves(row(2), row(3));
-        column0 = {_mm_shuffle_ps(first.v, second.v, _MM_SHUFFLE(2, 0, 2, 0))};
-        column1 = {_mm_shuffle_ps(first.v, second.v, _MM_SHUFFLE(3, 1, 3, 1))};
-    }
+            Vec4f{_mm_shuffle_ps(first.v, second.v, _MM_SHUFFLE(3, 1, 3, 1))}.store_aligned(gathered + smallDepth);
+    };
+    auto row = [&](int l) { return load_first<columns>(b + l * ldb); };
+    int left = k;
+    for (; left >= 4; left -= 4, b += 4 * ldb, gathered += 4)
+        store(row(0), row(1), row(2), row(3));
+    const Vec4f none = Vec4f::zero();
+    if (left > 0)
+        store(row(0), left > 1 ? row(1) : none, left > 2 ? row(2) : none, none);
 }
 
 // Running dot products of 1 to 4 rows of op(A) with one column of op(B), four steps of k side by side.
@@ -153,22 +158,18 @@ struct DotSums {
     Vec4f total() const { return sum_lanes(sum0, sum1, sum2, sum3); }
 };
 
-// `rows` x `columns` of C at (i, j), the rows of op(A) contiguous.
-template <int rows, int columns, bool bTransposed>
-void dot_tile(const SmallProduct& p, int i, int j, Matrix<float> c) {
+// `rows` x `columns` of C at (i, 0), the rows of op(A) and the columns of op(B) contiguous.
+template <int rows, int columns>
+void dot_tile(const SmallProduct& p, int i, Matrix<const float> b, Matrix<float> c) {
     DotSums<rows> column0, column1;
     const float* a = p.a.at(i, 0);
-    const float* b = p.b.at(0, j);
     const std::ptrdiff_t lda = p.a.rowStride;
-    const std::ptrdiff_t ldb = bTransposed ? p.b.rowStride : p.b.columnStride;
     auto step = [&](auto steps) __attribute__((always_inline)) {
-        Vec4f b0, b1;
-        load_b<steps(), columns, bTransposed>(b, ldb, b0, b1);
-        column0.template add<steps()>(a, lda, b0);
+        column0.template add<steps()>(a, lda, load_first<steps()>(b.data));
         if constexpr (columns > 1)
-            column1.template add<steps()>(a, lda, b1);
+            column1.template add<steps()>(a, lda, load_first<steps()>(b.column(1)));
         a += steps();
-        b += steps() * (bTransposed ? ldb : 1);
+        b.data += steps();
     };
     auto short_step = [&](int steps) __attribute__((always_inline)) {
         if (steps == 3)
@@ -187,46 +188,48 @@ void dot_tile(const SmallProduct& p, int i, int j, Matrix<float> c) {
     for (; left >= 4; left -= 4)
         step(Lanes<4>());
     short_step(left);
-    finish_column<rows>(p, column0.total(), c.column(j) + i);
+    finish_column<rows>(p, column0.total(), c.column(0) + i);
     if constexpr (columns > 1)
-        finish_column<rows>(p, column1.total(), c.column(j + 1) + i);
+        finish_column<rows>(p, column1.total(), c.column(1) + i);
 }
 
-template <int rows, int columns, bool bTransposed>
-void dot_rows(const SmallProduct& p, int i, int j, Matrix<float> c) {
+template <int rows, int columns>
+void dot_rows(const SmallProduct& p, int i, Matrix<const float> b, Matrix<float> c) {
     if constexpr (columns == 2 && vectorRegisters < 16) {
-        dot_tile<rows, 1, bTransposed>(p, i, j, c);
-        dot_tile<rows, 1, bTransposed>(p, i, j + 1, c);
+        dot_tile<rows, 1>(p, i, b, c);
+        dot_tile<rows, 1>(p, i, b.block(0, 1), c.block(0, 1));
     } else {
-        dot_tile<rows, columns, bTransposed>(p, i, j, c);
+        dot_tile<rows, columns>(p, i, b, c);
     }
 }
 
-template <int columns, bool bTransposed>
-void dot_columns(const SmallProduct& p, int m, int j, Matrix<float> c) {
+template <int columns>
+void dot_columns(const SmallProduct& p, int m, Matrix<const float> b, Matrix<float> c) {
     int i = 0;
     for (; m - i >= 4; i += 4)
-        dot_rows<4, columns, bTransposed>(p, i, j, c);
+        dot_rows<4, columns>(p, i, b, c);
     if (m - i == 3)
-        dot_rows<3, columns, bTransposed>(p, i, j, c);
+        dot_rows<3, columns>(p, i, b, c);
     else if (m - i == 2)
-        dot_rows<2, columns, bTransposed>(p, i, j, c);
+        dot_rows<2, columns>(p, i, b, c);
     else if (m - i == 1)
-        dot_rows<1, columns, bTransposed>(p, i, j, c);
+        dot_rows<1, columns>(p, i, b, c);
 }
 
 template <int columns>
 void small_columns(const SmallProduct& p, int m, int j, Matrix<float> c) {
     if (p.a.columns_contiguous())
-        update_columns<columns>(p, m, j, c);
-    else if (p.b.columns_contiguous())
-        dot_columns<columns, false>(p, m, j, c);
-    else
-        dot_columns<columns, true>(p, m, j, c);
+        return update_columns<columns>(p, m, j, c);
+    if (p.b.columns_contiguous())
+        return dot_columns<columns>(p, m, {p.b.at(0, j), p.b.columnStride}, c.block(0, j));
+    alignas(16) float gathered[columns * smallDepth];
+    gather_columns<columns>(p.k, p.b.at(0, j), p.b.rowStride, gathered);
+    dot_columns<columns>(p, m, {gathered, smallDepth}, c.block(0, j));
 }
 
-// The product `p` for an m x n matrix C, block by block along k.
-inline void multiply_small(int m, int n, SmallProduct p, Matrix<float> c) {
+// The product `p` for an m x n matrix C, block by block along k. It is used up on the way: a copy of so small a
+// record costs a tiny product a tenth of its time, since vector loads wait for the scalar stores before them.
+inline void multiply_small(int m, int n, SmallProduct&& p, Matrix<float> c) {
     for (int left = p.k; left > 0; left -= p.k) {
         p.k = left < smallDepth ? left : smallDepth;
         int j = 0;
@@ -234,8 +237,8 @@ inline void multiply_small(int m, int n, SmallProduct p, Matrix<float> c) {
             small_columns<2>(p, m, j, c);
         if (j < n)
             small_columns<1>(p, m, j, c);
-        p.a = p.a.block(0, p.k);
-        p.b = p.b.block(p.k, 0);
+        p.a.data = p.a.at(0, p.k);
+        p.b.data = p.b.at(p.k, 0);
         p.beta = 1;
     }
 }
@@ -248,8 +251,8 @@ inline void gemm_small(QRV_GEMM_PARAMETERS(float)) {
             gemm_scale_c(m, n, beta, c, ldc);
         return;
     }
-    const SmallProduct product{*k, *alpha, *beta, {a, *lda, transposes(*transa)}, {b, *ldb, transposes(*transb)}};
-    multiply_small(*m, *n, product, Matrix<float>{c, *ldc});
+    multiply_small(*m, *n, {*k, *alpha, *beta, {a, *lda, transposes(*transa)}, {b, *ldb, transposes(*transb)}},
+                   Matrix<float>{c, *ldc});
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

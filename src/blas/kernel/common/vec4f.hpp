@@ -38,6 +38,14 @@ inline void transpose(Vec4f& a, Vec4f& b, Vec4f& c, Vec4f& d) {
     _MM_TRANSPOSE4_PS(a.v, b.v, c.v, d.v);
 }
 
+// Asks for the line at p, wherever p points: no fault. The second form is for data that is read once.
+inline void prefetch(const float* p) {
+    _mm_prefetch(reinterpret_cast<const char*>(p), _MM_HINT_T0);
+}
+inline void prefetch_once(const float* p) {
+    _mm_prefetch(reinterpret_cast<const char*>(p), _MM_HINT_NTA);
+}
+
 // The sums of the lanes of a, b, c and d.
 inline Vec4f sum_lanes(Vec4f a, Vec4f b, Vec4f c, Vec4f d) {
     const __m128 ab = _mm_add_ps(_mm_unpacklo_ps(a.v, b.v), _mm_unpackhi_ps(a.v, b.v)); // a02 b02 a13 b13
