@@ -142,6 +142,15 @@ TEST_P(GemmForms, NonFiniteElementsStayInTheirRowAndColumn) {
                             check_special(route, special, {ta, tb, m, n, 9, 1, 1, 1, 1});
 }
 
+TEST_P(GemmForms, EmptySizes) {
+    for (const char ta : options)
+        for (int size = 0; size < 27; ++size) {
+            check({ta, 'N', 0, size, 5, 1, 0.5F, 1, 0});
+            check({ta, 'N', size, 0, 5, 1, 0.5F, 1, 0});
+            check({ta, 'N', size, 3, 0, 1, 0.5F, 1, 0});
+        }
+}
+
 TEST_P(GemmForms, ZeroAlphaReadsNoOperand) {
     for (const Route route : routes) {
         const Product p{'N', 'T', 37, 23, 19, 0, 0, 1, 3};

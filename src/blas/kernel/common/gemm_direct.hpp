@@ -232,7 +232,9 @@ bool direct_gemm(QRV_GEMM_PARAMETERS(float)) {
     constexpr int noTranspose = 'N'; // its bits tell both cases of it from the other options
     const bool transposedA = (*transa & noTranspose) != noTranspose;
     const bool transposedB = (*transb & noTranspose) != noTranspose;
-    if (*k <= 0 || *alpha == 0 || !gains_in_place<Shape>(transposedA, transposedB, *m, *n, *k, *lda, *ldb))
+    if (*m <= 0 || *n <= 0 || *k <= 0 || *alpha == 0)
+        return false;
+    if (!gains_in_place<Shape>(transposedA, transposedB, *m, *n, *k, *lda, *ldb))
         return false;
     const DirectB opB{b, transposedB ? *ldb : 1, transposedB ? 1 : *ldb};
     const DirectProduct product{*m, *n, *k, *alpha, {a, *lda, transposedA}, opB, *beta, {c, *ldc}};
