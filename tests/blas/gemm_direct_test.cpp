@@ -191,36 +191,35 @@ TEST_P(GemmDirect, ResultDependsOnTheOperandsAlone) {
     }
 }
 
-TEST(GemmDirectRule, SmallProductsGoUnpacked) {
-    using kernel::sse42::goes_direct;
-    for (const VectorForm form : {VectorForm::avx2, VectorForm::avx512}) {
-        for (const int n : {1, 4, 8, 16, 100, 512})
-            EXPECT_TRUE(goes_direct(form, n, n, n)) << n;
-        EXPECT_TRUE(goes_direct(form, 32, 32, 2048));
-        EXPECT_TRUE(goes_direct(form, 2048, 32, 32));
-        EXPECT_FALSE(goes_direct(form, 1024, 1024, 1024));
-        EXPECT_FALSE(goes_direct(form, 2048, 2048, 8));
-    }
-    EXPECT_FALSE(goes_direct(VectorForm::sse, 1, 1, 1));
-}
-
 TEST(GemmDirectRule, Edges) {
-    using kernel::sse42::goes_direct;
     constexpr int most = std::numeric_limits<int>::max();
-    for (const VectorForm form : {VectorForm::avx2, VectorForm::avx512}) {
-        // The work.
-        EXPECT_TRUE(goes_direct(form, 1 << 10, 1 << 10, 1 << 7));
-        EXPECT_FALSE(goes_direct(form, 1 << 10, 1 << 10, (1 << 7) + 1));
-        EXPECT_FALSE(goes_direct(form, 1 << 10, (1 << 10) + 1, 1 << 7));
-        // A large C and few steps.
-        EXPECT_TRUE(goes_direct(form, 1 << 10, 1 << 9, 63));
-        EXPECT_FALSE(goes_direct(form, 1 << 10, (1 << 9) + 1, 63));
-        EXPECT_TRUE(goes_direct(form, 1 << 10, (1 << 9) + 1, 64));
-        // Products that 32, respectively 64 bits do not hold.
-        EXPECT_FALSE(goes_direct(form, 65536, 65536, 1));
-        EXPECT_FALSE(goes_direct(form, 65536, 65536, 64));
-        EXPECT_FALSE(goes_direct(form, most, most, most));
-        EXPECT_FALSE(goes_direct(form, 4, 4, most));
+    const struct {
+        VectorForm form;
+        char transa, transb;
+        int m, n, k; // the last product that goes unpacked; with k + 1 it does not
+    } rows[] = {
+        {VectorForm::sse, 'N', 'N', 14, 14, 14},
+        {VectorForm::sse, 'T', 'N', 12, 12, 12},
+        {VectorForm::avx2, 'N', 'T', 128, 64, 64},
+        {VectorForm::avx2, 'T', 'N', 64, 64, 64},
+        {VectorForm::avx2, 'N', 'N', 1 << 9, 12, 682},
+        {VectorForm::avx2, 'N', 'N', 32, 1 << 11, 1 << 11},
+        {VectorForm::avx512, 'N', 'T', 256, 256, 256},
+        {VectorForm::avx512, 'T', 'T', 128, 128, 256},
+        {VectorForm::avx512, 'N', 'N', 1 << 11, 32, 1 << 10},
+        {VectorForm::avx512, 'N', 'T', 32, 1 << 11, 1 << 8},
+        {VectorForm::avx512, 'T', 'N', 32, 1 << 11, 1 << 11},
+    };
+    for (const auto& row : rows) {
+        const auto goes = [&](int m, int n, int k) {
+            return kernel::sse42::goes_direct(row.form, row.transa == 'T', row.transb == 'T', m, n, k);
+        };
+        EXPECT_TRUE(goes(row.m, row.n, row.k)) << row.transa << row.transb << row.m << 'x' << row.n << 'x' << row.k;
+        EXPECT_FALSE(goes(row.m, row.n, row.k + 1))
+            << row.transa << row.transb << row.m << 'x' << row.n << 'x' << row.k;
+        EXPECT_TRUE(goes(1, 1, 1));
+        EXPECT_FALSE(goes(1024, 1024, 1024));
+        EXPECT_FALSE(goes(most, most, most)) << "a product that no integer holds";
     }
 }
 

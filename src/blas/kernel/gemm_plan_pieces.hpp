@@ -25,8 +25,8 @@ QRV_DECLARE_PLAN_PIECES
 // blas_sgemm_plan_load with the micro-kernel of a vector form.
 void plan_load_for(VectorForm form, GemmPlan<float>* plan);
 // Whether a form computes a product of these sizes, all of them positive, without packing, and the routine that does
-// so: null if the form has none. It takes no heed of k = 0 and alpha = 0.
-bool goes_direct(VectorForm form, int m, int n, int k);
+// so; it takes no heed of k = 0 and alpha = 0.
+bool goes_direct(VectorForm form, bool transposedA, bool transposedB, int m, int n, int k);
 using DirectSgemm = void(QRV_GEMM_PARAMETERS(float));
 DirectSgemm* direct_sgemm(VectorForm form);
 } // namespace qrv::kernel::sse42

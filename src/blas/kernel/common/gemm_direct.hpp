@@ -32,6 +32,7 @@ struct DirectTiles;
 
 // Steps per pass over C: the rows of a tile, so deep, stay in the innermost cache for all of its columns.
 constexpr int directDepth = 256;
+constexpr int directShallow = 64;
 // Leading dimensions of A, in multiples of this, that bring its columns into the same few places of the innermost
 // cache; and from how many columns of C on a copy of the tile repays itself.
 constexpr int directConflict = 1024;
@@ -220,10 +221,16 @@ template <class Vector>
 QRV_INLINE void direct_straight(int m, int n, DirectProduct& p, int k, const float* a, const float* b, float* c) {
     for (int l = 0; l < k; l += directDepth, p.beta = 1) {
         p.k = smaller(k - l, directDepth);
-        for (int i = 0; i < m;) {
-            const RowShare<Vector> share(m - i);
-            direct_rows<Vector>(share, n, p, a + i + l * p.aStep, b + l * p.bStep, c + i);
-            i += share.rows;
+        // Down the columns of C if the steps are few, as it is then C that the time goes into.
+        const int columnsAtOnce = p.k <= directShallow ? DirectTiles<Vector>::columns : n;
+        for (int j = 0; j < n; j += columnsAtOnce) {
+            const int columns = smaller(columnsAtOnce, n - j);
+            for (int i = 0; i < m;) {
+                const RowShare<Vector> share(m - i);
+                direct_rows<Vector>(share, columns, p, a + i + l * p.aStep, b + l * p.bStep + j * p.bColumn,
+                                    c + i + j * p.ldc);
+                i += share.rows;
+            }
         }
     }
 }

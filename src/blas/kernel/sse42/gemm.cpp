@@ -8,24 +8,49 @@ namespace {
 
 constexpr GemmPlanRow<float> row = sgemm_row<sgemmBlocksSse42>(0);
 
-// Which products a wide form computes without packing.
+// Which products a form computes without packing: up to how many multiply-adds (m*n*k). Beyond, packing costs
+// less than operands that come from the outer caches again and again.
 struct DirectRange {
-    int work;  // m*n*k at most: beyond it, operands come from the outer caches again and again
-    int area;  // m*n at most if k is less than `depth`: the time goes into C then, and the row tiles take it across
-    int depth; // its columns
+    double plain;      // A as it lies
+    double transposed; // A transposed: its tiles are transposed on the way, again for each group of columns
+    int fewRows;       // a C this low uses an element of B so seldom that packing and expanding it cost most
+    double low;        // limit for such a C
+    double lowByRows;  // the same if B is transposed and long walks along its rows thrash the address cache
+    int fewColumns;    // a C this narrow uses packed A too seldom, if A is not transposed
+    double narrow;     // limit for such a C
 };
 constexpr DirectRange directRanges[] = {
-    {},
-    {.work = 1 << 27, .area = 1 << 19, .depth = 64},
-    {.work = 1 << 27, .area = 1 << 19, .depth = 64},
+    {.plain = 14 * 14 * 14,
+     .transposed = 12 * 12 * 12,
+     .fewRows = 0,
+     .low = 0,
+     .lowByRows = 0,
+     .fewColumns = 0,
+     .narrow = 0},
+    {.plain = 0x1p19,
+     .transposed = 0x1p18,
+     .fewRows = 32,
+     .low = 0x1p27,
+     .lowByRows = 0x1p24,
+     .fewColumns = 12,
+     .narrow = 0x1p22},
+    {.plain = 0x1p24,
+     .transposed = 0x1p22,
+     .fewRows = 32,
+     .low = 0x1p27,
+     .lowByRows = 0x1p24,
+     .fewColumns = 32,
+     .narrow = 0x1p26},
 };
 
 } // namespace
 
-bool goes_direct(VectorForm form, int m, int n, int k) {
+bool goes_direct(VectorForm form, bool transposedA, bool transposedB, int m, int n, int k) {
     const DirectRange& range = directRanges[static_cast<int>(form)];
-    const std::int64_t area = std::int64_t{m} * n;
-    return area <= (k < range.depth ? range.area : range.work) && area * k <= range.work;
+    const double work = static_cast<double>(m) * n * k;
+    return work <= (transposedA ? range.transposed : range.plain) ||
+           (m <= range.fewRows && work <= (transposedB ? range.lowByRows : range.low)) ||
+           (!transposedA && n <= range.fewColumns && work <= range.narrow);
 }
 
 DirectSgemm* direct_sgemm(VectorForm form) {
@@ -36,7 +61,7 @@ DirectSgemm* direct_sgemm(VectorForm form) {
         return sse42_avx2::direct;
 #endif
     static_cast<void>(form);
-    return nullptr;
+    return blas_sgemm_small;
 }
 
 void plan_load_for(VectorForm form, GemmPlan<float>* plan) {
@@ -57,7 +82,7 @@ void blas_sgemm_kernel(QRV_GEMM_PARAMETERS(float)) {
     if (*m <= 0 || *n <= 0)
         return;
     const VectorForm form = vector_form();
-    if (*k > 0 && *alpha != 0 && goes_direct(form, *m, *n, *k))
+    if (*k > 0 && *alpha != 0 && goes_direct(form, transposes(*transa), transposes(*transb), *m, *n, *k))
         return direct_sgemm(form)(QRV_GEMM_ARGUMENTS);
     blas_sgemm_by_plan(QRV_GEMM_ARGUMENTS);
 }
