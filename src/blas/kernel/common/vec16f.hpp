@@ -147,20 +147,4 @@ inline void transpose_rows(const float* const (&row)[4], int l, int count, Vec16
     x[0].v = _mm512_permutexvar_ps(order, join_quads(quad(row[0]), quad(row[1]), quad(row[2]), quad(row[3])));
 }
 
-// The same of sixteen rows, one vector a step, ld apart.
-inline void transpose_to_columns(const float* const (&row)[16], int l, int count, float* out, std::ptrdiff_t ld) {
-    Vec16f x[4];
-#pragma GCC unroll 4
-    for (int q = 0; q < 4; ++q) {
-        const float* const four[4] = {row[4 * q], row[4 * q + 1], row[4 * q + 2], row[4 * q + 3]};
-        Vec16f steps[1];
-        transpose_rows(four, l, count, steps);
-        x[q] = steps[0];
-    }
-    transpose_quads(x);
-#pragma GCC unroll 4
-    for (int s = 0; s < 4; ++s)
-        x[s].store(out + s * ld);
-}
-
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -133,19 +133,4 @@ inline void transpose_rows(const float* const (&row)[4], int l, int count, Vec8f
     x[1] = in_order(_mm256_unpackhi_ps(even, odd));
 }
 
-// The same of eight rows, one vector a step, ld apart.
-inline void transpose_to_columns(const float* const (&row)[8], int l, int count, float* out, std::ptrdiff_t ld) {
-    const float* const upper[4] = {row[0], row[1], row[2], row[3]};
-    const float* const lower[4] = {row[4], row[5], row[6], row[7]};
-    Vec8f x[2], y[2];
-    transpose_rows(upper, l, count, x);
-    transpose_rows(lower, l, count, y);
-    for (int pair = 0; pair < 2; ++pair) {
-        Vec8f step[2] = {x[pair], y[pair]};
-        transpose_quads(step);
-        step[0].store(out + 2 * pair * ld);
-        step[1].store(out + (2 * pair + 1) * ld);
-    }
-}
-
 } // namespace qrv::kernel::QRV_KERNEL_BUILD
