@@ -17,9 +17,10 @@ if(QRV_WIDE_KERNELS)
       -mavx512f -mavx512vl -mavx512dq -mavx512bw -mavx2 -mfma -mprefer-vector-width=512)
   set(QRV_KERNEL_SOURCES_sse42_avx2 blas/kernel/sse42/gemm_avx2.cpp)
   set(QRV_KERNEL_SOURCES_sse42_avx512 blas/kernel/sse42/gemm_avx512.cpp)
-  # GCC's own intrinsics leave the unused source of an operation undefined, and GCC 12 warns of it.
+  # GCC's own intrinsics leave the unused source of an operation undefined, and GCC 12 warns of it. Allocating registers
+  # loop by loop it spills operands of the full tiles, for the whole function it does not.
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    list(APPEND QRV_KERNEL_FLAGS_sse42_avx2 -Wno-maybe-uninitialized -Wno-uninitialized)
-    list(APPEND QRV_KERNEL_FLAGS_sse42_avx512 -Wno-maybe-uninitialized -Wno-uninitialized)
+    list(APPEND QRV_KERNEL_FLAGS_sse42_avx2 -Wno-uninitialized -Wno-maybe-uninitialized -fira-region=all)
+    list(APPEND QRV_KERNEL_FLAGS_sse42_avx512 -Wno-uninitialized -Wno-maybe-uninitialized -fira-region=all)
   endif()
 endif()

@@ -114,7 +114,7 @@ constexpr EntryRow entryRows[] = {
 // The arguments of a call as their addresses; argument p stands at index p - 1.
 using ArgumentAddresses = const void* const*;
 
-[[gnu::always_inline]] // Always inlined: with a constant rule, as in an entry, all that remains is one comparison.
+// Always inlined: with a constant rule, as in an entry, all that remains is one comparison.
 [[gnu::always_inline]] constexpr bool rule_fails(const Rule& rule, ArgumentAddresses arguments) {
     const auto letter_at = [&](int p) { return *static_cast<const char*>(arguments[p - 1]); };
     const auto int_at = [&](int p) { return p == 0 ? 0 : *static_cast<const int*>(arguments[p - 1]); };

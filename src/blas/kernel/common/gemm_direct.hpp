@@ -9,7 +9,7 @@
 //   few rows, or few columns, and many steps  see gemm_dots.hpp
 //   alignment  none assumed
 //   reads      nothing past the operands; C only if beta is not 0
-//   alpha, k   not 0: see the caller
+//   m, n, k    positive; alpha = 0 and k = 0 are the caller's
 //
 // Each element of C sums its products in ascending k, in one chain a block of steps: alpha*sum + beta*C for the first
 // block, alpha*sum + C for those after it. Lanes past the last row hold what never reaches C.

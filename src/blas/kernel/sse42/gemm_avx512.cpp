@@ -11,11 +11,14 @@
 #include "blas/kernel/sse42/wide.hpp"
 
 namespace qrv::kernel::sse42_avx512 {
+
+constexpr bool manyRegisters = sizeof(void*) == 8;
+
 // 24 sums of 32 registers, respectively 6 of 8: with three rows of A, or one, and an element of B.
 template <>
 struct DirectTiles<Vec16f> {
-    static constexpr int vectors = sizeof(void*) == 8 ? 3 : 1;
-    static constexpr int columns = sizeof(void*) == 8 ? 8 : 6;
+    static constexpr int vectors = manyRegisters ? 3 : 1;
+    static constexpr int columns = manyRegisters ? 8 : 6;
 };
 
 namespace {
@@ -79,21 +82,9 @@ struct QuadSliver {
     }
 };
 
-template <bool ManyRegisters>
-struct Shapes { // 64-bit mode
-    using Wide = TileShape<SliverPair, 4, 2>;
-    using Middle = TileShape<SliverPair, 4, 1>;
-    using Narrow = TileShape<QuadSliver, 8, 1>;
-};
-template <>
-struct Shapes<false> {
-    using Wide = TileShape<SliverPair, 3, 1>;
-    using Middle = Wide;
-    using Narrow = TileShape<QuadSliver, 6, 1>;
-};
-using Wide = Shapes<sizeof(void*) == 8>::Wide;
-using Middle = Shapes<sizeof(void*) == 8>::Middle;
-using Narrow = Shapes<sizeof(void*) == 8>::Narrow;
+using Wide = TileShape<SliverPair, manyRegisters ? 4 : 3, manyRegisters ? 2 : 1>;
+using Middle = TileShape<SliverPair, manyRegisters ? 4 : 3, 1>;
+using Narrow = TileShape<QuadSliver, manyRegisters ? 8 : 6, 1>;
 constexpr int sliverFactor = 8; // sliver floats per float of B, four columns counted
 static_assert(Wide::sliverStep <= quadColumns * sliverFactor && Middle::sliverStep <= quadColumns * sliverFactor &&
               Narrow::sliverStep <= quadColumns * sliverFactor);
