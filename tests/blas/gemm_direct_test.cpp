@@ -219,6 +219,7 @@ TEST(GemmDirectRule, Edges) {
             << row.transa << row.transb << row.m << 'x' << row.n << 'x' << row.k;
         EXPECT_TRUE(goes(1, 1, 1));
         EXPECT_FALSE(goes(1024, 1024, 1024));
+        EXPECT_FALSE(goes(1024, 1024, 8)) << "large and shallow";
         EXPECT_FALSE(goes(most, most, most)) << "a product that no integer holds";
     }
 }

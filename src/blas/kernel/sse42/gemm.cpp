@@ -43,11 +43,18 @@ constexpr DirectRange directRanges[] = {
      .narrow = 0x1p26},
 };
 
+// A product of few steps spends its time in C, which the packed path walks more gently once it leaves the caches.
+constexpr int shallowDepth = 32;
+constexpr double shallowArea = 0x1p19;
+
 } // namespace
 
 bool goes_direct(VectorForm form, bool transposedA, bool transposedB, int m, int n, int k) {
     const DirectRange& range = directRanges[static_cast<int>(form)];
-    const double work = static_cast<double>(m) * n * k;
+    const double area = static_cast<double>(m) * n;
+    if (k < shallowDepth && area > shallowArea)
+        return false;
+    const double work = area * k;
     return work <= (transposedA ? range.transposed : range.plain) ||
            (m <= range.fewRows && work <= (transposedB ? range.lowByRows : range.low)) ||
            (!transposedA && n <= range.fewColumns && work <= range.narrow);
