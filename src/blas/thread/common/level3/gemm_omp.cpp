@@ -277,6 +277,12 @@ template void gemm_large_region<float>(GemmProblem<float>, const GemmFacts&, int
 
 namespace {
 
+// The forms belong to the newest class; the others have none.
+VectorForm form_in_use() {
+    constexpr int sse42Class = 5;
+    return qrv_serv_get_cpu_type() == sse42Class ? vector_form() : VectorForm::sse;
+}
+
 // Calls that may repay threads. Out of line, so that a tiny call pays for the gate alone.
 template <class T>
 [[gnu::noinline]] void gemm_with_budget(QRV_GEMM_PARAMETERS(T)) {
@@ -284,7 +290,7 @@ template <class T>
     const GemmSizes sizes{*m, *n, *k};
     const int threads = qrv_serv_domain_get_max_threads(QRV_DOMAIN_BLAS);
     const bool small = gemm_is_small(sizes);
-    if (threads <= 1 || (small && !gemm_gains(Family::gain, sizes, threads)))
+    if (threads <= 1 || (small && !gemm_gains(Family::gain, sizes, threads, gemm_thread_cost(form_in_use()))))
         return Family::serial(QRV_GEMM_ARGUMENTS);
     const GemmProblem<T> problem = problem_of<T>(QRV_GEMM_ARGUMENTS);
     if (small)

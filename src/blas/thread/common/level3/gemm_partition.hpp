@@ -10,6 +10,7 @@
 #include <limits>
 
 #include "blas/kernel/gemm_plan.hpp"
+#include "service/vector_form.hpp"
 
 namespace qrv {
 
@@ -72,10 +73,24 @@ constexpr std::int64_t gemm_work(const GemmGainRule& rule, int x, int y, int k) 
     return k * (std::int64_t{rule.productWeight} * x * y + x + y) / rule.divisor;
 }
 
+// What starting a thread costs, in units of gemm_work. The kernels of wider vectors do such a unit faster, and the
+// cost in them is so much higher: two threads break even near n = 50 with AVX-512, near 37 with AVX2.
+constexpr int gemm_thread_cost(VectorForm form) {
+    switch (form) {
+    case VectorForm::avx512:
+        return 10000;
+    case VectorForm::avx2:
+        return 4000;
+    case VectorForm::sse:
+        break;
+    }
+    return 1000;
+}
+
 // Whether a small call repays a team of `threads`.
-constexpr bool gemm_gains(const GemmGainRule& rule, GemmSizes s, int threads) {
-    constexpr int threadCost = 1000; // of starting a thread, in units of gemm_work
-    constexpr double wanted = 1.4;   // serial over threaded cost
+constexpr bool gemm_gains(const GemmGainRule& rule, GemmSizes s, int threads,
+                          int threadCost = gemm_thread_cost(VectorForm::sse)) {
+    constexpr double wanted = 1.4; // serial over threaded cost
     if (threads < rule.fromTeam)
         return true;
     const bool byRows = gemm_plain_split(s, threads) == GemmSplit::rows;
