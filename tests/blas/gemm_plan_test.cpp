@@ -1,21 +1,15 @@
 // The plan of the plan-driven SGEMM: rows, block rules, buffers, and the blocked core in every mode.
-#include <gtest/gtest.h>
+#include <string_view>
 
 #include "blas/kernel/common/gemm_blocks.hpp"
-#include "service/work_pool.hpp"
 #include "support/packing.hpp"
-#include "support/plans.hpp"
+#include "support/subjects.hpp"
+#include "support/work_memory.hpp"
 
 namespace qrv::test {
 namespace {
 
 using Plan = GemmPlan<float>;
-
-Plan loaded(const PlanBuild& build) {
-    Plan plan{};
-    build.load(&plan);
-    return plan;
-}
 
 // ---- Block rules -------------------------------------------------------------------------------------------
 
@@ -70,15 +64,15 @@ TEST(GemmBlocks, PresetBlocksSurvive) {
     const int m = 1000, n = 1000, k = 1000;
     for (const PlanBuild& build : plan_builds())
         for (int preset = 0; preset < 8; ++preset) {
-            Plan plan = loaded(build), free = plan;
+            Plan plan = build.loaded(), free = plan;
             free.setBlocks(&m, &n, &k, &free);
             plan.mb = preset & 1 ? 24 : 0;
             plan.nb = preset & 2 ? 40 : 0;
             plan.kb = preset & 4 ? 56 : 0;
             plan.setBlocks(&m, &n, &k, &plan);
-            EXPECT_EQ(plan.mb, preset & 1 ? 24 : free.mb) << build.name;
-            EXPECT_EQ(plan.nb, preset & 2 ? 40 : 1000) << build.name;
-            EXPECT_EQ(plan.kb, preset & 4 ? 56 : 256) << build.name;
+            EXPECT_EQ(plan.mb, preset & 1 ? 24 : free.mb) << build;
+            EXPECT_EQ(plan.nb, preset & 2 ? 40 : 1000) << build;
+            EXPECT_EQ(plan.kb, preset & 4 ? 56 : 256) << build;
         }
 }
 
@@ -86,10 +80,10 @@ TEST(GemmBlocks, PresetBlocksSurvive) {
 
 TEST(GemmPlanRows, Constants) {
     for (const PlanBuild& build : plan_builds()) {
-        const bool pairs = std::string(build.name) == "ssse3 row 0";
-        const Plan plan = loaded(build);
-        SCOPED_TRACE(build.name);
-        EXPECT_EQ(plan.rowIndex, std::string(build.name) == "ssse3 row 1" ? 1 : 0);
+        const bool pairs = build.pairs;
+        const Plan plan = build.loaded();
+        SCOPED_TRACE(build);
+        EXPECT_EQ(plan.rowIndex, build.cpuType == 4 && !pairs ? 1 : 0);
         EXPECT_EQ(plan.tableTag, 126);
         EXPECT_EQ(plan.mUnit, 4);
         EXPECT_EQ(plan.nUnit, pairs ? 2 : 4);
@@ -109,16 +103,16 @@ TEST(GemmPlanRows, Constants) {
 TEST(GemmPlanRows, Sse41ChoosesTheRow) {
     EXPECT_EQ(kernel::ssse3::plan_row(false), 0);
     EXPECT_EQ(kernel::ssse3::plan_row(true), 1);
-    if (cpu_type_of(cpuid(1)) < 4)
-        GTEST_SKIP() << "this processor has no SSSE3";
+    if (!in_this_run(4))
+        return;
     Plan plan{};
     kernel::ssse3::blas_sgemm_plan_load(&plan);
     EXPECT_EQ(plan.rowIndex, bit(cpuid(1).ecx, 19) ? 1 : 0);
 }
 
 TEST(GemmPlanRows, ResetForgetsAndSetBlocksStores) {
-    if (cpu_type_of(cpuid(1)) < 5)
-        GTEST_SKIP() << "this processor has no SSE4.2";
+    if (!in_this_run(5))
+        return;
     using namespace kernel::sse42;
     Plan plan{};
     blas_sgemm_plan_load(&plan);
@@ -170,7 +164,7 @@ bool same(const GemmBuffer<float>& x, const GemmBuffer<float>& y) {
 }
 
 Plan with_marked_buffers(const PlanBuild& build, int mb, int nb, int kb) {
-    Plan plan = loaded(build);
+    Plan plan = build.loaded();
     plan.mb = mb;
     plan.nb = nb;
     plan.kb = kb;
@@ -202,14 +196,14 @@ TEST(GemmBuffers, SizesOfEachSet) {
                 ASSERT_EQ(plan.bufferSizes(set.set, row.clip, &m, &n, &k, &plan), 0);
                 const auto fill = [](int x, int unit) { return (x + unit - 1) / unit * unit; };
                 const int mm = fill(row.mm, plan.mUnit), nn = fill(row.nn, plan.nUnit), kk = fill(row.kk, plan.kUnit);
-                const auto has = [&](char c) { return std::string(set.order).find(c) != std::string::npos; };
+                const auto has = [&](char c) { return std::string_view(set.order).find(c) != std::string_view::npos; };
                 const auto bytes = [](int floats) { return static_cast<std::size_t>(floats) * 4 + 512; };
                 const GemmBuffer<float> a{nullptr, plan.mUnit * kk, bytes(mm * kk), 12};
                 const GemmBuffer<float> b{nullptr, plan.nUnit * kk, bytes(nn * kk), 12};
                 const GemmBuffer<float> sliver{nullptr, -1, bytes(kk * plan.nUnit * plan.smallFactor), 7};
-                EXPECT_TRUE(same(plan.aBuffer, has('a') ? a : untouched)) << build.name << ' ' << set.order;
-                EXPECT_TRUE(same(plan.bBuffer, has('b') ? b : untouched)) << build.name << ' ' << set.order;
-                EXPECT_TRUE(same(plan.sliver, has('s') ? sliver : untouched)) << build.name << ' ' << set.order;
+                EXPECT_TRUE(same(plan.aBuffer, has('a') ? a : untouched)) << build << ' ' << set.order;
+                EXPECT_TRUE(same(plan.bBuffer, has('b') ? b : untouched)) << build << ' ' << set.order;
+                EXPECT_TRUE(same(plan.sliver, has('s') ? sliver : untouched)) << build << ' ' << set.order;
             }
 }
 
@@ -221,7 +215,7 @@ TEST(GemmBuffers, UnknownCodesChangeNothing) {
             EXPECT_EQ(plan.bufferSizes(static_cast<BufferSet>(set), static_cast<BlockClip>(clip), &m, &n, &k, &plan),
                       1);
             EXPECT_TRUE(same(plan.aBuffer, untouched) && same(plan.bBuffer, untouched) && same(plan.sliver, untouched))
-                << build.name << ' ' << set << ' ' << clip;
+                << build << ' ' << set << ' ' << clip;
         }
 }
 
@@ -246,7 +240,7 @@ TEST(GemmBuffers, StandInOneBlockInTheirOrder) {
                 const GemmBuffer<float>& buffer = *c == 'a' ? plan.aBuffer : *c == 'b' ? plan.bBuffer : plan.sliver;
                 const std::uintptr_t unit = std::uintptr_t{1} << buffer.alignShift;
                 address = (address + unit - 1) / unit * unit;
-                EXPECT_EQ(reinterpret_cast<std::uintptr_t>(buffer.data), address) << build.name << ' ' << set.order;
+                EXPECT_EQ(reinterpret_cast<std::uintptr_t>(buffer.data), address) << build << ' ' << set.order;
                 address += buffer.bytes;
                 total += buffer.bytes + 2 * unit;
             }
@@ -260,7 +254,7 @@ TEST(GemmBuffers, StandInOneBlockInTheirOrder) {
 TEST(GemmCore, PickModeByTheBlockOfB) {
     for (const PlanBuild& build : plan_builds()) {
         const auto picked = [&](int nb, int n, int k) {
-            Plan plan = loaded(build);
+            Plan plan = build.loaded();
             plan.mb = 64;
             plan.kb = 256;
             plan.nb = nb;
@@ -269,314 +263,200 @@ TEST(GemmCore, PickModeByTheBlockOfB) {
             const float one = 1;
             return build.pickMode(&op, &op, &m, &n, &k, &one, nullptr, &ld, nullptr, &ld, &one, nullptr, &ld, &plan);
         };
-        EXPECT_EQ(picked(6144, 90000, 256), GemmMode::packA) << build.name;
-        EXPECT_EQ(picked(6145, 90000, 256), GemmMode::packBoth) << build.name;
-        EXPECT_EQ(picked(6145, 6144, 256), GemmMode::packA) << build.name;
-        EXPECT_EQ(picked(6145, 90000, 255), GemmMode::packA) << build.name;
-        EXPECT_EQ(picked(2000000000, 2000000000, 256), GemmMode::packBoth) << build.name;
+        EXPECT_EQ(picked(6144, 90000, 256), GemmMode::packA) << build;
+        EXPECT_EQ(picked(6145, 90000, 256), GemmMode::packBoth) << build;
+        EXPECT_EQ(picked(6145, 6144, 256), GemmMode::packA) << build;
+        EXPECT_EQ(picked(6145, 90000, 255), GemmMode::packA) << build;
+        EXPECT_EQ(picked(2000000000, 2000000000, 256), GemmMode::packBoth) << build;
     }
 }
 
-constexpr char options[] = {'N', 'T'};
 constexpr GemmMode selfPacking[] = {GemmMode::choose, GemmMode::packBoth, GemmMode::packA};
 constexpr GemmMode given[] = {GemmMode::packBGivenA, GemmMode::directBGivenA, GemmMode::packAGivenB,
                               GemmMode::givenBoth};
 
-struct CoreCase {
-    GemmMode mode;
-    char transa, transb;
-    int m, n, k;
-    float alpha = 1, beta = 1;
-    int ldExtra = 0, offset = 0;
-    int mb = 0, nb = 0, kb = 0; // preset blocks
+struct Blocks {
+    int mb = 0, nb = 0, kb = 0;
 };
 
 // A call of the core, with operands packed by the plan's own routines where the mode wants them.
-class CoreCall {
-public:
-    CoreCall(const PlanBuild& build, const CoreCase& p)
-        : build_(build), p_(p), plan_(loaded(build)), a_(matrix(p.transa, p.m, p.k)), b_(matrix(p.transb, p.k, p.n)),
-          c_(p.m, p.n, p.m + p.ldExtra, p.offset), before_(c_) {
-        plan_.mb = p.mb;
-        plan_.nb = p.nb;
-        plan_.kb = p.kb;
-        std::mt19937 random(5);
-        a_.fill_random(random);
-        b_.fill_random(random);
-        if (p.beta == 0)
-            c_.fill(nan);
-        else
-            c_.fill_random(random);
+struct CoreCall {
+    const PlanBuild& build;
+    GemmMode mode;
+    GemmCase x;
+    Plan plan;
+    GuardedMatrix c;
+
+    CoreCall(const PlanBuild& in, GemmMode how, const GemmShape& p, Blocks blocks = {})
+        : build(in), mode(how), x(p), plan(in.loaded()), c(x.before) {
+        plan.mb = blocks.mb;
+        plan.nb = blocks.nb;
+        plan.kb = blocks.kb;
     }
 
-    GuardedMatrix& a() { return a_; }
-    GuardedMatrix& b() { return b_; }
-    const GuardedMatrix& c() const { return c_; }
-    const GuardedMatrix& before() const { return before_; }
-    const Plan& plan() const { return plan_; }
-
     int run() {
-        before_ = c_;
-        const int kp = (p_.k + plan_.kUnit - 1) / plan_.kUnit * plan_.kUnit;
+        GemmShape& p = x.p;
+        const int kp = (p.k + plan.kUnit - 1) / plan.kUnit * plan.kUnit;
         const bool givenA =
-            p_.mode == GemmMode::packBGivenA || p_.mode == GemmMode::directBGivenA || p_.mode == GemmMode::givenBoth;
-        const bool givenB = p_.mode == GemmMode::packAGivenB || p_.mode == GemmMode::givenBoth;
-        const int aStride = plan_.mUnit * kp, bStride = plan_.nUnit * kp;
-        PackBuffer aPacked(static_cast<std::size_t>((p_.m + 3) / plan_.mUnit * aStride + 64));
-        PackBuffer bPacked(static_cast<std::size_t>((p_.n + 3) / plan_.nUnit * bStride + 64));
-        int lda = a_.ld(), ldb = b_.ld();
-        const int ldc = c_.ld();
-        const float* a = a_.data();
-        const float* b = b_.data();
+            mode == GemmMode::packBGivenA || mode == GemmMode::directBGivenA || mode == GemmMode::givenBoth;
+        const bool givenB = mode == GemmMode::packAGivenB || mode == GemmMode::givenBoth;
+        const int aStride = plan.mUnit * kp, bStride = plan.nUnit * kp;
+        PackBuffer aPacked((p.m + 3) / plan.mUnit * aStride + 64), bPacked((p.n + 3) / plan.nUnit * bStride + 64);
+        int lda = x.a.ld(), ldb = x.b.ld();
+        const int ldc = c.ld();
+        const float *a = x.a.data(), *b = x.b.data();
         if (givenA) {
-            (is_transposed(p_.transa) ? plan_.copyAT : plan_.copyAN)(&p_.m, &p_.k, a, &lda, aPacked.data(), &aStride,
-                                                                     &p_.alpha);
+            (is_transposed(p.transa) ? plan.copyAT : plan.copyAN)(&p.m, &p.k, a, &lda, aPacked.data(), &aStride,
+                                                                  &p.alpha);
             a = aPacked.data();
             lda = aStride;
         }
         if (givenB) {
-            (is_transposed(p_.transb) ? plan_.copyBT : plan_.copyBN)(&p_.k, &p_.n, b, &ldb, bPacked.data(), &bStride);
+            (is_transposed(p.transb) ? plan.copyBT : plan.copyBN)(&p.k, &p.n, b, &ldb, bPacked.data(), &bStride);
             b = bPacked.data();
             ldb = bStride;
         }
-        return build_.blocked(&p_.transa, &p_.transb, &p_.m, &p_.n, &p_.k, &p_.alpha, a, &lda, b, &ldb, &p_.beta,
-                              c_.data(), &ldc, p_.mode, &plan_);
+        c.set(x.before);
+        return build.blocked(&p.transa, &p.transb, &p.m, &p.n, &p.k, &p.alpha, a, &lda, b, &ldb, &p.beta, c.data(),
+                             &ldc, mode, &plan);
     }
-
     void check() {
-        ASSERT_EQ(run(), 0) << describe();
-        const double error = gemm_error(p_.transa, p_.transb, p_.k, p_.alpha, a_, b_, p_.beta, before_, c_);
-        EXPECT_TRUE(error <= 1 && c_.guards_intact()) << describe() << " error=" << error;
+        ASSERT_EQ(run(), 0) << *this;
+        const double error = x.reference().error(c);
+        EXPECT_TRUE(error <= 1 && c.guards_intact()) << *this << " error=" << error;
     }
-
-    std::string describe() const {
-        std::ostringstream text;
-        text << build_.name << " mode=" << static_cast<int>(p_.mode) << ' ' << p_.transa << p_.transb << " m=" << p_.m
-             << " n=" << p_.n << " k=" << p_.k << " alpha=" << p_.alpha << " beta=" << p_.beta << " ld+" << p_.ldExtra
-             << " offset=" << p_.offset;
-        return text.str();
-    }
-
     bool c_untouched() const {
-        for (int j = 0; j < p_.n; ++j)
-            for (int i = 0; i < p_.m; ++i)
-                if (c_(i, j) != before_(i, j))
-                    return false;
-        return c_.guards_intact();
+        return c.guards_intact() && c.count_bad([&](int i, int j, float z) { return z == x.before(i, j); }) == 0;
     }
-
-private:
-    GuardedMatrix matrix(char option, int rows, int columns) const {
-        const bool t = is_transposed(option);
-        return GuardedMatrix(t ? columns : rows, t ? rows : columns, (t ? columns : rows) + p_.ldExtra, p_.offset);
+    friend std::ostream& operator<<(std::ostream& out, const CoreCall& call) {
+        return out << call.build << " mode=" << static_cast<int>(call.mode) << ' ' << call.x.p;
     }
-
-    const PlanBuild& build_;
-    CoreCase p_;
-    Plan plan_;
-    GuardedMatrix a_, b_, c_, before_;
 };
 
-void check(const PlanBuild& build, const CoreCase& p) {
-    CoreCall(build, p).check();
-}
-
-TEST(GemmCore, EveryModeOnSmallShapes) {
-    for (const PlanBuild& build : plan_builds())
-        for (const char ta : options)
-            for (const char tb : options)
-                for (int m = 1; m <= 9; ++m)
-                    for (int n = 1; n <= 9; ++n)
-                        for (const int k : {1, 2, 3, 4, 5, 8, 11, 12}) {
-                            const auto at = [&](GemmMode mode) {
-                                check(build, {mode, ta, tb, m, n, k, 0.5F, (m + n) % 3 * 0.5F, k % 4, n % 4});
-                            };
-                            for (const GemmMode mode : selfPacking)
-                                at(mode);
-                            for (const GemmMode mode : given)
-                                at(mode);
-                        }
-}
-
-// Every edge of tile, panel group and micro-kernel pass, in one direction at a time.
-TEST(GemmCore, EveryModeAroundTheEdges) {
-    for (const PlanBuild& build : plan_builds())
-        for (const char ta : options)
-            for (const char tb : options)
-                for (const int edge : {10, 15, 16, 17, 22, 23, 24, 31, 32, 33, 35, 47, 48, 49, 63, 65, 97, 127, 129}) {
-                    const auto at = [&](GemmMode mode) {
-                        check(build, {mode, ta, tb, edge, 13, 18, -1, 1, 3, 1});
-                        check(build, {mode, ta, tb, 14, edge, 19, 2, 0, 1, 2});
-                        check(build, {mode, ta, tb, 21, 15, edge, 1, 0.25F, 2, 3});
-                    };
-                    for (const GemmMode mode : selfPacking)
-                        at(mode);
-                    for (const GemmMode mode : given)
-                        at(mode);
-                }
-}
-
-// Blocks so small that every loop of every mode runs more than once and ends in a shorter block.
-TEST(GemmCore, SeveralBlocksInEachDirection) {
-    for (const PlanBuild& build : plan_builds())
-        for (const char ta : options)
-            for (const char tb : options) {
-                for (const GemmMode mode : selfPacking) {
-                    check(build, {mode, ta, tb, 45, 39, 50, 1.5F, 1, 1, 0, 16, 12, 20});
-                    check(build, {mode, ta, tb, 33, 25, 41, 1.5F, 0, 1, 0, 8, 8, 8});
-                }
-                for (const GemmMode mode : given) {
-                    check(build, {mode, ta, tb, 45, 39, 50, 1.5F, 1, 1, 0, 16, 12, 256});
-                    check(build, {mode, ta, tb, 45, 39, 50, 1.5F, 1, 1, 0, 16, 12, 8}); // k is one block all the same
-                }
-            }
-}
-
-TEST(GemmCore, DeepAndWide) {
+template <class Body>
+void each_mode(const Body& body) {
     for (const PlanBuild& build : plan_builds()) {
-        for (const int k : {255, 256, 257, 300, 511, 513})
-            check(build, {GemmMode::choose, 'N', 'T', 21, 19, k, 1, 1, 1, 1});
-        check(build, {GemmMode::choose, 'T', 'N', 9, 5003, 10, 1, 1});
-        check(build, {GemmMode::choose, 'N', 'N', 2051, 7, 10, 1, 1});
-        check(build, {GemmMode::packBoth, 'N', 'T', 9, 5003, 10, 1, 0});
+        for (const GemmMode mode : selfPacking)
+            body(build, mode);
+        for (const GemmMode mode : given)
+            body(build, mode);
     }
 }
 
-TEST(GemmCore, AnyAlignmentOfC) {
-    for (const PlanBuild& build : plan_builds())
-        for (const GemmMode mode : {GemmMode::packBoth, GemmMode::packA})
-            for (int offset = 0; offset < 4; ++offset)
-                for (int ldExtra = 0; ldExtra < 4; ++ldExtra)
-                    for (const int m : {16, 19})
-                        check(build, {mode, 'N', 'N', m, 11, 12, 1, 1, ldExtra, offset});
+// Small ones, and every edge of tile, panel group and micro-kernel pass, in one direction at a time.
+TEST(GemmCore, EveryModeOnSmallShapesAndEdges) {
+    constexpr int depths[] = {1, 2, 3, 4, 5, 8, 11, 12};
+    each_mode([&](const PlanBuild& build, GemmMode mode) {
+        for (const char ta : transposeOptions)
+            for (const char tb : transposeOptions) {
+                const auto at = [&](int m, int n, int k) {
+                    const float beta = static_cast<float>((m + n + k) % 3) * 0.5F;
+                    CoreCall(build, mode, {ta, tb, m, n, k, 0.5F, beta, k % 4, n % 3, m % 4, 1, 2, n % 4}).check();
+                };
+                for (int m = 1; m <= 9; ++m)
+                    for (int n = 1; n <= 9; ++n)
+                        for (const int turn : {0, 3})
+                            at(m, n, depths[(m + 2 * n + turn) % 8]);
+                for (const int edge : {10, 15, 16, 17, 22, 23, 24, 31, 32, 33, 35, 47, 48, 49, 63, 65, 97, 127, 129}) {
+                    at(edge, 13, 18);
+                    at(14, edge, 19);
+                    at(21, 15, edge);
+                }
+            }
+    });
 }
 
-TEST(GemmCore, QuickReturns) {
-    for (const PlanBuild& build : plan_builds())
-        for (const GemmMode mode : {GemmMode::packBoth, GemmMode::packA, GemmMode::directBGivenA}) {
-            for (const auto& [alpha, beta, k] : {std::tuple{0.0F, 1.0F, 8}, {1.0F, 1.0F, 0}, {0.0F, 1.0F, 0}}) {
-                CoreCall call(build, {mode, 'N', 'N', 8, 8, k, alpha, beta});
-                call.a().fill(nan);
-                EXPECT_EQ(call.run(), 0);
-                EXPECT_TRUE(call.c_untouched()) << call.describe();
+// Blocks so small that every loop of every mode runs more than once and ends in a shorter block. Where an operand is
+// given, k is one block all the same.
+TEST(GemmCore, SeveralBlocksInEachDirection) {
+    each_mode([&](const PlanBuild& build, GemmMode mode) {
+        for (const char ta : transposeOptions)
+            for (const char tb : transposeOptions) {
+                CoreCall(build, mode, {ta, tb, 45, 39, 50, 1.5F, 1, 1, 1, 1}, {16, 12, 20}).check();
+                CoreCall(build, mode, {ta, tb, 45, 39, 50, 1.5F, 0.5F, 1, 1, 1}, {16, 12, 256}).check();
+                CoreCall(build, mode, {ta, tb, 33, 25, 41, 1.5F, 0, 1, 1, 1}, {8, 8, 8}).check();
             }
-            check(build, {mode, 'N', 'N', 9, 7, 0, 1, 0.5F});
-            CoreCall zeroed(build, {mode, 'N', 'N', 9, 7, 8, 0, 0}); // C full of NaN
-            zeroed.a().fill(nan);
-            EXPECT_EQ(zeroed.run(), 0);
-            for (int j = 0; j < 7; ++j)
-                for (int i = 0; i < 9; ++i)
-                    EXPECT_EQ(zeroed.c()(i, j), 0);
-        }
+    });
+    for (const PlanBuild& build : plan_builds())
+        CoreCall(build, GemmMode::packBoth, {'N', 'T', 9, 5003, 10, 1, 0}).check();
+}
+
+TEST(GemmCore, NothingToAddScalesC) {
+    each_mode([](const PlanBuild& build, GemmMode mode) {
+        for (const float beta : {0.0F, 1.0F, 0.5F})
+            for (const auto& [alpha, k] : {std::pair{0.0F, 8}, {1.0F, 0}, {0.0F, 0}}) {
+                CoreCall call(build, mode, {'N', 'N', 9, 7, k, alpha, beta});
+                call.x.a.fill(nan);
+                EXPECT_EQ(call.run(), 0);
+                const auto good = [&](int i, int j, float c) {
+                    return c == (beta == 0 ? 0 : beta * call.x.before(i, j));
+                };
+                EXPECT_EQ(call.c.count_bad(good), 0) << call;
+            }
+    });
 }
 
 TEST(GemmCore, UnknownModeDoesNothing) {
     for (const PlanBuild& build : plan_builds())
         for (const int mode : {-1, 1, 3, 12, 128}) {
-            CoreCall call(build, {static_cast<GemmMode>(mode), 'N', 'N', 8, 8, 8, 1, 2});
+            CoreCall call(build, static_cast<GemmMode>(mode), {'N', 'N', 8, 8, 8, 1, 2});
             EXPECT_EQ(call.run(), 1);
-            EXPECT_TRUE(call.c_untouched()) << call.describe();
-            EXPECT_EQ(call.plan().kb, 0) << "the plan is left alone as well";
+            EXPECT_TRUE(call.c_untouched()) << call;
+            EXPECT_EQ(call.plan.kb, 0) << "the plan is left alone as well";
         }
 }
-
-// ---- Memory ----------------------------------------------------------------------------------------------------
-
-int allocations = 0;
-
-void* counted(std::size_t size) {
-    ++allocations;
-    return std::malloc(size);
-}
-void* refused(std::size_t) {
-    return nullptr;
-}
-void* refused_array(std::size_t, std::size_t) {
-    return nullptr;
-}
-
-// The pool emptied and the allocator replaced, so that every taking of work memory is seen.
-class AllocatorInPlace {
-public:
-    explicit AllocatorInPlace(void* (*allocate)(std::size_t)) : before_(allocatorSlots) {
-        qrv_serv_free_buffers();
-        allocatorSlots.malloc = allocate;
-        if (allocate == refused)
-            allocatorSlots.calloc = refused_array;
-        allocations = 0;
-    }
-    ~AllocatorInPlace() {
-        qrv_serv_free_buffers();
-        allocatorSlots = before_;
-    }
-
-private:
-    AllocatorSlots before_;
-};
-
-TEST(GemmMemory, SelfPackingModesDoWithoutIt) {
-    for (const PlanBuild& build : plan_builds())
-        for (const GemmMode mode : selfPacking) {
-            const AllocatorInPlace refusing(refused);
-            check(build, {mode, 'N', 'T', 33, 29, 31, 1.5F, 0.5F, 1, 1});
-        }
-}
-
-TEST(GemmMemory, OtherModesReportItsLackAndLeaveC) {
-    for (const PlanBuild& build : plan_builds())
-        for (const GemmMode mode : given) {
-            CoreCall call(build, {mode, 'N', 'T', 33, 29, 31, 1.5F, 1, 1, 1});
-            const AllocatorInPlace refusing(refused);
-            EXPECT_EQ(call.run(), 1) << call.describe();
-            EXPECT_TRUE(call.c_untouched()) << call.describe();
-        }
-}
-
-// A problem right at the limits is small for the mode that packs both, and is not for the one that packs A.
-TEST(GemmMemory, SmallProblemsTakeNone) {
-    for (const PlanBuild& build : plan_builds()) {
-        const Plan row = loaded(build);
-        const auto takes = [&](GemmMode mode, int m, int n, int k) {
-            const AllocatorInPlace counting(counted);
-            check(build, {mode, 'N', 'N', m, n, k});
-            return allocations > 0;
-        };
-        for (int side = 0; side < 3; ++side) {
-            const auto size = [&](int which, int limit, int excess) { return which == side ? limit + excess : 40; };
-            for (const int excess : {-1, 0, 1}) {
-                const int m = size(0, row.smallM, excess), n = size(1, row.smallN, excess);
-                const int k = size(2, row.smallK, excess);
-                EXPECT_EQ(takes(GemmMode::packBoth, m, n, k), excess > 0) << build.name << m << ' ' << n << ' ' << k;
-                EXPECT_EQ(takes(GemmMode::packA, m, n, k), excess >= 0) << build.name << m << ' ' << n << ' ' << k;
-            }
-        }
-    }
-}
-
-// ---- NaN ---------------------------------------------------------------------------------------------------------
 
 // One NaN in op(A) reaches one row of C and no more, one in op(B) one column, wherever it stands.
 TEST(GemmCore, NanReachesItsRowOrColumn) {
-    const int m = 22, n = 15, k = 13;
-    for (const PlanBuild& build : plan_builds())
-        for (const char ta : options)
-            for (const char tb : options)
-                for (const GemmMode mode : {GemmMode::packBoth, GemmMode::packA, GemmMode::givenBoth})
-                    for (int l = 0; l < k; l += 3)
-                        for (int hit = 0; hit < m + n; ++hit) {
-                            CoreCall call(build, {mode, ta, tb, m, n, k, 1, 1, 1, 1});
-                            const int i = hit, j = hit - m;
-                            if (hit < m)
-                                (ta == 'T' ? call.a()(l, i) : call.a()(i, l)) = nan;
-                            else
-                                (tb == 'T' ? call.b()(j, l) : call.b()(l, j)) = nan;
-                            ASSERT_EQ(call.run(), 0);
-                            int wrong = 0;
-                            for (int column = 0; column < n; ++column)
-                                for (int row = 0; row < m; ++row)
-                                    wrong += std::isnan(call.c()(row, column)) != (hit < m ? row == i : column == j);
-                            EXPECT_EQ(wrong, 0) << call.describe() << " l=" << l << " hit=" << hit;
-                        }
+    each_mode([](const PlanBuild& build, GemmMode mode) {
+        for (const char ta : transposeOptions)
+            for (const char tb : transposeOptions) {
+                const int m = 22, n = 15, k = 13;
+                for (int hit = 0; hit < m + n; ++hit) {
+                    CoreCall call(build, mode, {ta, tb, m, n, k});
+                    const int l = hit * 5 % k;
+                    (hit < m ? call.x.a_at(hit, l) : call.x.b_at(l, hit - m)) = nan;
+                    ASSERT_EQ(call.run(), 0);
+                    const auto good = [&](int i, int j, float c) {
+                        return std::isnan(c) == ((hit < m ? i : j + m) == hit);
+                    };
+                    EXPECT_EQ(call.c.count_bad(good), 0) << call << " hit=" << hit;
+                }
+            }
+    });
+}
+
+// Without work memory a mode that packs for itself goes unpacked; the others say so and leave C as it is.
+TEST(GemmCore, RefusedMemory) {
+    const WorkMemoryProbe refusing(0, anySize);
+    for (const PlanBuild& build : plan_builds()) {
+        for (const GemmMode mode : selfPacking)
+            CoreCall(build, mode, {'N', 'T', 33, 29, 31, 1.5F, 0.5F, 1, 1, 1}).check();
+        for (const GemmMode mode : given) {
+            CoreCall call(build, mode, {'N', 'T', 33, 29, 31, 1.5F, 1, 1, 1, 1});
+            EXPECT_EQ(call.run(), 1) << call;
+            EXPECT_TRUE(call.c_untouched()) << call;
+        }
+    }
+}
+
+// A problem right at the limits is small for the mode that packs both, and is not for the one that packs A.
+TEST(GemmCore, SmallProblemsTakeNoMemory) {
+    for (const PlanBuild& build : plan_builds()) {
+        const Plan row = build.loaded();
+        for (int side = 0; side < 3; ++side)
+            for (const int excess : {-1, 0, 1}) {
+                const auto size = [&](int which, int limit) { return which == side ? limit + excess : 40; };
+                const GemmShape p{'N', 'N', size(0, row.smallM), size(1, row.smallN), size(2, row.smallK)};
+                const auto takes = [&](GemmMode mode) {
+                    const WorkMemoryProbe probe;
+                    CoreCall(build, mode, p).check();
+                    return probe.threads() > 0;
+                };
+                EXPECT_EQ(takes(GemmMode::packBoth), excess > 0) << build << ' ' << p;
+                EXPECT_EQ(takes(GemmMode::packA), excess >= 0) << build << ' ' << p;
+            }
+    }
 }
 
 } // namespace

@@ -1,128 +1,159 @@
-// Test matrices: random data, guard bands, and the double-precision product they are checked against.
+// Test matrices: guarded by values around them that are recognised, or by pages that must not be touched.
 #pragma once
 
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <new>
 #include <random>
+#include <sys/mman.h>
+#include <unistd.h>
 #include <vector>
 
 namespace qrv::test {
 
-// A column-major matrix with a leading dimension, a chosen start offset (in floats past a 64-byte boundary) and
-// canaries in front of it, behind it and in the gaps between its columns.
-class GuardedMatrix {
-public:
-    GuardedMatrix(int rows, int columns, int ld, int offset = 0)
-        : rows_(rows), columns_(columns), ld_(ld),
-          storage_(static_cast<std::size_t>(ld) * static_cast<std::size_t>(columns) + 3 * band, canary()) {
-        const auto address = reinterpret_cast<std::uintptr_t>(storage_.data());
-        first_ = band + (64 - address % 64) % 64 / sizeof(float) + static_cast<std::size_t>(offset);
-    }
-
-    float* data() { return storage_.data() + first_; }
-    const float* data() const { return storage_.data() + first_; }
-    int ld() const { return ld_; }
-    int rows() const { return rows_; }
-    int columns() const { return columns_; }
-    float& operator()(int i, int j) { return data()[i + static_cast<std::ptrdiff_t>(ld_) * j]; }
-    float operator()(int i, int j) const { return data()[i + static_cast<std::ptrdiff_t>(ld_) * j]; }
-
-    GuardedMatrix& fill_random(std::mt19937& random) {
-        std::uniform_real_distribution<float> uniform(-1, 1);
-        for (int j = 0; j < columns_; ++j)
-            for (int i = 0; i < rows_; ++i)
-                (*this)(i, j) = uniform(random);
-        return *this;
-    }
-    GuardedMatrix& fill(float value) {
-        for (int j = 0; j < columns_; ++j)
-            for (int i = 0; i < rows_; ++i)
-                (*this)(i, j) = value;
-        return *this;
-    }
-
-    // The elements of a matrix of the same size.
-    GuardedMatrix& assign(const GuardedMatrix& other) {
-        for (int j = 0; j < columns_; ++j)
-            for (int i = 0; i < rows_; ++i)
-                (*this)(i, j) = other(i, j);
-        return *this;
-    }
-
-    // Whether every float outside the matrix still holds the canary.
-    bool guards_intact() const {
-        std::size_t inside = 0;
-        for (std::size_t p = 0; p < storage_.size(); ++p) {
-            const bool within = p >= first_ &&
-                                p < first_ + static_cast<std::size_t>(ld_) * static_cast<std::size_t>(columns_) &&
-                                (p - first_) % static_cast<std::size_t>(ld_) < static_cast<std::size_t>(rows_);
-            inside += within;
-            if (!within && storage_[p] != canary())
-                return false;
-        }
-        return inside == static_cast<std::size_t>(rows_) * static_cast<std::size_t>(columns_);
-    }
-
-private:
-    static constexpr std::size_t band = 64;
-    static float canary() { return -7.0e33F; }
-
-    int rows_, columns_, ld_;
-    std::vector<float> storage_;
-    std::size_t first_;
-};
+constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+constexpr float infinity = std::numeric_limits<float>::infinity();
+constexpr char transposeOptions[] = {'N', 'T'};
 
 inline bool is_transposed(char option) {
     return option != 'N' && option != 'n';
 }
 
-// alpha*op(A)*op(B) + beta*C0 in double, to compare one or several results with.
-class GemmReference {
+// Column-major access to elements.
+template <class Storage>
+class ColumnMajor {
 public:
-    GemmReference(char transa, char transb, int k, float alpha, const GuardedMatrix& a, const GuardedMatrix& b,
-                  float beta, const GuardedMatrix& before)
-        : rows_(before.rows()), columns_(before.columns()) {
-        constexpr double unit = std::numeric_limits<float>::epsilon() / 2;
+    int rows() const { return rows_; }
+    int columns() const { return columns_; }
+    int ld() const { return ld_; }
+    float& operator()(int i, int j) { return self().data()[i + std::ptrdiff_t{ld_} * j]; }
+    float operator()(int i, int j) const { return self().data()[i + std::ptrdiff_t{ld_} * j]; }
+
+    Storage& fill(float value) {
+        return set([value](int, int) { return value; });
+    }
+    Storage& fill_random(std::mt19937& random) {
+        std::uniform_real_distribution<float> uniform(-1, 1);
+        return set([&](int, int) { return uniform(random); });
+    }
+    // Element (i, j) becomes value(i, j): that of another matrix of the same size, say.
+    template <class Value>
+    Storage& set(const Value& value) {
         for (int j = 0; j < columns_; ++j)
-            for (int i = 0; i < rows_; ++i) {
-                double sum = 0, size = 0;
-                for (int l = 0; l < k; ++l) {
-                    const double x = is_transposed(transa) ? a(l, i) : a(i, l);
-                    const double y = is_transposed(transb) ? b(j, l) : b(l, j);
-                    sum += x * y;
-                    size += std::abs(x * y);
-                }
-                const double scaled = beta == 0 ? 0 : static_cast<double>(beta) * before(i, j);
-                expected_.push_back(alpha * sum + scaled);
-                allowed_.push_back(unit * ((k + 3) * std::abs(alpha) * size + 2 * std::abs(scaled)) +
-                                   std::numeric_limits<float>::denorm_min());
-            }
+            for (int i = 0; i < rows_; ++i)
+                (*this)(i, j) = value(i, j);
+        return self();
+    }
+    // Elements for which good(i, j, element) does not hold.
+    template <class Good>
+    int count_bad(const Good& good) const {
+        int bad = 0;
+        for (int j = 0; j < columns_; ++j)
+            for (int i = 0; i < rows_; ++i)
+                bad += !good(i, j, (*this)(i, j));
+        return bad;
     }
 
-    // Largest error of C in units of the rounding that a sum of k + 2 terms of that size may have: at most about 1
-    // for a good product. NaN if an element that should be finite is not.
-    double error(const GuardedMatrix& c) const {
-        double worst = 0;
-        std::size_t p = 0;
-        for (int j = 0; j < columns_; ++j)
-            for (int i = 0; i < rows_; ++i, ++p) {
-                const double error = std::abs(c(i, j) - expected_[p]) / allowed_[p];
-                if (!(error <= worst))
-                    worst = error;
-            }
-        return worst;
+protected:
+    ColumnMajor(int rows, int columns, int ld) : rows_(rows), columns_(columns), ld_(ld) {}
+
+private:
+    Storage& self() { return static_cast<Storage&>(*this); }
+    const Storage& self() const { return static_cast<const Storage&>(*this); }
+    int rows_, columns_, ld_;
+};
+
+// A matrix that begins `offset` floats past a 64-byte boundary, with canaries in front of it, behind it and in the gaps
+// between its columns. They are NaN, so what reads them shows as well as what writes them.
+class GuardedMatrix : public ColumnMajor<GuardedMatrix> {
+public:
+    GuardedMatrix(int rows, int columns, int ld, int offset = 0)
+        : ColumnMajor(rows, columns, ld), size_(static_cast<std::size_t>(ld) * static_cast<std::size_t>(columns)),
+          storage_(size_ + static_cast<std::size_t>(2 * ld) + 3 * band, std::bit_cast<float>(canary)) {
+        const auto address = reinterpret_cast<std::uintptr_t>(storage_.data());
+        first_ = band + (64 - address % 64) % 64 / sizeof(float) + static_cast<std::size_t>(offset);
+    }
+    // A copy has the same offset.
+    GuardedMatrix(const GuardedMatrix& other)
+        : GuardedMatrix(other.rows(), other.columns(), other.ld(),
+                        static_cast<int>(reinterpret_cast<std::uintptr_t>(other.data()) % 64 / sizeof(float))) {
+        set(other);
+    }
+    GuardedMatrix& operator=(const GuardedMatrix&) = delete;
+
+    float* data() { return storage_.data() + first_; }
+    const float* data() const { return storage_.data() + first_; }
+
+    bool guards_intact() const {
+        bool intact = true;
+        const auto check = [&](std::size_t from, std::size_t to) {
+            for (std::size_t p = from; p < to; ++p)
+                intact = intact && std::bit_cast<std::uint32_t>(storage_[p]) == canary;
+        };
+        const auto ld = static_cast<std::size_t>(this->ld()), rows = static_cast<std::size_t>(this->rows());
+        check(0, first_);
+        for (std::size_t column = first_; column < first_ + size_; column += ld)
+            check(column + rows, column + ld);
+        check(first_ + size_, storage_.size());
+        return intact;
     }
 
 private:
-    int rows_, columns_;
-    std::vector<double> expected_, allowed_; // by columns
+    static constexpr std::size_t band = 64;
+    static constexpr std::uint32_t canary = 0x7FC0'5A5A;
+
+    std::size_t size_;
+    std::vector<float> storage_;
+    std::size_t first_;
 };
 
-inline double gemm_error(char transa, char transb, int k, float alpha, const GuardedMatrix& a, const GuardedMatrix& b,
-                         float beta, const GuardedMatrix& before, const GuardedMatrix& c) {
-    return GemmReference(transa, transb, k, alpha, a, b, beta, before).error(c);
-}
+// `count` floats whose last byte is the last one before an inaccessible page; with `atFront`, whose first byte is
+// the first one behind such a page. A read or write beyond stops the program.
+class GuardPageArray {
+public:
+    explicit GuardPageArray(std::size_t count, bool atFront = false) {
+        const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+        const std::size_t bytes = (count * sizeof(float) + page - 1) / page * page;
+        length_ = bytes + 2 * page;
+        map_ = mmap(nullptr, length_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (map_ == MAP_FAILED)
+            throw std::bad_alloc();
+        char* const inside = static_cast<char*>(map_) + page;
+        if (mprotect(inside, bytes, PROT_READ | PROT_WRITE) != 0)
+            throw std::bad_alloc();
+        data_ = reinterpret_cast<float*>(atFront ? inside : inside + bytes - count * sizeof(float));
+    }
+    ~GuardPageArray() { munmap(map_, length_); }
+    GuardPageArray(const GuardPageArray&) = delete;
+    GuardPageArray& operator=(const GuardPageArray&) = delete;
+
+    float* data() { return data_; }
+    const float* data() const { return data_; }
+
+private:
+    void* map_;
+    std::size_t length_;
+    float* data_;
+};
+
+// A copy of a matrix in such memory, from its first element to the last one of its last column.
+class PageMatrix : public ColumnMajor<PageMatrix> {
+public:
+    PageMatrix(const GuardedMatrix& x, bool atFront)
+        : ColumnMajor(x.rows(), x.columns(), x.ld()),
+          array_(static_cast<std::size_t>(x.ld()) * static_cast<std::size_t>(x.columns() - 1) +
+                     static_cast<std::size_t>(x.rows()),
+                 atFront) {
+        set(x);
+    }
+    float* data() { return array_.data(); }
+    const float* data() const { return array_.data(); }
+
+private:
+    GuardPageArray array_;
+};
 
 } // namespace qrv::test

@@ -67,10 +67,13 @@ void pack_rows(int rows, int k, const float* a, std::ptrdiff_t lda, float* out, 
         QRV_UNROLL
         for (int v = 0; v < kStep / Vector::quads; ++v) {
             float* line = out + l * panelRows + v * Vector::lanes;
+            Vector scaled = alpha * x[v];
+            if (count < kStep) // an infinite alpha would make a NaN of a step's zeros
+                scaled = scaled.kept({Vector::lanes, panelRows * count - v * Vector::lanes});
             if (Full)
-                (alpha * x[v]).store(line);
+                scaled.store(line);
             else
-                store_kept(line, alpha * x[v], kept);
+                store_kept(line, scaled, kept);
         }
     };
     int l = 0;

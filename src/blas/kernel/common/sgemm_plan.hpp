@@ -6,7 +6,7 @@
 #include "blas/kernel/common/gemm_pack.hpp"
 #include "blas/kernel/common/gemm_scale_c.hpp"
 #include "blas/kernel/common/gemm_small.hpp"
-#include "blas/kernel/gemm_plan_pieces.hpp"
+#include "blas/kernel/gemm_pieces.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 

@@ -1,17 +1,26 @@
-// The pieces of the plan-driven SGEMM that are reached by name and not through a slot: by the build itself, and by
-// tests.
+// The pieces of SGEMM that are reached by name and not through a slot: by the build itself, and by tests.
 #pragma once
 
 #include "blas/kernel/kernels.hpp"
 #include "service/vector_form.hpp"
 
+#define QRV_DECLARE_VECTOR_PIECES                                                                                      \
+    /* The whole operation without packing and without work memory. */                                                 \
+    void blas_sgemm_small(QRV_GEMM_PARAMETERS(float));
+
 #define QRV_DECLARE_PLAN_PIECES                                                                                        \
+    QRV_DECLARE_VECTOR_PIECES                                                                                          \
     /* packBoth or packA, by the size of a block of B. */                                                              \
     GemmMode blas_sgemm_pick_mode(QRV_GEMM_PARAMETERS(float), GemmPlan<float>* plan);                                  \
     /* The whole serial GEMM by the plan, whatever its size. */                                                        \
-    void blas_sgemm_by_plan(QRV_GEMM_PARAMETERS(float));                                                               \
-    /* The whole operation without packing and without work memory. */                                                 \
-    void blas_sgemm_small(QRV_GEMM_PARAMETERS(float));
+    void blas_sgemm_by_plan(QRV_GEMM_PARAMETERS(float));
+
+namespace qrv::kernel::sse2 {
+QRV_DECLARE_VECTOR_PIECES
+}
+namespace qrv::kernel::sse3 {
+QRV_DECLARE_VECTOR_PIECES
+}
 
 namespace qrv::kernel::ssse3 {
 QRV_DECLARE_PLAN_PIECES
@@ -32,3 +41,4 @@ DirectSgemm* direct_sgemm(VectorForm form);
 } // namespace qrv::kernel::sse42
 
 #undef QRV_DECLARE_PLAN_PIECES
+#undef QRV_DECLARE_VECTOR_PIECES
