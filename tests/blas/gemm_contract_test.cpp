@@ -169,6 +169,20 @@ TEST(GemmContract, DoesWithoutWorkMemory) {
     });
 }
 
+// What work memory holds before must not matter.
+TEST(GemmContract, WorkMemoryMayHoldAnything) {
+    each_transposition([](char ta, char tb) {
+        for (const int k : {31, 60, 63, 70, 150}) {
+            const GemmCase x({ta, tb, 43, 57, k});
+            const GemmReference reference = x.reference();
+            for (const Subject& subject : subjects()) {
+                const WorkMemoryProbe fresh;
+                EXPECT_TRUE(reference.error(x.result(subject.sgemm)) <= 1) << subject.name << ' ' << x.p;
+            }
+        }
+    });
+}
+
 // ---- What is read and written --------------------------------------------------------------------------------------
 
 struct Size {

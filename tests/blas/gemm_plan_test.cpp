@@ -1,4 +1,5 @@
 // The plan of the plan-driven SGEMM: rows, block rules, buffers, and the blocked core in every mode.
+#include <array>
 #include <string_view>
 
 #include "blas/kernel/common/gemm_blocks.hpp"
@@ -80,19 +81,15 @@ TEST(GemmBlocks, PresetBlocksSurvive) {
 
 TEST(GemmPlanRows, Constants) {
     for (const PlanBuild& build : plan_builds()) {
-        const bool pairs = build.pairs;
         const Plan plan = build.loaded();
         SCOPED_TRACE(build);
-        EXPECT_EQ(plan.rowIndex, build.cpuType == 4 && !pairs ? 1 : 0);
-        EXPECT_EQ(plan.tableTag, 126);
-        EXPECT_EQ(plan.mUnit, 4);
-        EXPECT_EQ(plan.nUnit, pairs ? 2 : 4);
-        EXPECT_EQ(plan.kUnit, pairs ? 2 : 4);
-        EXPECT_EQ(plan.smallM, 4);
-        EXPECT_EQ(plan.smallN, pairs ? 8 : 4);
-        EXPECT_EQ(plan.smallK, pairs ? 2 : 4);
+        const std::array constants{plan.rowIndex, plan.tableTag, plan.mUnit,  plan.nUnit,
+                                   plan.kUnit,    plan.smallM,   plan.smallN, plan.smallK};
+        const int row = build.cpuType == 4 ? 1 : 0;
+        EXPECT_EQ(constants,
+                  build.pairs ? (std::array{0, 126, 4, 2, 2, 4, 8, 2}) : (std::array{row, 126, 4, 4, 4, 4, 4, 4}));
         if (build.form == VectorForm::sse) {
-            EXPECT_EQ(plan.smallFactor, pairs ? 8 : 2);
+            EXPECT_EQ(plan.smallFactor, build.pairs ? 8 : 2);
         }
         EXPECT_EQ(plan.copyAC, plan.copyAT);
         EXPECT_EQ(plan.copyBC, plan.copyBT);
@@ -123,36 +120,6 @@ TEST(GemmPlanRows, ResetForgetsAndSetBlocksStores) {
     blas_sgemm_plan_reset(&plan);
     EXPECT_EQ(plan.mb + plan.nb + plan.kb + plan.mUnit + plan.tableTag, 0);
     EXPECT_EQ(plan.micro, nullptr);
-}
-
-TEST(VectorForms, NeedProcessorAndSystem) {
-    constexpr std::uint32_t fma = 1U << 12, osxsave = 1U << 27, avx = 1U << 28;
-    constexpr std::uint32_t avx2 = 1U << 5, f = 1U << 16, dq = 1U << 17, bw = 1U << 30, vl = 1U << 31;
-    const auto form = [](std::uint32_t ecx1, std::uint32_t ebx7, std::uint32_t xcr0) {
-        CpuidWords leaf1, leaf7;
-        leaf1.ecx = ecx1;
-        leaf7.ebx = ebx7;
-        return vector_form_of(leaf1, leaf7, xcr0);
-    };
-    constexpr std::uint32_t all1 = fma | osxsave | avx, all7 = avx2 | f | dq | bw | vl, allStates = 0xE7;
-    EXPECT_EQ(form(all1, all7, allStates), VectorForm::avx512);
-    for (const std::uint32_t missing : {fma, osxsave, avx})
-        EXPECT_EQ(form(all1 & ~missing, all7, allStates), VectorForm::sse) << missing;
-    EXPECT_EQ(form(all1, all7 & ~avx2, allStates), VectorForm::sse);
-    for (const std::uint32_t missing : {f, dq, bw, vl})
-        EXPECT_EQ(form(all1, all7 & ~missing, allStates), VectorForm::avx2) << missing;
-    for (const std::uint32_t missing : {0x20U, 0x40U, 0x80U})
-        EXPECT_EQ(form(all1, all7, allStates & ~missing), VectorForm::avx2) << missing;
-    for (const std::uint32_t missing : {0x2U, 0x4U})
-        EXPECT_EQ(form(all1, all7, allStates & ~missing), VectorForm::sse) << missing;
-}
-
-TEST(VectorForms, CanBeRestricted) {
-    const VectorForm widest = vector_form();
-    restrict_vector_form(VectorForm::sse);
-    EXPECT_EQ(vector_form(), VectorForm::sse);
-    restrict_vector_form(VectorForm::avx512);
-    EXPECT_EQ(vector_form(), widest);
 }
 
 // ---- Buffers -----------------------------------------------------------------------------------------------

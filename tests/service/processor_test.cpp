@@ -143,5 +143,35 @@ TEST(ProcessorEnvironment, ReadOnce) {
     EXPECT_EQ(found["cpu_type"], "2");
 }
 
+TEST(VectorForms, NeedProcessorAndSystem) {
+    constexpr std::uint32_t fma = 1U << 12, osxsave = 1U << 27, avx = 1U << 28;
+    constexpr std::uint32_t avx2 = 1U << 5, f = 1U << 16, dq = 1U << 17, bw = 1U << 30, vl = 1U << 31;
+    const auto form = [](std::uint32_t ecx1, std::uint32_t ebx7, std::uint32_t xcr0) {
+        CpuidWords leaf1, leaf7;
+        leaf1.ecx = ecx1;
+        leaf7.ebx = ebx7;
+        return vector_form_of(leaf1, leaf7, xcr0);
+    };
+    constexpr std::uint32_t all1 = fma | osxsave | avx, all7 = avx2 | f | dq | bw | vl, allStates = 0xE7;
+    EXPECT_EQ(form(all1, all7, allStates), VectorForm::avx512);
+    for (const std::uint32_t missing : {fma, osxsave, avx})
+        EXPECT_EQ(form(all1 & ~missing, all7, allStates), VectorForm::sse) << missing;
+    EXPECT_EQ(form(all1, all7 & ~avx2, allStates), VectorForm::sse);
+    for (const std::uint32_t missing : {f, dq, bw, vl})
+        EXPECT_EQ(form(all1, all7 & ~missing, allStates), VectorForm::avx2) << missing;
+    for (const std::uint32_t missing : {0x20U, 0x40U, 0x80U})
+        EXPECT_EQ(form(all1, all7, allStates & ~missing), VectorForm::avx2) << missing;
+    for (const std::uint32_t missing : {0x2U, 0x4U})
+        EXPECT_EQ(form(all1, all7, allStates & ~missing), VectorForm::sse) << missing;
+}
+
+TEST(VectorForms, CanBeRestricted) {
+    const VectorForm widest = vector_form();
+    restrict_vector_form(VectorForm::sse);
+    EXPECT_EQ(vector_form(), VectorForm::sse);
+    restrict_vector_form(VectorForm::avx512);
+    EXPECT_EQ(vector_form(), widest);
+}
+
 } // namespace
 } // namespace qrv::test

@@ -73,8 +73,9 @@ public:
         for (int j = 0; j < c.columns(); ++j)
             for (int i = 0; i < c.rows(); ++i, ++p) {
                 const double error = std::abs(c(i, j) - expected_[p]) / allowed_[p];
-                if (!(error <= worst))
-                    worst = error;
+                if (std::isnan(error))
+                    return error; // no later element may hide it
+                worst = std::max(worst, error);
             }
         return worst;
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <mutex>
 #include <set>
@@ -12,7 +13,7 @@
 
 namespace qrv::test {
 
-// As long as it lives, work memory comes from fresh pools, what is taken is recorded, and sizes in
+// As long as it lives, work memory comes from fresh pools and is full of NaN, what is taken is recorded, and sizes in
 // [refuseFrom, refuseTo) bytes are refused. One at a time.
 class WorkMemoryProbe {
 public:
@@ -58,7 +59,8 @@ private:
             ++s.refusals;
             return nullptr;
         }
-        return original()(bytes);
+        void* const block = original()(bytes);
+        return block ? std::memset(block, 0xFF, bytes) : block;
     }
 };
 
