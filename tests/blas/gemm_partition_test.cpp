@@ -51,6 +51,7 @@ TEST(GemmGain, SmallCalls) {
         GemmSizes sizes;
         int threads;
         bool gains;
+        VectorForm form = VectorForm::sse;
     };
     for (const Row& row : {
              Row{realGemmGain, {100, 100, 100}, 4, true}, // 510000 / (4000 + 131250) = 3.8
@@ -66,8 +67,13 @@ TEST(GemmGain, SmallCalls) {
              {whole, {3, 1, 1001}, 2, true},   // 7007 / (2000 + 3003)
              {fromThree, {17, 5, 5}, 2, true}, // no gain asked of so small a team
              {fromThree, {17, 5, 5}, 3, false},
+             {realGemmGain, {42, 42, 42}, 2, false, VectorForm::avx2}, // a thread costs 4000
+             {realGemmGain, {43, 43, 43}, 2, true, VectorForm::avx2},
+             {realGemmGain, {56, 56, 56}, 2, false, VectorForm::avx512}, // and 10000
+             {realGemmGain, {57, 57, 57}, 2, true, VectorForm::avx512},
          })
-        EXPECT_EQ(gemm_gains(row.rule, row.sizes, row.threads), row.gains) << row.sizes << " on " << row.threads;
+        EXPECT_EQ(gemm_gains(row.rule, row.sizes, row.threads, gemm_thread_cost(row.form)), row.gains)
+            << row.sizes << " on " << row.threads;
 }
 
 // ---- Slices --------------------------------------------------------------------------------------------------

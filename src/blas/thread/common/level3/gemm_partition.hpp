@@ -88,8 +88,7 @@ constexpr int gemm_thread_cost(VectorForm form) {
 }
 
 // Whether a small call repays a team of `threads`.
-constexpr bool gemm_gains(const GemmGainRule& rule, GemmSizes s, int threads,
-                          int threadCost = gemm_thread_cost(VectorForm::sse)) {
+constexpr bool gemm_gains(const GemmGainRule& rule, GemmSizes s, int threads, int threadCost) {
     constexpr double wanted = 1.4; // serial over threaded cost
     if (threads < rule.fromTeam)
         return true;
