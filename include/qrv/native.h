@@ -15,6 +15,12 @@
 extern "C" {
 #endif
 
+/* A complex number, real part first: the layout of Fortran's COMPLEX, C's float _Complex and std::complex<float>,
+ * whose addresses may be passed after a cast. */
+typedef struct qrv_complex {
+    float re, im;
+} qrv_complex;
+
 /* General matrix product C := alpha*op(A)*op(B) + beta*C, in single precision.
  *
  * transa, transb  'N': op(X) = X; 'T' or 'C': op(X) = the transpose of X

@@ -7,18 +7,28 @@
 #include <atomic>
 
 #include "qrv/service.h"
+#include "service/vector_form.hpp"
 
 namespace qrv {
 
-// The five builds of a routine, one for each KernelVariant.
+// The five builds of a routine, one for each KernelVariant, and the forms of sse42 for wider vectors: null where there
+// is none, or where the routine chooses its form itself.
 template <class Signature>
 struct Variants {
     Signature *generic, *sse2, *sse3, *ssse3, *sse42;
+    Signature *avx2 = nullptr, *avx512 = nullptr;
 };
+
+template <class Signature>
+constexpr Signature* pick_form(const Variants<Signature>& variants, VectorForm form) {
+    if (form == VectorForm::avx512 && variants.avx512)
+        return variants.avx512;
+    return form != VectorForm::sse && variants.avx2 ? variants.avx2 : variants.sse42;
+}
 
 // The build for a CpuType; null for a number that is none.
 template <class Signature>
-constexpr Signature* pick(const Variants<Signature>& variants, int cpuType) {
+constexpr Signature* pick(const Variants<Signature>& variants, int cpuType, VectorForm form = VectorForm::sse) {
     switch (cpuType) {
     case 0:
         return variants.generic;
@@ -29,7 +39,7 @@ constexpr Signature* pick(const Variants<Signature>& variants, int cpuType) {
     case 4:
         return variants.ssse3;
     case 5:
-        return variants.sse42;
+        return pick_form(variants, form);
     default:
         return nullptr;
     }
@@ -56,7 +66,7 @@ public:
 
 private:
     [[gnu::cold, gnu::noinline]] Signature* choose() {
-        Signature* routine = pick(variants_, qrv_serv_get_cpu_type());
+        Signature* routine = pick(variants_, qrv_serv_get_cpu_type(), vector_form());
         chosen_.store(routine, std::memory_order_relaxed);
         return routine;
     }

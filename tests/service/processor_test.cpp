@@ -105,6 +105,13 @@ TEST(Dispatch, PickKnowsTheFiveClasses) {
         EXPECT_EQ(pick(variants, type)(), type);
     EXPECT_EQ(pick(variants, 1), nullptr);
     EXPECT_EQ(pick(variants, 6), nullptr);
+    EXPECT_EQ(pick(variants, 5, VectorForm::avx512)(), 5) << "a routine without forms of its own";
+    constexpr Variants<Kernel> forms{variants.generic, variants.sse2,     variants.sse3,    variants.ssse3,
+                                     variants.sse42,   [] { return 52; }, [] { return 53; }};
+    EXPECT_EQ(pick(forms, 5)(), 5);
+    EXPECT_EQ(pick(forms, 5, VectorForm::avx2)(), 52);
+    EXPECT_EQ(pick(forms, 5, VectorForm::avx512)(), 53);
+    EXPECT_EQ(pick(forms, 4, VectorForm::avx512)(), 4);
     DispatchSlot<Kernel> slot(variants);
     EXPECT_EQ(slot(), qrv_serv_get_cpu_type()) << "first call";
     EXPECT_EQ(slot(), qrv_serv_get_cpu_type()) << "second call";

@@ -1,30 +1,13 @@
-// What there is to test of SGEMM on this machine. One run of the suite is for one processor class if
-// QRV_DEBUG_CPU_TYPE forces it, else for all.
+// What there is to test of SGEMM on this machine, in this run.
 #pragma once
 
-#include <cstdlib>
 #include <vector>
 
 #include "blas/kernel/gemm_pieces.hpp"
-#include "service/processor.hpp"
+#include "support/builds.hpp"
 #include "support/gemm_case.hpp"
 
 namespace qrv::test {
-
-inline bool in_this_run(int cpuType) {
-    static const char* const forced = std::getenv("QRV_DEBUG_CPU_TYPE");
-    return cpuType <= cpu_type_of(cpuid(1)) && (!forced || std::atoi(forced) == cpuType);
-}
-
-// Those of a list that this run is for.
-template <class T>
-std::vector<T> runnable(const std::vector<T>& all) {
-    std::vector<T> list;
-    for (const T& x : all)
-        if (in_this_run(x.cpuType) && x.form <= vector_form())
-            list.push_back(x);
-    return list;
-}
 
 // As long as it lives, no vector form wider than this one is taken.
 class RestrictedForm {

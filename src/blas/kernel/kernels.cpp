@@ -9,7 +9,17 @@ namespace {
 #define QRV_DEFINE_SLOT(Result, name, parameters, arguments)                                                           \
     constinit DispatchSlot<Result parameters> name##_slot{                                                             \
         {generic::name, sse2::name, sse3::name, ssse3::name, sse42::name}};
-QRV_KERNELS(QRV_DEFINE_SLOT)
+QRV_GEMM_KERNELS(QRV_DEFINE_SLOT)
+
+#ifdef QRV_WIDE_KERNELS
+#define QRV_DEFINE_WIDE_SLOT(Result, name, parameters, arguments)                                                      \
+    constinit DispatchSlot<Result parameters> name##_slot{                                                             \
+        {generic::name, sse2::name, sse3::name, ssse3::name, sse42::name, sse42_avx2::name, sse42_avx512::name}};
+QRV_VECTOR_KERNELS(QRV_DEFINE_WIDE_SLOT)
+#undef QRV_DEFINE_WIDE_SLOT
+#else
+QRV_VECTOR_KERNELS(QRV_DEFINE_SLOT)
+#endif
 #undef QRV_DEFINE_SLOT
 
 } // namespace

@@ -1,41 +1,24 @@
-// Every dispatched kernel, listed once: result, name, parameters, arguments.
+// Every dispatched kernel: its declaration in the namespace of each build, and its dispatcher `qrv_<name>`.
 //
-// From the list come the declaration of each kernel in the namespace of each build and, in kernels.cpp, its
-// DispatchSlot and its dispatcher `qrv_<name>`. To add a kernel, add a line here and a body to each build.
+// The kernels are listed once, by level (gemm_kernels.hpp, level1_kernels.hpp, level2_kernels.hpp). From the lists come
+// these declarations and, in kernels.cpp, the DispatchSlots. To add a kernel, add a line there and a body to each
+// build. Those of levels 1 and 2 have forms of the sse42 build for wider vectors too, which the slot chooses among;
+// GEMM chooses for itself, in its plan.
 //
 // This header holds declarations only: kernel sources include it, and nothing inline may be shared between
 // builds.
 #pragma once
 
-#include "blas/kernel/gemm_plan.hpp"
+#include "blas/kernel/gemm_kernels.hpp"
+#include "blas/kernel/level1_kernels.hpp"
+#include "blas/kernel/level2_kernels.hpp"
 
-// The arguments of a GEMM call, all by address: C := alpha*op(A)*op(B) + beta*C. Options are 'N' or 'n' for no
-// transpose, anything else transposes; nothing is checked.
-#define QRV_GEMM_PARAMETERS(T)                                                                                         \
-    const char *transa, const char *transb, const int *m, const int *n, const int *k, const T *alpha, const T *a,      \
-        const int *lda, const T *b, const int *ldb, const T *beta, T *c, const int *ldc
-#define QRV_GEMM_ARGUMENTS transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc
-
-// clang-format off
-#define QRV_KERNELS(KERNEL)                                                                                          \
-    /* The whole serial GEMM. */                                                                                     \
-    KERNEL(void, blas_sgemm_kernel, (QRV_GEMM_PARAMETERS(float)), (QRV_GEMM_ARGUMENTS))                              \
-    /* C := beta*C for an m x n matrix; beta = 0 stores zeros and does not read C. */                                \
-    KERNEL(void, blas_sgemm_scale_c,                                                                                 \
-           (const int* m, const int* n, const float* beta, float* c, const int* ldc), (m, n, beta, c, ldc))          \
-    /* Pieces of the plan-driven GEMM. Builds without a plan answer 0, respectively do nothing. */                   \
-    KERNEL(int, blas_sgemm_plan_available, (), ())                                                                   \
-    KERNEL(void, blas_sgemm_plan_reset, (qrv::GemmPlan<float>* plan), (plan))                                        \
-    KERNEL(void, blas_sgemm_plan_load, (qrv::GemmPlan<float>* plan), (plan))                                         \
-    KERNEL(void, blas_sgemm_plan_set_blocks, (int mb, int nb, int kb, qrv::GemmPlan<float>* plan), (mb, nb, kb, plan)) \
-    KERNEL(int, blas_sgemm_buffer_sizes,                                                                             \
-           (qrv::BufferSet set, qrv::BlockClip clip, const int* m, const int* n, const int* k,                       \
-            qrv::GemmPlan<float>* plan), (set, clip, m, n, k, plan))                                                 \
-    /* The blocked core. Result: 0 done, 1 unknown mode or, where the caller packed an operand, no memory. */        \
-    KERNEL(int, blas_sgemm_blocked,                                                                                  \
-           (QRV_GEMM_PARAMETERS(float), qrv::GemmMode mode, qrv::GemmPlan<float>* plan),                             \
-           (QRV_GEMM_ARGUMENTS, mode, plan))
-// clang-format on
+#define QRV_VECTOR_KERNELS(KERNEL)                                                                                     \
+    QRV_LEVEL1_KERNELS(KERNEL)                                                                                         \
+    QRV_LEVEL2_KERNELS(KERNEL)
+#define QRV_KERNELS(KERNEL)                                                                                            \
+    QRV_GEMM_KERNELS(KERNEL)                                                                                           \
+    QRV_VECTOR_KERNELS(KERNEL)
 
 namespace qrv::kernel {
 
@@ -54,6 +37,12 @@ QRV_KERNELS(QRV_DECLARE_KERNEL)
 }
 namespace sse42 {
 QRV_KERNELS(QRV_DECLARE_KERNEL)
+}
+namespace sse42_avx2 {
+QRV_VECTOR_KERNELS(QRV_DECLARE_KERNEL)
+}
+namespace sse42_avx512 {
+QRV_VECTOR_KERNELS(QRV_DECLARE_KERNEL)
 }
 #undef QRV_DECLARE_KERNEL
 

@@ -1,0 +1,12 @@
+// Vectors of the sse42 build.
+#pragma once
+
+#include <nmmintrin.h>
+
+#include "blas/kernel/common/vec4f.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+using Vec = Vec4f;
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,0 +1,10 @@
+// Vectors of the form of the sse42 build with AVX2 and FMA.
+#pragma once
+
+#include "blas/kernel/common/vec8f.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+using Vec = Vec8f;
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,0 +1,10 @@
+// Vectors of the form of the sse42 build with AVX-512.
+#pragma once
+
+#include "blas/kernel/common/vec16f.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+using Vec = Vec16f;
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

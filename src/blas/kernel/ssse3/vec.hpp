@@ -1,0 +1,12 @@
+// Vectors of the ssse3 build: it adds byte shifts across two vectors.
+#pragma once
+
+#include <tmmintrin.h>
+
+#include "blas/kernel/common/vec4f.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+using Vec = Vec4f;
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD
