@@ -1,0 +1,2 @@
+// BLAS level 2 of the generic build.
+#include "blas/kernel/common/level2.hpp"
