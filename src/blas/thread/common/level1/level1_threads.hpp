@@ -1,8 +1,8 @@
 // How many threads a level 1 operation gets: one function of the length, the increments and the machine, over a row of
 // constants for each routine.
 //
-// The steps ask the machine only for what they need, cheapest first: a short vector asks for nothing, one on a processor
-// without a rule for its class only for the class.
+// The steps ask the machine only for what they need, cheapest first: a short vector asks for nothing, one on a
+// processor without a rule for its class only for the class.
 #pragma once
 
 #include <algorithm>
@@ -12,7 +12,7 @@ namespace qrv {
 
 // Lengths in elements.
 struct VectorRow {
-    int serialUpTo;      // on any processor
+    int serialUpTo;       // on any processor
     int class4SerialUpTo; // CpuMa 32 and 33
 
     // CpuMa 64: shorter vectors get at most four threads, and none for a team of two below a length of their own.
