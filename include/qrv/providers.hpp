@@ -5,9 +5,13 @@
 //     provider.BlasLevel3()->Sgemm(TransposeOperation::None, TransposeOperation::None, m, n, k,
 //                                  1.0f, a, 0, m, b, 0, k, 0.0f, c, 0, m);
 //
-// Matrices are column-major with a leading dimension. Offsets, increments and leading dimensions count
-// elements. No length is checked against a dimension or an offset. Methods keep nothing between calls and may
-// be called from any number of threads at once.
+// Offsets, increments and leading dimensions count elements. No length is checked against a dimension or an offset.
+// Methods keep nothing between calls and may be called from any number of threads at once.
+//
+//   x, xOffset, incx  a vector of n elements (or as many as told): it begins at element xOffset of the array and takes
+//                     every incx-th element, 1 + (n - 1)*|incx| of them in all. With a negative increment its elements
+//                     are counted from the far end: the first one lies at xOffset + (n - 1)*|incx|.
+//   a, aOffset, lda   a column-major matrix: its element (i, j), from 0, is element aOffset + i + j*lda of the array.
 //
 // Every array argument must hold at least one element, also where the routine would not touch it: a null array
 // raises NullReferenceError, an empty one IndexOutOfRangeError, before any work is done. A bad dimension or
@@ -119,6 +123,66 @@ private:
 class QRV_API SingleBlasLevel1 {
 public:
     virtual ~SingleBlasLevel1() = default;
+
+    // Operations on vectors of n elements. With n <= 0 nothing is read or written, and a function gives 0. No argument
+    // is reported as bad. Increments may be negative or 0 (but see Isamax); with 0 the same element is used n times. A
+    // vector that is written must not overlap the other one.
+    //
+    // Source: C. Lawson, R. Hanson, D. Kincaid, F. Krogh, ACM TOMS 5 (1979).
+
+    // x := alpha*x. Also with alpha = 0 x is multiplied, so a NaN in it stays.
+    virtual void Sscal(int n, float alpha, ProviderArray<float> x, int xOffset, int incx) = 0;
+
+    // y := alpha*x + y. With alpha = 0 nothing is read or written.
+    virtual void Saxpy(int n, float alpha, ProviderArray<const float> x, int xOffset, int incx, ProviderArray<float> y,
+                       int yOffset, int incy) = 0;
+
+    // Sum of x(i)*y(i).
+    virtual float Sdot(int n, ProviderArray<const float> x, int xOffset, int incx, ProviderArray<const float> y,
+                       int yOffset, int incy) = 0;
+
+    // x and y exchanged.
+    virtual void Sswap(int n, ProviderArray<float> x, int xOffset, int incx, ProviderArray<float> y, int yOffset,
+                       int incy) = 0;
+
+    // y := x.
+    virtual void Scopy(int n, ProviderArray<const float> x, int xOffset, int incx, ProviderArray<float> y, int yOffset,
+                       int incy) = 0;
+
+    // Euclidean norm of x, without overflow or underflow on the way.
+    virtual float Snrm2(int n, ProviderArray<const float> x, int xOffset, int incx) = 0;
+
+    // Sum of |x(i)|.
+    virtual float Sasum(int n, ProviderArray<const float> x, int xOffset, int incx) = 0;
+
+    // Position, counted from 1, of the first element of largest |x(i)|; 0 if n < 1 or incx < 1. A NaN takes the place
+    // of the largest so far, and the element behind it takes its.
+    virtual int Isamax(int n, ProviderArray<const float> x, int xOffset, int incx) = 0;
+
+    // The rotation that turns (a, b) into (r, 0).
+    //
+    // a, b  the pair; overwritten by r and by z, from which the rotation can be restored: z = s if |a| > |b|, else 1/c
+    //       if c is not 0, else 1
+    // c, s  the rotation; c = 1 and s = r = z = 0 if both are 0
+    virtual void Srotg(float& a, float& b, float& c, float& s) = 0;
+
+    // Plane rotation of every pair: (x, y) := (c*x + s*y, c*y - s*x).
+    virtual void Srot(int n, ProviderArray<float> x, int xOffset, int incx, ProviderArray<float> y, int yOffset,
+                      int incy, float c, float s) = 0;
+
+    // The modified rotation H that makes the second component of H (sqrt(d1)*x1, sqrt(d2)*y1) 0.
+    //
+    // d1, d2, x1  squared scale factors and first component; updated
+    // y1          second component
+    // param       5 elements, overwritten: flag, h11, h21, h12, h22, as Srotm takes them
+    virtual void Srotmg(float& d1, float& d2, float& x1, float y1, ProviderArray<float> param) = 0;
+
+    // Modified rotation of every pair: (x, y) := H (x, y).
+    //
+    // param  5 elements: flag, h11, h21, h12, h22. flag -1: H as given; 0: h11 = h22 = 1; 1: h12 = 1, h21 = -1;
+    //        -2: H is the identity, nothing is done
+    virtual void Srotm(int n, ProviderArray<float> x, int xOffset, int incx, ProviderArray<float> y, int yOffset,
+                       int incy, ProviderArray<const float> param) = 0;
 };
 
 class QRV_API SingleBlasLevel2 {
@@ -155,11 +219,76 @@ public:
 class QRV_API SingleSparseBlas {
 public:
     virtual ~SingleSparseBlas() = default;
+
+    // Products and solves with a sparse matrix in compressed columns: a holds its values, indx their rows, pntrb and
+    // pntre where each column begins and ends.
+    //
+    // transA                   whether the matrix, its transpose or its conjugate transpose is meant
+    // structure, triangleMode, diagonalMode   what of the matrix is stored
+    // a, indx, pntrb, pntre    the matrix, m x k, for solves m x m
+    // x, y                     vectors
+    // b, c                     column-major matrices of n columns
+
+    // y := alpha*op(A)*x + beta*y.
+    virtual void Scscmv(TransposeOperation transA, int m, int k, float alpha, MatrixStructure structure,
+                        MatrixTriangleMode triangleMode, MatrixDiagonalMode diagonalMode, ProviderArray<const float> a,
+                        ProviderArray<const int> indx, ProviderArray<const int> pntrb, ProviderArray<const int> pntre,
+                        ProviderArray<const float> x, int xOffset, int incx, float beta, ProviderArray<float> y,
+                        int yOffset, int incy) = 0;
+
+    // y := alpha*inv(op(A))*x.
+    virtual void Scscsv(TransposeOperation transA, int m, float alpha, MatrixStructure structure,
+                        MatrixTriangleMode triangleMode, MatrixDiagonalMode diagonalMode, ProviderArray<const float> a,
+                        ProviderArray<const int> indx, ProviderArray<const int> pntrb, ProviderArray<const int> pntre,
+                        ProviderArray<const float> x, int xOffset, int incx, ProviderArray<float> y, int yOffset,
+                        int incy) = 0;
+
+    // C := alpha*op(A)*B + beta*C.
+    virtual void Scscmm(TransposeOperation transA, int m, int n, int k, float alpha, MatrixStructure structure,
+                        MatrixTriangleMode triangleMode, MatrixDiagonalMode diagonalMode, ProviderArray<const float> a,
+                        ProviderArray<const int> indx, ProviderArray<const int> pntrb, ProviderArray<const int> pntre,
+                        ProviderArray<const float> b, int bOffset, int ldb, float beta, ProviderArray<float> c,
+                        int cOffset, int ldc) = 0;
 };
 
 class QRV_API SingleComplexBlasLevel1 {
 public:
     virtual ~SingleComplexBlasLevel1() = default;
+
+    // As SingleBlasLevel1, for complex elements.
+
+    // x := alpha*x. Also with alpha = 0 x is multiplied, so a NaN in it stays.
+    virtual void Cscal(int n, SingleComplex alpha, ProviderArray<SingleComplex> x, int xOffset, int incx) = 0;
+
+    // y := alpha*x + y. With alpha = 0 nothing is read or written.
+    virtual void Caxpy(int n, SingleComplex alpha, ProviderArray<const SingleComplex> x, int xOffset, int incx,
+                       ProviderArray<SingleComplex> y, int yOffset, int incy) = 0;
+
+    // Sum of conj(x(i))*y(i).
+    virtual SingleComplex Cdotc(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx,
+                                ProviderArray<const SingleComplex> y, int yOffset, int incy) = 0;
+
+    // Sum of x(i)*y(i).
+    virtual SingleComplex Cdotu(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx,
+                                ProviderArray<const SingleComplex> y, int yOffset, int incy) = 0;
+
+    // x and y exchanged.
+    virtual void Cswap(int n, ProviderArray<SingleComplex> x, int xOffset, int incx, ProviderArray<SingleComplex> y,
+                       int yOffset, int incy) = 0;
+
+    // y := x.
+    virtual void Ccopy(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx,
+                       ProviderArray<SingleComplex> y, int yOffset, int incy) = 0;
+
+    // Euclidean norm of x, without overflow or underflow on the way.
+    virtual float Scnrm2(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx) = 0;
+
+    // Sum of |re| + |im| over x.
+    virtual float Scasum(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx) = 0;
+
+    // Position, counted from 1, of the first element of largest |re| + |im|; 0 if n < 1 or incx < 1. A NaN takes the
+    // place of the largest so far, and the element behind it takes its.
+    virtual int Icamax(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx) = 0;
 };
 
 class QRV_API SingleComplexBlasLevel2 {
@@ -203,6 +332,25 @@ public:
 class QRV_API ParallelX86SingleBlasLevel1 : public SingleBlasLevel1 {
 public:
     ParallelX86SingleBlasLevel1();
+
+    void Sscal(int n, float alpha, ProviderArray<float> x, int xOffset, int incx) final;
+    void Saxpy(int n, float alpha, ProviderArray<const float> x, int xOffset, int incx, ProviderArray<float> y,
+               int yOffset, int incy) final;
+    float Sdot(int n, ProviderArray<const float> x, int xOffset, int incx, ProviderArray<const float> y, int yOffset,
+               int incy) final;
+    void Sswap(int n, ProviderArray<float> x, int xOffset, int incx, ProviderArray<float> y, int yOffset,
+               int incy) final;
+    void Scopy(int n, ProviderArray<const float> x, int xOffset, int incx, ProviderArray<float> y, int yOffset,
+               int incy) final;
+    float Snrm2(int n, ProviderArray<const float> x, int xOffset, int incx) final;
+    float Sasum(int n, ProviderArray<const float> x, int xOffset, int incx) final;
+    int Isamax(int n, ProviderArray<const float> x, int xOffset, int incx) final;
+    void Srotg(float& a, float& b, float& c, float& s) final;
+    void Srot(int n, ProviderArray<float> x, int xOffset, int incx, ProviderArray<float> y, int yOffset, int incy,
+              float c, float s) final;
+    void Srotmg(float& d1, float& d2, float& x1, float y1, ProviderArray<float> param) final;
+    void Srotm(int n, ProviderArray<float> x, int xOffset, int incx, ProviderArray<float> y, int yOffset, int incy,
+               ProviderArray<const float> param) final;
 };
 
 class QRV_API ParallelX86SingleBlasLevel2 : public SingleBlasLevel2 {
@@ -224,14 +372,47 @@ public:
     ParallelX86SingleLapack();
 };
 
+// Operations that do nothing: they look at no argument, also null arrays, and return. The provider never hands out an
+// object of this class.
 class QRV_API ParallelX86SingleSparseBlas : public SingleSparseBlas {
 public:
     ParallelX86SingleSparseBlas();
+
+    void Scscmv(TransposeOperation transA, int m, int k, float alpha, MatrixStructure structure,
+                MatrixTriangleMode triangleMode, MatrixDiagonalMode diagonalMode, ProviderArray<const float> a,
+                ProviderArray<const int> indx, ProviderArray<const int> pntrb, ProviderArray<const int> pntre,
+                ProviderArray<const float> x, int xOffset, int incx, float beta, ProviderArray<float> y, int yOffset,
+                int incy) final;
+    void Scscsv(TransposeOperation transA, int m, float alpha, MatrixStructure structure,
+                MatrixTriangleMode triangleMode, MatrixDiagonalMode diagonalMode, ProviderArray<const float> a,
+                ProviderArray<const int> indx, ProviderArray<const int> pntrb, ProviderArray<const int> pntre,
+                ProviderArray<const float> x, int xOffset, int incx, ProviderArray<float> y, int yOffset,
+                int incy) final;
+    void Scscmm(TransposeOperation transA, int m, int n, int k, float alpha, MatrixStructure structure,
+                MatrixTriangleMode triangleMode, MatrixDiagonalMode diagonalMode, ProviderArray<const float> a,
+                ProviderArray<const int> indx, ProviderArray<const int> pntrb, ProviderArray<const int> pntre,
+                ProviderArray<const float> b, int bOffset, int ldb, float beta, ProviderArray<float> c, int cOffset,
+                int ldc) final;
 };
 
 class QRV_API NativeComplexBlasLevel1 : public SingleComplexBlasLevel1 {
 public:
     NativeComplexBlasLevel1();
+
+    void Cscal(int n, SingleComplex alpha, ProviderArray<SingleComplex> x, int xOffset, int incx) final;
+    void Caxpy(int n, SingleComplex alpha, ProviderArray<const SingleComplex> x, int xOffset, int incx,
+               ProviderArray<SingleComplex> y, int yOffset, int incy) final;
+    SingleComplex Cdotc(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx,
+                        ProviderArray<const SingleComplex> y, int yOffset, int incy) final;
+    SingleComplex Cdotu(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx,
+                        ProviderArray<const SingleComplex> y, int yOffset, int incy) final;
+    void Cswap(int n, ProviderArray<SingleComplex> x, int xOffset, int incx, ProviderArray<SingleComplex> y,
+               int yOffset, int incy) final;
+    void Ccopy(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx, ProviderArray<SingleComplex> y,
+               int yOffset, int incy) final;
+    float Scnrm2(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx) final;
+    float Scasum(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx) final;
+    int Icamax(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx) final;
 };
 
 class QRV_API NativeComplexBlasLevel2 : public SingleComplexBlasLevel2 {

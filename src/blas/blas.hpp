@@ -1,9 +1,46 @@
-// Decision routines of BLAS in the native calling form: they choose a number of threads and a path.
+// Decision routines of BLAS in the native calling form: they choose a number of threads and a path. Each takes the
+// arguments of its entry, unchecked. Routines without one are called by their kernel's dispatcher.
 #pragma once
+
+#include "qrv/native.h"
 
 extern "C" {
 
-// General matrix product; takes the arguments of SGEMM, unchecked.
+// ---- Level 1 ----------------------------------------------------------------------------------------------------
+
+void qrv_blas_saxpy(const int* n, const float* alpha, const float* x, const int* incx, float* y, const int* incy);
+void qrv_blas_caxpy(const int* n, const qrv_complex* alpha, const qrv_complex* x, const int* incx, qrv_complex* y,
+                    const int* incy);
+void qrv_blas_scopy(const int* n, const float* x, const int* incx, float* y, const int* incy);
+void qrv_blas_ccopy(const int* n, const qrv_complex* x, const int* incx, qrv_complex* y, const int* incy);
+float qrv_blas_sdot(const int* n, const float* x, const int* incx, const float* y, const int* incy);
+void qrv_blas_cdotc(qrv_complex* result, const int* n, const qrv_complex* x, const int* incx, const qrv_complex* y,
+                    const int* incy);
+void qrv_blas_srot(const int* n, float* x, const int* incx, float* y, const int* incy, const float* c, const float* s);
+void qrv_blas_sswap(const int* n, float* x, const int* incx, float* y, const int* incy);
+void qrv_blas_cswap(const int* n, qrv_complex* x, const int* incx, qrv_complex* y, const int* incy);
+
+// The same on a team of at most *threads.
+void qrv_blas_saxpy_omp(const int* threads, const int* n, const float* alpha, const float* x, const int* incx, float* y,
+                        const int* incy);
+void qrv_blas_caxpy_omp(const int* threads, const int* n, const qrv_complex* alpha, const qrv_complex* x,
+                        const int* incx, qrv_complex* y, const int* incy);
+void qrv_blas_scopy_omp(const int* threads, const int* n, const float* x, const int* incx, float* y, const int* incy);
+void qrv_blas_ccopy_omp(const int* threads, const int* n, const qrv_complex* x, const int* incx, qrv_complex* y,
+                        const int* incy);
+float qrv_blas_sdot_omp(const int* threads, const int* n, const float* x, const int* incx, const float* y,
+                        const int* incy);
+void qrv_blas_cdotc_omp(const int* threads, qrv_complex* result, const int* n, const qrv_complex* x, const int* incx,
+                        const qrv_complex* y, const int* incy);
+void qrv_blas_srot_omp(const int* threads, const int* n, float* x, const int* incx, float* y, const int* incy,
+                       const float* c, const float* s);
+void qrv_blas_sswap_omp(const int* threads, const int* n, float* x, const int* incx, float* y, const int* incy);
+void qrv_blas_cswap_omp(const int* threads, const int* n, qrv_complex* x, const int* incx, qrv_complex* y,
+                        const int* incy);
+
+// ---- Level 3 ----------------------------------------------------------------------------------------------------
+
+// General matrix product.
 void qrv_blas_sgemm(const char* transa, const char* transb, const int* m, const int* n, const int* k,
                     const float* alpha, const float* a, const int* lda, const float* b, const int* ldb,
                     const float* beta, float* c, const int* ldc);

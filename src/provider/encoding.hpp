@@ -7,11 +7,13 @@
 
 #include <cstddef>
 
+#include "qrv/native.h"
 #include "qrv/providers.hpp"
 
 namespace qrv::provider {
 
 namespace host = Corvex::Mathematics::LinearAlgebra;
+using Corvex::Mathematics::SingleComplex;
 
 // Conjugation is no operation on real numbers: None and Conjugate give "N", everything else "T".
 constexpr const char* rule_r(host::TransposeOperation op) {
@@ -65,10 +67,25 @@ constexpr char narrow(char16_t letter) {
     return static_cast<char>(letter);
 }
 
-// Address of the element at `offset`. Fails on a null and on an empty array; compares the offset with nothing.
+// The host's complex numbers as the native routines know them: the same two floats.
+inline qrv_complex* native(SingleComplex* x) {
+    static_assert(sizeof(SingleComplex) == sizeof(qrv_complex) && alignof(SingleComplex) == alignof(qrv_complex));
+    return reinterpret_cast<qrv_complex*>(x);
+}
+inline const qrv_complex* native(const SingleComplex* x) {
+    return native(const_cast<SingleComplex*>(x));
+}
+constexpr float* native(float* x) {
+    return x;
+}
+constexpr const float* native(const float* x) {
+    return x;
+}
+
+// Native address of the element at `offset`. Fails on a null and on an empty array; compares the offset with nothing.
 template <class T>
-constexpr T* element(const host::Providers::ProviderArray<T>& array, int offset) {
-    return array.Address() + static_cast<std::ptrdiff_t>(offset);
+constexpr auto* element(const host::Providers::ProviderArray<T>& array, int offset = 0) {
+    return native(array.Address() + static_cast<std::ptrdiff_t>(offset));
 }
 
 } // namespace qrv::provider

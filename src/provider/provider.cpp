@@ -3,11 +3,8 @@
 
 namespace Corvex::Mathematics::LinearAlgebra::Providers {
 
-ParallelX86SingleBlasLevel1::ParallelX86SingleBlasLevel1() = default;
 ParallelX86SingleBlasLevel2::ParallelX86SingleBlasLevel2() = default;
 ParallelX86SingleLapack::ParallelX86SingleLapack() = default;
-ParallelX86SingleSparseBlas::ParallelX86SingleSparseBlas() = default;
-NativeComplexBlasLevel1::NativeComplexBlasLevel1() = default;
 NativeComplexBlasLevel2::NativeComplexBlasLevel2() = default;
 NativeComplexBlasLevel3::NativeComplexBlasLevel3() = default;
 NativeComplexLapack::NativeComplexLapack() = default;

@@ -1,7 +1,8 @@
-/* The public headers as C99, each included twice, and a program's own XERBLA in place of the library's. */
+/* The public headers as C99, with the complex numbers of C, and a program's own XERBLA in place of the library's. */
 #include "qrv/native.h"
 #include "qrv/service.h"
 
+#include <complex.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -13,7 +14,7 @@ void XERBLA(const char* name, const int* info, int length) {
 }
 
 int main(void) {
-    const int two = 2, bad = 1;
+    const int two = 2, bad = 1, step = 1;
     const float one = 1;
     float a[4] = {1, 2, 3, 4}, c[4] = {0, 0, 0, 0};
 
@@ -25,6 +26,13 @@ int main(void) {
     SGEMM("N", "N", &two, &two, &two, &one, a, &two, a, &two, &one, c, &two);
     if (c[0] != 7 || c[1] != 10 || c[2] != 15 || c[3] != 22) {
         printf("wrong product: %g %g %g %g\n", (double)c[0], (double)c[1], (double)c[2], (double)c[3]);
+        return 1;
+    }
+    const float complex x[2] = {1 + 2 * I, 3 - I}, y[2] = {2, 1 + I};
+    float complex dot;
+    CDOTC((qrv_complex*)&dot, &two, (const qrv_complex*)x, &step, (const qrv_complex*)y, &step);
+    if (crealf(dot) != 4 || cimagf(dot) != 0) {
+        printf("wrong inner product: %g %g\n", (double)crealf(dot), (double)cimagf(dot));
         return 1;
     }
     printf("qrv %s\n", qrv_serv_get_version());

@@ -10,6 +10,7 @@
 #include <limits>
 
 #include "blas/kernel/gemm_plan.hpp"
+#include "blas/thread/common/slice.hpp"
 #include "service/vector_form.hpp"
 
 namespace qrv {
@@ -100,11 +101,6 @@ constexpr bool gemm_gains(const GemmGainRule& rule, GemmSizes s, int threads, in
 }
 
 // ---- Slices ------------------------------------------------------------------------------------------------
-
-// Rows, columns or steps [first, first + count).
-struct Slice {
-    int first, count;
-};
 
 // Slice `part` of `parts`: equal chunks of a multiple of `unit`, the last one taking what remains. Without enough
 // units for all, the last slice is everything and the others are empty.
