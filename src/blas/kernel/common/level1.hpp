@@ -1,5 +1,5 @@
-// The kernels of BLAS level 1 of one build, in its namespace: each hands over to its family's template. The build's
-// vec.hpp comes first and says what Vec is.
+// The kernels of BLAS level 1 of one build, in its namespace: each hands over to its family's template. The families
+// come first: those over vectors (level1_vector.hpp) or those over elements (level1_strided.hpp).
 #pragma once
 
 #include "blas/kernel/common/level1_strided.hpp"
@@ -11,44 +11,44 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 void blas_saxpy_kernel(const int* n, const float* alpha, QRV_VECTORS_TO_Y(float)) {
     if (*alpha != 0)
-        strided::axpy(*n, *alpha, x, *incx, y, *incy);
+        axpy(*n, *alpha, x, *incx, y, *incy);
 }
 void blas_caxpy_kernel(const int* n, const SingleComplex* alpha, QRV_VECTORS_TO_Y(SingleComplex)) {
     if (*alpha != SingleComplex{0, 0})
-        strided::axpy(*n, *alpha, x, *incx, y, *incy);
+        axpy(*n, *alpha, x, *incx, y, *incy);
 }
 void blas_scopy_kernel(const int* n, QRV_VECTORS_TO_Y(float)) {
-    strided::copy(*n, x, *incx, y, *incy);
+    copy(*n, x, *incx, y, *incy);
 }
 void blas_ccopy_kernel(const int* n, QRV_VECTORS_TO_Y(SingleComplex)) {
-    strided::copy(*n, x, *incx, y, *incy);
+    copy(*n, x, *incx, y, *incy);
 }
 void blas_sswap_kernel(QRV_BOTH_VECTORS(float)) {
-    strided::swap(*n, x, *incx, y, *incy);
+    swap(*n, x, *incx, y, *incy);
 }
 void blas_cswap_kernel(QRV_BOTH_VECTORS(SingleComplex)) {
-    strided::swap(*n, x, *incx, y, *incy);
+    swap(*n, x, *incx, y, *incy);
 }
 float blas_sdot_kernel(QRV_VECTORS(float)) {
-    return strided::dot<false>(*n, x, *incx, y, *incy);
+    return dot<false>(*n, x, *incx, y, *incy);
 }
 void blas_cdotc_kernel(SingleComplex* result, QRV_VECTORS(SingleComplex)) {
-    *result = strided::dot<true>(*n, x, *incx, y, *incy);
+    *result = dot<true>(*n, x, *incx, y, *incy);
 }
 void blas_cdotu_kernel(SingleComplex* result, QRV_VECTORS(SingleComplex)) {
-    *result = strided::dot<false>(*n, x, *incx, y, *incy);
+    *result = dot<false>(*n, x, *incx, y, *incy);
 }
 void blas_srot_kernel(QRV_BOTH_VECTORS(float), const float* c, const float* s) {
-    strided::rot(*n, x, *incx, y, *incy, *c, *s);
+    rot(*n, x, *incx, y, *incy, *c, *s);
 }
 void blas_sscal_kernel(const int* n, const float* alpha, float* x, const int* incx) {
-    strided::scal(*n, *alpha, x, *incx);
+    scal(*n, *alpha, x, *incx);
 }
 void blas_cscal_kernel(const int* n, const SingleComplex* alpha, SingleComplex* x, const int* incx) {
-    strided::scal(*n, *alpha, x, *incx);
+    scal(*n, *alpha, x, *incx);
 }
 void blas_csscal_kernel(const int* n, const float* alpha, SingleComplex* x, const int* incx) {
-    strided::scal(*n, *alpha, x, *incx);
+    scal(*n, *alpha, x, *incx);
 }
 float blas_sasum_kernel(QRV_VECTOR(float)) {
     return strided::asum(*n, x, *incx);

@@ -17,6 +17,7 @@ struct Vec16f {
 
     static Vec16f zero() { return {_mm512_setzero_ps()}; }
     static Vec16f splat(float x) { return {_mm512_set1_ps(x)}; }
+    static Vec16f alternate(float even, float odd) { return {_mm512_setr4_ps(even, odd, even, odd)}; }
     static Vec16f load(const float* p) { return {_mm512_loadu_ps(p)}; }
     static Vec16f load_aligned(const float* p) { return {_mm512_load_ps(p)}; }
     void store(float* p) const { _mm512_storeu_ps(p, v); }
@@ -145,6 +146,25 @@ inline void transpose_rows(const float* const (&row)[4], int l, int count, Vec16
     const auto quad = [=](const float* p) { return count >= 4 ? _mm_loadu_ps(p + l) : load_quad(p + l, count); };
     const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
     x[0].v = _mm512_permutexvar_ps(order, join_quads(quad(row[0]), quad(row[1]), quad(row[2]), quad(row[3])));
+}
+
+// ---- For level 1 --------------------------------------------------------------------------------------------------
+
+// Real and imaginary parts for each other.
+inline Vec16f swap_parts(Vec16f x) {
+    return {_mm512_permute_ps(x.v, 0xB1)};
+}
+// The sums of the lanes with even and with odd numbers.
+inline LanePair sum_pairs(Vec16f x) {
+    const __m256 half = _mm256_add_ps(_mm512_castps512_ps256(x.v), _mm512_extractf32x8_ps(x.v, 1));
+    return sum_pairs(Vec4f{_mm_add_ps(_mm256_castps256_ps128(half), _mm256_extractf128_ps(half, 1))});
+}
+// The first `count` lanes, fewer than all; the others are 0, respectively not written.
+inline Vec16f load_part(const float* p, int count) {
+    return {_mm512_maskz_loadu_ps(first_lanes(count), p)};
+}
+inline void store_part(float* p, Vec16f x, int count) {
+    _mm512_mask_storeu_ps(p, first_lanes(count), x.v);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -2,6 +2,7 @@
 // adds what that build does better.
 #pragma once
 
+#include <cstdint>
 #include <emmintrin.h>
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
@@ -12,6 +13,7 @@ struct Vec4f {
 
     static Vec4f zero() { return {_mm_setzero_ps()}; }
     static Vec4f splat(float x) { return {_mm_set1_ps(x)}; }
+    static Vec4f alternate(float even, float odd) { return {_mm_setr_ps(even, odd, even, odd)}; }
     static Vec4f load(const float* p) { return {_mm_loadu_ps(p)}; }
     static Vec4f load_aligned(const float* p) { return {_mm_load_ps(p)}; }
     void store(float* p) const { _mm_storeu_ps(p, v); }
@@ -91,5 +93,45 @@ void store_first(float* p, Vec4f x) {
             _mm_store_ss(p + 2, _mm_movehl_ps(x.v, x.v));
     }
 }
+
+// ---- For level 1 --------------------------------------------------------------------------------------------------
+
+// a*b + c, rounded twice
+inline Vec4f multiply_add(Vec4f a, Vec4f b, Vec4f c) {
+    return a * b + c;
+}
+// x1 x0 x3 x2: real and imaginary parts for each other
+inline Vec4f swap_parts(Vec4f x) {
+    return {_mm_shuffle_ps(x.v, x.v, _MM_SHUFFLE(2, 3, 0, 1))};
+}
+// The sums of the lanes with even and with odd numbers.
+struct LanePair {
+    float even, odd;
+};
+inline LanePair sum_pairs(Vec4f x) {
+    const __m128 pair = _mm_add_ps(x.v, _mm_movehl_ps(x.v, x.v));
+    return {_mm_cvtss_f32(pair), _mm_cvtss_f32(_mm_shuffle_ps(pair, pair, 1))};
+}
+
+// Floats past a 16-byte boundary.
+inline int past_boundary(const float* p) {
+    return static_cast<int>(reinterpret_cast<std::uintptr_t>(p) / sizeof(float) % Vec4f::lanes);
+}
+// Hands out the vectors at x one after the other.
+template <bool aligned>
+class Loads {
+public:
+    static constexpr int readsPast = 0;
+
+    explicit Loads(const float* x) : x_(x) {}
+    [[gnu::always_inline]] Vec4f next() {
+        const Vec4f read = aligned ? Vec4f::load_aligned(x_) : Vec4f::load(x_);
+        x_ += Vec4f::lanes;
+        return read;
+    }
+
+private:
+    const float* x_;
+};
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

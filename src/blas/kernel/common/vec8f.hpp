@@ -16,6 +16,9 @@ struct Vec8f {
 
     static Vec8f zero() { return {_mm256_setzero_ps()}; }
     static Vec8f splat(float x) { return {_mm256_set1_ps(x)}; }
+    static Vec8f alternate(float even, float odd) {
+        return {_mm256_setr_ps(even, odd, even, odd, even, odd, even, odd)};
+    }
     static Vec8f load(const float* p) { return {_mm256_loadu_ps(p)}; }
     static Vec8f load_aligned(const float* p) { return {_mm256_load_ps(p)}; }
     void store(float* p) const { _mm256_storeu_ps(p, v); }
@@ -131,6 +134,24 @@ inline void transpose_rows(const float* const (&row)[4], int l, int count, Vec8f
     };
     x[0] = in_order(_mm256_unpacklo_ps(even, odd));
     x[1] = in_order(_mm256_unpackhi_ps(even, odd));
+}
+
+// ---- For level 1 --------------------------------------------------------------------------------------------------
+
+// Real and imaginary parts for each other.
+inline Vec8f swap_parts(Vec8f x) {
+    return {_mm256_permute_ps(x.v, 0xB1)};
+}
+// The sums of the lanes with even and with odd numbers.
+inline LanePair sum_pairs(Vec8f x) {
+    return sum_pairs(Vec4f{_mm_add_ps(_mm256_castps256_ps128(x.v), _mm256_extractf128_ps(x.v, 1))});
+}
+// The first `count` lanes, fewer than all; the others are 0, respectively not written.
+inline Vec8f load_part(const float* p, int count) {
+    return {_mm256_maskload_ps(p, row_mask(count))};
+}
+inline void store_part(float* p, Vec8f x, int count) {
+    store_in_pieces(p, x, count);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,6 +1,7 @@
 // Vectors of the sse2 build.
 #pragma once
 
+#include "blas/kernel/common/unaligned_by_load.hpp"
 #include "blas/kernel/common/vec4f.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {

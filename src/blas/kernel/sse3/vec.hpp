@@ -3,6 +3,7 @@
 
 #include <pmmintrin.h>
 
+#include "blas/kernel/common/unaligned_by_load.hpp"
 #include "blas/kernel/common/vec4f.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {

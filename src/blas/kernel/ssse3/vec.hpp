@@ -3,6 +3,7 @@
 
 #include <tmmintrin.h>
 
+#include "blas/kernel/common/unaligned_by_shift.hpp"
 #include "blas/kernel/common/vec4f.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
