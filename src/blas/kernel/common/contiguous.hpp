@@ -37,6 +37,13 @@ bool contiguous_either_way(const T* x, int inc) {
     return (inc == 1 || inc == -1) && is_float_address(x);
 }
 
+// How many of the n floats at x lie in front of the first boundary of vectors.
+inline int floats_to_boundary(std::ptrdiff_t n, const float* x) {
+    const auto past = static_cast<int>(reinterpret_cast<std::uintptr_t>(x) / sizeof(float) % Vec::lanes);
+    const int count = past == 0 ? 0 : Vec::lanes - past;
+    return count < n ? count : static_cast<int>(n);
+}
+
 // alpha*x in a vector of complex elements: two products of whole vectors.
 struct ComplexFactor {
     Vec straight, crossed;

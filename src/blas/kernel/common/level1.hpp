@@ -3,7 +3,6 @@
 #pragma once
 
 #include "blas/kernel/common/level1_strided.hpp"
-#include "blas/kernel/common/nrm2.hpp"
 #include "blas/kernel/common/rotg.hpp"
 #include "blas/kernel/kernels.hpp"
 
@@ -51,33 +50,31 @@ void blas_csscal_kernel(const int* n, const float* alpha, SingleComplex* x, cons
     scal(*n, *alpha, x, *incx);
 }
 float blas_sasum_kernel(QRV_VECTOR(float)) {
-    return strided::asum(*n, x, *incx);
+    return asum(*n, x, *incx);
 }
 float blas_scasum_kernel(QRV_VECTOR(SingleComplex)) {
-    return strided::asum(*n, x, *incx);
+    return asum(*n, x, *incx);
 }
 float blas_snrm2_kernel(QRV_VECTOR(float)) {
-    return nrm2_scaled(*n, x, *incx);
+    return nrm2(*n, x, *incx);
 }
 float blas_scnrm2_kernel(QRV_VECTOR(SingleComplex)) {
-    return nrm2_scaled(*n, x, *incx);
+    return nrm2(*n, x, *incx);
 }
 int blas_isamax_kernel(QRV_VECTOR(float)) {
-    return strided::iamax(*n, x, *incx);
+    return iamax(*n, x, *incx);
 }
 int blas_icamax_kernel(QRV_VECTOR(SingleComplex)) {
-    return strided::iamax(*n, x, *incx);
+    return iamax(*n, x, *incx);
 }
 void blas_srotg_kernel(float* a, float* b, float* c, float* s) {
     rotg(*a, *b, *c, *s);
 }
 void blas_srotm_kernel(QRV_BOTH_VECTORS(float), const float* param) {
-    static_cast<void>(n), static_cast<void>(x), static_cast<void>(incx);
-    static_cast<void>(y), static_cast<void>(incy), static_cast<void>(param);
+    rotm(*n, x, *incx, y, *incy, param);
 }
 void blas_srotmg_kernel(float* d1, float* d2, float* x1, const float* y1, float* param) {
-    static_cast<void>(d1), static_cast<void>(d2), static_cast<void>(x1);
-    static_cast<void>(y1), static_cast<void>(param);
+    rotmg(*d1, *d2, *x1, *y1, param);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

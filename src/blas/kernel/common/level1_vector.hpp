@@ -2,8 +2,12 @@
 // anything else element by element.
 #pragma once
 
+#include "blas/kernel/common/asum.hpp"
 #include "blas/kernel/common/axpy.hpp"
 #include "blas/kernel/common/copy.hpp"
 #include "blas/kernel/common/dot.hpp"
+#include "blas/kernel/common/iamax.hpp"
+#include "blas/kernel/common/nrm2.hpp"
 #include "blas/kernel/common/rot.hpp"
+#include "blas/kernel/common/rotm.hpp"
 #include "blas/kernel/common/scal.hpp"

@@ -134,4 +134,63 @@ private:
     const float* x_;
 };
 
+// ---- For the routines of one vector ---------------------------------------------------------------------------------
+
+// The first `count` lanes, fewer than all; the others are 0. Nothing past them is read.
+template <class V>
+V load_part(const float* p, int count);
+template <>
+inline Vec4f load_part<Vec4f>(const float* p, int count) {
+    return count == 1 ? load_first<1>(p) : count == 2 ? load_first<2>(p) : load_first<3>(p);
+}
+inline Vec4f abs(Vec4f x) {
+    return {_mm_andnot_ps(_mm_set1_ps(-0.0F), x.v)};
+}
+inline float sum_of_lanes(Vec4f x) {
+    const Vec4f pairs = x + swap_halves(x);
+    return _mm_cvtss_f32(_mm_add_ss(pairs.v, _mm_shuffle_ps(pairs.v, pairs.v, 1)));
+}
+// a0+a1 a2+a3 b0+b1 b2+b3
+inline Vec4f sum_neighbours(Vec4f a, Vec4f b) {
+    return {_mm_add_ps(_mm_shuffle_ps(a.v, b.v, _MM_SHUFFLE(2, 0, 2, 0)),
+                       _mm_shuffle_ps(a.v, b.v, _MM_SHUFFLE(3, 1, 3, 1)))};
+}
+// Of each two lanes the larger, or NaN if either is. A build may know a shorter way for magnitudes (larger_magnitude).
+inline Vec4f larger_or_nan(Vec4f a, Vec4f b) {
+    return {_mm_or_ps(_mm_max_ps(a.v, b.v), _mm_cmpunord_ps(a.v, b.v))};
+}
+inline float largest_lane(Vec4f x) {
+    const Vec4f pairs = larger_or_nan(x, swap_halves(x));
+    return _mm_cvtss_f32(larger_or_nan(pairs, {_mm_shuffle_ps(pairs.v, pairs.v, 1)}).v);
+}
+// Bit i is set where lanes i are equal.
+inline unsigned equal_lanes(Vec4f a, Vec4f b) {
+    return static_cast<unsigned>(_mm_movemask_ps(_mm_cmpeq_ps(a.v, b.v)));
+}
+
+// The lanes of a vector in double.
+template <class V>
+struct Doubles;
+template <>
+struct Doubles<Vec4f> {
+    __m128d low, high;
+
+    static Doubles zero() { return {_mm_setzero_pd(), _mm_setzero_pd()}; }
+    static Doubles widen(Vec4f x) { return {_mm_cvtps_pd(x.v), _mm_cvtps_pd(_mm_movehl_ps(x.v, x.v))}; }
+    // Two loads: widening from memory takes one step less than from a register.
+    static Doubles widen_aligned(const float* p) {
+        return {_mm_cvtps_pd(_mm_load_ps(p)),
+                _mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 2))))};
+    }
+    void add_squares(Doubles x) {
+        low = _mm_add_pd(low, _mm_mul_pd(x.low, x.low));
+        high = _mm_add_pd(high, _mm_mul_pd(x.high, x.high));
+    }
+    friend Doubles operator+(Doubles a, Doubles b) { return {_mm_add_pd(a.low, b.low), _mm_add_pd(a.high, b.high)}; }
+    double sum() const {
+        const __m128d pairs = _mm_add_pd(low, high);
+        return _mm_cvtsd_f64(_mm_add_sd(pairs, _mm_unpackhi_pd(pairs, pairs)));
+    }
+};
+
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -2,13 +2,18 @@
 #include <cstring>
 
 #include "blas/kernel/common/level1_strided.hpp"
+#include "blas/kernel/common/nrm2_scaled.hpp"
+#include "blas/kernel/common/rotg.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
+using strided::asum;
 using strided::axpy;
 using strided::copy;
 using strided::dot;
+using strided::iamax;
 using strided::rot;
+using strided::rotm;
 using strided::scal;
 using strided::swap;
 

@@ -10,4 +10,9 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 using Vec = Vec4f;
 
+// Of each two lanes that are magnitudes the larger, or NaN if either is.
+inline Vec4f larger_magnitude(Vec4f a, Vec4f b) {
+    return larger_or_nan(a, b);
+}
+
 } // namespace qrv::kernel::QRV_KERNEL_BUILD
