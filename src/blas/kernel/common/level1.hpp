@@ -1,9 +1,8 @@
-// The kernels of BLAS level 1 of one build, in its namespace: each hands over to its family's template. The build's
-// vec.hpp comes first and says what Vec is.
+// The kernels of BLAS level 1 of one build, in its namespace: each hands over to its family's template. The families
+// come first: those over vectors (level1_vector.hpp) or those over elements (level1_strided.hpp).
 #pragma once
 
 #include "blas/kernel/common/level1_strided.hpp"
-#include "blas/kernel/common/nrm2.hpp"
 #include "blas/kernel/common/rotg.hpp"
 #include "blas/kernel/kernels.hpp"
 
@@ -11,73 +10,71 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 void blas_saxpy_kernel(const int* n, const float* alpha, QRV_VECTORS_TO_Y(float)) {
     if (*alpha != 0)
-        strided::axpy(*n, *alpha, x, *incx, y, *incy);
+        axpy(*n, *alpha, x, *incx, y, *incy);
 }
 void blas_caxpy_kernel(const int* n, const SingleComplex* alpha, QRV_VECTORS_TO_Y(SingleComplex)) {
     if (*alpha != SingleComplex{0, 0})
-        strided::axpy(*n, *alpha, x, *incx, y, *incy);
+        axpy(*n, *alpha, x, *incx, y, *incy);
 }
 void blas_scopy_kernel(const int* n, QRV_VECTORS_TO_Y(float)) {
-    strided::copy(*n, x, *incx, y, *incy);
+    copy(*n, x, *incx, y, *incy);
 }
 void blas_ccopy_kernel(const int* n, QRV_VECTORS_TO_Y(SingleComplex)) {
-    strided::copy(*n, x, *incx, y, *incy);
+    copy(*n, x, *incx, y, *incy);
 }
 void blas_sswap_kernel(QRV_BOTH_VECTORS(float)) {
-    strided::swap(*n, x, *incx, y, *incy);
+    swap(*n, x, *incx, y, *incy);
 }
 void blas_cswap_kernel(QRV_BOTH_VECTORS(SingleComplex)) {
-    strided::swap(*n, x, *incx, y, *incy);
+    swap(*n, x, *incx, y, *incy);
 }
 float blas_sdot_kernel(QRV_VECTORS(float)) {
-    return strided::dot<false>(*n, x, *incx, y, *incy);
+    return dot<false>(*n, x, *incx, y, *incy);
 }
 void blas_cdotc_kernel(SingleComplex* result, QRV_VECTORS(SingleComplex)) {
-    *result = strided::dot<true>(*n, x, *incx, y, *incy);
+    *result = dot<true>(*n, x, *incx, y, *incy);
 }
 void blas_cdotu_kernel(SingleComplex* result, QRV_VECTORS(SingleComplex)) {
-    *result = strided::dot<false>(*n, x, *incx, y, *incy);
+    *result = dot<false>(*n, x, *incx, y, *incy);
 }
 void blas_srot_kernel(QRV_BOTH_VECTORS(float), const float* c, const float* s) {
-    strided::rot(*n, x, *incx, y, *incy, *c, *s);
+    rot(*n, x, *incx, y, *incy, *c, *s);
 }
 void blas_sscal_kernel(const int* n, const float* alpha, float* x, const int* incx) {
-    strided::scal(*n, *alpha, x, *incx);
+    scal(*n, *alpha, x, *incx);
 }
 void blas_cscal_kernel(const int* n, const SingleComplex* alpha, SingleComplex* x, const int* incx) {
-    strided::scal(*n, *alpha, x, *incx);
+    scal(*n, *alpha, x, *incx);
 }
 void blas_csscal_kernel(const int* n, const float* alpha, SingleComplex* x, const int* incx) {
-    strided::scal(*n, *alpha, x, *incx);
+    scal(*n, *alpha, x, *incx);
 }
 float blas_sasum_kernel(QRV_VECTOR(float)) {
-    return strided::asum(*n, x, *incx);
+    return asum(*n, x, *incx);
 }
 float blas_scasum_kernel(QRV_VECTOR(SingleComplex)) {
-    return strided::asum(*n, x, *incx);
+    return asum(*n, x, *incx);
 }
 float blas_snrm2_kernel(QRV_VECTOR(float)) {
-    return nrm2_scaled(*n, x, *incx);
+    return nrm2(*n, x, *incx);
 }
 float blas_scnrm2_kernel(QRV_VECTOR(SingleComplex)) {
-    return nrm2_scaled(*n, x, *incx);
+    return nrm2(*n, x, *incx);
 }
 int blas_isamax_kernel(QRV_VECTOR(float)) {
-    return strided::iamax(*n, x, *incx);
+    return iamax(*n, x, *incx);
 }
 int blas_icamax_kernel(QRV_VECTOR(SingleComplex)) {
-    return strided::iamax(*n, x, *incx);
+    return iamax(*n, x, *incx);
 }
 void blas_srotg_kernel(float* a, float* b, float* c, float* s) {
     rotg(*a, *b, *c, *s);
 }
 void blas_srotm_kernel(QRV_BOTH_VECTORS(float), const float* param) {
-    static_cast<void>(n), static_cast<void>(x), static_cast<void>(incx);
-    static_cast<void>(y), static_cast<void>(incy), static_cast<void>(param);
+    rotm(*n, x, *incx, y, *incy, param);
 }
 void blas_srotmg_kernel(float* d1, float* d2, float* x1, const float* y1, float* param) {
-    static_cast<void>(d1), static_cast<void>(d2), static_cast<void>(x1);
-    static_cast<void>(y1), static_cast<void>(param);
+    rotmg(*d1, *d2, *x1, *y1, param);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

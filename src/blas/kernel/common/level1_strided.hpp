@@ -63,6 +63,19 @@ void scal(int n, Scale alpha, T* x, int incx) {
         *x = alpha * *x;
 }
 
+// Calls each(float) for every part of every element, real before imaginary.
+template <class T, class Each>
+void walk_parts(int n, const T* x, int incx, Each each) {
+    for (x = first_element(n, x, incx); n > 0; --n, x += incx) {
+        if constexpr (isComplex<T>) {
+            each(x->re);
+            each(x->im);
+        } else {
+            each(*x);
+        }
+    }
+}
+
 template <class T>
 float asum(int n, const T* x, int incx) {
     float sum = 0;

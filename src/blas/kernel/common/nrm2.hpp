@@ -1,55 +1,47 @@
-// Euclidean norms. Squares of floats cannot overflow in double, so the tuned builds sum them as they are; the generic
-// build keeps the scaled recurrence of the published routine.
+// SNRM2, SCNRM2 of the builds with vectors: squares of floats neither overflow nor vanish in double, so they are summed
+// as they are.
+//
+// A NaN gives NaN; otherwise an infinity gives infinity, as does a norm above the largest float.
 #pragma once
 
-#include "blas/complex.hpp"
+#include "blas/kernel/common/contiguous.hpp"
 #include "blas/kernel/common/level1_strided.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
-// Calls each(float) for every part of every element, real before imaginary.
-template <class T, class Each>
-void for_each_part(int n, const T* x, int incx, Each each) {
-    x = strided::first_element(n, x, incx);
-    for (; n > 0; --n, x += incx) {
-        if constexpr (isComplex<T>) {
-            each(x->re);
-            each(x->im);
-        } else {
-            each(*x);
+// The sum of n squares: passes of 8 vectors between what lies outside the boundaries of vectors.
+inline double sum_of_squares(std::ptrdiff_t n, const float* x) {
+    Doubles<Vec> even = Doubles<Vec>::zero(), odd = even; // in SSE 8 numbers, passes of 32
+    if (const int head = floats_to_boundary(n, x)) {
+        odd.add_squares(Doubles<Vec>::widen(load_part<Vec>(x, head)));
+        x += head;
+        n -= head;
+    }
+    constexpr int pass = 8 * Vec::lanes;
+    for (; n >= pass; n -= pass, x += pass) {
+#pragma GCC unroll 4
+        for (int i = 0; i < pass; i += 2 * Vec::lanes) {
+            even.add_squares(Doubles<Vec>::widen_aligned(x + i));
+            odd.add_squares(Doubles<Vec>::widen_aligned(x + i + Vec::lanes));
         }
     }
+    for (; n >= Vec::lanes; n -= Vec::lanes, x += Vec::lanes)
+        even.add_squares(Doubles<Vec>::widen_aligned(x));
+    if (n > 0)
+        odd.add_squares(Doubles<Vec>::widen(load_part<Vec>(x, static_cast<int>(n))));
+    return (even + odd).sum();
 }
 
 template <class T>
-float nrm2_in_double(int n, const T* x, int incx) {
-    double sum = 0;
-    for_each_part(n, x, incx, [&](float part) { sum += double{part} * part; });
-    return static_cast<float>(__builtin_sqrt(sum));
-}
-
-// scale^2 * sum is the sum of squares so far; scale is the largest magnitude met.
-template <class T>
-float nrm2_scaled(int n, const T* x, int incx) {
+float nrm2(int n, const T* x, int incx) {
     if (n < 1)
         return 0;
-    if (!isComplex<T> && n == 1)
-        return abs1(*x);
-    double scale = 0, sum = 1;
-    for_each_part(n, x, incx, [&](float part) {
-        if (part == 0)
-            return;
-        const double size = __builtin_fabs(double{part});
-        if (scale < size) {
-            const double ratio = scale / size;
-            sum = 1 + sum * ratio * ratio;
-            scale = size;
-        } else {
-            const double ratio = size / scale;
-            sum += ratio * ratio;
-        }
-    });
-    return static_cast<float>(scale * __builtin_sqrt(sum));
+    double sum = 0;
+    if (contiguous_either_way(x, incx))
+        sum = sum_of_squares(std::ptrdiff_t{n} * partsOf<T>, parts(x));
+    else
+        strided::walk_parts(n, x, incx, [&](float part) { sum += double{part} * part; });
+    return static_cast<float>(__builtin_sqrt(sum));
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -17,6 +17,7 @@ struct Vec16f {
 
     static Vec16f zero() { return {_mm512_setzero_ps()}; }
     static Vec16f splat(float x) { return {_mm512_set1_ps(x)}; }
+    static Vec16f alternate(float even, float odd) { return {_mm512_setr4_ps(even, odd, even, odd)}; }
     static Vec16f load(const float* p) { return {_mm512_loadu_ps(p)}; }
     static Vec16f load_aligned(const float* p) { return {_mm512_load_ps(p)}; }
     void store(float* p) const { _mm512_storeu_ps(p, v); }
@@ -146,5 +147,80 @@ inline void transpose_rows(const float* const (&row)[4], int l, int count, Vec16
     const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
     x[0].v = _mm512_permutexvar_ps(order, join_quads(quad(row[0]), quad(row[1]), quad(row[2]), quad(row[3])));
 }
+
+// ---- For level 1 --------------------------------------------------------------------------------------------------
+
+// Real and imaginary parts for each other.
+inline Vec16f swap_parts(Vec16f x) {
+    return {_mm512_permute_ps(x.v, 0xB1)};
+}
+// The sums of the lanes with even and with odd numbers.
+inline LanePair sum_pairs(Vec16f x) {
+    const __m256 half = _mm256_add_ps(_mm512_castps512_ps256(x.v), _mm512_extractf32x8_ps(x.v, 1));
+    return sum_pairs(Vec4f{_mm_add_ps(_mm256_castps256_ps128(half), _mm256_extractf128_ps(half, 1))});
+}
+// The first `count` lanes, fewer than all; the others are 0, respectively not written.
+inline Vec16f load_part(const float* p, int count) {
+    return {_mm512_maskz_loadu_ps(first_lanes(count), p)};
+}
+inline void store_part(float* p, Vec16f x, int count) {
+    _mm512_mask_storeu_ps(p, first_lanes(count), x.v);
+}
+
+// ---- For the routines of one vector ---------------------------------------------------------------------------------
+
+template <>
+inline Vec16f load_part<Vec16f>(const float* p, int count) {
+    return load_part(p, count);
+}
+inline Vec16f abs(Vec16f x) {
+    return {_mm512_abs_ps(x.v)};
+}
+inline float sum_of_lanes(Vec16f x) {
+    const __m256 half = _mm256_add_ps(_mm512_castps512_ps256(x.v), _mm512_extractf32x8_ps(x.v, 1));
+    return sum_of_lanes(Vec4f{_mm_add_ps(_mm256_castps256_ps128(half), _mm256_extractf128_ps(half, 1))});
+}
+// a0+a1 a2+a3 .. a14+a15 b0+b1 .. b14+b15
+inline Vec16f sum_neighbours(Vec16f a, Vec16f b) {
+    const __m512i even = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+    const __m512i odd = _mm512_setr_epi32(1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
+    return {_mm512_add_ps(_mm512_permutex2var_ps(a.v, even, b.v), _mm512_permutex2var_ps(a.v, odd, b.v))};
+}
+// Of each two lanes that are magnitudes the larger, or NaN if either is: as an integer NaN is above all numbers.
+inline Vec16f larger_magnitude(Vec16f a, Vec16f b) {
+    return {_mm512_castsi512_ps(_mm512_max_epi32(_mm512_castps_si512(a.v), _mm512_castps_si512(b.v)))};
+}
+inline float largest_lane(Vec16f x) {
+    const __m512i halves = _mm512_castps_si512(x.v);
+    const __m256i half = _mm256_max_epi32(_mm512_castsi512_si256(halves), _mm512_extracti32x8_epi32(halves, 1));
+    const __m128i quad = _mm_max_epi32(_mm256_castsi256_si128(half), _mm256_extracti128_si256(half, 1));
+    return largest_lane(Vec4f{_mm_castsi128_ps(quad)});
+}
+// Bit i is set where lanes i are equal.
+inline unsigned equal_lanes(Vec16f a, Vec16f b) {
+    return _mm512_cmp_ps_mask(a.v, b.v, _CMP_EQ_OQ);
+}
+
+// The lanes of a vector in double.
+template <>
+struct Doubles<Vec16f> {
+    __m512d low, high;
+
+    static Doubles zero() { return {_mm512_setzero_pd(), _mm512_setzero_pd()}; }
+    static Doubles widen(Vec16f x) {
+        return {_mm512_cvtps_pd(_mm512_castps512_ps256(x.v)), _mm512_cvtps_pd(_mm512_extractf32x8_ps(x.v, 1))};
+    }
+    static Doubles widen_aligned(const float* p) {
+        return {_mm512_cvtps_pd(_mm256_load_ps(p)), _mm512_cvtps_pd(_mm256_load_ps(p + 8))};
+    }
+    void add_squares(Doubles x) {
+        low = _mm512_fmadd_pd(x.low, x.low, low);
+        high = _mm512_fmadd_pd(x.high, x.high, high);
+    }
+    friend Doubles operator+(Doubles a, Doubles b) {
+        return {_mm512_add_pd(a.low, b.low), _mm512_add_pd(a.high, b.high)};
+    }
+    double sum() const { return _mm512_reduce_add_pd(_mm512_add_pd(low, high)); }
+};
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

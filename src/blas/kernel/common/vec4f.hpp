@@ -2,6 +2,7 @@
 // adds what that build does better.
 #pragma once
 
+#include <cstdint>
 #include <emmintrin.h>
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
@@ -12,6 +13,7 @@ struct Vec4f {
 
     static Vec4f zero() { return {_mm_setzero_ps()}; }
     static Vec4f splat(float x) { return {_mm_set1_ps(x)}; }
+    static Vec4f alternate(float even, float odd) { return {_mm_setr_ps(even, odd, even, odd)}; }
     static Vec4f load(const float* p) { return {_mm_loadu_ps(p)}; }
     static Vec4f load_aligned(const float* p) { return {_mm_load_ps(p)}; }
     void store(float* p) const { _mm_storeu_ps(p, v); }
@@ -91,5 +93,104 @@ void store_first(float* p, Vec4f x) {
             _mm_store_ss(p + 2, _mm_movehl_ps(x.v, x.v));
     }
 }
+
+// ---- For level 1 --------------------------------------------------------------------------------------------------
+
+// a*b + c, rounded twice
+inline Vec4f multiply_add(Vec4f a, Vec4f b, Vec4f c) {
+    return a * b + c;
+}
+// x1 x0 x3 x2: real and imaginary parts for each other
+inline Vec4f swap_parts(Vec4f x) {
+    return {_mm_shuffle_ps(x.v, x.v, _MM_SHUFFLE(2, 3, 0, 1))};
+}
+// The sums of the lanes with even and with odd numbers.
+struct LanePair {
+    float even, odd;
+};
+inline LanePair sum_pairs(Vec4f x) {
+    const __m128 pair = _mm_add_ps(x.v, _mm_movehl_ps(x.v, x.v));
+    return {_mm_cvtss_f32(pair), _mm_cvtss_f32(_mm_shuffle_ps(pair, pair, 1))};
+}
+
+// Floats past a 16-byte boundary.
+inline int past_boundary(const float* p) {
+    return static_cast<int>(reinterpret_cast<std::uintptr_t>(p) / sizeof(float) % Vec4f::lanes);
+}
+// Hands out the vectors at x one after the other.
+template <bool aligned>
+class Loads {
+public:
+    static constexpr int readsPast = 0;
+
+    explicit Loads(const float* x) : x_(x) {}
+    [[gnu::always_inline]] Vec4f next() {
+        const Vec4f read = aligned ? Vec4f::load_aligned(x_) : Vec4f::load(x_);
+        x_ += Vec4f::lanes;
+        return read;
+    }
+
+private:
+    const float* x_;
+};
+
+// ---- For the routines of one vector ---------------------------------------------------------------------------------
+
+// The first `count` lanes, fewer than all; the others are 0. Nothing past them is read.
+template <class V>
+V load_part(const float* p, int count);
+template <>
+inline Vec4f load_part<Vec4f>(const float* p, int count) {
+    return count == 1 ? load_first<1>(p) : count == 2 ? load_first<2>(p) : load_first<3>(p);
+}
+inline Vec4f abs(Vec4f x) {
+    return {_mm_andnot_ps(_mm_set1_ps(-0.0F), x.v)};
+}
+inline float sum_of_lanes(Vec4f x) {
+    const Vec4f pairs = x + swap_halves(x);
+    return _mm_cvtss_f32(_mm_add_ss(pairs.v, _mm_shuffle_ps(pairs.v, pairs.v, 1)));
+}
+// a0+a1 a2+a3 b0+b1 b2+b3
+inline Vec4f sum_neighbours(Vec4f a, Vec4f b) {
+    return {_mm_add_ps(_mm_shuffle_ps(a.v, b.v, _MM_SHUFFLE(2, 0, 2, 0)),
+                       _mm_shuffle_ps(a.v, b.v, _MM_SHUFFLE(3, 1, 3, 1)))};
+}
+// Of each two lanes the larger, or NaN if either is. A build may know a shorter way for magnitudes (larger_magnitude).
+inline Vec4f larger_or_nan(Vec4f a, Vec4f b) {
+    return {_mm_or_ps(_mm_max_ps(a.v, b.v), _mm_cmpunord_ps(a.v, b.v))};
+}
+inline float largest_lane(Vec4f x) {
+    const Vec4f pairs = larger_or_nan(x, swap_halves(x));
+    return _mm_cvtss_f32(larger_or_nan(pairs, {_mm_shuffle_ps(pairs.v, pairs.v, 1)}).v);
+}
+// Bit i is set where lanes i are equal.
+inline unsigned equal_lanes(Vec4f a, Vec4f b) {
+    return static_cast<unsigned>(_mm_movemask_ps(_mm_cmpeq_ps(a.v, b.v)));
+}
+
+// The lanes of a vector in double.
+template <class V>
+struct Doubles;
+template <>
+struct Doubles<Vec4f> {
+    __m128d low, high;
+
+    static Doubles zero() { return {_mm_setzero_pd(), _mm_setzero_pd()}; }
+    static Doubles widen(Vec4f x) { return {_mm_cvtps_pd(x.v), _mm_cvtps_pd(_mm_movehl_ps(x.v, x.v))}; }
+    // Two loads: widening from memory takes one step less than from a register.
+    static Doubles widen_aligned(const float* p) {
+        return {_mm_cvtps_pd(_mm_load_ps(p)),
+                _mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 2))))};
+    }
+    void add_squares(Doubles x) {
+        low = _mm_add_pd(low, _mm_mul_pd(x.low, x.low));
+        high = _mm_add_pd(high, _mm_mul_pd(x.high, x.high));
+    }
+    friend Doubles operator+(Doubles a, Doubles b) { return {_mm_add_pd(a.low, b.low), _mm_add_pd(a.high, b.high)}; }
+    double sum() const {
+        const __m128d pairs = _mm_add_pd(low, high);
+        return _mm_cvtsd_f64(_mm_add_sd(pairs, _mm_unpackhi_pd(pairs, pairs)));
+    }
+};
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -16,6 +16,9 @@ struct Vec8f {
 
     static Vec8f zero() { return {_mm256_setzero_ps()}; }
     static Vec8f splat(float x) { return {_mm256_set1_ps(x)}; }
+    static Vec8f alternate(float even, float odd) {
+        return {_mm256_setr_ps(even, odd, even, odd, even, odd, even, odd)};
+    }
     static Vec8f load(const float* p) { return {_mm256_loadu_ps(p)}; }
     static Vec8f load_aligned(const float* p) { return {_mm256_load_ps(p)}; }
     void store(float* p) const { _mm256_storeu_ps(p, v); }
@@ -132,5 +135,77 @@ inline void transpose_rows(const float* const (&row)[4], int l, int count, Vec8f
     x[0] = in_order(_mm256_unpacklo_ps(even, odd));
     x[1] = in_order(_mm256_unpackhi_ps(even, odd));
 }
+
+// ---- For level 1 --------------------------------------------------------------------------------------------------
+
+// Real and imaginary parts for each other.
+inline Vec8f swap_parts(Vec8f x) {
+    return {_mm256_permute_ps(x.v, 0xB1)};
+}
+// The sums of the lanes with even and with odd numbers.
+inline LanePair sum_pairs(Vec8f x) {
+    return sum_pairs(Vec4f{_mm_add_ps(_mm256_castps256_ps128(x.v), _mm256_extractf128_ps(x.v, 1))});
+}
+// The first `count` lanes, fewer than all; the others are 0, respectively not written.
+inline Vec8f load_part(const float* p, int count) {
+    return {_mm256_maskload_ps(p, row_mask(count))};
+}
+inline void store_part(float* p, Vec8f x, int count) {
+    store_in_pieces(p, x, count);
+}
+
+// ---- For the routines of one vector ---------------------------------------------------------------------------------
+
+template <>
+inline Vec8f load_part<Vec8f>(const float* p, int count) {
+    return load_part(p, count);
+}
+inline Vec8f abs(Vec8f x) {
+    return {_mm256_andnot_ps(_mm256_set1_ps(-0.0F), x.v)};
+}
+inline float sum_of_lanes(Vec8f x) {
+    return sum_of_lanes(Vec4f{_mm_add_ps(_mm256_castps256_ps128(x.v), _mm256_extractf128_ps(x.v, 1))});
+}
+// a0+a1 a2+a3 .. a6+a7 b0+b1 .. b6+b7
+inline Vec8f sum_neighbours(Vec8f a, Vec8f b) {
+    const __m256d quads = _mm256_castps_pd(_mm256_hadd_ps(a.v, b.v));
+    return {_mm256_castpd_ps(_mm256_permute4x64_pd(quads, 0xD8))};
+}
+// Of each two lanes that are magnitudes the larger, or NaN if either is: as an integer NaN is above all numbers.
+inline Vec8f larger_magnitude(Vec8f a, Vec8f b) {
+    return {_mm256_castsi256_ps(_mm256_max_epi32(_mm256_castps_si256(a.v), _mm256_castps_si256(b.v)))};
+}
+inline float largest_lane(Vec8f x) {
+    return largest_lane(larger_or_nan({_mm256_castps256_ps128(x.v)}, {_mm256_extractf128_ps(x.v, 1)}));
+}
+// Bit i is set where lanes i are equal.
+inline unsigned equal_lanes(Vec8f a, Vec8f b) {
+    return static_cast<unsigned>(_mm256_movemask_ps(_mm256_cmp_ps(a.v, b.v, _CMP_EQ_OQ)));
+}
+
+// The lanes of a vector in double.
+template <>
+struct Doubles<Vec8f> {
+    __m256d low, high;
+
+    static Doubles zero() { return {_mm256_setzero_pd(), _mm256_setzero_pd()}; }
+    static Doubles widen(Vec8f x) {
+        return {_mm256_cvtps_pd(_mm256_castps256_ps128(x.v)), _mm256_cvtps_pd(_mm256_extractf128_ps(x.v, 1))};
+    }
+    static Doubles widen_aligned(const float* p) {
+        return {_mm256_cvtps_pd(_mm_load_ps(p)), _mm256_cvtps_pd(_mm_load_ps(p + 4))};
+    }
+    void add_squares(Doubles x) {
+        low = _mm256_fmadd_pd(x.low, x.low, low);
+        high = _mm256_fmadd_pd(x.high, x.high, high);
+    }
+    friend Doubles operator+(Doubles a, Doubles b) {
+        return {_mm256_add_pd(a.low, b.low), _mm256_add_pd(a.high, b.high)};
+    }
+    double sum() const {
+        const __m256d fours = _mm256_add_pd(low, high);
+        return Doubles<Vec4f>{_mm256_castpd256_pd128(fours), _mm256_extractf128_pd(fours, 1)}.sum();
+    }
+};
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,6 +1,7 @@
 // Vectors of the sse2 build.
 #pragma once
 
+#include "blas/kernel/common/unaligned_by_load.hpp"
 #include "blas/kernel/common/vec4f.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
@@ -10,6 +11,11 @@ using Vec = Vec4f;
 // The sums of the lanes of a, b, c and d: the shuffles that every build has.
 inline Vec4f horizontal_sums(Vec4f a, Vec4f b, Vec4f c, Vec4f d) {
     return sum_lanes(a, b, c, d);
+}
+
+// Of each two lanes that are magnitudes the larger, or NaN if either is.
+inline Vec4f larger_magnitude(Vec4f a, Vec4f b) {
+    return larger_or_nan(a, b);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,0 +1,63 @@
+// When a vector may be walked over as an array of floats.
+#pragma once
+
+#include <cstdint>
+
+#include "blas/complex.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// The floats of an array of elements.
+inline float* parts(float* x) {
+    return x;
+}
+inline const float* parts(const float* x) {
+    return x;
+}
+inline float* parts(SingleComplex* x) {
+    return &x->re;
+}
+inline const float* parts(const SingleComplex* x) {
+    return &x->re;
+}
+template <class T>
+constexpr int partsOf = sizeof(T) / sizeof(float);
+
+// An address that is no multiple of 4 is left to the loops over elements.
+template <class T>
+bool is_float_address(const T* x) {
+    return reinterpret_cast<std::uintptr_t>(x) % sizeof(float) == 0;
+}
+template <class T>
+bool contiguous(const T* x, int inc) {
+    return inc == 1 && is_float_address(x);
+}
+template <class T>
+bool contiguous_either_way(const T* x, int inc) {
+    return (inc == 1 || inc == -1) && is_float_address(x);
+}
+
+// How many of the n floats at x lie in front of the first boundary of vectors.
+inline int floats_to_boundary(std::ptrdiff_t n, const float* x) {
+    const auto past = static_cast<int>(reinterpret_cast<std::uintptr_t>(x) / sizeof(float) % Vec::lanes);
+    const int count = past == 0 ? 0 : Vec::lanes - past;
+    return count < n ? count : static_cast<int>(n);
+}
+
+// alpha*x in a vector of complex elements: two products of whole vectors.
+struct ComplexFactor {
+    Vec straight, crossed;
+
+    explicit ComplexFactor(SingleComplex alpha)
+        : straight(Vec::splat(alpha.re)), crossed(Vec::alternate(-alpha.im, alpha.im)) {}
+    Vec times(Vec x) const { return multiply_add(crossed, swap_parts(x), straight * x); }
+    Vec times_plus(Vec x, Vec y) const { return multiply_add(crossed, swap_parts(x), multiply_add(straight, x, y)); }
+};
+
+// Hands n elements of x and y to a Step.
+template <class Step, class X, class Y>
+[[gnu::always_inline]] inline void walk(int n, X* x, Y* y, Step& step) {
+    UnitStride(std::ptrdiff_t{n} * partsOf<Y>, parts(x), parts(y), step).walk();
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD
