@@ -7,9 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "flops.hpp"
 #include "library.hpp"
 
 namespace bench {
+
+enum class Verdict { correct, wrong, absent };
 
 class Workload {
 public:
@@ -17,17 +20,21 @@ public:
 
     // One call, judged against the definition in double. A library that lacks the routine or computes something else
     // takes no part.
-    virtual bool correct(const Library& library) = 0;
+    virtual Verdict judge(const Library& library) = 0;
 
     // Calls the routine once for each iteration of the state, with the threads that the library is set to.
     virtual void run(benchmark::State& state, const Library& library) = 0;
+
+    // The same work by a loop in place of the call; empty if the family has none.
+    virtual std::function<void(benchmark::State&)> plain_loop() { return {}; }
 };
 
 struct Case {
     std::string name; // what the filter sees: "sgemm/NN/1024/t1"
     int threads;
-    double flops;
-    int plotSize; // position on the plot's axis, 0 if not plotted
+    Work work;
+    std::string plot; // title of the plot that the case is a point of, "sgemm"; empty if none
+    int plotSize;     // position on the plot's axis
     std::function<std::unique_ptr<Workload>()> prepare;
 };
 
@@ -37,6 +44,8 @@ struct CaseOptions {
     bool quick; // a few small cases
 };
 
+std::vector<Case> vector_cases(const CaseOptions& options);        // level 1
+std::vector<Case> matrix_vector_cases(const CaseOptions& options); // level 2
 std::vector<Case> gemm_cases(const CaseOptions& options);
 
 } // namespace bench

@@ -1,11 +1,65 @@
-// Floating-point operations of each routine by the field's standard counts: every peer is credited alike, whatever
-// it really executes. A new family adds its formula here and nowhere else.
+// Work of each routine by the field's standard counts: every peer is credited alike, whatever it really executes.
+// A new family adds its formula here and nowhere else.
+//
+// A complex multiplication is 6 operations, an addition 2. Routines that only move or compare count bytes.
 #pragma once
 
 namespace bench {
 
-constexpr double gemm_flops(int m, int n, int k) {
-    return 2.0 * m * n * k;
+enum class Unit { flop, byte };
+
+struct Work {
+    double amount;
+    Unit unit;
+};
+
+constexpr const char* rate_name(Unit unit) {
+    return unit == Unit::flop ? "GFLOP/s" : "GB/s";
+}
+
+// So many multiplications, each with its addition.
+constexpr Work multiply_adds(double count, bool isComplex) {
+    return {count * (isComplex ? 8 : 2), Unit::flop};
+}
+
+// ---- Level 1: vectors of n -------------------------------------------------------------------------------
+
+constexpr Work scal_work(double n, bool isComplex) {
+    return {n * (isComplex ? 6 : 1), Unit::flop};
+}
+constexpr Work nrm2_work(double n, bool isComplex) {
+    return {n * (isComplex ? 4 : 2), Unit::flop};
+}
+constexpr Work asum_work(double n, bool isComplex) {
+    return {n * (isComplex ? 2 : 1), Unit::flop};
+}
+constexpr Work rot_work(double n, bool isComplex) {
+    return {n * (isComplex ? 12 : 6), Unit::flop};
+}
+constexpr Work iamax_work(double n, bool isComplex) { // read once
+    return {n * (isComplex ? 8 : 4), Unit::byte};
+}
+constexpr Work copy_work(double n, bool isComplex) { // read once, written once
+    return {n * (isComplex ? 16 : 8), Unit::byte};
+}
+constexpr Work swap_work(double n, bool isComplex) {
+    return {2 * copy_work(n, isComplex).amount, Unit::byte};
+}
+
+// ---- Level 2: elements of the matrix, each a multiplication and an addition ------------------------------
+
+// A triangle with k diagonals beside the main one, n - 1 if it is full; and the same on either side.
+constexpr double half_band_elements(double n, double k) {
+    return n * (k + 1) - k * (k + 1) / 2;
+}
+constexpr double band_elements(double n, double k) {
+    return 2 * half_band_elements(n, k) - n;
+}
+
+// ---- Level 3 ---------------------------------------------------------------------------------------------
+
+constexpr Work gemm_work(double m, double n, double k, bool isComplex) {
+    return multiply_adds(m * n * k, isComplex);
 }
 
 } // namespace bench

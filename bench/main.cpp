@@ -95,12 +95,15 @@ std::vector<Library> load_libraries(const Options& options) {
     return libraries;
 }
 
+constexpr const char* plainLoop = "plain"; // the name of a workload's own loop among the peers
+
 Field field_of(const std::vector<Library>& libraries, const std::vector<Peak>& peaks) {
     Field field;
     for (const Library& library : libraries)
         (library.ours ? field.ours : field.peers).push_back(library.name);
     for (const Peak& peak : peaks)
         field.peaks.push_back(peak.name);
+    field.peers.push_back(plainLoop);
     return field;
 }
 
@@ -115,12 +118,13 @@ public:
     // True if every library that took part computed right results. What is measured is in the CSV file at once.
     bool measure(const std::vector<Case>& cases) {
         std::filesystem::create_directories(options_.out);
-        const auto path = options_.out / "sgemm.csv";
+        const auto path = options_.out / "bench.csv";
         fmt::ostream csv = fmt::output_file(path.string());
         csv.print("{}", csv_head());
         fmt::print("\n{}", table_head(field_));
         for (const Case& work : cases) {
-            outcomes_.push_back({work, one_contest(work)});
+            outcomes_.push_back({work, {}, {}});
+            one_contest(outcomes_.back());
             fmt::print("{}", table_rows(field_, outcomes_.back()));
             std::fflush(stdout);
             csv.print("{}", csv_rows(outcomes_.back()));
@@ -131,36 +135,49 @@ public:
     }
 
     void plot(const std::string& machine) const {
-        for (int threads : options_.threads) {
-            const auto path = options_.out / fmt::format("sgemm-t{}.svg", threads);
-            const std::string title = fmt::format("SGEMM, {} thread{}, {}", threads, threads == 1 ? "" : "s", machine);
-            if (write_plot(path, title, field_, outcomes_, threads))
-                fmt::print("{}\n", path.string());
+        std::map<std::pair<std::string, int>, std::vector<Outcome>> plots;
+        for (const Outcome& outcome : outcomes_)
+            if (!outcome.work.plot.empty())
+                plots[{outcome.work.plot, outcome.work.threads}].push_back(outcome);
+        for (const auto& [key, outcomes] : plots) {
+            const auto& [family, threads] = key;
+            std::string name = fmt::format("{}-t{}.svg", family, threads);
+            std::replace(name.begin(), name.end(), '/', '-');
+            const std::string title =
+                fmt::format("{}, {} thread{}, {}", family, threads, threads == 1 ? "" : "s", machine);
+            if (write_plot(options_.out / name, title, field_, outcomes))
+                fmt::print("{}\n", (options_.out / name).string());
         }
     }
 
 private:
-    Timings one_contest(const Case& work) {
+    void one_contest(Outcome& outcome) {
+        const Case& work = outcome.work;
         const std::unique_ptr<Workload> workload = work.prepare();
         std::vector<Contestant> contestants;
         for (const Peak& peak : peaks_)
-            contestants.push_back({peak_contestant(peak.name), peak.flops * work.threads,
-                                   [&peak, threads = work.threads](benchmark::State& state) {
-                                       settle(threads);
-                                       for (auto _ : state)
-                                           peak.run(threads);
-                                   }});
+            if (work.work.unit == Unit::flop)
+                contestants.push_back({peak_contestant(peak.name), peak.flops * work.threads,
+                                       [this, &peak, threads = work.threads](benchmark::State& state) {
+                                           settle(threads);
+                                           for (auto _ : state)
+                                               peak.run(threads);
+                                       }});
         for (const Library& library : libraries_) {
             if ((work.threads > 1 && !library.setThreads) || takes_too_long(work, library))
                 continue;
             settle(library, work.threads, work.threads);
-            if (!workload->correct(library)) {
+            const Verdict verdict = workload->judge(library);
+            if (verdict == Verdict::wrong) {
                 fmt::print("{}: wrong result of {}, not measured\n", work.name, library.name);
                 wrong_ = true;
-                continue;
             }
+            if (verdict == Verdict::absent)
+                outcome.absent.insert(library.name);
+            if (verdict != Verdict::correct)
+                continue;
             const auto enter = [&](const std::string& name, int threads) {
-                contestants.push_back({name, work.flops, [&, threads](benchmark::State& state) {
+                contestants.push_back({name, work.work.amount, [&, threads](benchmark::State& state) {
                                            settle(library, threads, work.threads);
                                            workload->run(state, library);
                                        }});
@@ -169,29 +186,31 @@ private:
             if (library.ours && work.threads > 1)
                 enter(one_thread_contestant(library.name), 1);
         }
-        const Timings timings = contest(contestants, options_.effort);
-        for (const auto& [name, timing] : timings)
-            gflops_[name] = std::max(gflops_[name], timing.gflops());
-        return timings;
+        if (const auto loop = workload->plain_loop(); loop && work.threads == 1)
+            contestants.push_back({plainLoop, work.work.amount, loop});
+        outcome.timings = contest(contestants, options_.effort);
+        if (work.work.unit == Unit::flop)
+            for (const auto& [name, timing] : outcome.timings)
+                gflops_[name] = std::max(gflops_[name], timing.rate());
     }
 
-    static void settle(const Library& library, int threads, int mostThreads) {
+    void settle(const Library& library, int threads, int mostThreads) const {
         if (library.setThreads)
             library.setThreads(threads);
         settle(mostThreads);
     }
 
     // Waiting threads of the contestant before spin for a while and would take processors from the next one.
-    static void settle(int mostThreads) {
+    void settle(int mostThreads) const {
         if (mostThreads > 1)
-            std::this_thread::sleep_for(std::chrono::milliseconds(40));
+            std::this_thread::sleep_for(std::chrono::milliseconds(options_.quick ? 1 : 40));
     }
 
     // By its best speed so far: the slowest contestants would take most of the time at the largest sizes.
     bool takes_too_long(const Case& work, const Library& library) const {
         const auto known = gflops_.find(library.name);
-        return known != gflops_.end() &&
-               work.flops * options_.effort.repetitions > longestSeconds * known->second * 1e9;
+        return work.work.unit == Unit::flop && known != gflops_.end() &&
+               work.work.amount * options_.effort.repetitions > longestSeconds * known->second * 1e9;
     }
 
     const Options& options_;
@@ -237,7 +256,7 @@ void parse(CLI::App& app, Options& options) {
 
 int run(Options& options) {
     if (options.quick) {
-        options.effort.repetitions = 3;
+        options.effort.repetitions = 2;
         options.effort.seconds = 0.002;
     }
     const int processors = static_cast<int>(std::thread::hardware_concurrency());
@@ -247,7 +266,11 @@ int run(Options& options) {
         return threads > processors;
     });
 
-    std::vector<Case> cases = gemm_cases({options.threads, static_cast<float>(options.beta), options.quick});
+    const CaseOptions caseOptions{options.threads, static_cast<float>(options.beta), options.quick};
+    std::vector<Case> cases;
+    for (auto* family : {vector_cases, matrix_vector_cases, gemm_cases})
+        for (Case& work : family(caseOptions))
+            cases.push_back(std::move(work));
     const std::regex filter(options.filter);
     std::erase_if(cases, [&](const Case& work) { return !std::regex_search(work.name, filter); });
     if (cases.empty())

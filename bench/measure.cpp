@@ -59,7 +59,7 @@ Timings contest(const std::vector<Contestant>& contestants, const Effort& effort
         if (seconds.empty())
             continue;
         std::sort(seconds.begin(), seconds.end());
-        timings[contestant.name] = {contestant.flops, quantile(seconds, effort.best ? 0 : 0.5), quantile(seconds, 0.25),
+        timings[contestant.name] = {contestant.work, quantile(seconds, effort.best ? 0 : 0.5), quantile(seconds, 0.25),
                                     quantile(seconds, 0.75)};
     }
     return timings;

@@ -17,15 +17,15 @@ struct Effort {
 
 struct Contestant {
     std::string name;
-    double flops;                                // of one iteration
+    double work;                                 // of one iteration: operations, or bytes
     std::function<void(benchmark::State&)> body; // iterates over the state
 };
 
 // Seconds of one iteration: the figure that counts, and the quartiles over the repetitions.
 struct Timing {
-    double flops, seconds, lowerQuartile, upperQuartile;
+    double work, seconds, lowerQuartile, upperQuartile;
 
-    double gflops() const { return flops / seconds * 1e-9; }
+    double rate() const { return work / seconds * 1e-9; }
     double spread() const { return (upperQuartile - lowerQuartile) / seconds; }
 };
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@ struct Field {
 struct Outcome {
     Case work;
     Timings timings;
+    std::set<std::string> absent; // the libraries that have no such routine
 };
 
 // The name under which a peak takes part in a contest.
@@ -36,9 +38,8 @@ std::string table_rows(const Field& field, const Outcome& outcome);
 std::string csv_head();
 std::string csv_rows(const Outcome& outcome);
 
-// GFLOP/s over n of the plotted cases of one thread count; the y axis ends at the highest measured peak.
-// False if there is nothing to plot.
+// The speed over n of a plot's cases, all of one thread count. False if that is no curve.
 bool write_plot(const std::filesystem::path& path, const std::string& title, const Field& field,
-                const std::vector<Outcome>& outcomes, int threads);
+                const std::vector<Outcome>& outcomes);
 
 } // namespace bench

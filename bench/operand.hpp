@@ -1,0 +1,56 @@
+// Vectors and matrices that the routines work on.
+#pragma once
+
+#include <algorithm>
+#include <complex>
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <random>
+#include <type_traits>
+
+namespace bench {
+
+using Complex = std::complex<float>;
+using Wide = std::complex<double>; // results are judged in it, real ones too
+
+template <class T>
+inline constexpr bool isComplex = std::is_same_v<T, Complex>;
+
+struct AlignedDelete {
+    void operator()(void* block) const { operator delete(block, std::align_val_t{64}); }
+};
+
+// Column-major and dense (leading dimension = rows), each part uniform in [-0.5, 0.5), on a cache line.
+template <class T>
+struct Operand {
+    Operand(int rows_, int columns, unsigned seed_)
+        : rows(rows_), count(std::size_t(rows_) * std::size_t(columns)), seed(seed_),
+          data(static_cast<T*>(operator new(count * sizeof(T), std::align_val_t{64}))) {
+        std::uninitialized_value_construct_n(data.get(), count);
+        fill();
+    }
+
+    // The same content each time: how an operand that was written becomes what it was.
+    void fill() {
+        std::minstd_rand generator(seed);
+        std::uniform_real_distribution<float> uniform(-0.5F, 0.5F);
+        std::generate_n(data.get(), count, [&]() -> T {
+            const float re = uniform(generator);
+            if constexpr (isComplex<T>)
+                return {re, uniform(generator)};
+            else
+                return re;
+        });
+    }
+
+    const T& operator()(int i, int j) const { return data[std::size_t(i) + std::size_t(j) * std::size_t(rows)]; }
+    T& operator()(int i, int j) { return data[std::size_t(i) + std::size_t(j) * std::size_t(rows)]; }
+
+    int rows;
+    std::size_t count;
+    unsigned seed;
+    std::unique_ptr<T[], AlignedDelete> data;
+};
+
+} // namespace bench
