@@ -29,6 +29,15 @@ R abs1(R x) {
     return std::abs(x);
 }
 
+template <class R>
+R square(std::complex<R> x) {
+    return x.real() * x.real() + x.imag() * x.imag();
+}
+template <class R>
+R square(R x) {
+    return x * x;
+}
+
 // |alpha| = 1 and c^2 + s^2 = 1: what is scaled or rotated in place a million times stays as large as it was. No part
 // is 0 or 1, which some libraries treat apart.
 constexpr float cosine = 0.6F, sine = 0.8F;
@@ -48,7 +57,7 @@ constexpr auto dotc = [](int n, auto, auto* x, auto* y) {
 constexpr auto nrm2 = [](int n, auto, auto* x, auto*) {
     decltype(std::abs(*x)) sum{};
     for (int i = 0; i < n; ++i)
-        sum += std::real(x[i]) * std::real(x[i]) + std::imag(x[i]) * std::imag(x[i]);
+        sum += square(x[i]);
     return std::sqrt(sum);
 };
 constexpr auto asum = [](int n, auto, auto* x, auto*) {
@@ -97,7 +106,14 @@ class VectorWorkload : public Workload {
 
 public:
     VectorWorkload(const char* name, const char* letters, int n)
-        : n_(n), x_(n, 1, 1), y_(n, 1, 2), routine_(name, letters, {{'n', &n_}, {'i', &increment_}, {'a', &alpha_}, {'x', x_.data.get()}, {'y', y_.data.get()}, {'c', &cosine}, {'s', &sine}}) {}
+        : n_(n), x_(n, 1, 1), y_(n, 1, 2), routine_(name, letters,
+                                                    {{'n', &n_},
+                                                     {'i', &increment_},
+                                                     {'a', &alpha_},
+                                                     {'x', x_.data.get()},
+                                                     {'y', y_.data.get()},
+                                                     {'c', &cosine},
+                                                     {'s', &sine}}) {}
 
     Verdict judge(const Library& library) override {
         if (!routine_.entry(library))
@@ -174,24 +190,15 @@ constexpr Row row(const char* name, const char* letters, Work work(double n, boo
     return {name, letters, work, isComplex<T>, prepare<T, Definition>};
 }
 constexpr Row rows[] = {
-    row<float>("sdot", "nxiyi", multiply_adds, dot),
-    row<Complex>("cdotc", "nxiyi", multiply_adds, dotc),
-    row<Complex>("cdotu", "nxiyi", multiply_adds, dot),
-    row<float>("saxpy", "naxiyi", multiply_adds, axpy),
-    row<Complex>("caxpy", "naxiyi", multiply_adds, axpy),
-    row<float>("snrm2", "nxi", nrm2_work, nrm2),
-    row<Complex>("scnrm2", "nxi", nrm2_work, nrm2),
-    row<float>("isamax", "nxi", iamax_work, iamax),
-    row<Complex>("icamax", "nxi", iamax_work, iamax),
-    row<float>("sscal", "naxi", scal_work, scal),
-    row<Complex>("cscal", "naxi", scal_work, scal),
-    row<float>("scopy", "nxiyi", copy_work, copy),
-    row<Complex>("ccopy", "nxiyi", copy_work, copy),
-    row<float>("sasum", "nxi", asum_work, asum),
-    row<Complex>("scasum", "nxi", asum_work, asum),
-    row<float>("srot", "nxiyics", rot_work, rot),
-    row<float>("sswap", "nxiyi", swap_work, swap),
-    row<Complex>("cswap", "nxiyi", swap_work, swap),
+    row<float>("sdot", "nxiyi", multiply_adds, dot),      row<Complex>("cdotc", "nxiyi", multiply_adds, dotc),
+    row<Complex>("cdotu", "nxiyi", multiply_adds, dot),   row<float>("saxpy", "naxiyi", multiply_adds, axpy),
+    row<Complex>("caxpy", "naxiyi", multiply_adds, axpy), row<float>("snrm2", "nxi", nrm2_work, nrm2),
+    row<Complex>("scnrm2", "nxi", nrm2_work, nrm2),       row<float>("isamax", "nxi", iamax_work, iamax),
+    row<Complex>("icamax", "nxi", iamax_work, iamax),     row<float>("sscal", "naxi", scal_work, scal),
+    row<Complex>("cscal", "naxi", scal_work, scal),       row<float>("scopy", "nxiyi", copy_work, copy),
+    row<Complex>("ccopy", "nxiyi", copy_work, copy),      row<float>("sasum", "nxi", asum_work, asum),
+    row<Complex>("scasum", "nxi", asum_work, asum),       row<float>("srot", "nxiyics", rot_work, rot),
+    row<float>("sswap", "nxiyi", swap_work, swap),        row<Complex>("cswap", "nxiyi", swap_work, swap),
 };
 
 } // namespace

@@ -64,10 +64,23 @@ class MatrixWorkload : public Workload {
 public:
     MatrixWorkload(const Row& row, const std::string& options, int n, float beta)
         : row_(row), options_(options), n_(n), k_(bandwidth(row, n)), beta_(row.has('b') ? beta : 0),
-          a_(!row.has('k') ? n : row.kind == Kind::general ? 2 * k_ + 1 : k_ + 1, n, 1), x_(n, 1, 2), y_(n, 1, 3),
-          routine_(row.name, row.letters, {{'U', options_.data()}, {'T', options_.data() + row.has('U')}, {'D', options_.data() + 2 * row.has('D')},
-                    {'n', &n_}, {'k', &k_}, {'a', &alpha_}, {'b', &beta_}, {'A', a_.data.get()}, {'l', &a_.rows},
-                    {'x', x_.data.get()}, {'y', y_.data.get()}, {'i', &increment_}}) {
+          a_(!row.has('k')               ? n
+             : row.kind == Kind::general ? 2 * k_ + 1
+                                         : k_ + 1,
+             n, 1),
+          x_(n, 1, 2), y_(n, 1, 3), routine_(row.name, row.letters,
+                                             {{'U', options_.data()},
+                                              {'T', options_.data() + row.has('U')},
+                                              {'D', options_.data() + 2 * row.has('D')},
+                                              {'n', &n_},
+                                              {'k', &k_},
+                                              {'a', &alpha_},
+                                              {'b', &beta_},
+                                              {'A', a_.data.get()},
+                                              {'l', &a_.rows},
+                                              {'x', x_.data.get()},
+                                              {'y', y_.data.get()},
+                                              {'i', &increment_}}) {
         if (row.kind == Kind::triangular)
             make_involution();
     }
@@ -184,13 +197,13 @@ std::vector<Case> matrix_vector_cases(const CaseOptions& settings) {
                 const std::string family = options.empty() ? row.name : fmt::format("{}/{}", row.name, options);
                 for (int n : {16, 64, 256, 512, 1024, 4096})
                     if (!settings.quick || (n == 64 && threads == 1))
-                        cases.push_back(
-                            {fmt::format("{}/{}/t{}", family, n, threads), threads, work_of(row, n), family, n,
-                             [&row, options, n, beta = settings.beta]() -> std::unique_ptr<Workload> {
-                                 if (row.isComplex())
-                                     return std::make_unique<MatrixWorkload<Complex>>(row, options, n, beta);
-                                 return std::make_unique<MatrixWorkload<float>>(row, options, n, beta);
-                             }});
+                        cases.push_back({fmt::format("{}/{}/t{}", family, n, threads), threads, work_of(row, n), family,
+                                         n, [&row, options, n, beta = settings.beta]() -> std::unique_ptr<Workload> {
+                                             if (row.isComplex())
+                                                 return std::make_unique<MatrixWorkload<Complex>>(row, options, n,
+                                                                                                  beta);
+                                             return std::make_unique<MatrixWorkload<float>>(row, options, n, beta);
+                                         }});
             } while (!all.empty() && !settings.quick);
         }
     return cases;

@@ -18,7 +18,7 @@ template <class T>
 inline constexpr bool isComplex = std::is_same_v<T, Complex>;
 
 struct AlignedDelete {
-    void operator()(void* block) const { operator delete(block, std::align_val_t{64}); }
+    void operator()(void* block) const { operator delete (block, std::align_val_t{64}); }
 };
 
 // Column-major and dense (leading dimension = rows), each part uniform in [-0.5, 0.5), on a cache line.
@@ -26,7 +26,7 @@ template <class T>
 struct Operand {
     Operand(int rows_, int columns, unsigned seed_)
         : rows(rows_), count(std::size_t(rows_) * std::size_t(columns)), seed(seed_),
-          data(static_cast<T*>(operator new(count * sizeof(T), std::align_val_t{64}))) {
+          data(static_cast<T*>(operator new (count * sizeof(T), std::align_val_t{64}))) {
         std::uninitialized_value_construct_n(data.get(), count);
         fill();
     }

@@ -69,7 +69,8 @@ private:
 
     template <class Result, class Use, std::size_t... Count>
     void bind_count(const Library& library, Use use, std::index_sequence<Count...>) const {
-        ((addresses_.size() == Count ? bind_all<Result>(library, use, std::make_index_sequence<Count>{}) : void()), ...);
+        ((addresses_.size() == Count ? bind_all<Result>(library, use, std::make_index_sequence<Count>{}) : void()),
+         ...);
     }
 
     template <class Result, class Use, std::size_t... I>
