@@ -3,6 +3,7 @@
 
 #include <array>
 #include <benchmark/benchmark.h>
+#include <cctype>
 #include <cstring>
 #include <map>
 #include <string>
@@ -30,7 +31,7 @@ public:
     void* entry(const Library& library) const {
         std::string symbol = name_;
         if (library.ours)
-            std::transform(symbol.begin(), symbol.end(), symbol.begin(), [](char c) { return char(c - 'a' + 'A'); });
+            std::transform(symbol.begin(), symbol.end(), symbol.begin(), [](char c) { return char(std::toupper(c)); });
         else
             symbol += '_';
         return library.find<void>(symbol.c_str());
