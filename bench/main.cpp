@@ -256,8 +256,8 @@ void parse(CLI::App& app, Options& options) {
 
 int run(Options& options) {
     if (options.quick) {
-        options.effort.repetitions = 2;
-        options.effort.seconds = 0.002;
+        options.effort.repetitions = 1;
+        options.effort.seconds = 0.001;
     }
     const int processors = static_cast<int>(std::thread::hardware_concurrency());
     std::erase_if(options.threads, [&](int threads) {
