@@ -38,7 +38,7 @@ TEST(GemmDirectRule, Edges) {
     };
     for (const auto& row : rows) {
         const auto goes = [&](int m, int n, int k) {
-            return kernel::sse42::goes_direct(row.form, row.transa == 'T', row.transb == 'T', m, n, k);
+            return kernel::sse42::goes_direct<float>(row.form, row.transa == 'T', row.transb == 'T', m, n, k);
         };
         EXPECT_TRUE(goes(row.m, row.n, row.k)) << row.transa << row.transb << row.m << 'x' << row.n << 'x' << row.k;
         EXPECT_FALSE(goes(row.m, row.n, row.k + 1))

@@ -27,7 +27,7 @@ TEST(GemmPanelThresholds, Ratios) {
                         const std::int64_t mn = m * n;
                         const bool small = m + n + k < (ta && tb ? 80 : 150) &&
                                            1000 * ((m + k) * n + m * k) >= thousandths[ta][tb] * 2 * (mn + mn * k);
-                        if (small != panel::goes_unpacked(ta, tb, m, n, k))
+                        if (small != panel::goes_unpacked<float>(ta, tb, m, n, k))
                             ADD_FAILURE() << ta << tb << ' ' << m << ' ' << n << ' ' << k;
                     }
 }
@@ -37,18 +37,18 @@ TEST(GemmPanelThresholds, ShortSides) {
     for (const bool ta : {false, true})
         for (const bool tb : {false, true}) {
             for (const int least : {7, 1, 0})
-                EXPECT_TRUE(panel::goes_unpacked(ta, tb, least, huge, huge) &&
-                            panel::goes_unpacked(ta, tb, huge, least, huge) &&
-                            panel::goes_unpacked(ta, tb, huge, huge, least));
-            EXPECT_FALSE(panel::goes_unpacked(ta, tb, huge, huge, huge));
+                EXPECT_TRUE(panel::goes_unpacked<float>(ta, tb, least, huge, huge) &&
+                            panel::goes_unpacked<float>(ta, tb, huge, least, huge) &&
+                            panel::goes_unpacked<float>(ta, tb, huge, huge, least));
+            EXPECT_FALSE(panel::goes_unpacked<float>(ta, tb, huge, huge, huge));
         }
 }
 
 TEST(GemmPanelThresholds, PanelWidth) {
     for (int l2Class = -1; l2Class <= 6; ++l2Class)
-        EXPECT_EQ(panel::panel_columns(l2Class), l2Class == 3 ? 480 : 240);
-    EXPECT_EQ(panel::panel_work_bytes(240), 2304U * 240 + 16512);
-    EXPECT_EQ(panel::panel_work_bytes(480), 2304U * 480 + 16512);
+        EXPECT_EQ(panel::panel_columns<float>(l2Class), l2Class == 3 ? 480 : 240);
+    EXPECT_EQ(panel::panel_work_bytes<float>(240), 2304U * 240 + 16512);
+    EXPECT_EQ(panel::panel_work_bytes<float>(480), 2304U * 480 + 16512);
 }
 
 // ---- Work memory -------------------------------------------------------------------------------------------------
@@ -76,17 +76,17 @@ TEST(GemmPanel, StaysInsideItsWorkMemory) {
                 const GemmShape& p = x.p;
                 const GemmReference reference = x.reference();
                 // The same position against the page in front and, up to the rest of a 64-byte line, the one behind.
-                const std::size_t count = panel::panel_work_bytes(nb) / sizeof(float);
+                const std::size_t count = panel::panel_work_bytes<float>(nb) / sizeof(float);
                 GuardPageArray front(count + start, true), behind(count + (16 - start) % 16);
                 for (float* block : {behind.data(), front.data() + start}) {
                     GuardedMatrix c = x.before;
-                    panel::multiply_by_panels({p.m,
-                                               p.n,
-                                               p.k,
-                                               p.alpha,
-                                               {x.a.data(), x.a.ld(), false},
-                                               {x.b.data(), x.b.ld(), is_transposed(p.transb)}},
-                                              p.beta, {c.data(), c.ld()}, nb, block);
+                    panel::multiply_by_panels<float>({p.m,
+                                                      p.n,
+                                                      p.k,
+                                                      p.alpha,
+                                                      {x.a.data(), x.a.ld(), false},
+                                                      {x.b.data(), x.b.ld(), is_transposed(p.transb)}},
+                                                     p.beta, {c.data(), c.ld()}, nb, block);
                     const double error = reference.error(c);
                     EXPECT_TRUE(error <= 1 && c.guards_intact()) << p << " nb=" << nb << ' ' << error;
                 }

@@ -40,7 +40,7 @@ void sse42_by_plan(QRV_GEMM_PARAMETERS(float)) {
 template <VectorForm form>
 void sse42_direct(QRV_GEMM_PARAMETERS(float)) {
     const bool something = *m > 0 && *n > 0 && *k > 0 && *alpha != 0;
-    (something ? *kernel::sse42::direct_sgemm(form) : kernel::sse42::blas_sgemm_kernel)(QRV_GEMM_ARGUMENTS);
+    (something ? *kernel::sse42::direct_gemm<float>(form) : kernel::sse42::blas_sgemm_kernel)(QRV_GEMM_ARGUMENTS);
 }
 
 inline const std::vector<Subject>& subjects() {

@@ -1,12 +1,15 @@
-// SGEMM for processors with SSE4.2: plan-driven, 4 x 4 tile. Processors with wider vectors take a wider micro-kernel
-// in the same plan.
-#include "blas/kernel/common/sgemm_plan.hpp"
+// GEMM for processors with SSE4.2: plan-driven, 4 x 4 tile, complex 4 x 2. Processors with wider vectors take a wider
+// micro-kernel in the same plan.
+#include "blas/kernel/common/gemm_plan_pieces.hpp"
 #include "blas/kernel/sse42/wide.hpp"
 
 namespace qrv::kernel::sse42 {
 namespace {
 
-constexpr GemmPlanRow<float> row = sgemm_row<sgemmBlocksSse42>(0);
+template <class T>
+constexpr GemmPlanRow<T> row = sgemm_row<sgemmBlocksSse42>(0);
+template <>
+constexpr GemmPlanRow<SingleComplex> row<SingleComplex> = cgemm_row<cgemmBlocksSse42>(0, complexSliverFactor);
 
 // Which products a form computes without packing: up to how many multiply-adds (m*n*k). Beyond, packing costs
 // less than operands that come from the outer caches again and again.
@@ -19,6 +22,7 @@ struct DirectRange {
     int fewColumns;    // a C this narrow uses packed A too seldom, if A is not transposed
     double narrow;     // limit for such a C
 };
+template <class T>
 constexpr DirectRange directRanges[] = {
     {.plain = 14 * 14 * 14,
      .transposed = 12 * 12 * 12,
@@ -42,6 +46,16 @@ constexpr DirectRange directRanges[] = {
      .fewColumns = 32,
      .narrow = 0x1p26},
 };
+template <>
+constexpr DirectRange directRanges<SingleComplex>[] = {
+    {.plain = 10 * 10 * 10,
+     .transposed = 8 * 8 * 8,
+     .fewRows = 0,
+     .low = 0,
+     .lowByRows = 0,
+     .fewColumns = 0,
+     .narrow = 0},
+};
 
 // A product of few steps spends its time in C, which the packed path walks more gently once it leaves the caches.
 constexpr int shallowDepth = 32;
@@ -49,8 +63,9 @@ constexpr double shallowArea = 0x1p19;
 
 } // namespace
 
+template <class T>
 bool goes_direct(VectorForm form, bool transposedA, bool transposedB, int m, int n, int k) {
-    const DirectRange& range = directRanges[static_cast<int>(form)];
+    const DirectRange& range = directRanges<T>[isComplex<T> ? 0 : static_cast<int>(form)];
     const double area = static_cast<double>(m) * n;
     if (k < shallowDepth && area > shallowArea)
         return false;
@@ -59,8 +74,11 @@ bool goes_direct(VectorForm form, bool transposedA, bool transposedB, int m, int
            (m <= range.fewRows && work <= (transposedB ? range.lowByRows : range.low)) ||
            (!transposedA && n <= range.fewColumns && work <= range.narrow);
 }
+template bool goes_direct<float>(VectorForm, bool, bool, int, int, int);
+template bool goes_direct<SingleComplex>(VectorForm, bool, bool, int, int, int);
 
-DirectSgemm* direct_sgemm(VectorForm form) {
+template <>
+DirectGemm<float>* direct_gemm(VectorForm form) {
 #ifdef QRV_WIDE_KERNELS
     if (form == VectorForm::avx512)
         return sse42_avx512::direct;
@@ -70,9 +88,13 @@ DirectSgemm* direct_sgemm(VectorForm form) {
     static_cast<void>(form);
     return blas_sgemm_small;
 }
+template <>
+DirectGemm<SingleComplex>* direct_gemm(VectorForm) {
+    return blas_cgemm_small;
+}
 
 void plan_load_for(VectorForm form, GemmPlan<float>* plan) {
-    fill_plan(row, plan);
+    fill_plan(row<float>, plan);
 #ifdef QRV_WIDE_KERNELS
     if (form == VectorForm::avx512)
         sse42_avx512::use_form(plan);
@@ -81,17 +103,25 @@ void plan_load_for(VectorForm form, GemmPlan<float>* plan) {
 #endif
     static_cast<void>(form);
 }
-void blas_sgemm_plan_load(GemmPlan<float>* plan) {
-    plan_load_for(vector_form(), plan);
+void plan_load_for(VectorForm, GemmPlan<SingleComplex>* plan) {
+    fill_plan(row<SingleComplex>, plan);
 }
 
-void blas_sgemm_kernel(QRV_GEMM_PARAMETERS(float)) {
-    if (*m <= 0 || *n <= 0)
-        return;
-    const VectorForm form = vector_form();
-    if (*k > 0 && *alpha != 0 && goes_direct(form, transposes(*transa), transposes(*transb), *m, *n, *k))
-        return direct_sgemm(form)(QRV_GEMM_ARGUMENTS);
-    blas_sgemm_by_plan(QRV_GEMM_ARGUMENTS);
-}
+#define QRV_DEFINE_GEMM(T, gemm)                                                                                       \
+    void blas_##gemm##_plan_load(GemmPlan<T>* plan) {                                                                  \
+        plan_load_for(vector_form(), plan);                                                                            \
+    }                                                                                                                  \
+    void blas_##gemm##_kernel(QRV_GEMM_PARAMETERS(T)) {                                                                \
+        if (*m <= 0 || *n <= 0)                                                                                        \
+            return;                                                                                                    \
+        const VectorForm form = vector_form();                                                                         \
+        if (*k > 0 && *alpha != scalar<T>(0) &&                                                                        \
+            goes_direct<T>(form, transposes(*transa), transposes(*transb), *m, *n, *k))                                \
+            return direct_gemm<T>(form)(QRV_GEMM_ARGUMENTS);                                                           \
+        blas_##gemm##_by_plan(QRV_GEMM_ARGUMENTS);                                                                     \
+    }
+QRV_DEFINE_GEMM(float, sgemm)
+QRV_DEFINE_GEMM(SingleComplex, cgemm)
+#undef QRV_DEFINE_GEMM
 
 } // namespace qrv::kernel::sse42
