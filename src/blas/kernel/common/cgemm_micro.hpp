@@ -1,5 +1,5 @@
-// The micro-kernel of the plan-driven CGEMM in 128-bit registers: C += packed A * B for a block of A panels. alpha is in
-// A already and beta in C, so the kernel only adds.
+// The micro-kernel of the plan-driven CGEMM in 128-bit registers: C += packed A * B for a block of A panels. alpha is
+// in A already and beta in C, so the kernel only adds.
 //
 //   tile     4 x 2; of the last rows and the last column less
 //   A, B     packed as cgemm_pack.hpp says; kp is even then. Direct form: B is the caller's matrix, kp the true depth,
@@ -71,7 +71,8 @@ void expand(B b, int j, int k, int kp, float* sliver) {
     const std::ptrdiff_t part = std::ptrdiff_t{kp} * sliverStep;
     const auto expand_step = [&](int l) {
         for (int p = 0; p < pairs; ++p)
-            store_expanded<conjugated>(b.template load<columns>(j + p * columnUnit, l), sliver + p * part + l * sliverStep);
+            store_expanded<conjugated>(b.template load<columns>(j + p * columnUnit, l),
+                                       sliver + p * part + l * sliverStep);
     };
     int l = 0;
     for (; l + stepUnit <= k; l += stepUnit) {

@@ -4,7 +4,8 @@
 //   panel B  a step takes 4 floats: re im of column 0, re im of column 1; not scaled
 //   option   C conjugates on the way in, for A and for B
 //   k        filled up to an even depth with a zero step
-//   last     A with r rows left: only the first r lanes of either half of a step are stored, the others stay as they are
+//   last     A with r rows left: only the first r lanes of either half of a step are stored, the others stay as they
+//   are
 //            B with one column left: zeros beside it
 //   stride   from panel to panel, in complex elements; panels are 16-byte aligned
 //   reads    nothing past the end of the operand
@@ -18,10 +19,10 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD::complex_tile {
 
-constexpr int rowUnit = 4;     // rows of a panel of A
-constexpr int columnUnit = 2;  // columns of a panel of B
-constexpr int stepUnit = 2;    // steps to which k is filled up
-constexpr int parts = 2;       // floats of an element
+constexpr int rowUnit = 4;    // rows of a panel of A
+constexpr int columnUnit = 2; // columns of a panel of B
+constexpr int stepUnit = 2;   // steps to which k is filled up
+constexpr int parts = 2;      // floats of an element
 constexpr int aStep = rowUnit * parts;
 constexpr int bStep = columnUnit * parts;
 constexpr int panelGroup = 4; // panels of A packed together, so that whole lines of the operand are used

@@ -95,8 +95,8 @@ inline void update_column(const ComplexProduct& p, int m, int j, Matrix<SingleCo
         update_rest<updateRows - 2>(2 * (m - i), p, i, j, c);
 }
 
-// A column of op(B) as two real ones for a dot product with re im re im ... of a row of op(A): the first gives the real,
-// the second the imaginary part.
+// A column of op(B) as two real ones for a dot product with re im re im ... of a row of op(A): the first gives the
+// real, the second the imaginary part.
 //   A B  re -im, im re   A conj(B)  re im, -im re   conj(A) B  re im, im -re   conj(A) conj(B)  re -im, -im -re
 struct GatheredColumn {
     alignas(16) float forRe[2 * smallDepth];

@@ -323,14 +323,15 @@ template <int depth>
 
 template <int depth>
 [[gnu::always_inline]] inline FourParts multiply_group(const SingleComplex* a, const SingleComplex* b) {
-    Vec4f re[4], im[4];
+    Vec4f re[4], im[4]; // in registers, with the loops over them unrolled
+#pragma GCC unroll 4
     for (int r = 0; r < 4; ++r)
         re[r] = im[r] = Vec4f::zero();
-    for (int l = 0; l < depth; l += 4) {
-        const Vec4f br = Vec4f::load_aligned(&b[l].re), bi = Vec4f::load_aligned(&b[l + 2].re);
+    for (int l = 0; l < depth; l += 4, a += 16, b += 4) {
+        const Vec4f br = Vec4f::load_aligned(&b->re), bi = Vec4f::load_aligned(&b->re + 4);
+#pragma GCC unroll 4
         for (int r = 0; r < 4; ++r) {
-            const float* row = &a[4 * l + 4 * r].re;
-            const Vec4f ar = Vec4f::load_aligned(row), ai = Vec4f::load_aligned(row + 4);
+            const Vec4f ar = Vec4f::load_aligned(&a->re + 8 * r), ai = Vec4f::load_aligned(&a->re + 8 * r + 4);
             re[r] = re[r] + (ar * br - ai * bi);
             im[r] = im[r] + (ar * bi + ai * br);
         }

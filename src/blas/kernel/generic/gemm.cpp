@@ -150,12 +150,15 @@ void multiply_tile(int rows, int n, int depth, const T* tile, PanelView<T> b, Ma
         const T* a = tile;
         T* out = c.column(j);
         for (int i = 0; i < rows; i += rowGroup<T>, out += rowGroup<T>) {
-            Sum<T> sums[rowGroup<T>];
+            Sum<T> sums[rowGroup<T>]; // in registers, with the loops over them unrolled
+#pragma GCC unroll 2
             for (int l = 0; l < depth; ++l, a += rowGroup<T>) {
                 const T bl = bj[l];
+#pragma GCC unroll 4
                 for (int r = 0; r < rowGroup<T>; ++r)
                     sums[r].add(a[r], bl);
             }
+#pragma GCC unroll 4
             for (int r = 0; r < rowGroup<T>; ++r)
                 out[r] = sums[r].added_to(out[r]);
         }
