@@ -30,6 +30,11 @@ constexpr bool transposes(char option) {
     return option != 'N' && option != 'n';
 }
 
+// Whether it takes the conjugate of complex elements too.
+constexpr bool conjugates(char option) {
+    return option == 'C' || option == 'c';
+}
+
 // op(X) of a stored matrix X: element (i, j) of the operand as it enters a product.
 template <class T>
 struct OpView {

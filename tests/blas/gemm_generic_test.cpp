@@ -4,34 +4,55 @@
 namespace qrv::test {
 namespace {
 
-TEST(GemmGeneric, RoundsOncePerBlockOfK) {
+// What a sum over l of the four, respectively one, real products of two elements adds to c.
+float rounded_once(float c, const std::vector<float>& x, const std::vector<float>& y) {
+    long double sum = 0;
+    for (std::size_t l = 0; l < x.size(); ++l)
+        sum += static_cast<long double>(x[l]) * y[l];
+    return static_cast<float>(c + sum);
+}
+SingleComplex rounded_once(SingleComplex c, const std::vector<SingleComplex>& x, const std::vector<SingleComplex>& y) {
+    std::vector<float> left, forRe, forIm;
+    for (std::size_t l = 0; l < x.size(); ++l) {
+        left.insert(left.end(), {x[l].re, x[l].im});
+        forRe.insert(forRe.end(), {y[l].re, -y[l].im});
+        forIm.insert(forIm.end(), {y[l].im, y[l].re});
+    }
+    return {rounded_once(c.re, left, forRe), rounded_once(c.im, left, forIm)};
+}
+
+template <class T>
+class GemmGeneric : public testing::Test {};
+TYPED_TEST_SUITE(GemmGeneric, Elements);
+
+TYPED_TEST(GemmGeneric, RoundsOncePerBlockOfK) {
+    using T = TypeParam;
     if (!in_this_run(0))
         return;
     const std::vector<std::vector<int>> blocks = {{64},     {58},     {63},     {48, 9}, {16, 5},
                                                   {32, 15}, {64, 64}, {64, 58}, {64, 6}, {15}};
     for (const std::vector<int>& sizes : blocks)
-        for (const char transb : {'N', 'T'}) {
+        for (const char transb : {'N', 'C'}) {
             int k = 0;
             for (const int size : sizes)
                 k += size;
-            const int m = 25, n = 3; // a tile of 16 rows, one of 8, a single row
-            const float alpha = 0.7F;
-            const GemmCase x({'N', transb, m, n, k, alpha, 1});
-            GuardedMatrix expected = x.before;
-            for (int j = 0; j < n; ++j)
-                for (int i = 0; i < m; ++i) {
-                    int l = 0;
-                    for (const int size : sizes) {
-                        long double sum = 0;
-                        for (const int end = l + size; l < end; ++l) {
-                            const float scaled = alpha * x.a(i, l);
-                            sum += static_cast<long double>(scaled) * (transb == 'N' ? x.b(l, j) : x.b(j, l));
-                        }
-                        expected(i, j) = static_cast<float>(expected(i, j) + sum);
+            const GemmCase<T> x({'N', transb, 25, 3, k, 0.7F, 1}); // tiles, a shorter one, a single row
+            BasicGuardedMatrix<T> expected = x.before;
+            int l = 0;
+            for (const int size : sizes) {
+                const int end = l + size;
+                expected.set([&](int i, int j) {
+                    std::vector<T> left, right;
+                    for (int step = l; step < end; ++step) {
+                        left.push_back(x.alpha * x.a(i, step));
+                        right.push_back(element_of(transb, x.b, step, j));
                     }
-                }
-            const GuardedMatrix c = x.result(kernel::generic::blas_sgemm_kernel);
-            EXPECT_EQ(c.count_bad([&](int i, int j, float z) { return z == expected(i, j); }), 0)
+                    return rounded_once(expected(i, j), left, right);
+                });
+                l = end;
+            }
+            const BasicGuardedMatrix<T> c = x.result(subjects<T>()[0].gemm);
+            EXPECT_EQ(c.count_bad([&](int i, int j, T z) { return z == expected(i, j); }), 0)
                 << "k=" << k << " B " << transb;
         }
 }

@@ -1,4 +1,4 @@
-// The plan of the plan-driven SGEMM: rows, block rules, buffers, and the blocked core in every mode.
+// The plan of the plan-driven GEMM: rows, block rules, buffers, and the blocked core in every mode.
 #include <array>
 #include <string_view>
 
@@ -10,7 +10,15 @@
 namespace qrv::test {
 namespace {
 
-using Plan = GemmPlan<float>;
+template <class T>
+class GemmPlans : public testing::Test {};
+TYPED_TEST_SUITE(GemmPlans, Elements);
+template <class T>
+class GemmBuffers : public GemmPlans<T> {};
+TYPED_TEST_SUITE(GemmBuffers, Elements);
+template <class T>
+class GemmCore : public GemmPlans<T> {};
+TYPED_TEST_SUITE(GemmCore, Elements);
 
 // ---- Block rules -------------------------------------------------------------------------------------------
 
@@ -26,20 +34,38 @@ TEST(GemmBlocks, DepthOfABlock) {
         EXPECT_EQ(k_block(sgemmBlocksSsse3, row.k, 4), row.byFours) << row.k;
         EXPECT_EQ(k_block(sgemmBlocksPairs, row.k, 2), row.byPairs) << row.k;
     }
+    struct ComplexRow {
+        int k, full, plain;
+    };
+    const ComplexRow complexRows[] = {{1, 64, 64},   {64, 64, 64},   {65, 66, 66},   {79, 80, 80},   {80, 80, 80},
+                                      {81, 82, 40},  {127, 128, 64}, {128, 128, 64}, {129, 64, 64},  {159, 80, 80},
+                                      {160, 80, 80}, {255, 128, 80}, {256, 128, 80}, {1000, 128, 80}};
+    for (const ComplexRow& row : complexRows) {
+        EXPECT_EQ(k_block(cgemmBlocksSse42, row.k, 2), row.full) << row.k;
+        EXPECT_EQ(k_block(cgemmBlocksSsse3, row.k, 2), row.full) << row.k;
+        EXPECT_EQ(k_block(cgemmBlocksPlain, row.k, 2), row.plain) << row.k;
+    }
 }
 
 TEST(GemmBlocks, RowsByTheCacheThatHoldsThem) {
     const auto caches = [](int second, int third) { return CacheTable{third ? 3 : 2, {32768, second, third, 0}}; };
     constexpr int l2 = 3145728, l3 = 4194304;
-    EXPECT_EQ(row_block(sgemmBlocksSse42, caches(262144, l3)), 768);
-    EXPECT_EQ(row_block(sgemmBlocksSse42, caches(262144, l3 + 1)), 1280);
-    EXPECT_EQ(row_block(sgemmBlocksSse42, caches(262144, 0)), 768) << "no third level";
-    EXPECT_EQ(row_block(sgemmBlocksSse42, CacheTable{}), 1280) << "nothing known";
-    EXPECT_EQ(row_block(sgemmBlocksSsse3, caches(l2, 0)), 896);
-    EXPECT_EQ(row_block(sgemmBlocksSsse3, caches(l2 + 1, 0)), 2000);
-    EXPECT_EQ(row_block(sgemmBlocksSsse3, CacheTable{}), 2000);
-    for (const int second : {262144, l2, 2 * l2})
-        EXPECT_EQ(row_block(sgemmBlocksPairs, caches(second, 0)), 1024);
+    struct Row {
+        const BlockRule &sse42, &ssse3, &plain;
+        int small42, large42, small3, large3, any;
+    };
+    for (const Row& row : {Row{sgemmBlocksSse42, sgemmBlocksSsse3, sgemmBlocksPairs, 768, 1280, 896, 2000, 1024},
+                           {cgemmBlocksSse42, cgemmBlocksSsse3, cgemmBlocksPlain, 320, 1536, 448, 1536, 1424}}) {
+        EXPECT_EQ(row_block(row.sse42, caches(262144, l3)), row.small42);
+        EXPECT_EQ(row_block(row.sse42, caches(262144, l3 + 1)), row.large42);
+        EXPECT_EQ(row_block(row.sse42, caches(262144, 0)), row.small42) << "no third level";
+        EXPECT_EQ(row_block(row.sse42, CacheTable{}), row.large42) << "nothing known";
+        EXPECT_EQ(row_block(row.ssse3, caches(l2, 0)), row.small3);
+        EXPECT_EQ(row_block(row.ssse3, caches(l2 + 1, 0)), row.large3);
+        EXPECT_EQ(row_block(row.ssse3, CacheTable{}), row.large3);
+        for (const int second : {262144, l2, 2 * l2})
+            EXPECT_EQ(row_block(row.plain, caches(second, 0)), row.any);
+    }
 }
 
 TEST(GemmBlocks, ColumnsOfABlock) {
@@ -58,14 +84,15 @@ TEST(GemmBlocks, ColumnsOfABlock) {
                            {90000, 5000, 5000}}) {
         EXPECT_EQ(column_block(sgemmBlocksSse42, row.n, 4), row.filled) << row.n;
         EXPECT_EQ(column_block(sgemmBlocksPairs, row.n, 2), row.plain) << row.n;
+        EXPECT_EQ(column_block(cgemmBlocksSse42, row.n, 2), row.plain) << row.n;
     }
 }
 
-TEST(GemmBlocks, PresetBlocksSurvive) {
+TYPED_TEST(GemmPlans, PresetBlocksSurvive) {
     const int m = 1000, n = 1000, k = 1000;
-    for (const PlanBuild& build : plan_builds())
+    for (const PlanBuild<TypeParam>& build : plan_builds<TypeParam>())
         for (int preset = 0; preset < 8; ++preset) {
-            Plan plan = build.loaded(), free = plan;
+            GemmPlan<TypeParam> plan = build.loaded(), free = plan;
             free.setBlocks(&m, &n, &k, &free);
             plan.mb = preset & 1 ? 24 : 0;
             plan.nb = preset & 2 ? 40 : 0;
@@ -73,26 +100,28 @@ TEST(GemmBlocks, PresetBlocksSurvive) {
             plan.setBlocks(&m, &n, &k, &plan);
             EXPECT_EQ(plan.mb, preset & 1 ? 24 : free.mb) << build;
             EXPECT_EQ(plan.nb, preset & 2 ? 40 : 1000) << build;
-            EXPECT_EQ(plan.kb, preset & 4 ? 56 : 256) << build;
+            EXPECT_EQ(plan.kb, preset & 4 ? 56 : free.kb) << build;
+            EXPECT_EQ(free.kb, !isComplex<TypeParam> ? 256 : build.firstRow ? 80 : 128) << build;
         }
 }
 
 // ---- Rows --------------------------------------------------------------------------------------------------
 
-TEST(GemmPlanRows, Constants) {
-    for (const PlanBuild& build : plan_builds()) {
-        const Plan plan = build.loaded();
+TYPED_TEST(GemmPlans, Constants) {
+    constexpr bool isReal = !isComplex<TypeParam>;
+    for (const PlanBuild<TypeParam>& build : plan_builds<TypeParam>()) {
+        const GemmPlan<TypeParam> plan = build.loaded();
         SCOPED_TRACE(build);
         const std::array constants{plan.rowIndex, plan.tableTag, plan.mUnit,  plan.nUnit,
                                    plan.kUnit,    plan.smallM,   plan.smallN, plan.smallK};
-        const int row = build.cpuType == 4 ? 1 : 0;
-        EXPECT_EQ(constants,
-                  build.pairs ? (std::array{0, 126, 4, 2, 2, 4, 8, 2}) : (std::array{row, 126, 4, 4, 4, 4, 4, 4}));
+        const int row = build.cpuType == 4 && !build.firstRow ? 1 : 0;
+        EXPECT_EQ(constants, isReal && !build.firstRow ? (std::array{row, 126, 4, 4, 4, 4, 4, 4})
+                                                       : (std::array{row, 126, 4, 2, 2, 4, 8, 2}));
         if (build.form == VectorForm::sse) {
-            EXPECT_EQ(plan.smallFactor, build.pairs ? 8 : 2);
+            EXPECT_EQ(plan.smallFactor, isReal ? build.firstRow ? 8 : 2 : build.firstRow ? 16 : 8);
         }
-        EXPECT_EQ(plan.copyAC, plan.copyAT);
-        EXPECT_EQ(plan.copyBC, plan.copyBT);
+        EXPECT_EQ(plan.copyAC == plan.copyAT, isReal);
+        EXPECT_EQ(plan.copyBC == plan.copyBT, isReal);
         EXPECT_EQ(plan.mb + plan.nb + plan.kb, 0);
     }
 }
@@ -102,16 +131,19 @@ TEST(GemmPlanRows, Sse41ChoosesTheRow) {
     EXPECT_EQ(kernel::ssse3::plan_row(true), 1);
     if (!in_this_run(4))
         return;
-    Plan plan{};
+    GemmPlan<float> plan{};
+    GemmPlan<SingleComplex> complexPlan{};
     kernel::ssse3::blas_sgemm_plan_load(&plan);
+    kernel::ssse3::blas_cgemm_plan_load(&complexPlan);
     EXPECT_EQ(plan.rowIndex, bit(cpuid(1).ecx, 19) ? 1 : 0);
+    EXPECT_EQ(complexPlan.rowIndex, plan.rowIndex);
 }
 
 TEST(GemmPlanRows, ResetForgetsAndSetBlocksStores) {
     if (!in_this_run(5))
         return;
     using namespace kernel::sse42;
-    Plan plan{};
+    GemmPlan<float> plan{};
     blas_sgemm_plan_load(&plan);
     blas_sgemm_plan_set_blocks(8, 12, 16, &plan);
     EXPECT_EQ(plan.mb, 8);
@@ -124,18 +156,21 @@ TEST(GemmPlanRows, ResetForgetsAndSetBlocksStores) {
 
 // ---- Buffers -----------------------------------------------------------------------------------------------
 
-constexpr GemmBuffer<float> untouched{nullptr, -1, 77, -1};
+template <class T>
+constexpr GemmBuffer<T> untouched{nullptr, -1, 77, -1};
 
-bool same(const GemmBuffer<float>& x, const GemmBuffer<float>& y) {
+template <class T>
+bool same(const GemmBuffer<T>& x, const GemmBuffer<T>& y) {
     return x.data == y.data && x.stride == y.stride && x.bytes == y.bytes && x.alignShift == y.alignShift;
 }
 
-Plan with_marked_buffers(const PlanBuild& build, int mb, int nb, int kb) {
-    Plan plan = build.loaded();
+template <class T>
+GemmPlan<T> with_marked_buffers(const PlanBuild<T>& build, int mb, int nb, int kb) {
+    GemmPlan<T> plan = build.loaded();
     plan.mb = mb;
     plan.nb = nb;
     plan.kb = kb;
-    plan.aBuffer = plan.bBuffer = plan.sliver = untouched;
+    plan.aBuffer = plan.bBuffer = plan.sliver = untouched<T>;
     return plan;
 }
 
@@ -147,7 +182,7 @@ constexpr SetRow sets[] = {{BufferSet::aSliverB, "asb"}, {BufferSet::a, "a"},   
                            {BufferSet::aB, "ab"},        {BufferSet::sliverB, "sb"}, {BufferSet::aSliver, "as"},
                            {BufferSet::sliver, "s"}};
 
-TEST(GemmBuffers, SizesOfEachSet) {
+TYPED_TEST(GemmBuffers, SizesOfEachSet) {
     const int m = 30, n = 9, k = 21; // smaller than the blocks in some directions, larger in others
     struct ClipRow {
         BlockClip clip;
@@ -157,40 +192,43 @@ TEST(GemmBuffers, SizesOfEachSet) {
     for (const ClipRow& row : {ClipRow{BlockClip::toProblem, 64, 40, 128, 30, 9, 21},
                                {BlockClip::toProblem, 22, 6, 10, 22, 6, 10},
                                {BlockClip::none, 62, 41, 127, 62, 41, 127}})
-        for (const PlanBuild& build : plan_builds())
+        for (const PlanBuild<TypeParam>& build : plan_builds<TypeParam>())
             for (const SetRow& set : sets) {
-                Plan plan = with_marked_buffers(build, row.mb, row.nb, row.kb);
+                GemmPlan<TypeParam> plan = with_marked_buffers(build, row.mb, row.nb, row.kb);
                 ASSERT_EQ(plan.bufferSizes(set.set, row.clip, &m, &n, &k, &plan), 0);
                 const auto fill = [](int x, int unit) { return (x + unit - 1) / unit * unit; };
                 const int mm = fill(row.mm, plan.mUnit), nn = fill(row.nn, plan.nUnit), kk = fill(row.kk, plan.kUnit);
                 const auto has = [&](char c) { return std::string_view(set.order).find(c) != std::string_view::npos; };
-                const auto bytes = [](int floats) { return static_cast<std::size_t>(floats) * 4 + 512; };
-                const GemmBuffer<float> a{nullptr, plan.mUnit * kk, bytes(mm * kk), 12};
-                const GemmBuffer<float> b{nullptr, plan.nUnit * kk, bytes(nn * kk), 12};
-                const GemmBuffer<float> sliver{nullptr, -1, bytes(kk * plan.nUnit * plan.smallFactor), 7};
-                EXPECT_TRUE(same(plan.aBuffer, has('a') ? a : untouched)) << build << ' ' << set.order;
-                EXPECT_TRUE(same(plan.bBuffer, has('b') ? b : untouched)) << build << ' ' << set.order;
-                EXPECT_TRUE(same(plan.sliver, has('s') ? sliver : untouched)) << build << ' ' << set.order;
+                const auto bytes = [](int elements) {
+                    return static_cast<std::size_t>(elements) * sizeof(TypeParam) + 512;
+                };
+                const GemmBuffer<TypeParam> a{nullptr, plan.mUnit * kk, bytes(mm * kk), 12};
+                const GemmBuffer<TypeParam> b{nullptr, plan.nUnit * kk, bytes(nn * kk), 12};
+                const GemmBuffer<TypeParam> sliver{nullptr, -1, bytes(kk * plan.nUnit * plan.smallFactor), 7};
+                EXPECT_TRUE(same(plan.aBuffer, has('a') ? a : untouched<TypeParam>)) << build << ' ' << set.order;
+                EXPECT_TRUE(same(plan.bBuffer, has('b') ? b : untouched<TypeParam>)) << build << ' ' << set.order;
+                EXPECT_TRUE(same(plan.sliver, has('s') ? sliver : untouched<TypeParam>)) << build << ' ' << set.order;
             }
 }
 
-TEST(GemmBuffers, UnknownCodesChangeNothing) {
+TYPED_TEST(GemmBuffers, UnknownCodesChangeNothing) {
     const int m = 30, n = 9, k = 21;
-    for (const PlanBuild& build : plan_builds())
+    for (const PlanBuild<TypeParam>& build : plan_builds<TypeParam>())
         for (const auto& [set, clip] : {std::pair{99, 107}, {107, 107}, {0, 108}, {100, 106}, {100, 109}, {106, 0}}) {
-            Plan plan = with_marked_buffers(build, 64, 64, 64);
+            GemmPlan<TypeParam> plan = with_marked_buffers(build, 64, 64, 64);
             EXPECT_EQ(plan.bufferSizes(static_cast<BufferSet>(set), static_cast<BlockClip>(clip), &m, &n, &k, &plan),
                       1);
-            EXPECT_TRUE(same(plan.aBuffer, untouched) && same(plan.bBuffer, untouched) && same(plan.sliver, untouched))
+            EXPECT_TRUE(same(plan.aBuffer, untouched<TypeParam>) && same(plan.bBuffer, untouched<TypeParam>) &&
+                        same(plan.sliver, untouched<TypeParam>))
                 << build << ' ' << set << ' ' << clip;
         }
 }
 
-TEST(GemmBuffers, StandInOneBlockInTheirOrder) {
+TYPED_TEST(GemmBuffers, StandInOneBlockInTheirOrder) {
     const int m = 30, n = 9, k = 21;
-    for (const PlanBuild& build : plan_builds())
+    for (const PlanBuild<TypeParam>& build : plan_builds<TypeParam>())
         for (const SetRow& set : sets) {
-            Plan plan = with_marked_buffers(build, 64, 64, 64);
+            GemmPlan<TypeParam> plan = with_marked_buffers(build, 64, 64, 64);
             plan.bufferSizes(set.set, BlockClip::toProblem, &m, &n, &k, &plan);
             void* block = nullptr;
             const int result = plan.allocateBuffers(set.set, &block, &plan);
@@ -204,7 +242,7 @@ TEST(GemmBuffers, StandInOneBlockInTheirOrder) {
             auto address = reinterpret_cast<std::uintptr_t>(block);
             std::size_t total = 0;
             for (const char* c = set.order; *c; ++c) {
-                const GemmBuffer<float>& buffer = *c == 'a' ? plan.aBuffer : *c == 'b' ? plan.bBuffer : plan.sliver;
+                const GemmBuffer<TypeParam>& buffer = *c == 'a' ? plan.aBuffer : *c == 'b' ? plan.bBuffer : plan.sliver;
                 const std::uintptr_t unit = std::uintptr_t{1} << buffer.alignShift;
                 address = (address + unit - 1) / unit * unit;
                 EXPECT_EQ(reinterpret_cast<std::uintptr_t>(buffer.data), address) << build << ' ' << set.order;
@@ -218,23 +256,24 @@ TEST(GemmBuffers, StandInOneBlockInTheirOrder) {
 
 // ---- The blocked core ----------------------------------------------------------------------------------------
 
-TEST(GemmCore, PickModeByTheBlockOfB) {
-    for (const PlanBuild& build : plan_builds()) {
+TYPED_TEST(GemmCore, PickModeByTheBlockOfB) {
+    for (const PlanBuild<TypeParam>& build : plan_builds<TypeParam>()) {
         const auto picked = [&](int nb, int n, int k) {
-            Plan plan = build.loaded();
+            GemmPlan<TypeParam> plan = build.loaded();
             plan.mb = 64;
             plan.kb = 256;
             plan.nb = nb;
             const char op = 'N';
             const int m = 64, ld = 100000;
-            const float one = 1;
+            const auto one = scalar<TypeParam>(1);
             return build.pickMode(&op, &op, &m, &n, &k, &one, nullptr, &ld, nullptr, &ld, &one, nullptr, &ld, &plan);
         };
-        EXPECT_EQ(picked(6144, 90000, 256), GemmMode::packA) << build;
-        EXPECT_EQ(picked(6145, 90000, 256), GemmMode::packBoth) << build;
-        EXPECT_EQ(picked(6145, 6144, 256), GemmMode::packA) << build;
-        EXPECT_EQ(picked(6145, 90000, 255), GemmMode::packA) << build;
-        EXPECT_EQ(picked(2000000000, 2000000000, 256), GemmMode::packBoth) << build;
+        constexpr int depth = 1024 / sizeof(TypeParam); // 6144 columns of it are the limit
+        EXPECT_EQ(picked(6144, 90000, depth), GemmMode::packA) << build;
+        EXPECT_EQ(picked(6145, 90000, depth), GemmMode::packBoth) << build;
+        EXPECT_EQ(picked(6145, 6144, depth), GemmMode::packA) << build;
+        EXPECT_EQ(picked(6145, 90000, depth - 1), GemmMode::packA) << build;
+        EXPECT_EQ(picked(2000000000, 2000000000, depth), GemmMode::packBoth) << build;
     }
 }
 
@@ -247,14 +286,15 @@ struct Blocks {
 };
 
 // A call of the core, with operands packed by the plan's own routines where the mode wants them.
+template <class T>
 struct CoreCall {
-    const PlanBuild& build;
+    const PlanBuild<T>& build;
     GemmMode mode;
-    GemmCase x;
-    Plan plan;
-    GuardedMatrix c;
+    GemmCase<T> x;
+    GemmPlan<T> plan;
+    BasicGuardedMatrix<T> c;
 
-    CoreCall(const PlanBuild& in, GemmMode how, const GemmShape& p, Blocks blocks = {})
+    CoreCall(const PlanBuild<T>& in, GemmMode how, const GemmShape& p, Blocks blocks = {})
         : build(in), mode(how), x(p), plan(in.loaded()), c(x.before) {
         plan.mb = blocks.mb;
         plan.nb = blocks.nb;
@@ -268,23 +308,24 @@ struct CoreCall {
             mode == GemmMode::packBGivenA || mode == GemmMode::directBGivenA || mode == GemmMode::givenBoth;
         const bool givenB = mode == GemmMode::packAGivenB || mode == GemmMode::givenBoth;
         const int aStride = plan.mUnit * kp, bStride = plan.nUnit * kp;
-        PackBuffer aPacked((p.m + 3) / plan.mUnit * aStride + 64), bPacked((p.n + 3) / plan.nUnit * bStride + 64);
+        PackBuffer<T> aPacked((p.m + 3) / plan.mUnit * aStride + 64), bPacked((p.n + 3) / plan.nUnit * bStride + 64);
         int lda = x.a.ld(), ldb = x.b.ld();
         const int ldc = c.ld();
-        const float *a = x.a.data(), *b = x.b.data();
+        const T *a = x.a.data(), *b = x.b.data();
         if (givenA) {
-            (is_transposed(p.transa) ? plan.copyAT : plan.copyAN)(&p.m, &p.k, a, &lda, aPacked.data(), &aStride,
-                                                                  &p.alpha);
+            auto* copy = !is_transposed(p.transa) ? plan.copyAN : conjugates(p.transa) ? plan.copyAC : plan.copyAT;
+            copy(&p.m, &p.k, a, &lda, aPacked.data(), &aStride, &x.alpha);
             a = aPacked.data();
             lda = aStride;
         }
         if (givenB) {
-            (is_transposed(p.transb) ? plan.copyBT : plan.copyBN)(&p.k, &p.n, b, &ldb, bPacked.data(), &bStride);
+            auto* copy = !is_transposed(p.transb) ? plan.copyBN : conjugates(p.transb) ? plan.copyBC : plan.copyBT;
+            copy(&p.k, &p.n, b, &ldb, bPacked.data(), &bStride);
             b = bPacked.data();
             ldb = bStride;
         }
         c.set(x.before);
-        return build.blocked(&p.transa, &p.transb, &p.m, &p.n, &p.k, &p.alpha, a, &lda, b, &ldb, &p.beta, c.data(),
+        return build.blocked(&p.transa, &p.transb, &p.m, &p.n, &p.k, &x.alpha, a, &lda, b, &ldb, &x.beta, c.data(),
                              &ldc, mode, &plan);
     }
     void check() {
@@ -293,16 +334,16 @@ struct CoreCall {
         EXPECT_TRUE(error <= 1 && c.guards_intact()) << *this << " error=" << error;
     }
     bool c_untouched() const {
-        return c.guards_intact() && c.count_bad([&](int i, int j, float z) { return z == x.before(i, j); }) == 0;
+        return c.guards_intact() && c.count_bad([&](int i, int j, T z) { return z == x.before(i, j); }) == 0;
     }
     friend std::ostream& operator<<(std::ostream& out, const CoreCall& call) {
         return out << call.build << " mode=" << static_cast<int>(call.mode) << ' ' << call.x.p;
     }
 };
 
-template <class Body>
+template <class T, class Body>
 void each_mode(const Body& body) {
-    for (const PlanBuild& build : plan_builds()) {
+    for (const PlanBuild<T>& build : plan_builds<T>()) {
         for (const GemmMode mode : selfPacking)
             body(build, mode);
         for (const GemmMode mode : given)
@@ -311,62 +352,59 @@ void each_mode(const Body& body) {
 }
 
 // Small ones, and every edge of tile, panel group and micro-kernel pass, in one direction at a time.
-TEST(GemmCore, EveryModeOnSmallShapesAndEdges) {
+TYPED_TEST(GemmCore, EveryModeOnSmallShapesAndEdges) {
     constexpr int depths[] = {1, 2, 3, 4, 5, 8, 11, 12};
-    each_mode([&](const PlanBuild& build, GemmMode mode) {
-        for (const char ta : transposeOptions)
-            for (const char tb : transposeOptions) {
-                const auto at = [&](int m, int n, int k) {
-                    const float beta = static_cast<float>((m + n + k) % 3) * 0.5F;
-                    CoreCall(build, mode, {ta, tb, m, n, k, 0.5F, beta, k % 4, n % 3, m % 4, 1, 2, n % 4}).check();
-                };
-                for (int m = 1; m <= 9; ++m)
-                    for (int n = 1; n <= 9; ++n)
-                        for (const int turn : {0, 3})
-                            at(m, n, depths[(m + 2 * n + turn) % 8]);
-                for (const int edge : {10, 15, 16, 17, 22, 23, 24, 31, 32, 33, 35, 47, 48, 49, 63, 65, 97, 127, 129}) {
-                    at(edge, 13, 18);
-                    at(14, edge, 19);
-                    at(21, 15, edge);
-                }
+    each_mode<TypeParam>([&](const PlanBuild<TypeParam>& build, GemmMode mode) {
+        each_transposition<TypeParam>([&](char ta, char tb) {
+            const auto at = [&](int m, int n, int k) {
+                const float beta = static_cast<float>((m + n + k) % 3) * 0.5F;
+                CoreCall<TypeParam>(build, mode, {ta, tb, m, n, k, 0.5F, beta, k % 4, n % 3, m % 4, 1, 2, n % 4})
+                    .check();
+            };
+            for (int m = 1; m <= 9; ++m)
+                for (int n = 1; n <= 9; ++n)
+                    for (const int turn : {0, 3})
+                        at(m, n, depths[(m + 2 * n + turn) % 8]);
+            for (const int edge : {10, 15, 16, 17, 22, 23, 24, 31, 32, 33, 35, 47, 48, 49, 63, 65, 97, 127, 129}) {
+                at(edge, 13, 18);
+                at(14, edge, 19);
+                at(21, 15, edge);
             }
+        });
     });
 }
 
 // Blocks so small that every loop of every mode runs more than once and ends in a shorter block. Where an operand is
 // given, k is one block all the same.
-TEST(GemmCore, SeveralBlocksInEachDirection) {
-    each_mode([&](const PlanBuild& build, GemmMode mode) {
-        for (const char ta : transposeOptions)
-            for (const char tb : transposeOptions) {
-                CoreCall(build, mode, {ta, tb, 45, 39, 50, 1.5F, 1, 1, 1, 1}, {16, 12, 20}).check();
-                CoreCall(build, mode, {ta, tb, 45, 39, 50, 1.5F, 0.5F, 1, 1, 1}, {16, 12, 256}).check();
-                CoreCall(build, mode, {ta, tb, 33, 25, 41, 1.5F, 0, 1, 1, 1}, {8, 8, 8}).check();
-            }
+TYPED_TEST(GemmCore, SeveralBlocksInEachDirection) {
+    each_mode<TypeParam>([&](const PlanBuild<TypeParam>& build, GemmMode mode) {
+        each_transposition<TypeParam>([&](char ta, char tb) {
+            CoreCall<TypeParam>(build, mode, {ta, tb, 45, 39, 50, 1.5F, 1, 1, 1, 1}, {16, 12, 20}).check();
+            CoreCall<TypeParam>(build, mode, {ta, tb, 45, 39, 50, 1.5F, 0.5F, 1, 1, 1}, {16, 12, 256}).check();
+            CoreCall<TypeParam>(build, mode, {ta, tb, 33, 25, 41, 1.5F, 0, 1, 1, 1}, {8, 8, 8}).check();
+        });
     });
-    for (const PlanBuild& build : plan_builds())
-        CoreCall(build, GemmMode::packBoth, {'N', 'T', 9, 5003, 10, 1, 0}).check();
+    for (const PlanBuild<TypeParam>& build : plan_builds<TypeParam>())
+        CoreCall<TypeParam>(build, GemmMode::packBoth, {'N', 'T', 9, 5003, 10, 1, 0}).check();
 }
 
-TEST(GemmCore, NothingToAddScalesC) {
-    each_mode([](const PlanBuild& build, GemmMode mode) {
+TYPED_TEST(GemmCore, NothingToAddScalesC) {
+    each_mode<TypeParam>([](const PlanBuild<TypeParam>& build, GemmMode mode) {
         for (const float beta : {0.0F, 1.0F, 0.5F})
             for (const auto& [alpha, k] : {std::pair{0.0F, 8}, {1.0F, 0}, {0.0F, 0}}) {
-                CoreCall call(build, mode, {'N', 'N', 9, 7, k, alpha, beta});
+                CoreCall<TypeParam> call(build, mode, {'N', 'N', 9, 7, k, alpha, beta});
                 call.x.a.fill(nan);
                 EXPECT_EQ(call.run(), 0);
-                const auto good = [&](int i, int j, float c) {
-                    return c == (beta == 0 ? 0 : beta * call.x.before(i, j));
-                };
+                const auto good = [&](int i, int j, TypeParam c) { return c == call.x.scaled(i, j); };
                 EXPECT_EQ(call.c.count_bad(good), 0) << call;
             }
     });
 }
 
-TEST(GemmCore, UnknownModeDoesNothing) {
-    for (const PlanBuild& build : plan_builds())
+TYPED_TEST(GemmCore, UnknownModeDoesNothing) {
+    for (const PlanBuild<TypeParam>& build : plan_builds<TypeParam>())
         for (const int mode : {-1, 1, 3, 12, 128}) {
-            CoreCall call(build, static_cast<GemmMode>(mode), {'N', 'N', 8, 8, 8, 1, 2});
+            CoreCall<TypeParam> call(build, static_cast<GemmMode>(mode), {'N', 'N', 8, 8, 8, 1, 2});
             EXPECT_EQ(call.run(), 1);
             EXPECT_TRUE(call.c_untouched()) << call;
             EXPECT_EQ(call.plan.kb, 0) << "the plan is left alone as well";
@@ -374,33 +412,32 @@ TEST(GemmCore, UnknownModeDoesNothing) {
 }
 
 // One NaN in op(A) reaches one row of C and no more, one in op(B) one column, wherever it stands.
-TEST(GemmCore, NanReachesItsRowOrColumn) {
-    each_mode([](const PlanBuild& build, GemmMode mode) {
-        for (const char ta : transposeOptions)
-            for (const char tb : transposeOptions) {
-                const int m = 22, n = 15, k = 13;
-                for (int hit = 0; hit < m + n; ++hit) {
-                    CoreCall call(build, mode, {ta, tb, m, n, k});
-                    const int l = hit * 5 % k;
-                    (hit < m ? call.x.a_at(hit, l) : call.x.b_at(l, hit - m)) = nan;
-                    ASSERT_EQ(call.run(), 0);
-                    const auto good = [&](int i, int j, float c) {
-                        return std::isnan(c) == ((hit < m ? i : j + m) == hit);
-                    };
-                    EXPECT_EQ(call.c.count_bad(good), 0) << call << " hit=" << hit;
-                }
+TYPED_TEST(GemmCore, NanReachesItsRowOrColumn) {
+    each_mode<TypeParam>([](const PlanBuild<TypeParam>& build, GemmMode mode) {
+        each_transposition<TypeParam>([&](char ta, char tb) {
+            const int m = 22, n = 15, k = 13;
+            for (int hit = 0; hit < m + n; ++hit) {
+                CoreCall<TypeParam> call(build, mode, {ta, tb, m, n, k});
+                const int l = hit * 5 % k;
+                (hit < m ? call.x.a_at(hit, l) : call.x.b_at(l, hit - m)) = all_parts<TypeParam>(nan);
+                ASSERT_EQ(call.run(), 0);
+                const auto good = [&](int i, int j, TypeParam c) {
+                    return has_nan(c) == ((hit < m ? i : j + m) == hit);
+                };
+                EXPECT_EQ(call.c.count_bad(good), 0) << call << " hit=" << hit;
             }
+        });
     });
 }
 
 // Without work memory a mode that packs for itself goes unpacked; the others say so and leave C as it is.
-TEST(GemmCore, RefusedMemory) {
+TYPED_TEST(GemmCore, RefusedMemory) {
     const WorkMemoryProbe refusing(0, anySize);
-    for (const PlanBuild& build : plan_builds()) {
+    for (const PlanBuild<TypeParam>& build : plan_builds<TypeParam>()) {
         for (const GemmMode mode : selfPacking)
-            CoreCall(build, mode, {'N', 'T', 33, 29, 31, 1.5F, 0.5F, 1, 1, 1}).check();
+            CoreCall<TypeParam>(build, mode, {'N', 'T', 33, 29, 31, 1.5F, 0.5F, 1, 1, 1}).check();
         for (const GemmMode mode : given) {
-            CoreCall call(build, mode, {'N', 'T', 33, 29, 31, 1.5F, 1, 1, 1, 1});
+            CoreCall<TypeParam> call(build, mode, {'N', 'T', 33, 29, 31, 1.5F, 1, 1, 1, 1});
             EXPECT_EQ(call.run(), 1) << call;
             EXPECT_TRUE(call.c_untouched()) << call;
         }
@@ -408,16 +445,16 @@ TEST(GemmCore, RefusedMemory) {
 }
 
 // A problem right at the limits is small for the mode that packs both, and is not for the one that packs A.
-TEST(GemmCore, SmallProblemsTakeNoMemory) {
-    for (const PlanBuild& build : plan_builds()) {
-        const Plan row = build.loaded();
+TYPED_TEST(GemmCore, SmallProblemsTakeNoMemory) {
+    for (const PlanBuild<TypeParam>& build : plan_builds<TypeParam>()) {
+        const GemmPlan<TypeParam> row = build.loaded();
         for (int side = 0; side < 3; ++side)
             for (const int excess : {-1, 0, 1}) {
                 const auto size = [&](int which, int limit) { return which == side ? limit + excess : 40; };
                 const GemmShape p{'N', 'N', size(0, row.smallM), size(1, row.smallN), size(2, row.smallK)};
                 const auto takes = [&](GemmMode mode) {
                     const WorkMemoryProbe probe;
-                    CoreCall(build, mode, p).check();
+                    CoreCall<TypeParam>(build, mode, p).check();
                     return probe.threads() > 0;
                 };
                 EXPECT_EQ(takes(GemmMode::packBoth), excess > 0) << build << ' ' << p;

@@ -14,42 +14,71 @@
 namespace qrv::test {
 namespace {
 
-using Way = std::function<void(const GemmProblem<float>&)>;
+template <class T>
+class GemmTeam : public testing::Test {};
+TYPED_TEST_SUITE(GemmTeam, Elements);
+template <class T>
+class GemmTeamRaces : public testing::Test {};
+TYPED_TEST_SUITE(GemmTeamRaces, Elements);
 
+template <class T>
+using Way = std::function<void(const GemmProblem<T>&)>;
+
+template <class T>
+void run(Gemm<T>* gemm, const GemmProblem<T>& q) {
+    gemm(&q.transa, &q.transb, &q.m, &q.n, &q.k, &q.alpha, q.a, &q.lda, q.b, &q.ldb, &q.beta, q.c, &q.ldc);
+}
 void driver(const GemmProblem<float>& q) {
-    qrv_blas_sgemm(&q.transa, &q.transb, &q.m, &q.n, &q.k, &q.alpha, q.a, &q.lda, q.b, &q.ldb, &q.beta, q.c, &q.ldc);
+    run<float>(qrv_blas_sgemm, q);
+}
+void driver(const GemmProblem<SingleComplex>& q) {
+    run<SingleComplex>(qrv_blas_cgemm, q);
+}
+template <class T>
+Way<T> the_driver() {
+    return [](const GemmProblem<T>& q) { driver(q); };
 }
 void serial(const GemmProblem<float>& q) {
-    qrv_blas_sgemm_kernel(&q.transa, &q.transb, &q.m, &q.n, &q.k, &q.alpha, q.a, &q.lda, q.b, &q.ldb, &q.beta, q.c,
-                          &q.ldc);
+    run<float>(qrv_blas_sgemm_kernel, q);
+}
+void serial(const GemmProblem<SingleComplex>& q) {
+    run<SingleComplex>(qrv_blas_cgemm_kernel, q);
 }
 
-bool same_bits(const GuardedMatrix& x, const GuardedMatrix& y) {
-    return x.count_bad([&](int i, int j, float value) {
-        return std::bit_cast<std::uint32_t>(value) == std::bit_cast<std::uint32_t>(y(i, j));
+template <class T>
+bool same_bits(const BasicGuardedMatrix<T>& x, const BasicGuardedMatrix<T>& y) {
+    return x.count_bad([&](int i, int j, T value) {
+        const T other = y(i, j);
+        return std::memcmp(&value, &other, sizeof(T)) == 0;
     }) == 0;
 }
 
 // One case, for any way to compute it. What lies around the operands is NaN.
-class Product : public GemmCase {
+template <class T>
+class Product : public GemmCase<T> {
 public:
-    explicit Product(GemmShape shape) : GemmCase(spread(shape)), reference_(reference()) {}
+    using Matrix = BasicGuardedMatrix<T>;
+    using GemmCase<T>::p;
+    using GemmCase<T>::a;
+    using GemmCase<T>::b;
 
-    GemmProblem<float> on(GuardedMatrix& c) const {
-        return {p.transa, p.transb, p.m,    p.n,    p.k,      p.alpha, a.data(),
-                a.ld(),   b.data(), b.ld(), p.beta, c.data(), c.ld()};
+    explicit Product(GemmShape shape) : GemmCase<T>(spread(shape)), reference_(this->reference()) {}
+
+    GemmProblem<T> on(Matrix& c) const {
+        return {p.transa, p.transb, p.m,    p.n,        p.k,      this->alpha, a.data(),
+                a.ld(),   b.data(), b.ld(), this->beta, c.data(), c.ld()};
     }
-    GuardedMatrix by(const Way& way) const {
-        GuardedMatrix c = before;
+    Matrix by(const Way<T>& way) const {
+        Matrix c = this->before;
         way(on(c));
         EXPECT_TRUE(c.guards_intact()) << p;
         return c;
     }
-    bool is_right(const GuardedMatrix& c) const { return reference_.error(c) <= 1; }
+    bool is_right(const Matrix& c) const { return reference_.error(c) <= 1; }
 
     // Runs the case twice; the result must be right, and the same again.
-    void check(const Way& way, const std::string& what) const {
-        const GuardedMatrix first = by(way);
+    void check(const Way<T>& way, const std::string& what) const {
+        const Matrix first = by(way);
         EXPECT_TRUE(is_right(first)) << what << ' ' << p << " error=" << reference_.error(first);
         EXPECT_TRUE(same_bits(first, by(way))) << what << ' ' << p << " differs when repeated";
     }
@@ -61,18 +90,21 @@ private:
         shape.startA = shape.startB = shape.startC = 1;
         return shape;
     }
-    GemmReference reference_;
+    GemmReference<T> reference_;
 };
 
 // Facts of a machine of each class; the build stays the one of this run.
 constexpr GemmFacts machines[] = {
     {0, -1, -1}, {32, 1 << 20, 1 << 20}, {33, 6 << 20, 6 << 20}, {66, 1 << 18, 8 << 20}, {33, 1 << 20, 8 << 20}};
 
-// A way through the large region of each class.
-void each_class(int team, const std::function<void(const Way& way, const std::string& what)>& body) {
+// A way through the large region of each class; for complex operands all are one.
+template <class T>
+void each_class(int team, const std::function<void(const Way<T>& way, const std::string& what)>& body) {
     for (const GemmFacts& facts : machines)
-        body([&](const auto& q) { gemm_large_region(q, facts, team); },
-             "class " + std::to_string(static_cast<int>(gemm_machine_class(facts))) + " on " + std::to_string(team));
+        if (!isComplex<T> || facts.cpuMa == 66)
+            body([&](const auto& q) { gemm_large_region(q, facts, team); },
+                 "class " + std::to_string(static_cast<int>(gemm_machine_class(facts))) + " on " +
+                     std::to_string(team));
 }
 
 // ---- Results -------------------------------------------------------------------------------------------------
@@ -99,59 +131,57 @@ constexpr GemmShape large[] = {
 // For the driver, and where a few of each kind will do.
 constexpr GemmShape mixed[] = {small[0], small[1], small[4], large[0], large[2], large[4], large[7], large[16]};
 
-TEST(GemmTeam, EveryRegion) {
+TYPED_TEST(GemmTeam, EveryRegion) {
     for (const GemmShape& p : small) {
-        const Product product(p);
+        const Product<TypeParam> product(p);
         for (const int team : teamSizes)
             product.check([&](const auto& q) { gemm_small_region(q, team); },
                           "small region on " + std::to_string(team));
     }
     for (const GemmShape& p : large) {
-        const Product product(p);
+        const Product<TypeParam> product(p);
         for (const int team : teamSizes)
-            each_class(team, [&](const Way& way, const std::string& what) { product.check(way, what); });
+            each_class<TypeParam>(
+                team, [&](const Way<TypeParam>& way, const std::string& what) { product.check(way, what); });
     }
     for (const int team : teamSizes) {
         const ForcedTeam forced(team);
         for (const GemmShape& p : mixed)
-            Product(p).check(driver, "driver on " + std::to_string(team));
+            Product<TypeParam>(p).check(the_driver<TypeParam>(), "driver on " + std::to_string(team));
     }
 }
 
 // Nothing of A, B or, with beta = 0, C may enter; with alpha = 0 and beta = 1 C stays as it is, NaN included.
-TEST(GemmTeam, ScalarsThatLeaveProductsOut) {
+TYPED_TEST(GemmTeam, ScalarsThatLeaveProductsOut) {
     for (const GemmSizes size : {GemmSizes{60, 70, 80}, GemmSizes{150, 140, 130}, GemmSizes{900, 20, 120},
                                  GemmSizes{130, 900, 5}, GemmSizes{120, 120, 130}})
         for (const float beta : {0.0F, 1.0F, 0.5F}) {
-            Product product({'N', 'T', size.m, size.n, size.k, 0, beta});
+            Product<TypeParam> product({'N', 'T', size.m, size.n, size.k, 0, beta});
             product.a.fill(nan);
             product.b.fill(nan);
             if (beta == 1)
                 product.before.fill(nan);
-            const auto check = [&](const Way& way, const std::string& what) {
-                const GuardedMatrix c = product.by(way);
-                const auto scaled = [&](int i, int j, float value) {
-                    return value == (beta == 0 ? 0 : beta * product.before(i, j));
-                };
+            const auto check = [&](const Way<TypeParam>& way, const std::string& what) {
+                const auto c = product.by(way);
+                const auto scaled = [&](int i, int j, TypeParam value) { return value == product.scaled(i, j); };
                 EXPECT_TRUE(beta == 1 ? same_bits(c, product.before) : c.count_bad(scaled) == 0)
                     << what << ' ' << product.p;
             };
             for (const int team : {2, 3, 8}) {
-                each_class(team, check);
+                each_class<TypeParam>(team, check);
                 const ForcedTeam forced(team);
-                check(driver, "driver");
+                check(the_driver<TypeParam>(), "driver");
             }
         }
 }
 
-TEST(GemmTeam, EmptyMatrixIsLeftAlone) {
+TYPED_TEST(GemmTeam, EmptyMatrixIsLeftAlone) {
     const ForcedTeam forced(4);
     for (const auto& [m, n] : {std::pair{0, 500}, {500, 0}, {-1, 500}, {500, -1}}) {
-        float c = 3;
-        const int k = 500;
-        const float one = 1;
-        qrv_blas_sgemm("N", "N", &m, &n, &k, &one, nullptr, &k, nullptr, &k, &one, &c, &k);
-        EXPECT_EQ(c, 3);
+        auto c = all_parts<TypeParam>(3);
+        const auto one = scalar<TypeParam>(1);
+        driver({'N', 'N', m, n, 500, one, nullptr, 500, nullptr, 500, one, &c, 500});
+        EXPECT_TRUE(c == all_parts<TypeParam>(3));
     }
 }
 
@@ -159,53 +189,63 @@ TEST(GemmTeam, EmptyMatrixIsLeftAlone) {
 
 // Threads that took work memory for one product. All builds take some for blocks of the sizes below, but for the wide
 // vector forms, which compute them without packing.
-int workers(const GemmShape& p, const Way& way) {
+template <class T>
+int workers(const GemmShape& p, const Way<T>& way) {
     const RestrictedForm packing(VectorForm::sse);
-    const Product product(p);
+    const Product<T> product(p);
     const WorkMemoryProbe probe;
     product.by(way);
     return probe.threads();
 }
 
-TEST(GemmTeam, UsesTheTeamItAskedFor) {
+TYPED_TEST(GemmTeam, UsesTheTeamItAskedFor) {
+    using T = TypeParam;
     if (omp_get_thread_limit() < 8 || omp_get_dynamic())
         GTEST_SKIP() << "teams are limited";
     constexpr GemmShape square{'N', 'N', 240, 240, 120};
     for (const int team : {1, 2, 4, 8}) {
         const ForcedTeam forced(team);
-        EXPECT_EQ(workers(square, driver), team);
+        EXPECT_EQ(workers<T>(square, the_driver<T>()), team);
     }
     {
         const ForcedTeam forced(4);
-        EXPECT_LE(workers({'N', 'N', 16, 16, 16}, driver), 1);
-        EXPECT_EQ(workers({'N', 'N', 100, 100, 100}, driver), 4);
+        EXPECT_LE(workers<T>({'N', 'N', 16, 16, 16}, the_driver<T>()), 1);
+        EXPECT_EQ(workers<T>({'N', 'N', 100, 100, 100}, the_driver<T>()), 4);
     }
+    // Of a complex product a team of two need not promise a gain.
+    const auto team_for_few = [](int threads) {
+        const ForcedTeam forced(threads);
+        return std::max(1, workers<T>({'N', 'N', 18, 18, 18}, the_driver<T>()));
+    };
+    EXPECT_EQ(team_for_few(2), isComplex<T> ? 2 : 1);
+    EXPECT_EQ(team_for_few(8), 1);
     // An odd thread is left out by the classes that scale first, if they have a plan.
-    const int ofThree = qrv_blas_sgemm_plan_available() ? 2 : 3;
-    EXPECT_EQ(workers(square, [](const auto& q) { gemm_large_region(q, machines[3], 3); }), ofThree);
-    EXPECT_EQ(workers(square, [](const auto& q) { gemm_large_region(q, machines[1], 3); }), 3);
+    const int ofThree = !isComplex<T> && qrv_blas_sgemm_plan_available() ? 2 : 3;
+    EXPECT_EQ(workers<T>(square, [](const auto& q) { gemm_large_region(q, machines[3], 3); }), ofThree);
+    EXPECT_EQ(workers<T>(square, [](const auto& q) { gemm_large_region(q, machines[1], 3); }), 3);
 }
 
 // The number asked for is an upper bound: the runtime may give less.
-TEST(GemmTeam, SmallerTeamThanAsked) {
+TYPED_TEST(GemmTeam, SmallerTeamThanAsked) {
     const int before = omp_get_dynamic();
     omp_set_dynamic(1);
     const ForcedTeam forced(8);
     for (const GemmShape& p : mixed) {
-        const Product product(p);
-        each_class(8, [&](const Way& way, const std::string& what) { product.check(way, "fewer than " + what); });
-        EXPECT_TRUE(product.is_right(product.by(driver))) << p;
+        const Product<TypeParam> product(p);
+        each_class<TypeParam>(
+            8, [&](const Way<TypeParam>& way, const std::string& what) { product.check(way, "fewer than " + what); });
+        EXPECT_TRUE(product.is_right(product.by(the_driver<TypeParam>()))) << p;
     }
     omp_set_dynamic(before);
 }
 
-TEST(GemmTeam, LeavesTheCallersOpenMpSettingsAlone) {
+TYPED_TEST(GemmTeam, LeavesTheCallersOpenMpSettingsAlone) {
     const int before = omp_get_max_threads();
     for (const int callers : {before, 3}) {
         omp_set_num_threads(callers);
         const ForcedTeam forced(4);
         for (const GemmShape& p : mixed)
-            Product(p).by(driver);
+            Product<TypeParam>(p).by(the_driver<TypeParam>());
         EXPECT_EQ(omp_get_max_threads(), callers);
         EXPECT_EQ(omp_get_dynamic(), 0);
         EXPECT_EQ(omp_in_parallel(), 0);
@@ -216,8 +256,9 @@ TEST(GemmTeam, LeavesTheCallersOpenMpSettingsAlone) {
 // ---- Callers that are threads themselves ---------------------------------------------------------------------
 
 // The results of the threads of a region of two, each of which calls the driver.
-std::vector<GuardedMatrix> called_in_a_region(const Product& product) {
-    std::vector<GuardedMatrix> results(2, product.before);
+template <class T>
+std::vector<BasicGuardedMatrix<T>> called_in_a_region(const Product<T>& product) {
+    std::vector<BasicGuardedMatrix<T>> results(2, product.before);
     std::size_t team = 0;
 #pragma omp parallel num_threads(2)
     {
@@ -230,27 +271,27 @@ std::vector<GuardedMatrix> called_in_a_region(const Product& product) {
     return results;
 }
 
-TEST(GemmTeam, SerialInsideARegion) {
+TYPED_TEST(GemmTeam, SerialInsideARegion) {
     const RestrictedForm packing(VectorForm::sse);
     qrv_serv_set_dynamic(1);
-    const Product product(large[4]);
-    const GuardedMatrix expected = product.by(serial);
+    const Product<TypeParam> product(large[4]);
+    const auto expected = product.by([](const auto& q) { serial(q); });
     const WorkMemoryProbe probe;
-    const std::vector<GuardedMatrix> results = called_in_a_region(product);
+    const auto results = called_in_a_region(product);
     EXPECT_EQ(probe.threads(), static_cast<int>(results.size()));
-    for (const GuardedMatrix& c : results)
+    for (const auto& c : results)
         EXPECT_TRUE(same_bits(c, expected));
 }
 
-TEST(GemmTeam, NestedTeamsGiveTheSameBits) {
+TYPED_TEST(GemmTeam, NestedTeamsGiveTheSameBits) {
     const int levels = omp_get_max_active_levels();
     const ForcedTeam forced(3);
     for (const GemmShape& p : mixed) {
-        const Product product(p);
-        const GuardedMatrix expected = product.by(driver);
+        const Product<TypeParam> product(p);
+        const auto expected = product.by(the_driver<TypeParam>());
         for (const int active : {1, 2}) {
             omp_set_max_active_levels(active);
-            for (const GuardedMatrix& c : called_in_a_region(product)) {
+            for (const auto& c : called_in_a_region(product)) {
                 EXPECT_TRUE(product.is_right(c)) << p << " levels " << active;
                 // With one level the inner team is one thread; its sums may differ in order.
                 if (active == 2 && omp_get_thread_limit() >= 8) {
@@ -263,13 +304,14 @@ TEST(GemmTeam, NestedTeamsGiveTheSameBits) {
 }
 
 // Several threads of the program, each with teams of its own.
+template <class T>
 void call_from_host_threads(int hosts, int team, std::initializer_list<GemmShape> cases) {
     const ForcedTeam forced(team);
-    std::vector<Product> products;
-    std::vector<GuardedMatrix> expected;
+    std::vector<Product<T>> products;
+    std::vector<BasicGuardedMatrix<T>> expected;
     for (const GemmShape& p : cases) {
         products.emplace_back(p);
-        expected.push_back(products.back().by(driver));
+        expected.push_back(products.back().by(the_driver<T>()));
         EXPECT_TRUE(products.back().is_right(expected.back())) << p;
     }
     std::vector<int> wrong(static_cast<std::size_t>(hosts));
@@ -278,7 +320,8 @@ void call_from_host_threads(int hosts, int team, std::initializer_list<GemmShape
         threads.emplace_back([&, host] {
             for (std::size_t i = 0; i < products.size(); ++i) {
                 const std::size_t which = (i + static_cast<std::size_t>(host)) % products.size();
-                wrong[static_cast<std::size_t>(host)] += !same_bits(products[which].by(driver), expected[which]);
+                wrong[static_cast<std::size_t>(host)] +=
+                    !same_bits(products[which].by(the_driver<T>()), expected[which]);
             }
         });
     for (std::thread& thread : threads)
@@ -289,15 +332,15 @@ void call_from_host_threads(int hosts, int team, std::initializer_list<GemmShape
     }
 }
 
-TEST(GemmTeam, SeveralHostThreads) {
-    call_from_host_threads(4, 2, {small[0], large[0], large[2], large[4], large[7]});
+TYPED_TEST(GemmTeam, SeveralHostThreads) {
+    call_from_host_threads<TypeParam>(4, 2, {small[0], large[0], large[2], large[4], large[7]});
 }
 
 // ---- Refused memory ------------------------------------------------------------------------------------------
 
 // Without work memory every build still delivers: whether the shared copies are refused, a thread's own buffers, or
 // everything.
-TEST(GemmTeam, RefusedMemory) {
+TYPED_TEST(GemmTeam, RefusedMemory) {
     struct Refusal {
         const char* what;
         std::size_t from, to;
@@ -310,17 +353,18 @@ TEST(GemmTeam, RefusedMemory) {
                                    {'N', 'T', 3001, 9, 21, 2, 1},
                                    {'T', 'N', 90, 130, 71, 1, 0}};
     for (const GemmShape& p : cases) {
-        const Product product(p);
+        const Product<TypeParam> product(p);
         for (const Refusal& refusal : refusals)
             for (const GemmFacts& facts : machines)
                 for (const int team : {2, 4, 8}) {
                     const WorkMemoryProbe probe(refusal.from, refusal.to);
-                    const GuardedMatrix c = product.by([&](const auto& q) { gemm_large_region(q, facts, team); });
+                    const auto c = product.by([&](const auto& q) { gemm_large_region(q, facts, team); });
                     EXPECT_TRUE(product.is_right(c))
                         << refusal.what << " refused, class " << static_cast<int>(gemm_machine_class(facts)) << " on "
                         << team << ": " << p;
                     // The square cases have shared copies in this class, in the builds with a plan.
-                    const bool copies = gemm_machine_class(facts) == GemmMachine::sse42 && p.m == p.n;
+                    const bool copies =
+                        !isComplex<TypeParam> && gemm_machine_class(facts) == GemmMachine::sse42 && p.m == p.n;
                     if (refusal.from == 0 || (copies && qrv_blas_sgemm_plan_available())) {
                         EXPECT_GT(probe.refusals(), 0) << refusal.what;
                     }
@@ -330,18 +374,21 @@ TEST(GemmTeam, RefusedMemory) {
 
 // ---- For the race detector: a little of everything -----------------------------------------------------------
 
-TEST(GemmTeamRaces, Regions) {
+TYPED_TEST(GemmTeamRaces, Regions) {
     for (const GemmShape& p : {GemmShape{'N', 'T', 40, 45, 30, 1, 0.5F}, GemmShape{'T', 'N', 90, 9, 40, 1, 0}})
-        Product(p).check([](const auto& q) { gemm_small_region(q, 4); }, "small region");
+        Product<TypeParam>(p).check([](const auto& q) { gemm_small_region(q, 4); }, "small region");
     for (const GemmShape& p : {GemmShape{'N', 'N', 130, 30, 40, 1, 0.5F}, GemmShape{'N', 'T', 30, 130, 40, 1, 0},
                                GemmShape{'T', 'N', 40, 40, 300, 1, 0.5F}, GemmShape{'N', 'N', 600, 5, 5, 1, 0.5F}})
         for (const int team : {3, 4})
-            each_class(team,
-                       [product = Product(p)](const Way& way, const std::string& what) { product.check(way, what); });
+            each_class<TypeParam>(
+                team, [product = Product<TypeParam>(p)](const Way<TypeParam>& way, const std::string& what) {
+                    product.check(way, what);
+                });
 }
 
-TEST(GemmTeamRaces, HostThreads) {
-    call_from_host_threads(2, 2, {small[2], {'N', 'N', 130, 30, 40, 1, 0.5F}, {'T', 'N', 40, 40, 300, 1, 0.5F}});
+TYPED_TEST(GemmTeamRaces, HostThreads) {
+    call_from_host_threads<TypeParam>(2, 2,
+                                      {small[2], {'N', 'N', 130, 30, 40, 1, 0.5F}, {'T', 'N', 40, 40, 300, 1, 0.5F}});
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <complex>
 #include <gtest/gtest.h>
 #include <ostream>
 
@@ -11,7 +12,9 @@
 
 namespace qrv::test {
 
-using Sgemm = void(QRV_GEMM_PARAMETERS(float));
+template <class T>
+using Gemm = void(QRV_GEMM_PARAMETERS(T));
+using Elements = testing::Types<float, SingleComplex>; // of the suites that serve both
 
 struct GemmShape {
     char transa = 'N', transb = 'N';
@@ -27,39 +30,91 @@ inline std::ostream& operator<<(std::ostream& out, const GemmShape& p) {
                << p.startA << ',' << p.startB << ',' << p.startC;
 }
 
+// A scalar of the shape as an element: 0 and 1 are themselves, others have an imaginary part too.
+template <class T>
+T scalar_of(float x) {
+    T element = scalar<T>(x);
+    if constexpr (isComplex<T>)
+        element.im = x == 0 || x == 1 ? 0 : 0.75F * x;
+    return element;
+}
+
+// Four pairs of options; of complex operands, those that do most. GemmContract.EveryOption has the others.
+template <class T, class Body>
+void each_transposition(Body body) {
+    constexpr char conjugate = isComplex<T> ? 'C' : 'T';
+    body('N', 'N');
+    body('N', conjugate);
+    body(conjugate, 'N');
+    body('T', conjugate);
+}
+
+// Elements in double precision.
+inline double wide(float x) {
+    return x;
+}
+inline std::complex<double> wide(SingleComplex x) {
+    return {x.re, x.im};
+}
+inline double product(double x, double y) {
+    return x * y;
+}
+inline std::complex<double> product(std::complex<double> x, std::complex<double> y) {
+    return {x.real() * y.real() - x.imag() * y.imag(), x.real() * y.imag() + x.imag() * y.real()};
+}
+
 // op(X) of the given size, as it is stored.
-inline GuardedMatrix operand(char option, int rows, int columns, int extra, int start) {
+template <class T>
+BasicGuardedMatrix<T> operand(char option, int rows, int columns, int extra, int start) {
     if (is_transposed(option))
         std::swap(rows, columns);
-    return GuardedMatrix(rows, columns, std::max(1, rows) + extra, start);
+    return BasicGuardedMatrix<T>(rows, columns, std::max(1, rows) + extra, start);
+}
+
+// Element (i, j) of op(X).
+template <class T>
+T element_of(char option, const BasicGuardedMatrix<T>& x, int i, int j) {
+    return !is_transposed(option) ? x(i, j) : conjugates(option) ? conj(x(j, i)) : x(j, i);
 }
 
 // alpha*op(A)*op(B) + beta*C0 in double, to compare one or several results with.
+template <class T>
 class GemmReference {
+    using Wide = decltype(wide(T()));
+
 public:
-    GemmReference(const GemmShape& p, const GuardedMatrix& a, const GuardedMatrix& b, const GuardedMatrix& before)
+    GemmReference(const GemmShape& p, const BasicGuardedMatrix<T>& a, const BasicGuardedMatrix<T>& b,
+                  const BasicGuardedMatrix<T>& before)
         : expected_(static_cast<std::size_t>(p.m * p.n)), allowed_(expected_.size()) {
-        constexpr double unit = std::numeric_limits<float>::epsilon() / 2;
-        const bool ta = is_transposed(p.transa), tb = is_transposed(p.transb);
-        std::vector<double> sum(static_cast<std::size_t>(p.m)), size(sum.size());
+        constexpr double unit = std::numeric_limits<float>::epsilon() / 2 * (isComplex<T> ? 2 * 1.4143 : 1);
+        const Wide alpha = wide(scalar_of<T>(p.alpha)), beta = wide(scalar_of<T>(p.beta));
+        std::vector<Wide> left;
+        std::vector<double> leftSize;
+        for (int l = 0; l < p.k; ++l)
+            for (int i = 0; i < p.m; ++i) {
+                left.push_back(wide(element_of(p.transa, a, i, l)));
+                leftSize.push_back(std::abs(left.back()));
+            }
+        const auto m = static_cast<std::size_t>(p.m);
+        std::vector<double> size(m);
         for (int j = 0; j < p.n; ++j) {
-            std::fill(sum.begin(), sum.end(), 0);
+            Wide* const sum = expected_.data() + m * static_cast<std::size_t>(j);
             std::fill(size.begin(), size.end(), 0);
             for (int l = 0; l < p.k; ++l) {
-                const double y = tb ? b(j, l) : b(l, j);
-                const float* x = ta ? a.data() + l : a.data() + std::ptrdiff_t{a.ld()} * l;
-                const std::ptrdiff_t step = ta ? a.ld() : 1;
-                for (std::size_t i = 0; i < sum.size(); ++i, x += step) {
-                    sum[i] += *x * y;
-                    size[i] += std::abs(*x * y);
+                const Wide y = wide(element_of(p.transb, b, l, j));
+                const double ySize = std::abs(y);
+                const std::size_t first = m * static_cast<std::size_t>(l);
+                for (std::size_t i = 0; i < m; ++i) {
+                    sum[i] += product(left[first + i], y);
+                    size[i] += leftSize[first + i] * ySize;
                 }
             }
-            for (std::size_t i = 0; i < sum.size(); ++i) {
-                const double scaled = p.beta == 0 ? 0 : double{p.beta} * before(static_cast<int>(i), j);
-                const std::size_t at = i + static_cast<std::size_t>(p.m * j);
-                expected_[at] = p.alpha * sum[i] + scaled;
-                allowed_[at] = unit * ((p.k + 3) * std::abs(p.alpha) * size[i] + 2 * std::abs(scaled)) +
-                               std::numeric_limits<float>::denorm_min();
+            for (std::size_t i = 0; i < m; ++i) {
+                const Wide scaled = p.beta == 0 ? 0 : product(beta, wide(before(static_cast<int>(i), j)));
+                sum[i] = product(alpha, sum[i]) + scaled;
+                allowed_[m * static_cast<std::size_t>(j) + i] =
+                    unit * ((p.k + 3) * std::abs(alpha) * size[i] + 2 * std::abs(scaled)) +
+                    std::numeric_limits<float>::denorm_min();
             }
         }
     }
@@ -72,7 +127,7 @@ public:
         std::size_t p = 0;
         for (int j = 0; j < c.columns(); ++j)
             for (int i = 0; i < c.rows(); ++i, ++p) {
-                const double error = std::abs(c(i, j) - expected_[p]) / allowed_[p];
+                const double error = std::abs(wide(c(i, j)) - expected_[p]) / allowed_[p];
                 if (std::isnan(error))
                     return error; // no later element may hide it
                 worst = std::max(worst, error);
@@ -81,17 +136,22 @@ public:
     }
 
 private:
-    std::vector<double> expected_, allowed_; // by columns
+    std::vector<Wide> expected_; // by columns
+    std::vector<double> allowed_;
 };
 
 // Random operands, C full of NaN if beta is 0.
+template <class T>
 struct GemmCase {
+    using Matrix = BasicGuardedMatrix<T>;
     GemmShape p;
-    GuardedMatrix a, b, before;
+    T alpha, beta;
+    Matrix a, b, before;
 
     explicit GemmCase(const GemmShape& shape)
-        : p(shape), a(operand(p.transa, p.m, p.k, p.extraA, p.startA)),
-          b(operand(p.transb, p.k, p.n, p.extraB, p.startB)), before(operand('N', p.m, p.n, p.extraC, p.startC)) {
+        : p(shape), alpha(scalar_of<T>(p.alpha)), beta(scalar_of<T>(p.beta)),
+          a(operand<T>(p.transa, p.m, p.k, p.extraA, p.startA)), b(operand<T>(p.transb, p.k, p.n, p.extraB, p.startB)),
+          before(operand<T>('N', p.m, p.n, p.extraC, p.startC)) {
         std::mt19937 random(11);
         a.fill_random(random);
         b.fill_random(random);
@@ -101,20 +161,22 @@ struct GemmCase {
             before.fill_random(random);
     }
 
-    float& a_at(int i, int l) { return is_transposed(p.transa) ? a(l, i) : a(i, l); }
-    float& b_at(int l, int j) { return is_transposed(p.transb) ? b(j, l) : b(l, j); }
-    GemmReference reference() const { return GemmReference(p, a, b, before); }
+    T& a_at(int i, int l) { return is_transposed(p.transa) ? a(l, i) : a(i, l); }
+    T& b_at(int l, int j) { return is_transposed(p.transb) ? b(j, l) : b(l, j); }
+    GemmReference<T> reference() const { return GemmReference<T>(p, a, b, before); }
+    // What C becomes if no product is added.
+    T scaled(int i, int j) const { return p.beta == 0 ? T() : p.beta == 1 ? before(i, j) : beta * before(i, j); }
 
     // Runs a routine on these operands, or on copies of them, and a C with the same leading dimension.
     template <class Routine, class A, class B, class C>
     auto run(Routine&& routine, const A& ax, const B& bx, C& c) const {
         const int lda = ax.ld(), ldb = bx.ld(), ldc = c.ld();
-        return routine(&p.transa, &p.transb, &p.m, &p.n, &p.k, &p.alpha, ax.data(), &lda, bx.data(), &ldb, &p.beta,
+        return routine(&p.transa, &p.transb, &p.m, &p.n, &p.k, &alpha, ax.data(), &lda, bx.data(), &ldb, &beta,
                        c.data(), &ldc);
     }
-    GuardedMatrix result(Sgemm* sgemm) const {
-        GuardedMatrix c = before;
-        run(sgemm, a, b, c);
+    Matrix result(Gemm<T>* gemm) const {
+        Matrix c = before;
+        run(gemm, a, b, c);
         EXPECT_TRUE(c.guards_intact()) << p << ": written outside C";
         return c;
     }

@@ -12,6 +12,8 @@
 #include <unistd.h>
 #include <vector>
 
+#include "blas/complex.hpp"
+
 namespace qrv::test {
 
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
@@ -22,22 +24,48 @@ inline bool is_transposed(char option) {
     return option != 'N' && option != 'n';
 }
 
+// An element of which every part is x.
+template <class T>
+T all_parts(float x) {
+    if constexpr (isComplex<T>)
+        return {x, x};
+    else
+        return x;
+}
+inline bool has_nan(float x) {
+    return std::isnan(x);
+}
+inline bool has_nan(SingleComplex x) {
+    return std::isnan(x.re) || std::isnan(x.im);
+}
+inline bool is_finite(float x) {
+    return std::isfinite(x);
+}
+inline bool is_finite(SingleComplex x) {
+    return std::isfinite(x.re) && std::isfinite(x.im);
+}
+
 // Column-major access to elements.
-template <class Storage>
+template <class Storage, class T>
 class ColumnMajor {
 public:
     int rows() const { return rows_; }
     int columns() const { return columns_; }
     int ld() const { return ld_; }
-    float& operator()(int i, int j) { return self().data()[i + std::ptrdiff_t{ld_} * j]; }
-    float operator()(int i, int j) const { return self().data()[i + std::ptrdiff_t{ld_} * j]; }
+    T& operator()(int i, int j) { return self().data()[i + std::ptrdiff_t{ld_} * j]; }
+    T operator()(int i, int j) const { return self().data()[i + std::ptrdiff_t{ld_} * j]; }
 
     Storage& fill(float value) {
-        return set([value](int, int) { return value; });
+        return set([value](int, int) { return all_parts<T>(value); });
     }
     Storage& fill_random(std::mt19937& random) {
         std::uniform_real_distribution<float> uniform(-1, 1);
-        return set([&](int, int) { return uniform(random); });
+        return set([&](int, int) {
+            T element = all_parts<T>(uniform(random));
+            if constexpr (isComplex<T>)
+                element.im = uniform(random);
+            return element;
+        });
     }
     // Element (i, j) becomes value(i, j): that of another matrix of the same size, say.
     template <class Value>
@@ -68,24 +96,27 @@ private:
 
 // A matrix that begins `offset` floats past a 64-byte boundary, with canaries in front of it, behind it and in the gaps
 // between its columns. They are NaN, so what reads them shows as well as what writes them.
-class GuardedMatrix : public ColumnMajor<GuardedMatrix> {
+template <class T>
+class BasicGuardedMatrix : public ColumnMajor<BasicGuardedMatrix<T>, T> {
+    using Base = ColumnMajor<BasicGuardedMatrix<T>, T>;
+
 public:
-    GuardedMatrix(int rows, int columns, int ld, int offset = 0)
-        : ColumnMajor(rows, columns, ld), size_(static_cast<std::size_t>(ld) * static_cast<std::size_t>(columns)),
-          storage_(size_ + static_cast<std::size_t>(2 * ld) + 3 * band, std::bit_cast<float>(canary)) {
+    BasicGuardedMatrix(int rows, int columns, int ld, int offset = 0)
+        : Base(rows, columns, ld), size_(unit * static_cast<std::size_t>(ld) * static_cast<std::size_t>(columns)),
+          storage_(size_ + 2 * unit * static_cast<std::size_t>(ld) + 3 * band, std::bit_cast<float>(canary)) {
         const auto address = reinterpret_cast<std::uintptr_t>(storage_.data());
         first_ = band + (64 - address % 64) % 64 / sizeof(float) + static_cast<std::size_t>(offset);
     }
     // A copy has the same offset.
-    GuardedMatrix(const GuardedMatrix& other)
-        : GuardedMatrix(other.rows(), other.columns(), other.ld(),
-                        static_cast<int>(reinterpret_cast<std::uintptr_t>(other.data()) % 64 / sizeof(float))) {
-        set(other);
+    BasicGuardedMatrix(const BasicGuardedMatrix& other)
+        : BasicGuardedMatrix(other.rows(), other.columns(), other.ld(),
+                             static_cast<int>(reinterpret_cast<std::uintptr_t>(other.data()) % 64 / sizeof(float))) {
+        this->set(other);
     }
-    GuardedMatrix& operator=(const GuardedMatrix&) = delete;
+    BasicGuardedMatrix& operator=(const BasicGuardedMatrix&) = delete;
 
-    float* data() { return storage_.data() + first_; }
-    const float* data() const { return storage_.data() + first_; }
+    T* data() { return reinterpret_cast<T*>(storage_.data() + first_); }
+    const T* data() const { return reinterpret_cast<const T*>(storage_.data() + first_); }
 
     bool guards_intact() const {
         bool intact = true;
@@ -93,7 +124,8 @@ public:
             for (std::size_t p = from; p < to; ++p)
                 intact = intact && std::bit_cast<std::uint32_t>(storage_[p]) == canary;
         };
-        const auto ld = static_cast<std::size_t>(this->ld()), rows = static_cast<std::size_t>(this->rows());
+        const std::size_t ld = unit * static_cast<std::size_t>(this->ld());
+        const std::size_t rows = unit * static_cast<std::size_t>(this->rows());
         check(0, first_);
         for (std::size_t column = first_; column < first_ + size_; column += ld)
             check(column + rows, column + ld);
@@ -102,6 +134,7 @@ public:
     }
 
 private:
+    static constexpr std::size_t unit = sizeof(T) / sizeof(float); // sizes are in floats
     static constexpr std::size_t band = 64;
     static constexpr std::uint32_t canary = 0x7FC0'5A5A;
 
@@ -109,6 +142,7 @@ private:
     std::vector<float> storage_;
     std::size_t first_;
 };
+using GuardedMatrix = BasicGuardedMatrix<float>;
 
 // `count` floats whose last byte is the last one before an inaccessible page; with `atFront`, whose first byte is
 // the first one behind such a page. A read or write beyond stops the program.
@@ -140,17 +174,19 @@ private:
 };
 
 // A copy of a matrix in such memory, from its first element to the last one of its last column.
-class PageMatrix : public ColumnMajor<PageMatrix> {
+template <class T>
+class PageMatrix : public ColumnMajor<PageMatrix<T>, T> {
 public:
-    PageMatrix(const GuardedMatrix& x, bool atFront)
-        : ColumnMajor(x.rows(), x.columns(), x.ld()),
-          array_(static_cast<std::size_t>(x.ld()) * static_cast<std::size_t>(x.columns() - 1) +
-                     static_cast<std::size_t>(x.rows()),
+    PageMatrix(const BasicGuardedMatrix<T>& x, bool atFront)
+        : ColumnMajor<PageMatrix, T>(x.rows(), x.columns(), x.ld()),
+          array_(sizeof(T) / sizeof(float) *
+                     (static_cast<std::size_t>(x.ld()) * static_cast<std::size_t>(x.columns() - 1) +
+                      static_cast<std::size_t>(x.rows())),
                  atFront) {
-        set(x);
+        this->set(x);
     }
-    float* data() { return array_.data(); }
-    const float* data() const { return array_.data(); }
+    T* data() { return reinterpret_cast<T*>(array_.data()); }
+    const T* data() const { return reinterpret_cast<const T*>(array_.data()); }
 
 private:
     GuardPageArray array_;

@@ -12,6 +12,7 @@
 
 #include <cstdint>
 
+#include "blas/complex.hpp"
 #include "blas/kernel/common/gemm_blocks.hpp"
 #include "blas/kernel/gemm_plan.hpp"
 #include "blas/kernel/kernels.hpp"
@@ -196,16 +197,23 @@ void fill_plan(const GemmPlanRow<T>& row, GemmPlan<T>* plan) {
 }
 
 template <class T>
+void store_blocks(int mb, int nb, int kb, GemmPlan<T>* plan) {
+    plan->mb = mb;
+    plan->nb = nb;
+    plan->kb = kb;
+}
+
+template <class T>
 typename GemmPlan<T>::CopyA* copy_a(const GemmPlan<T>& plan, char transa) {
     if (!transposes(transa))
         return plan.copyAN;
-    return transa == 'C' || transa == 'c' ? plan.copyAC : plan.copyAT;
+    return conjugates(transa) ? plan.copyAC : plan.copyAT;
 }
 template <class T>
 typename GemmPlan<T>::CopyB* copy_b(const GemmPlan<T>& plan, char transb) {
     if (!transposes(transb))
         return plan.copyBN;
-    return transb == 'C' || transb == 'c' ? plan.copyBC : plan.copyBT;
+    return conjugates(transb) ? plan.copyBC : plan.copyBT;
 }
 
 // ---- The blocked core --------------------------------------------------------------------------------------
@@ -266,7 +274,7 @@ void multiply_blocks(const GemmCall<T>& p, const ModeTraits& mode, const GemmPla
     const OpView<const T> opA(p.a, p.lda, transposes(*p.transa)), opB(p.b, p.ldb, transposes(*p.transb));
     const Matrix<T> c{p.c, p.ldc};
     const MicroForm form = mode.form();
-    const T one = 1;
+    const T one = scalar<T>(1);
     const int columnStep = mode.givenB ? p.n : plan.nb;
     const int kStep = mode.one_k_block() ? p.k : plan.kb;
     const int rowStep = mode.givenA ? p.m : plan.mb;
@@ -314,9 +322,9 @@ int blocked(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan, GemmFallba
         mode = pick_mode(*n, *k, *plan);
         mode_traits(mode, traits);
     }
-    const T one = 1;
+    const T one = scalar<T>(1);
     const GemmCall<T> call{transa, transb, *m, *n, *k, alpha, a, *lda, b, *ldb, beta, c, *ldc};
-    const bool nothingToAdd = *alpha == T(0) || *k <= 0;
+    const bool nothingToAdd = *alpha == scalar<T>(0) || *k <= 0;
     const bool small = is_small(mode, call, *plan);
     if (*beta != one && (nothingToAdd || small || !plan->microScalesC))
         fallback.scaleC(m, n, beta, c, ldc);
@@ -350,12 +358,12 @@ int blocked(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan, GemmFallba
 // The whole operation; the plan is loaded and has no blocks yet.
 template <class T>
 void serial_gemm(QRV_GEMM_PARAMETERS(T), GemmPlan<T>* plan, GemmFallback<T> fallback) {
-    const T one = 1;
+    const T one = scalar<T>(1);
     const bool small = *m < plan->mUnit || *n < plan->nUnit || *k < plan->kUnit;
-    const bool scaleNow = *alpha == T(0) || small || !plan->microScalesC;
+    const bool scaleNow = *alpha == scalar<T>(0) || small || !plan->microScalesC;
     if (*beta != one && scaleNow)
         fallback.scaleC(m, n, beta, c, ldc);
-    if (*alpha == T(0))
+    if (*alpha == scalar<T>(0))
         return;
     if (small) {
         fallback.small(transa, transb, m, n, k, alpha, a, lda, b, ldb, &one, c, ldc);

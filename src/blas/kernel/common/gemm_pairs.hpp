@@ -48,11 +48,6 @@ constexpr int cAhead = 8;        // floats of C ahead of the tile: 32 bytes
 // x0(l) x0(l+1) x1(l) x1(l+1) of the lines `line` and `line` + 1; with one line or one step the others are zero and
 // not read.
 
-// a0 b0 a1 b1
-inline Vec4f interleave_low(Vec4f a, Vec4f b) {
-    return {_mm_unpacklo_ps(a.v, b.v)};
-}
-
 // Steps of a line are contiguous: A transposed, B not transposed.
 struct AlongSteps {
     static constexpr int linesTogether = 1; // each is a stream of its own

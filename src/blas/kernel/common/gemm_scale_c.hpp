@@ -1,4 +1,4 @@
-// C := beta*C. beta = 0 stores zeros and does not read C.
+// C := beta*C. beta = 0 stores zeros and does not read C, beta = 1 leaves it alone.
 //
 //   tile       4 columns, then one at a time; 8, 4 and single rows
 //   alignment  none assumed; tall columns are entered at a 16-byte boundary of the group's first column
@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "blas/complex.hpp"
 #include "blas/kernel/common/vec4f.hpp"
 #include "blas/matrix.hpp"
 
@@ -21,46 +22,79 @@ inline int floats_to_boundary(const float* p) {
     return address % sizeof(float) == 0 ? static_cast<int>((16 - address % 16) % 16 / sizeof(float)) : 0;
 }
 
-template <int columns, bool zero>
-void scale_columns(int m, float beta, Matrix<float> c) {
-    const Vec4f factor = Vec4f::splat(beta);
-    auto scale = [&](int i, auto lanes) {
+// A factor on a vector of elements: one, or two complex ones.
+template <class T>
+struct ScaledBy;
+template <>
+struct ScaledBy<float> {
+    Vec4f factor;
+    explicit ScaledBy(float x) : factor(Vec4f::splat(x)) {}
+    Vec4f operator()(Vec4f x) const { return factor * x; }
+    template <int lanes>
+    Vec4f operator()(const float* p, Lanes<lanes>) const {
+        return (*this)(load_first<lanes>(p));
+    }
+};
+template <>
+struct ScaledBy<SingleComplex> {
+    Vec4f re, im;
+    explicit ScaledBy(SingleComplex x) : re(Vec4f::splat(x.re)), im{_mm_setr_ps(-x.im, x.im, -x.im, x.im)} {}
+    Vec4f operator()(Vec4f x) const { return x * re + swap_neighbours(x) * im; }
+    template <int lanes>
+    Vec4f operator()(const float* p, Lanes<lanes>) const {
+        return (*this)(load_first<lanes>(p));
+    }
+};
+
+struct SetToZero {
+    template <int lanes>
+    Vec4f operator()(const float*, Lanes<lanes>) const {
+        return Vec4f::zero();
+    }
+};
+
+// Writes what `change` makes of the lanes at an address, for `columns` columns of m floats, `unit` of them an element.
+template <int unit, int columns, class Change>
+void change_columns(int m, Change change, Matrix<float> c) {
+    auto at = [&](int i, auto lanes) {
         for (int j = 0; j < columns; ++j) {
             float* p = c.column(j) + i;
-            store_first<lanes()>(p, zero ? Vec4f::zero() : factor * load_first<lanes()>(p));
+            store_first<lanes()>(p, change(p, lanes));
         }
     };
     const Lanes<4> vector;
-    const Lanes<1> single;
+    const Lanes<unit> single;
     int i = 0;
     if (m >= peelFrom)
-        for (const int head = floats_to_boundary(c.data); i < head; ++i)
-            scale(i, single);
+        for (const int head = floats_to_boundary(c.data) / unit * unit; i < head; i += unit)
+            at(i, single);
     for (; m - i >= 8; i += 8) {
-        scale(i, vector);
-        scale(i + 4, vector);
+        at(i, vector);
+        at(i + 4, vector);
     }
     for (; m - i >= 4; i += 4)
-        scale(i, vector);
-    for (; i < m; ++i)
-        scale(i, single);
+        at(i, vector);
+    for (; i < m; i += unit)
+        at(i, single);
 }
 
-template <bool zero>
-void scale_matrix(int m, int n, float beta, Matrix<float> c) {
+template <int unit, class Change>
+void change_matrix(int m, int n, Change change, Matrix<float> c) {
     int j = 0;
     for (; n - j >= 4; j += 4)
-        scale_columns<4, zero>(m, beta, c.block(0, j));
+        change_columns<unit, 4>(m, change, c.block(0, j));
     for (; j < n; ++j)
-        scale_columns<1, zero>(m, beta, c.block(0, j));
+        change_columns<unit, 1>(m, change, c.block(0, j));
 }
 
-inline void gemm_scale_c(const int* m, const int* n, const float* beta, float* c, const int* ldc) {
-    const Matrix<float> matrix{c, *ldc};
-    if (*beta == 0)
-        scale_matrix<true>(*m, *n, 0, matrix);
-    else
-        scale_matrix<false>(*m, *n, *beta, matrix);
+template <class T>
+void gemm_scale_c(const int* m, const int* n, const T* beta, T* c, const int* ldc) {
+    constexpr int unit = sizeof(T) / sizeof(float);
+    const Matrix<float> matrix{reinterpret_cast<float*>(c), std::ptrdiff_t{unit} * *ldc};
+    if (*beta == scalar<T>(0))
+        change_matrix<unit>(unit * *m, *n, SetToZero(), matrix);
+    else if (*beta != scalar<T>(1))
+        change_matrix<unit>(unit * *m, *n, ScaledBy<T>(*beta), matrix);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

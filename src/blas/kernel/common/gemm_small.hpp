@@ -246,11 +246,8 @@ inline void multiply_small(int m, int n, SmallProduct&& p, Matrix<float> c) {
 inline void gemm_small(QRV_GEMM_PARAMETERS(float)) {
     if (*m <= 0 || *n <= 0)
         return;
-    if (*k <= 0 || *alpha == 0) {
-        if (*beta != 1)
-            gemm_scale_c(m, n, beta, c, ldc);
-        return;
-    }
+    if (*k <= 0 || *alpha == 0)
+        return gemm_scale_c(m, n, beta, c, ldc);
     multiply_small(*m, *n, {*k, *alpha, *beta, {a, *lda, transposes(*transa)}, {b, *ldb, transposes(*transb)}},
                    Matrix<float>{c, *ldc});
 }

@@ -1,24 +1,27 @@
-// The pieces of the plan-driven GEMM in a build that has no plan: never reached, since blas_sgemm_plan_available
-// answers 0 there. Included once, by such a build's gemm.cpp.
+// The pieces of the plan-driven GEMM in a build that has no plan: never reached, since the plan is said not to be
+// available there. Included once, by such a build's gemm.cpp.
 #pragma once
 
 #include "blas/kernel/kernels.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
-int blas_sgemm_plan_available() {
-    return 0;
-}
-void blas_sgemm_plan_reset(GemmPlan<float>*) {}
-void blas_sgemm_plan_load(GemmPlan<float>*) {}
-void blas_sgemm_plan_set_blocks(int, int, int, GemmPlan<float>*) {}
-int blas_sgemm_buffer_sizes(BufferSet, BlockClip, const int*, const int*, const int*, GemmPlan<float>*) {
-    return 1;
-}
-int blas_sgemm_blocked(const char*, const char*, const int*, const int*, const int*, const float*, const float*,
-                       const int*, const float*, const int*, const float*, float*, const int*, GemmMode,
-                       GemmPlan<float>*) {
-    return 1;
-}
+#define QRV_DEFINE_NO_PLAN(T, gemm)                                                                                    \
+    int blas_##gemm##_plan_available() {                                                                               \
+        return 0;                                                                                                      \
+    }                                                                                                                  \
+    void blas_##gemm##_plan_reset(GemmPlan<T>*) {}                                                                     \
+    void blas_##gemm##_plan_load(GemmPlan<T>*) {}                                                                      \
+    void blas_##gemm##_plan_set_blocks(int, int, int, GemmPlan<T>*) {}                                                 \
+    int blas_##gemm##_buffer_sizes(BufferSet, BlockClip, const int*, const int*, const int*, GemmPlan<T>*) {           \
+        return 1;                                                                                                      \
+    }                                                                                                                  \
+    int blas_##gemm##_blocked(const char*, const char*, const int*, const int*, const int*, const T*, const T*,        \
+                              const int*, const T*, const int*, const T*, T*, const int*, GemmMode, GemmPlan<T>*) {    \
+        return 1;                                                                                                      \
+    }
+QRV_DEFINE_NO_PLAN(float, sgemm)
+QRV_DEFINE_NO_PLAN(SingleComplex, cgemm)
+#undef QRV_DEFINE_NO_PLAN
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -36,6 +36,28 @@ inline Vec4f low_halves(Vec4f a, Vec4f b) {
 inline Vec4f high_halves(Vec4f a, Vec4f b) {
     return {_mm_movehl_ps(b.v, a.v)};
 }
+// a0 b0 a1 b1 and a2 b2 a3 b3
+inline Vec4f interleave_low(Vec4f a, Vec4f b) {
+    return {_mm_unpacklo_ps(a.v, b.v)};
+}
+inline Vec4f interleave_high(Vec4f a, Vec4f b) {
+    return {_mm_unpackhi_ps(a.v, b.v)};
+}
+// a0 a2 b0 b2 and a1 a3 b1 b3
+inline Vec4f unzip_even(Vec4f a, Vec4f b) {
+    return {_mm_shuffle_ps(a.v, b.v, _MM_SHUFFLE(2, 0, 2, 0))};
+}
+inline Vec4f unzip_odd(Vec4f a, Vec4f b) {
+    return {_mm_shuffle_ps(a.v, b.v, _MM_SHUFFLE(3, 1, 3, 1))};
+}
+// x1 x0 x3 x2
+inline Vec4f swap_neighbours(Vec4f x) {
+    return {_mm_shuffle_ps(x.v, x.v, _MM_SHUFFLE(2, 3, 0, 1))};
+}
+// x with the signs flipped where `signs` has a minus: its lanes are 0 and -0.
+inline Vec4f flip_signs(Vec4f x, Vec4f signs) {
+    return {_mm_xor_ps(x.v, signs.v)};
+}
 inline void transpose(Vec4f& a, Vec4f& b, Vec4f& c, Vec4f& d) {
     _MM_TRANSPOSE4_PS(a.v, b.v, c.v, d.v);
 }

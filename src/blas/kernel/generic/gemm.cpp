@@ -1,15 +1,18 @@
-// Serial SGEMM for processors without vector instructions.
+// Serial GEMM for processors without vector instructions, real and complex.
 //
-//   tile      4 x 1: four running sums in extended precision, rounded once per block of k when added to C
-//   packed A  up to 16 rows x 64 steps of alpha*op(A), in groups of 4 rows, 4 floats a step
-//   packed B  columns of 64 floats, only where op(B)'s columns are not contiguous or the block is padded
+//   tile      real 4 x 1, complex 2 x 1: four running sums in extended precision, rounded once per block of k when
+//   added
+//             to C
+//   packed A  up to 16 rows (complex: 8) x 64 steps of alpha*op(A), in groups of the tile's rows, step by step
+//   packed B  columns of 64 elements, only where op(B)'s columns are not contiguous or the block is padded
 //   reads     nothing past the end of A, B or C; packed operands to their padded depth
 //
 // k goes in blocks of 64. Of what is left after the last full block, 58 steps or more are padded with zeros to a
 // full block; otherwise 48, 32 or 16 steps are taken as a block and the rest goes through a plain loop. Rows go in
-// tiles of 16, then one of 8, then singly.
+// tiles of 16, then one of 8, then singly; complex ones in half of these.
 #include <cstring>
 
+#include "blas/complex.hpp"
 #include "blas/kernel/common/no_plan.hpp"
 #include "blas/kernel/kernels.hpp"
 #include "blas/matrix.hpp"
@@ -18,26 +21,45 @@
 namespace qrv::kernel::generic {
 namespace {
 
-using Operand = OpView<const float>;
-
-constexpr int kBlock = 64;       // steps of k per packed block
-constexpr int paddedFrom = 58;   // a remainder of k from here on is padded to a full block
-constexpr int kTailUnit = 16;    // a shorter one is cut to a multiple of this, the rest goes singly
-constexpr int columnGroup = 128; // columns of C per pass over k
-constexpr int rowTile = 16;
-constexpr int rowTail = 8;
-constexpr int rowGroup = 4;    // rows of one register tile
+constexpr int kBlock = 64;     // steps of k per packed block
+constexpr int paddedFrom = 58; // a remainder of k from here on is padded to a full block
+constexpr int kTailUnit = 16;  // a shorter one is cut to a multiple of this, the rest goes singly
 constexpr int memsetRows = 25; // from this column height on, zeroing calls memset
 constexpr int workAlignment = 128;
 constexpr int tileBytes = 4112;
-constexpr int panelBytes = 51216;
-static_assert(rowTile * kBlock * sizeof(float) <= tileBytes);
-static_assert(columnGroup * kBlock * sizeof(float) <= panelBytes);
+
+template <class T>
+constexpr int panelBytes = isComplex<T> ? 32784 : 51216;
+template <class T>
+constexpr int columnGroup = isComplex<T> ? 64 : 128; // columns of C per pass over k
+template <class T>
+constexpr int rowTile = isComplex<T> ? 8 : 16;
+template <class T>
+constexpr int rowTail = rowTile<T> / 2;
+template <class T>
+constexpr int rowGroup = isComplex<T> ? 2 : 4; // rows of one register tile
+
+// op(X), and whether its elements are conjugated on top.
+template <class T>
+struct Operand {
+    OpView<const T> view;
+    bool conjugated;
+
+    Operand(const T* x, int ld, char option)
+        : view(x, ld, transposes(option)), conjugated(isComplex<T> && conjugates(option)) {}
+    T operator()(int i, int j) const { return conjugated ? conj(view(i, j)) : view(i, j); }
+    Operand block(int i, int j) const {
+        Operand part = *this;
+        part.view = view.block(i, j);
+        return part;
+    }
+};
 
 // Buffers for packed A and packed B; without them the plain loop does all the work.
+template <class T>
 struct Work {
-    float* tile;
-    float* panel;
+    T* tile;
+    T* panel;
 };
 
 // A block of k: `count` steps of the operands, taken as `depth` steps with zeros behind them.
@@ -46,94 +68,116 @@ struct KBlock {
     int depth;
 };
 
-// op(B) as the kernel reads it: contiguous columns of at least `depth` floats.
+// op(B) as the kernel reads it: contiguous columns of at least `depth` elements.
+template <class T>
 struct PanelView {
-    const float* data;
+    const T* data;
     std::ptrdiff_t stride;
-    const float* column(int j) const { return data + j * stride; }
+    const T* column(int j) const { return data + j * stride; }
 };
 
 constexpr int smaller(int a, int b) {
     return a < b ? a : b;
 }
 
+// A running sum of products in extended precision.
+template <class T>
+struct Sum;
+template <>
+struct Sum<float> {
+    long double value = 0;
+    void add(float a, float b) { value += static_cast<long double>(a) * b; }
+    float added_to(float c) const { return static_cast<float>(c + value); }
+};
+template <>
+struct Sum<SingleComplex> {
+    Sum<float> re, im;
+    void add(SingleComplex a, SingleComplex b) {
+        re.add(a.re, b.re);
+        re.add(-a.im, b.im);
+        im.add(a.re, b.im);
+        im.add(a.im, b.re);
+    }
+    SingleComplex added_to(SingleComplex c) const { return {re.added_to(c.re), im.added_to(c.im)}; }
+};
+
 // C += alpha*op(A)*op(B), element by element.
-void plain_loop(int m, int n, int k, float alpha, Operand a, Operand b, Matrix<float> c) {
+template <class T>
+void plain_loop(int m, int n, int k, T alpha, Operand<T> a, Operand<T> b, Matrix<T> c) {
     for (int j = 0; j < n; ++j)
         for (int i = 0; i < m; ++i) {
-            long double sum = 0;
-            for (int l = 0; l < k; ++l) {
-                const float scaled = alpha * a(i, l);
-                sum += static_cast<long double>(scaled) * b(l, j);
-            }
-            c(i, j) = static_cast<float>(c(i, j) + sum);
+            Sum<T> sum;
+            for (int l = 0; l < k; ++l)
+                sum.add(alpha * a(i, l), b(l, j));
+            c(i, j) = sum.added_to(c(i, j));
         }
 }
 
-void pack_tile(int rows, KBlock k, float alpha, Operand a, float* tile) {
-    for (int first = 0; first < rows; first += rowGroup, tile += rowGroup * k.depth) {
-        float* step = tile;
+template <class T>
+void fill_with_zeros(T* p, int count) {
+    std::memset(static_cast<void*>(p), 0, sizeof(T) * static_cast<std::size_t>(count));
+}
+
+template <class T>
+void pack_tile(int rows, KBlock k, T alpha, Operand<T> a, T* tile) {
+    for (int first = 0; first < rows; first += rowGroup<T>, tile += rowGroup<T> * k.depth) {
+        T* step = tile;
         for (int l = 0; l < k.count; ++l)
-            for (int i = 0; i < rowGroup; ++i)
+            for (int i = 0; i < rowGroup<T>; ++i)
                 *step++ = alpha * a(first + i, l);
-        std::memset(step, 0, sizeof(float) * static_cast<std::size_t>(rowGroup * (k.depth - k.count)));
+        fill_with_zeros(step, rowGroup<T> * (k.depth - k.count));
     }
 }
 
-PanelView pack_panel(int n, KBlock k, Operand b, float* panel) {
-    if (b.columns_contiguous() && k.count == k.depth)
-        return {b.data, b.columnStride};
+template <class T>
+PanelView<T> pack_panel(int n, KBlock k, Operand<T> b, T* panel) {
+    if (b.view.columns_contiguous() && !b.conjugated && k.count == k.depth)
+        return {b.view.data, b.view.columnStride};
     for (int j = 0; j < n; ++j) {
-        float* column = panel + j * k.depth;
+        T* column = panel + j * k.depth;
         for (int l = 0; l < k.count; ++l)
             column[l] = b(l, j);
-        std::memset(column + k.count, 0, sizeof(float) * static_cast<std::size_t>(k.depth - k.count));
+        fill_with_zeros(column + k.count, k.depth - k.count);
     }
     return {panel, k.depth};
 }
 
-// Adds one packed tile times one panel to C. depth is even.
-void multiply_tile(int rows, int n, int depth, const float* tile, PanelView b, Matrix<float> c) {
+// Adds one packed tile times one panel to C.
+template <class T>
+void multiply_tile(int rows, int n, int depth, const T* tile, PanelView<T> b, Matrix<T> c) {
     for (int j = 0; j < n; ++j) {
-        const float* bj = b.column(j);
-        const float* a = tile;
-        float* out = c.column(j);
-        for (int i = 0; i < rows; i += rowGroup, out += rowGroup) {
-            long double sum0 = 0, sum1 = 0, sum2 = 0, sum3 = 0;
-            for (int l = 0; l < depth; l += 2, a += 2 * rowGroup) {
-                const long double b0 = bj[l], b1 = bj[l + 1];
-                sum0 += a[0] * b0;
-                sum1 += a[1] * b0;
-                sum2 += a[2] * b0;
-                sum3 += a[3] * b0;
-                sum0 += a[4] * b1;
-                sum1 += a[5] * b1;
-                sum2 += a[6] * b1;
-                sum3 += a[7] * b1;
+        const T* bj = b.column(j);
+        const T* a = tile;
+        T* out = c.column(j);
+        for (int i = 0; i < rows; i += rowGroup<T>, out += rowGroup<T>) {
+            Sum<T> sums[rowGroup<T>]; // in registers, with the loops over them unrolled
+#pragma GCC unroll 2
+            for (int l = 0; l < depth; ++l, a += rowGroup<T>) {
+                const T bl = bj[l];
+#pragma GCC unroll 4
+                for (int r = 0; r < rowGroup<T>; ++r)
+                    sums[r].add(a[r], bl);
             }
-            out[0] = static_cast<float>(out[0] + sum0);
-            out[1] = static_cast<float>(out[1] + sum1);
-            out[2] = static_cast<float>(out[2] + sum2);
-            out[3] = static_cast<float>(out[3] + sum3);
+#pragma GCC unroll 4
+            for (int r = 0; r < rowGroup<T>; ++r)
+                out[r] = sums[r].added_to(out[r]);
         }
     }
 }
 
 // C += alpha*op(A)*op(B) over one block of k.
-void multiply_block(int m, int n, KBlock k, float alpha, Operand a, Operand b, Matrix<float> c, Work work) {
-    const PanelView panel = pack_panel(n, k, b, work.panel);
+template <class T>
+void multiply_block(int m, int n, KBlock k, T alpha, Operand<T> a, Operand<T> b, Matrix<T> c, Work<T> work) {
+    const PanelView<T> panel = pack_panel(n, k, b, work.panel);
     int i = 0;
-    while (m - i >= rowTail) {
-        const int rows = m - i >= rowTile ? rowTile : rowTail;
-        Operand tileA = a;
-        tileA.data = a.at(i, 0);
-        pack_tile(rows, k, alpha, tileA, work.tile);
+    while (m - i >= rowTail<T>) {
+        const int rows = m - i >= rowTile<T> ? rowTile<T> : rowTail<T>;
+        pack_tile(rows, k, alpha, a.block(i, 0), work.tile);
         multiply_tile(rows, n, k.depth, work.tile, panel, c.block(i, 0));
         i += rows;
     }
-    Operand rest = a;
-    rest.data = a.at(i, 0);
-    plain_loop(m - i, n, k.count, alpha, rest, b, c.block(i, 0));
+    if (i < m)
+        plain_loop(m - i, n, k.count, alpha, a.block(i, 0), b, c.block(i, 0));
 }
 
 // The next block of k when `left` steps are to go; depth 0 sends the rest through the plain loop.
@@ -146,56 +190,66 @@ constexpr KBlock next_block(int left) {
     return depth > 0 ? KBlock{depth, depth} : KBlock{left, 0};
 }
 
-void multiply(int m, int n, int k, float alpha, Operand a, Operand b, Matrix<float> c, Work work) {
-    for (int j = 0; j < n; j += columnGroup) {
-        const int columns = smaller(columnGroup, n - j);
+template <class T>
+void multiply(int m, int n, int k, T alpha, Operand<T> a, Operand<T> b, Matrix<T> c, Work<T> work) {
+    for (int j = 0; j < n; j += columnGroup<T>) {
+        const int columns = smaller(columnGroup<T>, n - j);
         for (int l = 0; l < k;) {
             KBlock block = next_block(k - l);
             if (!work.tile || !work.panel)
                 block.depth = 0;
-            Operand ablock = a, bblock = b;
-            ablock.data = a.at(0, l);
-            bblock.data = b.at(l, j);
             if (block.depth > 0)
-                multiply_block(m, columns, block, alpha, ablock, bblock, c.block(0, j), work);
+                multiply_block(m, columns, block, alpha, a.block(0, l), b.block(l, j), c.block(0, j), work);
             else
-                plain_loop(m, columns, block.count, alpha, ablock, bblock, c.block(0, j));
+                plain_loop(m, columns, block.count, alpha, a.block(0, l), b.block(l, j), c.block(0, j));
             l += block.count;
         }
     }
 }
 
-} // namespace
-
-void blas_sgemm_scale_c(const int* m, const int* n, const float* beta, float* c, const int* ldc) {
-    const Matrix<float> matrix{c, *ldc};
-    for (int j = 0; j < *n; ++j) {
-        float* column = matrix.column(j);
-        if (*beta != 0) {
-            for (int i = 0; i < *m; ++i)
-                column[i] *= *beta;
-        } else if (*m >= memsetRows) {
-            std::memset(column, 0, sizeof(float) * static_cast<std::size_t>(*m));
+template <class T>
+void scale_c(int m, int n, T beta, Matrix<T> c) {
+    for (int j = 0; beta != scalar<T>(1) && j < n; ++j) {
+        T* column = c.column(j);
+        if (beta != scalar<T>(0)) {
+            for (int i = 0; i < m; ++i)
+                column[i] *= beta;
+        } else if (m >= memsetRows) {
+            fill_with_zeros(column, m);
         } else {
-            for (int i = 0; i < *m; ++i)
-                column[i] = 0;
+            for (int i = 0; i < m; ++i)
+                column[i] = scalar<T>(0);
         }
     }
 }
 
-void blas_sgemm_kernel(QRV_GEMM_PARAMETERS(float)) {
+template <class T>
+void gemm(QRV_GEMM_PARAMETERS(T)) {
+    static_assert(rowTile<T> * kBlock * sizeof(T) <= tileBytes);
+    static_assert(columnGroup<T> * kBlock * sizeof(T) <= panelBytes<T>);
     if (*m < 1 || *n < 1)
         return;
-    if (*beta != 1)
-        blas_sgemm_scale_c(m, n, beta, c, ldc);
-    if (*alpha == 0 || *k < 1)
+    scale_c(*m, *n, *beta, Matrix<T>{c, *ldc});
+    if (*alpha == scalar<T>(0) || *k < 1)
         return;
-    const Work work{static_cast<float*>(qrv_serv_allocate(tileBytes, workAlignment)),
-                    static_cast<float*>(qrv_serv_allocate(panelBytes, workAlignment))};
-    multiply(*m, *n, *k, *alpha, Operand(a, *lda, transposes(*transa)), Operand(b, *ldb, transposes(*transb)),
-             Matrix<float>{c, *ldc}, work);
+    const Work<T> work{static_cast<T*>(qrv_serv_allocate(tileBytes, workAlignment)),
+                       static_cast<T*>(qrv_serv_allocate(panelBytes<T>, workAlignment))};
+    multiply(*m, *n, *k, *alpha, Operand<T>(a, *lda, *transa), Operand<T>(b, *ldb, *transb), Matrix<T>{c, *ldc}, work);
     qrv_serv_deallocate(work.panel);
     qrv_serv_deallocate(work.tile);
 }
+
+} // namespace
+
+#define QRV_DEFINE_GEMM(T, name)                                                                                       \
+    void blas_##name##_scale_c(const int* m, const int* n, const T* beta, T* c, const int* ldc) {                      \
+        scale_c(*m, *n, *beta, Matrix<T>{c, *ldc});                                                                    \
+    }                                                                                                                  \
+    void blas_##name##_kernel(QRV_GEMM_PARAMETERS(T)) {                                                                \
+        gemm(QRV_GEMM_ARGUMENTS);                                                                                      \
+    }
+QRV_DEFINE_GEMM(float, sgemm)
+QRV_DEFINE_GEMM(SingleComplex, cgemm)
+#undef QRV_DEFINE_GEMM
 
 } // namespace qrv::kernel::generic

@@ -1,24 +1,29 @@
-// SGEMM for processors with SSE4.2: plan-driven, 4 x 4 tile. Processors with wider vectors take a wider micro-kernel
-// in the same plan.
-#include "blas/kernel/common/sgemm_plan.hpp"
+// GEMM for processors with SSE4.2: plan-driven, 4 x 4 tile, complex 4 x 2. Processors with wider vectors take a wider
+// micro-kernel in the same plan.
+#include "blas/kernel/common/gemm_plan_pieces.hpp"
 #include "blas/kernel/sse42/wide.hpp"
 
 namespace qrv::kernel::sse42 {
 namespace {
 
-constexpr GemmPlanRow<float> row = sgemm_row<sgemmBlocksSse42>(0);
+template <class T>
+constexpr GemmPlanRow<T> row = sgemm_row<sgemmBlocksSse42>(0);
+template <>
+constexpr GemmPlanRow<SingleComplex> row<SingleComplex> = cgemm_row<cgemmBlocksSse42>(0, complexSliverFactor);
 
 // Which products a form computes without packing: up to how many multiply-adds (m*n*k). Beyond, packing costs
 // less than operands that come from the outer caches again and again.
 struct DirectRange {
-    double plain;      // A as it lies
-    double transposed; // A transposed: its tiles are transposed on the way, again for each group of columns
-    int fewRows;       // a C this low uses an element of B so seldom that packing and expanding it cost most
-    double low;        // limit for such a C
-    double lowByRows;  // the same if B is transposed and long walks along its rows thrash the address cache
-    int fewColumns;    // a C this narrow uses packed A too seldom, if A is not transposed
-    double narrow;     // limit for such a C
+    double plain;            // A as it lies
+    double transposed;       // A transposed: its tiles are transposed on the way, again for each group of columns
+    int fewRows;             // a C this low uses an element of B so seldom that packing and expanding it cost most
+    double low;              // limit for such a C
+    double lowByRows;        // the same if B is transposed and long walks along its rows thrash the address cache
+    int fewColumns;          // a C this narrow uses packed A too seldom, if A is not transposed
+    double narrow;           // limit for such a C
+    double narrowTransposed; // the same if A is transposed: as many elements to bring together as to pack
 };
+template <class T>
 constexpr DirectRange directRanges[] = {
     {.plain = 14 * 14 * 14,
      .transposed = 12 * 12 * 12,
@@ -26,21 +31,51 @@ constexpr DirectRange directRanges[] = {
      .low = 0,
      .lowByRows = 0,
      .fewColumns = 0,
-     .narrow = 0},
+     .narrow = 0,
+     .narrowTransposed = 0},
     {.plain = 0x1p19,
      .transposed = 0x1p18,
      .fewRows = 32,
      .low = 0x1p27,
      .lowByRows = 0x1p24,
      .fewColumns = 12,
-     .narrow = 0x1p22},
+     .narrow = 0x1p22,
+     .narrowTransposed = 0},
     {.plain = 0x1p24,
      .transposed = 0x1p22,
      .fewRows = 32,
      .low = 0x1p27,
      .lowByRows = 0x1p24,
      .fewColumns = 32,
-     .narrow = 0x1p26},
+     .narrow = 0x1p26,
+     .narrowTransposed = 0},
+};
+template <>
+constexpr DirectRange directRanges<SingleComplex>[] = {
+    {.plain = 10 * 10 * 10,
+     .transposed = 8 * 8 * 8,
+     .fewRows = 0,
+     .low = 0,
+     .lowByRows = 0,
+     .fewColumns = 0,
+     .narrow = 0,
+     .narrowTransposed = 0},
+    {.plain = 0x1p20,
+     .transposed = 0x1p20,
+     .fewRows = 16,
+     .low = 0x1p27,
+     .lowByRows = 0x1p22,
+     .fewColumns = 12,
+     .narrow = 0x1p22,
+     .narrowTransposed = 0x1p27},
+    {.plain = 0x1p22,
+     .transposed = 0x1p20,
+     .fewRows = 16,
+     .low = 0x1p27,
+     .lowByRows = 0x1p22,
+     .fewColumns = 32,
+     .narrow = 0x1p23,
+     .narrowTransposed = 0x1p27},
 };
 
 // A product of few steps spends its time in C, which the packed path walks more gently once it leaves the caches.
@@ -49,18 +84,22 @@ constexpr double shallowArea = 0x1p19;
 
 } // namespace
 
+template <class T>
 bool goes_direct(VectorForm form, bool transposedA, bool transposedB, int m, int n, int k) {
-    const DirectRange& range = directRanges[static_cast<int>(form)];
+    const DirectRange& range = directRanges<T>[static_cast<int>(form)];
     const double area = static_cast<double>(m) * n;
     if (k < shallowDepth && area > shallowArea)
         return false;
     const double work = area * k;
     return work <= (transposedA ? range.transposed : range.plain) ||
            (m <= range.fewRows && work <= (transposedB ? range.lowByRows : range.low)) ||
-           (!transposedA && n <= range.fewColumns && work <= range.narrow);
+           (n <= range.fewColumns && work <= (transposedA ? range.narrowTransposed : range.narrow));
 }
+template bool goes_direct<float>(VectorForm, bool, bool, int, int, int);
+template bool goes_direct<SingleComplex>(VectorForm, bool, bool, int, int, int);
 
-DirectSgemm* direct_sgemm(VectorForm form) {
+template <class T>
+DirectGemm<T>* direct_gemm(VectorForm form) {
 #ifdef QRV_WIDE_KERNELS
     if (form == VectorForm::avx512)
         return sse42_avx512::direct;
@@ -68,11 +107,19 @@ DirectSgemm* direct_sgemm(VectorForm form) {
         return sse42_avx2::direct;
 #endif
     static_cast<void>(form);
-    return blas_sgemm_small;
+    if constexpr (isComplex<T>)
+        return blas_cgemm_small;
+    else
+        return blas_sgemm_small;
 }
+template DirectGemm<float>* direct_gemm<float>(VectorForm);
+template DirectGemm<SingleComplex>* direct_gemm<SingleComplex>(VectorForm);
 
-void plan_load_for(VectorForm form, GemmPlan<float>* plan) {
-    fill_plan(row, plan);
+namespace {
+
+template <class T>
+void load_plan(VectorForm form, GemmPlan<T>* plan) {
+    fill_plan(row<T>, plan);
 #ifdef QRV_WIDE_KERNELS
     if (form == VectorForm::avx512)
         sse42_avx512::use_form(plan);
@@ -81,17 +128,31 @@ void plan_load_for(VectorForm form, GemmPlan<float>* plan) {
 #endif
     static_cast<void>(form);
 }
-void blas_sgemm_plan_load(GemmPlan<float>* plan) {
-    plan_load_for(vector_form(), plan);
+
+} // namespace
+
+void plan_load_for(VectorForm form, GemmPlan<float>* plan) {
+    load_plan(form, plan);
+}
+void plan_load_for(VectorForm form, GemmPlan<SingleComplex>* plan) {
+    load_plan(form, plan);
 }
 
-void blas_sgemm_kernel(QRV_GEMM_PARAMETERS(float)) {
-    if (*m <= 0 || *n <= 0)
-        return;
-    const VectorForm form = vector_form();
-    if (*k > 0 && *alpha != 0 && goes_direct(form, transposes(*transa), transposes(*transb), *m, *n, *k))
-        return direct_sgemm(form)(QRV_GEMM_ARGUMENTS);
-    blas_sgemm_by_plan(QRV_GEMM_ARGUMENTS);
-}
+#define QRV_DEFINE_GEMM(T, gemm)                                                                                       \
+    void blas_##gemm##_plan_load(GemmPlan<T>* plan) {                                                                  \
+        plan_load_for(vector_form(), plan);                                                                            \
+    }                                                                                                                  \
+    void blas_##gemm##_kernel(QRV_GEMM_PARAMETERS(T)) {                                                                \
+        if (*m <= 0 || *n <= 0)                                                                                        \
+            return;                                                                                                    \
+        const VectorForm form = vector_form();                                                                         \
+        if (*k > 0 && *alpha != scalar<T>(0) &&                                                                        \
+            goes_direct<T>(form, transposes(*transa), transposes(*transb), *m, *n, *k))                                \
+            return direct_gemm<T>(form)(QRV_GEMM_ARGUMENTS);                                                           \
+        blas_##gemm##_by_plan(QRV_GEMM_ARGUMENTS);                                                                     \
+    }
+QRV_DEFINE_GEMM(float, sgemm)
+QRV_DEFINE_GEMM(SingleComplex, cgemm)
+#undef QRV_DEFINE_GEMM
 
 } // namespace qrv::kernel::sse42

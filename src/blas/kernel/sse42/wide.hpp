@@ -10,8 +10,10 @@
     namespace qrv::kernel::form {                                                                                      \
     /* Puts the form's routines into a plan of the sse42 row. */                                                       \
     void use_form(GemmPlan<float>* plan);                                                                              \
+    void use_form(GemmPlan<SingleComplex>* plan);                                                                      \
     /* The whole operation without packing and without work memory; m, n, k and alpha are not 0. */                    \
     void direct(QRV_GEMM_PARAMETERS(float));                                                                           \
+    void direct(QRV_GEMM_PARAMETERS(SingleComplex));                                                                   \
     }
 
 QRV_DECLARE_WIDE_FORM(sse42_avx2)

@@ -1,9 +1,9 @@
 // GEMM on a team: C := alpha*op(A)*op(B) + beta*C.
 //
-// qrv_blas_sgemm decides: tiny calls go straight to the serial kernel, small ones are cut into one serial call a
-// thread, large ones take the partition of their machine class (gemm_partition.hpp). Every thread writes its own
-// rows or columns of C only, and sums each element in an order that depends on the team's size alone, so a run
-// is repeatable bit for bit.
+// qrv_blas_sgemm and qrv_blas_cgemm decide: tiny calls go straight to the serial kernel, small ones are cut into one
+// serial call a thread, large ones take the partition of their machine class (gemm_partition.hpp), complex ones a plain
+// one. Every thread writes its own rows or columns of C only, and sums each element in an order that depends on the
+// team's size alone, so a run is repeatable bit for bit.
 #include <omp.h>
 
 #include "blas/blas.hpp"
@@ -17,24 +17,34 @@ namespace {
 template <class T>
 struct GemmFamily;
 
+// `byMachine` says whether the machine class chooses the partition and whether C is scaled ahead of the products.
+#define QRV_GEMM_FAMILY(gemm)                                                                                          \
+    static constexpr auto& serial = qrv_blas_##gemm##_kernel;                                                          \
+    static constexpr auto& scale_c = qrv_blas_##gemm##_scale_c;                                                        \
+    static constexpr auto& plan_available = qrv_blas_##gemm##_plan_available;                                          \
+    static constexpr auto& plan_reset = qrv_blas_##gemm##_plan_reset;                                                  \
+    static constexpr auto& plan_load = qrv_blas_##gemm##_plan_load;                                                    \
+    static constexpr auto& plan_set_blocks = qrv_blas_##gemm##_plan_set_blocks;                                        \
+    static constexpr auto& buffer_sizes = qrv_blas_##gemm##_buffer_sizes;                                              \
+    static constexpr auto& blocked = qrv_blas_##gemm##_blocked;                                                        \
+    static constexpr auto& row = qrv_blas_##gemm##_1d_row;                                                             \
+    static constexpr auto& col = qrv_blas_##gemm##_1d_col;
+
 template <>
 struct GemmFamily<float> {
+    QRV_GEMM_FAMILY(sgemm)
     static constexpr GemmGainRule gain = realGemmGain;
-    static constexpr bool scalesFirst = true; // beta is applied ahead of the products where the class asks for it
-    static constexpr auto& serial = qrv_blas_sgemm_kernel;
-    static constexpr auto& scale_c = qrv_blas_sgemm_scale_c;
+    static constexpr bool byMachine = true;
     static constexpr auto& scale_region = gemm_scale_region;
-    static constexpr auto& plan_available = qrv_blas_sgemm_plan_available;
-    static constexpr auto& plan_reset = qrv_blas_sgemm_plan_reset;
-    static constexpr auto& plan_load = qrv_blas_sgemm_plan_load;
-    static constexpr auto& plan_set_blocks = qrv_blas_sgemm_plan_set_blocks;
-    static constexpr auto& buffer_sizes = qrv_blas_sgemm_buffer_sizes;
-    static constexpr auto& blocked = qrv_blas_sgemm_blocked;
-    static constexpr auto& partition = qrv_blas_sgemm_partition;
-    static constexpr auto& row = qrv_blas_sgemm_1d_row;
-    static constexpr auto& col = qrv_blas_sgemm_1d_col;
     static constexpr auto& acopy = qrv_blas_sgemm_1d_acopy;
 };
+template <>
+struct GemmFamily<SingleComplex> {
+    QRV_GEMM_FAMILY(cgemm)
+    static constexpr GemmGainRule gain = complexGemmGain;
+    static constexpr bool byMachine = false;
+};
+#undef QRV_GEMM_FAMILY
 
 // The address list of a problem, for a call in the native form.
 #define QRV_GEMM_FIELDS(p)                                                                                             \
@@ -115,7 +125,7 @@ void gemm_1d_acopy(const GemmProblem<T>& problem, GemmPlan<T>* plan, const GemmT
     const int kUnit = plan->kUnit, mUnit = plan->mUnit;
     const int longest = gemm_slice(problem.m, groups, groups - 1, mUnit).count;
     GemmProblem<T> adding = problem;
-    adding.beta = T(1);
+    adding.beta = scalar<T>(1);
     for (int l = 0, kc; l < problem.k; l += kc) {
         kc = std::min(context.kb, problem.k - l);
         const int stride = (kc + kUnit - 1) / kUnit * kUnit * mUnit;
@@ -142,19 +152,14 @@ void gemm_1d_acopy(const GemmProblem<T>& problem, GemmPlan<T>* plan, const GemmT
 template <class T>
 void partition(GemmSizes sizes, GemmPlan<T>* plan, GemmThreadContext<T>* context) {
     using Family = GemmFamily<T>;
-    const GemmPartition chosen = gemm_partition(context->machineClass, context->planAvailable != 0, sizes,
-                                                {context->mb, context->nb, context->kb}, context->threads);
-    switch (chosen.region) {
-    case GemmRegion::row:
-        context->region = Family::row;
-        break;
-    case GemmRegion::column:
-        context->region = Family::col;
-        break;
-    case GemmRegion::acopy:
-        context->region = Family::acopy;
-        break;
-    }
+    const GemmBlocks blocks{context->mb, context->nb, context->kb};
+    GemmPartition chosen = gemm_plain_partition(sizes, blocks, context->threads);
+    if constexpr (Family::byMachine)
+        chosen = gemm_partition(context->machineClass, context->planAvailable != 0, sizes, blocks, context->threads);
+    context->region = chosen.region == GemmRegion::row ? Family::row : Family::col;
+    if constexpr (Family::byMachine)
+        if (chosen.region == GemmRegion::acopy)
+            context->region = Family::acopy;
     context->mode = chosen.mode;
     context->threads = chosen.threads;
     context->rowThreads = chosen.rowThreads;
@@ -178,8 +183,9 @@ GemmThreadContext<T> start_context(const GemmProblem<T>& problem, const GemmFact
     }
     Family::plan_reset(plan);
     Family::plan_load(plan);
-    const bool conjugates = problem.transa == 'C' || problem.transa == 'c';
-    context.copyA = !transposes(problem.transa) ? plan->copyAN : conjugates ? plan->copyAC : plan->copyAT;
+    context.copyA = !transposes(problem.transa)  ? plan->copyAN
+                    : conjugates(problem.transa) ? plan->copyAC
+                                                 : plan->copyAT;
     plan->setBlocks(&problem.m, &problem.n, &problem.k, plan);
     context.mb = plan->mb;
     context.nb = plan->nb;
@@ -229,11 +235,11 @@ void gemm_small_region(const GemmProblem<T>& problem, int threads) {
             serial(problem.rows(gemm_slice(problem.m, team, thread)));
         } else {
             GemmProblem<T> part = problem.columns(gemm_slice(problem.n, team, thread));
-            if (Family::scalesFirst && part.beta != T(1)) {
+            if (Family::byMachine && part.beta != scalar<T>(1)) {
                 Family::scale_c(&part.m, &part.n, &part.beta, part.c, &part.ldc);
-                part.beta = T(1);
+                part.beta = scalar<T>(1);
             }
-            if (part.alpha != T(0))
+            if (!Family::byMachine || part.alpha != scalar<T>(0))
                 serial(part);
         }
     }
@@ -242,13 +248,14 @@ void gemm_small_region(const GemmProblem<T>& problem, int threads) {
 template <class T>
 void gemm_large_region(GemmProblem<T> problem, const GemmFacts& facts, int threads) {
     using Family = GemmFamily<T>;
-    if (Family::scalesFirst && gemm_scales_first(gemm_machine_class(facts))) {
-        if (problem.beta != T(1))
-            Family::scale_region(problem, threads);
-        problem.beta = T(1);
-        if (problem.alpha == T(0))
-            return;
-    }
+    if constexpr (Family::byMachine)
+        if (gemm_scales_first(gemm_machine_class(facts))) {
+            if (problem.beta != scalar<T>(1))
+                Family::scale_region(problem, threads);
+            problem.beta = scalar<T>(1);
+            if (problem.alpha == scalar<T>(0))
+                return;
+        }
     GemmPlan<T> commonPlan{};
     const GemmThreadContext<T> common = start_context(problem, facts, &commonPlan);
     void* sharedCopies = nullptr;
@@ -261,7 +268,7 @@ void gemm_large_region(GemmProblem<T> problem, const GemmFacts& facts, int threa
             GemmPlan<T> plan = commonPlan;
             GemmThreadContext<T> context = common;
             context.threads = team;
-            Family::partition(&problem.m, &problem.n, &problem.k, &plan, &context);
+            partition(problem.sizes(), &plan, &context);
             if (context.aCopies > 0)
                 share_copies(problem.sizes(), &plan, &context, &sharedCopies);
             context.region(QRV_GEMM_FIELDS(problem), &plan, &context);
@@ -272,6 +279,8 @@ void gemm_large_region(GemmProblem<T> problem, const GemmFacts& facts, int threa
 
 template void gemm_small_region<float>(const GemmProblem<float>&, int);
 template void gemm_large_region<float>(GemmProblem<float>, const GemmFacts&, int);
+template void gemm_small_region<SingleComplex>(const GemmProblem<SingleComplex>&, int);
+template void gemm_large_region<SingleComplex>(GemmProblem<SingleComplex>, const GemmFacts&, int);
 
 // ---- Decision --------------------------------------------------------------------------------------------------
 
@@ -315,18 +324,23 @@ inline void gemm(QRV_GEMM_PARAMETERS(T)) {
 
 using namespace qrv;
 
-void qrv_blas_sgemm(QRV_GEMM_PARAMETERS(float)) {
-    gemm<float>(QRV_GEMM_ARGUMENTS);
-}
+#define QRV_DEFINE_GEMM(T, name)                                                                                       \
+    void qrv_blas_##name(QRV_GEMM_PARAMETERS(T)) {                                                                     \
+        gemm<T>(QRV_GEMM_ARGUMENTS);                                                                                   \
+    }                                                                                                                  \
+    void qrv_blas_##name##_1d_row(QRV_GEMM_PARAMETERS(T), GemmPlan<T>* plan, const GemmThreadContext<T>* context) {    \
+        gemm_1d_row(problem_of<T>(QRV_GEMM_ARGUMENTS), plan, *context);                                                \
+    }                                                                                                                  \
+    void qrv_blas_##name##_1d_col(QRV_GEMM_PARAMETERS(T), GemmPlan<T>* plan, const GemmThreadContext<T>* context) {    \
+        gemm_1d_col(problem_of<T>(QRV_GEMM_ARGUMENTS), plan, *context);                                                \
+    }
+QRV_DEFINE_GEMM(float, sgemm)
+QRV_DEFINE_GEMM(SingleComplex, cgemm)
+#undef QRV_DEFINE_GEMM
+
 void qrv_blas_sgemm_partition(const int* m, const int* n, const int* k, GemmPlan<float>* plan,
                               GemmThreadContext<float>* context) {
     partition<float>({*m, *n, *k}, plan, context);
-}
-void qrv_blas_sgemm_1d_row(QRV_GEMM_PARAMETERS(float), GemmPlan<float>* plan, const GemmThreadContext<float>* context) {
-    gemm_1d_row(problem_of<float>(QRV_GEMM_ARGUMENTS), plan, *context);
-}
-void qrv_blas_sgemm_1d_col(QRV_GEMM_PARAMETERS(float), GemmPlan<float>* plan, const GemmThreadContext<float>* context) {
-    gemm_1d_col(problem_of<float>(QRV_GEMM_ARGUMENTS), plan, *context);
 }
 void qrv_blas_sgemm_1d_acopy(QRV_GEMM_PARAMETERS(float), GemmPlan<float>* plan,
                              const GemmThreadContext<float>* context) {

@@ -69,6 +69,7 @@ struct GemmGainRule {
 };
 
 constexpr GemmGainRule realGemmGain{.fromTeam = 2, .productWeight = 1, .divisor = 2};
+constexpr GemmGainRule complexGemmGain{.fromTeam = 3, .productWeight = 4, .divisor = 1};
 
 constexpr std::int64_t gemm_work(const GemmGainRule& rule, int x, int y, int k) {
     return k * (std::int64_t{rule.productWeight} * x * y + x + y) / rule.divisor;

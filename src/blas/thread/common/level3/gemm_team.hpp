@@ -83,18 +83,22 @@ void gemm_large_region(GemmProblem<T> problem, const GemmFacts& facts, int threa
 
 extern template void gemm_small_region<float>(const GemmProblem<float>&, int);
 extern template void gemm_large_region<float>(GemmProblem<float>, const GemmFacts&, int);
+extern template void gemm_small_region<SingleComplex>(const GemmProblem<SingleComplex>&, int);
+extern template void gemm_large_region<SingleComplex>(GemmProblem<SingleComplex>, const GemmFacts&, int);
 
 } // namespace qrv
 
 extern "C" {
 
 // The work routines: every thread of a region calls the same one, with the caller's arguments.
-void qrv_blas_sgemm_1d_row(QRV_GEMM_PARAMETERS(float), qrv::GemmPlan<float>* plan,
-                           const qrv::GemmThreadContext<float>* context);
-void qrv_blas_sgemm_1d_col(QRV_GEMM_PARAMETERS(float), qrv::GemmPlan<float>* plan,
-                           const qrv::GemmThreadContext<float>* context);
-void qrv_blas_sgemm_1d_acopy(QRV_GEMM_PARAMETERS(float), qrv::GemmPlan<float>* plan,
-                             const qrv::GemmThreadContext<float>* context);
+#define QRV_DECLARE_GEMM_WORK(T, work)                                                                                 \
+    void qrv_blas_##work(QRV_GEMM_PARAMETERS(T), qrv::GemmPlan<T>* plan, const qrv::GemmThreadContext<T>* context);
+QRV_DECLARE_GEMM_WORK(float, sgemm_1d_row)
+QRV_DECLARE_GEMM_WORK(float, sgemm_1d_col)
+QRV_DECLARE_GEMM_WORK(float, sgemm_1d_acopy)
+QRV_DECLARE_GEMM_WORK(qrv::SingleComplex, cgemm_1d_row)
+QRV_DECLARE_GEMM_WORK(qrv::SingleComplex, cgemm_1d_col)
+#undef QRV_DECLARE_GEMM_WORK
 
 // Chooses region, mode, grid and blocks for the team of `context`, and stores the blocks in the plan.
 void qrv_blas_sgemm_partition(const int* m, const int* n, const int* k, qrv::GemmPlan<float>* plan,
