@@ -5,8 +5,16 @@
 #include "blas/complex.hpp"
 
 // clang-format off
+#define QRV_GEMV_PARAMETERS(T)                                                                                       \
+    const char *trans, const int *m, const int *n, const T *alpha, const T *a, const int *lda, const T *x,           \
+        const int *incx, const T *beta, T *y, const int *incy
+
 /* Products and updates with general, symmetric and Hermitian matrices. */
-#define QRV_FULL_MATRIX_KERNELS(KERNEL)
+#define QRV_FULL_MATRIX_KERNELS(KERNEL)                                                                              \
+    KERNEL(void, blas_sgemv_kernel, (QRV_GEMV_PARAMETERS(float)),                                                    \
+           (trans, m, n, alpha, a, lda, x, incx, beta, y, incy))                                                     \
+    KERNEL(void, blas_cgemv_kernel, (QRV_GEMV_PARAMETERS(qrv::SingleComplex)),                                       \
+           (trans, m, n, alpha, a, lda, x, incx, beta, y, incy))
 /* Triangular and banded matrices. */
 #define QRV_TRIANGULAR_KERNELS(KERNEL)
 #define QRV_BANDED_KERNELS(KERNEL)

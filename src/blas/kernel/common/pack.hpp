@@ -1,0 +1,201 @@
+// What the level 2 kernels do with elements of a matrix, for the builds with vectors. vec.hpp comes first and says what
+// Vec is.
+//
+// A pack is one vector of neighbouring elements. Complex elements lie in it as in memory, real part first. Their
+// products are summed with the real and the imaginary part of one operand apart, both sums plain products of floats,
+// and put together once at the end: two steps an element, as many as four real products take, and no shuffle.
+#pragma once
+
+#include <cstddef>
+
+#include "blas/complex.hpp"
+
+#define QRV_UNROLL _Pragma("GCC unroll 32")
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// a*b + c, rounded once where the build can.
+template <class V>
+V times_plus(V a, V b, V c) {
+    if constexpr (requires { multiply_add(a, b, c); })
+        return multiply_add(a, b, c);
+    else
+        return a * b + c;
+}
+
+// The first `count` floats at p, at least one and fewer than all, and zeros behind them; nothing past them is read,
+// respectively written.
+template <class V>
+V load_part(const float* p, int count) {
+    if constexpr (V::lanes == 4)
+        return V{count == 1 ? load_first<1>(p) : count == 2 ? load_first<2>(p) : load_first<3>(p)};
+    else
+        return load_kept(p, V::Mask::first(count));
+}
+template <class V>
+void store_part(float* p, V x, int count) {
+    if constexpr (V::lanes == 4)
+        count == 1 ? store_first<1>(p, x) : count == 2 ? store_first<2>(p, x) : store_first<3>(p, x);
+    else if constexpr (V::masksStores)
+        store_kept(p, x, V::Mask::first(count));
+    else
+        store_in_pieces(p, x, count);
+}
+
+template <class T>
+constexpr int parts = isComplex<T> ? 2 : 1; // floats of an element
+
+template <class T>
+struct Pack {
+    static constexpr int count = Vec::lanes / parts<T>;
+    Vec v;
+
+    static Pack load(const T* p) { return {Vec::load(floats(p))}; }
+    static Pack load(const T* p, int n) { return n == count ? load(p) : Pack{load_part<Vec>(floats(p), n * parts<T>)}; }
+    void store(T* p) const { v.store(floats(p)); }
+    void store(T* p, int n) const {
+        if (n == count)
+            store(p);
+        else
+            store_part(floats(p), v, n * parts<T>);
+    }
+
+    static const float* floats(const T* p) { return reinterpret_cast<const float*>(p); }
+    static float* floats(T* p) { return reinterpret_cast<float*>(p); }
+};
+
+// ---- Complex elements ---------------------------------------------------------------------------------------------
+
+// Real and imaginary part of each element change places.
+template <class V>
+V swap_parts(V x) {
+    if constexpr (V::lanes == 4)
+        return {__builtin_shufflevector(x.v, x.v, 1, 0, 3, 2)};
+    else if constexpr (V::lanes == 8)
+        return {__builtin_shufflevector(x.v, x.v, 1, 0, 3, 2, 5, 4, 7, 6)};
+    else
+        return {__builtin_shufflevector(x.v, x.v, 1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14)};
+}
+
+// The real parts (part 0) or the imaginary parts (part 1) with the opposite sign.
+template <int part, class V>
+V negate_part(V x) {
+    using Bits = decltype(x.v == x.v); // integers
+    Bits sign{};
+    for (int i = part; i < V::lanes; i += 2)
+        sign[i] = static_cast<int>(0x8000'0000);
+    return {__builtin_bit_cast(decltype(x.v), __builtin_bit_cast(Bits, x.v) ^ sign)};
+}
+
+// ---- Sums of products ---------------------------------------------------------------------------------------------
+
+// One number for all elements of a pack.
+template <class T>
+struct Factor;
+template <>
+struct Factor<float> {
+    Vec re;
+    Factor() = default;
+    explicit Factor(float x) : re(Vec::splat(x)) {}
+};
+template <>
+struct Factor<SingleComplex> {
+    Vec re, im;
+    Factor() = default;
+    explicit Factor(SingleComplex x) : re(Vec::splat(x.re)), im(Vec::splat(x.im)) {}
+};
+
+// A pack of the sums of op(a)*s, where op conjugates or not.
+template <bool conjugated, class T>
+struct ScaledSum;
+template <bool conjugated>
+struct ScaledSum<conjugated, float> {
+    Vec sum = Vec::zero();
+    void add(Pack<float> a, const Factor<float>& s) { sum = times_plus(a.v, s.re, sum); }
+    Pack<float> plus(Pack<float> y) const { return {y.v + sum}; }
+};
+template <bool conjugated>
+struct ScaledSum<conjugated, SingleComplex> {
+    Vec re = Vec::zero(), im = Vec::zero(); // a times the real, respectively the imaginary part of s
+    void add(Pack<SingleComplex> a, const Factor<SingleComplex>& s) {
+        re = times_plus(a.v, s.re, re);
+        im = times_plus(a.v, s.im, im);
+    }
+    Pack<SingleComplex> plus(Pack<SingleComplex> y) const {
+        if constexpr (conjugated)
+            return {y.v + (negate_part<1>(re) + swap_parts(im))};
+        else
+            return {y.v + (re + negate_part<0>(swap_parts(im)))};
+    }
+};
+
+// A pack as the right-hand operand of dot products.
+template <class T>
+struct DotOperand;
+template <>
+struct DotOperand<float> {
+    Vec v;
+    explicit DotOperand(Pack<float> x) : v(x.v) {}
+};
+template <>
+struct DotOperand<SingleComplex> {
+    Vec v, swapped;
+    explicit DotOperand(Pack<SingleComplex> x) : v(x.v), swapped(swap_parts(x.v)) {}
+};
+
+// The sum of op(a)*x over all elements, where op conjugates or not.
+template <bool conjugated, class T>
+struct DotSum;
+template <bool conjugated>
+struct DotSum<conjugated, float> {
+    Vec sum = Vec::zero();
+    void add(Pack<float> a, const DotOperand<float>& x) { sum = times_plus(a.v, x.v, sum); }
+    // What the lanes of out[] add up to is the result, part after part.
+    void lanes(Vec* out) const { out[0] = sum; }
+};
+template <bool conjugated>
+struct DotSum<conjugated, SingleComplex> {
+    Vec like = Vec::zero(), cross = Vec::zero(); // re*re, im*im; re*im, im*re
+    void add(Pack<SingleComplex> a, const DotOperand<SingleComplex>& x) {
+        like = times_plus(a.v, x.v, like);
+        cross = times_plus(a.v, x.swapped, cross);
+    }
+    void lanes(Vec* out) const {
+        out[0] = conjugated ? like : negate_part<1>(like);
+        out[1] = conjugated ? negate_part<1>(cross) : cross;
+    }
+};
+
+// The four floats of which x, y, z and w hold the lanes.
+template <class V>
+void add_lanes(V x, V y, V z, V w, float* out) {
+    if constexpr (V::lanes == 4)
+        sum_lanes(x, y, z, w).store(out);
+    else
+        _mm_storeu_ps(out, lane_sums(x, y, z, w));
+}
+
+// The results of several sums.
+template <int count, bool conjugated, class T>
+void dot_results(const DotSum<conjugated, T> (&sums)[count], T (&out)[count]) {
+    constexpr int floats = count * parts<T>, padded = (floats + 3) / 4 * 4;
+    Vec x[padded];
+    QRV_UNROLL
+    for (int i = 0; i < padded; ++i)
+        x[i] = Vec::zero();
+    QRV_UNROLL
+    for (int i = 0; i < count; ++i)
+        sums[i].lanes(x + i * parts<T>);
+    float results[padded];
+    QRV_UNROLL
+    for (int i = 0; i < padded; i += 4)
+        add_lanes(x[i], x[i + 1], x[i + 2], x[i + 3], results + i);
+    __builtin_memcpy(out, results, sizeof out);
+}
+
+// Columns of a matrix that one pass takes: their factors, or their sums, fill half of the registers at most.
+constexpr int registers = Vec::lanes == 16 ? 32 : sizeof(void*) == 8 ? 16 : 8;
+template <class T>
+constexpr int columnsAtOnce = registers / (2 * parts<T>) < 8 ? registers / (2 * parts<T>) : 8;
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

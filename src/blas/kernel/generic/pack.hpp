@@ -1,0 +1,59 @@
+// What the level 2 kernels do with elements of a matrix, one at a time: the generic build. See common/pack.hpp.
+#pragma once
+
+#include <cstddef>
+
+#include "blas/complex.hpp"
+
+#define QRV_UNROLL _Pragma("GCC unroll 32")
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+template <class T>
+struct Pack {
+    static constexpr int count = 1;
+    T v;
+
+    static Pack load(const T* p) { return {*p}; }
+    static Pack load(const T* p, int) { return {*p}; }
+    void store(T* p) const { *p = v; }
+    void store(T* p, int) const { *p = v; }
+};
+
+template <class T>
+struct Factor {
+    T v;
+    Factor() = default;
+    explicit Factor(T x) : v(x) {}
+};
+
+template <bool conjugated, class T>
+struct ScaledSum {
+    T sum{};
+    void add(Pack<T> a, const Factor<T>& s) { sum += conj_if<conjugated>(a.v) * s.v; }
+    Pack<T> plus(Pack<T> y) const { return {y.v + sum}; }
+};
+
+template <class T>
+struct DotOperand {
+    T v;
+    explicit DotOperand(Pack<T> x) : v(x.v) {}
+};
+
+template <bool conjugated, class T>
+struct DotSum {
+    T sum{};
+    void add(Pack<T> a, const DotOperand<T>& x) { sum += conj_if<conjugated>(a.v) * x.v; }
+};
+
+template <int count, bool conjugated, class T>
+void dot_results(const DotSum<conjugated, T> (&sums)[count], T (&out)[count]) {
+    for (int i = 0; i < count; ++i)
+        out[i] = sums[i].sum;
+}
+
+// Columns of a matrix that one pass takes.
+template <class T>
+constexpr int columnsAtOnce = 4;
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD
