@@ -1,6 +1,7 @@
 // Problems of BLAS level 2: sizes, increments and operands, and their results in double precision.
 #pragma once
 
+#include <cstring>
 #include <ostream>
 
 #include "support/builds.hpp"
@@ -17,14 +18,22 @@ auto kernel_for(Real* real, Complex* complex) {
         return real;
 }
 
+// The part of a diagonal element that a Hermitian matrix has.
+inline double real_part(float x) {
+    return x;
+}
+inline double real_part(SingleComplex x) {
+    return x.re;
+}
+
 // ---- Cases --------------------------------------------------------------------------------------------------------
 
 struct Level2Case {
     int m, n;
     int incx, incy;
-    int extra = 0;            // leading dimension beyond the least
-    int offset = 0;           // floats past a 64-byte boundary
-    float alpha = 1, beta = 1; // the real parts; imaginary parts are scalar_of's
+    int extra = 0;             // leading dimension beyond the least
+    int offset = 0;            // floats past a 64-byte boundary
+    float alpha = 1, beta = 1; // see scalar_of
     Guard guard = Guard::canaries;
 };
 
@@ -47,16 +56,16 @@ T scalar_of(float x) {
 // from case to case, so that each meets each; large sizes come once.
 inline std::vector<Level2Case> level2_cases(bool square) {
     constexpr int small[] = {0, 1, 2, 3, 5, 8, 11, 15, 16, 17, 31, 32, 33};
-    constexpr int large[][2] = {{64, 127},  {127, 64}, {128, 128}, {129, 300},   {300, 129}, {256, 256},
-                                {1024, 33}, {9, 1025}, {2051, 10}, {1025, 1024}, {4099, 3}};
+    constexpr int large[][2] = {{64, 127},  {127, 64},  {128, 128}, {129, 300},   {300, 129}, {256, 256},
+                                {1024, 33}, {33, 1025}, {2051, 10}, {1025, 1024}, {4099, 3}};
     constexpr int increments[] = {1, -2, 1, 3, -1}, extras[] = {0, 1, 4, 16};
     constexpr float alphas[] = {1, -0.75F, 2, 1, 0}, betas[] = {1, 0, 0.5F};
     std::vector<Level2Case> cases;
     const auto add = [&](int m, int n) {
-        const unsigned k = static_cast<unsigned>(cases.size()) + static_cast<unsigned>(cases.size()) / 60; // 60: the cycles
-        cases.push_back({m, n, increments[k % 5], increments[k / 2 % 5], extras[k % 4],
-                         static_cast<int>(k * 5 % 16), alphas[k / 3 % 5], betas[k / 7 % 3],
-                         static_cast<Guard>(k / 2 % 3)});
+        const unsigned k =
+            static_cast<unsigned>(cases.size()) + static_cast<unsigned>(cases.size()) / 60; // 60: the cycles
+        cases.push_back({m, n, increments[k % 5], increments[k / 2 % 5], extras[k % 4], static_cast<int>(k * 5 % 16),
+                         alphas[k / 3 % 5], betas[k / 7 % 3], static_cast<Guard>(k / 2 % 3)});
     };
     for (int round = 0; round < (square ? 12 : 3); ++round)
         for (const int m : small)
@@ -65,42 +74,86 @@ inline std::vector<Level2Case> level2_cases(bool square) {
                     add(m, n);
     for (int round = 0; round < 2; ++round)
         for (const auto& [m, n] : large)
-            if (!square || m < 2000)
+            if (!square || (m < 2000 && m * round < 1000))
                 add(m, square ? m : n);
     return cases;
 }
 
 // ---- Operands -----------------------------------------------------------------------------------------------------
 
-// A column-major matrix with the guards of a vector; what is not set is NaN.
+// Which elements of a matrix are stored: all, or those of one triangle from some row (lower) or column (upper) on.
+struct Stored {
+    char uplo = 'A';
+    int first = 0;
+    bool operator()(int i, int j) const {
+        switch (uplo) {
+        case 'U':
+        case 'u':
+            return i <= j && j >= first;
+        case 'L':
+        case 'l':
+            return i >= j && i >= first;
+        default:
+            return true;
+        }
+    }
+};
+
+// A column-major matrix with the guards of a vector; what is not stored in it is canaries, which are NaN.
 template <class T>
 class Level2Matrix {
 public:
-    Level2Matrix(int rows, int columns, int ld, int offset, Guard guard)
-        : rows_(rows), columns_(columns), ld_(ld),
-          elements_(rows < 1 || columns < 1 ? 0 : ld * (columns - 1) + rows, 1, offset, guard) {}
+    Level2Matrix(int rows, int columns, const Level2Case& p, Stored stored = {})
+        : rows_(rows), columns_(columns), ld_(std::max(1, rows) + p.extra), stored_(stored),
+          elements_(rows < 1 || columns < 1 ? 0 : ld_ * (columns - 1) + rows, 1, p.offset, p.guard) {}
 
     int rows() const { return rows_; }
     int columns() const { return columns_; }
     const int& ld() const { return ld_; }
+    bool stored(int i, int j) const { return stored_(i, j); }
     T* data() { return elements_.data(); }
     T& operator()(int i, int j) { return elements_.data()[i + std::ptrdiff_t{ld_} * j]; }
 
-    // Elements for which stored(i, j) holds become random.
-    template <class Stored>
-    void fill(std::mt19937& random, const Stored& stored) {
+    // Stored elements become value(i, j).
+    template <class Value>
+    Level2Matrix& set(const Value& value) {
         for (int j = 0; j < columns_; ++j)
             for (int i = 0; i < rows_; ++i)
-                if (stored(i, j))
-                    (*this)(i, j) = any_size_one<T>(random);
+                if (stored_(i, j))
+                    (*this)(i, j) = value(i, j);
+        return *this;
     }
-    // Bit by bit, guards and what is not stored included.
-    bool same_as(const Level2Matrix& other) const { return elements_.same_as(other.elements_); }
+    Level2Matrix& fill(unsigned seed) {
+        std::minstd_rand random(seed);
+        return set([&](int, int) {
+            return element<T>([&] { return static_cast<float>(static_cast<int>(random()) - (1 << 30)) * 0x1p-30F; });
+        });
+    }
+    // Whether nothing but stored elements has been written.
+    bool guards_intact() {
+        bool intact = elements_.guards_intact();
+        for (int j = 0; rows_ > 0 && j < columns_; ++j)
+            for (int i = 0; i < (j + 1 < columns_ ? ld_ : rows_); ++i)
+                intact = intact && ((i < rows_ && stored_(i, j)) || is_canary((*this)(i, j)));
+        return intact;
+    }
 
 private:
+    static bool is_canary(const T& x) {
+        static const T canary = *GuardedVector<T>(1).data();
+        return std::memcmp(&x, &canary, sizeof x) == 0;
+    }
+
     int rows_, columns_, ld_;
+    Stored stored_;
     GuardedVector<T> elements_;
 };
+
+template <class T>
+GuardedVector<T>& fill_random(GuardedVector<T>& x, unsigned seed) {
+    std::mt19937 random(seed);
+    return x.fill([&] { return any_size_one<T>(random); });
+}
 
 // ---- Results ------------------------------------------------------------------------------------------------------
 

@@ -5,36 +5,11 @@
 // elements are apart is brought together block by block.
 #pragma once
 
+#include "blas/kernel/common/columns.hpp"
 #include "blas/kernel/common/strided_vector.hpp"
 #include "blas/matrix.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
-
-// A number as a type.
-template <int value>
-struct Count {
-    constexpr int operator()() const { return value; }
-};
-
-// Calls pass(Count<columns>, j) for the columns from j to n: `most` of them at a time, then half as many, and so on.
-template <int most, class Pass>
-void in_passes(int j, int n, Pass pass) {
-    for (; n - j >= most; j += most)
-        pass(Count<most>{}, j);
-    if constexpr (most > 1)
-        in_passes<most / 2>(j, n, pass);
-}
-
-// The first elements of some columns.
-template <int columns, class T>
-struct ColumnStarts {
-    T* at[columns];
-    ColumnStarts(T* a, std::ptrdiff_t ld) {
-        QRV_UNROLL
-        for (int k = 0; k < columns; ++k)
-            at[k] = a + k * ld;
-    }
-};
 
 // y := y + the sum of op(column k of A)*s[k], where op conjugates or not.
 template <int columns, bool conjugated, class T>
@@ -82,7 +57,7 @@ template <class T>
 void add_product(int m, int n, T alpha, Matrix<const T> a, StridedVector<const T> x, StridedVector<T> y) {
     alignas(64) T buffer[blockElements<T>];
     for (int i = 0; i < m; i += blockElements<T>) {
-        const int rows = block_length(blockElements<T>, m - i);
+        const int rows = smaller(blockElements<T>, m - i);
         T* const yi = gathered(y, i, rows, buffer);
         in_passes<columnsAtOnce<T>>(0, n, [&](auto columns, int j) {
             T s[columns()];
@@ -100,7 +75,7 @@ void add_transposed_product(int m, int n, T alpha, Matrix<const T> a, StridedVec
     alignas(64) T buffer[blockElements<T>];
     const int block = x.inc == 1 ? m : blockElements<T>;
     for (int i = 0; i < m; i += block) {
-        const int rows = block_length(block, m - i);
+        const int rows = smaller(block, m - i);
         const T* const xi = gathered(x, i, rows, buffer);
         in_passes<columnsAtOnce<T>>(0, n, [&](auto columns, int j) {
             T dots[columns()];

@@ -129,6 +129,26 @@ struct ScaledSum<conjugated, SingleComplex> {
     }
 };
 
+// A pack x of which multiples are added to others.
+template <class T>
+struct AddedPack;
+template <>
+struct AddedPack<float> {
+    Vec v;
+    AddedPack() = default;
+    explicit AddedPack(Pack<float> x) : v(x.v) {}
+    Pack<float> add_to(const Factor<float>& s, Pack<float> a) const { return {times_plus(v, s.re, a.v)}; }
+};
+template <>
+struct AddedPack<SingleComplex> {
+    Vec v, turned; // x and i*x
+    AddedPack() = default;
+    explicit AddedPack(Pack<SingleComplex> x) : v(x.v), turned(negate_part<0>(swap_parts(x.v))) {}
+    Pack<SingleComplex> add_to(const Factor<SingleComplex>& s, Pack<SingleComplex> a) const {
+        return {times_plus(turned, s.im, times_plus(v, s.re, a.v))};
+    }
+};
+
 // A pack as the right-hand operand of dot products.
 template <class T>
 struct DotOperand;
@@ -193,9 +213,20 @@ void dot_results(const DotSum<conjugated, T> (&sums)[count], T (&out)[count]) {
     __builtin_memcpy(out, results, sizeof out);
 }
 
-// Columns of a matrix that one pass takes: their factors, or their sums, fill half of the registers at most.
+// ---- Columns of a matrix that one pass takes ----------------------------------------------------------------------
+
 constexpr int registers = Vec::lanes == 16 ? 32 : sizeof(void*) == 8 ? 16 : 8;
+
+// So many that what a pass keeps of each, in `vectors` registers, fills half of them.
+constexpr int columns_for(int vectors, int most) {
+    const int fitting = registers / 2 / vectors;
+    return fitting < 1 ? 1 : fitting < most ? fitting : most;
+}
 template <class T>
-constexpr int columnsAtOnce = registers / (2 * parts<T>) < 8 ? registers / (2 * parts<T>) : 8;
+constexpr int columnsAtOnce = columns_for(parts<T>, 8); // their factors or their sums
+template <class T>
+constexpr int columnsOfBothHalves = columns_for(2 * parts<T>, 8); // factors and sums
+template <class T, int terms>
+constexpr int columnsOfUpdate = columns_for(terms* parts<T>, 4); // factors
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

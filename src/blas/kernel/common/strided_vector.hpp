@@ -12,8 +12,11 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 template <class T>
 constexpr int blockElements = 8192 / sizeof(T);
 
-constexpr int block_length(int most, int rest) {
-    return rest < most ? rest : most;
+constexpr int smaller(int x, int y) {
+    return x < y ? x : y;
+}
+constexpr int larger(int x, int y) {
+    return x < y ? y : x;
 }
 
 // Element i of a vector of n elements; with a negative increment element 0 lies at index (1 - n)*inc from p.

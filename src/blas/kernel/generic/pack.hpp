@@ -35,6 +35,14 @@ struct ScaledSum {
 };
 
 template <class T>
+struct AddedPack {
+    T v;
+    AddedPack() = default;
+    explicit AddedPack(Pack<T> x) : v(x.v) {}
+    Pack<T> add_to(const Factor<T>& s, Pack<T> a) const { return {a.v + v * s.v}; }
+};
+
+template <class T>
 struct DotOperand {
     T v;
     explicit DotOperand(Pack<T> x) : v(x.v) {}
@@ -55,5 +63,9 @@ void dot_results(const DotSum<conjugated, T> (&sums)[count], T (&out)[count]) {
 // Columns of a matrix that one pass takes.
 template <class T>
 constexpr int columnsAtOnce = 4;
+template <class T>
+constexpr int columnsOfBothHalves = 2;
+template <class T, int terms>
+constexpr int columnsOfUpdate = 2;
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD
