@@ -10,30 +10,32 @@
 
 #include "blas/complex.hpp"
 
+// Packs and sums must live in registers: every loop over them is unrolled, every function that takes them is inlined.
 #define QRV_UNROLL _Pragma("GCC unroll 32")
+#define QRV_INLINE [[gnu::always_inline]] inline
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 // a*b + c, rounded once where the build can.
 template <class V>
-V times_plus(V a, V b, V c) {
+QRV_INLINE V times_plus(V a, V b, V c) {
     if constexpr (requires { multiply_add(a, b, c); })
         return multiply_add(a, b, c);
     else
         return a * b + c;
 }
 
-// The first `count` floats at p, at least one and fewer than all, and zeros behind them; nothing past them is read,
-// respectively written.
+// The first `count` floats at p, at least one, and zeros behind them; nothing past them is read, respectively written.
+// Vectors without masks are for fewer than all, as those that are stored without one.
 template <class V>
-V load_part(const float* p, int count) {
+QRV_INLINE V load_part(const float* p, int count) {
     if constexpr (V::lanes == 4)
         return V{count == 1 ? load_first<1>(p) : count == 2 ? load_first<2>(p) : load_first<3>(p)};
     else
         return load_kept(p, V::Mask::first(count));
 }
 template <class V>
-void store_part(float* p, V x, int count) {
+QRV_INLINE void store_part(float* p, V x, int count) {
     if constexpr (V::lanes == 4)
         count == 1 ? store_first<1>(p, x) : count == 2 ? store_first<2>(p, x) : store_first<3>(p, x);
     else if constexpr (V::masksStores)
@@ -50,8 +52,11 @@ struct Pack {
     static constexpr int count = Vec::lanes / parts<T>;
     Vec v;
 
+    static Pack zero() { return {Vec::zero()}; }
     static Pack load(const T* p) { return {Vec::load(floats(p))}; }
-    static Pack load(const T* p, int n) { return n == count ? load(p) : Pack{load_part<Vec>(floats(p), n * parts<T>)}; }
+    static Pack load(const T* p, int n) {
+        return Vec::lanes == 4 && n == count ? load(p) : Pack{load_part<Vec>(floats(p), n * parts<T>)};
+    }
     void store(T* p) const { v.store(floats(p)); }
     void store(T* p, int n) const {
         if (n == count)
@@ -68,7 +73,7 @@ struct Pack {
 
 // Real and imaginary part of each element change places.
 template <class V>
-V swap_parts(V x) {
+QRV_INLINE V swap_parts(V x) {
     if constexpr (V::lanes == 4)
         return {__builtin_shufflevector(x.v, x.v, 1, 0, 3, 2)};
     else if constexpr (V::lanes == 8)
@@ -79,7 +84,7 @@ V swap_parts(V x) {
 
 // The real parts (part 0) or the imaginary parts (part 1) with the opposite sign.
 template <int part, class V>
-V negate_part(V x) {
+QRV_INLINE V negate_part(V x) {
     using Bits = decltype(x.v == x.v); // integers
     Bits sign{};
     for (int i = part; i < V::lanes; i += 2)
@@ -105,28 +110,30 @@ struct Factor<SingleComplex> {
     explicit Factor(SingleComplex x) : re(Vec::splat(x.re)), im(Vec::splat(x.im)) {}
 };
 
-// A pack of the sums of op(a)*s, where op conjugates or not.
-template <bool conjugated, class T>
+// A pack of the sums of a*s.
+template <class T>
 struct ScaledSum;
-template <bool conjugated>
-struct ScaledSum<conjugated, float> {
-    Vec sum = Vec::zero();
+template <>
+struct ScaledSum<float> {
+    Vec sum;
+    static ScaledSum zero() { return {Vec::zero()}; }
     void add(Pack<float> a, const Factor<float>& s) { sum = times_plus(a.v, s.re, sum); }
+    void join(const ScaledSum& other) { sum = sum + other.sum; }
     Pack<float> plus(Pack<float> y) const { return {y.v + sum}; }
 };
-template <bool conjugated>
-struct ScaledSum<conjugated, SingleComplex> {
-    Vec re = Vec::zero(), im = Vec::zero(); // a times the real, respectively the imaginary part of s
+template <>
+struct ScaledSum<SingleComplex> {
+    Vec re, im; // a times the real, respectively the imaginary part of s
+    static ScaledSum zero() { return {Vec::zero(), Vec::zero()}; }
     void add(Pack<SingleComplex> a, const Factor<SingleComplex>& s) {
         re = times_plus(a.v, s.re, re);
         im = times_plus(a.v, s.im, im);
     }
-    Pack<SingleComplex> plus(Pack<SingleComplex> y) const {
-        if constexpr (conjugated)
-            return {y.v + (negate_part<1>(re) + swap_parts(im))};
-        else
-            return {y.v + (re + negate_part<0>(swap_parts(im)))};
+    void join(const ScaledSum& other) {
+        re = re + other.re;
+        im = im + other.im;
     }
+    Pack<SingleComplex> plus(Pack<SingleComplex> y) const { return {y.v + (re + negate_part<0>(swap_parts(im)))}; }
 };
 
 // A pack x of which multiples are added to others.
@@ -168,14 +175,16 @@ template <bool conjugated, class T>
 struct DotSum;
 template <bool conjugated>
 struct DotSum<conjugated, float> {
-    Vec sum = Vec::zero();
+    Vec sum;
+    static DotSum zero() { return {Vec::zero()}; }
     void add(Pack<float> a, const DotOperand<float>& x) { sum = times_plus(a.v, x.v, sum); }
     // What the lanes of out[] add up to is the result, part after part.
     void lanes(Vec* out) const { out[0] = sum; }
 };
 template <bool conjugated>
 struct DotSum<conjugated, SingleComplex> {
-    Vec like = Vec::zero(), cross = Vec::zero(); // re*re, im*im; re*im, im*re
+    Vec like, cross; // re*re, im*im; re*im, im*re
+    static DotSum zero() { return {Vec::zero(), Vec::zero()}; }
     void add(Pack<SingleComplex> a, const DotOperand<SingleComplex>& x) {
         like = times_plus(a.v, x.v, like);
         cross = times_plus(a.v, x.swapped, cross);
@@ -188,16 +197,24 @@ struct DotSum<conjugated, SingleComplex> {
 
 // The four floats of which x, y, z and w hold the lanes.
 template <class V>
-void add_lanes(V x, V y, V z, V w, float* out) {
+QRV_INLINE void add_lanes(V x, V y, V z, V w, float* out) {
     if constexpr (V::lanes == 4)
         sum_lanes(x, y, z, w).store(out);
     else
         _mm_storeu_ps(out, lane_sums(x, y, z, w));
 }
 
-// The results of several sums.
+// Several sums, empty as yet.
+template <class Sum, int count>
+QRV_INLINE void clear(Sum (&sums)[count]) {
+    QRV_UNROLL
+    for (int i = 0; i < count; ++i)
+        sums[i] = Sum::zero();
+}
+
+// The results of several sums, one behind the other.
 template <int count, bool conjugated, class T>
-void dot_results(const DotSum<conjugated, T> (&sums)[count], T (&out)[count]) {
+QRV_INLINE void store_dots(const DotSum<conjugated, T> (&sums)[count], T* out) {
     constexpr int floats = count * parts<T>, padded = (floats + 3) / 4 * 4;
     Vec x[padded];
     QRV_UNROLL
@@ -206,11 +223,12 @@ void dot_results(const DotSum<conjugated, T> (&sums)[count], T (&out)[count]) {
     QRV_UNROLL
     for (int i = 0; i < count; ++i)
         sums[i].lanes(x + i * parts<T>);
-    float results[padded];
+    float few[4]; // what is not a whole quad
     QRV_UNROLL
     for (int i = 0; i < padded; i += 4)
-        add_lanes(x[i], x[i + 1], x[i + 2], x[i + 3], results + i);
-    __builtin_memcpy(out, results, sizeof out);
+        add_lanes(x[i], x[i + 1], x[i + 2], x[i + 3], floats < 4 ? few : Pack<T>::floats(out) + i);
+    if constexpr (floats < 4)
+        __builtin_memcpy(out, few, sizeof(float) * floats);
 }
 
 // ---- Columns of a matrix that one pass takes ----------------------------------------------------------------------

@@ -38,8 +38,9 @@ void add_and_dot_columns(int m, const T* a, std::ptrdiff_t lda, const T (&s)[col
     for (int k = 0; k < columns; ++k)
         factor[k] = Factor<T>(s[k]);
     DotSum<isComplex<T>, T> dotSums[columns];
+    clear(dotSums);
     const auto rows = [&](int i, auto load) __attribute__((always_inline)) {
-        ScaledSum<false, T> sum;
+        auto sum = ScaledSum<T>::zero();
         const DotOperand<T> x(load(v.x + i));
         QRV_UNROLL
         for (int k = 0; k < columns; ++k) {
@@ -54,7 +55,7 @@ void add_and_dot_columns(int m, const T* a, std::ptrdiff_t lda, const T (&s)[col
         rows(i, [](const T* p) { return Pack<T>::load(p); }).store(v.y + i);
     if (i < m)
         rows(i, [=](const T* p) { return Pack<T>::load(p, m - i); }).store(v.y + i, m - i);
-    dot_results(dotSums, dots);
+    store_dots(dotSums, dots);
 }
 
 // The triangle of `columns` rows and columns on the diagonal.

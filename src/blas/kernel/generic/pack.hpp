@@ -6,6 +6,7 @@
 #include "blas/complex.hpp"
 
 #define QRV_UNROLL _Pragma("GCC unroll 32")
+#define QRV_INLINE [[gnu::always_inline]] inline
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
@@ -14,6 +15,7 @@ struct Pack {
     static constexpr int count = 1;
     T v;
 
+    static Pack zero() { return {T{}}; }
     static Pack load(const T* p) { return {*p}; }
     static Pack load(const T* p, int) { return {*p}; }
     void store(T* p) const { *p = v; }
@@ -27,10 +29,12 @@ struct Factor {
     explicit Factor(T x) : v(x) {}
 };
 
-template <bool conjugated, class T>
+template <class T>
 struct ScaledSum {
-    T sum{};
-    void add(Pack<T> a, const Factor<T>& s) { sum += conj_if<conjugated>(a.v) * s.v; }
+    T sum;
+    static ScaledSum zero() { return {}; }
+    void add(Pack<T> a, const Factor<T>& s) { sum += a.v * s.v; }
+    void join(const ScaledSum& other) { sum += other.sum; }
     Pack<T> plus(Pack<T> y) const { return {y.v + sum}; }
 };
 
@@ -50,12 +54,19 @@ struct DotOperand {
 
 template <bool conjugated, class T>
 struct DotSum {
-    T sum{};
+    T sum;
+    static DotSum zero() { return {}; }
     void add(Pack<T> a, const DotOperand<T>& x) { sum += conj_if<conjugated>(a.v) * x.v; }
 };
 
+template <class Sum, int count>
+void clear(Sum (&sums)[count]) {
+    for (Sum& sum : sums)
+        sum = Sum::zero();
+}
+
 template <int count, bool conjugated, class T>
-void dot_results(const DotSum<conjugated, T> (&sums)[count], T (&out)[count]) {
+void store_dots(const DotSum<conjugated, T> (&sums)[count], T* out) {
     for (int i = 0; i < count; ++i)
         out[i] = sums[i].sum;
 }
