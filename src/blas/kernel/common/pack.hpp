@@ -47,6 +47,48 @@ QRV_INLINE void store_part(float* p, V x, int count) {
 template <class T>
 constexpr int parts = isComplex<T> ? 2 : 1; // floats of an element
 
+// Lanes `from` to `to` - 1 of a vector, none if to <= from.
+template <class V, int lanes = V::lanes>
+struct LaneRange { // four
+    int from, to;
+    V kept(V x) const {
+        const __m128i lane = _mm_setr_epi32(0, 1, 2, 3);
+        const __m128i outside =
+            _mm_or_si128(_mm_cmplt_epi32(lane, _mm_set1_epi32(from)), _mm_cmpgt_epi32(lane, _mm_set1_epi32(to - 1)));
+        return {_mm_andnot_ps(_mm_castsi128_ps(outside), x.v)};
+    }
+    // These lanes from memory, zeros around them; nothing else is read.
+    V load(const float* p) const {
+        const int count = to - from;
+        if (count <= 0)
+            return V::zero();
+        p += from;
+        const __m128i x = _mm_castps_si128((count == 4 ? V::load(p) : load_part<V>(p, count)).v);
+        return {_mm_castsi128_ps(from == 0   ? x
+                                 : from == 1 ? _mm_slli_si128(x, 4)
+                                 : from == 2 ? _mm_slli_si128(x, 8)
+                                             : _mm_slli_si128(x, 12))};
+    }
+    // a*b + c in these lanes, c in the others.
+    V times_plus(V a, V b, V c) const { return c + kept(a * b); }
+};
+template <class V>
+struct LaneRange<V, 8> {
+    typename V::Mask mask;
+    LaneRange(int from, int to) : mask(V::Mask::first(to)) {
+        mask.bits = _mm256_andnot_ps(V::Mask::first(from).bits, mask.bits);
+    }
+    V load(const float* p) const { return load_kept(p, mask); }
+    V times_plus(V a, V b, V c) const { return c + (a * b).kept(mask); }
+};
+template <class V>
+struct LaneRange<V, 16> {
+    typename V::Mask mask;
+    LaneRange(int from, int to) : mask(V::Mask::first(to)) { mask.bits &= ~V::Mask::first(from).bits; }
+    V load(const float* p) const { return load_kept(p, mask); }
+    V times_plus(V a, V b, V c) const { return {_mm512_mask3_fmadd_ps(a.v, b.v, c.v, mask.bits)}; }
+};
+
 template <class T>
 struct Pack {
     static constexpr int count = Vec::lanes / parts<T>;
@@ -57,6 +99,8 @@ struct Pack {
     static Pack load(const T* p, int n) {
         return Vec::lanes == 4 && n == count ? load(p) : Pack{load_part<Vec>(floats(p), n * parts<T>)};
     }
+    // Elements of a range, zeros around them; nothing else is read.
+    static Pack load(const T* p, const LaneRange<Vec>& range) { return {range.load(floats(p))}; }
     void store(T* p) const { v.store(floats(p)); }
     void store(T* p, int n) const {
         if (n == count)
@@ -65,6 +109,7 @@ struct Pack {
             store_part(floats(p), v, n * parts<T>);
     }
 
+    static LaneRange<Vec> range(int from, int to) { return {from * parts<T>, to * parts<T>}; }
     static const float* floats(const T* p) { return reinterpret_cast<const float*>(p); }
     static float* floats(T* p) { return reinterpret_cast<float*>(p); }
 };
@@ -118,6 +163,9 @@ struct ScaledSum<float> {
     Vec sum;
     static ScaledSum zero() { return {Vec::zero()}; }
     void add(Pack<float> a, const Factor<float>& s) { sum = times_plus(a.v, s.re, sum); }
+    void add(Pack<float> a, const Factor<float>& s, const LaneRange<Vec>& range) {
+        sum = range.times_plus(a.v, s.re, sum);
+    }
     void join(const ScaledSum& other) { sum = sum + other.sum; }
     Pack<float> plus(Pack<float> y) const { return {y.v + sum}; }
 };
@@ -128,6 +176,10 @@ struct ScaledSum<SingleComplex> {
     void add(Pack<SingleComplex> a, const Factor<SingleComplex>& s) {
         re = times_plus(a.v, s.re, re);
         im = times_plus(a.v, s.im, im);
+    }
+    void add(Pack<SingleComplex> a, const Factor<SingleComplex>& s, const LaneRange<Vec>& range) {
+        re = range.times_plus(a.v, s.re, re);
+        im = range.times_plus(a.v, s.im, im);
     }
     void join(const ScaledSum& other) {
         re = re + other.re;
@@ -178,6 +230,9 @@ struct DotSum<conjugated, float> {
     Vec sum;
     static DotSum zero() { return {Vec::zero()}; }
     void add(Pack<float> a, const DotOperand<float>& x) { sum = times_plus(a.v, x.v, sum); }
+    void add(Pack<float> a, const DotOperand<float>& x, const LaneRange<Vec>& range) {
+        sum = range.times_plus(a.v, x.v, sum);
+    }
     // What the lanes of out[] add up to is the result, part after part.
     void lanes(Vec* out) const { out[0] = sum; }
 };
@@ -188,6 +243,10 @@ struct DotSum<conjugated, SingleComplex> {
     void add(Pack<SingleComplex> a, const DotOperand<SingleComplex>& x) {
         like = times_plus(a.v, x.v, like);
         cross = times_plus(a.v, x.swapped, cross);
+    }
+    void add(Pack<SingleComplex> a, const DotOperand<SingleComplex>& x, const LaneRange<Vec>& range) {
+        like = range.times_plus(a.v, x.v, like);
+        cross = range.times_plus(a.v, x.swapped, cross);
     }
     void lanes(Vec* out) const {
         out[0] = conjugated ? like : negate_part<1>(like);

@@ -28,17 +28,21 @@ struct VectorPair {
     VectorPair from(int i) const { return {x + i, y + i}; }
 };
 
-// Both halves for some columns: v.y := v.y + A*s, dots[k] := the dot product of the conjugate of column k and v.x.
-template <int columns, class T>
-void add_and_dot_columns(int m, const T* a, std::ptrdiff_t lda, const T (&s)[columns], VectorPair<T> v,
-                         T (&dots)[columns]) {
+// Where some columns of a matrix meet its diagonal: not at all, in their first or in their last rows.
+enum class Corner { none, first, last };
+
+// Both halves for some columns of m rows: v.y := v.y + A*s, dots[k] := the dot product of the conjugate of column k and
+// v.x. Of a corner only the triangle is stored, and its diagonal is left out here.
+template <int columns, Corner corner, class T>
+void add_both_halves(int m, const T* a, std::ptrdiff_t lda, const T* s, VectorPair<T> v, T* dots) {
+    constexpr int count = Pack<T>::count;
     const ColumnStarts<columns, const T> column(a, lda);
     Factor<T> factor[columns];
     QRV_UNROLL
     for (int k = 0; k < columns; ++k)
         factor[k] = Factor<T>(s[k]);
-    DotSum<isComplex<T>, T> dotSums[columns];
-    clear(dotSums);
+    DotSum<isComplex<T>, T> sums[columns];
+    clear(sums);
     const auto rows = [&](int i, auto load) __attribute__((always_inline)) {
         auto sum = ScaledSum<T>::zero();
         const DotOperand<T> x(load(v.x + i));
@@ -46,29 +50,40 @@ void add_and_dot_columns(int m, const T* a, std::ptrdiff_t lda, const T (&s)[col
         for (int k = 0; k < columns; ++k) {
             const Pack<T> p = load(column.at[k] + i);
             sum.add(p, factor[k]);
-            dotSums[k].add(p, x);
+            sums[k].add(p, x);
         }
         return sum.plus(load(v.y + i));
     };
-    int i = 0;
-    for (; i + Pack<T>::count <= m; i += Pack<T>::count)
-        rows(i, [](const T* p) { return Pack<T>::load(p); }).store(v.y + i);
-    if (i < m)
-        rows(i, [=](const T* p) { return Pack<T>::load(p, m - i); }).store(v.y + i, m - i);
-    store_dots(dotSums, dots);
-}
-
-// The triangle of `columns` rows and columns on the diagonal.
-template <int columns, class T>
-void add_triangle(bool upper, T alpha, Matrix<const T> a, const T (&s)[columns], VectorPair<T> v) {
-    for (int k = 0; k < columns; ++k) {
-        T dot = real_part(a(k, k)) * v.x[k];
-        for (int i = upper ? 0 : k + 1; i < (upper ? k : columns); ++i) {
-            v.y[i] += s[k] * a(i, k);
-            dot += conj(a(i, k)) * v.x[i];
+    // As far as a column is stored: element `from(k)` to `end(k)` - 1 of column k.
+    const auto ragged_rows = [&](int i, int height, auto from, auto end) __attribute__((always_inline)) {
+        auto sum = ScaledSum<T>::zero();
+        const DotOperand<T> x(Pack<T>::load(v.x + i, height));
+        QRV_UNROLL
+        for (int k = 0; k < columns; ++k) {
+            const auto range = Pack<T>::range(from(k), end(k));
+            const Pack<T> p = Pack<T>::load(column.at[k] + i, range);
+            sum.add(p, factor[k], range);
+            sums[k].add(p, x, range);
         }
-        v.y[k] += alpha * dot;
+        sum.plus(Pack<T>::load(v.y + i, height)).store(v.y + i, height);
+    };
+    int i = 0;
+    if constexpr (corner == Corner::first) {
+        static_assert(columns <= count);
+        i = smaller(count, m);
+        ragged_rows(
+            0, i, [](int k) { return k + 1; }, [=](int) { return i; });
     }
+    // Before a corner in the last rows there are whole packs and some rows that fit into one pack with it.
+    const int end = corner == Corner::last ? (m - columns) / count * count : m;
+    for (; i + count <= end; i += count)
+        rows(i, [](const T* p) { return Pack<T>::load(p); }).store(v.y + i);
+    if (corner == Corner::last)
+        ragged_rows(
+            i, m - i, [](int) { return 0; }, [=](int k) { return m - i - columns + k; });
+    else if (i < end)
+        rows(i, [=](const T* p) { return Pack<T>::load(p, m - i); }).store(v.y + i, m - i);
+    store_dots(sums, dots);
 }
 
 // A block on the diagonal.
@@ -79,11 +94,12 @@ void add_diagonal_block(bool upper, int n, T alpha, Matrix<const T> a, VectorPai
         T s[count], dots[count];
         for (int k = 0; k < count; ++k)
             s[k] = alpha * v.x[j + k];
-        add_triangle(upper, alpha, a.block(j, j), s, v.from(j));
-        const int first = upper ? 0 : j + count, rows = upper ? j : n - first;
-        add_and_dot_columns(rows, &a(first, j), a.ld, s, v.from(first), dots);
+        if (upper)
+            add_both_halves<count, Corner::last>(j + count, a.column(j), a.ld, s, v, dots);
+        else
+            add_both_halves<count, Corner::first>(n - j, &a(j, j), a.ld, s, v.from(j), dots);
         for (int k = 0; k < count; ++k)
-            v.y[j + k] += alpha * dots[k];
+            v.y[j + k] += alpha * (dots[k] + real_part(a(j + k, j + k)) * v.x[j + k]);
     });
 }
 
@@ -95,7 +111,7 @@ void add_block_and_transpose(int m, int n, T alpha, Matrix<const T> a, VectorPai
         T s[count], dots[count];
         for (int k = 0; k < count; ++k)
             s[k] = alpha * columns.x[j + k];
-        add_and_dot_columns(m, &a(0, j), a.ld, s, rows, dots);
+        add_both_halves<count, Corner::none>(m, a.column(j), a.ld, s, rows, dots);
         for (int k = 0; k < count; ++k)
             columns.y[j + k] += alpha * dots[k];
     });

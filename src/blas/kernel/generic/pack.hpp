@@ -10,6 +10,9 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
+// Some elements of a pack, fewer than all: of a single one, none.
+struct PackRange {};
+
 template <class T>
 struct Pack {
     static constexpr int count = 1;
@@ -18,8 +21,10 @@ struct Pack {
     static Pack zero() { return {T{}}; }
     static Pack load(const T* p) { return {*p}; }
     static Pack load(const T* p, int) { return {*p}; }
+    static Pack load(const T*, PackRange) { return zero(); }
     void store(T* p) const { *p = v; }
     void store(T* p, int) const { *p = v; }
+    static PackRange range(int, int) { return {}; }
 };
 
 template <class T>
@@ -34,6 +39,7 @@ struct ScaledSum {
     T sum;
     static ScaledSum zero() { return {}; }
     void add(Pack<T> a, const Factor<T>& s) { sum += a.v * s.v; }
+    void add(Pack<T>, const Factor<T>&, PackRange) {}
     void join(const ScaledSum& other) { sum += other.sum; }
     Pack<T> plus(Pack<T> y) const { return {y.v + sum}; }
 };
@@ -57,6 +63,7 @@ struct DotSum {
     T sum;
     static DotSum zero() { return {}; }
     void add(Pack<T> a, const DotOperand<T>& x) { sum += conj_if<conjugated>(a.v) * x.v; }
+    void add(Pack<T>, const DotOperand<T>&, PackRange) {}
 };
 
 template <class Sum, int count>
@@ -75,7 +82,7 @@ void store_dots(const DotSum<conjugated, T> (&sums)[count], T* out) {
 template <class T>
 constexpr int columnsAtOnce = 4;
 template <class T>
-constexpr int columnsOfBothHalves = 2;
+constexpr int columnsOfBothHalves = 1;
 template <class T, int terms>
 constexpr int columnsOfUpdate = 2;
 
