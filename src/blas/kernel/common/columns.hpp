@@ -31,4 +31,7 @@ struct ColumnStarts {
     }
 };
 
+// Where some columns of a matrix meet its diagonal: not at all, in their first or in their last rows.
+enum class Corner { none, first, last };
+
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

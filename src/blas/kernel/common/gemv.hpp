@@ -20,13 +20,18 @@ void add_columns(int m, const T* a, std::ptrdiff_t lda, const T* s, T* y) {
     for (int k = 0; k < columns; ++k)
         factor[k] = Factor<T>(s[k]);
     const auto rows = [&](int i, auto load) __attribute__((always_inline)) {
-        ScaledSum<T> even = ScaledSum<T>::zero(), odd = even;
+        ScaledSum<T> sum(load(y + i)), other = sum; // two chains, of the even and of the odd columns
         QRV_UNROLL
-        for (int k = 0; k < columns; ++k)
-            (k % 2 ? odd : even).add(load(column.at[k] + i), factor[k]);
+        for (int k = 0; k < columns; ++k) {
+            const Pack<T> p = load(column.at[k] + i);
+            if (k == 1)
+                other = ScaledSum<T>(p, factor[k]);
+            else
+                (k % 2 ? other : sum).add(p, factor[k]);
+        }
         if constexpr (columns > 1)
-            even.join(odd);
-        return even.plus(load(y + i));
+            sum.join(other);
+        return sum.result();
     };
     int i = 0;
     for (; i + Pack<T>::count <= m; i += Pack<T>::count)
@@ -46,8 +51,12 @@ void add_to_few_rows(int m, int n, const T* a, std::ptrdiff_t lda, const T* s, T
     };
     ScaledSum<T> sums[chains][packs];
     QRV_UNROLL
-    for (int chain = 0; chain < chains; ++chain)
-        clear(sums[chain]);
+    for (int r = 0; r < packs; ++r) {
+        sums[0][r] = ScaledSum<T>(load(y, r));
+        QRV_UNROLL
+        for (int chain = 1; chain < chains; ++chain)
+            sums[chain][r] = ScaledSum<T>(Pack<T>::zero());
+    }
     const auto add_column = [&](int j, int chain) __attribute__((always_inline)) {
         const Factor<T> factor(s[j]);
         QRV_UNROLL
@@ -67,7 +76,7 @@ void add_to_few_rows(int m, int n, const T* a, std::ptrdiff_t lda, const T* s, T
         sums[0][r].join(sums[1][r]);
         sums[2][r].join(sums[3][r]);
         sums[0][r].join(sums[2][r]);
-        sums[0][r].plus(load(y, r)).store(y + r * Pack<T>::count, r < packs - 1 ? Pack<T>::count : last);
+        sums[0][r].result().store(y + r * Pack<T>::count, r < packs - 1 ? Pack<T>::count : last);
     }
 }
 

@@ -24,10 +24,10 @@ void ger(int m, int n, T alpha, const T* x, int incx, const T* y, int incy, Matr
                 s[0][k] = alpha * conj_if<conjugated>(ys[j + k]);
             }
             if (all)
-                return update_columns(rows, &a(i, j), a.ld, s, v);
+                return update_columns<Corner::none>(rows, &a(i, j), a.ld, s, v);
             for (int k = 0; k < columns(); ++k)
                 if (const T single[1][1] = {{s[0][k]}}; ys[j + k] != scalar<T>(0))
-                    update_columns(rows, &a(i, j + k), a.ld, single, v);
+                    update_columns<Corner::none>(rows, &a(i, j + k), a.ld, single, v);
         });
     }
 }

@@ -16,19 +16,12 @@ QRV_INLINE void in_packs(int n, Step step) {
         step(i, n - i);
 }
 
-template <class T>
-QRV_INLINE ScaledSum<T> times(Pack<T> x, const Factor<T>& s) {
-    auto product = ScaledSum<T>::zero();
-    product.add(x, s);
-    return product;
-}
-
 // out[i] := alpha*x[from + i]
 template <class T>
 void scaled_copy(StridedVector<const T> x, int from, int n, T alpha, T* out) {
     if (x.inc == 1)
         return in_packs<T>(n, [=, p = &x[from], s = Factor<T>(alpha)](int i, int count) {
-            times(Pack<T>::load(p + i, count), s).plus(Pack<T>::zero()).store(out + i, count);
+            ScaledSum<T>(Pack<T>::load(p + i, count), s).result().store(out + i, count);
         });
     for (int i = 0; i < n; ++i)
         out[i] = alpha * x[from + i];
@@ -39,7 +32,9 @@ template <class T>
 void add_scaled(StridedVector<T> y, int from, int n, T alpha, const T* x) {
     if (y.inc == 1)
         return in_packs<T>(n, [=, p = &y[from], s = Factor<T>(alpha)](int i, int count) {
-            times(Pack<T>::load(x + i, count), s).plus(Pack<T>::load(p + i, count)).store(p + i, count);
+            ScaledSum<T> sum(Pack<T>::load(p + i, count));
+            sum.add(Pack<T>::load(x + i, count), s);
+            sum.result().store(p + i, count);
         });
     for (int i = 0; i < n; ++i)
         y[from + i] += alpha * x[i];

@@ -69,6 +69,21 @@ struct LaneRange { // four
                                  : from == 2 ? _mm_slli_si128(x, 8)
                                              : _mm_slli_si128(x, 12))};
     }
+    // Writes these lanes, nothing else.
+    void store(float* p, V v) const {
+        const int count = to - from;
+        if (count <= 0)
+            return;
+        const __m128i bits = _mm_castps_si128(v.v);
+        const V x{_mm_castsi128_ps(from == 0   ? bits
+                                   : from == 1 ? _mm_srli_si128(bits, 4)
+                                   : from == 2 ? _mm_srli_si128(bits, 8)
+                                               : _mm_srli_si128(bits, 12))};
+        if (count == 4)
+            x.store(p);
+        else
+            store_part(p + from, x, count);
+    }
     // a*b + c in these lanes, c in the others.
     V times_plus(V a, V b, V c) const { return c + kept(a * b); }
 };
@@ -79,6 +94,7 @@ struct LaneRange<V, 8> {
         mask.bits = _mm256_andnot_ps(V::Mask::first(from).bits, mask.bits);
     }
     V load(const float* p) const { return load_kept(p, mask); }
+    void store(float* p, V x) const { store_kept(p, x, mask); }
     V times_plus(V a, V b, V c) const { return c + (a * b).kept(mask); }
 };
 template <class V>
@@ -86,8 +102,12 @@ struct LaneRange<V, 16> {
     typename V::Mask mask;
     LaneRange(int from, int to) : mask(V::Mask::first(to)) { mask.bits &= ~V::Mask::first(from).bits; }
     V load(const float* p) const { return load_kept(p, mask); }
+    void store(float* p, V x) const { store_kept(p, x, mask); }
     V times_plus(V a, V b, V c) const { return {_mm512_mask3_fmadd_ps(a.v, b.v, c.v, mask.bits)}; }
 };
+
+// Stands for all elements of a pack where others give their number.
+struct All {};
 
 template <class T>
 struct Pack {
@@ -96,12 +116,15 @@ struct Pack {
 
     static Pack zero() { return {Vec::zero()}; }
     static Pack load(const T* p) { return {Vec::load(floats(p))}; }
+    static Pack load(const T* p, All) { return load(p); }
     static Pack load(const T* p, int n) {
         return Vec::lanes == 4 && n == count ? load(p) : Pack{load_part<Vec>(floats(p), n * parts<T>)};
     }
-    // Elements of a range, zeros around them; nothing else is read.
+    // Elements of a range, zeros around them; nothing else is read, respectively written.
     static Pack load(const T* p, const LaneRange<Vec>& range) { return {range.load(floats(p))}; }
+    void store(T* p, const LaneRange<Vec>& range) const { range.store(floats(p), v); }
     void store(T* p) const { v.store(floats(p)); }
+    void store(T* p, All) const { store(p); }
     void store(T* p, int n) const {
         if (n == count)
             store(p);
@@ -155,24 +178,28 @@ struct Factor<SingleComplex> {
     explicit Factor(SingleComplex x) : re(Vec::splat(x.re)), im(Vec::splat(x.im)) {}
 };
 
-// A pack of the sums of a*s.
+// A pack y to which multiples a*s are added.
 template <class T>
 struct ScaledSum;
 template <>
 struct ScaledSum<float> {
     Vec sum;
-    static ScaledSum zero() { return {Vec::zero()}; }
+    ScaledSum() = default;
+    explicit ScaledSum(Pack<float> y) : sum(y.v) {}
+    ScaledSum(Pack<float> a, const Factor<float>& s) : sum(a.v * s.re) {} // y is 0
     void add(Pack<float> a, const Factor<float>& s) { sum = times_plus(a.v, s.re, sum); }
     void add(Pack<float> a, const Factor<float>& s, const LaneRange<Vec>& range) {
         sum = range.times_plus(a.v, s.re, sum);
     }
     void join(const ScaledSum& other) { sum = sum + other.sum; }
-    Pack<float> plus(Pack<float> y) const { return {y.v + sum}; }
+    Pack<float> result() const { return {sum}; }
 };
 template <>
 struct ScaledSum<SingleComplex> {
-    Vec re, im; // a times the real, respectively the imaginary part of s
-    static ScaledSum zero() { return {Vec::zero(), Vec::zero()}; }
+    Vec re, im; // y and a times the real part of s, a times the imaginary part
+    ScaledSum() = default;
+    explicit ScaledSum(Pack<SingleComplex> y) : re(y.v), im(Vec::zero()) {}
+    ScaledSum(Pack<SingleComplex> a, const Factor<SingleComplex>& s) : re(a.v * s.re), im(a.v * s.im) {}
     void add(Pack<SingleComplex> a, const Factor<SingleComplex>& s) {
         re = times_plus(a.v, s.re, re);
         im = times_plus(a.v, s.im, im);
@@ -185,7 +212,7 @@ struct ScaledSum<SingleComplex> {
         re = re + other.re;
         im = im + other.im;
     }
-    Pack<SingleComplex> plus(Pack<SingleComplex> y) const { return {y.v + (re + negate_part<0>(swap_parts(im)))}; }
+    Pack<SingleComplex> result() const { return {re + negate_part<0>(swap_parts(im))}; }
 };
 
 // A pack x of which multiples are added to others.

@@ -20,9 +20,11 @@ struct UpdateVectors {
     }
 };
 
-// Column k of A is added x[t] times s[t][k] for each term t. A pack of each vector is loaded once for all columns.
-template <int columns, int terms, class T>
-void update_columns(int m, T* a, std::ptrdiff_t lda, const T (&s)[terms][columns], const UpdateVectors<terms, T>& v) {
+// Column k of A is added x[t] times s[t][k] for each term t, in m rows; of a corner, its triangle. A pack of each vector
+// is loaded once for all columns.
+template <Corner corner, int columns, int terms, class T>
+void update_columns(int m, T* a, std::ptrdiff_t lda, const T (&s)[terms][columns], UpdateVectors<terms, T> v) {
+    constexpr int count = Pack<T>::count;
     const ColumnStarts<columns, T> column(a, lda);
     Factor<T> factor[terms][columns];
     QRV_UNROLL
@@ -30,27 +32,38 @@ void update_columns(int m, T* a, std::ptrdiff_t lda, const T (&s)[terms][columns
         QRV_UNROLL
     for (int k = 0; k < columns; ++k)
         factor[t][k] = Factor<T>(s[t][k]);
-    const auto rows = [&](int i, auto load, auto store) __attribute__((always_inline)) {
+    // part(k) is nothing, a number of rows or a range of them: what of a pack belongs to column k.
+    const auto rows = [&](int i, auto height, auto part) __attribute__((always_inline)) {
         AddedPack<T> x[terms];
         QRV_UNROLL
         for (int t = 0; t < terms; ++t)
-            x[t] = AddedPack<T>(load(v.x[t] + i));
+            x[t] = AddedPack<T>(Pack<T>::load(v.x[t] + i, height));
         QRV_UNROLL
         for (int k = 0; k < columns; ++k) {
-            Pack<T> sum = load(column.at[k] + i);
+            T* const p = column.at[k] + i;
+            Pack<T> sum = Pack<T>::load(p, part(k));
             QRV_UNROLL
             for (int t = 0; t < terms; ++t)
                 sum = x[t].add_to(factor[t][k], sum);
-            store(column.at[k] + i, sum);
+            sum.store(p, part(k));
         }
     };
     int i = 0;
-    for (; i + Pack<T>::count <= m; i += Pack<T>::count)
-        rows(
-            i, [](const T* p) { return Pack<T>::load(p); }, [](T* p, Pack<T> x) { x.store(p); });
-    if (i < m)
-        rows(
-            i, [=](const T* p) { return Pack<T>::load(p, m - i); }, [=](T* p, Pack<T> x) { x.store(p, m - i); });
+    if constexpr (corner == Corner::first)
+        for (; i < smaller(columns, m); i += count) {
+            const int height = smaller(count, m - i);
+            rows(i, height, [=](int k) { return Pack<T>::range(larger(k - i, 0), height); });
+        }
+    const int end = corner == Corner::last ? m - columns : m;
+    for (; i + count <= end; i += count)
+        rows(i, All{}, [](int) { return All{}; });
+    if (i < end)
+        rows(i, end - i, [=](int) { return end - i; });
+    if constexpr (corner == Corner::last)
+        for (i = end; i < m; i += count) {
+            const int height = smaller(count, m - i);
+            rows(i, height, [=](int k) { return Pack<T>::range(0, smaller(k + 1 - (i - end), height)); });
+        }
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -28,9 +28,6 @@ struct VectorPair {
     VectorPair from(int i) const { return {x + i, y + i}; }
 };
 
-// Where some columns of a matrix meet its diagonal: not at all, in their first or in their last rows.
-enum class Corner { none, first, last };
-
 // Both halves for some columns of m rows: v.y := v.y + A*s, dots[k] := the dot product of the conjugate of column k and
 // v.x. Of a corner only the triangle is stored, and its diagonal is left out here.
 template <int columns, Corner corner, class T>
@@ -44,7 +41,7 @@ void add_both_halves(int m, const T* a, std::ptrdiff_t lda, const T* s, VectorPa
     DotSum<isComplex<T>, T> sums[columns];
     clear(sums);
     const auto rows = [&](int i, auto load) __attribute__((always_inline)) {
-        auto sum = ScaledSum<T>::zero();
+        ScaledSum<T> sum(load(v.y + i));
         const DotOperand<T> x(load(v.x + i));
         QRV_UNROLL
         for (int k = 0; k < columns; ++k) {
@@ -52,11 +49,11 @@ void add_both_halves(int m, const T* a, std::ptrdiff_t lda, const T* s, VectorPa
             sum.add(p, factor[k]);
             sums[k].add(p, x);
         }
-        return sum.plus(load(v.y + i));
+        return sum.result();
     };
     // As far as a column is stored: element `from(k)` to `end(k)` - 1 of column k.
     const auto ragged_rows = [&](int i, int height, auto from, auto end) __attribute__((always_inline)) {
-        auto sum = ScaledSum<T>::zero();
+        ScaledSum<T> sum(Pack<T>::load(v.y + i, height));
         const DotOperand<T> x(Pack<T>::load(v.x + i, height));
         QRV_UNROLL
         for (int k = 0; k < columns; ++k) {
@@ -65,7 +62,7 @@ void add_both_halves(int m, const T* a, std::ptrdiff_t lda, const T* s, VectorPa
             sum.add(p, factor[k], range);
             sums[k].add(p, x, range);
         }
-        sum.plus(Pack<T>::load(v.y + i, height)).store(v.y + i, height);
+        sum.result().store(v.y + i, height);
     };
     int i = 0;
     if constexpr (corner == Corner::first) {

@@ -68,23 +68,20 @@ void update_column(int first, int end, T* column, const T (&s)[terms], const Upd
     for (int t = 0; t < terms; ++t)
         factors[t][0] = s[t];
     if (first < end)
-        update_columns(end - first, column + first, 0, factors, v.from(first - start));
+        update_columns<Corner::none>(end - first, column + first, 0, factors, v.from(first - start));
 }
 
-// The columns from j on, as many as s has, as far as they lie in rows `start` to `end` - 1 of the triangle.
+// The columns from j on, as many as s has, as far as they lie in rows `start` to `end` - 1 of the triangle. They meet the
+// diagonal either there in full or not at all.
 template <int columns, int terms, class T>
 void update_triangle_columns(bool upper, int start, int end, int j, const T (&s)[terms][columns],
                              const UpdateVectors<terms, T>& v, Matrix<T> a) {
-    // Rows that all of them have; the triangle on the diagonal is left.
-    const int first = upper ? start : larger(j + columns, start), last = upper ? smaller(j, end) : end;
-    if (first < last)
-        update_columns(last - first, &a(first, j), a.ld, s, v.from(first - start));
-    for (int k = 0; k < columns; ++k) {
-        const int top = larger(upper ? j : j + k, start), bottom = smaller(upper ? j + k + 1 : j + columns, end);
-        for (int i = top; i < bottom; ++i)
-            for (int t = 0; t < terms; ++t)
-                a(i, j + k) += v.x[t][i - start] * s[t][k];
-    }
+    if (j < start || j >= end)
+        update_columns<Corner::none>(end - start, &a(start, j), a.ld, s, v);
+    else if (upper)
+        update_columns<Corner::last>(j + columns - start, &a(start, j), a.ld, s, v);
+    else
+        update_columns<Corner::first>(end - j, &a(j, j), a.ld, s, v.from(j - start));
 }
 
 template <int terms, class Alpha, class T>
@@ -101,19 +98,19 @@ void update_triangle(TriangleBand band, Alpha alpha, const UpdateSources<terms, 
         const int to = band.upper ? endColumn : smaller(endColumn, end);
         in_passes<columnsOfUpdate<T, terms>>(from, to, [&](auto columns, int j) {
             T s[terms][columns()];
-            bool skips = false;
+            bool singly = (j < start && start < j + columns()) || (j < end && end < j + columns());
             for (int k = 0; k < columns(); ++k) {
                 T factors[terms];
                 column_factors(alpha, sources, j + k, factors);
                 for (int t = 0; t < terms; ++t)
                     s[t][k] = factors[t];
-                skips = skips || sources.all_zero(j + k);
+                singly = singly || sources.all_zero(j + k);
             }
-            if (!skips)
+            if (!singly)
                 update_triangle_columns(band.upper, start, end, j, s, v, a);
             for (int k = 0; k < columns(); ++k) {
                 const int jk = j + k;
-                if (skips && !sources.all_zero(jk)) {
+                if (singly && !sources.all_zero(jk)) {
                     T factors[terms];
                     column_factors(alpha, sources, jk, factors);
                     update_column(band.upper ? start : larger(jk, start), band.upper ? smaller(jk + 1, end) : end,

@@ -10,8 +10,13 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
-// Some elements of a pack, fewer than all: of a single one, none.
-struct PackRange {};
+// Elements `from` to `to` - 1 of a pack: the single one, or none.
+struct PackRange {
+    bool any;
+};
+
+// Stands for all elements of a pack where others give their number.
+struct All {};
 
 template <class T>
 struct Pack {
@@ -20,11 +25,17 @@ struct Pack {
 
     static Pack zero() { return {T{}}; }
     static Pack load(const T* p) { return {*p}; }
+    static Pack load(const T* p, All) { return load(p); }
     static Pack load(const T* p, int) { return {*p}; }
-    static Pack load(const T*, PackRange) { return zero(); }
+    static Pack load(const T* p, PackRange range) { return range.any ? load(p) : zero(); }
     void store(T* p) const { *p = v; }
+    void store(T* p, All) const { store(p); }
     void store(T* p, int) const { *p = v; }
-    static PackRange range(int, int) { return {}; }
+    void store(T* p, PackRange range) const {
+        if (range.any)
+            store(p);
+    }
+    static PackRange range(int from, int to) { return {from < to}; }
 };
 
 template <class T>
@@ -37,11 +48,16 @@ struct Factor {
 template <class T>
 struct ScaledSum {
     T sum;
-    static ScaledSum zero() { return {}; }
+    ScaledSum() = default;
+    explicit ScaledSum(Pack<T> y) : sum(y.v) {}
+    ScaledSum(Pack<T> a, const Factor<T>& s) : sum(a.v * s.v) {}
     void add(Pack<T> a, const Factor<T>& s) { sum += a.v * s.v; }
-    void add(Pack<T>, const Factor<T>&, PackRange) {}
+    void add(Pack<T> a, const Factor<T>& s, PackRange range) {
+        if (range.any)
+            add(a, s);
+    }
     void join(const ScaledSum& other) { sum += other.sum; }
-    Pack<T> plus(Pack<T> y) const { return {y.v + sum}; }
+    Pack<T> result() const { return {sum}; }
 };
 
 template <class T>
@@ -63,7 +79,10 @@ struct DotSum {
     T sum;
     static DotSum zero() { return {}; }
     void add(Pack<T> a, const DotOperand<T>& x) { sum += conj_if<conjugated>(a.v) * x.v; }
-    void add(Pack<T>, const DotOperand<T>&, PackRange) {}
+    void add(Pack<T> a, const DotOperand<T>& x, PackRange range) {
+        if (range.any)
+            add(a, x);
+    }
 };
 
 template <class Sum, int count>
