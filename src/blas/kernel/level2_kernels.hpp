@@ -5,8 +5,50 @@
 #include "blas/complex.hpp"
 
 // clang-format off
+#define QRV_GEMV_PARAMETERS(T)                                                                                       \
+    const char *trans, const int *m, const int *n, const T *alpha, const T *a, const int *lda, const T *x,           \
+        const int *incx, const T *beta, T *y, const int *incy
+#define QRV_SYMV_PARAMETERS(T)                                                                                       \
+    const char *uplo, const int *n, const T *alpha, const T *a, const int *lda, const T *x, const int *incx,         \
+        const T *beta, T *y, const int *incy
+#define QRV_GER_PARAMETERS(T)                                                                                        \
+    const int *m, const int *n, const T *alpha, const T *x, const int *incx, const T *y, const int *incy, T *a,      \
+        const int *lda
+/* alpha is real. */
+#define QRV_SYR_PARAMETERS(T)                                                                                        \
+    const char *uplo, const int *n, const float *alpha, const T *x, const int *incx, T *a, const int *lda
+#define QRV_SYR2_PARAMETERS(T)                                                                                       \
+    const char *uplo, const int *n, const T *alpha, const T *x, const int *incx, const T *y, const int *incy, T *a,  \
+        const int *lda
+/* A band: the last `width` rows of the leading lower triangle, or columns of the leading upper triangle, of order
+   `length`. x and y are that long; a is the band's first element, in column 0 or row 0 of the matrix. */
+#define QRV_SYR_BAND_PARAMETERS                                                                                      \
+    const char *uplo, const int *width, const int *length, const float *alpha, const float *x, const int *incx,      \
+        float *a, const int *lda
+#define QRV_SYR2_BAND_PARAMETERS                                                                                     \
+    const char *uplo, const int *width, const int *length, const float *alpha, const float *x, const int *incx,      \
+        const float *y, const int *incy, float *a, const int *lda
+
 /* Products and updates with general, symmetric and Hermitian matrices. */
-#define QRV_FULL_MATRIX_KERNELS(KERNEL)
+#define QRV_FULL_MATRIX_KERNELS(KERNEL)                                                                              \
+    KERNEL(void, blas_sgemv_kernel, (QRV_GEMV_PARAMETERS(float)),                                                    \
+           (trans, m, n, alpha, a, lda, x, incx, beta, y, incy))                                                     \
+    KERNEL(void, blas_cgemv_kernel, (QRV_GEMV_PARAMETERS(qrv::SingleComplex)),                                       \
+           (trans, m, n, alpha, a, lda, x, incx, beta, y, incy))                                                     \
+    KERNEL(void, blas_ssymv_kernel, (QRV_SYMV_PARAMETERS(float)), (uplo, n, alpha, a, lda, x, incx, beta, y, incy))  \
+    KERNEL(void, blas_chemv_kernel, (QRV_SYMV_PARAMETERS(qrv::SingleComplex)),                                       \
+           (uplo, n, alpha, a, lda, x, incx, beta, y, incy))                                                         \
+    KERNEL(void, blas_sger_kernel, (QRV_GER_PARAMETERS(float)), (m, n, alpha, x, incx, y, incy, a, lda))             \
+    KERNEL(void, blas_cgeru_kernel, (QRV_GER_PARAMETERS(qrv::SingleComplex)), (m, n, alpha, x, incx, y, incy, a, lda)) \
+    KERNEL(void, blas_cgerc_kernel, (QRV_GER_PARAMETERS(qrv::SingleComplex)), (m, n, alpha, x, incx, y, incy, a, lda)) \
+    KERNEL(void, blas_ssyr_kernel, (QRV_SYR_PARAMETERS(float)), (uplo, n, alpha, x, incx, a, lda))                   \
+    KERNEL(void, blas_cher_kernel, (QRV_SYR_PARAMETERS(qrv::SingleComplex)), (uplo, n, alpha, x, incx, a, lda))      \
+    KERNEL(void, blas_ssyr2_kernel, (QRV_SYR2_PARAMETERS(float)), (uplo, n, alpha, x, incx, y, incy, a, lda))        \
+    KERNEL(void, blas_cher2_kernel, (QRV_SYR2_PARAMETERS(qrv::SingleComplex)),                                       \
+           (uplo, n, alpha, x, incx, y, incy, a, lda))                                                               \
+    KERNEL(void, blas_ssyr_band_kernel, (QRV_SYR_BAND_PARAMETERS), (uplo, width, length, alpha, x, incx, a, lda))    \
+    KERNEL(void, blas_ssyr2_band_kernel, (QRV_SYR2_BAND_PARAMETERS),                                                 \
+           (uplo, width, length, alpha, x, incx, y, incy, a, lda))
 /* Triangular and banded matrices. */
 #define QRV_TRIANGULAR_KERNELS(KERNEL)
 #define QRV_BANDED_KERNELS(KERNEL)

@@ -1,0 +1,68 @@
+// Vectors of the level 2 routines: any increment but 0, seen in blocks of neighbouring elements.
+#pragma once
+
+#include <cstddef>
+
+#include "blas/complex.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// Elements of the blocks in which a matrix is worked through. Those of two vectors fit into half of a first-level cache
+// of 32 KB.
+template <class T>
+constexpr int blockElements = 8192 / sizeof(T);
+
+constexpr int smaller(int x, int y) {
+    return x < y ? x : y;
+}
+constexpr int larger(int x, int y) {
+    return x < y ? y : x;
+}
+
+// Element i of a vector of n elements; with a negative increment element 0 lies at index (1 - n)*inc from p.
+template <class T>
+struct StridedVector {
+    T* first;
+    std::ptrdiff_t inc;
+
+    StridedVector(int n, T* p, int step) : first(step < 0 ? p + std::ptrdiff_t{1 - n} * step : p), inc(step) {}
+    T& operator[](int i) const { return first[i * inc]; }
+};
+
+// Elements i to i + count - 1 next to each other: where they are, or brought together in the buffer.
+template <class T>
+const T* gathered(StridedVector<const T> x, int i, int count, T* buffer) {
+    if (x.inc == 1)
+        return &x[i];
+    for (int k = 0; k < count; ++k)
+        buffer[k] = x[i + k];
+    return buffer;
+}
+template <class T>
+T* gathered(StridedVector<T> x, int i, int count, T* buffer) {
+    if (x.inc == 1)
+        return &x[i];
+    for (int k = 0; k < count; ++k)
+        buffer[k] = x[i + k];
+    return buffer;
+}
+// What was gathered goes back.
+template <class T>
+void scatter(StridedVector<T> x, int i, int count, const T* block) {
+    if (x.inc != 1)
+        for (int k = 0; k < count; ++k)
+            x[i + k] = block[k];
+}
+
+// x := beta*x. With beta = 0 x is not read.
+template <class T>
+void scale(StridedVector<T> x, int n, T beta) {
+    if (beta == scalar<T>(0))
+        for (int i = 0; i < n; ++i)
+            x[i] = scalar<T>(0);
+    else if (beta != scalar<T>(1))
+        for (int i = 0; i < n; ++i)
+            x[i] = beta * x[i];
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD
