@@ -36,11 +36,13 @@ struct DotStep<float> {
 template <>
 struct DotStep<SingleComplex> {
     static constexpr bool readsX = true, readsY = true, writesX = false, writesY = false;
-    static constexpr int unit = 2, pass = 32;
+    static constexpr int unit = 2, pass = 16;
     Vec straight[dotSums] = {Vec::zero(), Vec::zero(), Vec::zero(), Vec::zero()};
     Vec crossed[dotSums] = {Vec::zero(), Vec::zero(), Vec::zero(), Vec::zero()};
 
     void operator()(int slot, Vec& x, Vec& y) {
+        x = loaded_once(x);
+        y = loaded_once(y);
         Vec &re = straight[slot % dotSums], &im = crossed[slot % dotSums];
         re = multiply_add(x, y, re);
         im = multiply_add(x, swap_parts(y), im);

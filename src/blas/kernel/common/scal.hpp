@@ -23,7 +23,7 @@ struct ScalStep<float> {
 template <>
 struct ScalStep<SingleComplex> {
     static constexpr bool readsX = false, readsY = true, writesX = false, writesY = true;
-    static constexpr int unit = 2, pass = 16;
+    static constexpr int unit = 2, pass = 32;
     ComplexFactor alpha;
 
     explicit ScalStep(SingleComplex factor) : alpha(factor) {}

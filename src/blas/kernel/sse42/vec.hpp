@@ -3,7 +3,7 @@
 
 #include <nmmintrin.h>
 
-#include "blas/kernel/common/unaligned_by_shift.hpp"
+#include "blas/kernel/common/unaligned_by_load.hpp"
 #include "blas/kernel/common/vec4f.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
