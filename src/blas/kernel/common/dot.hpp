@@ -1,7 +1,7 @@
 // The sum of x*y, or of conj(x)*y. Vectors of a pass are summed apart, and the parts added at the end.
 #pragma once
 
-#include "blas/kernel/common/contiguous.hpp"
+#include "blas/kernel/common/level1_steps.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 

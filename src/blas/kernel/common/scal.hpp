@@ -1,7 +1,7 @@
 // x = alpha*x. A negative increment names the same elements as its absolute value.
 #pragma once
 
-#include "blas/kernel/common/contiguous.hpp"
+#include "blas/kernel/common/level1_steps.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 

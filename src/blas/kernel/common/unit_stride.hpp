@@ -1,5 +1,6 @@
-// Walks over vectors with unit stride in 128-bit registers: what every routine does with x and y in four lanes is its
-// Step, the walk brings the lanes.
+// Walks over vectors with unit stride in 128-bit registers. What a routine does with the lanes of x and y is its Step;
+// the walk brings them: up to three elements until y is on a 16-byte boundary, long passes with y aligned and x as the
+// build's with_unaligned_source() reads it, then vectors wherever they lie, then what is left.
 //
 // A Step tells by constants
 //   readsX, readsY, writesX, writesY   what it wants loaded and stored

@@ -1,5 +1,7 @@
-// Walks over vectors with unit stride in registers of 256 or 512 bits. What a Step is: see unit_stride.hpp; here its
-// `pass` and `realigns` have no meaning.
+// Walks over vectors with unit stride in registers of 256 or 512 bits. What a Step is: see unit_stride.hpp; its `pass`
+// has no meaning here, every pass has as many vectors.
+//
+// Nothing outside the n floats of x and of y is read.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +12,7 @@
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 constexpr int passVectors = 4;  // of the main loop: as many sums as hide the latency of an addition
-constexpr int alignsFrom = 256; // floats: below, the first vector up to a boundary costs more than lines read twice
+constexpr int alignsFrom = 128; // floats: below, the first vector up to a boundary costs more than lines read twice
 
 template <class Step, class X, class Y>
 class UnitStride {

@@ -1,4 +1,5 @@
-// Vectors of the sse42 build.
+// Vectors of the sse42 build. Its processors load from any address at the price of an aligned load, unless it crosses
+// a line.
 #pragma once
 
 #include <nmmintrin.h>

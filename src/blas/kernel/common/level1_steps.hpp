@@ -1,4 +1,5 @@
-// When a vector may be walked over as an array of floats.
+// What the steps of level 1 share: which vectors are walked over as arrays of floats, and products with a complex
+// factor.
 #pragma once
 
 #include <cstdint>
