@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <complex>
 #include <cstdlib>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <optional>
 #include <type_traits>
@@ -61,8 +62,9 @@ T any_size_one(std::mt19937& random) {
 enum class Guard { canaries, pageBehind, pageInFront };
 
 // n elements, increment inc: data() is what a routine is given, v[i] is element i as the routine counts them, which for
-// a negative increment means from the far end. Canaries, which are NaN, fill whatever is no element. The elements begin
-// `offset` floats past a 64-byte boundary; with a page they end, or begin, at its edge instead.
+// a negative increment means from the far end. Canaries fill whatever is no element: signaling NaN, each with a payload
+// of its own, so that arithmetic changes them and copies do not fit. The elements begin `offset` floats past a 64-byte
+// boundary; with a page they end, or begin, at its edge instead.
 template <class T>
 class GuardedVector {
 public:
@@ -75,7 +77,10 @@ public:
         } else {
             first_ = paged_.emplace(length_, guard == Guard::pageInFront).data();
         }
-        std::fill(begin(), end(), std::bit_cast<float>(canary));
+        for (float* p = begin(); p != end(); ++p) {
+            const std::uint32_t bits = canary(p);
+            std::memcpy(p, &bits, sizeof bits);
+        }
     }
     GuardedVector(const GuardedVector&) = delete;
     GuardedVector& operator=(const GuardedVector&) = delete;
@@ -103,18 +108,27 @@ public:
 
     bool guards_intact() const {
         const std::size_t gap = parts * static_cast<std::size_t>(std::abs(inc_));
-        const auto intact = [](float x) { return std::bit_cast<std::uint32_t>(x) == canary; };
-        bool all = std::all_of(begin(), static_cast<const float*>(first_), intact) &&
-                   std::all_of(static_cast<const float*>(first_) + length_, end(), intact);
+        const auto intact = [](const float* from, const float* to) {
+            bool same = true;
+            for (const float* p = from; p < to; ++p) {
+                const std::uint32_t bits = canary(p);
+                same = same && std::memcmp(p, &bits, sizeof bits) == 0;
+            }
+            return same;
+        };
+        bool all = intact(begin(), first_) && intact(first_ + length_, end());
         for (std::size_t p = 0; all && gap > parts && p + gap < length_; p += gap)
-            all = std::all_of(first_ + p + parts, first_ + p + gap, intact);
+            all = intact(first_ + p + parts, first_ + p + gap);
         return all;
     }
 
 private:
     static constexpr std::size_t parts = sizeof(T) / sizeof(float);
     static constexpr std::size_t band = 32;
-    static constexpr std::uint32_t canary = 0x7FC0'5A5A;
+
+    static std::uint32_t canary(const float* p) {
+        return 0x7F80'0001U | (static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(p) >> 1) & 0x3F'FFFEU);
+    }
 
     float* begin() { return plain_.empty() ? first_ : plain_.data(); }
     float* end() { return plain_.empty() ? first_ + length_ : plain_.data() + plain_.size(); }

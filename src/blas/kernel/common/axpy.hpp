@@ -1,7 +1,7 @@
-// y += alpha*x
+// y += alpha*x, a product and a sum an element; by the forms with FMA rounded once.
 #pragma once
 
-#include "blas/kernel/common/contiguous.hpp"
+#include "blas/kernel/common/level1_steps.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 

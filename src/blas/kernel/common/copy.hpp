@@ -1,7 +1,7 @@
 // y = x, and x and y swapped. Complex elements are copied part by part.
 #pragma once
 
-#include "blas/kernel/common/contiguous.hpp"
+#include "blas/kernel/common/level1_steps.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 

@@ -1,7 +1,7 @@
 // The sum of x*y, or of conj(x)*y. Vectors of a pass are summed apart, and the parts added at the end.
 #pragma once
 
-#include "blas/kernel/common/contiguous.hpp"
+#include "blas/kernel/common/level1_steps.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
@@ -36,11 +36,13 @@ struct DotStep<float> {
 template <>
 struct DotStep<SingleComplex> {
     static constexpr bool readsX = true, readsY = true, writesX = false, writesY = false;
-    static constexpr int unit = 2, pass = 32;
+    static constexpr int unit = 2, pass = 16;
     Vec straight[dotSums] = {Vec::zero(), Vec::zero(), Vec::zero(), Vec::zero()};
     Vec crossed[dotSums] = {Vec::zero(), Vec::zero(), Vec::zero(), Vec::zero()};
 
     void operator()(int slot, Vec& x, Vec& y) {
+        x = loaded_once(x);
+        y = loaded_once(y);
         Vec &re = straight[slot % dotSums], &im = crossed[slot % dotSums];
         re = multiply_add(x, y, re);
         im = multiply_add(x, swap_parts(y), im);

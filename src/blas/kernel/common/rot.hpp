@@ -1,7 +1,7 @@
 // The plane rotation: x becomes c*x + s*y, and y becomes c*y - s*x.
 #pragma once
 
-#include "blas/kernel/common/contiguous.hpp"
+#include "blas/kernel/common/level1_steps.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 

@@ -1,7 +1,7 @@
 // x = alpha*x. A negative increment names the same elements as its absolute value.
 #pragma once
 
-#include "blas/kernel/common/contiguous.hpp"
+#include "blas/kernel/common/level1_steps.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
@@ -23,7 +23,7 @@ struct ScalStep<float> {
 template <>
 struct ScalStep<SingleComplex> {
     static constexpr bool readsX = false, readsY = true, writesX = false, writesY = true;
-    static constexpr int unit = 2, pass = 16;
+    static constexpr int unit = 2, pass = 32;
     ComplexFactor alpha;
 
     explicit ScalStep(SingleComplex factor) : alpha(factor) {}

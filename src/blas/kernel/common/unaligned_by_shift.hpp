@@ -1,5 +1,5 @@
-// Vectors at addresses off a 16-byte boundary: an aligned load each, joined by a byte shift with what is left of the one
-// before. For processors that take several steps for an unaligned load. Needs SSSE3.
+// Vectors at addresses off a 16-byte boundary: an aligned load each, joined by a byte shift with what is left of the
+// one before. For processors that take several steps for an unaligned load. Needs SSSE3.
 #pragma once
 
 #include <tmmintrin.h>

@@ -1,5 +1,6 @@
-// Walks over vectors with unit stride in 128-bit registers: what every routine does with x and y in four lanes is its
-// Step, the walk brings the lanes.
+// Walks over vectors with unit stride in 128-bit registers. What a routine does with the lanes of x and y is its Step;
+// the walk brings them: up to three elements until y is on a 16-byte boundary, long passes with y aligned and x as the
+// build's with_unaligned_source() reads it, then vectors wherever they lie, then what is left.
 //
 // A Step tells by constants
 //   readsX, readsY, writesX, writesY   what it wants loaded and stored
@@ -21,23 +22,21 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 template <class Step, class X, class Y>
 class UnitStride {
 public:
-    [[gnu::always_inline]] UnitStride(std::ptrdiff_t n, X* x, Y* y, Step& step)
-        : n_(n), x_(x), y_(y), step_(step) {}
+    [[gnu::always_inline]] UnitStride(std::ptrdiff_t n, X* x, Y* y, Step& step) : n_(n), x_(x), y_(y), step_(step) {}
 
     [[gnu::always_inline]] void walk() {
-        if (n_ >= Step::pass + Vec::lanes && past_boundary(y_) % Step::unit == 0) {
-            while (past_boundary(y_ + done_) != 0)
-                lanes<Step::unit>(0);
+        const int head = (Vec::lanes - past_boundary(y_)) % Vec::lanes;
+        if (n_ >= head + Step::pass && head % Step::unit == 0) {
+            part(head);
             main_loop();
         }
-        while (done_ + 2 * Vec::lanes <= n_) {
+        for (const std::ptrdiff_t last = n_ - 2 * Vec::lanes; done_ <= last;) {
             lanes<Vec::lanes>(0);
             lanes<Vec::lanes>(1);
         }
         if (done_ + Vec::lanes <= n_)
             lanes<Vec::lanes>(0);
-        while (done_ < n_)
-            lanes<Step::unit>(1);
+        part(static_cast<int>(n_ - done_));
     }
 
 private:
@@ -54,26 +53,36 @@ private:
         done_ += count;
     }
 
+    // The next `count` floats, fewer than a vector.
+    [[gnu::always_inline]] void part(int count) {
+        if (count & 2)
+            lanes<2>(1);
+        if constexpr (Step::unit == 1)
+            if (count & 1)
+                lanes<1>(0);
+    }
+
     // y is on a boundary.
     [[gnu::always_inline]] void main_loop() {
         if (!Step::readsX || past_boundary(x_ + done_) == 0)
             return passes(Loads<true>(x_ + done_));
-        with_unaligned_source(x_ + done_, [this](auto source) __attribute__((always_inline)) { passes(source); });
+        with_unaligned_source(
+            x_ + done_, [this](auto source) __attribute__((always_inline)) { passes(source); });
     }
     template <class Source>
     [[gnu::always_inline]] void passes(Source source) {
-        for (; done_ + Step::pass + Source::readsPast <= n_; done_ += Step::pass) {
-#pragma GCC unroll 16
-            for (int slot = 0; slot < Step::pass / Vec::lanes; ++slot) {
-                Y* const yi = y_ + done_ + slot * Vec::lanes;
+        const std::ptrdiff_t last = n_ - Step::pass - Source::readsPast;
+        for (; done_ <= last; done_ += Step::pass) {
+            repeat<Step::pass / Vec::lanes>([&](auto slot) __attribute__((always_inline)) {
+                const std::ptrdiff_t at = done_ + slot() * Vec::lanes;
                 Vec x = Step::readsX ? source.next() : Vec::zero();
-                Vec y = Step::readsY ? Vec::load_aligned(yi) : Vec::zero();
-                step_(slot, x, y);
+                Vec y = Step::readsY ? Vec::load_aligned(y_ + at) : Vec::zero();
+                step_(slot(), x, y);
                 if constexpr (Step::writesX)
-                    x.store(x_ + done_ + slot * Vec::lanes);
+                    x.store(x_ + at);
                 if constexpr (Step::writesY)
-                    y.store_aligned(yi);
-            }
+                    y.store_aligned(y_ + at);
+            });
         }
     }
 

@@ -195,6 +195,10 @@ inline void transpose_rows(const float* const (&row)[4], int l, int count, Vec16
 
 // ---- For level 1 --------------------------------------------------------------------------------------------------
 
+inline Vec16f loaded_once(Vec16f x) {
+    asm("" : "+v"(x.v));
+    return x;
+}
 // Real and imaginary parts for each other.
 inline Vec16f swap_parts(Vec16f x) {
     return {_mm512_permute_ps(x.v, 0xB1)};
@@ -210,6 +214,20 @@ inline Vec16f load_part(const float* p, int count) {
 }
 inline void store_part(float* p, Vec16f x, int count) {
     _mm512_mask_storeu_ps(p, first_lanes(count), x.v);
+}
+template <int count>
+Vec16f load_piece(const float* p) {
+    if constexpr (count == 8)
+        return {_mm512_zextps256_ps512(_mm256_loadu_ps(p))};
+    else
+        return {_mm512_zextps128_ps512(load_first<count>(p).v)};
+}
+template <int count>
+void store_piece(float* p, Vec16f x) {
+    if constexpr (count == 8)
+        _mm256_storeu_ps(p, _mm512_castps512_ps256(x.v));
+    else
+        store_first<count>(p, Vec4f{_mm512_castps512_ps128(x.v)});
 }
 
 // ---- For the routines of one vector ---------------------------------------------------------------------------------

@@ -89,6 +89,15 @@ struct Lanes {
     constexpr int operator()() const { return count; }
 };
 
+// each(Lanes<0>()) to each(Lanes<count - 1>()), without a loop at any level of optimisation.
+template <int count, class Each>
+[[gnu::always_inline]] inline void repeat(const Each& each) {
+    if constexpr (count > 0) {
+        repeat<count - 1>(each);
+        each(Lanes<count - 1>());
+    }
+}
+
 // The first `count` lanes, 1 to 4, from memory, zeros behind them; nothing past them is read or written.
 template <int count>
 Vec4f load_first(const float* p) {
@@ -121,6 +130,11 @@ void store_first(float* p, Vec4f x) {
 // a*b + c, rounded twice
 inline Vec4f multiply_add(Vec4f a, Vec4f b, Vec4f c) {
     return a * b + c;
+}
+// x, loaded once: an empty statement that changes it keeps the compiler from loading it again for every use.
+inline Vec4f loaded_once(Vec4f x) {
+    asm("" : "+x"(x.v));
+    return x;
 }
 // x1 x0 x3 x2: real and imaginary parts for each other
 inline Vec4f swap_parts(Vec4f x) {

@@ -176,6 +176,10 @@ inline void transpose_rows(const float* const (&row)[4], int l, int count, Vec8f
 
 // ---- For level 1 --------------------------------------------------------------------------------------------------
 
+inline Vec8f loaded_once(Vec8f x) {
+    asm("" : "+x"(x.v));
+    return x;
+}
 // Real and imaginary parts for each other.
 inline Vec8f swap_parts(Vec8f x) {
     return {_mm256_permute_ps(x.v, 0xB1)};
@@ -190,6 +194,14 @@ inline Vec8f load_part(const float* p, int count) {
 }
 inline void store_part(float* p, Vec8f x, int count) {
     store_in_pieces(p, x, count);
+}
+template <int count>
+Vec8f load_piece(const float* p) {
+    return {_mm256_zextps128_ps256(load_first<count>(p).v)};
+}
+template <int count>
+void store_piece(float* p, Vec8f x) {
+    store_first<count>(p, Vec4f{_mm256_castps256_ps128(x.v)});
 }
 
 // ---- For the routines of one vector ---------------------------------------------------------------------------------

@@ -1,4 +1,5 @@
-// When a vector may be walked over as an array of floats.
+// What the steps of level 1 share: which vectors are walked over as arrays of floats, and products with a complex
+// factor.
 #pragma once
 
 #include <cstdint>
@@ -50,14 +51,21 @@ struct ComplexFactor {
 
     explicit ComplexFactor(SingleComplex alpha)
         : straight(Vec::splat(alpha.re)), crossed(Vec::alternate(-alpha.im, alpha.im)) {}
-    Vec times(Vec x) const { return multiply_add(crossed, swap_parts(x), straight * x); }
-    Vec times_plus(Vec x, Vec y) const { return multiply_add(crossed, swap_parts(x), multiply_add(straight, x, y)); }
+    Vec times(Vec x) const {
+        x = loaded_once(x);
+        return multiply_add(crossed, swap_parts(x), straight * x);
+    }
+    Vec times_plus(Vec x, Vec y) const {
+        x = loaded_once(x);
+        return multiply_add(crossed, swap_parts(x), multiply_add(straight, x, y));
+    }
 };
 
 // Hands n elements of x and y to a Step.
 template <class Step, class X, class Y>
 [[gnu::always_inline]] inline void walk(int n, X* x, Y* y, Step& step) {
-    UnitStride(std::ptrdiff_t{n} * partsOf<Y>, parts(x), parts(y), step).walk();
+    if (n > 0)
+        UnitStride(std::ptrdiff_t{n} * partsOf<Y>, parts(x), parts(y), step).walk();
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD
