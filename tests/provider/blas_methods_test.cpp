@@ -21,6 +21,8 @@ TEST_F(BlasMethods, RealLevel1) {
     MethodCheck("ISAMAX", blas, &Level1::Isamax, ISAMAX, {20, 3}).run();
     MethodCheck("SROTG", blas, &Level1::Srotg, SROTG, {}).run();
     MethodCheck("SROT", blas, &Level1::Srot, SROT, {20, 3, -2}).run();
+    MethodCheck("SROTMG", blas, &Level1::Srotmg, SROTMG, {}).run();
+    MethodCheck("SROTM", blas, &Level1::Srotm, SROTM, {20, 3, -2}).run();
 }
 
 TEST_F(BlasMethods, ComplexLevel1) {
