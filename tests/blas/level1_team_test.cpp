@@ -144,7 +144,7 @@ bool agrees(const Routine<T>& routine, int n, int incx, int incy, const Way& way
     return found == expected;
 }
 
-constexpr std::pair<int, int> increments[] = {{1, 1}, {2, 3}, {-1, 1}, {1, -1}, {-1, -1}, {-2, -3}, {3, -1}};
+constexpr std::pair<int, int> increments[] = {{1, 1}, {2, 3}, {-1, 1}, {1, -2}, {-3, -1}};
 
 void check_on_teams(std::initializer_list<int> teams, std::initializer_list<int> lengths) {
     each_routine([&](const auto& routine) {
@@ -157,7 +157,8 @@ void check_on_teams(std::initializer_list<int> teams, std::initializer_list<int>
 }
 
 TEST(Level1Team, EveryRoutineOnEveryTeam) {
-    check_on_teams({1, 2, 3, 4, 8, 16}, {-3, 0, 1, 7, 8, 63, 100, 129, 1000});
+    check_on_teams({1, 2, 3, 4, 8, 16}, {63, 100, 1000});
+    check_on_teams({3}, {-3, 0, 1, 7, 8});
     check_on_teams({128, 129}, {1000});
 }
 

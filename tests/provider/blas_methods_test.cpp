@@ -4,43 +4,46 @@
 namespace qrv::test {
 namespace {
 
+// The rows of each class are in the order of its virtual table.
 struct BlasMethods : testing::Test {
     ParallelX86SingleLinearAlgebraProvider provider;
 };
 
 TEST_F(BlasMethods, RealLevel1) {
-    using Level1 = SingleBlasLevel1;
-    Level1* const blas = provider.BlasLevel1();
-    MethodCheck("SSCAL", blas, &Level1::Sscal, SSCAL, {20, 3}).run();
-    MethodCheck("SAXPY", blas, &Level1::Saxpy, SAXPY, {20, 3, -2}).run();
-    MethodCheck("SDOT", blas, &Level1::Sdot, SDOT, {20, 3, -2}).run();
-    MethodCheck("SSWAP", blas, &Level1::Sswap, SSWAP, {20, 3, -2}).run();
-    MethodCheck("SCOPY", blas, &Level1::Scopy, SCOPY, {20, 3, -2}).run();
-    MethodCheck("SNRM2", blas, &Level1::Snrm2, SNRM2, {20, 3}).run();
-    MethodCheck("SASUM", blas, &Level1::Sasum, SASUM, {20, 3}).run();
-    MethodCheck("ISAMAX", blas, &Level1::Isamax, ISAMAX, {20, 3}).run();
-    MethodCheck("SROTG", blas, &Level1::Srotg, SROTG, {}).run();
-    MethodCheck("SROT", blas, &Level1::Srot, SROT, {20, 3, -2}).run();
-}
-
-TEST_F(BlasMethods, ComplexLevel1) {
-    using Level1 = SingleComplexBlasLevel1;
-    Level1* const blas = provider.ComplexBlasLevel1();
-    MethodCheck("CSCAL", blas, &Level1::Cscal, CSCAL, {20, 3}).run();
-    MethodCheck("CAXPY", blas, &Level1::Caxpy, CAXPY, {20, 3, -2}).run();
-    MethodCheck("CDOTC", blas, &Level1::Cdotc, CDOTC, {20, 3, -2}).run();
-    MethodCheck("CDOTU", blas, &Level1::Cdotu, CDOTU, {20, 3, -2}).run();
-    MethodCheck("CSWAP", blas, &Level1::Cswap, CSWAP, {20, 3, -2}).run();
-    MethodCheck("CCOPY", blas, &Level1::Ccopy, CCOPY, {20, 3, -2}).run();
-    MethodCheck("SCNRM2", blas, &Level1::Scnrm2, SCNRM2, {20, 3}).run();
-    MethodCheck("SCASUM", blas, &Level1::Scasum, SCASUM, {20, 3}).run();
-    MethodCheck("ICAMAX", blas, &Level1::Icamax, ICAMAX, {20, 3}).run();
+    using Class = SingleBlasLevel1;
+    MethodTable methods(provider.BlasLevel1());
+    methods.check("SSCAL", &Class::Sscal, SSCAL, {20, 3});
+    methods.check("SAXPY", &Class::Saxpy, SAXPY, {20, 3, -2});
+    methods.check("SDOT", &Class::Sdot, SDOT, {20, 3, -2});
+    methods.check("SSWAP", &Class::Sswap, SSWAP, {20, 3, -2});
+    methods.check("SCOPY", &Class::Scopy, SCOPY, {20, 3, -2});
+    methods.check("SNRM2", &Class::Snrm2, SNRM2, {20, 3});
+    methods.check("SASUM", &Class::Sasum, SASUM, {20, 3});
+    methods.check("ISAMAX", &Class::Isamax, ISAMAX, {20, 3});
+    methods.check("SROTG", &Class::Srotg, SROTG, {});
+    methods.check("SROT", &Class::Srot, SROT, {20, 3, -2});
+    methods.check("SROTMG", &Class::Srotmg, SROTMG, {});
+    methods.check("SROTM", &Class::Srotm, SROTM, {20, 3, -2});
 }
 
 TEST_F(BlasMethods, RealLevel3) {
-    MethodCheck("SGEMM ", provider.BlasLevel3(), &SingleBlasLevel3::Sgemm, SGEMM, {4, 5, 6, 7, 8, 9},
-                {1, 2, 3, 4, 5, 8, 10, 13})
-        .run();
+    using Class = SingleBlasLevel3;
+    MethodTable methods(provider.BlasLevel3());
+    methods.check("SGEMM ", &Class::Sgemm, SGEMM, {4, 5, 6, 7, 8, 9}, {1, 2, 3, 4, 5, 8, 10, 13});
+}
+
+TEST_F(BlasMethods, ComplexLevel1) {
+    using Class = SingleComplexBlasLevel1;
+    MethodTable methods(provider.ComplexBlasLevel1());
+    methods.check("CSCAL", &Class::Cscal, CSCAL, {20, 3});
+    methods.check("CAXPY", &Class::Caxpy, CAXPY, {20, 3, -2});
+    methods.check("CDOTC", &Class::Cdotc, CDOTC, {20, 3, -2});
+    methods.check("CDOTU", &Class::Cdotu, CDOTU, {20, 3, -2});
+    methods.check("CSWAP", &Class::Cswap, CSWAP, {20, 3, -2});
+    methods.check("CCOPY", &Class::Ccopy, CCOPY, {20, 3, -2});
+    methods.check("SCNRM2", &Class::Scnrm2, SCNRM2, {20, 3});
+    methods.check("SCASUM", &Class::Scasum, SCASUM, {20, 3});
+    methods.check("ICAMAX", &Class::Icamax, ICAMAX, {20, 3});
 }
 
 // Known values, which the methods and the native routines must both give.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <functional>
@@ -291,6 +292,34 @@ private:
     Values values_;
     std::function<void()> host_;
     std::function<int(const std::vector<const void*>&)> native_;
+};
+
+// The methods of one class, in the order of its virtual table.
+template <class Interface>
+class MethodTable {
+public:
+    explicit MethodTable(Interface* object) : object_(object) {}
+
+    template <class Method, class Native>
+    void check(const char* routine, Method method, Native* native, std::vector<int> ints,
+               std::vector<int> positions = {}) {
+        const std::size_t slot = slot_of(method);
+        EXPECT_TRUE(last_ == 0 || slot == last_ + 1) << routine << " is not where the virtual table has it";
+        last_ = slot;
+        MethodCheck(routine, object_, method, native, std::move(ints), std::move(positions)).run();
+    }
+
+private:
+    // A pointer to a virtual member begins with 1 plus its offset in the table.
+    template <class Method>
+    static std::size_t slot_of(Method method) {
+        std::uintptr_t word = 0;
+        std::memcpy(&word, &method, sizeof word);
+        return word / sizeof word;
+    }
+
+    Interface* object_;
+    std::size_t last_ = 0;
 };
 
 } // namespace qrv::test
