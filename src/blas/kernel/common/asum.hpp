@@ -1,7 +1,7 @@
 // SASUM, SCASUM: sums of |re| + |im|, in floats. A NaN gives NaN; otherwise an infinity gives infinity.
 #pragma once
 
-#include "blas/kernel/common/contiguous.hpp"
+#include "blas/kernel/common/level1_steps.hpp"
 #include "blas/kernel/common/level1_strided.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {

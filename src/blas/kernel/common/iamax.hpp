@@ -5,7 +5,7 @@
 // wins; otherwise the first of largest magnitude behind the last NaN does.
 #pragma once
 
-#include "blas/kernel/common/contiguous.hpp"
+#include "blas/kernel/common/level1_steps.hpp"
 #include "blas/kernel/common/level1_strided.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {

@@ -4,7 +4,7 @@
 // A NaN gives NaN; otherwise an infinity gives infinity, as does a norm above the largest float.
 #pragma once
 
-#include "blas/kernel/common/contiguous.hpp"
+#include "blas/kernel/common/level1_steps.hpp"
 #include "blas/kernel/common/level1_strided.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {

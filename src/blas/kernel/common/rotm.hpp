@@ -1,7 +1,7 @@
 // SROTM of the builds with vectors. H is whole, whatever the flag: products with 1 and -1 are exact.
 #pragma once
 
-#include "blas/kernel/common/contiguous.hpp"
+#include "blas/kernel/common/level1_steps.hpp"
 #include "blas/kernel/common/rotg.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
