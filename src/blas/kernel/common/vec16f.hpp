@@ -17,7 +17,6 @@ struct Vec16f {
 
     static Vec16f zero() { return {_mm512_setzero_ps()}; }
     static Vec16f splat(float x) { return {_mm512_set1_ps(x)}; }
-    static Vec16f alternate(float even, float odd) { return {_mm512_setr4_ps(even, odd, even, odd)}; }
     static Vec16f load(const float* p) { return {_mm512_loadu_ps(p)}; }
     static Vec16f load_aligned(const float* p) { return {_mm512_load_ps(p)}; }
     void store(float* p) const { _mm512_storeu_ps(p, v); }
@@ -30,9 +29,7 @@ struct Vec16f {
     static Vec16f load_even_twice(const float* p) { return {_mm512_moveldup_ps(_mm512_load_ps(p))}; }
     static Vec16f load_odd_twice(const float* p) { return {_mm512_movehdup_ps(_mm512_load_ps(p))}; }
     // x in even lanes, y in odd ones; and by quads
-    static Vec16f alternate(float x, float y) {
-        return {_mm512_mask_mov_ps(_mm512_set1_ps(x), 0xAAAA, _mm512_set1_ps(y))};
-    }
+    static Vec16f alternate(float x, float y) { return {_mm512_setr4_ps(x, y, x, y)}; }
     static Vec16f alternate_quads(float x, float y) {
         return {_mm512_mask_mov_ps(_mm512_set1_ps(x), 0xF0F0, _mm512_set1_ps(y))};
     }

@@ -16,9 +16,6 @@ struct Vec8f {
 
     static Vec8f zero() { return {_mm256_setzero_ps()}; }
     static Vec8f splat(float x) { return {_mm256_set1_ps(x)}; }
-    static Vec8f alternate(float even, float odd) {
-        return {_mm256_setr_ps(even, odd, even, odd, even, odd, even, odd)};
-    }
     static Vec8f load(const float* p) { return {_mm256_loadu_ps(p)}; }
     static Vec8f load_aligned(const float* p) { return {_mm256_load_ps(p)}; }
     void store(float* p) const { _mm256_storeu_ps(p, v); }
