@@ -6,16 +6,16 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
-// Passes of 64 floats, at least 8 vectors, then 8, 4, 2, 1, between what lies outside the boundaries of vectors.
+// Passes of 64 floats, at least 8 vectors, then 8, 4, 2, 1, between what is no whole vector.
 inline float sum_of_magnitudes(std::ptrdiff_t n, const float* x) {
     Vec a = Vec::zero(), b = a, c = a, d = a;
-    if (const int head = floats_to_boundary(n, x)) {
+    if (const int head = floats_to_peel(n, x)) {
         a = abs(load_part<Vec>(x, head));
         x += head;
         n -= head;
     }
     const auto next = [&]() __attribute__((always_inline)) {
-        const Vec size = abs(Vec::load_aligned(x));
+        const Vec size = abs(load_peeled(x));
         x += Vec::lanes;
         return size;
     };

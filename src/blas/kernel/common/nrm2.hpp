@@ -16,11 +16,11 @@ inline double sum_of_squares(std::ptrdiff_t n, const float* x) {
     const auto add_pairs = [&](int pairs) __attribute__((always_inline)) {
 #pragma GCC unroll 4
         for (int i = 0; i < pairs; ++i, x += 2 * Vec::lanes) {
-            even.add_squares(Doubles<Vec>::widen_aligned(x));
-            odd.add_squares(Doubles<Vec>::widen_aligned(x + Vec::lanes));
+            even.add_squares(Doubles<Vec>::widen_peeled(x));
+            odd.add_squares(Doubles<Vec>::widen_peeled(x + Vec::lanes));
         }
     };
-    if (const int head = floats_to_boundary(n, x)) {
+    if (const int head = floats_to_peel(n, x)) {
         odd.add_squares(Doubles<Vec>::widen(load_part<Vec>(x, head)));
         x += head;
         n -= head;
@@ -32,7 +32,7 @@ inline double sum_of_squares(std::ptrdiff_t n, const float* x) {
     if (n & 2 * Vec::lanes)
         add_pairs(1);
     if (n & Vec::lanes) {
-        even.add_squares(Doubles<Vec>::widen_aligned(x));
+        even.add_squares(Doubles<Vec>::widen_peeled(x));
         x += Vec::lanes;
     }
     if (const int rest = n % Vec::lanes)

@@ -215,8 +215,8 @@ struct Doubles<Vec16f> {
     static Doubles widen(Vec16f x) {
         return {_mm512_cvtps_pd(_mm512_castps512_ps256(x.v)), _mm512_cvtps_pd(_mm512_extractf32x8_ps(x.v, 1))};
     }
-    static Doubles widen_aligned(const float* p) {
-        return {_mm512_cvtps_pd(_mm256_load_ps(p)), _mm512_cvtps_pd(_mm256_load_ps(p + 8))};
+    static Doubles widen_peeled(const float* p) {
+        return {_mm512_cvtps_pd(_mm256_loadu_ps(p)), _mm512_cvtps_pd(_mm256_loadu_ps(p + 8))};
     }
     void add_squares(Doubles x) {
         low = _mm512_fmadd_pd(x.low, x.low, low);

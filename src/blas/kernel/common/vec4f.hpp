@@ -206,8 +206,8 @@ struct Doubles<Vec4f> {
 
     static Doubles zero() { return {_mm_setzero_pd(), _mm_setzero_pd()}; }
     static Doubles widen(Vec4f x) { return {_mm_cvtps_pd(x.v), _mm_cvtps_pd(_mm_movehl_ps(x.v, x.v))}; }
-    // Two loads: widening from memory takes one step less than from a register.
-    static Doubles widen_aligned(const float* p) {
+    // p is on a boundary. Two loads: widening from memory takes one step less than from a register.
+    static Doubles widen_peeled(const float* p) {
         return {_mm_cvtps_pd(_mm_load_ps(p)),
                 _mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 2))))};
     }

@@ -199,8 +199,8 @@ struct Doubles<Vec8f> {
     static Doubles widen(Vec8f x) {
         return {_mm256_cvtps_pd(_mm256_castps256_ps128(x.v)), _mm256_cvtps_pd(_mm256_extractf128_ps(x.v, 1))};
     }
-    static Doubles widen_aligned(const float* p) {
-        return {_mm256_cvtps_pd(_mm_load_ps(p)), _mm256_cvtps_pd(_mm_load_ps(p + 4))};
+    static Doubles widen_peeled(const float* p) {
+        return {_mm256_cvtps_pd(_mm_loadu_ps(p)), _mm256_cvtps_pd(_mm_loadu_ps(p + 4))};
     }
     void add_squares(Doubles x) {
         low = _mm256_fmadd_pd(x.low, x.low, low);
