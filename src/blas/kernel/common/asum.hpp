@@ -6,29 +6,49 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
-// Passes of 64 floats, at least 8 vectors, between what lies outside the boundaries of vectors.
+// Passes of 64 floats, at least 8 vectors, then 8, 4, 2, 1, between what is no whole vector.
 inline float sum_of_magnitudes(std::ptrdiff_t n, const float* x) {
-    constexpr int sums = 4, step = 2 * sums * Vec::lanes, pass = step < 64 ? 64 : step;
-    Vec sum[sums] = {Vec::zero(), Vec::zero(), Vec::zero(), Vec::zero()};
-    if (const int head = floats_to_boundary(n, x)) {
-        sum[1] = abs(load_part<Vec>(x, head));
+    Vec a = Vec::zero(), b = a, c = a, d = a;
+    if (const int head = floats_to_peel(n, x)) {
+        a = abs(load_part<Vec>(x, head));
         x += head;
         n -= head;
     }
-    for (; n >= pass; n -= pass, x += pass) {
-        // Adding in pairs first halves the chain of additions into each sum.
-#pragma GCC unroll 8
-        for (int i = 0; i < pass / Vec::lanes; i += 2) {
-            const float* const pair = x + i * Vec::lanes;
-            Vec& into = sum[i / 2 % sums];
-            into = into + (abs(Vec::load_aligned(pair)) + abs(Vec::load_aligned(pair + Vec::lanes)));
-        }
+    const auto next = [&]() __attribute__((always_inline)) {
+        const Vec size = abs(load_peeled(x));
+        x += Vec::lanes;
+        return size;
+    };
+    // Adding in pairs first halves the chain of additions into each sum.
+    const auto add_eight = [&]() __attribute__((always_inline)) {
+        a = a + (next() + next());
+        b = b + (next() + next());
+        c = c + (next() + next());
+        d = d + (next() + next());
+    };
+    constexpr int step = 8 * Vec::lanes, pass = step < 64 ? 64 : step;
+    for (; n >= pass; n -= pass) {
+        add_eight();
+        if constexpr (step < pass)
+            add_eight();
     }
-    for (; n >= Vec::lanes; n -= Vec::lanes, x += Vec::lanes)
-        sum[0] = sum[0] + abs(Vec::load_aligned(x));
-    if (n > 0)
-        sum[2] = sum[2] + abs(load_part<Vec>(x, static_cast<int>(n)));
-    return sum_of_lanes((sum[0] + sum[1]) + (sum[2] + sum[3]));
+    if (step < pass && n & step)
+        add_eight();
+    if (n & 4 * Vec::lanes) {
+        a = a + next();
+        b = b + next();
+        c = c + next();
+        d = d + next();
+    }
+    if (n & 2 * Vec::lanes) {
+        a = a + next();
+        b = b + next();
+    }
+    if (n & Vec::lanes)
+        c = c + next();
+    if (const int rest = n % Vec::lanes)
+        d = d + abs(load_part<Vec>(x, rest));
+    return sum_of_lanes((a + b) + (c + d));
 }
 
 template <class T>

@@ -31,31 +31,33 @@ inline Vec magnitudes_part(const SingleComplex* x, int count) {
 // The largest magnitude of n elements, NaN if one is NaN.
 template <class T>
 float largest_magnitude(int n, const T* x) {
-    constexpr int registers = 4;
-    Vec largest[registers] = {Vec::zero(), Vec::zero(), Vec::zero(), Vec::zero()};
-    const auto take = [&](int i, Vec size) { largest[i] = larger_magnitude(largest[i], size); };
-    for (; n >= registers * Vec::lanes; n -= registers * Vec::lanes, x += registers * Vec::lanes) {
-#pragma GCC unroll 4
-        for (int i = 0; i < registers; ++i)
-            take(i, magnitudes(x + i * Vec::lanes));
-    }
-    for (; n >= Vec::lanes; n -= Vec::lanes, x += Vec::lanes)
-        take(0, magnitudes(x));
+    constexpr int L = Vec::lanes;
+    Peak peak;
+    for (; n >= 4 * L; n -= 4 * L, x += 4 * L)
+        peak.take(magnitudes(x), magnitudes(x + L), magnitudes(x + 2 * L), magnitudes(x + 3 * L));
+    for (; n >= L; n -= L, x += L)
+        peak.take(magnitudes(x));
     if (n > 0)
-        take(1, magnitudes_part(x, n));
-    return largest_lane(
-        larger_magnitude(larger_magnitude(largest[0], largest[1]), larger_magnitude(largest[2], largest[3])));
+        peak.take(magnitudes_part(x, n));
+    return peak.value();
 }
 
 // Index of the first of n elements whose magnitude is `size`; there is one.
 template <class T>
 int first_of_magnitude(float size, int n, const T* x) {
+    constexpr int L = Vec::lanes;
     const Vec wanted = Vec::splat(size);
     int i = 0;
-    for (; i + Vec::lanes <= n; i += Vec::lanes)
-        if (const unsigned found = equal_lanes(magnitudes(x + i), wanted))
-            return i + __builtin_ctz(found);
-    return i + __builtin_ctz(equal_lanes(magnitudes_part(x + i, n - i), wanted));
+    for (; i + 4 * L <= n; i += 4 * L) {
+        const T* const p = x + i;
+        if (const std::uint64_t found =
+                equal_lanes(wanted, magnitudes(p), magnitudes(p + L), magnitudes(p + 2 * L), magnitudes(p + 3 * L)))
+            return i + __builtin_ctzll(found);
+    }
+    for (; i + L <= n; i += L)
+        if (const std::uint64_t found = equal_lanes(wanted, magnitudes(x + i)))
+            return i + __builtin_ctzll(found);
+    return i + __builtin_ctzll(equal_lanes(wanted, magnitudes_part(x + i, n - i)));
 }
 
 // Index of the winner among n elements without gaps. Block by block the largest magnitude is compared with the best so

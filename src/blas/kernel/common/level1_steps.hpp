@@ -38,11 +38,19 @@ bool contiguous_either_way(const T* x, int inc) {
     return (inc == 1 || inc == -1) && is_float_address(x);
 }
 
-// How many of the n floats at x lie in front of the first boundary of vectors.
-inline int floats_to_boundary(std::ptrdiff_t n, const float* x) {
+// Sums over one vector: how many of the n floats at x are taken before the vectors that follow lie on boundaries. Wide
+// loads may cross a boundary, at a price that short sums do not earn back.
+constexpr int peeledFrom = Vec::lanes == 4 ? 0 : 256;
+inline int floats_to_peel(std::ptrdiff_t n, const float* x) {
     const auto past = static_cast<int>(reinterpret_cast<std::uintptr_t>(x) / sizeof(float) % Vec::lanes);
-    const int count = past == 0 ? 0 : Vec::lanes - past;
+    if (past == 0 || n < peeledFrom)
+        return 0;
+    const int count = Vec::lanes - past;
     return count < n ? count : static_cast<int>(n);
+}
+// A vector after peeling.
+inline Vec load_peeled(const float* x) {
+    return peeledFrom == 0 ? Vec::load_aligned(x) : Vec::load(x);
 }
 
 // alpha*x in a vector of complex elements: two products of whole vectors.

@@ -9,26 +9,34 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
-// The sum of n squares: passes of 8 vectors between what lies outside the boundaries of vectors.
+// The sum of n squares: passes of 8 vectors, then 4, 2, 1, between what lies outside the boundaries of vectors. With
+// four lanes that is 8 sums, passes of 32 floats and blocks of 16, 8 and 4.
 inline double sum_of_squares(std::ptrdiff_t n, const float* x) {
-    Doubles<Vec> even = Doubles<Vec>::zero(), odd = even; // in SSE 8 numbers, passes of 32
-    if (const int head = floats_to_boundary(n, x)) {
+    Doubles<Vec> even = Doubles<Vec>::zero(), odd = even;
+    const auto add_pairs = [&](int pairs) __attribute__((always_inline)) {
+#pragma GCC unroll 4
+        for (int i = 0; i < pairs; ++i, x += 2 * Vec::lanes) {
+            even.add_squares(Doubles<Vec>::widen_peeled(x));
+            odd.add_squares(Doubles<Vec>::widen_peeled(x + Vec::lanes));
+        }
+    };
+    if (const int head = floats_to_peel(n, x)) {
         odd.add_squares(Doubles<Vec>::widen(load_part<Vec>(x, head)));
         x += head;
         n -= head;
     }
-    constexpr int pass = 8 * Vec::lanes;
-    for (; n >= pass; n -= pass, x += pass) {
-#pragma GCC unroll 4
-        for (int i = 0; i < pass; i += 2 * Vec::lanes) {
-            even.add_squares(Doubles<Vec>::widen_aligned(x + i));
-            odd.add_squares(Doubles<Vec>::widen_aligned(x + i + Vec::lanes));
-        }
+    for (; n >= 8 * Vec::lanes; n -= 8 * Vec::lanes)
+        add_pairs(4);
+    if (n & 4 * Vec::lanes)
+        add_pairs(2);
+    if (n & 2 * Vec::lanes)
+        add_pairs(1);
+    if (n & Vec::lanes) {
+        even.add_squares(Doubles<Vec>::widen_peeled(x));
+        x += Vec::lanes;
     }
-    for (; n >= Vec::lanes; n -= Vec::lanes, x += Vec::lanes)
-        even.add_squares(Doubles<Vec>::widen_aligned(x));
-    if (n > 0)
-        odd.add_squares(Doubles<Vec>::widen(load_part<Vec>(x, static_cast<int>(n))));
+    if (const int rest = n % Vec::lanes)
+        odd.add_squares(Doubles<Vec>::widen(load_part<Vec>(x, rest)));
     return (even + odd).sum();
 }
 

@@ -129,7 +129,7 @@ void rescale(float& d, Each each) {
 // 0 where d1 is negative, or d2 is and its component would be the larger.
 inline void rotmg(float& d1, float& d2, float& x1, float y1, float* param) {
     RotmSetup made{allOfH, {0, 0, 0, 0}};
-    auto& [h11, h21, h12, h22] = made.h;
+    float &h11 = made.h.h11, &h21 = made.h.h21, &h12 = made.h.h12, &h22 = made.h.h22;
     const auto give_up = [&] {
         RotmSetup{allOfH, {0, 0, 0, 0}}.store(param);
         d1 = d2 = x1 = 0;

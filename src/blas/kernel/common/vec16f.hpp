@@ -246,19 +246,24 @@ inline Vec16f sum_neighbours(Vec16f a, Vec16f b) {
     const __m512i odd = _mm512_setr_epi32(1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
     return {_mm512_add_ps(_mm512_permutex2var_ps(a.v, even, b.v), _mm512_permutex2var_ps(a.v, odd, b.v))};
 }
-// Of each two lanes that are magnitudes the larger, or NaN if either is: as an integer NaN is above all numbers.
+// Of each two lanes that are magnitudes the larger, NaN being above all.
 inline Vec16f larger_magnitude(Vec16f a, Vec16f b) {
     return {_mm512_castsi512_ps(_mm512_max_epi32(_mm512_castps_si512(a.v), _mm512_castps_si512(b.v)))};
 }
 inline float largest_lane(Vec16f x) {
-    const __m512i halves = _mm512_castps_si512(x.v);
-    const __m256i half = _mm256_max_epi32(_mm512_castsi512_si256(halves), _mm512_extracti32x8_epi32(halves, 1));
-    const __m128i quad = _mm_max_epi32(_mm256_castsi256_si128(half), _mm256_extracti128_si256(half, 1));
-    return largest_lane(Vec4f{_mm_castsi128_ps(quad)});
+    x = larger_magnitude(x, {_mm512_shuffle_f32x4(x.v, x.v, 0x4E)});
+    x = larger_magnitude(x, {_mm512_shuffle_f32x4(x.v, x.v, 0xB1)});
+    x = larger_magnitude(x, {_mm512_permute_ps(x.v, 0x4E)});
+    return _mm512_cvtss_f32(larger_magnitude(x, {_mm512_permute_ps(x.v, 0xB1)}).v);
 }
-// Bit i is set where lanes i are equal.
-inline unsigned equal_lanes(Vec16f a, Vec16f b) {
-    return _mm512_cmp_ps_mask(a.v, b.v, _CMP_EQ_OQ);
+// Bit i is set where lane i of a, or of a, b, c and d one behind the other, is x.
+inline std::uint64_t equal_lanes(Vec16f x, Vec16f a) {
+    return _mm512_cmp_ps_mask(x.v, a.v, _CMP_EQ_OQ);
+}
+inline std::uint64_t equal_lanes(Vec16f x, Vec16f a, Vec16f b, Vec16f c, Vec16f d) {
+    constexpr int lanes = Vec16f::lanes;
+    return (equal_lanes(x, a) | equal_lanes(x, b) << lanes) | (equal_lanes(x, c) | equal_lanes(x, d) << lanes)
+                                                                  << 2 * lanes;
 }
 
 // The lanes of a vector in double.
@@ -270,8 +275,8 @@ struct Doubles<Vec16f> {
     static Doubles widen(Vec16f x) {
         return {_mm512_cvtps_pd(_mm512_castps512_ps256(x.v)), _mm512_cvtps_pd(_mm512_extractf32x8_ps(x.v, 1))};
     }
-    static Doubles widen_aligned(const float* p) {
-        return {_mm512_cvtps_pd(_mm256_load_ps(p)), _mm512_cvtps_pd(_mm256_load_ps(p + 8))};
+    static Doubles widen_peeled(const float* p) {
+        return {_mm512_cvtps_pd(_mm256_loadu_ps(p)), _mm512_cvtps_pd(_mm256_loadu_ps(p + 8))};
     }
     void add_squares(Doubles x) {
         low = _mm512_fmadd_pd(x.low, x.low, low);

@@ -180,7 +180,7 @@ inline Vec4f load_part<Vec4f>(const float* p, int count) {
     return count == 1 ? load_first<1>(p) : count == 2 ? load_first<2>(p) : load_first<3>(p);
 }
 inline Vec4f abs(Vec4f x) {
-    return {_mm_andnot_ps(_mm_set1_ps(-0.0F), x.v)};
+    return {_mm_and_ps(_mm_castsi128_ps(_mm_set1_epi32(0x7FFFFFFF)), x.v)};
 }
 inline float sum_of_lanes(Vec4f x) {
     const Vec4f pairs = x + swap_halves(x);
@@ -191,17 +191,46 @@ inline Vec4f sum_neighbours(Vec4f a, Vec4f b) {
     return {_mm_add_ps(_mm_shuffle_ps(a.v, b.v, _MM_SHUFFLE(2, 0, 2, 0)),
                        _mm_shuffle_ps(a.v, b.v, _MM_SHUFFLE(3, 1, 3, 1)))};
 }
-// Of each two lanes the larger, or NaN if either is. A build may know a shorter way for magnitudes (larger_magnitude).
-inline Vec4f larger_or_nan(Vec4f a, Vec4f b) {
-    return {_mm_or_ps(_mm_max_ps(a.v, b.v), _mm_cmpunord_ps(a.v, b.v))};
+// The largest of the magnitudes taken in, NaN if one is NaN. For builds that compare integers: as such NaN is above all
+// numbers (larger_magnitude).
+template <class V>
+class IntegerPeak {
+public:
+    void take(V a) { largest_ = larger_magnitude(largest_, a); }
+    void take(V a, V b, V c, V d) { take(larger_magnitude(larger_magnitude(a, b), larger_magnitude(c, d))); }
+    float value() const { return largest_lane(largest_); }
+
+private:
+    V largest_ = V::zero();
+};
+// The same for builds that compare floats only, of which a NaN takes no notice.
+class TestedPeak {
+public:
+    void take(Vec4f a) { take(a, a, a, a); }
+    void take(Vec4f a, Vec4f b, Vec4f c, Vec4f d) {
+        largest_ = max(max(max(a, b), max(c, d)), largest_); // max gives its second operand if either is NaN
+        nan_ = _mm_or_ps(nan_, _mm_or_ps(_mm_cmpunord_ps(a.v, b.v), _mm_cmpunord_ps(c.v, d.v)));
+    }
+    float value() const {
+        if (_mm_movemask_ps(nan_) != 0)
+            return __builtin_nanf("");
+        const Vec4f pairs = max(largest_, swap_halves(largest_));
+        return _mm_cvtss_f32(_mm_max_ss(pairs.v, _mm_shuffle_ps(pairs.v, pairs.v, 1)));
+    }
+
+private:
+    static Vec4f max(Vec4f a, Vec4f b) { return {_mm_max_ps(a.v, b.v)}; }
+    Vec4f largest_ = Vec4f::zero();
+    __m128 nan_ = _mm_setzero_ps();
+};
+// Bit i is set where lane i of a, or of a, b, c and d one behind the other, is x.
+inline std::uint64_t equal_lanes(Vec4f x, Vec4f a) {
+    return static_cast<unsigned>(_mm_movemask_ps(_mm_cmpeq_ps(x.v, a.v)));
 }
-inline float largest_lane(Vec4f x) {
-    const Vec4f pairs = larger_or_nan(x, swap_halves(x));
-    return _mm_cvtss_f32(larger_or_nan(pairs, {_mm_shuffle_ps(pairs.v, pairs.v, 1)}).v);
-}
-// Bit i is set where lanes i are equal.
-inline unsigned equal_lanes(Vec4f a, Vec4f b) {
-    return static_cast<unsigned>(_mm_movemask_ps(_mm_cmpeq_ps(a.v, b.v)));
+inline std::uint64_t equal_lanes(Vec4f x, Vec4f a, Vec4f b, Vec4f c, Vec4f d) {
+    const auto equal = [x](Vec4f y) { return _mm_castps_si128(_mm_cmpeq_ps(x.v, y.v)); };
+    const __m128i ab = _mm_packs_epi32(equal(a), equal(b)), cd = _mm_packs_epi32(equal(c), equal(d));
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(ab, cd)));
 }
 
 // The lanes of a vector in double.
@@ -213,8 +242,8 @@ struct Doubles<Vec4f> {
 
     static Doubles zero() { return {_mm_setzero_pd(), _mm_setzero_pd()}; }
     static Doubles widen(Vec4f x) { return {_mm_cvtps_pd(x.v), _mm_cvtps_pd(_mm_movehl_ps(x.v, x.v))}; }
-    // Two loads: widening from memory takes one step less than from a register.
-    static Doubles widen_aligned(const float* p) {
+    // p is on a boundary. Two loads: widening from memory takes one step less than from a register.
+    static Doubles widen_peeled(const float* p) {
         return {_mm_cvtps_pd(_mm_load_ps(p)),
                 _mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 2))))};
     }

@@ -218,16 +218,23 @@ inline Vec8f sum_neighbours(Vec8f a, Vec8f b) {
     const __m256d quads = _mm256_castps_pd(_mm256_hadd_ps(a.v, b.v));
     return {_mm256_castpd_ps(_mm256_permute4x64_pd(quads, 0xD8))};
 }
-// Of each two lanes that are magnitudes the larger, or NaN if either is: as an integer NaN is above all numbers.
+// Of each two lanes that are magnitudes the larger, NaN being above all.
 inline Vec8f larger_magnitude(Vec8f a, Vec8f b) {
     return {_mm256_castsi256_ps(_mm256_max_epi32(_mm256_castps_si256(a.v), _mm256_castps_si256(b.v)))};
 }
 inline float largest_lane(Vec8f x) {
-    return largest_lane(larger_or_nan({_mm256_castps256_ps128(x.v)}, {_mm256_extractf128_ps(x.v, 1)}));
+    x = larger_magnitude(x, {_mm256_permute2f128_ps(x.v, x.v, 1)});
+    x = larger_magnitude(x, {_mm256_permute_ps(x.v, 0x4E)});
+    return _mm256_cvtss_f32(larger_magnitude(x, {_mm256_permute_ps(x.v, 0xB1)}).v);
 }
-// Bit i is set where lanes i are equal.
-inline unsigned equal_lanes(Vec8f a, Vec8f b) {
-    return static_cast<unsigned>(_mm256_movemask_ps(_mm256_cmp_ps(a.v, b.v, _CMP_EQ_OQ)));
+// Bit i is set where lane i of a, or of a, b, c and d one behind the other, is x.
+inline std::uint64_t equal_lanes(Vec8f x, Vec8f a) {
+    return static_cast<unsigned>(_mm256_movemask_ps(_mm256_cmp_ps(x.v, a.v, _CMP_EQ_OQ)));
+}
+inline std::uint64_t equal_lanes(Vec8f x, Vec8f a, Vec8f b, Vec8f c, Vec8f d) {
+    constexpr int lanes = Vec8f::lanes;
+    return (equal_lanes(x, a) | equal_lanes(x, b) << lanes) | (equal_lanes(x, c) | equal_lanes(x, d) << lanes)
+                                                                  << 2 * lanes;
 }
 
 // The lanes of a vector in double.
@@ -239,8 +246,8 @@ struct Doubles<Vec8f> {
     static Doubles widen(Vec8f x) {
         return {_mm256_cvtps_pd(_mm256_castps256_ps128(x.v)), _mm256_cvtps_pd(_mm256_extractf128_ps(x.v, 1))};
     }
-    static Doubles widen_aligned(const float* p) {
-        return {_mm256_cvtps_pd(_mm_load_ps(p)), _mm256_cvtps_pd(_mm_load_ps(p + 4))};
+    static Doubles widen_peeled(const float* p) {
+        return {_mm256_cvtps_pd(_mm_loadu_ps(p)), _mm256_cvtps_pd(_mm_loadu_ps(p + 4))};
     }
     void add_squares(Doubles x) {
         low = _mm256_fmadd_pd(x.low, x.low, low);

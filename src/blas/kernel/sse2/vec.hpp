@@ -13,9 +13,6 @@ inline Vec4f horizontal_sums(Vec4f a, Vec4f b, Vec4f c, Vec4f d) {
     return sum_lanes(a, b, c, d);
 }
 
-// Of each two lanes that are magnitudes the larger, or NaN if either is.
-inline Vec4f larger_magnitude(Vec4f a, Vec4f b) {
-    return larger_or_nan(a, b);
-}
+using Peak = TestedPeak;
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -6,5 +6,6 @@
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 using Vec = Vec16f;
+using Peak = IntegerPeak<Vec>;
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -10,9 +10,6 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 using Vec = Vec4f;
 
-// Of each two lanes that are magnitudes the larger, or NaN if either is.
-inline Vec4f larger_magnitude(Vec4f a, Vec4f b) {
-    return larger_or_nan(a, b);
-}
+using Peak = TestedPeak;
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD
