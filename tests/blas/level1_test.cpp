@@ -188,7 +188,7 @@ TYPED_TEST(Level1, rounds_as_its_sums_allow) {
 // A vector of elements at addresses that are no multiples of 4, of both operands or of one.
 TYPED_TEST(Level1, accepts_any_address) {
     using T = TypeParam;
-    constexpr int n = 40;
+    constexpr int n = 150;
     for (const Routine<T>& routine : routines<T>())
         for (const VectorBuild& build : vector_builds())
             for (int shift : {1, 4, 5}) {
