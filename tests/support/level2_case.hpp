@@ -56,8 +56,9 @@ T scalar_of(float x) {
 // from case to case, so that each meets each; large sizes come once.
 inline std::vector<Level2Case> level2_cases(bool square) {
     constexpr int small[] = {0, 1, 2, 3, 5, 8, 11, 15, 16, 17, 31, 32, 33};
-    constexpr int large[][2] = {{64, 127},  {127, 64},  {128, 128}, {129, 300},   {300, 129}, {256, 256},
-                                {1024, 33}, {33, 1025}, {2051, 10}, {1025, 1024}, {4099, 3}};
+    constexpr int large[][2] = {{64, 127},  {127, 64},  {128, 128}, {129, 300},
+                                {300, 129}, {256, 256}, {1024, 33}, {33, 1025}};
+    constexpr int largest[][2] = {{2051, 10}, {1025, 1024}, {4099, 3}}, largestSquares[] = {1025, 2051}; // once
     constexpr int increments[] = {1, -2, 1, 3, -1}, extras[] = {0, 1, 4, 16};
     constexpr float alphas[] = {1, -0.75F, 2, 1, 0}, betas[] = {1, 0, 0.5F};
     std::vector<Level2Case> cases;
@@ -74,8 +75,14 @@ inline std::vector<Level2Case> level2_cases(bool square) {
                     add(m, n);
     for (int round = 0; round < 2; ++round)
         for (const auto& [m, n] : large)
-            if (!square || (m < 2000 && m * round < 1000))
+            if (!square || m < 1000)
                 add(m, square ? m : n);
+    if (square)
+        for (const int n : largestSquares)
+            add(n, n);
+    else
+        for (const auto& [m, n] : largest)
+            add(m, n);
     return cases;
 }
 

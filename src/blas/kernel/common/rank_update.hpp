@@ -20,8 +20,8 @@ struct UpdateVectors {
     }
 };
 
-// Column k of A is added x[t] times s[t][k] for each term t, in m rows; of a corner, its triangle. A pack of each vector
-// is loaded once for all columns.
+// Column k of A is added x[t] times s[t][k] for each term t, in m rows; of a corner, its triangle. A pack of each
+// vector is loaded once for all columns.
 template <Corner corner, int columns, int terms, class T>
 void update_columns(int m, T* a, std::ptrdiff_t lda, const T (&s)[terms][columns], UpdateVectors<terms, T> v) {
     constexpr int count = Pack<T>::count;
@@ -38,15 +38,19 @@ void update_columns(int m, T* a, std::ptrdiff_t lda, const T (&s)[terms][columns
         QRV_UNROLL
         for (int t = 0; t < terms; ++t)
             x[t] = AddedPack<T>(Pack<T>::load(v.x[t] + i, height));
+        // All loads before all stores: with columns a multiple of 4096 bytes apart a load that follows the store to its
+        // neighbour would wait for it.
+        Pack<T> sums[columns];
         QRV_UNROLL
         for (int k = 0; k < columns; ++k) {
-            T* const p = column.at[k] + i;
-            Pack<T> sum = Pack<T>::load(p, part(k));
+            sums[k] = Pack<T>::load(column.at[k] + i, part(k));
             QRV_UNROLL
             for (int t = 0; t < terms; ++t)
-                sum = x[t].add_to(factor[t][k], sum);
-            sum.store(p, part(k));
+                sums[k] = x[t].add_to(factor[t][k], sums[k]);
         }
+        QRV_UNROLL
+        for (int k = 0; k < columns; ++k)
+            sums[k].store(column.at[k] + i, part(k));
     };
     int i = 0;
     if constexpr (corner == Corner::first)

@@ -71,8 +71,8 @@ void update_column(int first, int end, T* column, const T (&s)[terms], const Upd
         update_columns<Corner::none>(end - first, column + first, 0, factors, v.from(first - start));
 }
 
-// The columns from j on, as many as s has, as far as they lie in rows `start` to `end` - 1 of the triangle. They meet the
-// diagonal either there in full or not at all.
+// The columns from j on, as many as s has, as far as they lie in rows `start` to `end` - 1 of the triangle. They meet
+// the diagonal either there in full or not at all.
 template <int columns, int terms, class T>
 void update_triangle_columns(bool upper, int start, int end, int j, const T (&s)[terms][columns],
                              const UpdateVectors<terms, T>& v, Matrix<T> a) {
