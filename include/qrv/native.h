@@ -104,9 +104,10 @@ QRV_API void SROTMG(float* d1, float* d2, float* x1, const float* y1, float* par
 
 /* ---- BLAS level 3 ---------------------------------------------------------------------------------------- */
 
-/* General matrix product C := alpha*op(A)*op(B) + beta*C, in single precision.
+/* General matrix product C := alpha*op(A)*op(B) + beta*C.
  *
- * transa, transb  'N': op(X) = X; 'T' or 'C': op(X) = the transpose of X
+ * transa, transb  'N': op(X) = X; 'T': op(X) = the transpose of X; 'C': its conjugate transpose, for real elements the
+ *                 same as 'T'
  * m, n, k         op(A) is m x k, op(B) is k x n, C is m x n; each at least 0
  * alpha, beta     scalars; with *beta = 0 C is not read, with *alpha = 0 A and B are not read
  * a, lda          A, m x k with lda >= max(1, m) for 'N', else k x m with lda >= max(1, k)
@@ -120,6 +121,9 @@ QRV_API void SROTMG(float* d1, float* d2, float* x1, const float* y1, float* par
 QRV_API int SGEMM(const char* transa, const char* transb, const int* m, const int* n, const int* k, const float* alpha,
                   const float* a, const int* lda, const float* b, const int* ldb, const float* beta, float* c,
                   const int* ldc);
+QRV_API int CGEMM(const char* transa, const char* transb, const int* m, const int* n, const int* k,
+                  const qrv_complex* alpha, const qrv_complex* a, const int* lda, const qrv_complex* b, const int* ldb,
+                  const qrv_complex* beta, qrv_complex* c, const int* ldc);
 
 /* ---- Reports --------------------------------------------------------------------------------------------- */
 

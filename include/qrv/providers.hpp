@@ -299,6 +299,19 @@ public:
 class QRV_API SingleComplexBlasLevel3 {
 public:
     virtual ~SingleComplexBlasLevel3() = default;
+
+    // General matrix product C := alpha*op(A)*op(B) + beta*C, with the arguments of SingleBlasLevel3::Sgemm.
+    //
+    // transA, transB  None: op(X) = X; Transpose, ConjugateTranspose: op(X) = the transpose or conjugate transpose of
+    // X;
+    //                 Conjugate alone is a bad option
+    //
+    // Bad arguments are reported as CGEMM's positions 1 (transA), 2 (transB), 3 (m), 4 (n), 5 (k), 8 (lda), 10 (ldb),
+    // 13 (ldc). Source: J. Dongarra, J. Du Croz, S. Hammarling, I. Duff, ACM TOMS 16 (1990).
+    virtual void Cgemm(TransposeOperation transA, TransposeOperation transB, int m, int n, int k, SingleComplex alpha,
+                       ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<const SingleComplex> b,
+                       int bOffset, int ldb, SingleComplex beta, ProviderArray<SingleComplex> c, int cOffset,
+                       int ldc) = 0;
 };
 
 class QRV_API SingleComplexLapack {
@@ -423,6 +436,10 @@ public:
 class QRV_API NativeComplexBlasLevel3 : public SingleComplexBlasLevel3 {
 public:
     NativeComplexBlasLevel3();
+
+    void Cgemm(TransposeOperation transA, TransposeOperation transB, int m, int n, int k, SingleComplex alpha,
+               ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<const SingleComplex> b,
+               int bOffset, int ldb, SingleComplex beta, ProviderArray<SingleComplex> c, int cOffset, int ldc) final;
 };
 
 class QRV_API NativeComplexLapack : public SingleComplexLapack {

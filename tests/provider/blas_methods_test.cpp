@@ -46,6 +46,12 @@ TEST_F(BlasMethods, ComplexLevel1) {
     methods.check("ICAMAX", &Class::Icamax, ICAMAX, {20, 3});
 }
 
+TEST_F(BlasMethods, ComplexLevel3) {
+    using Class = SingleComplexBlasLevel3;
+    MethodTable methods(provider.ComplexBlasLevel3());
+    methods.check("CGEMM ", &Class::Cgemm, CGEMM, {4, 5, 6, 7, 8, 9}, {1, 2, 3, 4, 5, 8, 10, 13});
+}
+
 // Known values, which the methods and the native routines must both give.
 TEST_F(BlasMethods, ResultsComeBack) {
     std::vector<float> x{9, 3, 9, -4}, y{1, 2};
