@@ -2,6 +2,7 @@
 // arguments of its entry, unchecked. Routines without one are called by their kernel's dispatcher.
 #pragma once
 
+#include "blas/kernel/level2_kernels.hpp"
 #include "qrv/native.h"
 
 extern "C" {
@@ -37,6 +38,25 @@ void qrv_blas_srot_omp(const int* threads, const int* n, float* x, const int* in
 void qrv_blas_sswap_omp(const int* threads, const int* n, float* x, const int* incx, float* y, const int* incy);
 void qrv_blas_cswap_omp(const int* threads, const int* n, qrv_complex* x, const int* incx, qrv_complex* y,
                         const int* incy);
+
+// ---- Level 2 ----------------------------------------------------------------------------------------------------
+
+void qrv_blas_sgemv(QRV_GEMV_PARAMETERS(float));
+void qrv_blas_cgemv(QRV_GEMV_PARAMETERS(qrv_complex));
+void qrv_blas_ssymv(QRV_SYMV_PARAMETERS(float));
+void qrv_blas_strmv(QRV_TRIANGULAR_PARAMETERS(float));
+void qrv_blas_ctrmv(QRV_TRIANGULAR_PARAMETERS(qrv_complex));
+void qrv_blas_ssyr(QRV_SYR_PARAMETERS(float));
+void qrv_blas_ssyr2(QRV_SYR2_PARAMETERS(float));
+
+// The same on a team of at most *threads; the matrix is not empty.
+void qrv_blas_sgemv_omp(const int* threads, QRV_GEMV_PARAMETERS(float));
+void qrv_blas_cgemv_omp(const int* threads, QRV_GEMV_PARAMETERS(qrv_complex));
+void qrv_blas_ssymv_omp(const int* threads, QRV_SYMV_PARAMETERS(float));
+void qrv_blas_strmv_omp(const int* threads, QRV_TRIANGULAR_PARAMETERS(float));
+void qrv_blas_ctrmv_omp(const int* threads, QRV_TRIANGULAR_PARAMETERS(qrv_complex));
+void qrv_blas_ssyr_omp(const int* threads, QRV_SYR_PARAMETERS(float));
+void qrv_blas_ssyr2_omp(const int* threads, QRV_SYR2_PARAMETERS(float));
 
 // ---- Level 3 ----------------------------------------------------------------------------------------------------
 

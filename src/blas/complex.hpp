@@ -60,6 +60,17 @@ constexpr SingleComplex& operator*=(SingleComplex& x, SingleComplex y) {
     return x = x * y;
 }
 
+// By the ratio of the divisor's parts, smaller over larger (Smith, 1962): its square is never formed, so it cannot
+// overflow or vanish.
+constexpr SingleComplex operator/(SingleComplex x, SingleComplex y) {
+    if (__builtin_fabsf(y.re) >= __builtin_fabsf(y.im)) {
+        const float ratio = y.im / y.re, divisor = y.re + y.im * ratio;
+        return {(x.re + x.im * ratio) / divisor, (x.im - x.re * ratio) / divisor};
+    }
+    const float ratio = y.re / y.im, divisor = y.re * ratio + y.im;
+    return {(x.re * ratio + x.im) / divisor, (x.im * ratio - x.re) / divisor};
+}
+
 constexpr float conj(float x) {
     return x;
 }

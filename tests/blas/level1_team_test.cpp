@@ -1,6 +1,5 @@
 // Level 1 operations on a team: every routine, team size and pair of increments, with the result of a loop over the
 // elements. The numbers are small integers, so every order of summation gives the same bits.
-#include <atomic>
 #include <complex>
 #include <cstring>
 #include <gtest/gtest.h>
@@ -8,20 +7,9 @@
 #include <vector>
 
 #include "blas/blas.hpp"
+#include "support/observed_team.hpp"
 #include "support/teams.hpp"
 #include "support/work_memory.hpp"
-
-// Regions ask for the size of their team, so the tests see it too.
-namespace {
-std::atomic<int> largestTeam{0};
-}
-extern "C" int __real_omp_get_num_threads();
-extern "C" int __wrap_omp_get_num_threads() {
-    const int team = __real_omp_get_num_threads();
-    for (int largest = largestTeam; largest < team && !largestTeam.compare_exchange_weak(largest, team);)
-        ;
-    return team;
-}
 
 namespace qrv::test {
 namespace {

@@ -1,0 +1,191 @@
+// Decisions and partitions of the threaded level 2 routines: how many threads a call gets, and which part of the matrix
+// a thread takes.
+//
+// A decision returns the number of threads, 1 for a serial call. It asks the machine only for what it needs, cheapest
+// first: `machine` answers cpu_ma(), budget() and dynamic(). All arithmetic on products of sizes is in 64 bits.
+#pragma once
+
+#include <cstdint>
+
+#include "blas/matrix.hpp"
+#include "blas/thread/common/slice.hpp"
+
+namespace qrv {
+
+// The budget where the processor's class has rules; the newest class among others has none and runs serially.
+template <class Machine>
+constexpr int level2_budget(const Machine& machine) {
+    const int cpuMa = machine.cpu_ma();
+    return cpuMa == 32 || cpuMa == 33 || cpuMa == 64 ? machine.budget() : 1;
+}
+
+// ---- General matrix ------------------------------------------------------------------------------------------------
+
+// Which shares of a matrix repay a thread: `share` rows or columns of the given length.
+struct ShareRule {
+    int wide;         // from here on a share is wide
+    int wideWork;     // elements that a wide share needs,
+    int narrowWork;   // and a narrow one,
+    int narrowLength; // which must be this long too
+    int neverShare;   // a share that is serial at any length; 0: none, as it repays nothing anyway
+};
+
+struct GemvRule {
+    int serialBelow;              // if both dimensions are smaller
+    ShareRule rowShare, colShare; // of option N, of the others
+};
+
+inline constexpr GemvRule sgemvRule{
+    .serialBelow = 128,
+    .rowShare = {.wide = 32, .wideWork = 3072, .narrowWork = 1536, .narrowLength = 256, .neverShare = 8},
+    .colShare = {.wide = 32, .wideWork = 4096, .narrowWork = 2048, .narrowLength = 0, .neverShare = 0}};
+inline constexpr GemvRule cgemvRule{
+    .serialBelow = 256,
+    .rowShare = {.wide = 64, .wideWork = 2048, .narrowWork = 1024, .narrowLength = 0, .neverShare = 0},
+    .colShare = {.wide = 64, .wideWork = 2048, .narrowWork = 1024, .narrowLength = 0, .neverShare = 0}};
+
+constexpr bool share_repays(const ShareRule& rule, int share, int length) {
+    if (share == rule.neverShare)
+        return false;
+    const std::int64_t work = std::int64_t{share} * length;
+    return share >= rule.wide ? work >= rule.wideWork : length >= rule.narrowLength && work >= rule.narrowWork;
+}
+
+// m and n are at least 1.
+template <class Machine>
+constexpr int gemv_threads(const GemvRule& rule, char trans, int m, int n, const Machine& machine) {
+    constexpr int rowUnit = 8;
+    if (m < rule.serialBelow && n < rule.serialBelow)
+        return 1;
+    const int threads = level2_budget(machine);
+    if (threads <= 1)
+        return 1;
+    const bool repays = transposes(trans) ? share_repays(rule.colShare, n / threads, m)
+                                          : share_repays(rule.rowShare, m / threads / rowUnit * rowUnit, n);
+    return repays ? threads : 1;
+}
+
+// Option N cuts rows, as vectors are cut; the others cut columns.
+//
+//   n    team   columns
+//   10   4      0+2  2+2  4+2  6+4
+//   3    4      0+0  0+0  0+0  0+3
+constexpr Slice column_slice(int n, int team, int thread) {
+    const int chunk = n / team, first = chunk * thread;
+    return {first, thread == team - 1 ? n - first : chunk};
+}
+constexpr Slice gemv_slice(char trans, int m, int n, int team, int thread) {
+    return transposes(trans) ? column_slice(n, team, thread) : vector_slice(m, team, thread);
+}
+
+// ---- Symmetric matrix ----------------------------------------------------------------------------------------------
+
+inline constexpr int largeTeam = 9; // threads; needs larger matrices
+
+// A large matrix is left to one thread unless the team is large.
+template <class Machine>
+constexpr int symv_threads(int n, const Machine& machine) {
+    constexpr int serialBelow = 256, largeTeamFrom = 301, smallTeamUpTo = 4000;
+    if (n < serialBelow)
+        return 1;
+    const int threads = level2_budget(machine);
+    if (threads <= 1)
+        return 1;
+    const bool repays = threads >= largeTeam ? n >= largeTeamFrom : n <= smallTeamUpTo;
+    return repays ? threads : 1;
+}
+
+// Blocks of rows of a team of two or more: an even number, so that an odd thread is idle.
+constexpr int symv_blocks(int team) {
+    return team & ~1;
+}
+
+// Block k with what is stored beside it; `before` and `after` count the rows outside of it.
+struct SymvBlock {
+    Slice rows;
+    int before, after;
+};
+constexpr SymvBlock symv_block(int n, int blocks, int k) {
+    const Slice rows = vector_slice(n, blocks, k);
+    return {rows, rows.first, n - rows.first - rows.count};
+}
+
+// ---- Triangles -----------------------------------------------------------------------------------------------------
+
+struct TrmvRule {
+    int serialBelow;
+    int largeTeamFrom; // size for a large team
+    int allFrom;       // smaller ones get at most four threads
+};
+
+inline constexpr TrmvRule strmvRule{.serialBelow = 220, .largeTeamFrom = 301, .allFrom = 300};
+inline constexpr TrmvRule ctrmvRule{.serialBelow = 128, .largeTeamFrom = 161, .allFrom = 256};
+
+template <class Machine>
+constexpr int trmv_threads(const TrmvRule& rule, int n, const Machine& machine) {
+    constexpr int fewThreads = 4;
+    if (n < rule.serialBelow)
+        return 1;
+    const int threads = level2_budget(machine);
+    if (threads <= 1 || (threads >= largeTeam && n < rule.largeTeamFrom))
+        return 1;
+    return n < rule.allFrom && threads > fewThreads && machine.dynamic() == 1 ? fewThreads : threads;
+}
+
+template <class Machine>
+constexpr int syr_threads(int n, const Machine& machine) {
+    constexpr int serialBelow = 1500;
+    if (n < serialBelow)
+        return 1;
+    const int threads = level2_budget(machine);
+    return threads > 1 ? threads : 1;
+}
+
+// Where the first half of a team ends in a large triangle: after a third of the bands, or after two thirds.
+enum class TriangleCut { third, twoThirds };
+
+// Rows or columns of a triangle for a thread of a team of two or more. The team is halved, and each half has bands of
+// one width, a multiple of 8; the larger half is the second one and its last thread takes what remains.
+//
+//   n     team  cut        bands
+//   100   2     any        0+48     48+52
+//   100   5     any        0+24     24+24     48+16     64+16    80+20
+//   3000  2     third      0+1000   1000+2000
+//   3000  4     twoThirds  0+1000   1000+1000 2000+496  2496+504
+constexpr Slice triangle_slice(int n, int team, int thread, TriangleCut cut) {
+    constexpr int unit = 8, halvedUpTo = 1024;
+    const int firstHalf = team / 2, secondHalf = team - firstHalf;
+    const int thirds = cut == TriangleCut::third ? 1 : 2;
+    const int share = n <= halvedUpTo ? n / 2 : static_cast<int>(std::int64_t{n} * thirds / 3);
+    const int width = share / firstHalf / unit * unit;
+    if (thread < firstHalf)
+        return {thread * width, width};
+    const int start = firstHalf * width, rest = n - start;
+    const int secondWidth = rest / secondHalf / unit * unit;
+    const int first = start + (thread - firstHalf) * secondWidth;
+    return {first, thread == team - 1 ? n - first : secondWidth};
+}
+
+// A band of the threaded triangular product: a slice of the result's rows of op(A) with the diagonal block at one end.
+struct TriangleBand {
+    Slice slice;
+    int first, length; // what it multiplies: x[first, first + length)
+};
+
+// Whether the rows of op(A) begin at the diagonal, or end there.
+constexpr bool begins_at_diagonal(bool upper, char trans) {
+    return upper != transposes(trans);
+}
+constexpr TriangleBand trmv_band(int n, int team, int thread, bool upper, char trans) {
+    const bool fromDiagonal = begins_at_diagonal(upper, trans);
+    const Slice slice = triangle_slice(n, team, thread, fromDiagonal ? TriangleCut::third : TriangleCut::twoThirds);
+    return fromDiagonal ? TriangleBand{slice, slice.first, n - slice.first}
+                        : TriangleBand{slice, 0, slice.first + slice.count};
+}
+
+// A band of the threaded update: rows of a lower triangle, columns of an upper one, up to the diagonal.
+constexpr Slice syr_band(int n, int team, int thread, bool upper) {
+    return triangle_slice(n, team, thread, upper ? TriangleCut::twoThirds : TriangleCut::third);
+}
+
+} // namespace qrv
