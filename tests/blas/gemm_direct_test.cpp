@@ -52,5 +52,15 @@ TEST(GemmDirectRule, Edges) {
     }
 }
 
+TEST(GemmDirectRule, ComplexEdges) {
+    for (const auto& [transposed, n] : {std::pair{false, 11}, {true, 7}}) {
+        const auto goes = [ta = transposed, n = n](int m, int k) {
+            return kernel::sse42::goes_direct<SingleComplex>(VectorForm::sse, ta, false, m, n, k);
+        };
+        EXPECT_TRUE(goes(n, n)) << n;
+        EXPECT_FALSE(goes(n, n + 1) || goes(n + 1, n)) << n;
+    }
+}
+
 } // namespace
 } // namespace qrv::test
