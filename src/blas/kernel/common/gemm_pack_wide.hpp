@@ -15,47 +15,76 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 // the neighbour of a line is fetched with it.
 constexpr int packRows = 32;
 
-// Steps l to l + Vector::quads - 1 of as many rows as a vector has lanes (fewer unless Full), stored by columns. Steps
-// from `count` on are zero.
-template <class Vector, bool Full>
+// Columns of A become lines of panels: Vector::quads quads of each.
+template <class T, class Vector>
+QRV_INLINE void arrange_panels(Vector (&x)[Vector::quads / floatsIn<T>]) {
+    if constexpr (isComplex<T>)
+        separate_parts(x);
+    else
+        transpose_quads(x);
+}
+
+// A line of as many panels as the vectors that hold its steps: from step l on as many as `count`, the others zero. Of
+// `rows` floats in a column of A, fewer than a vector unless Full.
+template <class Vector, class T, bool Full>
 QRV_INLINE void pack_steps(int rows, int count, const float* a, std::ptrdiff_t lda, float* out, std::ptrdiff_t stride,
-                           Vector alpha) {
-    Vector x[Vector::quads];
+                           const Factor<Vector, T>& alpha) {
+    constexpr int steps = Vector::quads / floatsIn<T>;
+    Vector x[steps];
     QRV_UNROLL
-    for (int s = 0; s < Vector::quads; ++s)
-        x[s] = s < count ? alpha * (Full ? Vector::load(a + s * lda) : load_rows(a + s * lda, rows)) : Vector::zero();
-    transpose_quads(x);
-    const int panels = (rows + panelRows - 1) / panelRows;
+    for (int s = 0; s < steps; ++s)
+        x[s] =
+            s < count ? alpha.times(Full ? Vector::load(a + s * lda) : load_rows(a + s * lda, rows)) : Vector::zero();
+    arrange_panels<T>(x);
+    const int panelFloats = panelRows * floatsIn<T>;
+    const int panels = (rows + panelFloats - 1) / panelFloats;
     QRV_UNROLL
-    for (int p = 0; p < Vector::quads; ++p) {
+    for (int p = 0; p < steps; ++p) {
         if (Full || p < panels - 1)
             x[p].store(out + p * stride);
         else if (p == panels - 1)
-            store_kept(out + p * stride, x[p], typename Vector::Mask(panelRows, rows - panelRows * p));
+            store_kept(out + p * stride, x[p], typename Vector::Mask(panelRows, rows / floatsIn<T> - panelRows * p));
     }
 }
 
 // All steps of `Vectors` full vectors of rows, or of one that is not full.
-template <class Vector, int Vectors, bool Full>
+template <class Vector, class T, int Vectors, bool Full>
 void pack_columns(int rows, int k, const float* a, std::ptrdiff_t lda, float* out, std::ptrdiff_t stride,
-                  Vector alpha) {
-    constexpr int steps = Vector::quads;
+                  const Factor<Vector, T>& alpha) {
+    constexpr int steps = Vector::quads / floatsIn<T>;
     const auto pack = [&](int l, int count) {
         QRV_UNROLL
         for (int v = 0; v < Vectors; ++v)
-            pack_steps<Vector, Full>(rows, count, a + v * Vector::lanes + l * lda, lda,
-                                     out + v * Vector::quads * stride + l * panelRows, stride, alpha);
+            pack_steps<Vector, T, Full>(rows, count, a + v * Vector::lanes + l * lda, lda,
+                                        out + v * steps * stride + l * panelRows * floatsIn<T>, stride, alpha);
     };
     int l = 0;
     for (; l + steps <= k; l += steps)
         pack(l, steps);
-    for (; l < round_up(k, kStep); l += steps)
+    for (; l < round_up(k, kStep / floatsIn<T>); l += steps)
         pack(l, k - l);
 }
 
-// One panel (of fewer than four rows unless Full) whose rows are stored as columns.
-template <class Vector, bool Full>
-void pack_rows(int rows, int k, const float* a, std::ptrdiff_t lda, float* out, Vector alpha) {
+// Quads of a panel times alpha: of complex elements one of real parts and one of imaginary parts, conjugated beforehand
+// if asked for.
+template <class Vector, class T>
+struct QuadFactor {
+    Vector factor;
+    QuadFactor(float x, bool) : factor(Vector::splat(x)) {}
+    QRV_INLINE Vector times(Vector x) const { return factor * x; }
+};
+template <class Vector>
+struct QuadFactor<Vector, SingleComplex> {
+    Vector straight, crossed;
+    QuadFactor(SingleComplex x, bool conjugated)
+        : straight(Vector::alternate_quads(x.re, conjugated ? -x.re : x.re)),
+          crossed(Vector::alternate_quads(conjugated ? x.im : -x.im, x.im)) {}
+    QRV_INLINE Vector times(Vector x) const { return straight * x + crossed * swap_quads(x); }
+};
+
+// One panel (of fewer than four rows unless Full) whose rows are stored as columns, k floats each.
+template <class Vector, class T, bool Full>
+void pack_rows(int rows, int k, const float* a, std::ptrdiff_t lda, float* out, const QuadFactor<Vector, T>& alpha) {
     const typename Vector::Mask kept(panelRows, rows);
     const float* row[panelRows];
     QRV_UNROLL
@@ -67,7 +96,7 @@ void pack_rows(int rows, int k, const float* a, std::ptrdiff_t lda, float* out, 
         QRV_UNROLL
         for (int v = 0; v < kStep / Vector::quads; ++v) {
             float* line = out + l * panelRows + v * Vector::lanes;
-            Vector scaled = alpha * x[v];
+            Vector scaled = alpha.times(x[v]);
             if (count < kStep) // an infinite alpha would make a NaN of a step's zeros
                 scaled = scaled.kept({Vector::lanes, panelRows * count - v * Vector::lanes});
             if (Full)
@@ -83,35 +112,40 @@ void pack_rows(int rows, int k, const float* a, std::ptrdiff_t lda, float* out, 
         pack_steps(l, k - l);
 }
 
-template <class Vector>
-void copy_an(const int* m, const int* k, const float* a, const int* lda, float* buffer, const int* stride,
-             const float* alpha) {
-    const Vector factor = Vector::splat(*alpha);
-    const std::ptrdiff_t ld = *lda, panelStride = *stride;
+// op(A) = A
+template <class Vector, class T>
+void copy_an(const int* m, const int* k, const T* a, const int* lda, T* buffer, const int* stride, const T* alpha) {
+    constexpr std::ptrdiff_t element = floatsIn<T>;
+    constexpr int vectorRows = Vector::lanes / floatsIn<T>;
+    const Factor<Vector, T> factor(*alpha);
+    const std::ptrdiff_t panelStride = *stride * element;
     int i = 0;
     const auto pack = [&](auto pack_rows_of, int rows) {
-        pack_rows_of(rows, *k, a + i, ld, buffer + i / panelRows * panelStride, panelStride, factor);
+        pack_rows_of(rows * floatsIn<T>, *k, reinterpret_cast<const float*>(a + i), *lda * element,
+                     reinterpret_cast<float*>(buffer) + i / panelRows * panelStride, panelStride, factor);
         i += rows;
     };
-    while (i + packRows <= *m)
-        pack(pack_columns<Vector, packRows / Vector::lanes, true>, packRows);
-    while (i + Vector::lanes <= *m)
-        pack(pack_columns<Vector, 1, true>, Vector::lanes);
+    while (i + packRows / floatsIn<T> <= *m)
+        pack(pack_columns<Vector, T, packRows / Vector::lanes, true>, packRows / floatsIn<T>);
+    while (i + vectorRows <= *m)
+        pack(pack_columns<Vector, T, 1, true>, vectorRows);
     if (i < *m)
-        pack(pack_columns<Vector, 1, false>, *m - i);
+        pack(pack_columns<Vector, T, 1, false>, *m - i);
 }
 
-template <class Vector>
-void copy_at(const int* m, const int* k, const float* a, const int* lda, float* buffer, const int* stride,
-             const float* alpha) {
-    const Vector factor = Vector::splat(*alpha);
+// op(A) = A^T, or its conjugate
+template <class Vector, class T, bool conjugated>
+void copy_at(const int* m, const int* k, const T* a, const int* lda, T* buffer, const int* stride, const T* alpha) {
+    const QuadFactor<Vector, T> factor(*alpha, conjugated);
     const std::ptrdiff_t ld = *lda;
     for (int i = 0; i < *m; i += panelRows) {
-        float* panel = buffer + std::ptrdiff_t{i / panelRows} * *stride;
+        float* panel = reinterpret_cast<float*>(buffer + std::ptrdiff_t{i / panelRows} * *stride);
+        const float* rows = reinterpret_cast<const float*>(a + i * ld);
+        const int floats = *k * floatsIn<T>;
         if (i + panelRows <= *m)
-            pack_rows<Vector, true>(panelRows, *k, a + i * ld, ld, panel, factor);
+            pack_rows<Vector, T, true>(panelRows, floats, rows, ld * floatsIn<T>, panel, factor);
         else
-            pack_rows<Vector, false>(*m - i, *k, a + i * ld, ld, panel, factor);
+            pack_rows<Vector, T, false>(*m - i, floats, rows, ld * floatsIn<T>, panel, factor);
     }
 }
 

@@ -18,6 +18,7 @@
 
 #include <cstddef>
 
+#include "blas/complex.hpp"
 #include "blas/kernel/common/gemm_blocks.hpp"
 #include "blas/kernel/gemm_plan.hpp"
 
@@ -29,12 +30,38 @@
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 constexpr int panelRows = 4;
-constexpr int quadColumns = 4;
-constexpr int kStep = 4; // kp is a multiple
+constexpr int kStep = 4; // packed A is zero up to a multiple of so many quads
+template <class T>
+constexpr int floatsIn = sizeof(T) / sizeof(float);
+// Columns of which the elements of a step fill a quad of floats.
+template <class T>
+constexpr int quadColumns = 4 / floatsIn<T>;
+
+// The option bits of 'N' in both cases, which no other option has together, and what tells 'c' from 'C'.
+constexpr bool micro_transposes(char option) {
+    return (option & 0x4E) != 0x4E;
+}
+constexpr bool conjugates(char option) {
+    return (option & ~0x20) == 'C';
+}
+
+// Elements in a vector, as they lie in memory, times one factor.
+template <class Vector, class T>
+struct Factor {
+    Vector factor;
+    explicit Factor(float x) : factor(Vector::splat(x)) {}
+    QRV_INLINE Vector times(Vector x) const { return factor * x; }
+};
+template <class Vector>
+struct Factor<Vector, SingleComplex> {
+    Vector straight, crossed;
+    explicit Factor(SingleComplex x) : straight(Vector::splat(x.re)), crossed(Vector::alternate(-x.im, x.im)) {}
+    QRV_INLINE Vector times(Vector x) const { return straight * x + crossed * swap_neighbours(x); }
+};
 
 // ---- Operand B and its slivers ------------------------------------------------------------------------------------
 
-// Four columns of op(B) as they lie in memory: element (l, j) at data + l*step + j*column.
+// The columns of a quad of op(B) as they lie in memory: element (l, j) at data + l*step + j*column, in floats.
 struct ColumnQuad {
     const float* data;
     std::ptrdiff_t step;
@@ -45,26 +72,29 @@ struct ColumnQuad {
     const float* last_or(int j) const { return data + (j < width ? j : width - 1) * column; }
 };
 
+template <class T>
 struct OperandB {
     enum class Storage { columns, rows, panels };
     const float* data;
-    std::ptrdiff_t ld;
+    std::ptrdiff_t ld; // floats
     Storage storage;
+    bool conjugated;
     int n;
 
     // Columns from j on. Past the last one some quad that exists: its products are not stored.
     ColumnQuad quad(int j) const {
+        constexpr int element = floatsIn<T>, columns = quadColumns<T>;
         if (j >= n)
-            j = (n - 1) / quadColumns * quadColumns;
-        const int width = smaller(quadColumns, n - j);
+            j = (n - 1) / columns * columns;
+        const int width = smaller(columns, n - j);
         switch (storage) {
         case Storage::columns:
-            return {data + j * ld, 1, ld, width};
+            return {data + j * ld, element, ld, width};
         case Storage::rows:
-            return {data + j, ld, 1, width};
+            return {data + j * element, ld, element, width};
         default: {
-            const int panelWidth = width > 2 ? quadColumns : 2;
-            return {data + j / quadColumns * ld, panelWidth, 1, panelWidth};
+            const int panelWidth = width > 2 ? columns : 2;
+            return {data + j / columns * ld, panelWidth * element, element, panelWidth};
         }
         }
     }
@@ -77,6 +107,7 @@ template <class Spread_, int Panels, int Vectors>
 struct TileShape {
     using Spread = Spread_;
     using Vector = typename Spread::Vector;
+    using Element = typename Spread::Element;
     static constexpr int panels = Panels;
     static constexpr int vectors = Vectors;
     static constexpr int rows = panelRows * Panels;
@@ -102,7 +133,7 @@ void expand_columns(const ColumnQuad (&quad)[Spread::quads], int steps, float* o
     const float* column[Spread::columns];
     QRV_UNROLL
     for (int j = 0; j < Spread::columns; ++j)
-        column[j] = quad[j / quadColumns].last_or(j % quadColumns);
+        column[j] = quad[j / quadColumns<float>].last_or(j % quadColumns<float>);
     int l = 0;
     for (; l + kStep <= steps; l += kStep)
         Spread::four_steps(column, l, out + l * outStep, outStep);
@@ -115,25 +146,31 @@ void expand_columns(const ColumnQuad (&quad)[Spread::quads], int steps, float* o
     }
 }
 
+// One vector's columns, from j on.
+template <class Spread>
+void expand_vector(const OperandB<float>& b, int j, int steps, float* out, std::ptrdiff_t outStep) {
+    ColumnQuad quad[Spread::quads];
+    bool full = true;
+    for (int q = 0; q < Spread::quads; ++q) {
+        quad[q] = b.quad(j + q * quadColumns<float>);
+        full = full && quad[q].width == quadColumns<float>;
+    }
+    if (b.storage == OperandB<float>::Storage::columns)
+        expand_columns<Spread>(quad, steps, out, outStep);
+    else if (full)
+        expand_rows<Spread, true>(quad, steps, out, outStep);
+    else
+        expand_rows<Spread, false>(quad, steps, out, outStep);
+}
+
 // The sliver of the columns from j on: k steps of B, zeros up to kp.
-template <class Shape>
-void expand(const OperandB& b, int j, int k, int kp, float* sliver) {
+template <class Shape, class T>
+void expand(const OperandB<T>& b, int j, int k, int kp, float* sliver) {
     using Spread = typename Shape::Spread;
     using Vector = typename Shape::Vector;
     for (int v = 0; v < Shape::vectors; ++v) {
         float* out = sliver + v * Vector::lanes;
-        ColumnQuad quad[Spread::quads];
-        bool full = true;
-        for (int q = 0; q < Spread::quads; ++q) {
-            quad[q] = b.quad(j + v * Spread::columns + q * quadColumns);
-            full = full && quad[q].width == quadColumns;
-        }
-        if (b.storage == OperandB::Storage::columns)
-            expand_columns<Spread>(quad, k, out, Shape::sliverStep);
-        else if (full)
-            expand_rows<Spread, true>(quad, k, out, Shape::sliverStep);
-        else
-            expand_rows<Spread, false>(quad, k, out, Shape::sliverStep);
+        expand_vector<Spread>(b, j + v * Spread::columns, k, out, Shape::sliverStep);
         for (int l = k; l < kp; ++l)
             Vector::zero().store_aligned(out + l * Shape::sliverStep);
     }
@@ -142,10 +179,11 @@ void expand(const OperandB& b, int j, int k, int kp, float* sliver) {
 // ---- The register tile ----------------------------------------------------------------------------------------------
 
 // Running sums: for each panel and vector one for each part of the panel's rows.
-template <class Shape>
+template <class Shape, class T>
 struct TileSums {
     using Vector = typename Shape::Vector;
     using Spread = typename Shape::Spread;
+    static constexpr int quads = Shape::panels; // that the rows of a column of C fill
     static constexpr int parts = panelRows / Spread::rowsAtOnce;
     Vector sums[Shape::panels][Shape::vectors][parts];
 
@@ -180,56 +218,65 @@ struct TileSums {
                 sums[p][v][part] = multiply_add(x, z[v], sums[p][v][part]);
         }
     }
+    // Quad q of the rows of every column of vector v, or of each second one.
+    QRV_INLINE Vector columns(int v, int q, int part) const { return Spread::whole_columns(sums[q][v], part); }
 };
 
 // The tile of C that a register tile updates. Passed by value: a copy of one's own cannot change under a store to C.
+template <class T>
 struct TileOfC {
     float* data;
-    std::ptrdiff_t ld;
+    std::ptrdiff_t ld; // floats
     int columns, rows;
-    float beta;
+    T beta;
 };
 
-template <class Shape>
-QRV_INLINE void prefetch_tile(const TileOfC& c) {
+template <class Shape, class T>
+QRV_INLINE void prefetch_tile(const TileOfC<T>& c) {
     QRV_UNROLL
     for (int j = 0; j < Shape::columns; ++j)
         if (j < c.columns) {
             __builtin_prefetch(c.data + j * c.ld, 1);
-            __builtin_prefetch(c.data + j * c.ld + c.rows - 1, 1);
+            __builtin_prefetch(c.data + j * c.ld + c.rows * floatsIn<T> - 1, 1);
         }
 }
 
-// The columns of vector v, for the panels from `first` on that together fill a vector of rows.
-template <class Shape>
-QRV_INLINE void update_columns(const TileSums<Shape>& tile, int v, int first, const TileOfC& c, int rows) {
+// The columns of vector v, for the quads from `first` on that together fill a vector of `rows` floats.
+template <class Shape, class T>
+QRV_INLINE void update_columns(const TileSums<Shape, T>& tile, int v, int first, const TileOfC<T>& c, int rows) {
     using Vector = typename Shape::Vector;
     using Spread = typename Shape::Spread;
-    const Vector beta = Vector::splat(c.beta);
-    const bool readsC = c.beta != 0;
+    const Factor<Vector, T> beta(c.beta);
+    const bool readsC = c.beta != scalar<T>(0);
+    const bool scalesC = !isComplex<T> || c.beta != scalar<T>(1); // 0 times infinity would make a NaN of an infinite C
     QRV_UNROLL
     for (int part = 0; part < tile.parts; ++part) {
         Vector x[Vector::quads];
         QRV_UNROLL
-        for (int p = 0; p < Vector::quads; ++p)
-            x[p] = Spread::whole_columns(tile.sums[smaller(first + p, Shape::panels - 1)][v], part);
+        for (int q = 0; q < Vector::quads; ++q)
+            x[q] = tile.columns(v, smaller(first + q, tile.quads - 1), part);
         transpose_quads(x);
         QRV_UNROLL
         for (int q = 0; q < Vector::quads; ++q) {
             const int j = v * Spread::columns + tile.parts * q + part;
             if (j >= c.columns)
                 continue;
-            float* out = c.data + j * c.ld + panelRows * first;
-            store_rows(out, readsC ? beta * load_rows(out, rows) + x[q] : x[q], rows);
+            float* out = c.data + j * c.ld + 4 * first;
+            if (readsC) {
+                const Vector old = load_rows(out, rows);
+                x[q] = (scalesC ? beta.times(old) : old) + x[q];
+            }
+            store_rows(out, x[q], rows);
         }
     }
 }
 
 // One register tile: Shape::rows rows (fewer only with Edge) and the first columns of the sliver.
-template <class Shape, bool Edge>
-void multiply_tile(const float* a, std::ptrdiff_t aStride, const float* sliver, int kp, TileOfC c) {
+template <class Shape, bool Edge, class T>
+void multiply_tile(const float* a, std::ptrdiff_t aStride, const float* sliver, int kp, TileOfC<T> c) {
     using Vector = typename Shape::Vector;
     constexpr int group = Shape::Spread::rowsAtOnce;
+    constexpr int aStep = panelRows * floatsIn<T>;
     const int lastRows = c.rows - panelRows * (Shape::panels - 1);
     const typename Vector::Mask mask[2] = {{group, lastRows}, {group, lastRows - group}};
     prefetch_tile<Shape>(c);
@@ -237,49 +284,46 @@ void multiply_tile(const float* a, std::ptrdiff_t aStride, const float* sliver, 
     QRV_UNROLL
     for (int p = 0; p < Shape::panels; ++p)
         panel[p] = a + p * aStride;
-    TileSums<Shape> tile;
+    TileSums<Shape, T> tile;
     tile.clear();
-    const std::ptrdiff_t end = std::ptrdiff_t{kp} * panelRows;
-    for (std::ptrdiff_t l = 0; l < end; l += panelRows, sliver += Shape::sliverStep)
+    const std::ptrdiff_t end = std::ptrdiff_t{kp} * aStep;
+    for (std::ptrdiff_t l = 0; l < end; l += aStep, sliver += Shape::sliverStep)
         tile.template add_step<Edge>(panel, l, sliver, mask);
     QRV_UNROLL
     for (int v = 0; v < Shape::vectors; ++v)
         QRV_UNROLL
-    for (int first = 0; first < Shape::panels; first += Vector::quads) {
-        const int full = panelRows * smaller(Vector::quads, Shape::panels - first);
-        update_columns<Shape>(tile, v, first, c, Edge ? smaller(full, c.rows - panelRows * first) : full);
+    for (int first = 0; first < tile.quads; first += Vector::quads) {
+        const int full = 4 * smaller(Vector::quads, tile.quads - first);
+        update_columns<Shape>(tile, v, first, c, Edge ? smaller(full, c.rows * floatsIn<T> - 4 * first) : full);
     }
 }
 
 // ---- The micro-kernel ---------------------------------------------------------------------------------------
 
+// Sizes and indices in elements, strides in floats.
+template <class T>
 struct MicroCall {
     int m;
     int k;  // steps of B
-    int kp; // the same, rounded up to kStep
+    int kp; // the same, rounded up to the steps of packed A
     const float* a;
     std::ptrdiff_t aStride;
-    OperandB b;
-    Matrix<float> c;
-    float beta;
+    OperandB<T> b;
+    float* c;
+    std::ptrdiff_t ldc;
+    T beta;
     float* sliver;
 
     // The panels from row i on, and the tile of C that they update.
     const float* panels(int i) const { return a + i / panelRows * aStride; }
-    TileOfC tile(int i, int j, int rows, int columns) const { return {&c(i, j), c.ld, columns, rows, beta}; }
+    TileOfC<T> tile(int i, int j, int rows, int columns) const {
+        return {c + i * floatsIn<T> + j * ldc, ldc, columns, rows, beta};
+    }
 };
 
-inline MicroCall micro_call(bool transposedB, int m, int n, int k, const float* a, int aStride, const float* b, int ldb,
-                            float beta, float* c, int ldc, float* sliver, MicroForm form) {
-    using Storage = OperandB::Storage;
-    const Storage direct = transposedB ? Storage::rows : Storage::columns;
-    const Storage storage = form == MicroForm::packedB ? Storage::panels : direct;
-    return {m, k, round_up(k, kStep), a, aStride, {b, ldb, storage, n}, {c, ldc}, beta, sliver};
-}
-
 // The rows left over: a tile of just the panels that they need.
-template <class Spread, int Panels, int Vectors>
-void multiply_edge(const MicroCall& call, int i, int j, int columns) {
+template <class Spread, int Panels, int Vectors, class T>
+void multiply_edge(const MicroCall<T>& call, int i, int j, int columns) {
     const int rows = call.m - i;
     if (rows > panelRows * (Panels - 1))
         multiply_tile<TileShape<Spread, Panels, Vectors>, true>(call.panels(i), call.aStride, call.sliver, call.kp,
@@ -290,42 +334,43 @@ void multiply_edge(const MicroCall& call, int i, int j, int columns) {
 
 // Asks for the columns that come next, a share with each tile: B is the one operand that no earlier pass has brought
 // near, and read by columns it gives the processor sixteen short streams to find.
-template <class Shape>
+template <class Shape, class T>
 class NextColumns {
 public:
-    NextColumns(const MicroCall& call, int j) : b_(call.b), j_(j), columns_(smaller(Shape::columns, call.b.n - j)) {
+    NextColumns(const MicroCall<T>& call, int j) : b_(call.b), j_(j), columns_(smaller(Shape::columns, call.b.n - j)) {
         const int tiles = (call.m + Shape::rows - 1) / Shape::rows;
         stepsAtOnce_ = round_up((call.k + tiles - 1) / tiles, line);
-        left_ = columns_ > 0 && call.b.storage != OperandB::Storage::panels ? call.k : 0;
+        left_ = columns_ > 0 && call.b.storage != OperandB<T>::Storage::panels ? call.k : 0;
     }
     void prefetch_share() {
         const int end = smaller(step_ + stepsAtOnce_, left_);
-        if (b_.storage == OperandB::Storage::columns) {
+        if (b_.storage == OperandB<T>::Storage::columns) {
             for (; step_ < end; step_ += line)
                 for (int j = 0; j < columns_; ++j)
-                    __builtin_prefetch(b_.data + step_ + (j_ + j) * b_.ld);
+                    __builtin_prefetch(b_.data + step_ * floatsIn<T> + (j_ + j) * b_.ld);
         } else {
             for (; step_ < end; ++step_) {
-                __builtin_prefetch(b_.data + step_ * b_.ld + j_);
-                __builtin_prefetch(b_.data + step_ * b_.ld + j_ + columns_ - 1);
+                const float* row = b_.data + step_ * b_.ld;
+                __builtin_prefetch(row + j_ * floatsIn<T>);
+                __builtin_prefetch(row + (j_ + columns_) * floatsIn<T> - 1);
             }
         }
     }
 
 private:
-    static constexpr int line = 16; // floats
-    const OperandB& b_;
+    static constexpr int line = 16 / floatsIn<T>; // elements
+    const OperandB<T>& b_;
     int j_, columns_;
     int stepsAtOnce_, left_;
     int step_ = 0;
 };
 
 // All rows of the columns from j on, at most Shape::columns of them.
-template <class Shape>
-void multiply_columns(const MicroCall& call, int j) {
+template <class Shape, class T>
+void multiply_columns(const MicroCall<T>& call, int j) {
     const int columns = smaller(Shape::columns, call.b.n - j);
     expand<Shape>(call.b, j, call.k, call.kp, call.sliver);
-    NextColumns<Shape> next(call, j + columns);
+    NextColumns<Shape, T> next(call, j + columns);
     int i = 0;
     for (; i + Shape::rows <= call.m; i += Shape::rows) {
         next.prefetch_share();
@@ -334,6 +379,42 @@ void multiply_columns(const MicroCall& call, int j) {
     }
     if (i < call.m)
         multiply_edge<typename Shape::Spread, Shape::panels, Shape::vectors>(call, i, j, columns);
+}
+
+// The next columns, by the first shape unless the one after it holds all that are left. Result: how many.
+template <class T, class Shape>
+int multiply_next(const MicroCall<T>& call, int j) {
+    multiply_columns<Shape>(call, j);
+    return Shape::columns;
+}
+template <class T, class Shape, class Next, class... Narrower>
+int multiply_next(const MicroCall<T>& call, int j) {
+    return call.b.n - j <= Next::columns ? multiply_next<T, Next, Narrower...>(call, j)
+                                         : multiply_next<T, Shape>(call, j);
+}
+
+// GemmPlan<T>::Micro by the given shapes, widest first.
+template <class T, class... Shapes>
+void wide_micro(const char*, const char* transb, const int* m, const int* n, const int* kp, const T*, const T* aPacked,
+                const int* aStride, const T* b, const int* ldb, const T* beta, T* c, const int* ldc, T* sliver,
+                MicroForm form) {
+    using Storage = typename OperandB<T>::Storage;
+    constexpr std::ptrdiff_t element = floatsIn<T>;
+    const Storage direct = micro_transposes(*transb) ? Storage::rows : Storage::columns;
+    const bool packed = form == MicroForm::packedB;
+    const MicroCall<T> call{*m,
+                            *kp,
+                            round_up(*kp, kStep / floatsIn<T>),
+                            reinterpret_cast<const float*>(aPacked),
+                            *aStride * element,
+                            {reinterpret_cast<const float*>(b), *ldb * element, packed ? Storage::panels : direct,
+                             isComplex<T> && !packed && conjugates(*transb), *n},
+                            reinterpret_cast<float*>(c),
+                            *ldc * element,
+                            *beta,
+                            reinterpret_cast<float*>(sliver)};
+    for (int j = 0; j < *n;)
+        j += multiply_next<T, Shapes...>(call, j);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

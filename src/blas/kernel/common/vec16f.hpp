@@ -25,6 +25,17 @@ struct Vec16f {
     static Vec16f repeat_pair(const float* p) { return {_mm512_castpd_ps(_mm512_set1_pd(float_pair(p)))}; }
     static Vec16f repeat_quad(const float* p) { return {_mm512_broadcast_f32x4(_mm_load_ps(p))}; }
 
+    // p0 p0 p2 p2 ..., respectively p1 p1 p3 p3 ...: loads without a shuffle.
+    static Vec16f load_even_twice(const float* p) { return {_mm512_moveldup_ps(_mm512_load_ps(p))}; }
+    static Vec16f load_odd_twice(const float* p) { return {_mm512_movehdup_ps(_mm512_load_ps(p))}; }
+    // x in even lanes, y in odd ones; and by quads
+    static Vec16f alternate(float x, float y) {
+        return {_mm512_mask_mov_ps(_mm512_set1_ps(x), 0xAAAA, _mm512_set1_ps(y))};
+    }
+    static Vec16f alternate_quads(float x, float y) {
+        return {_mm512_mask_mov_ps(_mm512_set1_ps(x), 0xF0F0, _mm512_set1_ps(y))};
+    }
+
     friend Vec16f operator+(Vec16f a, Vec16f b) { return {_mm512_add_ps(a.v, b.v)}; }
     friend Vec16f operator*(Vec16f a, Vec16f b) { return {_mm512_mul_ps(a.v, b.v)}; }
 
@@ -49,6 +60,29 @@ inline __mmask16 first_lanes(int count) {
 // a*b + c, rounded once
 inline Vec16f multiply_add(Vec16f a, Vec16f b, Vec16f c) {
     return {_mm512_fmadd_ps(a.v, b.v, c.v)};
+}
+// c - a*b, rounded once
+inline Vec16f subtract_product(Vec16f a, Vec16f b, Vec16f c) {
+    return {_mm512_fnmadd_ps(a.v, b.v, c.v)};
+}
+// x with the sign changed where `signs` has -0 and kept where it has 0
+inline Vec16f change_signs(Vec16f x, Vec16f signs) {
+    return {_mm512_xor_ps(x.v, signs.v)};
+}
+// x1 x0 x3 x2 in each quad
+inline Vec16f swap_neighbours(Vec16f x) {
+    return {_mm512_permute_ps(x.v, 0xB1)};
+}
+// Each quad changes places with its neighbour.
+inline Vec16f swap_quads(Vec16f x) {
+    return {_mm512_shuffle_f32x4(x.v, x.v, 0xB1)};
+}
+// a0 b0 a1 b1, respectively a2 b2 a3 b3, in each quad
+inline Vec16f low_pairs(Vec16f a, Vec16f b) {
+    return {_mm512_unpacklo_ps(a.v, b.v)};
+}
+inline Vec16f high_pairs(Vec16f a, Vec16f b) {
+    return {_mm512_unpackhi_ps(a.v, b.v)};
 }
 // a0 a1 b0 b1 in each quad
 inline Vec16f low_halves(Vec16f a, Vec16f b) {
@@ -80,6 +114,17 @@ inline __m512 join_quads(__m128 q0, __m128 q1, __m128 q2, __m128 q3) {
     x = _mm512_mask_broadcast_f32x4(x, 0x00F0, q1);
     x = _mm512_mask_broadcast_f32x4(x, 0x0F00, q2);
     return _mm512_mask_broadcast_f32x4(x, 0xF000, q3);
+}
+inline Vec16f join(const __m128 (&quad)[Vec16f::quads]) {
+    return {join_quads(quad[0], quad[1], quad[2], quad[3])};
+}
+// Two steps of eight complex rows become the two steps of their first four and of their last four rows, four real
+// parts followed by four imaginary parts.
+inline void separate_parts(Vec16f (&x)[2]) {
+    const __m512i first = _mm512_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7, 16, 18, 20, 22, 17, 19, 21, 23);
+    const __m512 low = _mm512_permutex2var_ps(x[0].v, first, x[1].v);
+    x[1].v = _mm512_permutex2var_ps(x[0].v, _mm512_add_epi32(first, _mm512_set1_epi32(8)), x[1].v);
+    x[0].v = low;
 }
 
 // The first `rows` floats of c; the others are neither read nor written.

@@ -24,6 +24,13 @@ struct Vec8f {
     static Vec8f repeat_pair(const float* p) { return {_mm256_castpd_ps(_mm256_set1_pd(float_pair(p)))}; }
     static Vec8f repeat_quad(const float* p) { return {_mm256_broadcast_ps(reinterpret_cast<const __m128*>(p))}; }
 
+    // p0 p0 p2 p2 ..., respectively p1 p1 p3 p3 ...: loads without a shuffle.
+    static Vec8f load_even_twice(const float* p) { return {_mm256_moveldup_ps(_mm256_load_ps(p))}; }
+    static Vec8f load_odd_twice(const float* p) { return {_mm256_movehdup_ps(_mm256_load_ps(p))}; }
+    // x in even lanes, y in odd ones; and by quads
+    static Vec8f alternate(float x, float y) { return {_mm256_setr_ps(x, y, x, y, x, y, x, y)}; }
+    static Vec8f alternate_quads(float x, float y) { return {_mm256_setr_ps(x, x, x, x, y, y, y, y)}; }
+
     friend Vec8f operator+(Vec8f a, Vec8f b) { return {_mm256_add_ps(a.v, b.v)}; }
     friend Vec8f operator*(Vec8f a, Vec8f b) { return {_mm256_mul_ps(a.v, b.v)}; }
 
@@ -44,6 +51,29 @@ struct Vec8f {
 inline Vec8f multiply_add(Vec8f a, Vec8f b, Vec8f c) {
     return {_mm256_fmadd_ps(a.v, b.v, c.v)};
 }
+// c - a*b, rounded once
+inline Vec8f subtract_product(Vec8f a, Vec8f b, Vec8f c) {
+    return {_mm256_fnmadd_ps(a.v, b.v, c.v)};
+}
+// x with the sign changed where `signs` has -0 and kept where it has 0
+inline Vec8f change_signs(Vec8f x, Vec8f signs) {
+    return {_mm256_xor_ps(x.v, signs.v)};
+}
+// x1 x0 x3 x2 in each quad
+inline Vec8f swap_neighbours(Vec8f x) {
+    return {_mm256_permute_ps(x.v, 0xB1)};
+}
+// Each quad changes places with its neighbour.
+inline Vec8f swap_quads(Vec8f x) {
+    return {_mm256_permute2f128_ps(x.v, x.v, 0x01)};
+}
+// a0 b0 a1 b1, respectively a2 b2 a3 b3, in each quad
+inline Vec8f low_pairs(Vec8f a, Vec8f b) {
+    return {_mm256_unpacklo_ps(a.v, b.v)};
+}
+inline Vec8f high_pairs(Vec8f a, Vec8f b) {
+    return {_mm256_unpackhi_ps(a.v, b.v)};
+}
 // a0 a1 b0 b1 in each quad
 inline Vec8f low_halves(Vec8f a, Vec8f b) {
     return {_mm256_castpd_ps(_mm256_unpacklo_pd(_mm256_castps_pd(a.v), _mm256_castps_pd(b.v)))};
@@ -57,6 +87,14 @@ inline void transpose_quads(Vec8f (&x)[Vec8f::quads]) {
     const __m256 low = _mm256_permute2f128_ps(x[0].v, x[1].v, 0x20);
     x[1].v = _mm256_permute2f128_ps(x[0].v, x[1].v, 0x31);
     x[0].v = low;
+}
+
+// Four complex rows of a step become their four real parts, then their four imaginary parts.
+inline void separate_parts(Vec8f (&x)[1]) {
+    x[0].v = _mm256_permutevar8x32_ps(x[0].v, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7));
+}
+inline Vec8f join(const __m128 (&quad)[Vec8f::quads]) {
+    return {_mm256_set_m128(quad[1], quad[0])};
 }
 
 // The first `count` floats at p, the rest zero; nothing past them is read.

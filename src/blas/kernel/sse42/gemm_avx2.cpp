@@ -4,8 +4,8 @@
 #include "blas/kernel/common/vec8f.hpp"
 
 #include "blas/kernel/common/gemm_direct.hpp"
-#include "blas/kernel/common/gemm_pack_wide.hpp"
-#include "blas/kernel/common/gemm_wide.hpp"
+#include "blas/kernel/common/gemm_wide_complex.hpp"
+#include "blas/kernel/common/gemm_wide_form.hpp"
 #include "blas/kernel/sse42/wide.hpp"
 
 namespace qrv::kernel::sse42_avx2 {
@@ -23,6 +23,7 @@ namespace {
 // b0 b0 b1 b1 | b2 b2 b3 b3
 struct Sliver {
     using Vector = Vec8f;
+    using Element = float;
     static constexpr int columns = 4;
     static constexpr int quads = 1;
     static constexpr int rowsAtOnce = 2;
@@ -51,34 +52,17 @@ struct Sliver {
 
 using Wide = TileShape<Sliver, 3, manyRegisters ? 2 : 1>;
 using Narrow = TileShape<Sliver, manyRegisters ? 6 : 3, 1>;
-constexpr int sliverFactor = 4; // sliver floats per float of B, four columns counted
-static_assert(Wide::sliverStep <= quadColumns * sliverFactor && Narrow::sliverStep <= quadColumns * sliverFactor);
 
-void micro(const char*, const char* transb, const int* m, const int* n, const int* kp, const float*,
-           const float* aPacked, const int* aStride, const float* b, const int* ldb, const float* beta, float* c,
-           const int* ldc, float* sliver, MicroForm form) {
-    const bool transposedB = (*transb & 0x4E) != 0x4E;
-    const MicroCall call =
-        micro_call(transposedB, *m, *n, *kp, aPacked, *aStride, b, *ldb, *beta, c, *ldc, sliver, form);
-    for (int j = 0; j < *n;) {
-        if (*n - j > Narrow::columns) {
-            multiply_columns<Wide>(call, j);
-            j += Wide::columns;
-        } else {
-            multiply_columns<Narrow>(call, j);
-            j += Narrow::columns;
-        }
-    }
-}
+// Two sums for each pair of rows, two spread steps of the sliver and a pair of A.
+using Complex = TileShape<ComplexSliver<Vec8f>, manyRegisters ? 3 : 1, 1>;
 
 } // namespace
 
 void use_form(GemmPlan<float>* plan) {
-    plan->copyAN = copy_an<Vec8f>;
-    plan->copyAT = plan->copyAC = copy_at<Vec8f>;
-    plan->micro = micro;
-    plan->smallFactor = sliverFactor;
-    plan->microScalesC = true;
+    use_wide_form<float, Vec8f, Wide, Narrow>(plan);
+}
+void use_form(GemmPlan<SingleComplex>* plan) {
+    use_wide_form<SingleComplex, Vec8f, Complex>(plan);
 }
 
 void direct(QRV_GEMM_PARAMETERS(float)) {

@@ -6,8 +6,8 @@
 #include "blas/kernel/common/vec16f.hpp"
 
 #include "blas/kernel/common/gemm_direct.hpp"
-#include "blas/kernel/common/gemm_pack_wide.hpp"
-#include "blas/kernel/common/gemm_wide.hpp"
+#include "blas/kernel/common/gemm_wide_complex.hpp"
+#include "blas/kernel/common/gemm_wide_form.hpp"
 #include "blas/kernel/sse42/wide.hpp"
 
 namespace qrv::kernel::sse42_avx512 {
@@ -32,6 +32,7 @@ __m512 four_quads(const float* const* column, int l) {
 // Two slivers side by side: b0 b0 b1 b1 | b2 b2 b3 b3 | b4 b4 b5 b5 | b6 b6 b7 b7
 struct SliverPair {
     using Vector = Vec16f;
+    using Element = float;
     static constexpr int columns = 8;
     static constexpr int quads = 2;
     static constexpr int rowsAtOnce = 2;
@@ -62,6 +63,7 @@ struct SliverPair {
 // Four columns in a whole vector: b0 b0 b0 b0 | b1 b1 b1 b1 | b2 b2 b2 b2 | b3 b3 b3 b3
 struct QuadSliver {
     using Vector = Vec16f;
+    using Element = float;
     static constexpr int columns = 4;
     static constexpr int quads = 1;
     static constexpr int rowsAtOnce = 4;
@@ -85,39 +87,17 @@ struct QuadSliver {
 using Wide = TileShape<SliverPair, manyRegisters ? 4 : 3, manyRegisters ? 2 : 1>;
 using Middle = TileShape<SliverPair, manyRegisters ? 4 : 3, 1>;
 using Narrow = TileShape<QuadSliver, manyRegisters ? 8 : 6, 1>;
-constexpr int sliverFactor = 8; // sliver floats per float of B, four columns counted
-static_assert(Wide::sliverStep <= quadColumns * sliverFactor && Middle::sliverStep <= quadColumns * sliverFactor &&
-              Narrow::sliverStep <= quadColumns * sliverFactor);
 
-void micro(const char*, const char* transb, const int* m, const int* n, const int* kp, const float*,
-           const float* aPacked, const int* aStride, const float* b, const int* ldb, const float* beta, float* c,
-           const int* ldc, float* sliver, MicroForm form) {
-    const bool transposedB = (*transb & 0x4E) != 0x4E;
-    const MicroCall call =
-        micro_call(transposedB, *m, *n, *kp, aPacked, *aStride, b, *ldb, *beta, c, *ldc, sliver, form);
-    for (int j = 0; j < *n;) {
-        const int left = *n - j;
-        if (left > Middle::columns) {
-            multiply_columns<Wide>(call, j);
-            j += Wide::columns;
-        } else if (left > Narrow::columns) {
-            multiply_columns<Middle>(call, j);
-            j += Middle::columns;
-        } else {
-            multiply_columns<Narrow>(call, j);
-            j += Narrow::columns;
-        }
-    }
-}
+// Two sums for each pair of rows; more of them, or more columns, ran slower from 128 up.
+using Complex = TileShape<ComplexSliver<Vec16f>, manyRegisters ? 4 : 1, 1>;
 
 } // namespace
 
 void use_form(GemmPlan<float>* plan) {
-    plan->copyAN = copy_an<Vec16f>;
-    plan->copyAT = plan->copyAC = copy_at<Vec16f>;
-    plan->micro = micro;
-    plan->smallFactor = sliverFactor;
-    plan->microScalesC = true;
+    use_wide_form<float, Vec16f, Wide, Middle, Narrow>(plan);
+}
+void use_form(GemmPlan<SingleComplex>* plan) {
+    use_wide_form<SingleComplex, Vec16f, Complex>(plan);
 }
 
 void direct(QRV_GEMM_PARAMETERS(float)) {

@@ -10,6 +10,7 @@
     namespace qrv::kernel::form {                                                                                      \
     /* Puts the form's routines into a plan of the sse42 row. */                                                       \
     void use_form(GemmPlan<float>* plan);                                                                              \
+    void use_form(GemmPlan<SingleComplex>* plan);                                                                      \
     /* The whole operation without packing and without work memory; m, n, k and alpha are not 0. */                    \
     void direct(QRV_GEMM_PARAMETERS(float));                                                                           \
     }
