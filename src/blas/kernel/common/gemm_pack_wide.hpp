@@ -28,7 +28,7 @@ QRV_INLINE void arrange_panels(Vector (&x)[Vector::quads / floatsIn<T>]) {
 // `rows` floats in a column of A, fewer than a vector unless Full.
 template <class Vector, class T, bool Full>
 QRV_INLINE void pack_steps(int rows, int count, const float* a, std::ptrdiff_t lda, float* out, std::ptrdiff_t stride,
-                           const Factor<Vector, T>& alpha) {
+                           Factor<Vector, T> alpha) {
     constexpr int steps = Vector::quads / floatsIn<T>;
     Vector x[steps];
     QRV_UNROLL
@@ -50,7 +50,7 @@ QRV_INLINE void pack_steps(int rows, int count, const float* a, std::ptrdiff_t l
 // All steps of `Vectors` full vectors of rows, or of one that is not full.
 template <class Vector, class T, int Vectors, bool Full>
 void pack_columns(int rows, int k, const float* a, std::ptrdiff_t lda, float* out, std::ptrdiff_t stride,
-                  const Factor<Vector, T>& alpha) {
+                  Factor<Vector, T> alpha) {
     constexpr int steps = Vector::quads / floatsIn<T>;
     const auto pack = [&](int l, int count) {
         QRV_UNROLL
@@ -84,7 +84,7 @@ struct QuadFactor<Vector, SingleComplex> {
 
 // One panel (of fewer than four rows unless Full) whose rows are stored as columns, k floats each.
 template <class Vector, class T, bool Full>
-void pack_rows(int rows, int k, const float* a, std::ptrdiff_t lda, float* out, const QuadFactor<Vector, T>& alpha) {
+void pack_rows(int rows, int k, const float* a, std::ptrdiff_t lda, float* out, QuadFactor<Vector, T> alpha) {
     const typename Vector::Mask kept(panelRows, rows);
     const float* row[panelRows];
     QRV_UNROLL

@@ -51,13 +51,26 @@ struct Factor {
     Vector factor;
     explicit Factor(float x) : factor(Vector::splat(x)) {}
     QRV_INLINE Vector times(Vector x) const { return factor * x; }
+    QRV_INLINE Vector times_plus(Vector x, Vector y) const { return multiply_add(factor, x, y); }
 };
 template <class Vector>
 struct Factor<Vector, SingleComplex> {
     Vector straight, crossed;
     explicit Factor(SingleComplex x) : straight(Vector::splat(x.re)), crossed(Vector::alternate(-x.im, x.im)) {}
     QRV_INLINE Vector times(Vector x) const { return straight * x + crossed * swap_neighbours(x); }
+    QRV_INLINE Vector times_plus(Vector x, Vector y) const {
+        return multiply_add(straight, x, multiply_add(crossed, swap_neighbours(x), y));
+    }
 };
+
+// Whether to multiply C by a beta that is not 0. Real elements may be multiplied by 1; of complex ones 0 times an
+// infinite part would make NaN.
+constexpr bool scales_c(float) {
+    return true;
+}
+constexpr bool scales_c(SingleComplex beta) {
+    return beta != scalar<SingleComplex>(1);
+}
 
 // ---- Operand B and its slivers ------------------------------------------------------------------------------------
 
@@ -248,7 +261,7 @@ QRV_INLINE void update_columns(const TileSums<Shape, T>& tile, int v, int first,
     using Spread = typename Shape::Spread;
     const Factor<Vector, T> beta(c.beta);
     const bool readsC = c.beta != scalar<T>(0);
-    const bool scalesC = !isComplex<T> || c.beta != scalar<T>(1); // 0 times infinity would make a NaN of an infinite C
+    const bool scalesC = scales_c(c.beta);
     QRV_UNROLL
     for (int part = 0; part < tile.parts; ++part) {
         Vector x[Vector::quads];

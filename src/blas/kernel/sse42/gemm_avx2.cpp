@@ -13,9 +13,16 @@ constexpr bool manyRegisters = sizeof(void*) == 8;
 
 // 12 sums of 16 registers, respectively 6 of 8: with two rows of A, or one, and an element of B.
 template <>
-struct DirectTiles<Vec8f> {
+struct DirectTiles<Vec8f, float> {
     static constexpr int vectors = manyRegisters ? 2 : 1;
     static constexpr int columns = 6;
+};
+
+// The same with two sums for each vector and column.
+template <>
+struct DirectTiles<Vec8f, SingleComplex> {
+    static constexpr int vectors = manyRegisters ? 2 : 1;
+    static constexpr int columns = 3;
 };
 
 namespace {
@@ -66,7 +73,10 @@ void use_form(GemmPlan<SingleComplex>* plan) {
 }
 
 void direct(QRV_GEMM_PARAMETERS(float)) {
-    gemm_direct<Vec8f>(QRV_GEMM_ARGUMENTS);
+    gemm_direct<Vec8f, float>(QRV_GEMM_ARGUMENTS);
+}
+void direct(QRV_GEMM_PARAMETERS(SingleComplex)) {
+    gemm_direct<Vec8f, SingleComplex>(QRV_GEMM_ARGUMENTS);
 }
 
 } // namespace qrv::kernel::sse42_avx2

@@ -16,9 +16,16 @@ constexpr bool manyRegisters = sizeof(void*) == 8;
 
 // 24 sums of 32 registers, respectively 6 of 8: with three rows of A, or one, and an element of B.
 template <>
-struct DirectTiles<Vec16f> {
+struct DirectTiles<Vec16f, float> {
     static constexpr int vectors = manyRegisters ? 3 : 1;
     static constexpr int columns = manyRegisters ? 8 : 6;
+};
+
+// The same with two sums for each vector and column.
+template <>
+struct DirectTiles<Vec16f, SingleComplex> {
+    static constexpr int vectors = manyRegisters ? 2 : 1;
+    static constexpr int columns = manyRegisters ? 6 : 3;
 };
 
 namespace {
@@ -101,7 +108,10 @@ void use_form(GemmPlan<SingleComplex>* plan) {
 }
 
 void direct(QRV_GEMM_PARAMETERS(float)) {
-    gemm_direct<Vec16f>(QRV_GEMM_ARGUMENTS);
+    gemm_direct<Vec16f, float>(QRV_GEMM_ARGUMENTS);
+}
+void direct(QRV_GEMM_PARAMETERS(SingleComplex)) {
+    gemm_direct<Vec16f, SingleComplex>(QRV_GEMM_ARGUMENTS);
 }
 
 } // namespace qrv::kernel::sse42_avx512

@@ -13,6 +13,7 @@
     void use_form(GemmPlan<SingleComplex>* plan);                                                                      \
     /* The whole operation without packing and without work memory; m, n, k and alpha are not 0. */                    \
     void direct(QRV_GEMM_PARAMETERS(float));                                                                           \
+    void direct(QRV_GEMM_PARAMETERS(SingleComplex));                                                                   \
     }
 
 QRV_DECLARE_WIDE_FORM(sse42_avx2)
