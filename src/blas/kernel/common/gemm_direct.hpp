@@ -33,9 +33,10 @@ struct DirectTiles;
 // Steps per pass over C: the rows of a tile, so deep, stay in the innermost cache for all of its columns.
 constexpr int directDepth = 256;
 constexpr int directShallow = 64;
-// Leading dimensions of A, in multiples of this, that bring its columns into the same few places of the innermost
-// cache; and from how many columns of C on a copy of the tile repays itself.
-constexpr int directConflict = 1024;
+// Leading dimensions of A, in floats and in multiples of this, that bring its columns into the same few places of the
+// innermost cache; and from how many columns of C on a copy of the tile repays itself.
+template <class T>
+constexpr int directConflict = 1024 / floatsIn<T>;
 constexpr int directRepays = 24;
 // The transposed rows of a tile, in floats.
 constexpr int directBuffer = 3072;
@@ -334,7 +335,7 @@ QRV_INLINE void gemm_direct(QRV_GEMM_PARAMETERS(T)) {
     const auto *aFloats = reinterpret_cast<const float*>(a), *bFloats = reinterpret_cast<const float*>(b);
     auto* cFloats = reinterpret_cast<float*>(c);
     const int rows = *m * floatsIn<T>;
-    if (transposedA || (stepA % directConflict == 0 && *n >= directRepays))
+    if (transposedA || (stepA % directConflict<T> == 0 && *n >= directRepays))
         direct_gathered<Vector>(transposedA, rows, *n, p, *k, aFloats, stepA, bFloats, cFloats);
     else
         direct_straight<Vector>(rows, *n, p, *k, aFloats, bFloats, cFloats);

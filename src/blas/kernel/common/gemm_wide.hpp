@@ -37,12 +37,9 @@ constexpr int floatsIn = sizeof(T) / sizeof(float);
 template <class T>
 constexpr int quadColumns = 4 / floatsIn<T>;
 
-// The option bits of 'N' in both cases, which no other option has together, and what tells 'c' from 'C'.
+// By the bits of 'N' in both cases, which no other option has together.
 constexpr bool micro_transposes(char option) {
     return (option & 0x4E) != 0x4E;
-}
-constexpr bool conjugates(char option) {
-    return (option & ~0x20) == 'C';
 }
 
 // Elements in a vector, as they lie in memory, times one factor.

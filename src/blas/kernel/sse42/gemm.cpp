@@ -14,13 +14,14 @@ constexpr GemmPlanRow<SingleComplex> row<SingleComplex> = cgemm_row<cgemmBlocksS
 // Which products a form computes without packing: up to how many multiply-adds (m*n*k). Beyond, packing costs
 // less than operands that come from the outer caches again and again.
 struct DirectRange {
-    double plain;      // A as it lies
-    double transposed; // A transposed: its tiles are transposed on the way, again for each group of columns
-    int fewRows;       // a C this low uses an element of B so seldom that packing and expanding it cost most
-    double low;        // limit for such a C
-    double lowByRows;  // the same if B is transposed and long walks along its rows thrash the address cache
-    int fewColumns;    // a C this narrow uses packed A too seldom, if A is not transposed
-    double narrow;     // limit for such a C
+    double plain;            // A as it lies
+    double transposed;       // A transposed: its tiles are transposed on the way, again for each group of columns
+    int fewRows;             // a C this low uses an element of B so seldom that packing and expanding it cost most
+    double low;              // limit for such a C
+    double lowByRows;        // the same if B is transposed and long walks along its rows thrash the address cache
+    int fewColumns;          // a C this narrow uses packed A too seldom, if A is not transposed
+    double narrow;           // limit for such a C
+    double narrowTransposed; // the same if A is transposed: as many elements to bring together as to pack
 };
 template <class T>
 constexpr DirectRange directRanges[] = {
@@ -30,21 +31,24 @@ constexpr DirectRange directRanges[] = {
      .low = 0,
      .lowByRows = 0,
      .fewColumns = 0,
-     .narrow = 0},
+     .narrow = 0,
+     .narrowTransposed = 0},
     {.plain = 0x1p19,
      .transposed = 0x1p18,
      .fewRows = 32,
      .low = 0x1p27,
      .lowByRows = 0x1p24,
      .fewColumns = 12,
-     .narrow = 0x1p22},
+     .narrow = 0x1p22,
+     .narrowTransposed = 0},
     {.plain = 0x1p24,
      .transposed = 0x1p22,
      .fewRows = 32,
      .low = 0x1p27,
      .lowByRows = 0x1p24,
      .fewColumns = 32,
-     .narrow = 0x1p26},
+     .narrow = 0x1p26,
+     .narrowTransposed = 0},
 };
 template <>
 constexpr DirectRange directRanges<SingleComplex>[] = {
@@ -54,7 +58,24 @@ constexpr DirectRange directRanges<SingleComplex>[] = {
      .low = 0,
      .lowByRows = 0,
      .fewColumns = 0,
-     .narrow = 0},
+     .narrow = 0,
+     .narrowTransposed = 0},
+    {.plain = 0x1p20,
+     .transposed = 0x1p20,
+     .fewRows = 16,
+     .low = 0x1p27,
+     .lowByRows = 0x1p22,
+     .fewColumns = 12,
+     .narrow = 0x1p22,
+     .narrowTransposed = 0x1p27},
+    {.plain = 0x1p22,
+     .transposed = 0x1p20,
+     .fewRows = 16,
+     .low = 0x1p27,
+     .lowByRows = 0x1p22,
+     .fewColumns = 32,
+     .narrow = 0x1p23,
+     .narrowTransposed = 0x1p27},
 };
 
 // A product of few steps spends its time in C, which the packed path walks more gently once it leaves the caches.
@@ -65,20 +86,20 @@ constexpr double shallowArea = 0x1p19;
 
 template <class T>
 bool goes_direct(VectorForm form, bool transposedA, bool transposedB, int m, int n, int k) {
-    const DirectRange& range = directRanges<T>[isComplex<T> ? 0 : static_cast<int>(form)];
+    const DirectRange& range = directRanges<T>[static_cast<int>(form)];
     const double area = static_cast<double>(m) * n;
     if (k < shallowDepth && area > shallowArea)
         return false;
     const double work = area * k;
     return work <= (transposedA ? range.transposed : range.plain) ||
            (m <= range.fewRows && work <= (transposedB ? range.lowByRows : range.low)) ||
-           (!transposedA && n <= range.fewColumns && work <= range.narrow);
+           (n <= range.fewColumns && work <= (transposedA ? range.narrowTransposed : range.narrow));
 }
 template bool goes_direct<float>(VectorForm, bool, bool, int, int, int);
 template bool goes_direct<SingleComplex>(VectorForm, bool, bool, int, int, int);
 
-template <>
-DirectGemm<float>* direct_gemm(VectorForm form) {
+template <class T>
+DirectGemm<T>* direct_gemm(VectorForm form) {
 #ifdef QRV_WIDE_KERNELS
     if (form == VectorForm::avx512)
         return sse42_avx512::direct;
@@ -86,15 +107,19 @@ DirectGemm<float>* direct_gemm(VectorForm form) {
         return sse42_avx2::direct;
 #endif
     static_cast<void>(form);
-    return blas_sgemm_small;
+    if constexpr (isComplex<T>)
+        return blas_cgemm_small;
+    else
+        return blas_sgemm_small;
 }
-template <>
-DirectGemm<SingleComplex>* direct_gemm(VectorForm) {
-    return blas_cgemm_small;
-}
+template DirectGemm<float>* direct_gemm<float>(VectorForm);
+template DirectGemm<SingleComplex>* direct_gemm<SingleComplex>(VectorForm);
 
-void plan_load_for(VectorForm form, GemmPlan<float>* plan) {
-    fill_plan(row<float>, plan);
+namespace {
+
+template <class T>
+void load_plan(VectorForm form, GemmPlan<T>* plan) {
+    fill_plan(row<T>, plan);
 #ifdef QRV_WIDE_KERNELS
     if (form == VectorForm::avx512)
         sse42_avx512::use_form(plan);
@@ -103,8 +128,14 @@ void plan_load_for(VectorForm form, GemmPlan<float>* plan) {
 #endif
     static_cast<void>(form);
 }
-void plan_load_for(VectorForm, GemmPlan<SingleComplex>* plan) {
-    fill_plan(row<SingleComplex>, plan);
+
+} // namespace
+
+void plan_load_for(VectorForm form, GemmPlan<float>* plan) {
+    load_plan(form, plan);
+}
+void plan_load_for(VectorForm form, GemmPlan<SingleComplex>* plan) {
+    load_plan(form, plan);
 }
 
 #define QRV_DEFINE_GEMM(T, gemm)                                                                                       \
