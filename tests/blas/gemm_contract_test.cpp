@@ -345,7 +345,7 @@ TYPED_TEST(GemmContract, ZeroTimesNanIsNan) {
         }
 }
 
-// What C holds stays in its element, scaled.
+// What C holds stays in its element, scaled; beta = 1 leaves infinite parts as they are.
 TYPED_TEST(GemmContract, NanInCStaysInItsElement) {
     for (const Size& s : sizes)
         for (const float beta : {1.0F, 2.0F}) {
@@ -355,7 +355,7 @@ TYPED_TEST(GemmContract, NanInCStaysInItsElement) {
             const auto good = [&](int i, int j, TypeParam c) {
                 if (i == s.m - 1 && j == s.n / 2)
                     return has_nan(c);
-                return i == 0 && j == 0 ? !is_finite(c) : is_finite(c);
+                return i == 0 && j == 0 ? !is_finite(c) && !(beta == 1 && has_nan(c)) : is_finite(c);
             };
             for (const Subject<TypeParam>& subject : subjects<TypeParam>())
                 EXPECT_EQ(x.result(subject.gemm).count_bad(good), 0) << subject.name << ' ' << x.p;
