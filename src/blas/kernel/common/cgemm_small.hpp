@@ -29,8 +29,11 @@ struct ComplexProduct {
 template <int count>
 void finish_elements(const ComplexProduct& p, Vec4f sums, float* c) {
     Vec4f result = ScaledBy<SingleComplex>(p.alpha)(sums);
-    if (p.beta != scalar<SingleComplex>(0))
-        result = ScaledBy<SingleComplex>(p.beta)(load_first<count>(c)) + result;
+    if (p.beta != scalar<SingleComplex>(0)) {
+        const Vec4f old = load_first<count>(c);
+        const bool asItIs = p.beta == scalar<SingleComplex>(1); // 0 times an infinite part would make NaN
+        result = (asItIs ? old : ScaledBy<SingleComplex>(p.beta)(old)) + result;
+    }
     store_first<count>(c, result);
 }
 
