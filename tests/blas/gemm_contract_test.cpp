@@ -251,7 +251,7 @@ TYPED_TEST(GemmContract, NothingIsTouchedOutsideTheOperands) {
         for (const int m : {1, 2, 3, 4, 5, 6, 7, 8, 9, 12, 15, 16, 18, 24, 31, 33, 35, 49, 83})
             for (const int n : {1, 2, 3, 5, 6, 8, 11, 15, 20, 41})
                 for (const int k : {1, 2, 3, 4, 5, 8, 11, 18, 67})
-                    if (m + n + k < 120 && (!isComplex<TypeParam> || (m + n + k) % 3 == 0))
+                    if (m + n + k < 120 && (!isComplex<TypeParam> || (m + 2 * n) % 3 == k % 3))
                         at(m, n, k);
         for (const int m : {16, 24, 35, 83})
             for (const int n : {80, 81, 82, 83})
@@ -345,7 +345,7 @@ TYPED_TEST(GemmContract, ZeroTimesNanIsNan) {
         }
 }
 
-// What C holds stays in its element, scaled.
+// What C holds stays in its element, scaled; beta = 1 leaves infinite parts as they are.
 TYPED_TEST(GemmContract, NanInCStaysInItsElement) {
     for (const Size& s : sizes)
         for (const float beta : {1.0F, 2.0F}) {
@@ -355,7 +355,7 @@ TYPED_TEST(GemmContract, NanInCStaysInItsElement) {
             const auto good = [&](int i, int j, TypeParam c) {
                 if (i == s.m - 1 && j == s.n / 2)
                     return has_nan(c);
-                return i == 0 && j == 0 ? !is_finite(c) : is_finite(c);
+                return i == 0 && j == 0 ? !is_finite(c) && !(beta == 1 && has_nan(c)) : is_finite(c);
             };
             for (const Subject<TypeParam>& subject : subjects<TypeParam>())
                 EXPECT_EQ(x.result(subject.gemm).count_bad(good), 0) << subject.name << ' ' << x.p;

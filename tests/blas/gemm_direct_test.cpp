@@ -49,8 +49,8 @@ const std::vector<LastDirect> lastDirect<float> = {
 };
 template <>
 const std::vector<LastDirect> lastDirect<SingleComplex> = {
-    {VectorForm::sse, 'N', 'N', 10, 10, 10},
-    {VectorForm::sse, 'T', 'N', 8, 8, 8},
+    {VectorForm::sse, 'N', 'N', 11, 11, 11},
+    {VectorForm::sse, 'T', 'N', 7, 7, 7},
     {VectorForm::avx2, 'N', 'T', 128, 128, 64},
     {VectorForm::avx2, 'T', 'N', 128, 64, 128},
     {VectorForm::avx2, 'N', 'N', 1 << 9, 8, 1 << 10},

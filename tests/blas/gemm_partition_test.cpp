@@ -39,13 +39,11 @@ TEST(GemmGain, Work) {
     EXPECT_EQ(gemm_work(realGemmGain, 100, 100, 100), 510000);
     EXPECT_EQ(gemm_work(realGemmGain, 100, 25, 100), 131250);
     EXPECT_EQ(gemm_work(realGemmGain, 1, 1, 1), 1); // 3/2, truncated
-    constexpr GemmGainRule weighted{.fromTeam = 3, .productWeight = 4, .divisor = 1};
-    EXPECT_EQ(gemm_work(weighted, 10, 20, 3), 3 * (4 * 200 + 30));
+    EXPECT_EQ(gemm_work(complexGemmGain, 10, 20, 3), 3 * (4 * 200 + 30));
 }
 
 TEST(GemmGain, SmallCalls) {
     constexpr GemmGainRule whole{.fromTeam = 2, .productWeight = 1, .divisor = 1};
-    constexpr GemmGainRule fromThree{.fromTeam = 3, .productWeight = 4, .divisor = 1};
     struct Row {
         GemmGainRule rule;
         GemmSizes sizes;
@@ -63,10 +61,10 @@ TEST(GemmGain, SmallCalls) {
              {realGemmGain, {90, 10, 100}, 10, true},  // 50000 / (10000 + 9050) = 2.6
              {realGemmGain, {90, 10, 100}, 40, false}, // more threads than columns: 1.1
              {realGemmGain, {100, 100, 100}, most, false},
-             {whole, {3, 1, 1000}, 2, false},  // 7000 / (2000 + 3000): exactly 1.4 is not enough
-             {whole, {3, 1, 1001}, 2, true},   // 7007 / (2000 + 3003)
-             {fromThree, {17, 5, 5}, 2, true}, // no gain asked of so small a team
-             {fromThree, {17, 5, 5}, 3, false},
+             {whole, {3, 1, 1000}, 2, false},        // 7000 / (2000 + 3000): exactly 1.4 is not enough
+             {whole, {3, 1, 1001}, 2, true},         // 7007 / (2000 + 3003)
+             {complexGemmGain, {17, 5, 5}, 2, true}, // no gain asked of so small a team
+             {complexGemmGain, {17, 5, 5}, 3, false},
              {realGemmGain, {42, 42, 42}, 2, false, VectorForm::avx2}, // a thread costs 4000
              {realGemmGain, {43, 43, 43}, 2, true, VectorForm::avx2},
              {realGemmGain, {56, 56, 56}, 2, false, VectorForm::avx512}, // and 10000

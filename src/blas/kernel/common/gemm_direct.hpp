@@ -6,13 +6,15 @@
 //   op(A) = A  straight from A; of the last vector only the rows that there are
 //   op(A) = A^T, and columns of A that would displace each other in the cache: the steps of a tile are brought
 //              together, in blocks, in a buffer on the stack
-//   few rows, or few columns, and many steps  see gemm_dots.hpp
+//   complex    rows as they lie, real and imaginary parts side by side, times the real and times the imaginary part of
+//              an element of B, summed apart; the end combines the sums and settles all conjugations by signs
+//   few rows, or few columns, and many steps  of real elements, see gemm_dots.hpp
 //   alignment  none assumed
 //   reads      nothing past the operands; C only if beta is not 0
 //   m, n, k    positive; alpha = 0 and k = 0 are the caller's
 //
-// Each element of C sums its products in ascending k, in one chain a block of steps: alpha*sum + beta*C for the first
-// block, alpha*sum + C for those after it. Lanes past the last row hold what never reaches C.
+// Each element of C sums its products in ascending k, in one chain (two if complex) a block of steps: alpha*sum +
+// beta*C for the first block, alpha*sum + C for those after it. Lanes past the last row hold what never reaches C.
 #pragma once
 
 #include <cstddef>

@@ -1,9 +1,12 @@
 // Packing of A for the wide forms: the layout of gemm_pack.hpp, whole lines at a time.
 //
-//   panel   four rows of op(A), `stride` floats apart; step l takes four consecutive floats, 16-byte aligned
-//   k       filled up with zero steps to a multiple of kStep
-//   last    with r rows left only the first r lanes of a step are stored
+//   panel   four rows of op(A), `stride` floats apart; step l takes a quad of four consecutive floats, 16-byte aligned,
+//           of complex elements two: the real parts, then the imaginary ones
+//   k       filled up with zero steps to a multiple of kStep quads
+//   last    with r rows left only the first r lanes of a quad are stored
 //   reads   nothing outside the operand
+//
+// By rows, complex elements are real ones of twice the depth: a transposed quad of floats is one of parts already.
 #pragma once
 
 #include "blas/kernel/common/gemm_wide.hpp"

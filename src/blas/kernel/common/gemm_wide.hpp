@@ -14,6 +14,9 @@
 // gives 2 x 8 products: the pairs come from packed A by loads alone, so that no shuffle takes a turn from the
 // multiply-adds. The last columns of a row of C may use steps of b0 b0 b0 b0 b1 ..., times a0 a1 a2 a3, instead.
 // Each element of C sums its products in ascending k, in one chain, which is then added to beta*C.
+//
+// Complex elements, of which a step of packed A is two such quads, go the same way; what is theirs alone is in
+// gemm_wide_complex.hpp. Strides and addresses are in floats throughout, sizes and indices in elements.
 #pragma once
 
 #include <cstddef>
@@ -60,8 +63,8 @@ struct Factor<Vector, SingleComplex> {
     }
 };
 
-// Whether to multiply C by a beta that is not 0. Real elements may be multiplied by 1; of complex ones 0 times an
-// infinite part would make NaN.
+// Whether to multiply C by a beta that is not 0. Real elements may be multiplied by 1; of complex ones with an infinite
+// part 0 times infinity would make NaN.
 constexpr bool scales_c(float) {
     return true;
 }

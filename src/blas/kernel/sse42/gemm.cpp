@@ -52,8 +52,8 @@ constexpr DirectRange directRanges[] = {
 };
 template <>
 constexpr DirectRange directRanges<SingleComplex>[] = {
-    {.plain = 10 * 10 * 10,
-     .transposed = 8 * 8 * 8,
+    {.plain = 11 * 11 * 11,
+     .transposed = 7 * 7 * 7,
      .fewRows = 0,
      .low = 0,
      .lowByRows = 0,
