@@ -67,7 +67,7 @@ private:
         if (!Step::readsX || past_boundary(x_ + done_) == 0)
             return passes(Loads<true>(x_ + done_));
         with_unaligned_source(
-            x_ + done_, [this](auto source) __attribute__((always_inline)) { passes(source); });
+            x_ + done_, [this](auto source) __attribute__((always_inline)) { this->passes(source); });
     }
     template <class Source>
     [[gnu::always_inline]] void passes(Source source) {
