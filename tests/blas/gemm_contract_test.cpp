@@ -154,7 +154,7 @@ TYPED_TEST(GemmContract, AnyAlignment) {
 TYPED_TEST(GemmContract, EveryOption) {
     for (const char ta : {'N', 'n', 'T', 't', 'C', 'c'})
         for (const char tb : {'N', 'n', 'T', 't', 'C', 'c'})
-            for (const auto& [m, n, k] : {Size{7, 8, 9}, {1, 5, 3}, {5, 6, 1}, {9, 1, 5}, {31, 26, 21}, {70, 71, 72}})
+            for (const auto& [m, n, k] : {Size{7, 8, 9}, {1, 5, 3}, {5, 6, 1}, {9, 1, 37}, {31, 26, 21}, {70, 71, 72}})
                 check<TypeParam>({ta, tb, m, n, k, 2, 0.5F});
 }
 

@@ -215,7 +215,7 @@ TYPED_TEST(GemmTeam, UsesTheTeamItAskedFor) {
     // Of a complex product a team of two need not promise a gain.
     const auto team_for_few = [](int threads) {
         const ForcedTeam forced(threads);
-        return std::max(1, workers<T>({'N', 'N', 18, 18, 18}, the_driver<T>()));
+        return std::max(1, workers<T>({'T', 'N', 10, 20, 10}, the_driver<T>()));
     };
     EXPECT_EQ(team_for_few(2), isComplex<T> ? 2 : 1);
     EXPECT_EQ(team_for_few(8), 1);

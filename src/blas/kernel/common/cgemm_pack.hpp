@@ -153,7 +153,7 @@ Vec4f conj_pair(Vec4f x) {
     return conjugated ? flip_signs(x, Vec4f{_mm_setr_ps(0, -0.0F, 0, -0.0F)}) : x;
 }
 
-// One step of one or two columns whose elements lie `ld` floats apart, and for which `step` gives the address.
+// One step of one or two columns, `ld` floats apart.
 template <int columns>
 Vec4f load_columns(const float* b, std::ptrdiff_t ld) {
     const Vec4f first = load_first<parts>(b);
