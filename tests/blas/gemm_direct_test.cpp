@@ -56,7 +56,7 @@ const std::vector<LastDirect> lastDirect<SingleComplex> = {
     {VectorForm::avx2, 'N', 'N', 1 << 9, 8, 1 << 10},
     {VectorForm::avx2, 'T', 'N', 1 << 12, 8, 1 << 12},
     {VectorForm::avx2, 'N', 'N', 16, 1 << 11, 1 << 12},
-    {VectorForm::avx512, 'N', 'T', 256, 128, 128},
+    {VectorForm::avx512, 'N', 'T', 64, 128, 128},
     {VectorForm::avx512, 'T', 'T', 128, 128, 64},
     {VectorForm::avx512, 'N', 'N', 1 << 9, 32, 1 << 9},
     {VectorForm::avx512, 'T', 'N', 1 << 11, 32, 1 << 11},
