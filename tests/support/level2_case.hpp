@@ -1,7 +1,6 @@
 // Problems of BLAS level 2: sizes, increments and operands, and their results in double precision.
 #pragma once
 
-#include <cstring>
 #include <ostream>
 
 #include "support/builds.hpp"
@@ -141,14 +140,14 @@ public:
         bool intact = elements_.guards_intact();
         for (int j = 0; rows_ > 0 && j < columns_; ++j)
             for (int i = 0; i < (j + 1 < columns_ ? ld_ : rows_); ++i)
-                intact = intact && ((i < rows_ && stored_(i, j)) || is_canary((*this)(i, j)));
+                intact = intact && ((i < rows_ && stored_(i, j)) || untouched(i, j));
         return intact;
     }
 
 private:
-    static bool is_canary(const T& x) {
-        static const T canary = *GuardedVector<T>(1).data();
-        return std::memcmp(&x, &canary, sizeof x) == 0;
+    bool untouched(int i, int j) {
+        const float* const p = reinterpret_cast<const float*>(&(*this)(i, j));
+        return GuardedVector<T>::intact(p, p + sizeof(T) / sizeof(float));
     }
 
     int rows_, columns_, ld_;

@@ -106,16 +106,17 @@ public:
         return values;
     }
 
+    // Whether these floats of its memory are the canaries that were put there.
+    static bool intact(const float* from, const float* to) {
+        bool same = true;
+        for (const float* p = from; p < to; ++p) {
+            const std::uint32_t bits = canary(p);
+            same = same && std::memcmp(p, &bits, sizeof bits) == 0;
+        }
+        return same;
+    }
     bool guards_intact() const {
         const std::size_t gap = parts * static_cast<std::size_t>(std::abs(inc_));
-        const auto intact = [](const float* from, const float* to) {
-            bool same = true;
-            for (const float* p = from; p < to; ++p) {
-                const std::uint32_t bits = canary(p);
-                same = same && std::memcmp(p, &bits, sizeof bits) == 0;
-            }
-            return same;
-        };
         bool all = intact(begin(), first_) && intact(first_ + length_, end());
         for (std::size_t p = 0; all && gap > parts && p + gap < length_; p += gap)
             all = intact(first_ + p + parts, first_ + p + gap);
