@@ -102,6 +102,97 @@ QRV_API void SROTM(const int* n, float* x, const int* incx, float* y, const int*
  * param   5 floats, overwritten in the form of SROTM */
 QRV_API void SROTMG(float* d1, float* d2, float* x1, const float* y1, float* param);
 
+/* ---- BLAS level 2 ---------------------------------------------------------------------------------------- */
+
+/* Operations with a matrix and vectors. The arguments mean the same everywhere:
+ *
+ * trans        'N': op(A) = A; 'T': op(A) = the transpose of A; 'C': its conjugate transpose, for real elements the
+ *              same as 'T'
+ * uplo         'U', 'L': only the upper or the lower triangle of the n x n matrix A is stored; the other one is neither
+ *              read nor written
+ * diag         'U': the diagonal of A is taken as 1 and not read; 'N': it is stored
+ * m, n         A is m x n (of order n where there is no m); at least 0, and with 0 nothing is read or written
+ * alpha, beta  scalars; with *beta = 0 y need not be set, with *alpha = 0 A and x are not read
+ * a, lda       A; lda >= max(1, m), or max(1, n) where A is of order n
+ * x, incx      a vector, incx not 0; y, incy likewise. What is written must not overlap what is read.
+ *
+ * Result: 0, or 1 if an argument was bad: its position is reported, and the outputs are unchanged. Positions are those
+ * of the options, sizes, leading dimensions and increments; they are named at each routine.
+ *
+ * Source: J. Dongarra, J. Du Croz, S. Hammarling, R. Hanson, An extended set of Fortran basic linear algebra
+ * subprograms, ACM TOMS 14 (1988).
+ */
+
+/* y := alpha*op(A)*x + beta*y, for a general matrix. x has n elements and y m for 'N', else x has m and y n.
+ * Reported: 1, 2, 3, 6, 8, 11. */
+QRV_API int SGEMV(const char* trans, const int* m, const int* n, const float* alpha, const float* a, const int* lda,
+                  const float* x, const int* incx, const float* beta, float* y, const int* incy);
+QRV_API int CGEMV(const char* trans, const int* m, const int* n, const qrv_complex* alpha, const qrv_complex* a,
+                  const int* lda, const qrv_complex* x, const int* incx, const qrv_complex* beta, qrv_complex* y,
+                  const int* incy);
+
+/* The same for a matrix with kl diagonals below the main one and ku above it, both at least 0. Element (i, j) of A is
+ * a[ku + i - j + j*lda]; lda >= kl + ku + 1. Reported: 1, 2, 3, 4, 5, 8, 10, 13. */
+QRV_API int SGBMV(const char* trans, const int* m, const int* n, const int* kl, const int* ku, const float* alpha,
+                  const float* a, const int* lda, const float* x, const int* incx, const float* beta, float* y,
+                  const int* incy);
+
+/* y := alpha*A*x + beta*y, for a symmetric (SSYMV) or Hermitian (CHEMV) matrix; imaginary parts on the diagonal are not
+ * read. Reported: 1, 2, 5, 7, 10. */
+QRV_API int SSYMV(const char* uplo, const int* n, const float* alpha, const float* a, const int* lda, const float* x,
+                  const int* incx, const float* beta, float* y, const int* incy);
+QRV_API int CHEMV(const char* uplo, const int* n, const qrv_complex* alpha, const qrv_complex* a, const int* lda,
+                  const qrv_complex* x, const int* incx, const qrv_complex* beta, qrv_complex* y, const int* incy);
+
+/* The same for a symmetric matrix with k >= 0 diagonals on either side of the main one. Element (i, j) of A is
+ * a[k + i - j + j*lda] in the upper triangle, a[i - j + j*lda] in the lower one; lda >= k + 1.
+ * Reported: 1, 2, 3, 6, 8, 11. */
+QRV_API int SSBMV(const char* uplo, const int* n, const int* k, const float* alpha, const float* a, const int* lda,
+                  const float* x, const int* incx, const float* beta, float* y, const int* incy);
+
+/* x := op(A)*x, for a triangular matrix. Reported: 1, 2, 3, 4, 6, 8. */
+QRV_API int STRMV(const char* uplo, const char* trans, const char* diag, const int* n, const float* a, const int* lda,
+                  float* x, const int* incx);
+QRV_API int CTRMV(const char* uplo, const char* trans, const char* diag, const int* n, const qrv_complex* a,
+                  const int* lda, qrv_complex* x, const int* incx);
+
+/* x := inv(op(A))*x: the solution of op(A)*z = x takes the place of x. A singular matrix is not noticed; division by a
+ * zero on the diagonal gives infinities or NaN. Reported: 1, 2, 3, 4, 6, 8. */
+QRV_API int STRSV(const char* uplo, const char* trans, const char* diag, const int* n, const float* a, const int* lda,
+                  float* x, const int* incx);
+QRV_API int CTRSV(const char* uplo, const char* trans, const char* diag, const int* n, const qrv_complex* a,
+                  const int* lda, qrv_complex* x, const int* incx);
+
+/* STRMV and STRSV for a triangular matrix with k >= 0 diagonals beside the main one, stored as for SSBMV.
+ * Reported: 1, 2, 3, 4, 5, 7, 9. */
+QRV_API int STBMV(const char* uplo, const char* trans, const char* diag, const int* n, const int* k, const float* a,
+                  const int* lda, float* x, const int* incx);
+QRV_API int STBSV(const char* uplo, const char* trans, const char* diag, const int* n, const int* k, const float* a,
+                  const int* lda, float* x, const int* incx);
+
+/* A := alpha*x*y' + A, for a general matrix, where y' is the transpose of y, in CGERC its conjugate transpose. x has m
+ * elements, y n. Reported: 1, 2, 5, 7, 9. */
+QRV_API int SGER(const int* m, const int* n, const float* alpha, const float* x, const int* incx, const float* y,
+                 const int* incy, float* a, const int* lda);
+QRV_API int CGERU(const int* m, const int* n, const qrv_complex* alpha, const qrv_complex* x, const int* incx,
+                  const qrv_complex* y, const int* incy, qrv_complex* a, const int* lda);
+QRV_API int CGERC(const int* m, const int* n, const qrv_complex* alpha, const qrv_complex* x, const int* incx,
+                  const qrv_complex* y, const int* incy, qrv_complex* a, const int* lda);
+
+/* A := alpha*x*x' + A, for a symmetric matrix, or with the conjugate transpose for a Hermitian one (CHER, alpha real),
+ * whose diagonal comes out real. Reported: 1, 2, 5, 7. */
+QRV_API int SSYR(const char* uplo, const int* n, const float* alpha, const float* x, const int* incx, float* a,
+                 const int* lda);
+QRV_API int CHER(const char* uplo, const int* n, const float* alpha, const qrv_complex* x, const int* incx,
+                 qrv_complex* a, const int* lda);
+
+/* A := alpha*x*y' + alpha*y*x' + A, for a symmetric matrix, or A := alpha*x*y^H + conj(alpha)*y*x^H + A for a Hermitian
+ * one (CHER2), whose diagonal comes out real. Reported: 1, 2, 5, 7, 9. */
+QRV_API int SSYR2(const char* uplo, const int* n, const float* alpha, const float* x, const int* incx, const float* y,
+                  const int* incy, float* a, const int* lda);
+QRV_API int CHER2(const char* uplo, const int* n, const qrv_complex* alpha, const qrv_complex* x, const int* incx,
+                  const qrv_complex* y, const int* incy, qrv_complex* a, const int* lda);
+
 /* ---- BLAS level 3 ---------------------------------------------------------------------------------------- */
 
 /* General matrix product C := alpha*op(A)*op(B) + beta*C.

@@ -188,6 +188,81 @@ public:
 class QRV_API SingleBlasLevel2 {
 public:
     virtual ~SingleBlasLevel2() = default;
+
+    // Operations with a matrix and vectors. The arguments mean the same everywhere:
+    //
+    // transA           None, Conjugate: op(A) = A; Transpose, ConjugateTranspose: op(A) = the transpose of A
+    // triangleMode     which triangle of A, of order n, is stored; the other one is neither read nor written
+    // diag             Unit: the diagonal of A is taken as 1 and not read
+    // m, n             A is m x n (of order n where there is no m); at least 0, and with 0 nothing is read or written
+    // alpha, beta      scalars; with beta = 0 y need not be set, with alpha = 0 A and x are not read
+    // a, aOffset, lda  A; lda >= max(1, m), or max(1, n) where A is of order n
+    // x, xOffset, incx a vector, incx not 0; y likewise. What is written must not overlap what is read.
+    //
+    // Bad arguments are reported as positions of the native routine of the same name, which each method names.
+    //
+    // Source: J. Dongarra, J. Du Croz, S. Hammarling, R. Hanson, ACM TOMS 14 (1988).
+
+    // y := alpha*op(A)*x + beta*y. x has n elements and y m, with a transposed A x has m and y n.
+    // Positions: 2 (m), 3 (n), 6 (lda), 8 (incx), 11 (incy).
+    virtual void Sgemv(TransposeOperation transA, int m, int n, float alpha, ProviderArray<const float> a, int aOffset,
+                       int lda, ProviderArray<const float> x, int xOffset, int incx, float beta, ProviderArray<float> y,
+                       int yOffset, int incy) = 0;
+
+    // x := op(A)*x, A triangular. Positions: 4 (n), 6 (lda), 8 (incx).
+    virtual void Strmv(MatrixTriangleMode triangleMode, TransposeOperation transA, MatrixDiagonalMode diag, int n,
+                       ProviderArray<const float> a, int aOffset, int lda, ProviderArray<float> x, int xOffset,
+                       int incx) = 0;
+
+    // x := inv(op(A))*x, A triangular: the solution of op(A)*z = x takes the place of x. A singular matrix is not
+    // noticed; division by a zero on the diagonal gives infinities or NaN. Positions: 4 (n), 6 (lda), 8 (incx).
+    virtual void Strsv(MatrixTriangleMode triangleMode, TransposeOperation transA, MatrixDiagonalMode diag, int n,
+                       ProviderArray<const float> a, int aOffset, int lda, ProviderArray<float> x, int xOffset,
+                       int incx) = 0;
+
+    // y := alpha*A*x + beta*y, A symmetric. Positions: 2 (n), 5 (lda), 7 (incx), 10 (incy).
+    virtual void Ssymv(MatrixTriangleMode triangleMode, int n, float alpha, ProviderArray<const float> a, int aOffset,
+                       int lda, ProviderArray<const float> x, int xOffset, int incx, float beta, ProviderArray<float> y,
+                       int yOffset, int incy) = 0;
+
+    // A := alpha*x*y' + A. x has m elements, y n. Positions: 1 (m), 2 (n), 5 (incx), 7 (incy), 9 (lda).
+    virtual void Sger(int m, int n, float alpha, ProviderArray<const float> x, int xOffset, int incx,
+                      ProviderArray<const float> y, int yOffset, int incy, ProviderArray<float> a, int aOffset,
+                      int lda) = 0;
+
+    // A := alpha*x*x' + A, A symmetric. Positions: 2 (n), 5 (incx), 7 (lda).
+    virtual void Ssyr(MatrixTriangleMode triangleMode, int n, float alpha, ProviderArray<const float> x, int xOffset,
+                      int incx, ProviderArray<float> a, int aOffset, int lda) = 0;
+
+    // A := alpha*x*y' + alpha*y*x' + A, A symmetric. Positions: 2 (n), 5 (incx), 7 (incy), 9 (lda).
+    virtual void Ssyr2(MatrixTriangleMode triangleMode, int n, float alpha, ProviderArray<const float> x, int xOffset,
+                       int incx, ProviderArray<const float> y, int yOffset, int incy, ProviderArray<float> a,
+                       int aOffset, int lda) = 0;
+
+    // Sgemv for a matrix with kl diagonals below the main one and ku above it, both at least 0. Element (i, j) of A is
+    // element aOffset + ku + i - j + j*lda of a; lda >= kl + ku + 1.
+    // Positions: 2 (m), 3 (n), 4 (kl), 5 (ku), 8 (lda), 10 (incx), 13 (incy).
+    virtual void Sgbmv(TransposeOperation transA, int m, int n, int kl, int ku, float alpha,
+                       ProviderArray<const float> a, int aOffset, int lda, ProviderArray<const float> x, int xOffset,
+                       int incx, float beta, ProviderArray<float> y, int yOffset, int incy) = 0;
+
+    // Strmv for a triangular matrix with k >= 0 diagonals beside the main one, stored as for Ssbmv.
+    // Positions: 4 (n), 5 (k), 7 (lda), 9 (incx).
+    virtual void Stbmv(MatrixTriangleMode triangleMode, TransposeOperation transA, MatrixDiagonalMode diag, int n,
+                       int k, ProviderArray<const float> a, int aOffset, int lda, ProviderArray<float> x, int xOffset,
+                       int incx) = 0;
+
+    // Strsv for such a matrix. Positions: 4 (n), 5 (k), 7 (lda), 9 (incx).
+    virtual void Stbsv(MatrixTriangleMode triangleMode, TransposeOperation transA, MatrixDiagonalMode diag, int n,
+                       int k, ProviderArray<const float> a, int aOffset, int lda, ProviderArray<float> x, int xOffset,
+                       int incx) = 0;
+
+    // Ssymv for a matrix with k >= 0 diagonals on either side of the main one. Element (i, j) of A is element
+    // aOffset + k + i - j + j*lda of a in the upper triangle, aOffset + i - j + j*lda in the lower one; lda >= k + 1.
+    // Positions: 2 (n), 3 (k), 6 (lda), 8 (incx), 11 (incy).
+    virtual void Ssbmv(MatrixTriangleMode triangleMode, int n, int k, float alpha, ProviderArray<const float> a,
+                       int aOffset, int lda, ProviderArray<const float> x, int xOffset, int incx, float beta,
+                       ProviderArray<float> y, int yOffset, int incy) = 0;
 };
 
 class QRV_API SingleBlasLevel3 {
@@ -294,6 +369,70 @@ public:
 class QRV_API SingleComplexBlasLevel2 {
 public:
     virtual ~SingleComplexBlasLevel2() = default;
+
+    // Operations with a matrix and vectors. The arguments mean the same everywhere:
+    //
+    // transA           None: op(A) = A; Transpose, ConjugateTranspose: its transpose or conjugate transpose; Conjugate
+    //                  alone is a bad option
+    // triangleMode     which triangle of A, of order n, is stored; the other one is neither read nor written
+    // diag             Unit: the diagonal of A is taken as 1 and not read
+    // m, n             A is m x n (of order n where there is no m); at least 0, and with 0 nothing is read or written
+    // alpha, beta      scalars; with beta = 0 y need not be set, with alpha = 0 A and x are not read
+    // a, aOffset, lda  A; lda >= max(1, m), or max(1, n) where A is of order n
+    // x, xOffset, incx a vector, incx not 0; y likewise. What is written must not overlap what is read.
+    //
+    // Bad arguments are reported as positions of the native routine of the same name, which each method names;
+    // the options are among them.
+    //
+    // Source: J. Dongarra, J. Du Croz, S. Hammarling, R. Hanson, ACM TOMS 14 (1988).
+
+    // y := alpha*op(A)*x + beta*y. x has n elements and y m, with a transposed A x has m and y n.
+    // Positions: 1 (transA), 2 (m), 3 (n), 6 (lda), 8 (incx), 11 (incy).
+    virtual void Cgemv(TransposeOperation transA, int m, int n, SingleComplex alpha,
+                       ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<const SingleComplex> x,
+                       int xOffset, int incx, SingleComplex beta, ProviderArray<SingleComplex> y, int yOffset,
+                       int incy) = 0;
+
+    // y := alpha*A*x + beta*y, A Hermitian; imaginary parts on its diagonal are not read.
+    // Positions: 2 (n), 5 (lda), 7 (incx), 10 (incy).
+    virtual void Chemv(MatrixTriangleMode triangleMode, int n, SingleComplex alpha,
+                       ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<const SingleComplex> x,
+                       int xOffset, int incx, SingleComplex beta, ProviderArray<SingleComplex> y, int yOffset,
+                       int incy) = 0;
+
+    // x := op(A)*x, A triangular. Positions: 2 (transA), 4 (n), 6 (lda), 8 (incx).
+    virtual void Ctrmv(MatrixTriangleMode triangleMode, TransposeOperation transA, MatrixDiagonalMode diag, int n,
+                       ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<SingleComplex> x,
+                       int xOffset, int incx) = 0;
+
+    // x := inv(op(A))*x, A triangular: the solution of op(A)*z = x takes the place of x. A singular matrix is not
+    // noticed; division by a zero on the diagonal gives infinities or NaN.
+    // Positions: 2 (transA), 4 (n), 6 (lda), 8 (incx).
+    virtual void Ctrsv(MatrixTriangleMode triangleMode, TransposeOperation transA, MatrixDiagonalMode diag, int n,
+                       ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<SingleComplex> x,
+                       int xOffset, int incx) = 0;
+
+    // A := alpha*x*y' + A, y' the transpose of y. x has m elements, y n.
+    // Positions: 1 (m), 2 (n), 5 (incx), 7 (incy), 9 (lda).
+    virtual void Cgeru(int m, int n, SingleComplex alpha, ProviderArray<const SingleComplex> x, int xOffset, int incx,
+                       ProviderArray<const SingleComplex> y, int yOffset, int incy, ProviderArray<SingleComplex> a,
+                       int aOffset, int lda) = 0;
+
+    // The same with the conjugate transpose of y.
+    virtual void Cgerc(int m, int n, SingleComplex alpha, ProviderArray<const SingleComplex> x, int xOffset, int incx,
+                       ProviderArray<const SingleComplex> y, int yOffset, int incy, ProviderArray<SingleComplex> a,
+                       int aOffset, int lda) = 0;
+
+    // A := alpha*x*x^H + A, A Hermitian, alpha real; the diagonal comes out real. Positions: 2 (n), 5 (incx), 7 (lda).
+    virtual void Cher(MatrixTriangleMode triangleMode, int n, float alpha, ProviderArray<const SingleComplex> x,
+                      int xOffset, int incx, ProviderArray<SingleComplex> a, int aOffset, int lda) = 0;
+
+    // A := alpha*x*y^H + conj(alpha)*y*x^H + A, A Hermitian; the diagonal comes out real.
+    // Positions: 2 (n), 5 (incx), 7 (incy), 9 (lda).
+    virtual void Cher2(MatrixTriangleMode triangleMode, int n, SingleComplex alpha,
+                       ProviderArray<const SingleComplex> x, int xOffset, int incx,
+                       ProviderArray<const SingleComplex> y, int yOffset, int incy, ProviderArray<SingleComplex> a,
+                       int aOffset, int lda) = 0;
 };
 
 class QRV_API SingleComplexBlasLevel3 {
@@ -369,6 +508,33 @@ public:
 class QRV_API ParallelX86SingleBlasLevel2 : public SingleBlasLevel2 {
 public:
     ParallelX86SingleBlasLevel2();
+
+    void Sgemv(TransposeOperation transA, int m, int n, float alpha, ProviderArray<const float> a, int aOffset, int lda,
+               ProviderArray<const float> x, int xOffset, int incx, float beta, ProviderArray<float> y, int yOffset,
+               int incy) final;
+    void Strmv(MatrixTriangleMode triangleMode, TransposeOperation transA, MatrixDiagonalMode diag, int n,
+               ProviderArray<const float> a, int aOffset, int lda, ProviderArray<float> x, int xOffset, int incx) final;
+    void Strsv(MatrixTriangleMode triangleMode, TransposeOperation transA, MatrixDiagonalMode diag, int n,
+               ProviderArray<const float> a, int aOffset, int lda, ProviderArray<float> x, int xOffset, int incx) final;
+    void Ssymv(MatrixTriangleMode triangleMode, int n, float alpha, ProviderArray<const float> a, int aOffset, int lda,
+               ProviderArray<const float> x, int xOffset, int incx, float beta, ProviderArray<float> y, int yOffset,
+               int incy) final;
+    void Sger(int m, int n, float alpha, ProviderArray<const float> x, int xOffset, int incx,
+              ProviderArray<const float> y, int yOffset, int incy, ProviderArray<float> a, int aOffset, int lda) final;
+    void Ssyr(MatrixTriangleMode triangleMode, int n, float alpha, ProviderArray<const float> x, int xOffset, int incx,
+              ProviderArray<float> a, int aOffset, int lda) final;
+    void Ssyr2(MatrixTriangleMode triangleMode, int n, float alpha, ProviderArray<const float> x, int xOffset, int incx,
+               ProviderArray<const float> y, int yOffset, int incy, ProviderArray<float> a, int aOffset, int lda) final;
+    void Sgbmv(TransposeOperation transA, int m, int n, int kl, int ku, float alpha, ProviderArray<const float> a,
+               int aOffset, int lda, ProviderArray<const float> x, int xOffset, int incx, float beta,
+               ProviderArray<float> y, int yOffset, int incy) final;
+    void Stbmv(MatrixTriangleMode triangleMode, TransposeOperation transA, MatrixDiagonalMode diag, int n, int k,
+               ProviderArray<const float> a, int aOffset, int lda, ProviderArray<float> x, int xOffset, int incx) final;
+    void Stbsv(MatrixTriangleMode triangleMode, TransposeOperation transA, MatrixDiagonalMode diag, int n, int k,
+               ProviderArray<const float> a, int aOffset, int lda, ProviderArray<float> x, int xOffset, int incx) final;
+    void Ssbmv(MatrixTriangleMode triangleMode, int n, int k, float alpha, ProviderArray<const float> a, int aOffset,
+               int lda, ProviderArray<const float> x, int xOffset, int incx, float beta, ProviderArray<float> y,
+               int yOffset, int incy) final;
 };
 
 class QRV_API ParallelX86SingleBlasLevel3 : public SingleBlasLevel3 {
@@ -431,6 +597,30 @@ public:
 class QRV_API NativeComplexBlasLevel2 : public SingleComplexBlasLevel2 {
 public:
     NativeComplexBlasLevel2();
+
+    void Cgemv(TransposeOperation transA, int m, int n, SingleComplex alpha, ProviderArray<const SingleComplex> a,
+               int aOffset, int lda, ProviderArray<const SingleComplex> x, int xOffset, int incx, SingleComplex beta,
+               ProviderArray<SingleComplex> y, int yOffset, int incy) final;
+    void Chemv(MatrixTriangleMode triangleMode, int n, SingleComplex alpha, ProviderArray<const SingleComplex> a,
+               int aOffset, int lda, ProviderArray<const SingleComplex> x, int xOffset, int incx, SingleComplex beta,
+               ProviderArray<SingleComplex> y, int yOffset, int incy) final;
+    void Ctrmv(MatrixTriangleMode triangleMode, TransposeOperation transA, MatrixDiagonalMode diag, int n,
+               ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<SingleComplex> x, int xOffset,
+               int incx) final;
+    void Ctrsv(MatrixTriangleMode triangleMode, TransposeOperation transA, MatrixDiagonalMode diag, int n,
+               ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<SingleComplex> x, int xOffset,
+               int incx) final;
+    void Cgeru(int m, int n, SingleComplex alpha, ProviderArray<const SingleComplex> x, int xOffset, int incx,
+               ProviderArray<const SingleComplex> y, int yOffset, int incy, ProviderArray<SingleComplex> a, int aOffset,
+               int lda) final;
+    void Cgerc(int m, int n, SingleComplex alpha, ProviderArray<const SingleComplex> x, int xOffset, int incx,
+               ProviderArray<const SingleComplex> y, int yOffset, int incy, ProviderArray<SingleComplex> a, int aOffset,
+               int lda) final;
+    void Cher(MatrixTriangleMode triangleMode, int n, float alpha, ProviderArray<const SingleComplex> x, int xOffset,
+              int incx, ProviderArray<SingleComplex> a, int aOffset, int lda) final;
+    void Cher2(MatrixTriangleMode triangleMode, int n, SingleComplex alpha, ProviderArray<const SingleComplex> x,
+               int xOffset, int incx, ProviderArray<const SingleComplex> y, int yOffset, int incy,
+               ProviderArray<SingleComplex> a, int aOffset, int lda) final;
 };
 
 class QRV_API NativeComplexBlasLevel3 : public SingleComplexBlasLevel3 {

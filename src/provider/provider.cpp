@@ -3,9 +3,7 @@
 
 namespace Corvex::Mathematics::LinearAlgebra::Providers {
 
-ParallelX86SingleBlasLevel2::ParallelX86SingleBlasLevel2() = default;
 ParallelX86SingleLapack::ParallelX86SingleLapack() = default;
-NativeComplexBlasLevel2::NativeComplexBlasLevel2() = default;
 NativeComplexLapack::NativeComplexLapack() = default;
 
 using Provider = ParallelX86SingleLinearAlgebraProvider;

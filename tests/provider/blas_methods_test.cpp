@@ -26,6 +26,22 @@ TEST_F(BlasMethods, RealLevel1) {
     methods.check("SROTM", &Class::Srotm, SROTM, {20, 3, -2});
 }
 
+TEST_F(BlasMethods, RealLevel2) {
+    using Class = SingleBlasLevel2;
+    MethodTable methods(provider.BlasLevel2());
+    methods.check("SGEMV ", &Class::Sgemv, SGEMV, {5, 6, 8, 3, -2}, {1, 2, 3, 6, 8, 11});
+    methods.check("STRMV ", &Class::Strmv, STRMV, {6, 8, -2}, {1, 2, 3, 4, 6, 8});
+    methods.check("STRSV ", &Class::Strsv, STRSV, {6, 8, -2}, {1, 2, 3, 4, 6, 8});
+    methods.check("SSYMV ", &Class::Ssymv, SSYMV, {6, 8, 3, -2}, {1, 2, 5, 7, 10});
+    methods.check("SGER  ", &Class::Sger, SGER, {5, 6, 3, -2, 8}, {1, 2, 5, 7, 9});
+    methods.check("SSYR  ", &Class::Ssyr, SSYR, {6, 3, 8}, {1, 2, 5, 7});
+    methods.check("SSYR2 ", &Class::Ssyr2, SSYR2, {6, 3, -2, 8}, {1, 2, 5, 7, 9});
+    methods.check("SGBMV ", &Class::Sgbmv, SGBMV, {5, 6, 1, 2, 8, 3, -2}, {1, 2, 3, 4, 5, 8, 10, 13});
+    methods.check("STBMV ", &Class::Stbmv, STBMV, {6, 2, 8, -2}, {1, 2, 3, 4, 5, 7, 9});
+    methods.check("STBSV ", &Class::Stbsv, STBSV, {6, 2, 8, -2}, {1, 2, 3, 4, 5, 7, 9});
+    methods.check("SSBMV ", &Class::Ssbmv, SSBMV, {6, 2, 8, 3, -2}, {1, 2, 3, 6, 8, 11});
+}
+
 TEST_F(BlasMethods, RealLevel3) {
     using Class = SingleBlasLevel3;
     MethodTable methods(provider.BlasLevel3());
@@ -44,6 +60,19 @@ TEST_F(BlasMethods, ComplexLevel1) {
     methods.check("SCNRM2", &Class::Scnrm2, SCNRM2, {20, 3});
     methods.check("SCASUM", &Class::Scasum, SCASUM, {20, 3});
     methods.check("ICAMAX", &Class::Icamax, ICAMAX, {20, 3});
+}
+
+TEST_F(BlasMethods, ComplexLevel2) {
+    using Class = SingleComplexBlasLevel2;
+    MethodTable methods(provider.ComplexBlasLevel2());
+    methods.check("CGEMV ", &Class::Cgemv, CGEMV, {5, 6, 8, 3, -2}, {1, 2, 3, 6, 8, 11});
+    methods.check("CHEMV ", &Class::Chemv, CHEMV, {6, 8, 3, -2}, {1, 2, 5, 7, 10});
+    methods.check("CTRMV ", &Class::Ctrmv, CTRMV, {6, 8, -2}, {1, 2, 3, 4, 6, 8});
+    methods.check("CTRSV ", &Class::Ctrsv, CTRSV, {6, 8, -2}, {1, 2, 3, 4, 6, 8});
+    methods.check("CGERU ", &Class::Cgeru, CGERU, {5, 6, 3, -2, 8}, {1, 2, 5, 7, 9});
+    methods.check("CGERC ", &Class::Cgerc, CGERC, {5, 6, 3, -2, 8}, {1, 2, 5, 7, 9});
+    methods.check("CHER  ", &Class::Cher, CHER, {6, 3, 8}, {1, 2, 5, 7});
+    methods.check("CHER2 ", &Class::Cher2, CHER2, {6, 3, -2, 8}, {1, 2, 5, 7, 9});
 }
 
 TEST_F(BlasMethods, ComplexLevel3) {
@@ -66,6 +95,19 @@ TEST_F(BlasMethods, ResultsComeBack) {
     EXPECT_EQ(complex->Cdotu(1, z, 1, 1, w, 0, 1), SingleComplex(5, 5));
     EXPECT_EQ(complex->Cdotu(0, z, 1, 1, w, 0, 1), SingleComplex::Zero);
     EXPECT_EQ(complex->Icamax(2, z, 0, 1), 2);
+}
+
+TEST_F(BlasMethods, ConjugateAloneIsRejectedByComplexRoutines) {
+    std::vector<SingleComplex> a{{1, 1}, {2, 0}, {3, 0}, {4, 0}}, x{{1, 0}, {0, 1}}, y{{5, 5}, {6, 6}};
+    const std::vector<SingleComplex> before = y;
+    const std::string text = printed([&] {
+        provider.ComplexBlasLevel2()->Cgemv(TransposeOperation::Conjugate, 2, 2, 1, a, 0, 2, x, 0, 1, 0, y, 0, 1);
+    });
+    EXPECT_EQ(text, "\nQRV ERROR: Parameter 1 was incorrect on entry to CGEMV \n");
+    EXPECT_EQ(y, before);
+    std::vector<float> b{1, 2, 3, 4}, z{1, 10}, w{7, 7};
+    provider.BlasLevel2()->Sgemv(TransposeOperation::Conjugate, 2, 2, 1, b, 0, 2, z, 0, 1, 0, w, 0, 1);
+    EXPECT_EQ(w, (std::vector<float>{31, 42})) << "a real matrix as it is";
 }
 
 TEST(SparseBlas, DoesNothingWithAnyArguments) {
