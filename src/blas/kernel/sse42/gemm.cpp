@@ -77,21 +77,24 @@ bool goes_direct(VectorForm form, bool transposedA, bool transposedB, int m, int
 template bool goes_direct<float>(VectorForm, bool, bool, int, int, int);
 template bool goes_direct<SingleComplex>(VectorForm, bool, bool, int, int, int);
 
-template <>
-DirectGemm<float>* direct_gemm(VectorForm form) {
+template <class T>
+DirectGemm<T>* direct_gemm(VectorForm form) {
+    if constexpr (isComplex<T>) {
+        static_cast<void>(form);
+        return blas_cgemm_small;
+    } else {
 #ifdef QRV_WIDE_KERNELS
-    if (form == VectorForm::avx512)
-        return sse42_avx512::direct;
-    if (form == VectorForm::avx2)
-        return sse42_avx2::direct;
+        if (form == VectorForm::avx512)
+            return sse42_avx512::direct;
+        if (form == VectorForm::avx2)
+            return sse42_avx2::direct;
 #endif
-    static_cast<void>(form);
-    return blas_sgemm_small;
+        static_cast<void>(form);
+        return blas_sgemm_small;
+    }
 }
-template <>
-DirectGemm<SingleComplex>* direct_gemm(VectorForm) {
-    return blas_cgemm_small;
-}
+template DirectGemm<float>* direct_gemm<float>(VectorForm);
+template DirectGemm<SingleComplex>* direct_gemm<SingleComplex>(VectorForm);
 
 void plan_load_for(VectorForm form, GemmPlan<float>* plan) {
     fill_plan(row<float>, plan);
