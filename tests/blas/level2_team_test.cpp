@@ -60,8 +60,7 @@ struct Routine {
     int (*threads)(const Operands<T>& v);
 };
 
-#define QRV_GEMV_OF(v)                                                                                                 \
-    &v.trans, &v.m, &v.n, &v.alpha, v.a.data(), &v.lda, v.x(), &v.incx, &v.beta, v.y(), &v.incy
+#define QRV_GEMV_OF(v) &v.trans, &v.m, &v.n, &v.alpha, v.a.data(), &v.lda, v.x(), &v.incx, &v.beta, v.y(), &v.incy
 #define QRV_SYMV_OF(v) &v.uplo, &v.n, &v.alpha, v.a.data(), &v.lda, v.x(), &v.incx, &v.beta, v.y(), &v.incy
 #define QRV_TRMV_OF(v) &v.uplo, &v.trans, &v.diag, &v.n, v.a.data(), &v.lda, v.x(), &v.incx
 #define QRV_SYR_OF(v) &v.uplo, &v.n, &v.alpha, v.x(), &v.incx, v.a.data(), &v.lda
@@ -69,9 +68,9 @@ struct Routine {
 
 #define QRV_ROUTINE(routine, options, square, arguments, threads)                                                      \
     {                                                                                                                  \
-        #routine, options, square, [](auto& v) { qrv_blas_##routine##_kernel(arguments(v)); },                         \
+#routine, options, square, [](auto& v) { qrv_blas_##routine##_kernel(arguments(v)); },                         \
             [](const int* team, auto& v) { qrv_blas_##routine##_omp(team, arguments(v)); },                            \
-            [](auto& v) { qrv_blas_##routine(arguments(v)); }, [](const auto& v) { return threads; }                   \
+            [](auto& v) { qrv_blas_##routine(arguments(v)); }, [](const auto& v) { return threads; }       \
     }
 
 const std::vector<const char*> transOnly{"UNN", "UtN", "UCN"}, uploOnly{"UNN", "lNN"},
@@ -116,8 +115,8 @@ void check_on_teams(std::initializer_list<int> teams, std::initializer_list<std:
     each_routine([&](const auto& routine) {
         for (const int team : teams)
             for (const auto& size : sizes)
-                expect_as_serial(routine, size, [&](auto& v) { routine.on_team(&team, v); },
-                                 "on " + std::to_string(team));
+                expect_as_serial(
+                    routine, size, [&](auto& v) { routine.on_team(&team, v); }, "on " + std::to_string(team));
     });
 }
 

@@ -47,7 +47,7 @@ TEST(Level2Threads, general) {
              Row{sgemvRule, 'N', 127, 127, 2, false},
              {sgemvRule, 'N', 128, 47, 2, false}, // shares of 64 rows: 3072 elements
              {sgemvRule, 'N', 128, 48, 2, true},
-             {sgemvRule, 'n', 1, 128, 2, false}, // no rows
+             {sgemvRule, 'n', 1, 128, 2, false},   // no rows
              {sgemvRule, 'N', 100, 255, 4, false}, // of 24 rows: 256 columns
              {sgemvRule, 'N', 100, 256, 4, true},
              {sgemvRule, 'N', 100, 100000, 4, true},
@@ -65,7 +65,7 @@ TEST(Level2Threads, general) {
              {cgemvRule, 'N', 256, 32, 4, true},
              {cgemvRule, 'N', 256, 21, 5, false}, // of 48 rows: 1024
              {cgemvRule, 'N', 256, 22, 5, true},
-             {cgemvRule, 'N', 40, 256, 4, true}, // of 8 rows too
+             {cgemvRule, 'N', 40, 256, 4, true},  // of 8 rows too
              {cgemvRule, 'C', 31, 256, 4, false}, // of 64 columns: 2048
              {cgemvRule, 'T', 32, 256, 4, true},
              {cgemvRule, 'T', 20, 256, 5, false}, // of 51 columns: 1024
