@@ -100,30 +100,17 @@ template bool goes_direct<SingleComplex>(VectorForm, bool, bool, int, int, int);
 
 template <class T>
 DirectGemm<T>* direct_gemm(VectorForm form) {
-<<<<<<< HEAD
-=======
-    if constexpr (isComplex<T>) {
-        static_cast<void>(form);
-        return blas_cgemm_small;
-    } else {
->>>>>>> cgemm
 #ifdef QRV_WIDE_KERNELS
-        if (form == VectorForm::avx512)
-            return sse42_avx512::direct;
-        if (form == VectorForm::avx2)
-            return sse42_avx2::direct;
+    if (form == VectorForm::avx512)
+        return sse42_avx512::direct;
+    if (form == VectorForm::avx2)
+        return sse42_avx2::direct;
 #endif
-<<<<<<< HEAD
     static_cast<void>(form);
     if constexpr (isComplex<T>)
         return blas_cgemm_small;
     else
         return blas_sgemm_small;
-=======
-        static_cast<void>(form);
-        return blas_sgemm_small;
-    }
->>>>>>> cgemm
 }
 template DirectGemm<float>* direct_gemm<float>(VectorForm);
 template DirectGemm<SingleComplex>* direct_gemm<SingleComplex>(VectorForm);
