@@ -19,6 +19,10 @@ inline constexpr bool isComplex = false;
 template <>
 inline constexpr bool isComplex<SingleComplex> = true;
 
+// Floats of an element.
+template <class T>
+inline constexpr int floatsIn = isComplex<T> ? 2 : 1;
+
 // A real number as an element.
 template <class T>
 constexpr T scalar(float x) {

@@ -100,7 +100,7 @@ protected:
 using ElementTypes = testing::Types<float, SingleComplex>;
 TYPED_TEST_SUITE(Level1Norms, ElementTypes, );
 
-TYPED_TEST(Level1Norms, all_lengths_and_starts) {
+TYPED_TEST(Level1Norms, AllLengthsAndStarts) {
     for (int n = -1; n <= 300; ++n)
         for (int start = 0; start < 4; ++start)
             this->check_both(n, 1, start + 4 * (n % 3 + 1));
@@ -108,20 +108,20 @@ TYPED_TEST(Level1Norms, all_lengths_and_starts) {
         this->check_both(5000, 1, start);
 }
 
-TYPED_TEST(Level1Norms, increments) {
+TYPED_TEST(Level1Norms, Increments) {
     for (int n : {0, 1, 2, 3, 4, 5, 8, 17, 70, 301})
         for (int inc : {-3, -1, 0, 2})
             this->check_both(n, inc, n % 4);
 }
 
-TYPED_TEST(Level1Norms, touches_nothing_beyond_its_vector) {
+TYPED_TEST(Level1Norms, TouchesNothingBeyondItsVector) {
     for (Guard guard : {Guard::pageBehind, Guard::pageInFront})
         for (int inc : {1, -1, 2})
             for (int n = 0; n < 150; ++n)
                 this->check_both(n, inc, 0, guard);
 }
 
-TYPED_TEST(Level1Norms, accepts_any_address) {
+TYPED_TEST(Level1Norms, AcceptsAnyAddress) {
     using T = TypeParam;
     constexpr int n = 70;
     GuardedVector<T> x(n);
@@ -137,7 +137,7 @@ TYPED_TEST(Level1Norms, accepts_any_address) {
 }
 
 // Squares of these are no floats; the norm is one, or is above them all.
-TYPED_TEST(Level1Norms, norms_at_the_ends_of_the_range) {
+TYPED_TEST(Level1Norms, NormsAtTheEndsOfTheRange) {
     using T = TypeParam;
     for (int inc : {1, 2})
         for (int n : {1, 2, 3, 16, 77, 500})
@@ -158,7 +158,7 @@ TYPED_TEST(Level1Norms, norms_at_the_ends_of_the_range) {
             << build;
 }
 
-TYPED_TEST(Level1Norms, nan_and_infinity_come_through) {
+TYPED_TEST(Level1Norms, NanAndInfinityComeThrough) {
     using T = TypeParam;
     for (int inc : {1, 2})
         for (int n : {1, 2, 7, 40, 300})
@@ -188,7 +188,7 @@ TYPED_TEST(Level1Norms, nan_and_infinity_come_through) {
 }
 
 // What a NaN does to the position depends on where it stands: several of them, one by one and at random.
-TYPED_TEST(Level1Norms, nan_hides_what_stands_before_it) {
+TYPED_TEST(Level1Norms, NanHidesWhatStandsBeforeIt) {
     using T = TypeParam;
     const auto check_position = [](GuardedVector<T>& x) {
         for (const VectorBuild& build : vector_builds())
@@ -211,7 +211,7 @@ TYPED_TEST(Level1Norms, nan_hides_what_stands_before_it) {
     check_position(undefined.fill([] { return scalar<T>(nan); }));
 }
 
-TEST(Level1Positions, of_ties_infinities_and_nan) {
+TEST(Level1Positions, OfTiesInfinitiesAndNan) {
     struct Case {
         std::vector<float> x;
         int position;
@@ -250,7 +250,7 @@ TEST(Level1Positions, of_ties_infinities_and_nan) {
 // ---- Rotations
 // --------------------------------------------------------------------------------------------------------
 
-TEST(Level1Rotations, srotg_solves_its_equations) {
+TEST(Level1Rotations, SrotgSolvesItsEquations) {
     constexpr float sizes[] = {0, 1, -1, 3, -4, 1e-20F, -2e20F, tiny, largest / 2};
     for (const VectorBuild& build : vector_builds())
         for (float a : sizes)
@@ -272,7 +272,7 @@ TEST(Level1Rotations, srotg_solves_its_equations) {
             }
 }
 
-TEST(Level1Rotations, srotm_applies_what_its_flag_names) {
+TEST(Level1Rotations, SrotmAppliesWhatItsFlagNames) {
     constexpr float h11 = 0.5F, h21 = -0.25F, h12 = 2, h22 = -0.75F;
     struct Case {
         float param[5];
@@ -321,7 +321,7 @@ std::ostream& operator<<(std::ostream& out, const Srotmg& p) {
 }
 
 // H takes (x1, y1) to (new x1, 0) and keeps d1 x^2 + d2 y^2: H^T D' H = D.
-TEST(Level1Rotations, srotmg_zeroes_and_keeps_the_weighted_length) {
+TEST(Level1Rotations, SrotmgZeroesAndKeepsTheWeightedLength) {
     constexpr float weights[] = {1, 0.5F, 3e-4F, 2e-9F, 5e12F, 1e-30F, 1e30F}, values[] = {1, -2.5F, 3e-3F, 700};
     int flags[3] = {};
     for (const VectorBuild& build : vector_builds())
@@ -351,7 +351,7 @@ TEST(Level1Rotations, srotmg_zeroes_and_keeps_the_weighted_length) {
     EXPECT_TRUE(flags[0] && flags[1] && flags[2]);
 }
 
-TEST(Level1Rotations, srotmg_special_weights) {
+TEST(Level1Rotations, SrotmgSpecialWeights) {
     struct Case {
         Srotmg given;
         float flag;
@@ -374,7 +374,7 @@ TEST(Level1Rotations, srotmg_special_weights) {
         }
 }
 
-TEST(Level1Rotations, end_on_any_numbers) {
+TEST(Level1Rotations, EndOnAnyNumbers) {
     constexpr float values[] = {0, -0.0F, 1, -1, tiny, -tiny, 1e-30F, largest, infinity, -infinity, nan};
     for (const VectorBuild& build : vector_builds())
         for (float a : values)

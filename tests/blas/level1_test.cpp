@@ -146,7 +146,7 @@ using ElementTypes = testing::Types<float, SingleComplex>;
 TYPED_TEST_SUITE(Level1, ElementTypes, );
 
 // All distances of the two vectors from 16-byte boundaries, with all lengths of head, main loop and tail.
-TYPED_TEST(Level1, all_lengths_and_starts) {
+TYPED_TEST(Level1, AllLengthsAndStarts) {
     for (int n = -1; n <= 300; ++n)
         for (int pair = 0; pair < 16; ++pair)
             if (n <= 80 || pair % 8 == n % 8)
@@ -154,7 +154,7 @@ TYPED_TEST(Level1, all_lengths_and_starts) {
     this->exact({.n = 5000, .startx = 1, .starty = 3});
 }
 
-TYPED_TEST(Level1, increments) {
+TYPED_TEST(Level1, Increments) {
     constexpr int increments[] = {-3, -1, 0, 1, 2};
     for (int n : {0, 1, 2, 3, 5, 8, 17, 70})
         for (int incx : increments)
@@ -164,7 +164,7 @@ TYPED_TEST(Level1, increments) {
 }
 
 // A page at either end of one operand; where that one begins follows from its length, the other one begins anywhere.
-TYPED_TEST(Level1, touches_nothing_beyond_its_operands) {
+TYPED_TEST(Level1, TouchesNothingBeyondItsOperands) {
     for (Guard guard : {Guard::pageBehind, Guard::pageInFront}) {
         for (int n = 0; n < 150; n += n == 34 ? 30 : n == 84 ? 44 : 1)
             for (int start = 0; start < 4; ++start) {
@@ -179,14 +179,14 @@ TYPED_TEST(Level1, touches_nothing_beyond_its_operands) {
 }
 
 // Elements of size one, so that of anything but a sum each has an error of a few units.
-TYPED_TEST(Level1, rounds_as_its_sums_allow) {
+TYPED_TEST(Level1, RoundsAsItsSumsAllow) {
     for (int n : {1, 30, 300, 5000})
         check<TypeParam>({.n = n, .startx = 2, .starty = 1}, any_size_one<TypeParam>,
                          [=](int i, double size) { return i < 0 ? n * eps * size : 2 * eps; });
 }
 
 // A vector of elements at addresses that are no multiples of 4, of both operands or of one.
-TYPED_TEST(Level1, accepts_any_address) {
+TYPED_TEST(Level1, AcceptsAnyAddress) {
     using T = TypeParam;
     constexpr int n = 150;
     for (const Routine<T>& routine : routines<T>())
@@ -212,7 +212,7 @@ TYPED_TEST(Level1, accepts_any_address) {
 }
 
 // What AXPY and SCAL do by their factor, over all lengths of a vector loop and increments 1 and 2.
-TYPED_TEST(Level1, zero_and_nan_factors) {
+TYPED_TEST(Level1, ZeroAndNanFactors) {
     using T = TypeParam;
     const T none = scalar<T>(0), undefined = scalar<T>(nan);
     const auto is_nan = [](Wide<T> x) { return std::isnan(std::abs(x)); };

@@ -17,7 +17,7 @@ std::vector<int> band_widths(const Level2Case& p) {
 
 // ---- Triangular ----------------------------------------------------------------------------------------------------
 
-TEST(Banded, triangular) {
+TEST(Banded, Triangular) {
     each_triangle([](const Level2Case& p, char uplo, char trans, char diag) {
         for (const int k : band_widths(p)) {
             TriangleCase<float> t(uplo, trans, diag, p, k, true);
@@ -57,7 +57,7 @@ void expect_banded(const std::string& what, const Level2Case& p, int nx, int ny,
     }
 }
 
-TEST(Banded, symmetric) {
+TEST(Banded, Symmetric) {
     for (const Level2Case& p : level2_cases(true))
         for (const int k : band_widths(p))
             for (const char uplo : {'U', 'l'}) {
@@ -71,7 +71,7 @@ TEST(Banded, symmetric) {
             }
 }
 
-TEST(Banded, general) {
+TEST(Banded, General) {
     std::mt19937 random(5);
     for (const Level2Case& p : level2_cases(false))
         for (const auto& [kl, ku] : {std::pair{0, 0},

@@ -120,7 +120,7 @@ void check_on_teams(std::initializer_list<int> teams, std::initializer_list<std:
     });
 }
 
-TEST(Level2Team, every_routine_on_every_team) {
+TEST(Level2Team, EveryRoutineOnEveryTeam) {
     check_on_teams({1, 2, 3, 4, 8, 9}, {{3, 33}, {100, 129}});
     check_on_teams({2, 9}, {{1, 1}, {40, 7}});
     check_on_teams({2, 3, 9}, {{700, 300}, {9, 1030}});
@@ -128,7 +128,7 @@ TEST(Level2Team, every_routine_on_every_team) {
 
 // The number asked for is an upper bound: the runtime may give less. Work memory is NaN, so that a copy that is not
 // whole shows.
-TEST(Level2Team, smaller_team_than_asked) {
+TEST(Level2Team, SmallerTeamThanAsked) {
     const WorkMemoryProbe probe;
     const int before = omp_get_dynamic();
     omp_set_dynamic(1);
@@ -143,7 +143,7 @@ TEST(Level2Team, smaller_team_than_asked) {
 }
 
 // The triangular product then does without its copy of x.
-TEST(Level2Team, refused_memory) {
+TEST(Level2Team, RefusedMemory) {
     const WorkMemoryProbe probe(0, anySize);
     check_on_teams({2, 3}, {{100, 129}});
     EXPECT_GT(probe.refusals(), 0);
@@ -156,7 +156,7 @@ Operands<T> rounded_on_team(const Routine<T>& routine, const char* options, int 
     routine.on_team(&team, v);
     return v;
 }
-TEST(Level2Team, repeats_to_the_bit) {
+TEST(Level2Team, RepeatsToTheBit) {
     each_routine([](const auto& routine) {
         for (const char* options : routine.options)
             for (const int team : {2, 3, 8})
@@ -166,7 +166,7 @@ TEST(Level2Team, repeats_to_the_bit) {
 }
 
 // Each routine goes by its own rule; an empty matrix leaves everything as it is.
-TEST(Level2Team, decided_by_size_and_machine) {
+TEST(Level2Team, DecidedBySizeAndMachine) {
     const int team = 3;
     if (omp_get_thread_limit() < team)
         GTEST_SKIP() << "teams are limited";
@@ -194,7 +194,7 @@ TEST(Level2Team, decided_by_size_and_machine) {
 }
 
 // For the race detector.
-TEST(Level2TeamRaces, every_routine) {
+TEST(Level2TeamRaces, EveryRoutine) {
     check_on_teams({2, 3}, {{40, 100}});
 }
 

@@ -53,12 +53,12 @@ void expect_gemv(char trans, const Level2Case& p) {
                                                                  x.data(), &p.incx, &beta, y.data(), &p.incy);
                       });
 }
-TEST(Gemv, real_products) {
+TEST(Gemv, RealProducts) {
     for (const Level2Case& p : level2_cases(false))
         for (const char trans : {'N', 't', 'C'})
             expect_gemv<float>(trans, p);
 }
-TEST(Gemv, complex_products) {
+TEST(Gemv, ComplexProducts) {
     for (const Level2Case& p : level2_cases(false))
         for (const char trans : {'n', 'T', 'c'})
             expect_gemv<SingleComplex>(trans, p);
@@ -85,7 +85,7 @@ void expect_symv(char uplo, const Level2Case& p) {
                                                                         x.data(), &p.incx, &beta, y.data(), &p.incy);
     });
 }
-TEST(Symv, products) {
+TEST(Symv, Products) {
     for (const Level2Case& p : level2_cases(true))
         for (const char uplo : {'U', 'l'}) {
             expect_symv<float>(uplo, p);
@@ -158,7 +158,7 @@ void expect_ger(bool conjugated, const Level2Case& p) {
             &p.m, &p.n, &alpha, x.data(), &p.incx, y.data(), &p.incy, a.data(), &a.ld());
     });
 }
-TEST(Ger, updates) {
+TEST(Ger, Updates) {
     for (const Level2Case& p : level2_cases(false)) {
         expect_ger<float>(false, p);
         expect_ger<SingleComplex>(false, p);
@@ -187,7 +187,7 @@ void expect_syr(char uplo, const Level2Case& p) {
                                                                         y.data(), &p.incy, a.data(), &a.ld());
     });
 }
-TEST(Syr, updates) {
+TEST(Syr, Updates) {
     for (const Level2Case& p : level2_cases(true))
         for (const char uplo : {'u', 'L'}) {
             if (p.n < 1000 || p.n > 2000) // both are beyond one block, a complex one being half as long
@@ -216,7 +216,7 @@ void expect_syr_band(char uplo, int width, const Level2Case& p) {
                                      &a.ld());
     });
 }
-TEST(Syr, bands) {
+TEST(Syr, Bands) {
     for (const Level2Case& p : level2_cases(true))
         for (const char uplo : {'U', 'L'})
             for (const int width : {p.n / 3, p.n - 1})
@@ -265,7 +265,7 @@ void expect_skipping(int n, const T& alpha) {
         });
     }
 }
-TEST(Updates, skip_zero_elements_only) {
+TEST(Updates, SkipZeroElementsOnly) {
     for (const int n : {1, 7, 40})
         for (const float alpha : {0.F, 1.F, nan}) {
             expect_skipping<float>(n, alpha);

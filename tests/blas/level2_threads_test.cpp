@@ -35,7 +35,7 @@ void expect_threads(const Decide& decide, int budget, bool dynamicThreads, int t
     }
 }
 
-TEST(Level2Threads, general) {
+TEST(Level2Threads, General) {
     struct Row {
         const GemvRule& rule;
         char trans;
@@ -86,7 +86,7 @@ struct Steps {
     std::vector<std::pair<int, int>> from;
 };
 
-TEST(Level2Threads, symmetric_and_triangular) {
+TEST(Level2Threads, SymmetricAndTriangular) {
     const auto symv = [](int n, const Machine& machine) { return symv_threads(n, machine); };
     const auto strmv = [](int n, const Machine& machine) { return trmv_threads(strmvRule, n, machine); };
     const auto ctrmv = [](int n, const Machine& machine) { return trmv_threads(ctrmvRule, n, machine); };
@@ -119,7 +119,7 @@ TEST(Level2Threads, symmetric_and_triangular) {
     }
 }
 
-TEST(Level2Threads, small_calls_ask_for_nothing) {
+TEST(Level2Threads, SmallCallsAskForNothing) {
     const Machine old{64, 16}, newest{66, 16};
     gemv_threads(sgemvRule, 'N', 127, 127, old);
     gemv_threads(cgemvRule, 'T', 255, 255, old);
@@ -147,7 +147,7 @@ void expect_cover(int n, int team, int unit, const SliceOf& slice_of) {
     ASSERT_EQ(next, n) << n << " on " << team;
 }
 
-TEST(Level2Slices, cover_everything_once) {
+TEST(Level2Slices, CoverEverythingOnce) {
     std::vector<int> sizes{1023, 1024, 1025, 1500, 3001, 20000};
     for (int n = 1; n < 300; ++n)
         sizes.push_back(n);
@@ -166,7 +166,7 @@ TEST(Level2Slices, cover_everything_once) {
         }
 }
 
-TEST(Level2Slices, triangles_are_cut_where_both_halves_have_as_much) {
+TEST(Level2Slices, TrianglesAreCutWhereBothHalvesHaveAsMuch) {
     struct Row {
         int n, team;
         TriangleCut cut;
@@ -191,7 +191,7 @@ TEST(Level2Slices, triangles_are_cut_where_both_halves_have_as_much) {
     EXPECT_EQ(triangle_slice(2000000000, 2, 0, TriangleCut::twoThirds).count, 1333333328);
 }
 
-TEST(Level2Slices, bands_of_a_triangle) {
+TEST(Level2Slices, BandsOfATriangle) {
     const auto band = [](bool upper, char trans, int thread) {
         const TriangleBand b = trmv_band(3000, 2, thread, upper, trans);
         return std::tuple(b.slice.first, b.slice.count, b.first, b.length);

@@ -20,10 +20,10 @@ void expect_triangular(const Level2Case& p, char uplo, char trans, char diag) {
     });
 }
 
-TEST(Triangular, real) {
+TEST(Triangular, Real) {
     each_triangle([](auto&... problem) { expect_triangular<float>(problem...); });
 }
-TEST(Triangular, complex) {
+TEST(Triangular, Complex) {
     each_triangle([](auto&... problem) { expect_triangular<SingleComplex>(problem...); });
 }
 
@@ -52,7 +52,7 @@ void expect_bands(const Level2Case& p, char uplo, char trans, char diag) {
     }
 }
 
-TEST(Triangular, bands) {
+TEST(Triangular, Bands) {
     each_triangle([](const Level2Case& p, auto... options) {
         if (p.n > 300)
             return;
@@ -63,7 +63,7 @@ TEST(Triangular, bands) {
 
 // A solve divides by the diagonal and nothing else: powers of two come out exactly, and quotients whose squares would
 // overflow or vanish come out right.
-TEST(Triangular, diagonal_of_any_size) {
+TEST(Triangular, DiagonalOfAnySize) {
     const int n = 1, unit = 1;
     for (const VectorBuild& build : vector_builds()) {
         float a = 0x1p-149F, x = 0x1p-140F;

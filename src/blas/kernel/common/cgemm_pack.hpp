@@ -150,7 +150,7 @@ void copy_a(const int* m, const int* k, const SingleComplex* a, const int* lda, 
 // Two elements, or their conjugates.
 template <bool conjugated>
 Vec4f conj_pair(Vec4f x) {
-    return conjugated ? flip_signs(x, Vec4f{_mm_setr_ps(0, -0.0F, 0, -0.0F)}) : x;
+    return conjugated ? change_signs(x, Vec4f{_mm_setr_ps(0, -0.0F, 0, -0.0F)}) : x;
 }
 
 // One step of one or two columns, `ld` floats apart.

@@ -42,9 +42,9 @@ template <int floats>
 void finish_rows(const ComplexProduct& p, const ColumnSums<floats>& withRe, const ColumnSums<floats>& withIm,
                  float* c) {
     constexpr int count = smaller(floats, 4);
-    const Vec4f turned = swap_neighbours(withIm.sum); // i*x is -im, re
+    const Vec4f turned = swap_parts(withIm.sum); // i*x is -im, re
     const Vec4f signs = p.conjugatedB ? Vec4f{_mm_setr_ps(0, -0.0F, 0, -0.0F)} : Vec4f{_mm_setr_ps(-0.0F, 0, -0.0F, 0)};
-    finish_elements<count>(p, withRe.sum + flip_signs(turned, signs), c);
+    finish_elements<count>(p, withRe.sum + change_signs(turned, signs), c);
     if constexpr (floats > 4)
         finish_rows<floats - 4>(p, withRe.below, withIm.below, c + 4);
 }
@@ -101,8 +101,8 @@ inline TileRows gather_rows(const ComplexProduct& p, int i, int rows, SingleComp
     const auto store_steps = [&](int row, int l, auto pair, auto steps) {
         const SingleComplex* a = p.a.at(i + row, l);
         constexpr int count = 2 * steps();
-        const Vec4f first = flip_signs(load_first<count>(&a->re), signs);
-        const Vec4f second = pair() == 2 ? flip_signs(load_first<count>(&a[p.a.rowStride].re), signs) : first;
+        const Vec4f first = change_signs(load_first<count>(&a->re), signs);
+        const Vec4f second = pair() == 2 ? change_signs(load_first<count>(&a[p.a.rowStride].re), signs) : first;
         float* out = &gathered[l * smallRows + row].re;
         store_first<2 * pair()>(out, low_halves(first, second));
         if constexpr (count == 4)

@@ -57,15 +57,18 @@ struct DirectProduct {
     bool conjugatedA, conjugatedB;
 };
 
+constexpr float sign_bit(bool negative) {
+    return negative ? -0.0F : 0.0F;
+}
+
 // A vector of rows of the product of complex elements, from the sums of A times the real and of A times the imaginary
 // parts of B; real ones are what they are.
 template <class Vector, class T>
 QRV_INLINE Vector combine(const DirectProduct<T>& p, const Vector (&sums)[floatsIn<T>]) {
     if constexpr (isComplex<T>) {
-        const auto sign = [](bool negative) { return negative ? -0.0F : 0.0F; };
-        const Vector signsRe = Vector::alternate(0, sign(p.conjugatedA));
-        const Vector signsIm = Vector::alternate(sign(p.conjugatedA == p.conjugatedB), sign(p.conjugatedB));
-        return change_signs(sums[0], signsRe) + change_signs(swap_neighbours(sums[1]), signsIm);
+        const Vector signsRe = Vector::alternate(0, sign_bit(p.conjugatedA));
+        const Vector signsIm = Vector::alternate(sign_bit(p.conjugatedA == p.conjugatedB), sign_bit(p.conjugatedB));
+        return change_signs(sums[0], signsRe) + change_signs(swap_parts(sums[1]), signsIm);
     } else {
         return sums[0];
     }

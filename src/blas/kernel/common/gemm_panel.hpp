@@ -196,7 +196,7 @@ struct FourParts {
     // From p on; with `conjugated` the imaginary parts change sign.
     static FourParts load(const SingleComplex* p, bool conjugated) {
         const Vec4f low = Vec4f::load(&p->re), high = Vec4f::load(&p[2].re);
-        return {unzip_even(low, high), flip_signs(unzip_odd(low, high), Vec4f::splat(conjugated ? -0.0F : 0.0F))};
+        return {unzip_even(low, high), change_signs(unzip_odd(low, high), Vec4f::splat(conjugated ? -0.0F : 0.0F))};
     }
     FourParts times(SingleComplex x) const {
         const Vec4f xr = Vec4f::splat(x.re), xi = Vec4f::splat(x.im);

@@ -39,7 +39,7 @@ template <>
 struct ScaledBy<SingleComplex> {
     Vec4f re, im;
     explicit ScaledBy(SingleComplex x) : re(Vec4f::splat(x.re)), im{_mm_setr_ps(-x.im, x.im, -x.im, x.im)} {}
-    Vec4f operator()(Vec4f x) const { return x * re + swap_neighbours(x) * im; }
+    Vec4f operator()(Vec4f x) const { return x * re + swap_parts(x) * im; }
     template <int lanes>
     Vec4f operator()(const float* p, Lanes<lanes>) const {
         return (*this)(load_first<lanes>(p));

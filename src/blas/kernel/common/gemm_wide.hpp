@@ -23,19 +23,13 @@
 
 #include "blas/complex.hpp"
 #include "blas/kernel/common/gemm_blocks.hpp"
+#include "blas/kernel/common/unrolling.hpp"
 #include "blas/kernel/gemm_plan.hpp"
-
-// The sums of a tile are arrays that must live in registers: every loop over them is unrolled, every function that
-// takes them is inlined.
-#define QRV_UNROLL _Pragma("GCC unroll 32")
-#define QRV_INLINE [[gnu::always_inline]] inline
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 constexpr int panelRows = 4;
 constexpr int kStep = 4; // packed A is zero up to a multiple of so many quads
-template <class T>
-constexpr int floatsIn = sizeof(T) / sizeof(float);
 // Columns of which the elements of a step fill a quad of floats.
 template <class T>
 constexpr int quadColumns = 4 / floatsIn<T>;
@@ -57,9 +51,9 @@ template <class Vector>
 struct Factor<Vector, SingleComplex> {
     Vector straight, crossed;
     explicit Factor(SingleComplex x) : straight(Vector::splat(x.re)), crossed(Vector::alternate(-x.im, x.im)) {}
-    QRV_INLINE Vector times(Vector x) const { return straight * x + crossed * swap_neighbours(x); }
+    QRV_INLINE Vector times(Vector x) const { return straight * x + crossed * swap_parts(x); }
     QRV_INLINE Vector times_plus(Vector x, Vector y) const {
-        return multiply_add(straight, x, multiply_add(crossed, swap_neighbours(x), y));
+        return multiply_add(straight, x, multiply_add(crossed, swap_parts(x), y));
     }
 };
 

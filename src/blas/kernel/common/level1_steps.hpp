@@ -21,8 +21,6 @@ inline float* parts(SingleComplex* x) {
 inline const float* parts(const SingleComplex* x) {
     return &x->re;
 }
-template <class T>
-constexpr int partsOf = sizeof(T) / sizeof(float);
 
 // An address that is no multiple of 4 is left to the loops over elements.
 template <class T>
@@ -73,7 +71,7 @@ struct ComplexFactor {
 template <class Step, class X, class Y>
 [[gnu::always_inline]] inline void walk(int n, X* x, Y* y, Step& step) {
     if (n > 0)
-        UnitStride(std::ptrdiff_t{n} * partsOf<Y>, parts(x), parts(y), step).walk();
+        UnitStride(std::ptrdiff_t{n} * floatsIn<Y>, parts(x), parts(y), step).walk();
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

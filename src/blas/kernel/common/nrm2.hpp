@@ -46,7 +46,7 @@ float nrm2(int n, const T* x, int incx) {
         return 0;
     double sum = 0;
     if (contiguous_either_way(x, incx))
-        sum = sum_of_squares(std::ptrdiff_t{n} * partsOf<T>, parts(x));
+        sum = sum_of_squares(std::ptrdiff_t{n} * floatsIn<T>, parts(x));
     else
         strided::walk_parts(n, x, incx, [&](float part) { sum += double{part} * part; });
     return static_cast<float>(__builtin_sqrt(sum));

@@ -9,21 +9,9 @@
 #include <cstddef>
 
 #include "blas/complex.hpp"
-
-// Packs and sums must live in registers: every loop over them is unrolled, every function that takes them is inlined.
-#define QRV_UNROLL _Pragma("GCC unroll 32")
-#define QRV_INLINE [[gnu::always_inline]] inline
+#include "blas/kernel/common/unrolling.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
-
-// a*b + c, rounded once where the build can.
-template <class V>
-QRV_INLINE V times_plus(V a, V b, V c) {
-    if constexpr (requires { multiply_add(a, b, c); })
-        return multiply_add(a, b, c);
-    else
-        return a * b + c;
-}
 
 // The first `count` floats at p, at least one, and zeros behind them; nothing past them is read, respectively written.
 // Vectors without masks are for fewer than all, as those that are stored without one.
@@ -43,9 +31,6 @@ QRV_INLINE void store_part(float* p, V x, int count) {
     else
         store_in_pieces(p, x, count);
 }
-
-template <class T>
-constexpr int parts = isComplex<T> ? 2 : 1; // floats of an element
 
 // Lanes `from` to `to` - 1 of a vector, none if to <= from.
 template <class V, int lanes = V::lanes>
@@ -111,14 +96,14 @@ struct All {};
 
 template <class T>
 struct Pack {
-    static constexpr int count = Vec::lanes / parts<T>;
+    static constexpr int count = Vec::lanes / floatsIn<T>;
     Vec v;
 
     static Pack zero() { return {Vec::zero()}; }
     static Pack load(const T* p) { return {Vec::load(floats(p))}; }
     static Pack load(const T* p, All) { return load(p); }
     static Pack load(const T* p, int n) {
-        return Vec::lanes == 4 && n == count ? load(p) : Pack{load_part<Vec>(floats(p), n * parts<T>)};
+        return Vec::lanes == 4 && n == count ? load(p) : Pack{load_part<Vec>(floats(p), n * floatsIn<T>)};
     }
     // Elements of a range, zeros around them; nothing else is read, respectively written.
     static Pack load(const T* p, const LaneRange<Vec>& range) { return {range.load(floats(p))}; }
@@ -129,35 +114,20 @@ struct Pack {
         if (n == count)
             store(p);
         else
-            store_part(floats(p), v, n * parts<T>);
+            store_part(floats(p), v, n * floatsIn<T>);
     }
 
-    static LaneRange<Vec> range(int from, int to) { return {from * parts<T>, to * parts<T>}; }
+    static LaneRange<Vec> range(int from, int to) { return {from * floatsIn<T>, to * floatsIn<T>}; }
     static const float* floats(const T* p) { return reinterpret_cast<const float*>(p); }
     static float* floats(T* p) { return reinterpret_cast<float*>(p); }
 };
 
 // ---- Complex elements ---------------------------------------------------------------------------------------------
 
-// Real and imaginary part of each element change places.
-template <class V>
-QRV_INLINE V swap_parts(V x) {
-    if constexpr (V::lanes == 4)
-        return {__builtin_shufflevector(x.v, x.v, 1, 0, 3, 2)};
-    else if constexpr (V::lanes == 8)
-        return {__builtin_shufflevector(x.v, x.v, 1, 0, 3, 2, 5, 4, 7, 6)};
-    else
-        return {__builtin_shufflevector(x.v, x.v, 1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14)};
-}
-
 // The real parts (part 0) or the imaginary parts (part 1) with the opposite sign.
 template <int part, class V>
 QRV_INLINE V negate_part(V x) {
-    using Bits = decltype(x.v == x.v); // integers
-    Bits sign{};
-    for (int i = part; i < V::lanes; i += 2)
-        sign[i] = static_cast<int>(0x8000'0000);
-    return {__builtin_bit_cast(decltype(x.v), __builtin_bit_cast(Bits, x.v) ^ sign)};
+    return change_signs(x, V::alternate(part == 0 ? -0.0F : 0.0F, part == 1 ? -0.0F : 0.0F));
 }
 
 // ---- Sums of products ---------------------------------------------------------------------------------------------
@@ -187,7 +157,7 @@ struct ScaledSum<float> {
     ScaledSum() = default;
     explicit ScaledSum(Pack<float> y) : sum(y.v) {}
     ScaledSum(Pack<float> a, const Factor<float>& s) : sum(a.v * s.re) {} // y is 0
-    void add(Pack<float> a, const Factor<float>& s) { sum = times_plus(a.v, s.re, sum); }
+    void add(Pack<float> a, const Factor<float>& s) { sum = multiply_add(a.v, s.re, sum); }
     void add(Pack<float> a, const Factor<float>& s, const LaneRange<Vec>& range) {
         sum = range.times_plus(a.v, s.re, sum);
     }
@@ -201,8 +171,8 @@ struct ScaledSum<SingleComplex> {
     explicit ScaledSum(Pack<SingleComplex> y) : re(y.v), im(Vec::zero()) {}
     ScaledSum(Pack<SingleComplex> a, const Factor<SingleComplex>& s) : re(a.v * s.re), im(a.v * s.im) {}
     void add(Pack<SingleComplex> a, const Factor<SingleComplex>& s) {
-        re = times_plus(a.v, s.re, re);
-        im = times_plus(a.v, s.im, im);
+        re = multiply_add(a.v, s.re, re);
+        im = multiply_add(a.v, s.im, im);
     }
     void add(Pack<SingleComplex> a, const Factor<SingleComplex>& s, const LaneRange<Vec>& range) {
         re = range.times_plus(a.v, s.re, re);
@@ -223,7 +193,7 @@ struct AddedPack<float> {
     Vec v;
     AddedPack() = default;
     explicit AddedPack(Pack<float> x) : v(x.v) {}
-    Pack<float> add_to(const Factor<float>& s, Pack<float> a) const { return {times_plus(v, s.re, a.v)}; }
+    Pack<float> add_to(const Factor<float>& s, Pack<float> a) const { return {multiply_add(v, s.re, a.v)}; }
 };
 template <>
 struct AddedPack<SingleComplex> {
@@ -231,7 +201,7 @@ struct AddedPack<SingleComplex> {
     AddedPack() = default;
     explicit AddedPack(Pack<SingleComplex> x) : v(x.v), turned(negate_part<0>(swap_parts(x.v))) {}
     Pack<SingleComplex> add_to(const Factor<SingleComplex>& s, Pack<SingleComplex> a) const {
-        return {times_plus(turned, s.im, times_plus(v, s.re, a.v))};
+        return {multiply_add(turned, s.im, multiply_add(v, s.re, a.v))};
     }
 };
 
@@ -256,7 +226,7 @@ template <bool conjugated>
 struct DotSum<conjugated, float> {
     Vec sum;
     static DotSum zero() { return {Vec::zero()}; }
-    void add(Pack<float> a, const DotOperand<float>& x) { sum = times_plus(a.v, x.v, sum); }
+    void add(Pack<float> a, const DotOperand<float>& x) { sum = multiply_add(a.v, x.v, sum); }
     void add(Pack<float> a, const DotOperand<float>& x, const LaneRange<Vec>& range) {
         sum = range.times_plus(a.v, x.v, sum);
     }
@@ -268,8 +238,8 @@ struct DotSum<conjugated, SingleComplex> {
     Vec like, cross; // re*re, im*im; re*im, im*re
     static DotSum zero() { return {Vec::zero(), Vec::zero()}; }
     void add(Pack<SingleComplex> a, const DotOperand<SingleComplex>& x) {
-        like = times_plus(a.v, x.v, like);
-        cross = times_plus(a.v, x.swapped, cross);
+        like = multiply_add(a.v, x.v, like);
+        cross = multiply_add(a.v, x.swapped, cross);
     }
     void add(Pack<SingleComplex> a, const DotOperand<SingleComplex>& x, const LaneRange<Vec>& range) {
         like = range.times_plus(a.v, x.v, like);
@@ -301,14 +271,14 @@ QRV_INLINE void clear(Sum (&sums)[count]) {
 // The results of several sums, one behind the other.
 template <int count, bool conjugated, class T>
 QRV_INLINE void store_dots(const DotSum<conjugated, T> (&sums)[count], T* out) {
-    constexpr int floats = count * parts<T>, padded = (floats + 3) / 4 * 4;
+    constexpr int floats = count * floatsIn<T>, padded = (floats + 3) / 4 * 4;
     Vec x[padded];
     QRV_UNROLL
     for (int i = 0; i < padded; ++i)
         x[i] = Vec::zero();
     QRV_UNROLL
     for (int i = 0; i < count; ++i)
-        sums[i].lanes(x + i * parts<T>);
+        sums[i].lanes(x + i * floatsIn<T>);
     float few[4]; // what is not a whole quad
     QRV_UNROLL
     for (int i = 0; i < padded; i += 4)
@@ -327,10 +297,10 @@ constexpr int columns_for(int vectors, int most) {
     return fitting < 1 ? 1 : fitting < most ? fitting : most;
 }
 template <class T>
-constexpr int columnsAtOnce = columns_for(parts<T>, 8); // their factors or their sums
+constexpr int columnsAtOnce = columns_for(floatsIn<T>, 8); // their factors or their sums
 template <class T>
-constexpr int columnsOfBothHalves = columns_for(2 * parts<T>, 8); // factors and sums
+constexpr int columnsOfBothHalves = columns_for(2 * floatsIn<T>, 8); // factors and sums
 template <class T, int terms>
-constexpr int columnsOfUpdate = columns_for(terms* parts<T>, 4); // factors
+constexpr int columnsOfUpdate = columns_for(terms* floatsIn<T>, 4); // factors
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -67,8 +67,8 @@ inline Vec16f subtract_product(Vec16f a, Vec16f b, Vec16f c) {
 inline Vec16f change_signs(Vec16f x, Vec16f signs) {
     return {_mm512_xor_ps(x.v, signs.v)};
 }
-// x1 x0 x3 x2 in each quad
-inline Vec16f swap_neighbours(Vec16f x) {
+// x1 x0 x3 x2 in each quad: real and imaginary parts for each other
+inline Vec16f swap_parts(Vec16f x) {
     return {_mm512_permute_ps(x.v, 0xB1)};
 }
 // Each quad changes places with its neighbour.
@@ -195,10 +195,6 @@ inline void transpose_rows(const float* const (&row)[4], int l, int count, Vec16
 inline Vec16f loaded_once(Vec16f x) {
     asm("" : "+v"(x.v));
     return x;
-}
-// Real and imaginary parts for each other.
-inline Vec16f swap_parts(Vec16f x) {
-    return {_mm512_permute_ps(x.v, 0xB1)};
 }
 // The sums of the lanes with even and with odd numbers.
 inline LanePair sum_pairs(Vec16f x) {

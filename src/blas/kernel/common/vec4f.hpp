@@ -50,12 +50,12 @@ inline Vec4f unzip_even(Vec4f a, Vec4f b) {
 inline Vec4f unzip_odd(Vec4f a, Vec4f b) {
     return {_mm_shuffle_ps(a.v, b.v, _MM_SHUFFLE(3, 1, 3, 1))};
 }
-// x1 x0 x3 x2
-inline Vec4f swap_neighbours(Vec4f x) {
+// x1 x0 x3 x2: real and imaginary parts for each other
+inline Vec4f swap_parts(Vec4f x) {
     return {_mm_shuffle_ps(x.v, x.v, _MM_SHUFFLE(2, 3, 0, 1))};
 }
 // x with the signs flipped where `signs` has a minus: its lanes are 0 and -0.
-inline Vec4f flip_signs(Vec4f x, Vec4f signs) {
+inline Vec4f change_signs(Vec4f x, Vec4f signs) {
     return {_mm_xor_ps(x.v, signs.v)};
 }
 inline void transpose(Vec4f& a, Vec4f& b, Vec4f& c, Vec4f& d) {
@@ -135,10 +135,6 @@ inline Vec4f multiply_add(Vec4f a, Vec4f b, Vec4f c) {
 inline Vec4f loaded_once(Vec4f x) {
     asm("" : "+x"(x.v));
     return x;
-}
-// x1 x0 x3 x2: real and imaginary parts for each other
-inline Vec4f swap_parts(Vec4f x) {
-    return {_mm_shuffle_ps(x.v, x.v, _MM_SHUFFLE(2, 3, 0, 1))};
 }
 // The sums of the lanes with even and with odd numbers.
 struct LanePair {

@@ -59,8 +59,8 @@ inline Vec8f subtract_product(Vec8f a, Vec8f b, Vec8f c) {
 inline Vec8f change_signs(Vec8f x, Vec8f signs) {
     return {_mm256_xor_ps(x.v, signs.v)};
 }
-// x1 x0 x3 x2 in each quad
-inline Vec8f swap_neighbours(Vec8f x) {
+// x1 x0 x3 x2 in each quad: real and imaginary parts for each other
+inline Vec8f swap_parts(Vec8f x) {
     return {_mm256_permute_ps(x.v, 0xB1)};
 }
 // Each quad changes places with its neighbour.
@@ -176,10 +176,6 @@ inline void transpose_rows(const float* const (&row)[4], int l, int count, Vec8f
 inline Vec8f loaded_once(Vec8f x) {
     asm("" : "+x"(x.v));
     return x;
-}
-// Real and imaginary parts for each other.
-inline Vec8f swap_parts(Vec8f x) {
-    return {_mm256_permute_ps(x.v, 0xB1)};
 }
 // The sums of the lanes with even and with odd numbers.
 inline LanePair sum_pairs(Vec8f x) {

@@ -4,9 +4,7 @@
 #include <cstddef>
 
 #include "blas/complex.hpp"
-
-#define QRV_UNROLL _Pragma("GCC unroll 32")
-#define QRV_INLINE [[gnu::always_inline]] inline
+#include "blas/kernel/common/unrolling.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 

@@ -1,0 +1,6 @@
+// Arrays of vectors that must live in registers: every loop over them is unrolled, every function that takes them is
+// inlined.
+#pragma once
+
+#define QRV_UNROLL _Pragma("GCC unroll 32")
+#define QRV_INLINE [[gnu::always_inline]] inline
