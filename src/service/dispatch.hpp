@@ -56,19 +56,20 @@ public:
     constexpr explicit DispatchSlot(const Variants<Signature>& variants) : variants_(variants) {}
 
     Result operator()(Args... args) {
-        Signature* routine = chosen_.load(std::memory_order_relaxed);
+        Signature* const routine = chosen_.load(std::memory_order_relaxed);
         if (!routine) [[unlikely]]
-            routine = choose();
+            return choose_and_call(args...);
         return routine(args...);
     }
 
     constexpr const Variants<Signature>& variants() const { return variants_; }
 
 private:
-    [[gnu::cold, gnu::noinline]] Signature* choose() {
-        Signature* routine = pick(variants_, qrv_serv_get_cpu_type(), vector_form());
+    // It makes the first call itself, so that nothing of the others' arguments has to be kept for after it.
+    [[gnu::cold, gnu::noinline]] Result choose_and_call(Args... args) {
+        Signature* const routine = pick(variants_, qrv_serv_get_cpu_type(), vector_form());
         chosen_.store(routine, std::memory_order_relaxed);
-        return routine;
+        return routine(args...);
     }
 
     Variants<Signature> variants_;
