@@ -21,7 +21,7 @@ inline constexpr bool isComplex<SingleComplex> = true;
 
 // Floats of an element.
 template <class T>
-inline constexpr int floatsIn = isComplex<T> ? 2 : 1;
+inline constexpr int floatsIn = sizeof(T) / sizeof(float);
 
 // A real number as an element.
 template <class T>
