@@ -14,6 +14,14 @@
 
 namespace QRV_VIEW_NAMESPACE {
 
+// Of two sizes; kernel sources have no standard algorithms.
+constexpr int smaller(int x, int y) {
+    return x < y ? x : y;
+}
+constexpr int larger(int x, int y) {
+    return x < y ? y : x;
+}
+
 // Element (i, j), counted from 0, of a matrix with leading dimension ld.
 template <class T>
 struct Matrix {

@@ -82,7 +82,7 @@ TEST(GemmSlices, CoverEverythingOnceInWholeUnits) {
             for (int total = 0; total <= 300; ++total) {
                 int next = 0;
                 for (int part = 0; part < parts; ++part) {
-                    const Slice slice = gemm_slice(total, parts, part, unit);
+                    const Slice slice = equal_slice(total, parts, part, unit);
                     ASSERT_EQ(slice.first, next) << total << ' ' << parts << ' ' << unit;
                     ASSERT_TRUE(part == parts - 1 || slice.count == total / parts / unit * unit);
                     // An address is taken at `first` even where nothing is there.
@@ -91,7 +91,7 @@ TEST(GemmSlices, CoverEverythingOnceInWholeUnits) {
                 }
                 ASSERT_EQ(next, total);
             }
-    EXPECT_EQ(gemm_slice(most, 3, 2).count, 715827883);
+    EXPECT_EQ(equal_slice(most, 3, 2).count, 715827883);
 }
 
 TEST(GemmSlices, BlocksCoverASlice) {

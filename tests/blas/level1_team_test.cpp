@@ -117,10 +117,7 @@ Vectors<T> vectors_for(const Routine<T>&, int n, int incx, int incy) {
 
 template <class Body>
 void each_routine(const Body& body) {
-    for (const auto& routine : realRoutines)
-        body(routine);
-    for (const auto& routine : complexRoutines)
-        body(routine);
+    each_of(realRoutines, complexRoutines, body);
 }
 
 template <class T, class Way>

@@ -90,10 +90,7 @@ const Routine<SingleComplex> complexRoutines[] = {
 
 template <class Body>
 void each_routine(const Body& body) {
-    for (const auto& routine : realRoutines)
-        body(routine);
-    for (const auto& routine : complexRoutines)
-        body(routine);
+    each_of(realRoutines, complexRoutines, body);
 }
 
 // Runs way(operands) for each set of options, the sizes and increments given; it must change the operands as the serial

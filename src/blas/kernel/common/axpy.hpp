@@ -22,7 +22,7 @@ template <>
 struct AxpyStep<SingleComplex> {
     static constexpr bool readsX = true, readsY = true, writesX = false, writesY = true;
     static constexpr int unit = 2, pass = 32;
-    ComplexFactor alpha;
+    ComplexFactor<Vec> alpha;
 
     explicit AxpyStep(SingleComplex factor) : alpha(factor) {}
     void operator()(int, Vec& x, Vec& y) const { y = alpha.times_plus(x, y); }

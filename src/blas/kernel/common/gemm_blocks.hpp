@@ -9,12 +9,6 @@
 
 namespace QRV_VIEW_NAMESPACE {
 
-constexpr int smaller(int x, int y) {
-    return x < y ? x : y;
-}
-constexpr int larger(int x, int y) {
-    return x < y ? y : x;
-}
 // x filled up to a multiple of unit, a power of two.
 constexpr int round_up(int x, int unit) {
     return (x + unit - 1) & ~(unit - 1);

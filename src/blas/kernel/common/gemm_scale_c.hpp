@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "blas/complex.hpp"
+#include "blas/kernel/common/complex_factor.hpp"
 #include "blas/kernel/common/vec4f.hpp"
 #include "blas/matrix.hpp"
 
@@ -37,9 +37,9 @@ struct ScaledBy<float> {
 };
 template <>
 struct ScaledBy<SingleComplex> {
-    Vec4f re, im;
-    explicit ScaledBy(SingleComplex x) : re(Vec4f::splat(x.re)), im{_mm_setr_ps(-x.im, x.im, -x.im, x.im)} {}
-    Vec4f operator()(Vec4f x) const { return x * re + swap_parts(x) * im; }
+    ComplexFactor<Vec4f> factor;
+    explicit ScaledBy(SingleComplex x) : factor(x) {}
+    Vec4f operator()(Vec4f x) const { return factor.times(x); }
     template <int lanes>
     Vec4f operator()(const float* p, Lanes<lanes>) const {
         return (*this)(load_first<lanes>(p));

@@ -21,7 +21,7 @@
 
 #include <cstddef>
 
-#include "blas/complex.hpp"
+#include "blas/kernel/common/complex_factor.hpp"
 #include "blas/kernel/common/gemm_blocks.hpp"
 #include "blas/kernel/common/unrolling.hpp"
 #include "blas/kernel/gemm_plan.hpp"
@@ -48,13 +48,8 @@ struct Factor {
     QRV_INLINE Vector times_plus(Vector x, Vector y) const { return multiply_add(factor, x, y); }
 };
 template <class Vector>
-struct Factor<Vector, SingleComplex> {
-    Vector straight, crossed;
-    explicit Factor(SingleComplex x) : straight(Vector::splat(x.re)), crossed(Vector::alternate(-x.im, x.im)) {}
-    QRV_INLINE Vector times(Vector x) const { return straight * x + crossed * swap_parts(x); }
-    QRV_INLINE Vector times_plus(Vector x, Vector y) const {
-        return multiply_add(straight, x, multiply_add(crossed, swap_parts(x), y));
-    }
+struct Factor<Vector, SingleComplex> : ComplexFactor<Vector> {
+    using ComplexFactor<Vector>::ComplexFactor;
 };
 
 // Whether to multiply C by a beta that is not 0. Real elements may be multiplied by 1; of complex ones with an infinite

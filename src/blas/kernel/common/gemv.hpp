@@ -160,7 +160,7 @@ void gemv(char trans, int m, int n, T alpha, Matrix<const T> a, const T* x, int 
         return;
     if (!transposed)
         add_product(m, n, alpha, a, xs, ys);
-    else if (isComplex<T> && (trans == 'C' || trans == 'c'))
+    else if (isComplex<T> && conjugates(trans))
         add_transposed_product<isComplex<T>>(m, n, alpha, a, xs, ys);
     else
         add_transposed_product<false>(m, n, alpha, a, xs, ys);

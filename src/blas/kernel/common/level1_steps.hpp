@@ -1,10 +1,10 @@
-// What the steps of level 1 share: which vectors are walked over as arrays of floats, and products with a complex
-// factor.
+// What the steps of level 1 share: which vectors are walked over as arrays of floats.
 #pragma once
 
 #include <cstdint>
 
 #include "blas/complex.hpp"
+#include "blas/kernel/common/complex_factor.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
@@ -50,22 +50,6 @@ inline int floats_to_peel(std::ptrdiff_t n, const float* x) {
 inline Vec load_peeled(const float* x) {
     return peeledFrom == 0 ? Vec::load_aligned(x) : Vec::load(x);
 }
-
-// alpha*x in a vector of complex elements: two products of whole vectors.
-struct ComplexFactor {
-    Vec straight, crossed;
-
-    explicit ComplexFactor(SingleComplex alpha)
-        : straight(Vec::splat(alpha.re)), crossed(Vec::alternate(-alpha.im, alpha.im)) {}
-    Vec times(Vec x) const {
-        x = loaded_once(x);
-        return multiply_add(crossed, swap_parts(x), straight * x);
-    }
-    Vec times_plus(Vec x, Vec y) const {
-        x = loaded_once(x);
-        return multiply_add(crossed, swap_parts(x), multiply_add(straight, x, y));
-    }
-};
 
 // Hands n elements of x and y to a Step.
 template <class Step, class X, class Y>

@@ -24,7 +24,7 @@ template <>
 struct ScalStep<SingleComplex> {
     static constexpr bool readsX = false, readsY = true, writesX = false, writesY = true;
     static constexpr int unit = 2, pass = 32;
-    ComplexFactor alpha;
+    ComplexFactor<Vec> alpha;
 
     explicit ScalStep(SingleComplex factor) : alpha(factor) {}
     void operator()(int, Vec&, Vec& x) const { x = alpha.times(x); }

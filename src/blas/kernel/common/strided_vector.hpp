@@ -12,13 +12,6 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 template <class T>
 constexpr int blockElements = 8192 / sizeof(T);
 
-constexpr int smaller(int x, int y) {
-    return x < y ? x : y;
-}
-constexpr int larger(int x, int y) {
-    return x < y ? y : x;
-}
-
 // Element i of a vector of n elements; with a negative increment element 0 lies at index (1 - n)*inc from p.
 template <class T>
 struct StridedVector {
@@ -30,16 +23,8 @@ struct StridedVector {
 };
 
 // Elements i to i + count - 1 next to each other: where they are, or brought together in the buffer.
-template <class T>
-const T* gathered(StridedVector<const T> x, int i, int count, T* buffer) {
-    if (x.inc == 1)
-        return &x[i];
-    for (int k = 0; k < count; ++k)
-        buffer[k] = x[i + k];
-    return buffer;
-}
-template <class T>
-T* gathered(StridedVector<T> x, int i, int count, T* buffer) {
+template <class Element, class T>
+Element* gathered(StridedVector<Element> x, int i, int count, T* buffer) {
     if (x.inc == 1)
         return &x[i];
     for (int k = 0; k < count; ++k)

@@ -159,7 +159,7 @@ template <Action action, class T, class X>
 void apply_triangle(char trans, const Triangle<T>& t, X x) {
     if (!transposes(trans))
         apply_triangle<action, false, false>(t, x);
-    else if (isComplex<T> && (trans == 'C' || trans == 'c'))
+    else if (isComplex<T> && conjugates(trans))
         apply_triangle<action, true, isComplex<T>>(t, x);
     else
         apply_triangle<action, true, false>(t, x);

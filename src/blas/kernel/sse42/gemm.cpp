@@ -12,54 +12,38 @@ template <>
 constexpr GemmPlanRow<SingleComplex> row<SingleComplex> = cgemm_row<cgemmBlocksSse42>(0, complexSliverFactor);
 
 // Which products a form computes without packing: up to how many multiply-adds (m*n*k). Beyond, packing costs
-// less than operands that come from the outer caches again and again.
+// less than operands that come from the outer caches again and again. A limit of 0: none.
 struct DirectRange {
-    double plain;            // A as it lies
-    double transposed;       // A transposed: its tiles are transposed on the way, again for each group of columns
-    int fewRows;             // a C this low uses an element of B so seldom that packing and expanding it cost most
-    double low;              // limit for such a C
-    double lowByRows;        // the same if B is transposed and long walks along its rows thrash the address cache
-    int fewColumns;          // a C this narrow uses packed A too seldom, if A is not transposed
-    double narrow;           // limit for such a C
-    double narrowTransposed; // the same if A is transposed: as many elements to bring together as to pack
+    double plain;                // A as it lies
+    double transposed;           // A transposed: its tiles are transposed on the way, again for each group of columns
+    int fewRows = 0;             // a C this low uses an element of B so seldom that packing and expanding it cost most
+    double low = 0;              // limit for such a C
+    double lowByRows = 0;        // the same if B is transposed and long walks along its rows thrash the address cache
+    int fewColumns = 0;          // a C this narrow uses packed A too seldom, if A is not transposed
+    double narrow = 0;           // limit for such a C
+    double narrowTransposed = 0; // the same if A is transposed: as many elements to bring together as to pack
 };
 template <class T>
 constexpr DirectRange directRanges[] = {
-    {.plain = 14 * 14 * 14,
-     .transposed = 12 * 12 * 12,
-     .fewRows = 0,
-     .low = 0,
-     .lowByRows = 0,
-     .fewColumns = 0,
-     .narrow = 0,
-     .narrowTransposed = 0},
+    {.plain = 14 * 14 * 14, .transposed = 12 * 12 * 12},
     {.plain = 0x1p19,
      .transposed = 0x1p18,
      .fewRows = 32,
      .low = 0x1p27,
      .lowByRows = 0x1p24,
      .fewColumns = 12,
-     .narrow = 0x1p22,
-     .narrowTransposed = 0},
+     .narrow = 0x1p22},
     {.plain = 0x1p24,
      .transposed = 0x1p22,
      .fewRows = 32,
      .low = 0x1p27,
      .lowByRows = 0x1p24,
      .fewColumns = 32,
-     .narrow = 0x1p26,
-     .narrowTransposed = 0},
+     .narrow = 0x1p26},
 };
 template <>
 constexpr DirectRange directRanges<SingleComplex>[] = {
-    {.plain = 11 * 11 * 11,
-     .transposed = 7 * 7 * 7,
-     .fewRows = 0,
-     .low = 0,
-     .lowByRows = 0,
-     .fewColumns = 0,
-     .narrow = 0,
-     .narrowTransposed = 0},
+    {.plain = 11 * 11 * 11, .transposed = 7 * 7 * 7},
     {.plain = 0x1p20,
      .transposed = 0x1p20,
      .fewRows = 16,

@@ -10,6 +10,19 @@ struct Slice {
     int first, count;
 };
 
+// Slice `part` of `parts`: equal chunks of a multiple of `unit`, the last one taking what remains. Without enough
+// units for all, the last slice is everything and the others are empty.
+//
+//   total parts unit   slices
+//   10    4     1      0+2  2+2  4+2  6+4
+//   3     4     1      0+0  0+0  0+0  0+3
+//   103   3     4      0+32  32+32  64+39
+constexpr Slice equal_slice(int total, int parts, int part, int unit = 1) {
+    const int chunk = total / parts / unit * unit;
+    const int first = chunk * part;
+    return {first, part == parts - 1 ? total - first : chunk};
+}
+
 // A thread's slice of a vector of n elements: equal chunks of a multiple of 8, so that all begin with the alignment of
 // the vector, the last thread taking what remains. A thread beyond the team gets nothing.
 //
@@ -19,11 +32,7 @@ struct Slice {
 //   7    1      0+7
 constexpr Slice vector_slice(int n, int team, int thread) {
     constexpr int unit = 8;
-    if (n <= 0 || thread >= team)
-        return {0, 0};
-    const int chunk = n / team / unit * unit;
-    const int first = chunk * thread; // below n, as chunk * team <= n
-    return {first, thread == team - 1 ? n - first : chunk};
+    return n <= 0 || thread >= team ? Slice{0, 0} : equal_slice(n, team, thread, unit);
 }
 
 // From the address of a vector of n elements to that of its slice. With a negative increment a routine counts back

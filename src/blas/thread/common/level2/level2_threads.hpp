@@ -66,16 +66,8 @@ constexpr int gemv_threads(const GemvRule& rule, char trans, int m, int n, const
 }
 
 // Option N cuts rows, as vectors are cut; the others cut columns.
-//
-//   n    team   columns
-//   10   4      0+2  2+2  4+2  6+4
-//   3    4      0+0  0+0  0+0  0+3
-constexpr Slice column_slice(int n, int team, int thread) {
-    const int chunk = n / team, first = chunk * thread;
-    return {first, thread == team - 1 ? n - first : chunk};
-}
 constexpr Slice gemv_slice(char trans, int m, int n, int team, int thread) {
-    return transposes(trans) ? column_slice(n, team, thread) : vector_slice(m, team, thread);
+    return transposes(trans) ? equal_slice(n, team, thread) : vector_slice(m, team, thread);
 }
 
 // ---- Symmetric matrix ----------------------------------------------------------------------------------------------

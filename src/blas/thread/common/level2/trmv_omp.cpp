@@ -42,7 +42,7 @@ void copy_vector(int threads, int n, const T* x, int incx, T* copy) {
     }
 #pragma omp parallel num_threads(threads)
     {
-        const Slice slice = column_slice(n, omp_get_num_threads(), omp_get_thread_num());
+        const Slice slice = equal_slice(n, omp_get_num_threads(), omp_get_thread_num());
         TrmvFamily<T>::copy(&slice.count, x + slice.first, &unit, copy + slice.first, &unit);
     }
 }

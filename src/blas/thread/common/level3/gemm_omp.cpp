@@ -77,14 +77,14 @@ template <class T>
 void gemm_1d_row(const GemmProblem<T>& problem, GemmPlan<T>* plan, const GemmThreadContext<T>& context) {
 #pragma omp for schedule(static, 1)
     for (int i = 0; i < context.threads; ++i)
-        work_on(problem.rows(gemm_slice(problem.m, context.threads, i)), plan, context);
+        work_on(problem.rows(equal_slice(problem.m, context.threads, i)), plan, context);
 }
 
 template <class T>
 void gemm_1d_col(const GemmProblem<T>& problem, GemmPlan<T>* plan, const GemmThreadContext<T>& context) {
 #pragma omp for schedule(static, 1)
     for (int i = 0; i < context.threads; ++i)
-        work_on(problem.columns(gemm_slice(problem.n, context.threads, i)), plan, context);
+        work_on(problem.columns(equal_slice(problem.n, context.threads, i)), plan, context);
 }
 
 // Packed A of one group of threads, for the current block of rows and steps.
@@ -123,7 +123,7 @@ void gemm_1d_acopy(const GemmProblem<T>& problem, GemmPlan<T>* plan, const GemmT
     const int threads = context.threads, groups = context.rowThreads;
     const std::size_t copyLength = plan->aBuffer.bytes / sizeof(T);
     const int kUnit = plan->kUnit, mUnit = plan->mUnit;
-    const int longest = gemm_slice(problem.m, groups, groups - 1, mUnit).count;
+    const int longest = equal_slice(problem.m, groups, groups - 1, mUnit).count;
     GemmProblem<T> adding = problem;
     adding.beta = scalar<T>(1);
     for (int l = 0, kc; l < problem.k; l += kc) {
@@ -134,7 +134,7 @@ void gemm_1d_acopy(const GemmProblem<T>& problem, GemmPlan<T>* plan, const GemmT
             mc = std::min(context.mb, longest - i0);
             const auto block = [&](int thread) -> SharedBlock<T> {
                 const int group = thread / context.colThreads;
-                const Slice rows = gemm_block(gemm_slice(problem.m, groups, group, mUnit), i0, mc);
+                const Slice rows = gemm_block(equal_slice(problem.m, groups, group, mUnit), i0, mc);
                 return {deep.rows(rows), context.aShared + static_cast<std::size_t>(group) * copyLength, stride};
             };
 #pragma omp for schedule(static, 1)
@@ -232,9 +232,9 @@ void gemm_small_region(const GemmProblem<T>& problem, int threads) {
         if (team == 1) {
             serial(problem);
         } else if (gemm_plain_split(problem.sizes(), team) == GemmSplit::rows) {
-            serial(problem.rows(gemm_slice(problem.m, team, thread)));
+            serial(problem.rows(equal_slice(problem.m, team, thread)));
         } else {
-            GemmProblem<T> part = problem.columns(gemm_slice(problem.n, team, thread));
+            GemmProblem<T> part = problem.columns(equal_slice(problem.n, team, thread));
             if (Family::byMachine && part.beta != scalar<T>(1)) {
                 Family::scale_c(&part.m, &part.n, &part.beta, part.c, &part.ldc);
                 part.beta = scalar<T>(1);

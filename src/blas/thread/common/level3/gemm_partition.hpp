@@ -103,19 +103,6 @@ constexpr bool gemm_gains(const GemmGainRule& rule, GemmSizes s, int threads, in
 
 // ---- Slices ------------------------------------------------------------------------------------------------
 
-// Slice `part` of `parts`: equal chunks of a multiple of `unit`, the last one taking what remains. Without enough
-// units for all, the last slice is everything and the others are empty.
-//
-//   total parts unit   slices
-//   10    4     1      0+2  2+2  4+2  6+4
-//   3     4     1      0+0  0+0  0+0  0+3
-//   103   3     4      0+32  32+32  64+39
-constexpr Slice gemm_slice(int total, int parts, int part, int unit = 1) {
-    const int chunk = total / parts / unit * unit;
-    const int first = chunk * part;
-    return {first, part == parts - 1 ? total - first : chunk};
-}
-
 // The part of a slice that lies in the block of `size` from `offset` on; empty if the slice ends before.
 constexpr Slice gemm_block(Slice slice, int offset, int size) {
     return {slice.first + std::min(offset, slice.count), std::max(0, std::min(size, slice.count - offset))};
