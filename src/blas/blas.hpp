@@ -3,6 +3,7 @@
 #pragma once
 
 #include "blas/kernel/level2_kernels.hpp"
+#include "blas/kernel/level3_kernels.hpp"
 #include "qrv/native.h"
 
 extern "C" {
@@ -67,4 +68,19 @@ void qrv_blas_sgemm(const char* transa, const char* transb, const int* m, const 
 void qrv_blas_cgemm(const char* transa, const char* transb, const int* m, const int* n, const int* k,
                     const qrv_complex* alpha, const qrv_complex* a, const int* lda, const qrv_complex* b,
                     const int* ldb, const qrv_complex* beta, qrv_complex* c, const int* ldc);
+
+// Triangular solve and product, symmetric and Hermitian rank updates and products.
+void qrv_blas_strsm(QRV_TRSM_PARAMETERS(float));
+void qrv_blas_ctrsm(QRV_TRSM_PARAMETERS(qrv_complex));
+void qrv_blas_strmm(QRV_TRSM_PARAMETERS(float));
+void qrv_blas_ctrmm(QRV_TRSM_PARAMETERS(qrv_complex));
+void qrv_blas_ssyrk(QRV_SYRK_PARAMETERS(float, float));
+void qrv_blas_csyrk(QRV_SYRK_PARAMETERS(qrv_complex, qrv_complex));
+void qrv_blas_cherk(QRV_SYRK_PARAMETERS(qrv_complex, float));
+void qrv_blas_ssyr2k(QRV_SYR2K_PARAMETERS(float, float));
+void qrv_blas_csyr2k(QRV_SYR2K_PARAMETERS(qrv_complex, qrv_complex));
+void qrv_blas_cher2k(QRV_SYR2K_PARAMETERS(qrv_complex, float));
+void qrv_blas_ssymm(QRV_SYMM_PARAMETERS(float));
+void qrv_blas_csymm(QRV_SYMM_PARAMETERS(qrv_complex));
+void qrv_blas_chemm(QRV_SYMM_PARAMETERS(qrv_complex));
 }

@@ -31,6 +31,7 @@ struct Matrix {
     T& operator()(int i, int j) const { return data[i + ld * j]; }
     Matrix block(int i, int j) const { return {data + i + ld * j, ld}; }
     T* column(int j) const { return data + ld * j; }
+    constexpr operator Matrix<const T>() const { return {data, ld}; }
 };
 
 // Whether a GEMM option transposes: anything but 'N' and 'n' does.

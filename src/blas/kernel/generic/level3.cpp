@@ -1,0 +1,2 @@
+// BLAS level 3 of the generic build.
+#include "blas/kernel/common/level3.hpp"

@@ -1,0 +1,4 @@
+// BLAS level 3 of the sse2 build.
+#include "blas/kernel/sse2/vec.hpp"
+
+#include "blas/kernel/common/level3.hpp"

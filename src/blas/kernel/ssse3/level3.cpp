@@ -1,0 +1,4 @@
+// BLAS level 3 of the ssse3 build.
+#include "blas/kernel/ssse3/vec.hpp"
+
+#include "blas/kernel/common/level3.hpp"

@@ -1,0 +1,45 @@
+// Options of BLAS and LAPACK routines as enumerations with the published letter as value. They are parsed once, at the
+// boundary; an option on its way to a check stays a character.
+//
+// Kernel builds are compiled for different processors, so nothing inline may be shared between them: in a kernel
+// source these functions live in the build's own namespace.
+#pragma once
+
+#include "blas/matrix.hpp"
+
+namespace QRV_VIEW_NAMESPACE {
+
+enum class Side : char { left = 'L', right = 'R' };
+enum class Uplo : char { upper = 'U', lower = 'L' };
+enum class Op : char { none = 'N', transpose = 'T', adjoint = 'C' };
+enum class Diag : char { nonUnit = 'N', unit = 'U' };
+
+constexpr bool is_option(char option, char upperCase) {
+    return option == upperCase || option == upperCase + ('a' - 'A');
+}
+constexpr Side side_of(char option) {
+    return is_option(option, 'L') ? Side::left : Side::right;
+}
+constexpr Uplo uplo_of(char option) {
+    return is_option(option, 'U') ? Uplo::upper : Uplo::lower;
+}
+constexpr Op op_of(char option) {
+    return !transposes(option) ? Op::none : conjugates(option) ? Op::adjoint : Op::transpose;
+}
+constexpr Diag diag_of(char option) {
+    return is_option(option, 'U') ? Diag::unit : Diag::nonUnit;
+}
+constexpr char letter(Side side) {
+    return static_cast<char>(side);
+}
+constexpr char letter(Uplo uplo) {
+    return static_cast<char>(uplo);
+}
+constexpr char letter(Op op) {
+    return static_cast<char>(op);
+}
+constexpr char letter(Diag diag) {
+    return static_cast<char>(diag);
+}
+
+} // namespace QRV_VIEW_NAMESPACE
