@@ -1,9 +1,9 @@
 // Every dispatched kernel: its declaration in the namespace of each build, and its dispatcher `qrv_<name>`.
 //
-// The kernels are listed once, in gemm_kernels.hpp and, by level, level1_kernels.hpp to
-// level3_kernels.hpp. From the lists come these declarations and, in kernels.cpp, the DispatchSlots. To add a kernel,
-// add a line there and a body to each build. All but GEMM have forms of the sse42 build for wider vectors too, which
-// the slot chooses among; GEMM chooses for itself, in its plan.
+// The kernels are listed once, by level (gemm_kernels.hpp, level1_kernels.hpp and so on). From the lists come these
+// declarations and, in kernels.cpp, the DispatchSlots. To add a kernel, add a line there and a body to each build. All
+// but GEMM have forms of the sse42 build for wider vectors too, which the slot chooses among; GEMM chooses for itself,
+// in its plan.
 //
 // This header holds declarations only: kernel sources include it, and nothing inline may be shared between
 // builds.
@@ -17,7 +17,8 @@
 #define QRV_VECTOR_KERNELS(KERNEL)                                                                                     \
     QRV_LEVEL1_KERNELS(KERNEL)                                                                                         \
     QRV_LEVEL2_KERNELS(KERNEL)                                                                                         \
-    QRV_LEVEL3_TRIANGULAR_KERNELS(KERNEL)
+    QRV_LEVEL3_TRIANGULAR_KERNELS(KERNEL)                                                                              \
+    QRV_LEVEL3_SYMMETRIC_KERNELS(KERNEL)
 #define QRV_KERNELS(KERNEL)                                                                                            \
     QRV_GEMM_KERNELS(KERNEL)                                                                                           \
     QRV_VECTOR_KERNELS(KERNEL)
