@@ -1,5 +1,5 @@
-// The serial GEMM of this build, by value: level 3 is built on it, never through the slot. Where GEMM has no form of its
-// own for wider vectors, the plan of the sse42 build chooses one.
+// The serial GEMM of this build, by value: level 3 is built on it, never through the slot. Where GEMM has no form of
+// its own for wider vectors, the plan of the sse42 build chooses one.
 #pragma once
 
 #include "blas/complex.hpp"
