@@ -269,6 +269,20 @@ QRV_API int IPARMQ(const int* ispec, const char* name, const char* opts, const i
  * Result: the constant, 0 for any other letter. */
 QRV_API float SLAMCH(const char* cmach);
 
+/* Interchanges row k of A with row ipiv(k1 + (k - k1)*|incx|), in all n columns: for k = k1, k1 + 1, ..., k2 if
+ * incx > 0, for k = k2, k2 - 1, ..., k1 if incx < 0. Does nothing for incx = 0. Nothing is reported.
+ *
+ * n        columns of A
+ * a, lda   A, overwritten; it has all rows that are named
+ * k1, k2   first and last row that is interchanged with another, from 1; 1 <= k1 <= k2
+ * ipiv     row numbers, from 1, k1 + (k2 - k1)*|incx| of them, as the factorizations with pivoting give them
+ * incx     distance between the pivots of neighbouring rows; negative to undo what the same positive one did
+ */
+QRV_API void SLASWP(const int* n, float* a, const int* lda, const int* k1, const int* k2, const int* ipiv,
+                    const int* incx);
+QRV_API void CLASWP(const int* n, qrv_complex* a, const int* lda, const int* k1, const int* k2, const int* ipiv,
+                    const int* incx);
+
 /* ---- Reports --------------------------------------------------------------------------------------------- */
 
 /* Reporter of a bad argument: prints an empty line and
