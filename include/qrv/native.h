@@ -216,6 +216,71 @@ QRV_API int CGEMM(const char* transa, const char* transb, const int* m, const in
                   const qrv_complex* alpha, const qrv_complex* a, const int* lda, const qrv_complex* b, const int* ldb,
                   const qrv_complex* beta, qrv_complex* c, const int* ldc);
 
+/* The other operations of level 3. The arguments mean the same everywhere:
+ *
+ * side            'L': the matrix with structure, A, stands on the left of the product; 'R': on its right
+ * uplo            'U' or 'L': which triangle of a triangular, symmetric or Hermitian matrix is stored; the other one is
+ *                 neither read nor written
+ * transa, trans   op(A): 'N': A; 'T': its transpose; 'C': its conjugate transpose
+ * diag            'U': the diagonal of a triangular A is taken as 1 and not read; 'N': it is read
+ * m, n, k         sizes, at least 0; with m or n 0 nothing is read or written
+ * alpha, beta     scalars, real in CHERK; beta is real in CHERK and CHER2K. With *beta = 0 C is not read, with
+ *                 *alpha = 0 A and B are not read.
+ * lda, ldb, ldc   leading dimensions, at least the rows stored and at least 1
+ *
+ * What is written must not overlap what is read. Result: 0, or 1 if an argument was bad and nothing was done; the
+ * positions that can be reported are named at each routine.
+ */
+
+/* C := alpha*A*B + beta*C ('L', A of order m) or C := alpha*B*A + beta*C ('R', A of order n); B and C are m x n. A is
+ * symmetric, in CHEMM Hermitian: imaginary parts on its diagonal are not read. Reported: 1, 2, 3, 4, 7, 9, 12. */
+QRV_API int SSYMM(const char* side, const char* uplo, const int* m, const int* n, const float* alpha, const float* a,
+                  const int* lda, const float* b, const int* ldb, const float* beta, float* c, const int* ldc);
+QRV_API int CSYMM(const char* side, const char* uplo, const int* m, const int* n, const qrv_complex* alpha,
+                  const qrv_complex* a, const int* lda, const qrv_complex* b, const int* ldb, const qrv_complex* beta,
+                  qrv_complex* c, const int* ldc);
+QRV_API int CHEMM(const char* side, const char* uplo, const int* m, const int* n, const qrv_complex* alpha,
+                  const qrv_complex* a, const int* lda, const qrv_complex* b, const int* ldb, const qrv_complex* beta,
+                  qrv_complex* c, const int* ldc);
+
+/* B := alpha*op(A)*B ('L', A of order m) or B := alpha*B*op(A) ('R', A of order n), for a triangular A; B is m x n.
+ * Reported: 1, 2, 3, 4, 5, 6, 9, 11. */
+QRV_API int STRMM(const char* side, const char* uplo, const char* transa, const char* diag, const int* m, const int* n,
+                  const float* alpha, const float* a, const int* lda, float* b, const int* ldb);
+QRV_API int CTRMM(const char* side, const char* uplo, const char* transa, const char* diag, const int* m, const int* n,
+                  const qrv_complex* alpha, const qrv_complex* a, const int* lda, qrv_complex* b, const int* ldb);
+
+/* B := the solution X of op(A)*X = alpha*B ('L', A of order m) or X*op(A) = alpha*B ('R', A of order n), for a
+ * triangular A; B is m x n. A singular matrix is not noticed; a zero on the diagonal gives infinities or NaN. A
+ * solution is multiplied by the reciprocal of a diagonal element. Reported: 1, 2, 3, 4, 5, 6, 9, 11. */
+QRV_API int STRSM(const char* side, const char* uplo, const char* transa, const char* diag, const int* m, const int* n,
+                  const float* alpha, const float* a, const int* lda, float* b, const int* ldb);
+QRV_API int CTRSM(const char* side, const char* uplo, const char* transa, const char* diag, const int* m, const int* n,
+                  const qrv_complex* alpha, const qrv_complex* a, const int* lda, qrv_complex* b, const int* ldb);
+
+/* C := alpha*A*A' + beta*C ('N', A is n x k) or C := alpha*A'*A + beta*C (otherwise, A is k x n), for a symmetric C of
+ * order n, where A' is the transpose of A. In CHERK C is Hermitian, A' is the conjugate transpose and trans 'N' or 'C';
+ * the diagonal of C comes out real, and imaginary parts on it are not read. CSYRK takes 'N' and 'T'.
+ * Reported: 1, 2, 3, 4, 7, 10. */
+QRV_API int SSYRK(const char* uplo, const char* trans, const int* n, const int* k, const float* alpha, const float* a,
+                  const int* lda, const float* beta, float* c, const int* ldc);
+QRV_API int CSYRK(const char* uplo, const char* trans, const int* n, const int* k, const qrv_complex* alpha,
+                  const qrv_complex* a, const int* lda, const qrv_complex* beta, qrv_complex* c, const int* ldc);
+QRV_API int CHERK(const char* uplo, const char* trans, const int* n, const int* k, const float* alpha,
+                  const qrv_complex* a, const int* lda, const float* beta, qrv_complex* c, const int* ldc);
+
+/* C := alpha*A*B' + alpha*B*A' + beta*C ('N', A and B are n x k) or C := alpha*A'*B + alpha*B'*A + beta*C (otherwise,
+ * k x n), for a symmetric C of order n. In CHER2K the second alpha is its conjugate, and all else is as in CHERK.
+ * Reported: 1, 2, 3, 4, 7, 9, 12. */
+QRV_API int SSYR2K(const char* uplo, const char* trans, const int* n, const int* k, const float* alpha, const float* a,
+                   const int* lda, const float* b, const int* ldb, const float* beta, float* c, const int* ldc);
+QRV_API int CSYR2K(const char* uplo, const char* trans, const int* n, const int* k, const qrv_complex* alpha,
+                   const qrv_complex* a, const int* lda, const qrv_complex* b, const int* ldb, const qrv_complex* beta,
+                   qrv_complex* c, const int* ldc);
+QRV_API int CHER2K(const char* uplo, const char* trans, const int* n, const int* k, const qrv_complex* alpha,
+                   const qrv_complex* a, const int* lda, const qrv_complex* b, const int* ldb, const float* beta,
+                   qrv_complex* c, const int* ldc);
+
 /* ---- LAPACK ---------------------------------------------------------------------------------------------- */
 
 /* Routines with an argument `info` check their arguments themselves: a bad one at position p (from 1) is reported

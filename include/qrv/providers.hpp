@@ -284,6 +284,46 @@ public:
     virtual void Sgemm(TransposeOperation transA, TransposeOperation transB, int m, int n, int k, float alpha,
                        ProviderArray<const float> a, int aOffset, int lda, ProviderArray<const float> b, int bOffset,
                        int ldb, float beta, ProviderArray<float> c, int cOffset, int ldc) = 0;
+
+    // The others have these arguments in common:
+    //
+    // side             whether A, the matrix with structure, stands on the left or on the right of the product
+    // triangleMode     which triangle of a matrix with structure is stored; the other one is neither read nor written
+    // transA, trans    op(A) as in Sgemm
+    // diag             Unit: the diagonal of A is taken as 1 and not read
+    //
+    // Sizes, scalars, arrays and leading dimensions are as there. Bad arguments are reported as positions of the native
+    // routine of the same name.
+
+    // C := alpha*A*B + beta*C (Left, A of order m) or C := alpha*B*A + beta*C (Right, A of order n), A symmetric;
+    // B and C are m x n. Positions: 3 (m), 4 (n), 7 (lda), 9 (ldb), 12 (ldc).
+    virtual void Ssymm(MatrixOperationSide side, MatrixTriangleMode triangleMode, int m, int n, float alpha,
+                       ProviderArray<const float> a, int aOffset, int lda, ProviderArray<const float> b, int bOffset,
+                       int ldb, float beta, ProviderArray<float> c, int cOffset, int ldc) = 0;
+
+    // B := alpha*op(A)*B (Left, A of order m) or B := alpha*B*op(A) (Right, A of order n), A triangular; B is m x n.
+    // Positions: 5 (m), 6 (n), 9 (lda), 11 (ldb).
+    virtual void Strmm(MatrixOperationSide side, MatrixTriangleMode triangleMode, TransposeOperation transA,
+                       MatrixDiagonalMode diag, int m, int n, float alpha, ProviderArray<const float> a, int aOffset,
+                       int lda, ProviderArray<float> b, int bOffset, int ldb) = 0;
+
+    // B := the solution X of op(A)*X = alpha*B (Left) or X*op(A) = alpha*B (Right), with the arguments of the product.
+    // A singular matrix is not noticed; a zero on the diagonal gives infinities or NaN.
+    virtual void Strsm(MatrixOperationSide side, MatrixTriangleMode triangleMode, TransposeOperation transA,
+                       MatrixDiagonalMode diag, int m, int n, float alpha, ProviderArray<const float> a, int aOffset,
+                       int lda, ProviderArray<float> b, int bOffset, int ldb) = 0;
+
+    // C := alpha*op(A)*op(A)' + beta*C, C symmetric of order n, op(A) n x k: A is n x k or, transposed, k x n.
+    // Positions: 3 (n), 4 (k), 7 (lda), 10 (ldc).
+    virtual void Ssyrk(MatrixTriangleMode triangleMode, TransposeOperation trans, int n, int k, float alpha,
+                       ProviderArray<const float> a, int aOffset, int lda, float beta, ProviderArray<float> c,
+                       int cOffset, int ldc) = 0;
+
+    // C := alpha*op(A)*op(B)' + alpha*op(B)*op(A)' + beta*C; B is like A. Positions: 3 (n), 4 (k), 7 (lda), 9 (ldb),
+    // 12 (ldc).
+    virtual void Ssyr2k(MatrixTriangleMode triangleMode, TransposeOperation trans, int n, int k, float alpha,
+                        ProviderArray<const float> a, int aOffset, int lda, ProviderArray<const float> b, int bOffset,
+                        int ldb, float beta, ProviderArray<float> c, int cOffset, int ldc) = 0;
 };
 
 class QRV_API SingleLapack {
@@ -451,6 +491,50 @@ public:
                        ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<const SingleComplex> b,
                        int bOffset, int ldb, SingleComplex beta, ProviderArray<SingleComplex> c, int cOffset,
                        int ldc) = 0;
+
+    // The others have these arguments in common:
+    //
+    // side             whether A, the matrix with structure, stands on the left or on the right of the product
+    // triangleMode     which triangle of a matrix with structure is stored; the other one is neither read nor written
+    // transA, trans    op(A) as in Cgemm
+    // diag             Unit: the diagonal of A is taken as 1 and not read
+    //
+    // Sizes, scalars, arrays and leading dimensions are as there. Bad arguments are reported as positions of the native
+    // routine of the same name.
+
+    // C := alpha*A*B + beta*C (Left, A of order m) or C := alpha*B*A + beta*C (Right, A of order n), A Hermitian:
+    // imaginary parts on its diagonal are not read; B and C are m x n. Positions: 3 (m), 4 (n), 7 (lda), 9 (ldb), 12
+    // (ldc).
+    virtual void Chemm(MatrixOperationSide side, MatrixTriangleMode triangleMode, int m, int n, SingleComplex alpha,
+                       ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<const SingleComplex> b,
+                       int bOffset, int ldb, SingleComplex beta, ProviderArray<SingleComplex> c, int cOffset,
+                       int ldc) = 0;
+
+    // C := alpha*op(A)*op(A)^H + beta*C, C Hermitian of order n, its diagonal comes out real; op(A) is n x k: A is n x
+    // k with None, k x n with ConjugateTranspose, and Transpose is a bad option. Positions: 2 (trans), 3 (n), 4 (k), 7
+    // (lda), 10 (ldc).
+    virtual void Cherk(MatrixTriangleMode triangleMode, TransposeOperation trans, int n, int k, float alpha,
+                       ProviderArray<const SingleComplex> a, int aOffset, int lda, float beta,
+                       ProviderArray<SingleComplex> c, int cOffset, int ldc) = 0;
+
+    // C := alpha*op(A)*op(B)^H + conj(alpha)*op(B)*op(A)^H + beta*C; B is like A, all else as in Cherk.
+    // Positions: 2 (trans), 3 (n), 4 (k), 7 (lda), 9 (ldb), 12 (ldc).
+    virtual void Cher2k(MatrixTriangleMode triangleMode, TransposeOperation trans, int n, int k, SingleComplex alpha,
+                        ProviderArray<const SingleComplex> a, int aOffset, int lda,
+                        ProviderArray<const SingleComplex> b, int bOffset, int ldb, float beta,
+                        ProviderArray<SingleComplex> c, int cOffset, int ldc) = 0;
+
+    // B := alpha*op(A)*B (Left, A of order m) or B := alpha*B*op(A) (Right, A of order n), A triangular; B is m x n.
+    // Positions: 3 (transA), 5 (m), 6 (n), 9 (lda), 11 (ldb).
+    virtual void Ctrmm(MatrixOperationSide side, MatrixTriangleMode triangleMode, TransposeOperation transA,
+                       MatrixDiagonalMode diag, int m, int n, SingleComplex alpha, ProviderArray<const SingleComplex> a,
+                       int aOffset, int lda, ProviderArray<SingleComplex> b, int bOffset, int ldb) = 0;
+
+    // B := the solution X of op(A)*X = alpha*B (Left) or X*op(A) = alpha*B (Right), with the arguments of the product.
+    // A singular matrix is not noticed; a zero on the diagonal gives infinities or NaN.
+    virtual void Ctrsm(MatrixOperationSide side, MatrixTriangleMode triangleMode, TransposeOperation transA,
+                       MatrixDiagonalMode diag, int m, int n, SingleComplex alpha, ProviderArray<const SingleComplex> a,
+                       int aOffset, int lda, ProviderArray<SingleComplex> b, int bOffset, int ldb) = 0;
 };
 
 class QRV_API SingleComplexLapack {
@@ -544,6 +628,21 @@ public:
     void Sgemm(TransposeOperation transA, TransposeOperation transB, int m, int n, int k, float alpha,
                ProviderArray<const float> a, int aOffset, int lda, ProviderArray<const float> b, int bOffset, int ldb,
                float beta, ProviderArray<float> c, int cOffset, int ldc) final;
+    void Ssymm(MatrixOperationSide side, MatrixTriangleMode triangleMode, int m, int n, float alpha,
+               ProviderArray<const float> a, int aOffset, int lda, ProviderArray<const float> b, int bOffset, int ldb,
+               float beta, ProviderArray<float> c, int cOffset, int ldc) final;
+    void Strmm(MatrixOperationSide side, MatrixTriangleMode triangleMode, TransposeOperation transA,
+               MatrixDiagonalMode diag, int m, int n, float alpha, ProviderArray<const float> a, int aOffset, int lda,
+               ProviderArray<float> b, int bOffset, int ldb) final;
+    void Strsm(MatrixOperationSide side, MatrixTriangleMode triangleMode, TransposeOperation transA,
+               MatrixDiagonalMode diag, int m, int n, float alpha, ProviderArray<const float> a, int aOffset, int lda,
+               ProviderArray<float> b, int bOffset, int ldb) final;
+    void Ssyrk(MatrixTriangleMode triangleMode, TransposeOperation trans, int n, int k, float alpha,
+               ProviderArray<const float> a, int aOffset, int lda, float beta, ProviderArray<float> c, int cOffset,
+               int ldc) final;
+    void Ssyr2k(MatrixTriangleMode triangleMode, TransposeOperation trans, int n, int k, float alpha,
+                ProviderArray<const float> a, int aOffset, int lda, ProviderArray<const float> b, int bOffset, int ldb,
+                float beta, ProviderArray<float> c, int cOffset, int ldc) final;
 };
 
 class QRV_API ParallelX86SingleLapack : public SingleLapack {
@@ -630,6 +729,39 @@ public:
     void Cgemm(TransposeOperation transA, TransposeOperation transB, int m, int n, int k, SingleComplex alpha,
                ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<const SingleComplex> b,
                int bOffset, int ldb, SingleComplex beta, ProviderArray<SingleComplex> c, int cOffset, int ldc) final;
+    void Chemm(MatrixOperationSide side, MatrixTriangleMode triangleMode, int m, int n, SingleComplex alpha,
+               ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<const SingleComplex> b,
+               int bOffset, int ldb, SingleComplex beta, ProviderArray<SingleComplex> c, int cOffset, int ldc) final;
+    void Cherk(MatrixTriangleMode triangleMode, TransposeOperation trans, int n, int k, float alpha,
+               ProviderArray<const SingleComplex> a, int aOffset, int lda, float beta, ProviderArray<SingleComplex> c,
+               int cOffset, int ldc) final;
+    void Cher2k(MatrixTriangleMode triangleMode, TransposeOperation trans, int n, int k, SingleComplex alpha,
+                ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<const SingleComplex> b,
+                int bOffset, int ldb, float beta, ProviderArray<SingleComplex> c, int cOffset, int ldc) final;
+    void Ctrmm(MatrixOperationSide side, MatrixTriangleMode triangleMode, TransposeOperation transA,
+               MatrixDiagonalMode diag, int m, int n, SingleComplex alpha, ProviderArray<const SingleComplex> a,
+               int aOffset, int lda, ProviderArray<SingleComplex> b, int bOffset, int ldb) final;
+    void Ctrsm(MatrixOperationSide side, MatrixTriangleMode triangleMode, TransposeOperation transA,
+               MatrixDiagonalMode diag, int m, int n, SingleComplex alpha, ProviderArray<const SingleComplex> a,
+               int aOffset, int lda, ProviderArray<SingleComplex> b, int bOffset, int ldb) final;
+
+    // Operations of this class alone.
+
+    // As Chemm, A symmetric.
+    virtual void Csymm(MatrixOperationSide side, MatrixTriangleMode triangleMode, int m, int n, SingleComplex alpha,
+                       ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<const SingleComplex> b,
+                       int bOffset, int ldb, SingleComplex beta, ProviderArray<SingleComplex> c, int cOffset, int ldc);
+
+    // C := alpha*op(A)*op(A)' + beta*C, C symmetric; None and Transpose are the options. Positions as Cherk.
+    virtual void Csyrk(MatrixTriangleMode triangleMode, TransposeOperation trans, int n, int k, SingleComplex alpha,
+                       ProviderArray<const SingleComplex> a, int aOffset, int lda, SingleComplex beta,
+                       ProviderArray<SingleComplex> c, int cOffset, int ldc);
+
+    // C := alpha*op(A)*op(B)' + alpha*op(B)*op(A)' + beta*C, C symmetric. Positions as Cher2k.
+    virtual void Csyr2k(MatrixTriangleMode triangleMode, TransposeOperation trans, int n, int k, SingleComplex alpha,
+                        ProviderArray<const SingleComplex> a, int aOffset, int lda,
+                        ProviderArray<const SingleComplex> b, int bOffset, int ldb, SingleComplex beta,
+                        ProviderArray<SingleComplex> c, int cOffset, int ldc);
 };
 
 class QRV_API NativeComplexLapack : public SingleComplexLapack {

@@ -89,6 +89,12 @@ constexpr T conj_if(T x) {
         return x;
 }
 
+// Without its imaginary part.
+constexpr void make_real(float&) {}
+constexpr void make_real(SingleComplex& x) {
+    x.im = 0;
+}
+
 // |x|, or |re| + |im|: the cheap magnitude by which the published routines choose pivots.
 constexpr float abs1(float x) {
     return __builtin_fabsf(x);

@@ -40,7 +40,8 @@ TYPED_TEST(Getrf, Residual) {
         int k = 0;
         for (const LuKind kind : luKinds)
             for (const auto& [m, n] : luShapes) {
-                const auto a = lu_matrix<TypeParam>(kind, m, n, ++k % 3, k % 16);
+                ++k;
+                const auto a = lu_matrix<TypeParam>(kind, m, n, k % 3, k % 16);
                 const double residual = lu_residual(a, factor(route, a));
                 EXPECT_TRUE(residual <= luBound)
                     << residual << " for " << route << ", kind " << static_cast<int>(kind) << ", " << m << " x " << n;

@@ -46,6 +46,11 @@ TEST_F(BlasMethods, RealLevel3) {
     using Class = SingleBlasLevel3;
     MethodTable methods(provider.BlasLevel3());
     methods.check("SGEMM ", &Class::Sgemm, SGEMM, {4, 5, 6, 7, 8, 9}, {1, 2, 3, 4, 5, 8, 10, 13});
+    methods.check("SSYMM ", &Class::Ssymm, SSYMM, {5, 6, 8, 7, 9}, {1, 2, 3, 4, 7, 9, 12});
+    methods.check("STRMM ", &Class::Strmm, STRMM, {5, 6, 8, 7}, {1, 2, 3, 4, 5, 6, 9, 11});
+    methods.check("STRSM ", &Class::Strsm, STRSM, {5, 6, 8, 7}, {1, 2, 3, 4, 5, 6, 9, 11});
+    methods.check("SSYRK ", &Class::Ssyrk, SSYRK, {5, 6, 8, 7}, {1, 2, 3, 4, 7, 10});
+    methods.check("SSYR2K", &Class::Ssyr2k, SSYR2K, {5, 6, 8, 9, 7}, {1, 2, 3, 4, 7, 9, 12});
 }
 
 TEST_F(BlasMethods, ComplexLevel1) {
@@ -79,6 +84,17 @@ TEST_F(BlasMethods, ComplexLevel3) {
     using Class = SingleComplexBlasLevel3;
     MethodTable methods(provider.ComplexBlasLevel3());
     methods.check("CGEMM ", &Class::Cgemm, CGEMM, {4, 5, 6, 7, 8, 9}, {1, 2, 3, 4, 5, 8, 10, 13});
+    methods.check("CHEMM ", &Class::Chemm, CHEMM, {5, 6, 8, 7, 9}, {1, 2, 3, 4, 7, 9, 12});
+    methods.check("CHERK ", &Class::Cherk, CHERK, {5, 6, 8, 7}, {1, 2, 3, 4, 7, 10});
+    methods.check("CHER2K", &Class::Cher2k, CHER2K, {5, 6, 8, 9, 7}, {1, 2, 3, 4, 7, 9, 12});
+    methods.check("CTRMM ", &Class::Ctrmm, CTRMM, {5, 6, 8, 7}, {1, 2, 3, 4, 5, 6, 9, 11});
+    methods.check("CTRSM ", &Class::Ctrsm, CTRSM, {5, 6, 8, 7}, {1, 2, 3, 4, 5, 6, 9, 11});
+
+    NativeComplexBlasLevel3 own; // has operations that its interface lacks
+    MethodTable ownMethods(&own);
+    ownMethods.check("CSYMM ", &NativeComplexBlasLevel3::Csymm, CSYMM, {5, 6, 8, 7, 9}, {1, 2, 3, 4, 7, 9, 12});
+    ownMethods.check("CSYRK ", &NativeComplexBlasLevel3::Csyrk, CSYRK, {5, 6, 8, 7}, {1, 2, 3, 4, 7, 10});
+    ownMethods.check("CSYR2K", &NativeComplexBlasLevel3::Csyr2k, CSYR2K, {5, 6, 8, 9, 7}, {1, 2, 3, 4, 7, 9, 12});
 }
 
 // Known values, which the methods and the native routines must both give.

@@ -1,9 +1,9 @@
 // Every dispatched kernel: its declaration in the namespace of each build, and its dispatcher `qrv_<name>`.
 //
-// The kernels are listed once, by level (gemm_kernels.hpp, level1_kernels.hpp, level2_kernels.hpp). From the lists come
-// these declarations and, in kernels.cpp, the DispatchSlots. To add a kernel, add a line there and a body to each
-// build. Those of levels 1 and 2 have forms of the sse42 build for wider vectors too, which the slot chooses among;
-// GEMM chooses for itself, in its plan.
+// The kernels are listed once, by level (gemm_kernels.hpp, level1_kernels.hpp and so on). From the lists come these
+// declarations and, in kernels.cpp, the DispatchSlots. To add a kernel, add a line there and a body to each build. All
+// but GEMM have forms of the sse42 build for wider vectors too, which the slot chooses among; GEMM chooses for itself,
+// in its plan.
 //
 // This header holds declarations only: kernel sources include it, and nothing inline may be shared between
 // builds.
@@ -12,10 +12,13 @@
 #include "blas/kernel/gemm_kernels.hpp"
 #include "blas/kernel/level1_kernels.hpp"
 #include "blas/kernel/level2_kernels.hpp"
+#include "blas/kernel/level3_kernels.hpp"
 
 #define QRV_VECTOR_KERNELS(KERNEL)                                                                                     \
     QRV_LEVEL1_KERNELS(KERNEL)                                                                                         \
-    QRV_LEVEL2_KERNELS(KERNEL)
+    QRV_LEVEL2_KERNELS(KERNEL)                                                                                         \
+    QRV_LEVEL3_TRIANGULAR_KERNELS(KERNEL)                                                                              \
+    QRV_LEVEL3_SYMMETRIC_KERNELS(KERNEL)
 #define QRV_KERNELS(KERNEL)                                                                                            \
     QRV_GEMM_KERNELS(KERNEL)                                                                                           \
     QRV_VECTOR_KERNELS(KERNEL)

@@ -12,11 +12,6 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
-inline void make_real(float&) {}
-inline void make_real(SingleComplex& x) {
-    x.im = 0;
-}
-
 // A part of a triangle: what lies in these rows and columns.
 struct TriangleBand {
     bool upper;

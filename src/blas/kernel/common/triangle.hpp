@@ -14,11 +14,10 @@
 // divided by: there is no reciprocal.
 #pragma once
 
+#include "blas/kernel/common/action.hpp"
 #include "blas/kernel/common/band_columns.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
-
-enum class Action { multiply, solve };
 
 // A triangle of n columns with `reach` diagonals stored beside the main one, n - 1 if it is dense. Element (i, j) is
 // a(i, j) for band storage too: there, each column begins one place lower than the one before.

@@ -82,6 +82,13 @@ inline Vec16f low_pairs(Vec16f a, Vec16f b) {
 inline Vec16f high_pairs(Vec16f a, Vec16f b) {
     return {_mm512_unpackhi_ps(a.v, b.v)};
 }
+// a0 a2 b0 b2, respectively a1 a3 b1 b3, in each quad
+inline Vec16f unzip_even(Vec16f a, Vec16f b) {
+    return {_mm512_shuffle_ps(a.v, b.v, _MM_SHUFFLE(2, 0, 2, 0))};
+}
+inline Vec16f unzip_odd(Vec16f a, Vec16f b) {
+    return {_mm512_shuffle_ps(a.v, b.v, _MM_SHUFFLE(3, 1, 3, 1))};
+}
 // a0 a1 b0 b1 in each quad
 inline Vec16f low_halves(Vec16f a, Vec16f b) {
     return {_mm512_castpd_ps(_mm512_unpacklo_pd(_mm512_castps_pd(a.v), _mm512_castps_pd(b.v)))};

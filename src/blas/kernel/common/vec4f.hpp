@@ -131,6 +131,10 @@ void store_first(float* p, Vec4f x) {
 inline Vec4f multiply_add(Vec4f a, Vec4f b, Vec4f c) {
     return a * b + c;
 }
+// c - a*b, rounded twice
+inline Vec4f subtract_product(Vec4f a, Vec4f b, Vec4f c) {
+    return c - a * b;
+}
 // x, loaded once: an empty statement that changes it keeps the compiler from loading it again for every use.
 inline Vec4f loaded_once(Vec4f x) {
     asm("" : "+x"(x.v));
@@ -168,12 +172,15 @@ private:
 
 // ---- For the routines of one vector ---------------------------------------------------------------------------------
 
-// The first `count` lanes, fewer than all; the others are 0. Nothing past them is read.
+// The first `count` lanes, fewer than all; the others are 0, respectively not written. Nothing past them is read.
 template <class V>
 V load_part(const float* p, int count);
 template <>
 inline Vec4f load_part<Vec4f>(const float* p, int count) {
     return count == 1 ? load_first<1>(p) : count == 2 ? load_first<2>(p) : load_first<3>(p);
+}
+inline void store_part(float* p, Vec4f x, int count) {
+    count == 1 ? store_first<1>(p, x) : count == 2 ? store_first<2>(p, x) : store_first<3>(p, x);
 }
 inline Vec4f abs(Vec4f x) {
     return {_mm_and_ps(_mm_castsi128_ps(_mm_set1_epi32(0x7FFFFFFF)), x.v)};

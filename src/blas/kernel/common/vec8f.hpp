@@ -74,6 +74,13 @@ inline Vec8f low_pairs(Vec8f a, Vec8f b) {
 inline Vec8f high_pairs(Vec8f a, Vec8f b) {
     return {_mm256_unpackhi_ps(a.v, b.v)};
 }
+// a0 a2 b0 b2, respectively a1 a3 b1 b3, in each quad
+inline Vec8f unzip_even(Vec8f a, Vec8f b) {
+    return {_mm256_shuffle_ps(a.v, b.v, _MM_SHUFFLE(2, 0, 2, 0))};
+}
+inline Vec8f unzip_odd(Vec8f a, Vec8f b) {
+    return {_mm256_shuffle_ps(a.v, b.v, _MM_SHUFFLE(3, 1, 3, 1))};
+}
 // a0 a1 b0 b1 in each quad
 inline Vec8f low_halves(Vec8f a, Vec8f b) {
     return {_mm256_castpd_ps(_mm256_unpacklo_pd(_mm256_castps_pd(a.v), _mm256_castps_pd(b.v)))};

@@ -1,0 +1,166 @@
+// Updates of one triangle of a symmetric or Hermitian matrix by one product or by two:
+//
+//   rank k    C := alpha*X*X' + beta*C
+//   rank 2k   C := alpha*X*Y' + alpha*Y*X' + beta*C      Hermitian: the second alpha conjugated
+//
+// X and Y are A and B, or A' and B'; ' transposes, for a Hermitian C it conjugates too.
+//
+// The triangle is cut into blocks along its diagonal and rectangles beside them. A rectangle is a GEMM. For a diagonal
+// block GEMM computes the full square into a tile, of which the triangle is then added: twice the work of the block, but
+// blocks are few. The imaginary parts on a Hermitian diagonal are not read and become 0.
+#pragma once
+
+#include "blas/kernel/common/own_gemm.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+enum class Symmetry { symmetric, hermitian };
+
+// The ' of a matrix of this kind.
+constexpr Op mirror(Symmetry symmetry) {
+    return symmetry == Symmetry::hermitian ? Op::adjoint : Op::transpose;
+}
+
+// Blocks along the diagonal.
+struct RankUpdateRow {
+    int plain, transposed; // columns of a block, for X = A and for X = A'
+    int largest() const { return larger(plain, transposed); }
+};
+inline constexpr RankUpdateRow rankUpdateRow{.plain = 64, .transposed = 128};
+constexpr int tileSide = 128;
+
+// y := x + y, n elements
+template <class T>
+void add_to(int n, const T* x, T* y) {
+    using P = Pack<T>;
+    const auto add = [&](int i, auto count) { P{P::load(x + i, count).v + P::load(y + i, count).v}.store(y + i, count); };
+    int i = 0;
+    for (; n - i >= P::count; i += P::count)
+        add(i, All());
+    if (i < n)
+        add(i, n - i);
+}
+
+// x := beta*x, n elements; beta = 0 does not read them.
+template <class T>
+void scale_run(int n, T beta, T* x) {
+    scale(n, 1, beta, Matrix<T>{x, n});
+}
+inline void scale_run(int n, float beta, SingleComplex* x) {
+    scale_run(2 * n, beta, reinterpret_cast<float*>(x));
+}
+
+// Rows of column j that a triangle of n columns has.
+struct ColumnRun {
+    int first, count;
+};
+constexpr ColumnRun triangle_column(Uplo uplo, int n, int j) {
+    return uplo == Uplo::upper ? ColumnRun{0, j + 1} : ColumnRun{j, n - j};
+}
+
+template <Symmetry symmetry, class T, class S>
+void scale_triangle(Uplo uplo, int n, S beta, Matrix<T> c) {
+    for (int j = 0; j < n; ++j) {
+        const ColumnRun rows = triangle_column(uplo, n, j);
+        scale_run(rows.count, beta, &c(rows.first, j));
+        if constexpr (symmetry == Symmetry::hermitian)
+            make_real(c(j, j));
+    }
+}
+
+// C := C + tile in the triangle
+template <Symmetry symmetry, class T>
+void add_triangle(Uplo uplo, int n, Matrix<const T> tile, Matrix<T> c) {
+    for (int j = 0; j < n; ++j) {
+        const ColumnRun rows = triangle_column(uplo, n, j);
+        add_to(rows.count, &tile(rows.first, j), &c(rows.first, j));
+        if constexpr (symmetry == Symmetry::hermitian)
+            make_real(c(j, j));
+    }
+}
+
+// alpha*X*Y'
+template <class T>
+struct RankTerm {
+    T alpha;
+    Matrix<const T> x, y; // as stored
+};
+
+// What is added to the triangle: one product of depth k, or two.
+template <Symmetry symmetry, class T, int terms>
+struct RankUpdate {
+    Uplo uplo;
+    bool transposed; // X = A'
+    int k;
+    RankTerm<T> term[terms];
+    Matrix<T> c;
+
+    // Rows of X or of Y from i on.
+    Matrix<const T> rows_from(int i, Matrix<const T> x) const { return transposed ? x.block(0, i) : x.block(i, 0); }
+
+    // out := beta*out + rows i to i + m - 1 and columns j to j + n - 1 of the products
+    void multiply(int i, int m, int j, int n, T beta, Matrix<T> out) const {
+        constexpr Op other = mirror(symmetry);
+        for (const RankTerm<T>& t : term) {
+            gemm(transposed ? other : Op::none, transposed ? Op::none : other, m, n, k, t.alpha, rows_from(i, t.x),
+                 rows_from(j, t.y), beta, out);
+            beta = scalar<T>(1);
+        }
+    }
+    void add_diagonal_block(int first, int n) const {
+        alignas(64) T buffer[tileSide * tileSide];
+        const Matrix<T> tile{buffer, tileSide};
+        multiply(first, n, first, n, scalar<T>(0), tile);
+        add_triangle<symmetry, T>(uplo, n, tile, c.block(first, first));
+    }
+    void add_rectangle(int i, int m, int j, int n) const { multiply(i, m, j, n, scalar<T>(1), c.block(i, j)); }
+
+    void add_triangle_of(int n) const {
+        const int block = transposed ? rankUpdateRow.transposed : rankUpdateRow.plain;
+        for (int first = 0, count; first < n; first += count) {
+            count = smaller(block, n - first);
+            const int next = first + count, rest = n - next;
+            add_diagonal_block(first, count);
+            if (rest > 0 && uplo == Uplo::upper)
+                add_rectangle(first, count, next, rest);
+            else if (rest > 0)
+                add_rectangle(next, rest, first, count);
+        }
+    }
+};
+
+// beta is real or an element.
+template <Symmetry symmetry, class T, int terms, class S>
+void update_triangle(const RankUpdate<symmetry, T, terms>& update, int n, S beta) {
+    if (n <= 0)
+        return;
+    const bool adds = update.k > 0 && update.term[0].alpha != scalar<T>(0);
+    if (beta != scalar<S>(1))
+        scale_triangle<symmetry>(update.uplo, n, beta, update.c);
+    if (adds)
+        update.add_triangle_of(n);
+}
+
+// S is the type of a scalar: real for a Hermitian C.
+template <Symmetry symmetry, class T, class S>
+void syrk(QRV_SYRK_PARAMETERS(T, S)) {
+    T factor;
+    if constexpr (symmetry == Symmetry::hermitian)
+        factor = scalar<T>(*alpha);
+    else
+        factor = *alpha;
+    const Matrix<const T> x{a, *lda};
+    const RankUpdate<symmetry, T, 1> update{uplo_of(*uplo), transposes(*trans), *k, {{factor, x, x}}, {c, *ldc}};
+    update_triangle(update, *n, *beta);
+}
+
+template <Symmetry symmetry, class T, class S>
+void syr2k(QRV_SYR2K_PARAMETERS(T, S)) {
+    constexpr bool conjugated = symmetry == Symmetry::hermitian;
+    const Matrix<const T> x{a, *lda}, y{b, *ldb};
+    const RankUpdate<symmetry, T, 2> update{
+        uplo_of(*uplo), transposes(*trans), *k, {{*alpha, x, y}, {conj_if<conjugated>(*alpha), y, x}}, {c, *ldc}};
+    update_triangle(update, *n, *beta);
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

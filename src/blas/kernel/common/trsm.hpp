@@ -1,0 +1,47 @@
+// Triangular solves: a block of unknowns at a time, in the order in which each equation has one unknown that is new.
+#pragma once
+
+#include "blas/kernel/common/triangular_blocks.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+struct Solve {
+    static constexpr Action action = Action::solve;
+
+    // Blocks for the GEMM that follows each, chunks for what stays in the cache meanwhile.
+    static constexpr BlockLevel left[] = {{256, 1024}, {64, 256}}, right[] = {{256, 1024}, {128, 1024}, {64, 256}};
+    static constexpr int leftLevels = 2, rightLevels = 3;
+
+    // One division for each element of the diagonal, multiplications from then on.
+    template <class T>
+    static T factor(T pivot) {
+        return scalar<T>(1) / pivot;
+    }
+
+    template <class T>
+    static void combine(const TriangularProblem<T>& problem, Range solved, Range toCome) {
+        problem.add(toCome, solved, scalar<T>(-1));
+    }
+
+    // Unknowns first to first + rows - 1: those before are solved and subtracted at once, then it goes row by row.
+    template <int rows, class T>
+    static void group(int first, int, const Coefficients<T>& a, const T* reciprocals, const Unknowns& x) {
+        StripOf<T> sums[rows];
+        QRV_UNROLL
+        for (int r = 0; r < rows; ++r)
+            sums[r] = StripOf<T>::load(x.at(first + r));
+        const Coefficients<T> own{a.at(first, 0), a.rowStep, a.columnStep};
+        add_unknowns<action>(sums, own, 0, first, x);
+        QRV_UNROLL
+        for (int k = 0; k < rows; ++k) {
+            if (reciprocals)
+                sums[k].multiply_by(reciprocals[first + k]);
+            sums[k].store(x.at(first + k));
+            QRV_UNROLL
+            for (int r = k + 1; r < rows; ++r)
+                sums[r].template add<action>(*own.at(r, first + k), sums[k]);
+        }
+    }
+};
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

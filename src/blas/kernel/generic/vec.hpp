@@ -1,0 +1,30 @@
+// "Vectors" of the generic build: one float each, so that what is told over vectors runs as plain scalar code.
+#pragma once
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+struct Vec1f {
+    static constexpr int lanes = 1;
+    float v;
+
+    static Vec1f zero() { return {0}; }
+    static Vec1f splat(float x) { return {x}; }
+    static Vec1f load(const float* p) { return {*p}; }
+    static Vec1f load_aligned(const float* p) { return {*p}; }
+    void store(float* p) const { *p = v; }
+    void store_aligned(float* p) const { *p = v; }
+
+    friend Vec1f operator+(Vec1f a, Vec1f b) { return {a.v + b.v}; }
+    friend Vec1f operator*(Vec1f a, Vec1f b) { return {a.v * b.v}; }
+};
+
+inline Vec1f multiply_add(Vec1f a, Vec1f b, Vec1f c) {
+    return {a.v * b.v + c.v};
+}
+inline Vec1f subtract_product(Vec1f a, Vec1f b, Vec1f c) {
+    return {c.v - a.v * b.v};
+}
+
+using Vec = Vec1f;
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD
