@@ -110,46 +110,51 @@ TYPED_TEST(GetrfTeam, ProgressOfTheRecursion) {
     EXPECT_EQ(recursive<TypeParam>(50, 39, {known.a.data(), known.a.ld()}, ipiv.data(), &info, 0, 0), 1);
 }
 
-// A stop at any leaf: nothing is asked after it, the first leaf is factored and no memory is kept.
-template <class T, class Factor>
-void check_stops(const std::string& route, int m, int n, const Factor& factor) {
-    const auto known = known_pivots<T>(m, n);
-    const auto run = [&](int stopAt) {
-        const ProgressHook hook(stopAt);
-        BasicGuardedMatrix<T> a = known.a;
-        std::vector<int> ipiv(static_cast<std::size_t>(n), 1);
-        const lapack::GetrfResult result = factor(m, n, Matrix<T>{a.data(), a.ld()}, ipiv.data());
-        EXPECT_EQ(result.stopped, stopAt > 0);
-        EXPECT_EQ(result.info, 0);
-        EXPECT_TRUE(std::is_sorted(progress.steps.begin(), progress.steps.end()));
-        EXPECT_TRUE(a.guards_intact());
-        EXPECT_EQ(std::vector(ipiv.begin(), ipiv.begin() + progress.steps[0]),
-                  std::vector(known.ipiv.begin(), known.ipiv.begin() + progress.steps[0]));
-        return progress.calls;
+// One run that stops at a leaf, or at none; the leaves that were factored.
+template <class T, class Route>
+int leaves_until(int stopAt, const KnownPivots<T>& known, const Route& route) {
+    const ProgressHook hook(stopAt);
+    BasicGuardedMatrix<T> a = known.a;
+    std::vector<int> ipiv(known.ipiv.size(), 1);
+    const lapack::GetrfResult result = route(a.rows(), a.columns(), Matrix<T>{a.data(), a.ld()}, ipiv.data());
+    EXPECT_EQ(result.stopped, stopAt > 0);
+    EXPECT_EQ(result.info, 0);
+    EXPECT_TRUE(std::is_sorted(progress.steps.begin(), progress.steps.end()));
+    EXPECT_TRUE(a.guards_intact());
+    const auto first = ipiv.begin(), behindLeaf = first + progress.steps[0];
+    EXPECT_TRUE(std::equal(first, behindLeaf, known.ipiv.begin())) << "pivots of the first leaf";
+    return progress.calls;
+}
+
+TYPED_TEST(GetrfTeam, StopsAtEachLeaf) {
+    using T = TypeParam;
+    const auto known = known_pivots<T>(180, 170);
+    const auto check_stops = [&](const std::string& name, const auto& route) {
+        const int leaves = leaves_until(0, known, route);
+        EXPECT_EQ(progress.steps.back(), 170) << name;
+        for (int stopAt = 1; stopAt <= leaves; ++stopAt)
+            EXPECT_EQ(leaves_until(stopAt, known, route), stopAt) << name << ": went on after a stop";
     };
-    const int leaves = run(0);
-    EXPECT_EQ(progress.steps.back(), n) << route;
-    int buffers = 0, kept = 0;
-    for (int stopAt = 1; stopAt <= leaves; ++stopAt) {
-        SCOPED_TRACE(route + ", stopped at leaf " + std::to_string(stopAt));
-        EXPECT_EQ(run(stopAt), stopAt) << "asked after the stop";
-        qrv_serv_memory_stat(&buffers);
-        kept = stopAt < 3 ? buffers : kept; // the pools have grown by then to what a call needs
-        EXPECT_EQ(buffers, kept);
+    check_stops("recursive",
+                [](int m, int n, auto a, int* ipiv) { return lapack::getrf_recursive(m, n, a, ipiv, {}); });
+    for (const int team : {1, 2, 4}) {
+        check_stops("ib", [=](auto... arguments) { return lapack::getrf_ib(team, arguments...); });
+        for (const int nb : {10, 32})
+            check_stops("dynamic", [=](auto... arguments) { return lapack::getrf_dynamic(team, nb, arguments...); });
     }
 }
 
-TYPED_TEST(GetrfTeam, StopsAtEachStage) {
-    constexpr int m = 180, n = 170;
-    using T = TypeParam;
-    check_stops<T>("recursive", m, n, [](int rows, int columns, auto a, int* ipiv) {
-        return lapack::getrf_recursive(rows, columns, a, ipiv, {});
-    });
-    for (const int team : {1, 2, 4}) {
-        check_stops<T>("ib", m, n, [=](auto... arguments) { return lapack::getrf_ib(team, arguments...); });
-        for (const int nb : {10, 32})
-            check_stops<T>("dynamic", m, n,
-                           [=](auto... arguments) { return lapack::getrf_dynamic(team, nb, arguments...); });
+// A schedule that is not given back keeps its place in the pool: the next call then has to take another block.
+TYPED_TEST(GetrfTeam, ReleasesItsSchedule) {
+    const auto known = known_pivots<TypeParam>(90, 90);
+    const auto route = [](auto... arguments) { return lapack::getrf_dynamic(1, 10, arguments...); };
+    const WorkMemoryProbe probe;
+    for (int stopAt = 0; stopAt <= 9; ++stopAt) {
+        leaves_until(stopAt, known, route);
+        const int blocks = probe.blocks();
+        EXPECT_GT(blocks, 0);
+        leaves_until(stopAt, known, route);
+        EXPECT_EQ(probe.blocks(), blocks) << "stopped at leaf " << stopAt;
     }
 }
 
