@@ -79,6 +79,12 @@ public:
     using std::out_of_range::out_of_range;
 };
 
+// A method's own work array would have had a negative size: a negative dimension gives one.
+class QRV_API InvalidArraySizeError : public std::length_error {
+public:
+    using std::length_error::length_error;
+};
+
 // View of a host array: the address of element 0 and the number of elements, or null. Made from a pointer and
 // a count, a span, or anything a span is made from (vector, std::array, built-in array). It owns nothing.
 template <class T>
