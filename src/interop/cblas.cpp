@@ -1,9 +1,9 @@
 // The C interface of BLAS over the upper-case entries: the routines of levels 1 to 3 in single precision, row-major and
 // column-major.
 //
-// A row-major matrix is the column-major storage of its transpose, so a row-major call becomes another column-major one:
-// `uplo` is turned, and of a matrix product the transpose is computed. Where a routine would need the conjugate of a
-// matrix as it lies, the vectors are conjugated instead: conj(A)*x is the conjugate of A*conj(x).
+// A row-major matrix is the column-major storage of its transpose, so a row-major call becomes another column-major
+// one: `uplo` is turned, and of a matrix product the transpose is computed. Where a routine would need the conjugate of
+// a matrix as it lies, the vectors are conjugated instead: conj(A)*x is the conjugate of A*conj(x).
 //
 // An option that is none reaches the entry as an empty one and is reported with the position it has there.
 #include <cstddef>
@@ -113,7 +113,8 @@ private:
     SingleComplex* data_;
 };
 
-// ---- Level 2 ---------------------------------------------------------------------------------------------------------
+// ---- Level 2
+// ---------------------------------------------------------------------------------------------------------
 
 // y := alpha*conj(A)*x + beta*y by `multiply(alpha, x, incx, beta)`, which multiplies with A.
 template <class Multiply>
@@ -191,7 +192,8 @@ void sbmv(const char* name, int order, int uploOption, int n, int k, float alpha
     SSBMV(&uplo, &n, &k, &alpha, a, &lda, x, &incx, &beta, y, &incy);
 }
 
-// Products and solves, dense or banded: `rest` is n, the count of diagonals if there is one, A and its leading dimension.
+// Products and solves, dense or banded: `rest` is n, the count of diagonals if there is one, A and its leading
+// dimension.
 template <class T, class Entry, class... Rest>
 void trmv(Entry* entry, const char* name, int order, int uploOption, int transa, int diagOption, int n, T* x, int incx,
           const Rest*... rest) {
@@ -293,7 +295,8 @@ void her2(const char* name, int order, int uploOption, int n, const SingleComple
         CHER2(&uplo, &n, alpha, w.data(), &stepY, z.data(), &stepX, a, &lda);
 }
 
-// ---- Level 3 ---------------------------------------------------------------------------------------------------------
+// ---- Level 3
+// ---------------------------------------------------------------------------------------------------------
 
 template <class T, class Entry>
 void gemm(Entry* entry, const char* name, int order, int transa, int transb, int m, int n, int k, Scalar<T> alpha,
@@ -386,7 +389,8 @@ void syr2k(Entry* entry, char transposed, const char* name, int order, int uploO
 } // namespace
 } // namespace qrv
 
-// ---- The names -------------------------------------------------------------------------------------------------------
+// ---- The names
+// -------------------------------------------------------------------------------------------------------
 
 using namespace qrv;
 

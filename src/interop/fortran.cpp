@@ -1,5 +1,5 @@
-// What a Fortran program needs beyond other names for the upper-case entries, which the linker gives them: functions with
-// complex results, and reports through the program's own XERBLA.
+// What a Fortran program needs beyond other names for the upper-case entries, which the linker gives them: functions
+// with complex results, and reports through the program's own XERBLA.
 #include <cstddef>
 
 #include "qrv/native.h"
