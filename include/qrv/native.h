@@ -348,6 +348,50 @@ QRV_API float SLAMCH(const char* cmach);
 QRV_API void SGETRF(const int* m, const int* n, float* a, const int* lda, int* ipiv, int* info);
 QRV_API void CGETRF(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info);
 
+/* Solution of op(A)*X = B from the factors of SGETRF.
+ *
+ * trans     'N': op(A) = A; 'T': its transpose; 'C': its conjugate transpose
+ * n, nrhs   order of A, columns of B; at least 0
+ * a, lda    the factors; lda >= max(1, n)
+ * ipiv      the interchanges
+ * b, ldb    B, n x nrhs, overwritten by X; ldb >= max(1, n)
+ * info      0, or -1, -2, -3, -5, -8 for a bad argument. A zero on the diagonal of U is not looked for.
+ */
+QRV_API void SGETRS(const char* trans, const int* n, const int* nrhs, const float* a, const int* lda, const int* ipiv,
+                    float* b, const int* ldb, int* info);
+QRV_API void CGETRS(const char* trans, const int* n, const int* nrhs, const qrv_complex* a, const int* lda,
+                    const int* ipiv, qrv_complex* b, const int* ldb, int* info);
+
+/* Inverse of a matrix from the factors of SGETRF, in their place.
+ *
+ * n         order of A, at least 0
+ * a, lda    the factors, overwritten by inv(A); lda >= max(1, n)
+ * ipiv      the interchanges
+ * work      lwork elements; work(1) becomes the length that was used
+ * lwork     at least max(1, n), 64*n for full speed; -1: work(1) becomes the length for full speed, nothing else is
+ * done info      0; -1, -3, -6 for a bad argument; i > 0: diagonal element i of U is exactly 0, A is singular and a
+ * unchanged
+ */
+QRV_API void SGETRI(const int* n, float* a, const int* lda, const int* ipiv, float* work, const int* lwork, int* info);
+QRV_API void CGETRI(const int* n, qrv_complex* a, const int* lda, const int* ipiv, qrv_complex* work, const int* lwork,
+                    int* info);
+
+/* Reciprocal condition number of a matrix, 1 / (norm(A)*norm(inv(A))), from its norm and the factors of SGETRF, with an
+ * estimate of the second norm that is at most the norm itself and rarely less than a third of it.
+ *
+ * norm      '1', 'O': of the 1-norms; 'I': of the infinity norms
+ * n         order of A, at least 0
+ * a, lda    the factors; lda >= max(1, n)
+ * anorm     norm of A, at least 0
+ * rcond     set to the reciprocal condition number; 0 if A is singular to working precision, 1 if n is 0
+ * work      4*n floats and iwork n ints; for CGECON 2*n elements and rwork 2*n floats
+ * info      0, or -1, -2, -4, -5 for a bad argument
+ */
+QRV_API void SGECON(const char* norm, const int* n, const float* a, const int* lda, const float* anorm, float* rcond,
+                    float* work, int* iwork, int* info);
+QRV_API void CGECON(const char* norm, const int* n, const qrv_complex* a, const int* lda, const float* anorm,
+                    float* rcond, qrv_complex* work, float* rwork, int* info);
+
 /* Interchanges row k of A with row ipiv(k1 + (k - k1)*|incx|), in all n columns: for k = k1, k1 + 1, ..., k2 if
  * incx > 0, for k = k2, k2 - 1, ..., k1 if incx < 0. Does nothing for incx = 0. Nothing is reported.
  *

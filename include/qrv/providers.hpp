@@ -357,6 +357,24 @@ public:
     virtual void Sgetrf(int m, int n, ProviderArray<float> a, int aOffset, int lda, ProviderArray<int> ipiv,
                         int& info) = 0;
 
+    // Solves op(A)*X = B for a general A of order n from its factors by Sgetrf; the n x nrhs matrix B is overwritten by
+    // X. trans Conjugate is a bad argument. A zero on the diagonal of U is not looked for.
+    virtual void Sgetrs(TransposeOperation trans, int n, int nrhs, ProviderArray<const float> a, int aOffset, int lda,
+                        ProviderArray<const int> ipiv, ProviderArray<float> b, int bOffset, int ldb, int& info) = 0;
+
+    // A := inv(A) for a general A of order n, from its factors by Sgetrf. Needs work memory, for n columns.
+    //
+    // info  i > 0: diagonal element i of U, from 1, is exactly 0; A is singular and unchanged
+    virtual void Sgetri(int n, ProviderArray<float> a, int aOffset, int lda, ProviderArray<const int> ipiv,
+                        int& info) = 0;
+
+    // Reciprocal condition number of a general A of order n from its norm aNorm (see Slange) and its factors by Sgetrf.
+    // Needs work memory, for n columns. norm is One or Infinity; others are bad arguments.
+    //
+    // rcond  1 / (norm(A)*norm(inv(A))); 0 if A is singular to working precision
+    virtual void Sgecon(MatrixNorm norm, int n, ProviderArray<const float> a, int aOffset, int lda, float aNorm,
+                        float& rcond, int& info) = 0;
+
     // Norm of the general m x n matrix A; 0 if m or n is 0. Needs work memory, for m rows, with Infinity only.
     virtual float Slange(MatrixNorm norm, int m, int n, ProviderArray<const float> a, int aOffset, int lda) = 0;
 
@@ -605,6 +623,13 @@ public:
 
     virtual void Cgetrf(int m, int n, ProviderArray<SingleComplex> a, int aOffset, int lda, ProviderArray<int> ipiv,
                         int& info) = 0;
+    virtual void Cgetrs(TransposeOperation trans, int n, int nrhs, ProviderArray<const SingleComplex> a, int aOffset,
+                        int lda, ProviderArray<const int> ipiv, ProviderArray<SingleComplex> b, int bOffset, int ldb,
+                        int& info) = 0;
+    virtual void Cgetri(int n, ProviderArray<SingleComplex> a, int aOffset, int lda, ProviderArray<const int> ipiv,
+                        int& info) = 0;
+    virtual void Cgecon(MatrixNorm norm, int n, ProviderArray<const SingleComplex> a, int aOffset, int lda, float aNorm,
+                        float& rcond, int& info) = 0;
     virtual void Ctrtrs(MatrixTriangleMode uplo, TransposeOperation trans, MatrixDiagonalMode diag, int n, int nrhs,
                         ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<SingleComplex> b,
                         int bOffset, int ldb, int& info) = 0;
@@ -724,6 +749,11 @@ public:
     ParallelX86SingleLapack();
 
     void Sgetrf(int m, int n, ProviderArray<float> a, int aOffset, int lda, ProviderArray<int> ipiv, int& info) final;
+    void Sgetrs(TransposeOperation trans, int n, int nrhs, ProviderArray<const float> a, int aOffset, int lda,
+                ProviderArray<const int> ipiv, ProviderArray<float> b, int bOffset, int ldb, int& info) final;
+    void Sgetri(int n, ProviderArray<float> a, int aOffset, int lda, ProviderArray<const int> ipiv, int& info) final;
+    void Sgecon(MatrixNorm norm, int n, ProviderArray<const float> a, int aOffset, int lda, float aNorm, float& rcond,
+                int& info) final;
     float Slange(MatrixNorm norm, int m, int n, ProviderArray<const float> a, int aOffset, int lda) final;
     void Strtrs(MatrixTriangleMode triangleMode, TransposeOperation trans, MatrixDiagonalMode diag, int n, int nrhs,
                 ProviderArray<const float> a, int aOffset, int lda, ProviderArray<float> b, int bOffset, int ldb,
@@ -858,6 +888,12 @@ public:
 
     void Cgetrf(int m, int n, ProviderArray<SingleComplex> a, int aOffset, int lda, ProviderArray<int> ipiv,
                 int& info) final;
+    void Cgetrs(TransposeOperation trans, int n, int nrhs, ProviderArray<const SingleComplex> a, int aOffset, int lda,
+                ProviderArray<const int> ipiv, ProviderArray<SingleComplex> b, int bOffset, int ldb, int& info) final;
+    void Cgetri(int n, ProviderArray<SingleComplex> a, int aOffset, int lda, ProviderArray<const int> ipiv,
+                int& info) final;
+    void Cgecon(MatrixNorm norm, int n, ProviderArray<const SingleComplex> a, int aOffset, int lda, float aNorm,
+                float& rcond, int& info) final;
     void Ctrtrs(MatrixTriangleMode uplo, TransposeOperation trans, MatrixDiagonalMode diag, int n, int nrhs,
                 ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<SingleComplex> b, int bOffset,
                 int ldb, int& info) final;

@@ -2,6 +2,9 @@
 #pragma once
 
 #include <array>
+#include <cmath>
+#include <cstdint>
+#include <limits>
 #include <string_view>
 
 #include "blas/complex.hpp"
@@ -27,6 +30,15 @@ inline bool arguments_good(std::string_view routine, int bad, int* info) {
     if (bad != 0)
         qrv_serv_xerbla(routine.data(), &bad, static_cast<int>(routine.size()));
     return bad == 0;
+}
+
+// A work size as a routine returns it, in an element: rounded up, so that whoever takes it for a length gets enough.
+template <class T>
+T work_size(std::int64_t size) {
+    float value = static_cast<float>(size);
+    if (static_cast<double>(value) < static_cast<double>(size))
+        value = std::nextafter(value, std::numeric_limits<float>::max());
+    return scalar<T>(value);
 }
 
 constexpr bool is_one_of(char option, std::string_view letters) {

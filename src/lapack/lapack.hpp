@@ -25,6 +25,20 @@ int qrv_lapack_sgetrf_recursive(const int* m, const int* n, float* a, const int*
 int qrv_lapack_cgetrf_recursive(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info,
                                 const int* thread, const int* offset);
 
+// From its factors: solves, inverse, condition estimate.
+void qrv_lapack_sgetrs(const char* trans, const int* n, const int* nrhs, const float* a, const int* lda,
+                       const int* ipiv, float* b, const int* ldb, int* info);
+void qrv_lapack_cgetrs(const char* trans, const int* n, const int* nrhs, const qrv_complex* a, const int* lda,
+                       const int* ipiv, qrv_complex* b, const int* ldb, int* info);
+void qrv_lapack_sgetri(const int* n, float* a, const int* lda, const int* ipiv, float* work, const int* lwork,
+                       int* info);
+void qrv_lapack_cgetri(const int* n, qrv_complex* a, const int* lda, const int* ipiv, qrv_complex* work,
+                       const int* lwork, int* info);
+void qrv_lapack_sgecon(const char* norm, const int* n, const float* a, const int* lda, const float* anorm, float* rcond,
+                       float* work, int* iwork, int* info);
+void qrv_lapack_cgecon(const char* norm, const int* n, const qrv_complex* a, const int* lda, const float* anorm,
+                       float* rcond, qrv_complex* work, float* rwork, int* info);
+
 // Row interchanges.
 void qrv_lapack_slaswp(const int* n, float* a, const int* lda, const int* k1, const int* k2, const int* ipiv,
                        const int* incx);

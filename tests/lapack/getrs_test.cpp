@@ -226,9 +226,11 @@ TYPED_TEST(Getrs, ConditionOfSpecialMatrices) {
     EXPECT_FALSE(rcond_of(f.lu, 1) > 0) << "ends";
     f.lu(7, 7) = all_parts<T>(infinity);
     EXPECT_FALSE(rcond_of(f.lu, 1) < 0) << "ends";
-    BasicGuardedMatrix<T> tiny(n, n, n); // its inverse overflows but for the scaling of the solves
-    tiny.set([](int i, int j) { return scalar<T>(i == j ? 1e-40F : 0.0F); });
-    EXPECT_NEAR(rcond_of(tiny, 1e-40F), 1, 1e-3);
+    for (const float size : {1e-30F, 1e37F}) {
+        BasicGuardedMatrix<T> diagonal(n, n, n);
+        diagonal.set([&](int i, int j) { return scalar<T>(i == j ? size : 0); });
+        EXPECT_NEAR(rcond_of(diagonal, size), 1, 1e-3);
+    }
     float rcond = -1;
     int info = -9;
     Routines<T>::gecon('1', 0, f.lu.data(), 1, 1, &rcond, &info);

@@ -2,7 +2,9 @@
 // arguments in the native calling form, arrays at their offsets and options as texts.
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -158,7 +160,17 @@ private:
                 x = uniform();
         for (auto& scalar : values_.scalars)
             scalar = {uniform(), uniform()};
+        (fill_with_pivots<P>(I), ...);
         values_.result = {};
+    }
+
+    // An array of ints gets row numbers, from 1, that are pivots of a matrix of three rows and more.
+    template <class P>
+    void fill_with_pivots(std::size_t position) {
+        if constexpr (Traits<P>::isArray)
+            if constexpr (std::is_same_v<std::remove_const_t<typename Traits<P>::Element>, int>)
+                for (int k = 1; float& x : values_.arrays[position])
+                    x = std::bit_cast<float>(std::max(3, k++));
     }
 
     template <class P>

@@ -73,15 +73,6 @@ GetriBlocking getri_blocking(int n, int wanted, int lwork) {
     return {blocked ? nb : 1, blocked ? n * nb : n};
 }
 
-// Sizes are returned as elements: rounded up, so that who takes one for a size of workspace gets enough.
-template <class T>
-T as_element(int size) {
-    float value = static_cast<float>(size);
-    if (static_cast<double>(value) < size)
-        value = std::nextafter(value, 0x1p31F);
-    return scalar<T>(value);
-}
-
 template <class T>
 int getri(int n, Matrix<T> a, const int* ipiv, T* work, int lwork, int wanted) {
     if (const int zero = trtri(Uplo::upper, Diag::nonUnit, n, a))
@@ -92,7 +83,7 @@ int getri(int n, Matrix<T> a, const int* ipiv, T* work, int lwork, int wanted) {
     else
         solve_by_columns(n, a, work);
     interchange_columns(n, a, ipiv);
-    work[0] = as_element<T>(blocking.used);
+    work[0] = work_size<T>(blocking.used);
     return 0;
 }
 
@@ -101,7 +92,7 @@ void getri_checked(int n, T* a, int lda, const int* ipiv, T* work, int lwork, in
     constexpr int query = -1;
     const int bad = n < 0 ? 1 : lda < std::max(1, n) ? 3 : lwork < std::max(1, n) && lwork != query ? 6 : 0;
     const int nb = tuning::block_size(RoutineName<T>("GETRI"), n);
-    work[0] = as_element<T>(std::max(0, n) * nb);
+    work[0] = work_size<T>(std::int64_t{std::max(0, n)} * nb);
     if (arguments_good(RoutineName<T>("GETRI"), bad, info) && lwork != query && n > 0)
         *info = getri<T>(n, {a, lda}, ipiv, work, lwork, nb);
 }
