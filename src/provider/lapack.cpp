@@ -11,11 +11,51 @@ using namespace qrv::provider;
 
 ParallelX86SingleLapack::ParallelX86SingleLapack() = default;
 
+void ParallelX86SingleLapack::Sgetrf(int m, int n, ProviderArray<float> a, int aOffset, int lda,
+                                     ProviderArray<int> ipiv, int& info) {
+    float* a0 = element(a, aOffset);
+    int* pivots = element(ipiv);
+    int result = 0;
+    SGETRF(&m, &n, a0, &lda, pivots, &result);
+    info = result;
+}
+
 float ParallelX86SingleLapack::Slange(MatrixNorm norm, int m, int n, ProviderArray<const float> a, int aOffset,
                                       int lda) {
     const float* a0 = element(a, aOffset);
     return with_norm_work(norm, m, a0,
                           [&](float* work) { return SLANGE(qrv::provider::norm(norm), &m, &n, a0, &lda, work); });
+}
+
+void ParallelX86SingleLapack::Strtrs(MatrixTriangleMode triangleMode, TransposeOperation trans, MatrixDiagonalMode diag,
+                                     int n, int nrhs, ProviderArray<const float> a, int aOffset, int lda,
+                                     ProviderArray<float> b, int bOffset, int ldb, int& info) {
+    const float* a0 = element(a, aOffset);
+    float* b0 = element(b, bOffset);
+    int result = 0;
+    STRTRS(triangle(triangleMode), rule_c(trans), diagonal(diag), &n, &nrhs, a0, &lda, b0, &ldb, &result);
+    info = result;
+}
+
+void ParallelX86SingleLapack::Strtri(MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int n,
+                                     ProviderArray<float> a, int aOffset, int lda, int& info) {
+    float* a0 = element(a, aOffset);
+    int result = 0;
+    STRTRI(triangle(triangleMode), diagonal(diag), &n, a0, &lda, &result);
+    info = result;
+}
+
+void ParallelX86SingleLapack::Strcon(MatrixNorm norm, MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int n,
+                                     ProviderArray<const float> a, int aOffset, int lda, float& rcond, int& info) {
+    const float* a0 = element(a, aOffset);
+    const WorkArray<float> work(3, n);
+    const WorkArray<int> iwork(n);
+    float condition = 0;
+    int result = 0;
+    STRCON(qrv::provider::norm(norm), triangle(triangleMode), diagonal(diag), &n, a0, &lda, &condition, work.data(),
+           iwork.data(), &result);
+    info = result;
+    rcond = condition;
 }
 
 float ParallelX86SingleLapack::Slantr(MatrixNorm norm, MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int m,
