@@ -348,6 +348,34 @@ QRV_API void SLASWP(const int* n, float* a, const int* lda, const int* k1, const
 QRV_API void CLASWP(const int* n, qrv_complex* a, const int* lda, const int* k1, const int* k2, const int* ipiv,
                     const int* incx);
 
+/* Norm of a general m x n matrix A.
+ *
+ * norm    'M': largest |a(i, j)|; '1', 'O': largest sum of |a(i, j)| over a column; 'I': over a row; 'F', 'E': root of
+ *         the sum of squares. Nothing else is reported, but gives no useful result.
+ * work    m floats, overwritten, for 'I'; else not touched
+ *
+ * Result: the norm, 0 if m or n is 0. The largest value or sum is replaced by one that does not compare below it: by a
+ * NaN, which in turn is replaced by the next. */
+QRV_API float SLANGE(const char* norm, const int* m, const int* n, const float* a, const int* lda, float* work);
+QRV_API float CLANGE(const char* norm, const int* m, const int* n, const qrv_complex* a, const int* lda, float* work);
+
+/* The same of a triangular matrix, or of a trapezoidal one with m <= n for uplo 'U', m >= n for 'L'. */
+QRV_API float SLANTR(const char* norm, const char* uplo, const char* diag, const int* m, const int* n, const float* a,
+                     const int* lda, float* work);
+QRV_API float CLANTR(const char* norm, const char* uplo, const char* diag, const int* m, const int* n,
+                     const qrv_complex* a, const int* lda, float* work);
+
+/* Adds the squares of the parts of x to scale^2 * sumsq, without overflow; both are updated. incx >= 0. */
+QRV_API void SLASSQ(const int* n, const float* x, const int* incx, float* scale, float* sumsq);
+QRV_API void CLASSQ(const int* n, const qrv_complex* x, const int* incx, float* scale, float* sumsq);
+
+/* B := A, for m x n matrices that do not overlap: the upper triangle with the diagonal for uplo 'U', the lower one for
+ * 'L', all for any other letter. Nothing is reported. */
+QRV_API void SLACPY(const char* uplo, const int* m, const int* n, const float* a, const int* lda, float* b,
+                    const int* ldb);
+QRV_API void CLACPY(const char* uplo, const int* m, const int* n, const qrv_complex* a, const int* lda, qrv_complex* b,
+                    const int* ldb);
+
 /* ---- Reports --------------------------------------------------------------------------------------------- */
 
 /* Reporter of a bad argument: prints an empty line and

@@ -82,9 +82,8 @@ constexpr int banded_solve_block(int n, int kd, int nrhs) {
 
 // Plane rotations are kept back for so many sweeps; n2 is the number of threads.
 constexpr int buffered_sweeps(const Sizes& n) {
-    return n.n2 == 1
-               ? by_size(n.n1, {{210, 4}, {260, 100}, {450, 120}, {1000, 140}, {2200, 160}, {4000, 180}}, 200)
-               : by_size(n.n1, {{210, 4}, {630, 100}, {1100, 140}, {2500, 160}, {6200, 180}}, 200);
+    return n.n2 == 1 ? by_size(n.n1, {{210, 4}, {260, 100}, {450, 120}, {1000, 140}, {2200, 160}, {4000, 180}}, 200)
+                     : by_size(n.n1, {{210, 4}, {630, 100}, {1100, 140}, {2500, 160}, {6200, 180}}, 200);
 }
 
 constexpr int cholesky_block(const Sizes& n) {
@@ -229,7 +228,8 @@ constexpr int crossover_of(std::uint64_t name, const Sizes& n) {
     return 0;
 }
 
-// ---- Threaded LU -----------------------------------------------------------------------------------------------------
+// ---- Threaded LU
+// -----------------------------------------------------------------------------------------------------
 
 struct LuShares {
     int span, tail;
@@ -249,7 +249,8 @@ constexpr LuShares lu_shares(const Name& name, int n, int threads) {
     return {1, n > 6500 ? 1'000'000 : threads == 12 ? 12 : 0};
 }
 
-// ---- QR iteration -----------------------------------------------------------------------------------------------------
+// ---- QR iteration
+// -----------------------------------------------------------------------------------------------------
 
 // Simultaneous shifts for nh active rows, an even number.
 int shifts(int nh) {
@@ -261,8 +262,8 @@ int shifts(int nh) {
     else if (nh >= 590)
         count = 64;
     else if (nh >= 150)
-        count = std::max(10, static_cast<int>(static_cast<float>(nh) /
-                                              (std::log(static_cast<float>(nh)) / std::log(2.0F))));
+        count = std::max(
+            10, static_cast<int>(static_cast<float>(nh) / (std::log(static_cast<float>(nh)) / std::log(2.0F))));
     else if (nh >= 60)
         count = 10;
     else if (nh >= 30)
@@ -370,7 +371,8 @@ int qr_iteration(int ispec, int ilo, int ihi) {
 
 } // namespace qrv::tuning
 
-// ---- The native entries -----------------------------------------------------------------------------------------------
+// ---- The native entries
+// -----------------------------------------------------------------------------------------------
 
 using namespace qrv;
 

@@ -1,5 +1,5 @@
-// Tuning values of the LAPACK routines: block sizes, crossovers and the parameters of the QR iteration, by value. ILAENV
-// and IPARMQ give the same in the native calling form.
+// Tuning values of the LAPACK routines: block sizes, crossovers and the parameters of the QR iteration, by value.
+// ILAENV and IPARMQ give the same in the native calling form.
 //
 // Names are upper-case routine names of six letters. Sizes that a routine's rows do not look at may be left out; -1
 // stands for a size that is not known. All are pure functions, but for two that ask for the processor class.

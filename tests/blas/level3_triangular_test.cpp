@@ -54,8 +54,8 @@ void each_shape(int n, int count, bool all) {
                 }
 }
 
-// Orders around those of groups, vectors and blocks with few right-hand sides; right-hand sides around those of vectors,
-// strips and chunks.
+// Orders around those of groups, vectors and blocks with few right-hand sides; right-hand sides around those of
+// vectors, strips and chunks.
 template <class T>
 void check_all_shapes() {
     for (const int n : {0, 1, 2, 3, 5, 7, 8, 9, 15, 16, 17, 31, 32, 33})

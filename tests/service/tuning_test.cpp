@@ -34,8 +34,7 @@ constexpr Ladder ladders[] = {
     {3, "SGETRI STRTRI CLAUUM CUNMQR SLAQPS SORMQR SORMTR", "? ?", "1:0 9999:0"},
     {1, "SGEHRD SGELQF CGELQF CUNGQR CUNGLQ CUNGBR CUNMQR CUNMLQ CUNMBR SLAQPS SLATRD", "? ?", "1:32 9999:32"},
     {3, "SGEHRD SGELQF CGELQF CUNGQR CUNGLQ CUNGBR SGEBRD CLABRD CGEBRD SORGQR SORGLQ SORGHR", "? ?", "1:32 9999:32"},
-    {1, "SGEQRF CGEQRF", "9 ?",
-     "1:16 300:16 301:24 350:24 351:48 800:48 801:64 1150:64 1151:96 3400:96 3401:128"},
+    {1, "SGEQRF CGEQRF", "9 ?", "1:16 300:16 301:24 350:24 351:48 800:48 801:64 1150:64 1151:96 3400:96 3401:128"},
     {3, "SGEQRF", "1000 ?", "8:128 9:256 25:256 26:8"},
     {3, "SGEQRF", "100 ?", "250:256 251:8"},
     {3, "CGEQRF", "100 ?", "8:128 125:128 126:8"},
@@ -146,8 +145,8 @@ TEST(Tuning, OtherValues) {
     EXPECT_EQ(ilaenv(7, "SHGEQZ"), type == 5 ? 32 : 2);
     EXPECT_EQ(ilaenv(12, "SGETRF"), 16);
     EXPECT_EQ(ilaenv(12, "SGEQRF", -1, 401, -1, -1, "N"), 16);
-    const int panels[][2] = {{400, 24}, {401, 32}, {550, 32}, {551, 48}, {800, 48}, {801, 64}, {1350, 64}, {1351, 96},
-                             {1900, 96}, {1901, 128}};
+    const int panels[][2] = {{400, 24}, {401, 32},  {550, 32},  {551, 48},  {800, 48},
+                             {801, 64}, {1350, 64}, {1351, 96}, {1900, 96}, {1901, 128}};
     for (const auto& row : panels)
         EXPECT_EQ(ilaenv(12, "CGEQRF", -1, row[0], -1, -1, "P"), row[1]) << row[0];
     EXPECT_EQ(ilaenv(13, "SLAQR0", 501, 1, 501), 3 * 54 / 2) << "ilo and ihi are n2 and n3";
@@ -159,8 +158,9 @@ TEST(Tuning, QrIteration) {
         return IPARMQ(&ispec, "SHSEQR", "EN", &unused, &ilo, &ihi, &unused, 6, 2);
     };
     // nh, shifts
-    const int rows[][2] = {{-5, 2}, {0, 2}, {29, 2}, {30, 4}, {59, 4}, {60, 10}, {149, 10}, {150, 20}, {256, 32},
-                           {500, 54}, {501, 54}, {589, 64}, {590, 64}, {2999, 64}, {3000, 128}, {5999, 128}, {6000, 256}};
+    const int rows[][2] = {{-5, 2},   {0, 2},     {29, 2},     {30, 4},     {59, 4},    {60, 10},
+                           {149, 10}, {150, 20},  {256, 32},   {500, 54},   {501, 54},  {589, 64},
+                           {590, 64}, {2999, 64}, {3000, 128}, {5999, 128}, {6000, 256}};
     for (const auto& [nh, ns] : rows) {
         EXPECT_EQ(iparmq(15, nh), ns) << nh;
         EXPECT_EQ(iparmq(13, nh), nh <= 500 ? ns : 3 * ns / 2) << nh;

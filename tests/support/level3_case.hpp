@@ -126,8 +126,8 @@ struct TriangularShape {
 };
 
 inline std::ostream& operator<<(std::ostream& out, const TriangularShape& p) {
-    return out << p.side << p.uplo << p.trans << p.diag << " order " << p.n << ", " << p.count << " right-hand sides, alpha "
-               << p.alpha << ", " << p.layout;
+    return out << p.side << p.uplo << p.trans << p.diag << " order " << p.n << ", " << p.count
+               << " right-hand sides, alpha " << p.alpha << ", " << p.layout;
 }
 
 // Its operands; what must not be read is NaN.

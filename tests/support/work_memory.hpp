@@ -31,7 +31,7 @@ public:
     WorkMemoryProbe& operator=(const WorkMemoryProbe&) = delete;
 
     int threads() const { return static_cast<int>(state().takers.size()); } // that took some
-    int blocks() const { return state().blocks; }                                // that were taken
+    int blocks() const { return state().blocks; }                           // that were taken
     int refusals() const { return state().refusals; }
 
 private:

@@ -127,8 +127,8 @@ void symm(QRV_SYMM_PARAMETERS(T)) {
     const Side where = side_of(*side);
     const bool left = where == Side::left;
     const int order = left ? *m : *n, block = left ? symmRow.leftBlock : symmRow.rightBlock;
-    SymmetricProduct<symmetry, T> product{where,    uplo_of(*uplo), left ? *n : *m, *alpha, {a, *lda},
-                                          {b, *ldb}, result,         {},             block};
+    SymmetricProduct<symmetry, T> product{where, uplo_of(*uplo), left ? *n : *m, *alpha, {a, *lda}, {b, *ldb}, result,
+                                          {},    block};
     void* const memory = qrv_serv_allocate(sizeof(T) * static_cast<std::size_t>(block * block), 64);
     if (!memory)
         return add_by_small_squares(product, order);

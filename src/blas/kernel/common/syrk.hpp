@@ -6,8 +6,8 @@
 // X and Y are A and B, or A' and B'; ' transposes, for a Hermitian C it conjugates too.
 //
 // The triangle is cut into blocks along its diagonal and rectangles beside them. A rectangle is a GEMM. For a diagonal
-// block GEMM computes the full square into a tile, of which the triangle is then added: twice the work of the block, but
-// blocks are few. The imaginary parts on a Hermitian diagonal are not read and become 0.
+// block GEMM computes the full square into a tile, of which the triangle is then added: twice the work of the block,
+// but blocks are few. The imaginary parts on a Hermitian diagonal are not read and become 0.
 #pragma once
 
 #include "blas/kernel/common/own_gemm.hpp"
@@ -33,7 +33,9 @@ constexpr int tileSide = 128;
 template <class T>
 void add_to(int n, const T* x, T* y) {
     using P = Pack<T>;
-    const auto add = [&](int i, auto count) { P{P::load(x + i, count).v + P::load(y + i, count).v}.store(y + i, count); };
+    const auto add = [&](int i, auto count) {
+        P{P::load(x + i, count).v + P::load(y + i, count).v}.store(y + i, count);
+    };
     int i = 0;
     for (; n - i >= P::count; i += P::count)
         add(i, All());

@@ -5,9 +5,9 @@
 // untouched but for interchanges. (Crout's order; with partial pivoting in J. Dongarra, F. Gustavson, A. Karp,
 // Implementing linear algebra algorithms for dense matrices on a vector pipeline machine, SIAM Review 26, 1984.)
 #include <algorithm>
-#include <cmath>
 
 #include "blas/calls.hpp"
+#include "lapack/calls.hpp"
 #include "lapack/kernel/source/getrf.hpp"
 #include "lapack/lapack.hpp"
 #include "service/machine_constants.hpp"
@@ -15,13 +15,6 @@
 
 namespace qrv::lapack {
 namespace {
-
-float modulus(float x) {
-    return std::fabs(x);
-}
-float modulus(SingleComplex x) {
-    return std::hypot(x.re, x.im);
-}
 
 // x := x / pivot, by the reciprocal where that cannot overflow.
 template <class T>
