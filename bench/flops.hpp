@@ -62,4 +62,11 @@ constexpr Work gemm_work(double m, double n, double k, bool isComplex) {
     return multiply_adds(m * n * k, isComplex);
 }
 
+// ---- LAPACK ----------------------------------------------------------------------------------------------
+
+// LU of order n: the leading term.
+constexpr Work getrf_work(double n, bool isComplex) {
+    return multiply_adds(n * n * n / 3, isComplex);
+}
+
 } // namespace bench
