@@ -1,8 +1,8 @@
 // Solves and products with a triangular matrix in place of B: op(A)*X = alpha*B, X*op(A) = alpha*B, B := alpha*op(A)*B,
 // B := alpha*B*op(A).
 //
-// The triangle goes in blocks, the right-hand sides (columns of B on the left of which A stands, else rows) in chunks, in
-// several levels, so that almost all work is done by GEMM. All cases are one walk along the diagonal:
+// The triangle goes in blocks, the right-hand sides (columns of B on the left of which A stands, else rows) in chunks,
+// in several levels, so that almost all work is done by GEMM. All cases are one walk along the diagonal:
 //
 //   solve      a block of unknowns is solved, then subtracted from those to come
 //   product    a block is multiplied by its triangle, then the blocks to come, still as they were, are added
@@ -64,8 +64,7 @@ struct TriangularProblem {
     // The unknowns `target` += factor * their coefficients with the unknowns `source` * these.
     void add(Range target, Range source, T factor) const {
         const bool stored = left() == (op == Op::none);
-        const auto coefficients =
-            stored ? a.block(target.first, source.first) : a.block(source.first, target.first);
+        const auto coefficients = stored ? a.block(target.first, source.first) : a.block(source.first, target.first);
         if (left())
             gemm(op, Op::none, target.count, count, source.count, factor, coefficients, of_unknowns(source),
                  scalar<T>(1), of_unknowns(target));
@@ -75,9 +74,7 @@ struct TriangularProblem {
     }
 
 private:
-    Matrix<T> of_unknowns(Range range) const {
-        return left() ? b.block(range.first, 0) : b.block(0, range.first);
-    }
+    Matrix<T> of_unknowns(Range range) const { return left() ? b.block(range.first, 0) : b.block(0, range.first); }
 };
 
 // ---- Triangles of at most baseSize ----------------------------------------------------------------------------------
@@ -117,7 +114,8 @@ void compute_strips(const TriangularProblem<T>& problem) {
     }
 }
 
-// ---- Blocks -----------------------------------------------------------------------------------------------------------
+// ---- Blocks
+// -----------------------------------------------------------------------------------------------------------
 
 template <class Operation, class T>
 void walk_triangle(const TriangularProblem<T>& problem, const BlockLevel* level, const BlockLevel* end) {
@@ -148,8 +146,8 @@ void triangular(Side side, Uplo uplo, Op op, Diag diag, int m, int n, T alpha, M
     if (alpha == scalar<T>(0))
         return;
     const bool left = side == Side::left;
-    const TriangularProblem<T> problem{side, op, uplo == Uplo::upper, diag == Diag::unit, a, b,
-                                       left ? m : n, left ? n : m};
+    const TriangularProblem<T> problem{side, op, uplo == Uplo::upper, diag == Diag::unit,
+                                       a,    b,  left ? m : n,        left ? n : m};
     if (left)
         walk_triangle<Operation>(problem, Operation::left, Operation::left + Operation::leftLevels);
     else

@@ -14,7 +14,6 @@ namespace qrv {
 template <class T>
 using TriangularKernel = void(QRV_TRSM_PARAMETERS(T));
 
-
 template <class T>
 void triangular_region(int threads, TriangularKernel<T>* kernel, QRV_TRSM_PARAMETERS(T)) {
 #pragma omp parallel num_threads(threads)
