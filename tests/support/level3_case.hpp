@@ -162,7 +162,7 @@ private:
     static Level2Case order(const TriangularShape& shape) {
         Level2Case layout = shape.layout;
         layout.n = shape.n;
-        layout.extra = (layout.extra + 1) % 4; // another one than B has
+        layout.extra ^= 1; // another one than B has
         return layout;
     }
 };
