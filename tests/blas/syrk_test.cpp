@@ -35,13 +35,13 @@ struct UpdateRoutine {
 };
 
 #define QRV_RANK_K(alpha, beta) &v.uplo, &v.trans, &v.n, &v.k, &v.alpha, v.a, &v.lda, &v.beta, v.c, &v.ldc
-#define QRV_RANK_2K(alpha, beta)                                                                                       \
-    &v.uplo, &v.trans, &v.n, &v.k, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc
+#define QRV_RANK_2K(alpha, beta) &v.uplo, &v.trans, &v.n, &v.k, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc
 #define QRV_UPDATE(name, hermitian, terms, trans, arguments)                                                           \
     {                                                                                                                  \
 #name, hermitian, terms, trans,                                                                                \
-            [](const VectorBuild& build, const auto& v) { build.blas_##name##_kernel(arguments); },                    \
-            [](const auto& v) { qrv_blas_##name(arguments); }                                                          \
+            [](const VectorBuild& build,                                                                               \
+               const auto&                                                                                             \
+                   v) { build.blas_##name##_kernel(arguments); }, [](const auto& v) { qrv_blas_##name(arguments); }    \
     }
 const UpdateRoutine<float> realUpdates[] = {
     QRV_UPDATE(ssyrk, false, 1, "NtC", QRV_RANK_K(alpha, beta)),
@@ -69,9 +69,9 @@ public:
     UpdateProblem(const UpdateRoutine<T>& routine, char uplo, char trans, const SymmetricCase& p)
         : routine_(routine), p_(p), transposed_(is_transposed(trans)),
           a_(transposed_ ? p.k : p.n, transposed_ ? p.n : p.k, p), b_(a_.rows(), a_.columns(), p),
-          before_(p.n, p.n, p, {uplo}), call_{uplo,     trans,     p.n,      p.k,      scalar_of<T>(p.alpha),
-                                              a_.data(), b_.data(), a_.ld(), b_.ld(), scalar_of<T>(p.beta),
-                                              nullptr,  before_.ld()} {
+          before_(p.n, p.n, p, {uplo}), call_{uplo,      trans,       p.n,     p.k,     scalar_of<T>(p.alpha),
+                                              a_.data(), b_.data(),   a_.ld(), b_.ld(), scalar_of<T>(p.beta),
+                                              nullptr,   before_.ld()} {
         if (routine.hermitian && routine.terms == 1)
             set_imaginary(call_.alpha, 0);
         if (routine.hermitian)
@@ -178,7 +178,7 @@ void each_problem(int n, int k, int every, int number, const Body& body) {
 TEST(RankUpdates, EveryBuildOnEachSize) {
     int number = 0;
     for (const int n : splitSizes) {
-        const int every = n < 100 ? 1 : n < 300 ? 3 : 6;
+        const int every = n < 100 ? 1 : n < 300 ? 3 : n < 600 ? 6 : 12;
         each_problem(n, 3, every, number++, [](auto& problem) { problem.check_builds(); });
         if (n < 300)
             each_problem(n, 17, 2 * every, number++, [](auto& problem) { problem.check_builds(); });

@@ -6,8 +6,8 @@
 // X and Y are A and B, or A' and B'; ' transposes, for a Hermitian C it conjugates too.
 //
 // The triangle is cut into blocks along its diagonal and rectangles beside them. A rectangle is a GEMM. For a diagonal
-// block GEMM computes the full square into a tile, of which the triangle is then added: twice the work of the block, but
-// blocks are few. The imaginary parts on a Hermitian diagonal are not read and become 0.
+// block GEMM computes the full square into a tile, of which the triangle is then added: twice the work of the block,
+// but blocks are few. The imaginary parts on a Hermitian diagonal are not read and become 0.
 #pragma once
 
 #include "blas/kernel/common/own_gemm.hpp"
@@ -21,24 +21,58 @@ constexpr Op mirror(Symmetry symmetry) {
     return symmetry == Symmetry::hermitian ? Op::adjoint : Op::transpose;
 }
 
-// Blocks along the diagonal.
+// Blocks along the diagonal, and in which order.
 struct RankUpdateRow {
     int plain, transposed; // columns of a block, for X = A and for X = A'
-    int largest() const { return larger(plain, transposed); }
+    bool halves;           // whether a triangle is halved until a block is left, or loses one block after the other
+    int order;             // triangles up to this size take
+    int depth;             // so many steps of the products at once, so that X and Y stay in the outer cache
 };
-inline constexpr RankUpdateRow rankUpdateRow{.plain = 64, .transposed = 128};
-constexpr int tileSide = 128;
+constexpr int anyDepth = 0x7FFFFFFF;
+
+// Wider vectors multiply without packing as long as operands are in the caches, and small blocks waste little: halves
+// gain a third to a half over one block after the other, at any size.
+template <class T, int lanes>
+constexpr RankUpdateRow rankUpdateRow{.plain = 64, .transposed = 128, .halves = false, .order = 0, .depth = anyDepth};
+template <>
+constexpr RankUpdateRow rankUpdateRow<float, 8>{
+    .plain = 32, .transposed = 32, .halves = true, .order = 512, .depth = 128};
+template <>
+constexpr RankUpdateRow rankUpdateRow<SingleComplex, 8>{
+    .plain = 16, .transposed = 16, .halves = true, .order = 512, .depth = 128};
+template <>
+constexpr RankUpdateRow rankUpdateRow<float, 16>{
+    .plain = 32, .transposed = 32, .halves = true, .order = 512, .depth = 256};
+template <>
+constexpr RankUpdateRow rankUpdateRow<SingleComplex, 16>{
+    .plain = 16, .transposed = 16, .halves = true, .order = 512, .depth = 256};
+
+// The first part of n, which is more than a block: about half of it, in whole blocks.
+constexpr int half_in_blocks(int n, int block) {
+    return (n / 2 + block - 1) / block * block;
+}
+
+// change(i, All()) for whole packs of n elements, change(i, left) for what is left of them.
+template <class T, class Change>
+void by_packs(int n, const Change& change) {
+    int i = 0;
+    for (; n - i >= Pack<T>::count; i += Pack<T>::count)
+        change(i, All());
+    if (i < n)
+        change(i, n - i);
+}
 
 // y := x + y, n elements
 template <class T>
-void add_to(int n, const T* x, T* y) {
+void add_run(int n, const T* x, T* y) {
     using P = Pack<T>;
-    const auto add = [&](int i, auto count) { P{P::load(x + i, count).v + P::load(y + i, count).v}.store(y + i, count); };
-    int i = 0;
-    for (; n - i >= P::count; i += P::count)
-        add(i, All());
-    if (i < n)
-        add(i, n - i);
+    by_packs<T>(n,
+                [=](int i, auto count) { P{P::load(x + i, count).v + P::load(y + i, count).v}.store(y + i, count); });
+}
+// y := x
+template <class T>
+void copy_run(int n, const T* x, T* y) {
+    by_packs<T>(n, [=](int i, auto count) { Pack<T>::load(x + i, count).store(y + i, count); });
 }
 
 // x := beta*x, n elements; beta = 0 does not read them.
@@ -73,7 +107,7 @@ template <Symmetry symmetry, class T>
 void add_triangle(Uplo uplo, int n, Matrix<const T> tile, Matrix<T> c) {
     for (int j = 0; j < n; ++j) {
         const ColumnRun rows = triangle_column(uplo, n, j);
-        add_to(rows.count, &tile(rows.first, j), &c(rows.first, j));
+        add_run(rows.count, &tile(rows.first, j), &c(rows.first, j));
         if constexpr (symmetry == Symmetry::hermitian)
             make_real(c(j, j));
     }
@@ -89,6 +123,8 @@ struct RankTerm {
 // What is added to the triangle: one product of depth k, or two.
 template <Symmetry symmetry, class T, int terms>
 struct RankUpdate {
+    static constexpr RankUpdateRow row = rankUpdateRow<T, Pack<float>::count>;
+
     Uplo uplo;
     bool transposed; // X = A'
     int k;
@@ -97,6 +133,17 @@ struct RankUpdate {
 
     // Rows of X or of Y from i on.
     Matrix<const T> rows_from(int i, Matrix<const T> x) const { return transposed ? x.block(0, i) : x.block(i, 0); }
+
+    // What the products take from steps l to l + count - 1.
+    RankUpdate steps(int l, int count) const {
+        RankUpdate part = *this;
+        part.k = count;
+        for (RankTerm<T>& t : part.term) {
+            t.x = transposed ? t.x.block(l, 0) : t.x.block(0, l);
+            t.y = transposed ? t.y.block(l, 0) : t.y.block(0, l);
+        }
+        return part;
+    }
 
     // out := beta*out + rows i to i + m - 1 and columns j to j + n - 1 of the products
     void multiply(int i, int m, int j, int n, T beta, Matrix<T> out) const {
@@ -108,6 +155,7 @@ struct RankUpdate {
         }
     }
     void add_diagonal_block(int first, int n) const {
+        constexpr int tileSide = larger(row.plain, row.transposed);
         alignas(64) T buffer[tileSide * tileSide];
         const Matrix<T> tile{buffer, tileSide};
         multiply(first, n, first, n, scalar<T>(0), tile);
@@ -115,17 +163,27 @@ struct RankUpdate {
     }
     void add_rectangle(int i, int m, int j, int n) const { multiply(i, m, j, n, scalar<T>(1), c.block(i, j)); }
 
-    void add_triangle_of(int n) const {
-        const int block = transposed ? rankUpdateRow.transposed : rankUpdateRow.plain;
-        for (int first = 0, count; first < n; first += count) {
-            count = smaller(block, n - first);
-            const int next = first + count, rest = n - next;
-            add_diagonal_block(first, count);
-            if (rest > 0 && uplo == Uplo::upper)
-                add_rectangle(first, count, next, rest);
-            else if (rest > 0)
-                add_rectangle(next, rest, first, count);
+    // The triangle of order n that begins at (first, first).
+    void add_triangle_from(int first, int n) const {
+        const int block = transposed ? row.transposed : row.plain;
+        if (n <= row.order && k > row.depth)
+            return add_by_steps(first, n);
+        while (n > block) {
+            const int count = row.halves ? half_in_blocks(n, block) : block;
+            add_triangle_from(first, count);
+            const int next = first + count;
+            n -= count;
+            if (uplo == Uplo::upper)
+                add_rectangle(first, count, next, n);
+            else
+                add_rectangle(next, n, first, count);
+            first = next;
         }
+        add_diagonal_block(first, n);
+    }
+    void add_by_steps(int first, int n) const {
+        for (int l = 0; l < k; l += row.depth)
+            steps(l, smaller(k - l, row.depth)).add_triangle_from(first, n);
     }
 };
 
@@ -138,7 +196,7 @@ void update_triangle(const RankUpdate<symmetry, T, terms>& update, int n, S beta
     if (beta != scalar<S>(1))
         scale_triangle<symmetry>(update.uplo, n, beta, update.c);
     if (adds)
-        update.add_triangle_of(n);
+        update.add_triangle_from(0, n);
 }
 
 // S is the type of a scalar: real for a Hermitian C.
