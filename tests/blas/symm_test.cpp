@@ -33,12 +33,14 @@ struct SymmRoutine {
     void (*threaded)(const SymmCall<T>& v);
 };
 
-#define QRV_SYMM_OF(v)                                                                                                 \
-    &v.side, &v.uplo, &v.m, &v.n, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc
+#define QRV_SYMM_OF(v) &v.side, &v.uplo, &v.m, &v.n, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc
 #define QRV_SYMM(name, hermitian)                                                                                      \
     {                                                                                                                  \
-#name, hermitian, [](const VectorBuild& build, const auto& v) { build.blas_##name##_kernel(QRV_SYMM_OF(v)); }, \
-            [](const auto& v) { qrv_blas_##name(QRV_SYMM_OF(v)); }                                                     \
+#name, hermitian,                                                                                              \
+            [](const VectorBuild& build,                                                                               \
+               const auto&                                                                                             \
+                   v) { build.blas_##name##_kernel(QRV_SYMM_OF(v)); }, [](const auto&                                  \
+                                                                              v) { qrv_blas_##name(QRV_SYMM_OF(v)); }  \
     }
 const SymmRoutine<float> realRoutines[] = {QRV_SYMM(ssymm, false)};
 const SymmRoutine<SingleComplex> complexRoutines[] = {QRV_SYMM(csymm, false), QRV_SYMM(chemm, true)};
@@ -52,9 +54,9 @@ class SymmProblem {
 public:
     SymmProblem(const SymmRoutine<T>& routine, char side, char uplo, const SymmetricCase& p)
         : routine_(routine), p_(p), order_(side == 'L' ? p.m : p.n), a_(order_, order_, p, {uplo}), b_(p.m, p.n, p),
-          before_(p.m, p.n, p), call_{side,      uplo,      p.m,       p.n,
-                                      scalar_of<T>(p.alpha), a_.data(), b_.data(), a_.ld(), b_.ld(),
-                                      scalar_of<T>(p.beta),  nullptr,   before_.ld()} {
+          before_(p.m, p.n, p), call_{side,      uplo,        p.m,     p.n,     scalar_of<T>(p.alpha),
+                                      a_.data(), b_.data(),   a_.ld(), b_.ld(), scalar_of<T>(p.beta),
+                                      nullptr,   before_.ld()} {
         fill_operand(a_, p.alpha == 0, 1);
         fill_operand(b_, p.alpha == 0, 2);
         fill_operand(before_, p.beta == 0, 3);
@@ -203,7 +205,8 @@ TEST(SymmetricProductTeam, DecidedBySize) {
     expect_team(1, 17, 0, team);
     // alpha = 0 and beta = 1: nothing to do
     const int nothing = 17, options = nothing % 4 + 1;
-    ASSERT_TRUE(SymmetricCase(nothing + options, 1, 1, 0).alpha == 0 && SymmetricCase(nothing + options, 1, 1, 0).beta == 1);
+    ASSERT_TRUE(SymmetricCase(nothing + options, 1, 1, 0).alpha == 0 &&
+                SymmetricCase(nothing + options, 1, 1, 0).beta == 1);
     expect_team(40, 40, nothing, 0);
 }
 
