@@ -7,6 +7,7 @@ install(TARGETS qrv qrv_static EXPORT qrvTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(TARGETS qrv_blas LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}) # no package: programs are linked with, or preload it
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/qrv DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/qrv)

@@ -79,6 +79,12 @@ public:
     using std::out_of_range::out_of_range;
 };
 
+// A method's own work array would have had a negative size: a negative dimension gives one.
+class QRV_API InvalidArraySizeError : public std::length_error {
+public:
+    using std::length_error::length_error;
+};
+
 // View of a host array: the address of element 0 and the number of elements, or null. Made from a pointer and
 // a count, a span, or anything a span is made from (vector, std::array, built-in array). It owns nothing.
 template <class T>
@@ -329,6 +335,30 @@ public:
 class QRV_API SingleLapack {
 public:
     virtual ~SingleLapack() = default;
+
+    // Factorizations, solves and decompositions. Options, matrices and sizes mean what they mean in the BLAS classes.
+    //
+    // info   0; a negative value for a bad argument, which is reported too: minus its position in the native routine of
+    //        the same name (its arguments are named there, see qrv/native.h), with nothing else done; a positive one
+    //        as told with each method
+    // norm   Frobenius, One, Infinity, MaximumAbsolute
+    //
+    // A method that needs work memory allocates it. A dimension of 0 there raises IndexOutOfRangeError, as an empty
+    // array does, a negative one InvalidArraySizeError.
+    //
+    // Source: E. Anderson et al., LAPACK Users' Guide, 3rd edition, SIAM (1999).
+
+    // Norm of the general m x n matrix A; 0 if m or n is 0. Needs work memory, for m rows, with Infinity only.
+    virtual float Slange(MatrixNorm norm, int m, int n, ProviderArray<const float> a, int aOffset, int lda) = 0;
+
+    // Norm of a triangular matrix, or of a trapezoidal one with m <= n for Upper, m >= n for Lower. Work memory as for
+    // Slange.
+    virtual float Slantr(MatrixNorm norm, MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int m, int n,
+                         ProviderArray<const float> a, int aOffset, int lda) = 0;
+
+    // B := A, both m x n: the triangle named, or with any value beyond Lower the whole matrix.
+    virtual void Slacpy(MatrixTriangleMode triangleMode, int m, int n, ProviderArray<const float> a, int aOffset,
+                        int lda, ProviderArray<float> b, int bOffset, int ldb) = 0;
 };
 
 class QRV_API SingleSparseBlas {
@@ -540,6 +570,11 @@ public:
 class QRV_API SingleComplexLapack {
 public:
     virtual ~SingleComplexLapack() = default;
+
+    // As in SingleLapack.
+
+    virtual void Clacpy(MatrixTriangleMode triangleMode, int m, int n, ProviderArray<const SingleComplex> a,
+                        int aOffset, int lda, ProviderArray<SingleComplex> b, int bOffset, int ldb) = 0;
 };
 
 class QRV_API SingleComplexSparseBlas {
@@ -648,6 +683,12 @@ public:
 class QRV_API ParallelX86SingleLapack : public SingleLapack {
 public:
     ParallelX86SingleLapack();
+
+    float Slange(MatrixNorm norm, int m, int n, ProviderArray<const float> a, int aOffset, int lda) final;
+    float Slantr(MatrixNorm norm, MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int m, int n,
+                 ProviderArray<const float> a, int aOffset, int lda) final;
+    void Slacpy(MatrixTriangleMode triangleMode, int m, int n, ProviderArray<const float> a, int aOffset, int lda,
+                ProviderArray<float> b, int bOffset, int ldb) final;
 };
 
 // Operations that do nothing: they look at no argument, also null arrays, and return. The provider never hands out an
@@ -767,6 +808,9 @@ public:
 class QRV_API NativeComplexLapack : public SingleComplexLapack {
 public:
     NativeComplexLapack();
+
+    void Clacpy(MatrixTriangleMode triangleMode, int m, int n, ProviderArray<const SingleComplex> a, int aOffset,
+                int lda, ProviderArray<SingleComplex> b, int bOffset, int ldb) final;
 };
 
 // The provider object of a host. The getters give the same objects for the provider's whole life;

@@ -75,10 +75,8 @@ inline qrv_complex* native(SingleComplex* x) {
 inline const qrv_complex* native(const SingleComplex* x) {
     return native(const_cast<SingleComplex*>(x));
 }
-constexpr float* native(float* x) {
-    return x;
-}
-constexpr const float* native(const float* x) {
+template <class T> // float, int
+constexpr T* native(T* x) {
     return x;
 }
 

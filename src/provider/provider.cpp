@@ -1,10 +1,7 @@
-// The provider object, and the sub-providers that have no methods yet.
+// The provider object.
 #include "qrv/providers.hpp"
 
 namespace Corvex::Mathematics::LinearAlgebra::Providers {
-
-ParallelX86SingleLapack::ParallelX86SingleLapack() = default;
-NativeComplexLapack::NativeComplexLapack() = default;
 
 using Provider = ParallelX86SingleLinearAlgebraProvider;
 

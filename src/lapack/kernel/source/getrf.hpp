@@ -1,0 +1,79 @@
+// LU factorization with partial pivoting, A = P L U: the routes of SGETRF and CGETRF and what they share.
+//
+// A is m x n. U takes the upper triangle or trapezoid, L without its unit diagonal the rest; row i was interchanged
+// with row ipiv[i - 1], in this order for i from 1 to min(m, n). info is 0, or the position of the first pivot that
+// is exactly 0: the factors are complete then too, but U is singular. A NaN or an infinity spreads through the factors
+// and pivots stay within range.
+//
+//   unblocked   column by column; the leaf of all others         getrf_unblocked.cpp
+//   recursive   left-looking over blocks, recursive in the block  getrf_recursive.cpp
+//   ib          right-looking on a team that shares each update  getrf_ib_omp.cpp
+//   dynamic     tasks on block columns, handed out as they ripen  getrf_omp.cpp, getrf_schedule.hpp
+//
+// The progress routine is called after each leaf. If it asks to stop, the routes return at once: the leaves until then
+// are factored, what lies between and behind them is in the state that the route had reached.
+//
+// A panel is a block of columns from its diagonal down. It is factored as a matrix of its own, so its pivots and its
+// info count from its first row, until getrf_append takes it into the matrix that it is part of.
+#pragma once
+
+#include "blas/complex.hpp"
+#include "blas/matrix.hpp"
+
+namespace qrv::lapack {
+
+template <class T>
+inline constexpr char getrfName[] = "SGETRF";
+template <>
+inline constexpr char getrfName<SingleComplex>[] = "CGETRF";
+
+struct GetrfResult {
+    int info = 0;
+    bool stopped = false; // by the progress routine
+};
+
+// Who factors a panel and its first column in the whole matrix, counted from 0: for the progress routine.
+struct GetrfPlace {
+    int thread = 0;
+    int offset = 0;
+};
+
+// ---- Routes: m and n are at least 1 -------------------------------------------------------------------------------
+
+// Result: info.
+template <class T>
+int getrf_unblocked(int m, int n, Matrix<T> a, int* ipiv);
+
+template <class T>
+GetrfResult getrf_recursive(int m, int n, Matrix<T> a, int* ipiv, GetrfPlace place);
+
+// On a team of at most `threads`.
+template <class T>
+GetrfResult getrf_ib(int threads, int m, int n, Matrix<T> a, int* ipiv);
+
+// The same, in block columns of nb < min(m, n).
+template <class T>
+GetrfResult getrf_dynamic(int threads, int nb, int m, int n, Matrix<T> a, int* ipiv);
+
+// ---- What they share ------------------------------------------------------------------------------------------------
+
+// The widest block of a descending table that is narrower than n columns; 0, which ends the table, if there is none.
+constexpr int getrf_block_width(const int* widths, int n) {
+    while (*widths >= n && *widths > 0)
+        ++widths;
+    return *widths;
+}
+
+// getrf_unblocked, and the progress call after it.
+template <class T>
+GetrfResult getrf_leaf(int m, int n, Matrix<T> a, int* ipiv, GetrfPlace place);
+
+// The panel in columns [j, j + count) was factored: its info and its pivots (at ipiv[j]) count from row j then.
+void getrf_append(GetrfResult& whole, GetrfResult panel, int j, int count, int* ipiv);
+
+// Brings `count` columns from `first` on, which are to the right of the panel in columns [k, k + width), up to date
+// with it: interchanges, the rows of U, and the product below them.
+template <class T>
+void getrf_apply_panel(int m, Matrix<T> a, const int* ipiv, int k, int width, int first, int count);
+
+} // namespace qrv::lapack

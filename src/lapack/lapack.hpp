@@ -1,0 +1,49 @@
+// LAPACK routines in the native calling form: every argument by address. Those of published routines take the
+// published arguments and check them; entries frame them. Callers in C++ use calls.hpp.
+#pragma once
+
+#include "qrv/native.h"
+
+extern "C" {
+
+// ---- LU factorization: see kernel/source/getrf.hpp ----------------------------------------------------------------
+
+void qrv_lapack_sgetrf(const int* m, const int* n, float* a, const int* lda, int* ipiv, int* info);
+void qrv_lapack_cgetrf(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info);
+
+// Its routes; the first one checks too.
+void qrv_lapack_sgetrf_ib_omp(const int* m, const int* n, float* a, const int* lda, int* ipiv, int* info);
+void qrv_lapack_cgetrf_ib_omp(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info);
+void qrv_lapack_sgetrf_serial(const int* m, const int* n, float* a, const int* lda, int* ipiv, int* info);
+void qrv_lapack_cgetrf_serial(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info);
+void qrv_lapack_sgetrf_unblocked(const int* m, const int* n, float* a, const int* lda, int* ipiv, int* info);
+void qrv_lapack_cgetrf_unblocked(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info);
+
+// The thread and the first column are for the progress routine only. Result: 0, or 1 if that asked to stop.
+int qrv_lapack_sgetrf_recursive(const int* m, const int* n, float* a, const int* lda, int* ipiv, int* info,
+                                const int* thread, const int* offset);
+int qrv_lapack_cgetrf_recursive(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info,
+                                const int* thread, const int* offset);
+
+// Row interchanges.
+void qrv_lapack_slaswp(const int* n, float* a, const int* lda, const int* k1, const int* k2, const int* ipiv,
+                       const int* incx);
+void qrv_lapack_claswp(const int* n, qrv_complex* a, const int* lda, const int* k1, const int* k2, const int* ipiv,
+                       const int* incx);
+
+// ---- Norms and copies ---------------------------------------------------------------------------------------------
+
+void qrv_lapack_slassq(const int* n, const float* x, const int* incx, float* scale, float* sumsq);
+void qrv_lapack_classq(const int* n, const qrv_complex* x, const int* incx, float* scale, float* sumsq);
+float qrv_lapack_slange(const char* norm, const int* m, const int* n, const float* a, const int* lda, float* work);
+float qrv_lapack_clange(const char* norm, const int* m, const int* n, const qrv_complex* a, const int* lda,
+                        float* work);
+float qrv_lapack_slantr(const char* norm, const char* uplo, const char* diag, const int* m, const int* n,
+                        const float* a, const int* lda, float* work);
+float qrv_lapack_clantr(const char* norm, const char* uplo, const char* diag, const int* m, const int* n,
+                        const qrv_complex* a, const int* lda, float* work);
+void qrv_lapack_slacpy(const char* uplo, const int* m, const int* n, const float* a, const int* lda, float* b,
+                       const int* ldb);
+void qrv_lapack_clacpy(const char* uplo, const int* m, const int* n, const qrv_complex* a, const int* lda,
+                       qrv_complex* b, const int* ldb);
+}

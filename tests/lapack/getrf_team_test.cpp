@@ -1,0 +1,181 @@
+// LU factorization on teams: every size of team and width of block column, teams smaller than asked for, stops, refused
+// memory, and many callers at once.
+#include <algorithm>
+#include <omp.h>
+#include <set>
+#include <thread>
+
+#include "qrv/service.h"
+#include "support/lu_case.hpp"
+#include "support/work_memory.hpp"
+
+namespace qrv::test {
+namespace {
+
+template <class T>
+class GetrfTeam : public testing::Test {};
+TYPED_TEST_SUITE(GetrfTeam, Elements);
+template <class T>
+class GetrfTeamRaces : public testing::Test {};
+TYPED_TEST_SUITE(GetrfTeamRaces, Elements);
+
+template <class T>
+void check(const LuRoute<T>& route, int m, int n) {
+    const auto known = known_pivots<T>(m, n, 1);
+    const auto f = factor(route, known.a);
+    EXPECT_EQ(f.info, 0) << route;
+    EXPECT_EQ(f.ipiv, known.ipiv) << route << ", " << m << " x " << n;
+    EXPECT_TRUE(lu_residual(known.a, f) <= luBound) << route << ", " << m << " x " << n;
+}
+
+TYPED_TEST(GetrfTeam, EveryTeam) {
+    for (const int team : {1, 2, 3, 4, 8, 16})
+        for (const auto& [m, n] : {std::pair{200, 200}, {129, 260}, {260, 129}, {257, 257}, {9, 300}, {301, 21}}) {
+            check(ib_route<TypeParam>(team), m, n);
+            for (const int nb : {8, 20, 64})
+                check(dynamic_route<TypeParam>(team, nb), m, n);
+        }
+}
+
+// Inside a region a team is of one thread, whatever was asked for.
+TYPED_TEST(GetrfTeam, InsideARegion) {
+#pragma omp parallel num_threads(2)
+    {
+        check(ib_route<TypeParam>(4), 150, 150);
+        check(dynamic_route<TypeParam>(4, 16), 150, 150);
+    }
+}
+
+// Without memory for its schedule the dynamic route hands over to the static one.
+TYPED_TEST(GetrfTeam, RefusedMemory) {
+    const WorkMemoryProbe probe(0, anySize);
+    check(dynamic_route<TypeParam>(3, 16), 150, 130);
+    EXPECT_GT(probe.refusals(), 0);
+}
+
+// ---- Progress -----------------------------------------------------------------------------------------------------
+
+// What the progress routine is told, and the call at which it asks to stop.
+struct Progress {
+    int calls = 0, stopAt = 0;
+    std::vector<int> steps;
+    std::set<int> threads;
+    std::set<std::string> stages;
+} progress;
+
+// Panels are factored one after the other, so its calls follow each other too.
+int on_progress(const int* thread, const int* step, const char* stage, int length) {
+    progress.steps.push_back(*step);
+    progress.threads.insert(*thread);
+    progress.stages.insert(std::string(stage, static_cast<std::size_t>(length)));
+    return ++progress.calls == progress.stopAt ? 1 : 0;
+}
+
+class ProgressHook {
+public:
+    explicit ProgressHook(int stopAt) {
+        progress = {};
+        progress.stopAt = stopAt;
+        qrv_serv_set_progress(on_progress);
+    }
+    ~ProgressHook() { qrv_serv_set_progress(nullptr); }
+    ProgressHook(const ProgressHook&) = delete;
+    ProgressHook& operator=(const ProgressHook&) = delete;
+};
+
+template <class T>
+int recursive(int m, int n, Matrix<T> a, int* ipiv, int* info, int thread, int offset) {
+    const int lda = static_cast<int>(a.ld);
+    if constexpr (isComplex<T>)
+        return qrv_lapack_cgetrf_recursive(&m, &n, a.data, &lda, ipiv, info, &thread, &offset);
+    else
+        return qrv_lapack_sgetrf_recursive(&m, &n, a.data, &lda, ipiv, info, &thread, &offset);
+}
+
+// Columns come in leaves of at most 16; the thread and the first column are passed on.
+TYPED_TEST(GetrfTeam, ProgressOfTheRecursion) {
+    auto known = known_pivots<TypeParam>(50, 39);
+    std::vector<int> ipiv(39);
+    int info = -99;
+    {
+        const ProgressHook hook(0);
+        EXPECT_EQ(recursive<TypeParam>(50, 39, {known.a.data(), known.a.ld()}, ipiv.data(), &info, 3, 100), 0);
+    }
+    EXPECT_EQ(info, 0);
+    EXPECT_EQ(ipiv, known.ipiv);
+    EXPECT_EQ(progress.steps, (std::vector{116, 132, 139}));
+    EXPECT_EQ(progress.threads, std::set{3});
+    EXPECT_EQ(progress.stages, std::set<std::string>{lapack::getrfName<TypeParam>});
+    const ProgressHook hook(2);
+    EXPECT_EQ(recursive<TypeParam>(50, 39, {known.a.data(), known.a.ld()}, ipiv.data(), &info, 0, 0), 1);
+}
+
+// One run that stops at a leaf, or at none; the leaves that were factored.
+template <class T, class Route>
+int leaves_until(int stopAt, const KnownPivots<T>& known, const Route& route) {
+    const ProgressHook hook(stopAt);
+    BasicGuardedMatrix<T> a = known.a;
+    std::vector<int> ipiv(known.ipiv.size(), 1);
+    const lapack::GetrfResult result = route(a.rows(), a.columns(), Matrix<T>{a.data(), a.ld()}, ipiv.data());
+    EXPECT_EQ(result.stopped, stopAt > 0);
+    EXPECT_EQ(result.info, 0);
+    EXPECT_TRUE(std::is_sorted(progress.steps.begin(), progress.steps.end()));
+    EXPECT_TRUE(a.guards_intact());
+    const auto first = ipiv.begin(), behindLeaf = first + progress.steps[0];
+    EXPECT_TRUE(std::equal(first, behindLeaf, known.ipiv.begin())) << "pivots of the first leaf";
+    return progress.calls;
+}
+
+TYPED_TEST(GetrfTeam, StopsAtEachLeaf) {
+    using T = TypeParam;
+    const auto known = known_pivots<T>(180, 170);
+    const auto check_stops = [&](const std::string& name, const auto& route) {
+        const int leaves = leaves_until(0, known, route);
+        EXPECT_EQ(progress.steps.back(), 170) << name;
+        for (int stopAt = 1; stopAt <= leaves; ++stopAt)
+            EXPECT_EQ(leaves_until(stopAt, known, route), stopAt) << name << ": went on after a stop";
+    };
+    check_stops("recursive",
+                [](int m, int n, auto a, int* ipiv) { return lapack::getrf_recursive(m, n, a, ipiv, {}); });
+    for (const int team : {1, 2, 4}) {
+        check_stops("ib", [=](auto... arguments) { return lapack::getrf_ib(team, arguments...); });
+        for (const int nb : {10, 32})
+            check_stops("dynamic", [=](auto... arguments) { return lapack::getrf_dynamic(team, nb, arguments...); });
+    }
+}
+
+// A schedule that is not given back keeps its place in the pool: the next call then has to take another block.
+TYPED_TEST(GetrfTeam, ReleasesItsSchedule) {
+    const auto known = known_pivots<TypeParam>(90, 90);
+    const auto route = [](auto... arguments) { return lapack::getrf_dynamic(1, 10, arguments...); };
+    const WorkMemoryProbe probe;
+    for (int stopAt = 0; stopAt <= 9; ++stopAt) {
+        leaves_until(stopAt, known, route);
+        const int blocks = probe.blocks();
+        EXPECT_GT(blocks, 0);
+        leaves_until(stopAt, known, route);
+        EXPECT_EQ(probe.blocks(), blocks) << "stopped at leaf " << stopAt;
+    }
+}
+
+// ---- Several callers ----------------------------------------------------------------------------------------------
+
+TYPED_TEST(GetrfTeamRaces, Regions) {
+    for (const int team : {2, 4}) {
+        check(ib_route<TypeParam>(team), 150, 150);
+        check(dynamic_route<TypeParam>(team, 8), 120, 140);
+        check(dynamic_route<TypeParam>(team, 16), 160, 160);
+    }
+}
+
+// Schedules of different calls share a critical section and nothing else.
+TYPED_TEST(GetrfTeamRaces, HostThreads) {
+    std::vector<std::thread> callers;
+    for (int caller = 0; caller < 3; ++caller)
+        callers.emplace_back([caller] { check(dynamic_route<TypeParam>(2, 8 + caller), 90, 100); });
+    for (std::thread& caller : callers)
+        caller.join();
+}
+
+} // namespace
+} // namespace qrv::test

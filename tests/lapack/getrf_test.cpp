@@ -1,0 +1,219 @@
+// LU factorization on every route: residuals, pivots, info, NaN, bad arguments, and real inputs. Teams are in
+// getrf_team_test.cpp.
+#include <gmock/gmock.h>
+
+#include "lapack/kernel/source/getrf_lookahead.hpp"
+#include "lapack/kernel/source/getrf_route.hpp"
+#include "qrv/service.h"
+#include "support/lu_case.hpp"
+#include "support/matrix_market.hpp"
+
+namespace qrv::test {
+namespace {
+
+template <class T>
+class Getrf : public testing::Test {};
+TYPED_TEST_SUITE(Getrf, Elements);
+
+// The native routines on the threads of this machine, and the threaded bodies in wide and narrow block columns.
+template <class T>
+std::vector<LuRoute<T>> routes() {
+    std::vector<LuRoute<T>> list = native_routes<T>();
+    list.push_back(ib_route<T>(2));
+    list.push_back(dynamic_route<T>(2, 64));
+    list.push_back(dynamic_route<T>(2, 5));
+    return list;
+}
+
+struct LuShape {
+    int m, n;
+};
+
+// Around the widths of blocks; square, tall and wide.
+constexpr LuShape luShapes[] = {{1, 1},    {2, 2},     {1, 9},     {9, 1},     {7, 7},    {8, 8},
+                                {9, 9},    {16, 16},   {17, 17},   {5, 17},    {17, 5},   {31, 33},
+                                {32, 32},  {33, 31},   {64, 64},   {65, 65},   {40, 129}, {129, 40},
+                                {65, 128}, {128, 128}, {129, 129}, {200, 130}, {130, 200}};
+
+TYPED_TEST(Getrf, Residual) {
+    for (const auto& route : routes<TypeParam>()) {
+        int k = 0;
+        for (const LuKind kind : luKinds)
+            for (const auto& [m, n] : luShapes) {
+                ++k;
+                const auto a = lu_matrix<TypeParam>(kind, m, n, k % 3, k % 16);
+                const double residual = lu_residual(a, factor(route, a));
+                EXPECT_TRUE(residual <= luBound)
+                    << residual << " for " << route << ", kind " << static_cast<int>(kind) << ", " << m << " x " << n;
+            }
+    }
+}
+
+TYPED_TEST(Getrf, ResidualOfLargeMatrices) {
+    const auto all = native_routes<TypeParam>();
+    for (const auto& [m, n] : {LuShape{256, 256}, {1025, 300}, {300, 1025}, {1024, 1024}}) {
+        const auto a = lu_matrix<TypeParam>(LuKind::random, m, n, 1);
+        const auto f = factor(all[0], a);
+        EXPECT_EQ(f.info, 0);
+        EXPECT_TRUE(lu_residual(a, f) <= luBound) << lu_residual(a, f) << " for " << m << " x " << n;
+    }
+}
+
+TYPED_TEST(Getrf, TheSamePivotsOnEveryRoute) {
+    for (const auto& route : routes<TypeParam>())
+        for (const auto& [m, n] : luShapes) {
+            const auto known = known_pivots<TypeParam>(m, n, 2);
+            const auto f = factor(route, known.a);
+            EXPECT_EQ(f.ipiv, known.ipiv) << route << ", " << m << " x " << n;
+            EXPECT_EQ(f.info, 0);
+        }
+    const auto all = native_routes<TypeParam>();
+    for (const auto& [m, n] : {LuShape{1023, 1023}, {1024, 1025}}) {
+        const auto known = known_pivots<TypeParam>(m, n);
+        for (std::size_t r = 0; r < 3; ++r)
+            EXPECT_EQ(factor(all[r], known.a).ipiv, known.ipiv) << all[r] << ", " << m << " x " << n;
+    }
+}
+
+// The first zero pivot is reported, wherever in blocks and panels it is, and the factors are complete.
+TYPED_TEST(Getrf, InfoIsTheFirstZeroPivot) {
+    constexpr int n = 133;
+    for (const auto& route : routes<TypeParam>())
+        for (const int first : {0, 6, 16, 17, 63, 64, 65, 127, 128, 131, 132}) {
+            auto a = lu_matrix<TypeParam>(LuKind::random, n, n);
+            for (const int zero : {first, n - 1})
+                for (int i = 0; i < n; ++i)
+                    a(i, zero) = TypeParam();
+            const auto f = factor(route, a);
+            EXPECT_EQ(f.info, first + 1) << route;
+            EXPECT_EQ(f.ipiv[static_cast<std::size_t>(first)], first + 1) << route << ": the first row is the pivot";
+            EXPECT_TRUE(lu_residual(a, f) <= luBound) << route << ", zero column " << first;
+        }
+}
+
+// They spread and end in factors of some kind; rows that are named exist.
+TYPED_TEST(Getrf, NanAndInfinity) {
+    for (const auto& route : routes<TypeParam>())
+        for (const auto& [m, n] : {LuShape{8, 8}, {100, 100}, {70, 150}, {150, 70}})
+            for (const float value : {nan, infinity})
+                for (const int at : {0, 3, 60, 67}) {
+                    auto a = lu_matrix<TypeParam>(LuKind::random, m, n, 1);
+                    a(std::min(at, m - 1), std::min(at * 3 % 70, n - 1)) = all_parts<TypeParam>(value);
+                    const auto f = factor(route, a);
+                    EXPECT_TRUE(pivots_in_range(f)) << route << ", " << m << " x " << n << ", at " << at;
+                    EXPECT_TRUE(f.info >= 0 && f.info <= std::min(m, n)) << route;
+                    EXPECT_GT(f.lu.count_bad([](int, int, TypeParam x) { return is_finite(x); }), 0) << route;
+                }
+}
+
+// A pivot whose reciprocal would overflow divides its column.
+TYPED_TEST(Getrf, TinyPivots) {
+    const float tiny = std::numeric_limits<float>::denorm_min() * 64, column[] = {4, 2, -1};
+    BasicGuardedMatrix<TypeParam> a(3, 1, 3);
+    a.set([&](int i, int) { return scalar<TypeParam>(column[i] * tiny); });
+    for (const auto& route : routes<TypeParam>()) {
+        const auto f = factor(route, a);
+        EXPECT_TRUE(f.lu(1, 0) == scalar<TypeParam>(0.5F) && f.lu(2, 0) == scalar<TypeParam>(-0.25F)) << route;
+    }
+}
+
+TYPED_TEST(Getrf, NothingToFactor) {
+    for (const auto& route : native_routes<TypeParam>())
+        for (const auto& [m, n] : {LuShape{0, 5}, {5, 0}, {0, 0}}) {
+            TypeParam a[5]{};
+            int ipiv[5]{};
+            EXPECT_EQ(route.factor(m, n, {a, std::max(1, m)}, ipiv), 0) << route;
+        }
+}
+
+// ---- Bad arguments ------------------------------------------------------------------------------------------------
+
+std::vector<std::pair<std::string, int>> reports;
+
+void take_report(const char* name, const int* info, int length) {
+    reports.emplace_back(std::string(name, static_cast<std::size_t>(length)), *info);
+}
+
+TYPED_TEST(Getrf, ReportsBadArguments) {
+    qrv_serv_set_xerbla(take_report);
+    const auto all = native_routes<TypeParam>();
+    for (std::size_t r = 0; r < 2; ++r) // those that check
+        for (const auto& [m, n, lda, position] :
+             {std::array{-1, 2, 2, 1}, {2, -1, 2, 2}, {-1, -1, 0, 1}, {3, 2, 2, 4}, {0, 2, 0, 4}}) {
+            reports.clear();
+            EXPECT_EQ(all[r].factor(m, n, {nullptr, lda}, nullptr), -position) << all[r];
+            EXPECT_THAT(reports, testing::ElementsAre(std::pair(std::string(lapack::getrfName<TypeParam>), position)));
+        }
+    qrv_serv_set_xerbla(nullptr);
+}
+
+// ---- Decisions ----------------------------------------------------------------------------------------------------
+
+struct RecordedMachine {
+    int budget, serialCrossover, threadedCrossover, nb;
+    int threads() const { return budget; }
+    int crossover(int threadCount) const { return threadCount < 0 ? serialCrossover : threadedCrossover; }
+    int block_size(int) const { return nb; }
+};
+
+TEST(GetrfRoute, FollowsThreadsAndTuning) {
+    using Kind = lapack::GetrfRoute::Kind;
+    struct Row {
+        int m, n;
+        RecordedMachine machine;
+        Kind kind;
+    };
+    for (const Row& row : {Row{500, 64, {4, 64, 64, 64}, Kind::serial}, Row{500, 500, {1, 64, 64, 64}, Kind::serial},
+                           Row{500, 100, {4, 64, 100, 64}, Kind::ib}, Row{500, 101, {4, 64, 100, 64}, Kind::dynamic},
+                           Row{65, 500, {2, 64, 64, 64}, Kind::dynamic}, Row{64, 500, {2, 64, 64, 64}, Kind::unblocked},
+                           Row{500, 500, {4, 64, 64, 1}, Kind::unblocked}}) {
+        const auto route = lapack::getrf_route(row.m, row.n, row.machine);
+        EXPECT_EQ(route.kind, row.kind) << row.m << " x " << row.n;
+        EXPECT_EQ(route.threads, row.kind == Kind::ib || row.kind == Kind::dynamic ? row.machine.budget : 1);
+    }
+}
+
+TEST(GetrfLookahead, SharesOutEveryColumn) {
+    for (int columns = 1; columns <= 300; ++columns)
+        for (int team = 1; team <= 17; ++team)
+            for (const int applied : {8, 32, 128})
+                for (const int next : {1, applied / 2, applied}) {
+                    if (next > columns)
+                        continue;
+                    const auto share = lapack::lookahead_share(columns, team, applied, next);
+                    EXPECT_EQ(share.factors, columns / team >= next);
+                    EXPECT_TRUE(!share.factors || share.first >= next);
+                    int end = 0;
+                    for (int thread = 0; thread < team; ++thread) {
+                        const Slice slice = share.slice(columns, team, thread);
+                        ASSERT_EQ(slice.first, end);
+                        ASSERT_GE(slice.count, 0);
+                        end += slice.count;
+                    }
+                    ASSERT_EQ(end, columns) << "team " << team;
+                }
+    // Thread 0 gives a quarter of the panel away if it can, and keeps the next panel if it cannot.
+    for (const auto& [columns, first] : {std::pair{1024, 224}, {512, 128}, {400, 100}})
+        EXPECT_EQ(lapack::lookahead_share(columns, 4, 128, 128).first, first);
+}
+
+// ---- Real inputs --------------------------------------------------------------------------------------------------
+
+template <class T>
+void check_file(const char* name) {
+    const auto a = read_matrix_market<T>(std::string(QRV_DATA) + "/" + name, 3);
+    for (const auto& route : routes<T>()) {
+        const auto f = factor(route, a);
+        EXPECT_EQ(f.info, 0) << route << ", " << name;
+        EXPECT_TRUE(lu_residual(a, f) <= luBound) << lu_residual(a, f) << " for " << route << ", " << name;
+    }
+}
+
+TEST(GetrfFiles, Residual) {
+    check_file<float>("olm500.mtx");
+    check_file<float>("west0479.mtx");
+    check_file<SingleComplex>("young1c.mtx");
+}
+
+} // namespace
+} // namespace qrv::test

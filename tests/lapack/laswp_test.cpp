@@ -1,0 +1,53 @@
+// Row interchanges: against interchanges of whole rows one by one, in every direction and pivot spacing.
+#include "lapack/lapack.hpp"
+#include "support/gemm_case.hpp"
+
+namespace qrv::test {
+namespace {
+
+template <class T>
+class Laswp : public testing::Test {};
+TYPED_TEST_SUITE(Laswp, Elements);
+
+void entry(const int* n, float* a, const int* lda, const int* k1, const int* k2, const int* ipiv, const int* incx) {
+    SLASWP(n, a, lda, k1, k2, ipiv, incx);
+}
+void entry(const int* n, SingleComplex* a, const int* lda, const int* k1, const int* k2, const int* ipiv,
+           const int* incx) {
+    CLASWP(n, a, lda, k1, k2, ipiv, incx);
+}
+
+TYPED_TEST(Laswp, InterchangesRowsInTheirOrder) {
+    constexpr int m = 23, noRow = -1; // a pivot that is read by mistake leads astray
+    for (const int n : {0, 1, 15, 16, 17, 33})
+        for (const int k1 : {1, 4})
+            for (const int k2 : {k1 - 1, k1, 19})
+                for (const int incx : {1, -1, 3, -2, 0}) {
+                    BasicGuardedMatrix<TypeParam> a(m, n, m + n % 3, n % 4);
+                    std::mt19937 random(static_cast<unsigned>(n + k2));
+                    a.fill_random(random);
+                    BasicGuardedMatrix<TypeParam> expected = a;
+                    std::vector<int> ipiv(100, noRow);
+                    const auto pivot = [&](int k) -> int& {
+                        return ipiv[static_cast<std::size_t>(k1 + (k - k1) * std::abs(incx) - 1)];
+                    };
+                    for (int k = k1; incx != 0 && k <= k2; ++k)
+                        pivot(k) = k % 4 == 0 ? k : 1 + static_cast<int>(random() % m); // some stay in place
+                    for (int step = 0; incx != 0 && step <= k2 - k1; ++step) {
+                        const int k = incx > 0 ? k1 + step : k2 - step;
+                        for (int j = 0; j < n; ++j) {
+                            const TypeParam x = expected(k - 1, j);
+                            expected(k - 1, j) = expected(pivot(k) - 1, j);
+                            expected(pivot(k) - 1, j) = x;
+                        }
+                    }
+                    const int lda = a.ld();
+                    entry(&n, a.data(), &lda, &k1, &k2, ipiv.data(), &incx);
+                    EXPECT_EQ(a.count_bad([&](int i, int j, TypeParam x) { return x == expected(i, j); }), 0)
+                        << "n=" << n << " k1=" << k1 << " k2=" << k2 << " incx=" << incx;
+                    EXPECT_TRUE(a.guards_intact());
+                }
+}
+
+} // namespace
+} // namespace qrv::test

@@ -1,0 +1,144 @@
+// Norms and copies against their definitions in double; what is not stored is NaN.
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <vector>
+
+#include "support/level2_case.hpp"
+#include "support/matrices.hpp"
+#include "support/vectors.hpp"
+
+namespace qrv::test {
+namespace {
+
+constexpr double unitRoundoff = 0x1p-24;
+
+template <class T>
+struct Norms : testing::Test {};
+using Elements = testing::Types<float, SingleComplex>;
+TYPED_TEST_SUITE(Norms, Elements);
+
+// A matrix with its stored part: 'G' all of it, else a triangle, with an explicit diagonal or a unit one.
+template <class T>
+struct NormCase {
+    char uplo, diag;
+    BasicGuardedMatrix<T> a;
+
+    NormCase(char uploOption, char diagOption, int m, int n, float size)
+        : uplo(uploOption), diag(diagOption), a(m, n, m + 3) {
+        std::mt19937 random(7);
+        a.set([&](int i, int j) {
+            return is_stored(i, j) ? scalar<T>(size) * any_size_one<T>(random) : all_parts<T>(nan);
+        });
+    }
+    bool is_stored(int i, int j) const {
+        return uplo == 'G' || (uplo == 'U' ? i < j : i > j) || (i == j && diag == 'N');
+    }
+    double magnitude(int i, int j) const { return is_stored(i, j) ? std::abs(widen(a(i, j))) : i == j ? 1 : 0; }
+    double expected(char norm) const {
+        std::vector<double> rows(static_cast<std::size_t>(a.rows()));
+        double largest = 0, columns = 0, squares = 0;
+        for (int j = 0; j < a.columns(); ++j) {
+            double column = 0;
+            for (int i = 0; i < a.rows(); ++i) {
+                const double x = magnitude(i, j);
+                largest = std::max(largest, x);
+                column += x;
+                rows[static_cast<std::size_t>(i)] += x;
+                squares += x * x;
+            }
+            columns = std::max(columns, column);
+        }
+        switch (norm) {
+        case 'M':
+            return largest;
+        case 'O':
+            return columns;
+        case 'I':
+            return *std::max_element(rows.begin(), rows.end());
+        default:
+            return std::sqrt(squares);
+        }
+    }
+    float computed(char norm) const {
+        const int m = a.rows(), n = a.columns(), ld = a.ld();
+        GuardedVector<float> work(norm == 'I' || norm == 'i' ? m : 0);
+        const float result =
+            uplo == 'G' ? kernel_for<T>(SLANGE, CLANGE)(&norm, &m, &n, a.data(), &ld, work.data())
+                        : kernel_for<T>(SLANTR, CLANTR)(&norm, &uplo, &diag, &m, &n, a.data(), &ld, work.data());
+        EXPECT_TRUE(work.guards_intact());
+        return result;
+    }
+};
+
+TYPED_TEST(Norms, AsDefined) {
+    for (const auto& [m, n] : {std::pair{1, 1}, {1, 5}, {5, 1}, {7, 7}, {30, 33}, {33, 30}})
+        for (const char* options : {"GN", "UN", "UU", "LN", "LU"})
+            for (const float size : {1.0F, 0x1p100F, 0x1p-120F}) {
+                if ((options[0] == 'U' && m > n) || (options[0] == 'L' && m < n))
+                    continue;
+                const NormCase<TypeParam> c(options[0], options[1], m, n, size);
+                for (const char* names : {"Mm", "Oo1", "Ii", "FfEe"})
+                    for (const char* norm = names; *norm; ++norm) {
+                        const double expected = c.expected(names[0]);
+                        EXPECT_TRUE(std::abs(c.computed(*norm) - expected) <= (m * n + 8) * unitRoundoff * expected)
+                            << options << ' ' << *norm << ' ' << m << " x " << n << " times " << size;
+                    }
+            }
+}
+
+// The largest so far is replaced by what does not compare below it.
+TYPED_TEST(Norms, NanIsReplacedByTheNext) {
+    using T = TypeParam;
+    const auto norm_of = [](char norm, std::vector<float> columns) { // of a 1 x n matrix
+        std::vector<T> a;
+        for (const float x : columns)
+            a.push_back(scalar<T>(x));
+        const int m = 1, n = static_cast<int>(a.size());
+        float work = 0;
+        return kernel_for<T>(SLANGE, CLANGE)(&norm, &m, &n, a.data(), &m, &work);
+    };
+    for (const char norm : {'M', '1'}) {
+        EXPECT_EQ(norm_of(norm, {9, nan, 2, 1}), 2) << norm;
+        EXPECT_EQ(norm_of(norm, {9, nan, 2, 3}), 3) << norm;
+        EXPECT_TRUE(std::isnan(norm_of(norm, {9, 1, nan}))) << norm;
+        EXPECT_EQ(norm_of(norm, {1, infinity, 3}), infinity) << norm;
+        EXPECT_EQ(norm_of(norm, {}), 0) << norm;
+    }
+    EXPECT_TRUE(std::isnan(norm_of('I', {9, nan, 2}))) << "a row sum";
+    EXPECT_TRUE(std::isnan(norm_of('F', {9, nan, 2})));
+}
+
+TYPED_TEST(Norms, SquaresAreAddedToWhatIsThere) {
+    using T = TypeParam;
+    std::vector<T> x{scalar<T>(3), scalar<T>(99), scalar<T>(-4), scalar<T>(99)};
+    const int n = 2, inc = 2, none = -1;
+    float scale = 12, sumsq = 1;
+    kernel_for<T>(SLASSQ, CLASSQ)(&none, x.data(), &inc, &scale, &sumsq);
+    EXPECT_EQ(scale * scale * sumsq, 144);
+    kernel_for<T>(SLASSQ, CLASSQ)(&n, x.data(), &inc, &scale, &sumsq);
+    EXPECT_NEAR(scale * std::sqrt(sumsq), 13, 1e-5);
+    EXPECT_EQ(scale, 12);
+}
+
+TYPED_TEST(Norms, CopiesOfWhatIsNamed) {
+    using T = TypeParam;
+    std::mt19937 random(3);
+    for (const auto& [m, n] : {std::pair{0, 3}, {1, 1}, {24, 30}, {25, 30}, {26, 30}, {60, 31}})
+        for (const char uplo : {'U', 'u', 'L', 'l', 'A', 'B', '\0'}) {
+            const char kind = static_cast<char>(uplo & ~0x20);
+            const auto is_copied = [&](int i, int j) { return kind == 'U' ? i <= j : kind == 'L' ? i >= j : true; };
+            BasicGuardedMatrix<T> a(m, n, m + 1, 1), b(m, n, m + 2, 2);
+            a.fill_random(random);
+            b.fill(5);
+            const int lda = a.ld(), ldb = b.ld();
+            kernel_for<T>(SLACPY, CLACPY)(&uplo, &m, &n, a.data(), &lda, b.data(), &ldb);
+            EXPECT_EQ(
+                b.count_bad([&](int i, int j, T x) { return x == (is_copied(i, j) ? a(i, j) : all_parts<T>(5)); }), 0)
+                << uplo << ' ' << m << " x " << n;
+            EXPECT_TRUE(b.guards_intact());
+        }
+}
+
+} // namespace
+} // namespace qrv::test

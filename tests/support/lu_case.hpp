@@ -1,0 +1,224 @@
+// LU factorizations: routes by one calling form, matrices of many kinds, and what is checked of the factors.
+#pragma once
+
+#include <functional>
+#include <numeric>
+#include <ostream>
+
+#include "lapack/kernel/source/getrf.hpp"
+#include "lapack/lapack.hpp"
+#include "support/gemm_case.hpp"
+
+namespace qrv::test {
+
+// One way to factor m x n in place; the result is info.
+template <class T>
+struct LuRoute {
+    std::string name;
+    std::function<int(int m, int n, Matrix<T> a, int* ipiv)> factor;
+};
+
+template <class T>
+std::ostream& operator<<(std::ostream& out, const LuRoute<T>& route) {
+    return out << route.name;
+}
+
+template <class T>
+LuRoute<T> native_route(const char* name, void (*routine)(const int*, const int*, T*, const int*, int*, int*)) {
+    return {name, [routine](int m, int n, Matrix<T> a, int* ipiv) {
+                int info = -99;
+                const int lda = static_cast<int>(a.ld);
+                routine(&m, &n, a.data, &lda, ipiv, &info);
+                return info;
+            }};
+}
+template <class T>
+LuRoute<T> ib_route(int threads) {
+    return {"ib, team " + std::to_string(threads),
+            [=](int m, int n, Matrix<T> a, int* ipiv) { return lapack::getrf_ib(threads, m, n, a, ipiv).info; }};
+}
+template <class T>
+LuRoute<T> dynamic_route(int threads, int nb) {
+    return {"dynamic, team " + std::to_string(threads) + ", nb " + std::to_string(nb),
+            [=](int m, int n, Matrix<T> a, int* ipiv) {
+                return (nb < std::min(m, n) ? lapack::getrf_dynamic(threads, nb, m, n, a, ipiv)
+                                            : lapack::getrf_ib(threads, m, n, a, ipiv))
+                    .info;
+            }};
+}
+
+template <class T>
+std::vector<LuRoute<T>> native_routes() {
+    if constexpr (isComplex<T>)
+        return {native_route("cgetrf", qrv_lapack_cgetrf), native_route("ib_omp", qrv_lapack_cgetrf_ib_omp),
+                native_route("serial", qrv_lapack_cgetrf_serial),
+                native_route("unblocked", qrv_lapack_cgetrf_unblocked)};
+    else
+        return {native_route("sgetrf", qrv_lapack_sgetrf), native_route("ib_omp", qrv_lapack_sgetrf_ib_omp),
+                native_route("serial", qrv_lapack_sgetrf_serial),
+                native_route("unblocked", qrv_lapack_sgetrf_unblocked)};
+}
+
+// ---- Factors ------------------------------------------------------------------------------------------------------
+
+template <class T>
+struct LuFactors {
+    BasicGuardedMatrix<T> lu;
+    std::vector<int> ipiv;
+    int info;
+};
+
+template <class T>
+LuFactors<T> factor(const LuRoute<T>& route, const BasicGuardedMatrix<T>& a) {
+    LuFactors<T> f{a, {}, 0};
+    constexpr int untouched = -7;
+    const int length = std::min(a.rows(), a.columns());
+    f.ipiv.assign(static_cast<std::size_t>(length) + 1, untouched);
+    f.info = route.factor(a.rows(), a.columns(), {f.lu.data(), a.ld()}, f.ipiv.data());
+    EXPECT_TRUE(f.lu.guards_intact()) << route << ": written outside A";
+    EXPECT_EQ(f.ipiv.back(), untouched) << route << ": written behind ipiv";
+    f.ipiv.pop_back();
+    return f;
+}
+
+template <class T>
+bool pivots_in_range(const LuFactors<T>& f) {
+    for (int k = 1; k <= static_cast<int>(f.ipiv.size()); ++k)
+        if (f.ipiv[static_cast<std::size_t>(k - 1)] < k || f.ipiv[static_cast<std::size_t>(k - 1)] > f.lu.rows())
+            return false;
+    return true;
+}
+
+// Row of A that is row i of P^T A.
+inline std::vector<int> row_order(int rows, const std::vector<int>& ipiv) {
+    std::vector<int> order(static_cast<std::size_t>(rows));
+    std::iota(order.begin(), order.end(), 0);
+    for (std::size_t k = 0; k < ipiv.size(); ++k)
+        std::swap(order[k], order[static_cast<std::size_t>(ipiv[k] - 1)]);
+    return order;
+}
+
+// |A - P L U| / (n |A| eps) in the Frobenius norm; NaN if a factor is. For a good factorization without great growth
+// it is around 1 at most.
+template <class T>
+double lu_residual(const BasicGuardedMatrix<T>& a, const LuFactors<T>& f) {
+    if (!pivots_in_range(f))
+        return std::numeric_limits<double>::quiet_NaN();
+    using Wide = decltype(wide(T()));
+    const int m = a.rows(), n = a.columns(), length = std::min(m, n);
+    const std::vector<int> order = row_order(m, f.ipiv);
+    std::vector<Wide> lower(static_cast<std::size_t>(m) * static_cast<std::size_t>(length)); // by columns
+    for (int l = 0; l < length; ++l)
+        for (int i = l; i < m; ++i)
+            lower[static_cast<std::size_t>(l) * static_cast<std::size_t>(m) + static_cast<std::size_t>(i)] =
+                i == l ? Wide(1) : wide(f.lu(i, l));
+    double error = 0, size = 0;
+    std::vector<Wide> column(static_cast<std::size_t>(m));
+    for (int j = 0; j < n; ++j) {
+        for (int i = 0; i < m; ++i) {
+            const Wide x = wide(a(order[static_cast<std::size_t>(i)], j));
+            column[static_cast<std::size_t>(i)] = x;
+            size += std::norm(x);
+        }
+        for (int l = 0; l <= std::min(j, length - 1); ++l) {
+            const Wide u = wide(f.lu(l, j));
+            const Wide* const x = lower.data() + static_cast<std::size_t>(l) * static_cast<std::size_t>(m);
+            for (std::size_t i = static_cast<std::size_t>(l); i < static_cast<std::size_t>(m); ++i)
+                column[i] -= product(x[i], u);
+        }
+        for (const Wide& x : column)
+            error += std::norm(x);
+    }
+    return error == 0 ? 0 : std::sqrt(error / size) / (std::max(m, n) * double{std::numeric_limits<float>::epsilon()});
+}
+constexpr double luBound = 10;
+
+// ---- Matrices -----------------------------------------------------------------------------------------------------
+
+enum class LuKind { random, graded, badlyScaled, nearlySingular, singular, zero };
+constexpr LuKind luKinds[] = {LuKind::random,         LuKind::graded,   LuKind::badlyScaled,
+                              LuKind::nearlySingular, LuKind::singular, LuKind::zero};
+
+template <class T>
+BasicGuardedMatrix<T> lu_matrix(LuKind kind, int m, int n, int extra = 0, int offset = 0) {
+    BasicGuardedMatrix<T> a(m, n, m + extra, offset);
+    std::mt19937 random(static_cast<unsigned>(m * 31 + n));
+    a.fill_random(random);
+    const auto scale = [&](int i, int j, float factor) { a(i, j) = factor * a(i, j); };
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < m; ++i)
+            switch (kind) {
+            case LuKind::graded: // from 1 down to 2^-40
+                scale(i, j, std::ldexp(1.0F, -40 * (i + j) / (m + n)));
+                break;
+            case LuKind::badlyScaled: // rows and columns in no order; some pivots are below the smallest normal number
+                scale(i, j, std::ldexp(1.0F, (i * 7 % 5 - 3) * 25 - j * 11 % 7 * 10));
+                break;
+            case LuKind::nearlySingular: // the last column is the first but for its last bits
+                if (j == n - 1 && j > 0)
+                    a(i, j) = a(i, 0) + 1e-6F * a(i, j);
+                break;
+            case LuKind::singular: // columns of zeros
+                if (j == n / 3 || j == n / 2)
+                    a(i, j) = T();
+                break;
+            case LuKind::zero:
+                a(i, j) = T();
+                break;
+            default:
+                break;
+            }
+    return a;
+}
+
+// A product P L U of which the pivots are known: elements of L are at most 1/2 in magnitude, so no other choice comes
+// near, however the sums are rounded. L and U are close enough to diagonal to be well-conditioned.
+template <class T>
+struct KnownPivots {
+    BasicGuardedMatrix<T> a;
+    std::vector<int> ipiv;
+};
+
+template <class T>
+KnownPivots<T> known_pivots(int m, int n, int extra = 0) {
+    using Wide = decltype(wide(T()));
+    const int length = std::min(m, n);
+    std::mt19937 random(static_cast<unsigned>(m + 17 * n));
+    const double spread = std::min(0.25, 1 / std::sqrt(length));
+    std::uniform_real_distribution<double> small(-spread, spread), large(1, 2);
+    const auto part = [&]() -> Wide {
+        if constexpr (isComplex<T>)
+            return {small(random), small(random)};
+        else
+            return 2 * small(random);
+    };
+    const auto sm = static_cast<std::size_t>(m), sn = static_cast<std::size_t>(n);
+    std::vector<Wide> product(sm * sn), upper(sn), lower(sm * sn);
+    for (Wide& x : lower)
+        x = part();
+    KnownPivots<T> known{{m, n, m + extra}, {}};
+    for (int j = 0; j < n; ++j) {
+        for (int l = 0; l < length; ++l)
+            upper[static_cast<std::size_t>(l)] = l < j ? part() : l == j ? Wide(large(random)) : Wide(0);
+        for (int l = 0; l <= std::min(j, length - 1); ++l)
+            for (int i = l; i < m; ++i)
+                product[static_cast<std::size_t>(j) * sm + static_cast<std::size_t>(i)] +=
+                    upper[static_cast<std::size_t>(l)] *
+                    (i == l ? Wide(1) : lower[static_cast<std::size_t>(l) * sm + static_cast<std::size_t>(i)]);
+    }
+    for (int k = 0; k < length; ++k)
+        known.ipiv.push_back(k + 1 + static_cast<int>(random() % static_cast<unsigned>(m - k)));
+    const std::vector<int> order = row_order(m, known.ipiv);
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < m; ++i) {
+            const Wide x = product[static_cast<std::size_t>(j) * sm + static_cast<std::size_t>(i)];
+            T& element = known.a(order[static_cast<std::size_t>(i)], j);
+            if constexpr (isComplex<T>)
+                element = {static_cast<float>(x.real()), static_cast<float>(x.imag())};
+            else
+                element = static_cast<float>(x);
+        }
+    return known;
+}
+
+} // namespace qrv::test
