@@ -1,5 +1,5 @@
-// Rank-k and rank-2k updates of a triangle, and products with a symmetric or Hermitian matrix: squares, and thin ones as
-// factorizations have them.
+// Rank-k and rank-2k updates of a triangle, and products with a symmetric or Hermitian matrix: squares, and thin ones
+// as factorizations have them.
 #include <cmath>
 #include <fmt/format.h>
 #include <limits>
@@ -20,36 +20,34 @@ struct SymmetricRow {
     bool isComplex() const { return name[0] == 'c'; }
     bool isHermitian() const { return name[1] == 'h'; }
 };
-constexpr SymmetricRow rows[] = {{"ssyrk", "UN LT", Kind::rankK},   {"csyrk", "UN LT", Kind::rankK},
-                                 {"cherk", "UN LC", Kind::rankK},   {"ssyr2k", "UN LT", Kind::rank2K},
-                                 {"csyr2k", "UN LT", Kind::rank2K}, {"cher2k", "UN LC", Kind::rank2K},
-                                 {"ssymm", "LU RL", Kind::product}, {"csymm", "LU RL", Kind::product},
-                                 {"chemm", "LU RL", Kind::product}};
+constexpr SymmetricRow rows[] = {
+    {"ssyrk", "UN LT", Kind::rankK},   {"csyrk", "UN LT", Kind::rankK},   {"cherk", "UN LC", Kind::rankK},
+    {"ssyr2k", "UN LT", Kind::rank2K}, {"csyr2k", "UN LT", Kind::rank2K}, {"cher2k", "UN LC", Kind::rank2K},
+    {"ssymm", "LU RL", Kind::product}, {"csymm", "LU RL", Kind::product}, {"chemm", "LU RL", Kind::product}};
 
 template <class T>
 class SymmetricWorkload : public Workload {
 public:
     // `order` of the symmetric matrix; `count` steps of an update, or columns (side L) or rows of B.
     SymmetricWorkload(const SymmetricRow& row, const std::string& options, int order, int count, float beta)
-        : row_(row), options_(options), order_(order), count_(count),
-          m_(options[0] == 'R' ? count : order), n_(options[0] == 'L' ? count : order), beta_(beta),
-          a_(a_rows(), a_columns(), 1), b_(isProduct() ? m_ : a_rows(), isProduct() ? n_ : a_columns(), 2),
-          before_(c_rows(), c_columns(), 3), c_(c_rows(), c_columns(), 3),
-          routine_(row.name, letters(row.kind),
-                   {{'U', options_.data()},
-                    {'T', options_.data() + 1},
-                    {'o', &order_},
-                    {'k', &count_},
-                    {'m', &m_},
-                    {'n', &n_},
-                    {'p', &alpha_},
-                    {'a', a_.data.get()},
-                    {'x', &a_.rows},
-                    {'b', b_.data.get()},
-                    {'y', &b_.rows},
-                    {'q', &beta_},
-                    {'c', c_.data.get()},
-                    {'z', &c_.rows}}) {}
+        : row_(row), options_(options), order_(order), count_(count), m_(options[0] == 'R' ? count : order),
+          n_(options[0] == 'L' ? count : order), beta_(beta), a_(a_rows(), a_columns(), 1),
+          b_(isProduct() ? m_ : a_rows(), isProduct() ? n_ : a_columns(), 2), before_(c_rows(), c_columns(), 3),
+          c_(c_rows(), c_columns(), 3), routine_(row.name, letters(row.kind),
+                                                 {{'U', options_.data()},
+                                                  {'T', options_.data() + 1},
+                                                  {'o', &order_},
+                                                  {'k', &count_},
+                                                  {'m', &m_},
+                                                  {'n', &n_},
+                                                  {'p', &alpha_},
+                                                  {'a', a_.data.get()},
+                                                  {'x', &a_.rows},
+                                                  {'b', b_.data.get()},
+                                                  {'y', &b_.rows},
+                                                  {'q', &beta_},
+                                                  {'c', c_.data.get()},
+                                                  {'z', &c_.rows}}) {}
 
     Verdict judge(const Library& library) override {
         if (!routine_.entry(library))
