@@ -60,8 +60,9 @@ template <class T>
 GetrfResult getrf_leaf(int m, int n, Matrix<T> a, int* ipiv, GetrfPlace place) {
     const int info = getrf_unblocked(m, n, a, ipiv);
     const int step = place.offset + n;
-    constexpr int nameLength = sizeof(getrfName<T>) - 1;
-    return {info, qrv_serv_progress(&place.thread, &step, getrfName<T>, nameLength) != 0};
+    constexpr std::string_view name = getrf_name<T>();
+    const int stop = qrv_serv_progress(&place.thread, &step, name.data(), static_cast<int>(name.size()));
+    return {info, stop != 0};
 }
 
 template int getrf_unblocked(int, int, Matrix<float>, int*);
