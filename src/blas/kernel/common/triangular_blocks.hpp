@@ -138,8 +138,7 @@ void compute_strips(const TriangularProblem<T>& problem) {
     }
 }
 
-// ---- Blocks
-// -----------------------------------------------------------------------------------------------------------
+// ---- Blocks -------------------------------------------------------------------------------------------------------
 
 template <class Operation, class T>
 void walk_triangle(const TriangularProblem<T>& problem, const BlockLevel* level, int levels) {

@@ -17,18 +17,10 @@
 // info count from its first row, until getrf_append takes it into the matrix that it is part of.
 #pragma once
 
-#include <string_view>
-
 #include "blas/complex.hpp"
 #include "blas/matrix.hpp"
 
 namespace qrv::lapack {
-
-// As it is reported and as its tuning values are found.
-template <class T>
-constexpr std::string_view getrf_name() {
-    return isComplex<T> ? "CGETRF" : "SGETRF";
-}
 
 struct GetrfResult {
     int info = 0;

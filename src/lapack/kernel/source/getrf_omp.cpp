@@ -16,6 +16,7 @@
 #include <omp.h>
 #include <thread>
 
+#include "lapack/arguments.hpp"
 #include "lapack/calls.hpp"
 #include "lapack/kernel/source/getrf.hpp"
 #include "lapack/kernel/source/getrf_schedule.hpp"
@@ -81,8 +82,8 @@ void task_region(TaskedMatrix<T>& x, int threads) {
 #pragma omp single
         {
             const int team = omp_get_num_threads();
-            const int span = tuning::lu_span(getrf_name<T>(), x.n, team),
-                      tail = tuning::lu_tail(getrf_name<T>(), x.n, team);
+            const RoutineName<T> name("GETRF");
+            const int span = tuning::lu_span(name, x.n, team), tail = tuning::lu_tail(name, x.n, team);
             qrv_lapack_getrf_sched_init(x.schedule, &x.m, &x.n, &x.nb, &team, &span, &tail);
         } // a barrier
         const int thread = omp_get_thread_num();
