@@ -334,6 +334,64 @@ QRV_API int IPARMQ(const int* ispec, const char* name, const char* opts, const i
  * Result: the constant, 0 for any other letter. */
 QRV_API float SLAMCH(const char* cmach);
 
+/* LU factorization with partial pivoting, A = P*L*U, of a general m x n matrix. L is unit lower triangular (trapezoidal
+ * if m > n), U upper triangular (trapezoidal if m < n). May use all threads of the budget and calls the progress
+ * routine after each panel; if that asks to stop, A and ipiv stay as they are then.
+ *
+ * a, lda  A, overwritten by U and, below its diagonal, by L without its diagonal; lda >= max(1, m)
+ * ipiv    min(m, n) ints: row i was interchanged with row ipiv(i), in this order for i = 1, 2, ...
+ * info    i > 0: u(i, i) is exactly 0, the first such element; the factors are complete, but U is singular
+ * Reported: 1, 2, 4.
+ *
+ * Source: S. Toledo, Locality of reference in LU decomposition with partial pivoting, SIAM J. Matrix Anal. Appl. 18
+ * (1997), for the recursive panels. */
+QRV_API void SGETRF(const int* m, const int* n, float* a, const int* lda, int* ipiv, int* info);
+QRV_API void CGETRF(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info);
+
+/* Solution of op(A)*X = B from the factors of SGETRF.
+ *
+ * trans     'N': op(A) = A; 'T': its transpose; 'C': its conjugate transpose
+ * n, nrhs   order of A, columns of B; at least 0
+ * a, lda    the factors; lda >= max(1, n)
+ * ipiv      the interchanges
+ * b, ldb    B, n x nrhs, overwritten by X; ldb >= max(1, n)
+ * info      0, or -1, -2, -3, -5, -8 for a bad argument. A zero on the diagonal of U is not looked for.
+ */
+QRV_API void SGETRS(const char* trans, const int* n, const int* nrhs, const float* a, const int* lda, const int* ipiv,
+                    float* b, const int* ldb, int* info);
+QRV_API void CGETRS(const char* trans, const int* n, const int* nrhs, const qrv_complex* a, const int* lda,
+                    const int* ipiv, qrv_complex* b, const int* ldb, int* info);
+
+/* Inverse of a matrix from the factors of SGETRF, in their place.
+ *
+ * n         order of A, at least 0
+ * a, lda    the factors, overwritten by inv(A); lda >= max(1, n)
+ * ipiv      the interchanges
+ * work      lwork elements; work(1) becomes the length that was used
+ * lwork     at least max(1, n), 64*n for full speed; -1: work(1) becomes the length for full speed, nothing else is
+ * done info      0; -1, -3, -6 for a bad argument; i > 0: diagonal element i of U is exactly 0, A is singular and a
+ * unchanged
+ */
+QRV_API void SGETRI(const int* n, float* a, const int* lda, const int* ipiv, float* work, const int* lwork, int* info);
+QRV_API void CGETRI(const int* n, qrv_complex* a, const int* lda, const int* ipiv, qrv_complex* work, const int* lwork,
+                    int* info);
+
+/* Reciprocal condition number of a matrix, 1 / (norm(A)*norm(inv(A))), from its norm and the factors of SGETRF, with an
+ * estimate of the second norm that is at most the norm itself and rarely less than a third of it.
+ *
+ * norm      '1', 'O': of the 1-norms; 'I': of the infinity norms
+ * n         order of A, at least 0
+ * a, lda    the factors; lda >= max(1, n)
+ * anorm     norm of A, at least 0
+ * rcond     set to the reciprocal condition number; 0 if A is singular to working precision, 1 if n is 0
+ * work      4*n floats and iwork n ints; for CGECON 2*n elements and rwork 2*n floats
+ * info      0, or -1, -2, -4, -5 for a bad argument
+ */
+QRV_API void SGECON(const char* norm, const int* n, const float* a, const int* lda, const float* anorm, float* rcond,
+                    float* work, int* iwork, int* info);
+QRV_API void CGECON(const char* norm, const int* n, const qrv_complex* a, const int* lda, const float* anorm,
+                    float* rcond, qrv_complex* work, float* rwork, int* info);
+
 /* Interchanges row k of A with row ipiv(k1 + (k - k1)*|incx|), in all n columns: for k = k1, k1 + 1, ..., k2 if
  * incx > 0, for k = k2, k2 - 1, ..., k1 if incx < 0. Does nothing for incx = 0. Nothing is reported.
  *
@@ -375,6 +433,71 @@ QRV_API void SLACPY(const char* uplo, const int* m, const int* n, const float* a
                     const int* ldb);
 QRV_API void CLACPY(const char* uplo, const int* m, const int* n, const qrv_complex* a, const int* lda, qrv_complex* b,
                     const int* ldb);
+
+/* x := x / *sa for a real divisor, without overflow or underflow on the way to a result that has none. incx >= 0. */
+QRV_API void SRSCL(const int* n, const float* sa, float* sx, const int* incx);
+QRV_API void CSRSCL(const int* n, const float* sa, qrv_complex* sx, const int* incx);
+
+/* Estimate of the 1-norm of an n x n matrix A that the caller multiplies with vectors: set *kase = 0, then call until
+ * *kase is 0 again, and after each other call replace x by A*x if *kase is 1, by A'*x (the conjugate transpose) if it
+ * is 2. At most 11 products are asked for. n >= 1.
+ *
+ * v      n elements; in the end v = A*w with norm(v) / norm(w) = *est
+ * x      n elements, not to be changed otherwise
+ * isgn   n ints, isave 3 ints: kept between calls for the routine
+ * est    in the end the estimate, which is at most the norm
+ *
+ * Source: N. Higham, FORTRAN codes for estimating the one-norm of a real or complex matrix, ACM TOMS 14 (1988). */
+QRV_API void SLACN2(const int* n, float* v, float* x, int* isgn, float* est, int* kase, int* isave);
+QRV_API void CLACN2(const int* n, qrv_complex* v, qrv_complex* x, float* est, int* kase, int* isave);
+
+/* Solves op(A)*y = s*x for a triangular A of order n, with a scale s that keeps y from overflow, and overwrites x with
+ * y. A NaN on the diagonal counts as 0.
+ *
+ * normin  'Y': cnorm holds the sums of |re| + |im| over each column of A without its diagonal element; 'N': they are
+ *         computed and stored there
+ * scale   set to s, at most 1 unless a column of A has a sum near overflow; with 0 A is singular, and y solves
+ *         op(A)*y = 0, or s is too small for a float
+ * cnorm   n floats
+ * Reported: 1, 2, 3, 4, 5, 7. *info is 0 otherwise. */
+QRV_API void SLATRS(const char* uplo, const char* trans, const char* diag, const char* normin, const int* n,
+                    const float* a, const int* lda, float* x, float* scale, float* cnorm, int* info);
+QRV_API void CLATRS(const char* uplo, const char* trans, const char* diag, const char* normin, const int* n,
+                    const qrv_complex* a, const int* lda, qrv_complex* x, float* scale, float* cnorm, int* info);
+
+/* A := inv(A) for a triangular A of order n, column by column; zeros on the diagonal are not noticed.
+ * Reported: 1, 2, 3, 5. */
+QRV_API void STRTI2(const char* uplo, const char* diag, const int* n, float* a, const int* lda, int* info);
+QRV_API void CTRTI2(const char* uplo, const char* diag, const int* n, qrv_complex* a, const int* lda, int* info);
+
+/* A := inv(A) for a triangular A of order n.
+ *
+ * info  i > 0: a(i, i) is exactly 0; A is singular and unchanged
+ * Reported: 1, 2, 3, 5. */
+QRV_API void STRTRI(const char* uplo, const char* diag, const int* n, float* a, const int* lda, int* info);
+QRV_API void CTRTRI(const char* uplo, const char* diag, const int* n, qrv_complex* a, const int* lda, int* info);
+
+/* Solves op(A)*X = B for a triangular A of order n and the n x nrhs matrix B, which is overwritten with X;
+ * ldb >= max(1, n).
+ *
+ * info  i > 0: a(i, i) is exactly 0; A is singular and B unchanged
+ * Reported: 1, 2, 3, 4, 5, 7, 9. */
+QRV_API void STRTRS(const char* uplo, const char* trans, const char* diag, const int* n, const int* nrhs,
+                    const float* a, const int* lda, float* b, const int* ldb, int* info);
+QRV_API void CTRTRS(const char* uplo, const char* trans, const char* diag, const int* n, const int* nrhs,
+                    const qrv_complex* a, const int* lda, qrv_complex* b, const int* ldb, int* info);
+
+/* Reciprocal condition number of a triangular A of order n, 1 / (norm(A)*norm(inv(A))), with an estimate of the second
+ * norm that is at most the norm itself.
+ *
+ * norm   '1', 'O': of the 1-norms; 'I': of the infinity norms
+ * rcond  set to the reciprocal condition number; 0 if A is singular to working precision, 1 if n is 0
+ * work   3*n floats and iwork n ints; for CTRCON 2*n elements and rwork n floats
+ * Reported: 1, 2, 3, 4, 6. */
+QRV_API void STRCON(const char* norm, const char* uplo, const char* diag, const int* n, const float* a, const int* lda,
+                    float* rcond, float* work, int* iwork, int* info);
+QRV_API void CTRCON(const char* norm, const char* uplo, const char* diag, const int* n, const qrv_complex* a,
+                    const int* lda, float* rcond, qrv_complex* work, float* rwork, int* info);
 
 /* ---- Reports --------------------------------------------------------------------------------------------- */
 

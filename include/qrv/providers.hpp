@@ -348,8 +348,56 @@ public:
     //
     // Source: E. Anderson et al., LAPACK Users' Guide, 3rd edition, SIAM (1999).
 
+    // LU factorization with partial pivoting, A = P*L*U, of the general m x n matrix A, which is overwritten by U and,
+    // below its diagonal, by the unit lower triangular L without its diagonal.
+    //
+    // ipiv   min(m, n) elements: row i, from 1, was interchanged with row ipiv[i - 1], in this order for i = 1, 2, ...
+    // info   i > 0: the diagonal element i of U is exactly 0, the first such one; U is singular, the factors are
+    // complete
+    virtual void Sgetrf(int m, int n, ProviderArray<float> a, int aOffset, int lda, ProviderArray<int> ipiv,
+                        int& info) = 0;
+
+    // Solves op(A)*X = B for a general A of order n from its factors by Sgetrf; the n x nrhs matrix B is overwritten by
+    // X. trans Conjugate is a bad argument. A zero on the diagonal of U is not looked for.
+    virtual void Sgetrs(TransposeOperation trans, int n, int nrhs, ProviderArray<const float> a, int aOffset, int lda,
+                        ProviderArray<const int> ipiv, ProviderArray<float> b, int bOffset, int ldb, int& info) = 0;
+
+    // A := inv(A) for a general A of order n, from its factors by Sgetrf. Needs work memory, for n columns.
+    //
+    // info  i > 0: diagonal element i of U, from 1, is exactly 0; A is singular and unchanged
+    virtual void Sgetri(int n, ProviderArray<float> a, int aOffset, int lda, ProviderArray<const int> ipiv,
+                        int& info) = 0;
+
+    // Reciprocal condition number of a general A of order n from its norm aNorm (see Slange) and its factors by Sgetrf.
+    // Needs work memory, for n columns. norm is One or Infinity; others are bad arguments.
+    //
+    // rcond  1 / (norm(A)*norm(inv(A))); 0 if A is singular to working precision
+    virtual void Sgecon(MatrixNorm norm, int n, ProviderArray<const float> a, int aOffset, int lda, float aNorm,
+                        float& rcond, int& info) = 0;
+
     // Norm of the general m x n matrix A; 0 if m or n is 0. Needs work memory, for m rows, with Infinity only.
     virtual float Slange(MatrixNorm norm, int m, int n, ProviderArray<const float> a, int aOffset, int lda) = 0;
+
+    // Solves op(A)*X = B for a triangular A of order n; the n x nrhs matrix B is overwritten by X. Unlike elsewhere,
+    // trans Conjugate is a bad argument.
+    //
+    // info  i > 0: diagonal element i of A, from 1, is exactly 0; A is singular and B unchanged
+    virtual void Strtrs(MatrixTriangleMode triangleMode, TransposeOperation trans, MatrixDiagonalMode diag, int n,
+                        int nrhs, ProviderArray<const float> a, int aOffset, int lda, ProviderArray<float> b,
+                        int bOffset, int ldb, int& info) = 0;
+
+    // A := inv(A) for a triangular A of order n.
+    //
+    // info  i > 0: diagonal element i of A, from 1, is exactly 0; A is singular and unchanged
+    virtual void Strtri(MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int n, ProviderArray<float> a,
+                        int aOffset, int lda, int& info) = 0;
+
+    // Reciprocal condition number of a triangular A of order n, from its norm and an estimate of its inverse's. Needs
+    // work memory, for n columns. norm is One or Infinity; others are bad arguments.
+    //
+    // rcond  1 / (norm(A)*norm(inv(A))); 0 if A is singular to working precision
+    virtual void Strcon(MatrixNorm norm, MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int n,
+                        ProviderArray<const float> a, int aOffset, int lda, float& rcond, int& info) = 0;
 
     // Norm of a triangular matrix, or of a trapezoidal one with m <= n for Upper, m >= n for Lower. Work memory as for
     // Slange.
@@ -571,8 +619,24 @@ class QRV_API SingleComplexLapack {
 public:
     virtual ~SingleComplexLapack() = default;
 
-    // As in SingleLapack.
+    // As in SingleLapack. The transpose is Transpose, the conjugate transpose ConjugateTranspose.
 
+    virtual void Cgetrf(int m, int n, ProviderArray<SingleComplex> a, int aOffset, int lda, ProviderArray<int> ipiv,
+                        int& info) = 0;
+    virtual void Cgetrs(TransposeOperation trans, int n, int nrhs, ProviderArray<const SingleComplex> a, int aOffset,
+                        int lda, ProviderArray<const int> ipiv, ProviderArray<SingleComplex> b, int bOffset, int ldb,
+                        int& info) = 0;
+    virtual void Cgetri(int n, ProviderArray<SingleComplex> a, int aOffset, int lda, ProviderArray<const int> ipiv,
+                        int& info) = 0;
+    virtual void Cgecon(MatrixNorm norm, int n, ProviderArray<const SingleComplex> a, int aOffset, int lda, float aNorm,
+                        float& rcond, int& info) = 0;
+    virtual void Ctrtrs(MatrixTriangleMode uplo, TransposeOperation trans, MatrixDiagonalMode diag, int n, int nrhs,
+                        ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<SingleComplex> b,
+                        int bOffset, int ldb, int& info) = 0;
+    virtual void Ctrtri(MatrixTriangleMode uplo, MatrixDiagonalMode diag, int n, ProviderArray<SingleComplex> a,
+                        int aOffset, int lda, int& info) = 0;
+    virtual void Ctrcon(MatrixNorm norm, MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int n,
+                        ProviderArray<const SingleComplex> a, int aOffset, int lda, float& rcond, int& info) = 0;
     virtual void Clacpy(MatrixTriangleMode triangleMode, int m, int n, ProviderArray<const SingleComplex> a,
                         int aOffset, int lda, ProviderArray<SingleComplex> b, int bOffset, int ldb) = 0;
 };
@@ -684,7 +748,20 @@ class QRV_API ParallelX86SingleLapack : public SingleLapack {
 public:
     ParallelX86SingleLapack();
 
+    void Sgetrf(int m, int n, ProviderArray<float> a, int aOffset, int lda, ProviderArray<int> ipiv, int& info) final;
+    void Sgetrs(TransposeOperation trans, int n, int nrhs, ProviderArray<const float> a, int aOffset, int lda,
+                ProviderArray<const int> ipiv, ProviderArray<float> b, int bOffset, int ldb, int& info) final;
+    void Sgetri(int n, ProviderArray<float> a, int aOffset, int lda, ProviderArray<const int> ipiv, int& info) final;
+    void Sgecon(MatrixNorm norm, int n, ProviderArray<const float> a, int aOffset, int lda, float aNorm, float& rcond,
+                int& info) final;
     float Slange(MatrixNorm norm, int m, int n, ProviderArray<const float> a, int aOffset, int lda) final;
+    void Strtrs(MatrixTriangleMode triangleMode, TransposeOperation trans, MatrixDiagonalMode diag, int n, int nrhs,
+                ProviderArray<const float> a, int aOffset, int lda, ProviderArray<float> b, int bOffset, int ldb,
+                int& info) final;
+    void Strtri(MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int n, ProviderArray<float> a, int aOffset,
+                int lda, int& info) final;
+    void Strcon(MatrixNorm norm, MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int n,
+                ProviderArray<const float> a, int aOffset, int lda, float& rcond, int& info) final;
     float Slantr(MatrixNorm norm, MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int m, int n,
                  ProviderArray<const float> a, int aOffset, int lda) final;
     void Slacpy(MatrixTriangleMode triangleMode, int m, int n, ProviderArray<const float> a, int aOffset, int lda,
@@ -809,6 +886,21 @@ class QRV_API NativeComplexLapack : public SingleComplexLapack {
 public:
     NativeComplexLapack();
 
+    void Cgetrf(int m, int n, ProviderArray<SingleComplex> a, int aOffset, int lda, ProviderArray<int> ipiv,
+                int& info) final;
+    void Cgetrs(TransposeOperation trans, int n, int nrhs, ProviderArray<const SingleComplex> a, int aOffset, int lda,
+                ProviderArray<const int> ipiv, ProviderArray<SingleComplex> b, int bOffset, int ldb, int& info) final;
+    void Cgetri(int n, ProviderArray<SingleComplex> a, int aOffset, int lda, ProviderArray<const int> ipiv,
+                int& info) final;
+    void Cgecon(MatrixNorm norm, int n, ProviderArray<const SingleComplex> a, int aOffset, int lda, float aNorm,
+                float& rcond, int& info) final;
+    void Ctrtrs(MatrixTriangleMode uplo, TransposeOperation trans, MatrixDiagonalMode diag, int n, int nrhs,
+                ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<SingleComplex> b, int bOffset,
+                int ldb, int& info) final;
+    void Ctrtri(MatrixTriangleMode uplo, MatrixDiagonalMode diag, int n, ProviderArray<SingleComplex> a, int aOffset,
+                int lda, int& info) final;
+    void Ctrcon(MatrixNorm norm, MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int n,
+                ProviderArray<const SingleComplex> a, int aOffset, int lda, float& rcond, int& info) final;
     void Clacpy(MatrixTriangleMode triangleMode, int m, int n, ProviderArray<const SingleComplex> a, int aOffset,
                 int lda, ProviderArray<SingleComplex> b, int bOffset, int ldb) final;
 };

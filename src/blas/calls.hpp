@@ -38,6 +38,42 @@
     inline void scal(int n, T alpha, T* x, int incx) {                                                                 \
         routine(&n, &alpha, x, &incx);                                                                                 \
     }
+// By a real factor.
+#define QRV_DEFINE_REAL_SCAL_CALL(T, routine)                                                                          \
+    inline void scal(int n, float alpha, T* x, int incx) {                                                             \
+        routine(&n, &alpha, x, &incx);                                                                                 \
+    }
+#define QRV_DEFINE_AXPY_CALL(T, routine)                                                                               \
+    inline void axpy(int n, T alpha, const T* x, int incx, T* y, int incy) {                                           \
+        routine(&n, &alpha, x, &incx, y, &incy);                                                                       \
+    }
+#define QRV_DEFINE_COPY_CALL(T, routine)                                                                               \
+    inline void copy(int n, const T* x, int incx, T* y, int incy) {                                                    \
+        routine(&n, x, &incx, y, &incy);                                                                               \
+    }
+// Of abs1.
+#define QRV_DEFINE_ASUM_CALL(T, routine)                                                                               \
+    inline float asum(int n, const T* x, int incx) {                                                                   \
+        return routine(&n, x, &incx);                                                                                  \
+    }
+// dotc takes the conjugates of the x(i).
+#define QRV_DEFINE_DOT_CALL(name, routine)                                                                             \
+    inline float name(int n, const float* x, int incx, const float* y, int incy) {                                     \
+        return routine(&n, x, &incx, y, &incy);                                                                        \
+    }
+#define QRV_DEFINE_COMPLEX_DOT_CALL(name, routine)                                                                     \
+    inline SingleComplex name(int n, const SingleComplex* x, int incx, const SingleComplex* y, int incy) {             \
+        SingleComplex sum{};                                                                                           \
+        routine(&sum, &n, x, &incx, y, &incy);                                                                         \
+        return sum;                                                                                                    \
+    }
+// Product or solve: x is overwritten.
+#define QRV_DEFINE_TRMV_CALL(T, name, routine)                                                                         \
+    inline void name(Uplo uplo, Op opA, Diag diag, int n, Matrix<const T> a, T* x, int incx) {                         \
+        const char options[] = {letter(uplo), letter(opA), letter(diag)};                                              \
+        const int lda = static_cast<int>(a.ld);                                                                        \
+        routine(options, options + 1, options + 2, &n, a.data, &lda, x, &incx);                                        \
+    }
 // Counted from 1; 0 if there is none.
 #define QRV_DEFINE_IAMAX_CALL(T, routine)                                                                              \
     inline int iamax(int n, const T* x, int incx) {                                                                    \
@@ -53,6 +89,8 @@ QRV_DEFINE_GEMM_CALL(float, qrv_blas_sgemm)
 QRV_DEFINE_GEMM_CALL(SingleComplex, qrv_blas_cgemm)
 QRV_DEFINE_TRSM_CALL(float, trsm, qrv_blas_strsm)
 QRV_DEFINE_TRSM_CALL(SingleComplex, trsm, qrv_blas_ctrsm)
+QRV_DEFINE_TRSM_CALL(float, trmm, qrv_blas_strmm)
+QRV_DEFINE_TRSM_CALL(SingleComplex, trmm, qrv_blas_ctrmm)
 
 } // namespace qrv::blas
 
@@ -67,6 +105,21 @@ QRV_DEFINE_SWAP_CALL(float, qrv_blas_sswap_kernel)
 QRV_DEFINE_SWAP_CALL(SingleComplex, qrv_blas_cswap_kernel)
 QRV_DEFINE_SCAL_CALL(float, qrv_blas_sscal_kernel)
 QRV_DEFINE_SCAL_CALL(SingleComplex, qrv_blas_cscal_kernel)
+QRV_DEFINE_REAL_SCAL_CALL(SingleComplex, qrv_blas_csscal_kernel)
+QRV_DEFINE_AXPY_CALL(float, qrv_blas_saxpy_kernel)
+QRV_DEFINE_AXPY_CALL(SingleComplex, qrv_blas_caxpy_kernel)
+QRV_DEFINE_COPY_CALL(float, qrv_blas_scopy_kernel)
+QRV_DEFINE_COPY_CALL(SingleComplex, qrv_blas_ccopy_kernel)
+QRV_DEFINE_ASUM_CALL(float, qrv_blas_sasum_kernel)
+QRV_DEFINE_ASUM_CALL(SingleComplex, qrv_blas_scasum_kernel)
+QRV_DEFINE_DOT_CALL(dotc, qrv_blas_sdot_kernel)
+QRV_DEFINE_DOT_CALL(dotu, qrv_blas_sdot_kernel)
+QRV_DEFINE_COMPLEX_DOT_CALL(dotc, qrv_blas_cdotc_kernel)
+QRV_DEFINE_COMPLEX_DOT_CALL(dotu, qrv_blas_cdotu_kernel)
+QRV_DEFINE_TRMV_CALL(float, trmv, qrv_blas_strmv_kernel)
+QRV_DEFINE_TRMV_CALL(SingleComplex, trmv, qrv_blas_ctrmv_kernel)
+QRV_DEFINE_TRMV_CALL(float, trsv, qrv_blas_strsv_kernel)
+QRV_DEFINE_TRMV_CALL(SingleComplex, trsv, qrv_blas_ctrsv_kernel)
 QRV_DEFINE_IAMAX_CALL(float, qrv_blas_isamax_kernel)
 QRV_DEFINE_IAMAX_CALL(SingleComplex, qrv_blas_icamax_kernel)
 
@@ -77,4 +130,11 @@ QRV_DEFINE_IAMAX_CALL(SingleComplex, qrv_blas_icamax_kernel)
 #undef QRV_DEFINE_GEMV_CALL
 #undef QRV_DEFINE_SWAP_CALL
 #undef QRV_DEFINE_SCAL_CALL
+#undef QRV_DEFINE_REAL_SCAL_CALL
+#undef QRV_DEFINE_AXPY_CALL
+#undef QRV_DEFINE_COPY_CALL
+#undef QRV_DEFINE_ASUM_CALL
+#undef QRV_DEFINE_DOT_CALL
+#undef QRV_DEFINE_COMPLEX_DOT_CALL
+#undef QRV_DEFINE_TRMV_CALL
 #undef QRV_DEFINE_IAMAX_CALL

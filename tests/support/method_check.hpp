@@ -2,7 +2,9 @@
 // arguments in the native calling form, arrays at their offsets and options as texts.
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -85,13 +87,14 @@ public:
     }
 
 private:
-    enum class Kind { array, offset, integer, scalar, option, info };
+    enum class Kind { array, offset, integer, scalar, reference, option, info };
     struct Parameter {
         Kind kind;
         std::size_t elementFloats = 0; // of an array
         int value = 0;                 // of an offset, an integer or an option
         enum { whole, null, empty } state = whole;
         std::function<const char*(int)> text{}; // of an option
+        int valid = 0;                          // value of an option that the routine takes
     };
     // What calls may write.
     struct Values {
@@ -135,11 +138,12 @@ private:
             } else {
                 if constexpr (std::is_enum_v<T>)
                     parameters_.push_back({Kind::option, 0, 0, Parameter::whole,
-                                           [name = name_](int v) { return option_text(T{v}, name); }});
+                                           [name = name_](int v) { return option_text(T{v}, name); },
+                                           std::is_same_v<T, MatrixNorm> ? 1 : 0});
                 else if constexpr (std::is_same_v<T, int&>)
                     parameters_.push_back({Kind::info});
                 else
-                    parameters_.push_back({Kind::scalar});
+                    parameters_.push_back({std::is_same_v<T, float&> ? Kind::reference : Kind::scalar});
                 arguments_.push_back(position);
             }
             afterArray = Traits<T>::isArray;
@@ -156,7 +160,17 @@ private:
                 x = uniform();
         for (auto& scalar : values_.scalars)
             scalar = {uniform(), uniform()};
+        (fill_with_pivots<P>(I), ...);
         values_.result = {};
+    }
+
+    // An array of ints gets row numbers, from 1, that are pivots of a matrix of three rows and more.
+    template <class P>
+    void fill_with_pivots(std::size_t position) {
+        if constexpr (Traits<P>::isArray)
+            if constexpr (std::is_same_v<std::remove_const_t<typename Traits<P>::Element>, int>)
+                for (int k = 1; float& x : values_.arrays[position])
+                    x = std::bit_cast<float>(std::max(3, k++));
     }
 
     template <class P>
@@ -242,10 +256,16 @@ private:
                     option = option / 4 + turn;
                 }
             const std::string byHost = printed([&] { host_(); });
-            const Values afterHost = values_;
+            Values afterHost = values_;
             values_ = before;
             const std::string byNative = printed([&] { native_(native_arguments()); });
             EXPECT_EQ(byHost, byNative) << "turn " << turn;
+            if (!byHost.empty())
+                for (std::size_t position = 0; position < parameters_.size(); ++position)
+                    if (parameters_[position].kind == Kind::reference) { // a result that there is not
+                        EXPECT_EQ(afterHost.scalars[position][0], 0) << "turn " << turn;
+                        afterHost.scalars[position] = values_.scalars[position];
+                    }
             EXPECT_TRUE(afterHost == values_) << "turn " << turn;
             computed = computed || !(values_ == before);
             EXPECT_TRUE(byHost.empty() || values_.same_but_for_info(before)) << "turn " << turn;
@@ -254,7 +274,7 @@ private:
         EXPECT_TRUE(computed) << "nothing was computed";
         for (Parameter& p : parameters_)
             if (p.kind == Kind::option)
-                p.value = 0;
+                p.value = p.valid;
     }
 
     // Also where there is nothing to do.
