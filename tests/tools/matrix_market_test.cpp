@@ -1,18 +1,19 @@
 // Matrix Market files: what is read, what is refused and where, and that written files read back the same.
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <sys/resource.h>
 
 #include "matrix_market/matrix_market.hpp"
+#include "support/folder.hpp"
 
 namespace tools {
 namespace {
 
+using qrv::test::content;
+using qrv::test::Folder;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -115,22 +116,6 @@ TEST(MatrixMarket, RefusesWithTheLine) {
     }
 }
 
-// A folder that is removed with all it holds.
-class Folder {
-public:
-    Folder() : path(std::filesystem::temp_directory_path() / "qrv_matrix_market_XXXXXX") {
-        std::string name = path.string();
-        path = mkdtemp(name.data());
-    }
-    ~Folder() { std::filesystem::remove_all(path); }
-
-    std::string file(const char* name) const { return (path / name).string(); }
-    std::ptrdiff_t count() const { return std::distance(std::filesystem::directory_iterator(path), {}); }
-
-private:
-    std::filesystem::path path;
-};
-
 // Ordinary files end at so many bytes, as on a disk without room.
 class FileSizeLimit {
 public:
@@ -148,11 +133,6 @@ public:
 private:
     rlimit before{};
 };
-
-std::string content(const std::string& path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 TEST(MatrixMarket, WritesWhatReadsBackTheSame) {
     const Folder folder;

@@ -20,8 +20,7 @@ struct Matrix {
     std::vector<T> values; // column by column, without gaps
 
     Matrix() = default;
-    Matrix(int m, int n)
-        : rows(m), columns(n), values(static_cast<std::size_t>(m) * static_cast<std::size_t>(n)) {}
+    Matrix(int m, int n) : rows(m), columns(n), values(static_cast<std::size_t>(m) * static_cast<std::size_t>(n)) {}
 
     T& operator()(int i, int j) { return values[index(i, j)]; }
     T operator()(int i, int j) const { return values[index(i, j)]; }

@@ -3,9 +3,9 @@
 #include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <cstdio>
 #include <limits>
 #include <string_view>
 #include <unistd.h>
@@ -16,7 +16,8 @@
 namespace tools {
 namespace {
 
-// ---- Lines and words --------------------------------------------------------------------------------------------------
+// ---- Lines and words
+// --------------------------------------------------------------------------------------------------
 
 bool is_space(char c) {
     return c == ' ' || c == '\t' || c == '\r' || c == '\v' || c == '\f';
@@ -29,7 +30,8 @@ public:
 
     // Empty after the last one.
     std::string_view next() {
-        rest.remove_prefix(static_cast<std::size_t>(std::find_if_not(rest.begin(), rest.end(), is_space) - rest.begin()));
+        rest.remove_prefix(
+            static_cast<std::size_t>(std::find_if_not(rest.begin(), rest.end(), is_space) - rest.begin()));
         const auto length = static_cast<std::size_t>(std::find_if(rest.begin(), rest.end(), is_space) - rest.begin());
         const std::string_view word = rest.substr(0, length);
         rest.remove_prefix(length);
@@ -90,7 +92,8 @@ private:
     long long number = 0;
 };
 
-// ---- Numbers ----------------------------------------------------------------------------------------------------------
+// ---- Numbers
+// ----------------------------------------------------------------------------------------------------------
 
 long long integer(const Lines& lines, std::string_view word, const char* what) {
     long long value = 0;
@@ -107,7 +110,8 @@ long long integer(const Lines& lines, std::string_view word, const char* what) {
 
 double real(const Lines& lines, std::string_view word, const char* what) {
     std::string digits(word.substr(!word.empty() && word.front() == '+' ? 1 : 0));
-    std::replace_if(digits.begin(), digits.end(), [](char c) { return c == 'd' || c == 'D'; }, 'e');
+    std::replace_if(
+        digits.begin(), digits.end(), [](char c) { return c == 'd' || c == 'D'; }, 'e');
     double value = 0;
     const auto [end, failure] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
     if (word.empty())
@@ -125,7 +129,8 @@ bool fits_single(double value) {
     return std::abs(static_cast<float>(value)) <= std::numeric_limits<float>::max();
 }
 
-// ---- The parts of a file ----------------------------------------------------------------------------------------------
+// ---- The parts of a file
+// ----------------------------------------------------------------------------------------------
 
 enum class Field { real, integer, complex };
 
@@ -196,8 +201,8 @@ void check_memory(const Lines& lines, const Sizes& sizes, std::size_t elementSiz
     const double needed = 1.0 * sizes.rows * sizes.columns * static_cast<double>(elementSize);
     const double memory = static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
     if (needed > std::min(memory, static_cast<double>(std::numeric_limits<std::ptrdiff_t>::max())))
-        lines.fail("as a full matrix " + std::to_string(sizes.rows) + " x " + std::to_string(sizes.columns) + " takes " +
-                   std::to_string(std::llround(needed / 1e6)) + " MB; this machine has " +
+        lines.fail("as a full matrix " + std::to_string(sizes.rows) + " x " + std::to_string(sizes.columns) +
+                   " takes " + std::to_string(std::llround(needed / 1e6)) + " MB; this machine has " +
                    std::to_string(std::llround(memory / 1e6)));
 }
 
@@ -236,7 +241,8 @@ Sizes read_sizes(Lines& lines, const Header& header) {
     return sizes;
 }
 
-// ---- Entries ----------------------------------------------------------------------------------------------------------
+// ---- Entries
+// ----------------------------------------------------------------------------------------------------------
 
 struct Value {
     double re = 0, im = 0;

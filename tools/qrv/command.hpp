@@ -14,9 +14,14 @@ namespace tools {
 
 void add_info(CLI::App& program);
 void add_norm(CLI::App& program);
+void add_solve(CLI::App& program);
+void add_invert(CLI::App& program);
 void add_bench(CLI::App& program);
 
 // Name, size and kind of a matrix, for the head of a report.
 std::string description(const std::string& path, const MatrixFile& file);
+
+// Order of a square matrix; raises InputError for any other.
+int require_square(const std::string& path, const AnyMatrix& matrix);
 
 } // namespace tools

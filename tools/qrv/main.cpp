@@ -12,9 +12,13 @@ namespace {
 enum ExitCode { good = 0, notSolved = 1, badInput = 2 };
 
 void run(CLI::App& program, int argc, char** argv) {
-    program.parse(argc, argv); // runs the command
-    if (program.get_subcommands().empty())
-        throw CLI::RequiredError("a command");
+    try {
+        program.parse(argc, argv); // runs the command
+        if (program.get_subcommands().empty())
+            throw CLI::RequiredError("a command");
+    } catch (const CLI::Success& request) { // help, version
+        program.exit(request);
+    }
     if (std::fflush(stdout) != 0)
         throw tools::OutputError(std::string("cannot write standard output: ") + std::strerror(errno));
 }
@@ -28,12 +32,12 @@ int main(int argc, char** argv) {
     program.set_version_flag("--version", qrv_serv_get_version());
     tools::add_info(program);
     tools::add_norm(program);
+    tools::add_solve(program);
+    tools::add_invert(program);
     tools::add_bench(program);
     try {
         run(program, argc, argv);
         return good;
-    } catch (const CLI::Success& request) { // help, version
-        return program.exit(request) == 0 && std::fflush(stdout) == 0 ? good : notSolved;
     } catch (const CLI::ParseError& error) {
         fmt::print(stderr, "qrv: {}; 'qrv --help' tells the usage\n", error.what());
         return badInput;

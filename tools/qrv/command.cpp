@@ -30,4 +30,14 @@ std::string description(const std::string& path, const MatrixFile& file) {
         file.matrix);
 }
 
+int require_square(const std::string& path, const AnyMatrix& matrix) {
+    return std::visit(
+        [&](const auto& a) {
+            if (a.rows != a.columns)
+                throw InputError(fmt::format("{} is {} x {}; this needs a square matrix", path, a.rows, a.columns));
+            return a.rows;
+        },
+        matrix);
+}
+
 } // namespace tools
