@@ -38,8 +38,9 @@ void show(const Model& model, const std::filesystem::path& folder) {
     const double solveTime = milliseconds_since(start);
 
     const double error = backward_error(a, x, b).normwise;
-    fmt::print("  {:<15} {:4} x {:<4} {:7.2f} ms {:7.2f} ms {:14.1e} {:13.1e} {:13.1e}\n", model.what, a.rows, a.columns,
-               1e3 * system.factor_seconds(), solveTime, error, system.condition(), relative_difference(x, ones));
+    fmt::print("  {:<15} {:4} x {:<4} {:7.2f} ms {:7.2f} ms {:14.1e} {:13.1e} {:13.1e}\n", model.what, a.rows,
+               a.columns, 1e3 * system.factor_seconds(), solveTime, error, system.condition(),
+               relative_difference(x, ones));
     // Elimination with row exchanges is off by a few roundings; a fault is off by far more.
     const double allowed = a.rows * static_cast<double>(std::numeric_limits<float>::epsilon());
     if (!(error <= allowed))
@@ -55,6 +56,7 @@ void show_systems(const std::filesystem::path& folder) {
                "condition", "error of x");
     for (const Model& model : models)
         show(model, folder);
-    fmt::print("The condition number tells how much larger the error of x may be than the backward error, which is that\n"
-               "of the method.\n\n");
+    fmt::print(
+        "The condition number tells how much larger the error of x may be than the backward error, which is that\n"
+        "of the method.\n\n");
 }

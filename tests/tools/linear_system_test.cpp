@@ -21,8 +21,8 @@ TEST(LinearSystem, BackwardErrorIsTheWorstOfTheColumns) {
     const BackwardError one = backward_error(a, x, matrix<float>(2, 1, {4, 4}));
     EXPECT_DOUBLE_EQ(one.componentwise, 1.0 / 7);
     EXPECT_DOUBLE_EQ(one.normwise, 1.0 / 8);
-    const BackwardError two = backward_error(a, matrix<float>(2, 3, {1, 2, 1, 2, 0, 0}),
-                                             matrix<float>(2, 3, {3, 4, 3, -4, 0, 0}));
+    const BackwardError two =
+        backward_error(a, matrix<float>(2, 3, {1, 2, 1, 2, 0, 0}), matrix<float>(2, 3, {3, 4, 3, -4, 0, 0}));
     EXPECT_DOUBLE_EQ(two.componentwise, 1);
     EXPECT_DOUBLE_EQ(two.normwise, 1);
     // Residuals below single precision count: 2^24 + 1 - (2^24 + 1).
@@ -32,8 +32,8 @@ TEST(LinearSystem, BackwardErrorIsTheWorstOfTheColumns) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     EXPECT_FALSE(backward_error(a, matrix<float>(2, 1, {nan, 1}), x).normwise <= 1);
     // Complex: A = (3 + 4i), x = i, b = 1: r = 1 - 3i + 4 = 5 - 3i.
-    const BackwardError complex = backward_error(matrix<SingleComplex>(1, 1, {{3, 4}}),
-                                                 matrix<SingleComplex>(1, 1, {{0, 1}}), matrix<SingleComplex>(1, 1, {1}));
+    const BackwardError complex = backward_error(
+        matrix<SingleComplex>(1, 1, {{3, 4}}), matrix<SingleComplex>(1, 1, {{0, 1}}), matrix<SingleComplex>(1, 1, {1}));
     EXPECT_DOUBLE_EQ(complex.componentwise, std::sqrt(34.0) / 6);
 }
 

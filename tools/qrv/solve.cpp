@@ -1,6 +1,6 @@
 // qrv solve: a linear system, and how far its solution can be trusted.
-#include <cmath>
 #include <fmt/core.h>
+#include <limits>
 #include <optional>
 
 #include "command.hpp"
@@ -25,15 +25,20 @@ Matrix<T> ones(int n) {
     return x;
 }
 
+constexpr double roundingError = std::numeric_limits<float>::epsilon() / 2.0;
+
 void print_quality(double condition, const BackwardError& error, std::optional<double> trueError) {
     const double bound = forward_error_bound(condition, error);
     fmt::print("  condition number  {:.2g} (estimate, infinity norm)\n", condition);
     fmt::print("  backward error    {:.2g} componentwise, {:.2g} normwise\n", error.componentwise, error.normwise);
-    fmt::print("  forward error     at most {:.2g} of the largest |x| (condition number times backward error)\n", bound);
+    fmt::print("  forward error     at most {:.2g} of the largest |x| (condition number times backward error)\n",
+               bound);
     if (trueError)
         fmt::print("                    in truth {:.2g}\n", *trueError);
+    if (!(condition * roundingError < 1))
+        fmt::print("  A is singular to working precision.\n");
     if (!(bound < 1))
-        fmt::print("  Singular to working precision: no digit of x is sure.\n");
+        fmt::print("  The bound leaves no digit of x sure.\n");
 }
 
 template <class T>
@@ -57,8 +62,8 @@ void check_sizes(const Request& request, const AnyMatrix& a, const std::optional
     const auto rows = [](const auto& matrix) { return matrix.rows; };
     const int n = require_square(request.a, a);
     if (b && std::visit(rows, b->matrix) != n)
-        throw InputError(fmt::format("{} has {} rows; the matrix {} has {}", request.b, std::visit(rows, b->matrix),
-                                     request.a, n));
+        throw InputError(
+            fmt::format("{} has {} rows; the matrix {} has {}", request.b, std::visit(rows, b->matrix), request.a, n));
 }
 
 void run(const Request& request) {
