@@ -61,5 +61,16 @@ constexpr double band_elements(double n, double k) {
 constexpr Work gemm_work(double m, double n, double k, bool isComplex) {
     return multiply_adds(m * n * k, isComplex);
 }
+// A solve or product with a triangle of order n, for so many right-hand sides.
+constexpr Work triangular_work(double n, double count, bool isComplex) {
+    return multiply_adds(n * n * count / 2, isComplex);
+}
+
+// ---- LAPACK ----------------------------------------------------------------------------------------------
+
+// LU of order n: the leading term.
+constexpr Work getrf_work(double n, bool isComplex) {
+    return multiply_adds(n * n * n / 3, isComplex);
+}
 
 } // namespace bench

@@ -17,28 +17,19 @@ auto multiplier(const VectorBuild& build) {
 
 template <class T>
 void expect_solution_and_product(const TriangularShape& p) {
-    TriangularOperands<T> before(p);
-    const WideMatrix<T> a = before.op_a(), b(before.b);
-    const Wide<T> alpha = widen(before.alpha);
-    const auto expected = p.left() ? product<T>(alpha, a, b, 0, b) : product<T>(alpha, b, a, 0, b);
+    TriangularCheck<T> check(p);
     for (const VectorBuild& build : vector_builds()) {
-        TriangularOperands<T> multiplied(p), solved(p);
-        multiplied.call(multiplier<T>(build));
-        EXPECT_TRUE(expected.held_by(multiplied.b)) << build << " product " << p << (isComplex<T> ? ", complex" : "");
-        solved.call(solver<T>(build));
-        const WideMatrix<T> x(solved.b);
-        EXPECT_TRUE((p.left() ? vanishes<T>(1, a, x, -alpha, b) : vanishes<T>(1, x, a, -alpha, b)) &&
-                    solved.b.guards_intact())
-            << build << " solve " << p << (isComplex<T> ? ", complex" : "");
+        EXPECT_TRUE(check.multiplied_by(multiplier<T>(build))) << build << (isComplex<T> ? " ctrmm " : " strmm ") << p;
+        EXPECT_TRUE(check.solved_by(solver<T>(build))) << build << (isComplex<T> ? " ctrsm " : " strsm ") << p;
     }
 }
 
-// All combinations of options, or every fifth of them, beginning with another one from size to size. Scalars, leading
+// Every step-th combination of options, beginning with another one from size to size. Scalars, leading
 // dimensions, starts and guards go round as well.
 template <class T>
-void each_shape(int n, int count, bool all) {
+void each_shape(int n, int count, unsigned step, int extra = 0) {
     static int number = 0;
-    constexpr int fewer = 5, extras[] = {0, 1, 4};
+    constexpr int extras[] = {0, 1, 4};
     constexpr float alphas[] = {1, -0.75F, 2};
     const unsigned round = static_cast<unsigned>(number++);
     unsigned combination = 0;
@@ -47,27 +38,32 @@ void each_shape(int n, int count, bool all) {
             for (const char trans : {'N', 't', 'C'})
                 for (const char diag : {'N', 'u'}) {
                     const unsigned k = combination++ + round;
-                    if (all || k % fewer == 0)
+                    if (k % step == 0)
                         expect_solution_and_product<T>(
                             {side, uplo, trans, diag, n, count, alphas[k / 2 % 3],
-                             Layout{extras[k % 3], static_cast<int>(k * 5 % 16), static_cast<Guard>(k % 3)}});
+                             Layout{extra + extras[k % 3], static_cast<int>(k * 5 % 16), static_cast<Guard>(k % 3)}});
                 }
 }
 
 // Orders around those of groups, vectors and blocks with few right-hand sides; right-hand sides around those of
-// vectors, strips and chunks.
+// vectors, strips and chunks; columns far apart, of which copies are made.
 template <class T>
 void check_all_shapes() {
+    constexpr int farApart = 512;
+    for (const int n : {11, 64, 70, 135})
+        each_shape<T>(n, 131, 5, farApart);
     for (const int n : {0, 1, 2, 3, 5, 7, 8, 9, 15, 16, 17, 31, 32, 33})
-        each_shape<T>(n, n % 2 == 0 ? 3 : 18, true);
+        each_shape<T>(n, n % 2 == 0 ? 3 : 18, 1);
     for (const int n : {63, 64, 65, 127, 128, 129, 191, 192, 193, 255, 256, 257})
-        each_shape<T>(n, n % 3 + 2, false);
-    for (const int n : {511, 512, 513, 514, 1023, 1024, 1025, 1026})
-        each_shape<T>(n, 3, false);
+        each_shape<T>(n, n % 3 + 2, 5);
+    for (const int n : {511, 512, 513, 514})
+        each_shape<T>(n, 2, 7);
+    for (const int n : {1023, 1024, 1025, 1026})
+        each_shape<T>(n, 2, 11);
     for (const int count : {0, 1, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 65})
-        each_shape<T>(count % 2 == 0 ? 11 : 20, count, false);
+        each_shape<T>(count % 2 == 0 ? 11 : 20, count, 5);
     for (const int count : {255, 257, 511, 513, 1023, 1025})
-        each_shape<T>(count % 4 == 1 ? 70 : 135, count, false);
+        each_shape<T>(count % 4 == 1 ? 70 : 135, count, 7);
 }
 
 TEST(Level3Triangular, Real) {
@@ -75,6 +71,12 @@ TEST(Level3Triangular, Real) {
 }
 TEST(Level3Triangular, Complex) {
     check_all_shapes<SingleComplex>();
+}
+
+template <class T>
+ExpectedMatrix<T> all_zeros(int rows, int columns) {
+    const auto size = static_cast<std::size_t>(rows * columns);
+    return {rows, columns, std::vector<Wide<T>>(size), std::vector<double>(size)};
 }
 
 // alpha = 0 makes zeros of anything, and A is not read.
@@ -91,8 +93,8 @@ void expect_zeros() {
                     for (int i = 0; i < n; ++i)
                         v.a.at(i, i) = nan;
                     v.call(routine);
-                    const WideMatrix<T> b(v.b);
-                    EXPECT_TRUE(vanishes<T>(0, b, b, 1, b) && v.b.guards_intact()) << build << ' ' << p;
+                    const ExpectedMatrix<T> zeros = all_zeros<T>(p.rows(), p.columns());
+                    EXPECT_TRUE(zeros.held_by(v.b)) << build << ' ' << p;
                 }
         }
 }
@@ -101,16 +103,21 @@ TEST(Level3Triangular, ZeroTimesAnything) {
     expect_zeros<SingleComplex>();
 }
 
-// A solve divides once for each element of the diagonal: right-hand sides are multiplied by its reciprocal.
+// A solve divides once for each element of the diagonal: right-hand sides are multiplied by its reciprocal. 7 and 3
+// tell that from a quotient.
 TEST(Level3Triangular, ReciprocalsOfTheDiagonal) {
-    const int n = 2, count = 1;
-    const float a[] = {3, 0, 0, 0x1p-127F}, one = 1; // the reciprocal of the second is not a power of ten away from inf
-    for (const VectorBuild& build : vector_builds()) {
-        float b[] = {7, 0x1p-127F};
-        build.blas_strsm_kernel("L", "L", "N", "N", &n, &count, &one, a, &n, b, &n);
-        EXPECT_EQ(b[0], 7 * (one / 3)) << build;
-        EXPECT_EQ(b[1], 1) << build;
-    }
+    const int one = 1;
+    const float alpha = 1, a = 3;
+    const SingleComplex complexAlpha{1, 0}, complexA{0, 3};
+    for (const VectorBuild& build : vector_builds())
+        for (const char* side : {"L", "R"}) {
+            float b = 7;
+            build.blas_strsm_kernel(side, "L", "N", "N", &one, &one, &alpha, &a, &one, &b, &one);
+            EXPECT_EQ(b, 7 * (alpha / 3)) << build << ' ' << side;
+            SingleComplex c{0, 7};
+            build.blas_ctrsm_kernel(side, "L", "N", "N", &one, &one, &complexAlpha, &complexA, &one, &c, &one);
+            EXPECT_TRUE((c == SingleComplex{7 * (alpha / 3), 0})) << build << ' ' << side;
+        }
 }
 
 } // namespace

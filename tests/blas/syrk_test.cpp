@@ -178,7 +178,7 @@ void each_problem(int n, int k, int every, int number, const Body& body) {
 TEST(RankUpdates, EveryBuildOnEachSize) {
     int number = 0;
     for (const int n : splitSizes) {
-        const int every = n < 100 ? 1 : n < 300 ? 3 : 6;
+        const int every = n < 100 ? 1 : n < 300 ? 3 : n < 600 ? 6 : 12;
         each_problem(n, 3, every, number++, [](auto& problem) { problem.check_builds(); });
         if (n < 300)
             each_problem(n, 17, 2 * every, number++, [](auto& problem) { problem.check_builds(); });

@@ -173,7 +173,7 @@ TYPED_TEST(Triangular, ScaledSolutions) {
                 for (const char trans : {'N', 'T', 'C'})
                     each_triangle_shape([&](char uplo, char diag) {
                         if ((kind == TriangleKind::huge && diag == 'U') ||
-                            (kind == TriangleKind::tinyDiagonal && size > 1))
+                            (kind == TriangleKind::tinyDiagonal && size > 1 && n < 50))
                             return; // no float would be small enough for the scale
                         const TriangularMatrix<T> t(uplo, diag, n, kind);
                         const std::vector<T> b = random_vector<T>(n, size);
@@ -379,11 +379,12 @@ TYPED_TEST(Triangular, ConditionNumbers) {
     using T = TypeParam;
     for (const char norm : {'1', 'o', 'I'})
         each_triangle_shape([&](char uplo, char diag) {
-            for (const int n : {1, 2, 17, 60}) {
-                const TriangularMatrix<T> t(uplo, diag, n);
-                const double ratio = rcond_of(t, norm) * condition(t, norm);
-                EXPECT_TRUE(ratio >= 0.9999 && ratio <= 3) << ratio << ' ' << norm << ' ' << t;
-            }
+            for (const TriangleKind kind : {TriangleKind::tame, TriangleKind::oneRow})
+                for (const int n : {1, 2, 17, 60}) {
+                    const TriangularMatrix<T> t(uplo, diag, n, kind);
+                    const double ratio = rcond_of(t, norm) * condition(t, norm);
+                    EXPECT_TRUE(ratio >= 0.9999 && ratio <= 3) << ratio << ' ' << norm << ' ' << t;
+                }
             EXPECT_EQ(rcond_of(TriangularMatrix<T>(uplo, diag, 0), norm), 1);
             const float singular = rcond_of(TriangularMatrix<T>(uplo, diag, 20, TriangleKind::singular), norm);
             EXPECT_EQ(singular == 0, diag == 'N') << singular;

@@ -25,10 +25,13 @@ public:
     // Element (i, j) is what entry(i, j) says.
     template <class Entry>
     WideMatrix(int rows, int columns, const Entry& entry) : rows_(rows), columns_(columns) {
+        const auto count = static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns);
+        elements_.reserve(count);
+        sizes_.reserve(count);
         for (int j = 0; j < columns; ++j)
             for (int i = 0; i < rows; ++i) {
                 elements_.push_back(entry(i, j));
-                sizes_.push_back(std::abs(elements_.back()));
+                sizes_.push_back(std::sqrt(std::norm(elements_.back())));
             }
     }
     explicit WideMatrix(Level2Matrix<T>& x)
@@ -142,8 +145,9 @@ struct TriangularOperands {
         : p(shape), alpha(scalar_of<T>(shape.alpha)),
           a(shape.uplo, shape.trans, shape.diag, order(shape), shape.n, false),
           b(shape.rows(), shape.columns(), shape.layout) {
-        b.fill(3);
+        restart();
     }
+    void restart() { b.fill(3); }
 
     WideMatrix<T> op_a() { return {p.n, p.n, a.entries()}; }
 
@@ -158,9 +162,43 @@ private:
     static Level2Case order(const TriangularShape& shape) {
         Level2Case layout = shape.layout;
         layout.n = shape.n;
-        layout.extra = (layout.extra + 1) % 4; // another one than B has
+        layout.extra ^= 1; // another one than B has
         return layout;
     }
+};
+
+// One problem, and whether routines get it right.
+template <class T>
+class TriangularCheck {
+public:
+    explicit TriangularCheck(const TriangularShape& p)
+        : operands(p), a_(operands.op_a()), before_(operands.b),
+          product_(p.left() ? product<T>(alpha(), a_, before_, 0, before_)
+                            : product<T>(alpha(), before_, a_, 0, before_)) {}
+
+    template <class Routine>
+    bool multiplied_by(const Routine& routine) {
+        operands.restart();
+        operands.call(routine);
+        return product_.held_by(operands.b);
+    }
+    // A solution is judged by its product with the triangle.
+    template <class Routine>
+    bool solved_by(const Routine& routine) {
+        operands.restart();
+        operands.call(routine);
+        const WideMatrix<T> x(operands.b);
+        return operands.b.guards_intact() && (operands.p.left() ? vanishes<T>(1, a_, x, -alpha(), before_)
+                                                                : vanishes<T>(1, x, a_, -alpha(), before_));
+    }
+
+    TriangularOperands<T> operands;
+
+private:
+    Wide<T> alpha() const { return widen(operands.alpha); }
+
+    WideMatrix<T> a_, before_;
+    ExpectedMatrix<T> product_;
 };
 
 } // namespace qrv::test

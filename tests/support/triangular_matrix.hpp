@@ -13,9 +13,10 @@ namespace qrv::test {
 enum class TriangleKind {
     tame,         // well-conditioned
     growing,      // solutions grow as 2^n
-    tinyDiagonal, // an element in the middle of the diagonal is too small to divide by
+    tinyDiagonal, // some element is too small to divide a large number by: the middle, in large orders both ends
     singular,     // the middle of the diagonal is 0
     huge,         // column sums near overflow
+    oneRow,       // norms by rows are larger than by columns: 1 beside the diagonal in the longest row, else 0
 };
 
 template <class T>
@@ -29,7 +30,7 @@ struct TriangularMatrix {
         : uplo(uploOption), diag(diagOption), kind(k), a(n, n, n + 1 + n % 3, n % 5) {
         std::mt19937 random(static_cast<unsigned>(n));
         a.set([&](int i, int j) {
-            return !stored(i, j) ? all_parts<T>(nan) : i == j ? diagonal(i, random) : beside(random);
+            return !stored(i, j) ? all_parts<T>(nan) : i == j ? diagonal(i, random) : beside(i, random);
         });
     }
     int n() const { return a.rows(); }
@@ -54,7 +55,7 @@ private:
     T diagonal(int i, std::mt19937& random) const {
         switch (kind) {
         case TriangleKind::tinyDiagonal:
-            return scalar<T>(i == n() / 2 ? 0x1p-104F : 1);
+            return scalar<T>(n() < 50 ? (i == n() / 2 ? 0x1p-104F : 1) : i == 0 || i == n() - 1 ? 0x1p-40F : 1);
         case TriangleKind::singular:
             return scalar<T>(i == n() / 2 ? 0 : 1);
         case TriangleKind::huge:
@@ -63,10 +64,12 @@ private:
             return scalar<T>(1.5F) + scalar<T>(0.5F) * any_size_one<T>(random);
         }
     }
-    T beside(std::mt19937& random) const {
+    T beside(int i, std::mt19937& random) const {
         switch (kind) {
         case TriangleKind::growing:
             return scalar<T>(-1);
+        case TriangleKind::oneRow:
+            return scalar<T>(i == (uplo == 'U' ? 0 : n() - 1) ? 1 : 0);
         case TriangleKind::huge:
             return scalar<T>(0x1p115F) * any_size_one<T>(random);
         default:

@@ -19,7 +19,7 @@ class WorkMemoryProbe {
 public:
     explicit WorkMemoryProbe(std::size_t refuseFrom = 0, std::size_t refuseTo = 0) {
         qrv_serv_free_buffers();
-        state() = {refuseFrom, refuseTo, 0, 0, {}};
+        state() = {refuseFrom, refuseTo, 0, {}};
         original() = allocatorSlots.malloc;
         allocatorSlots.malloc = take;
     }
@@ -31,13 +31,12 @@ public:
     WorkMemoryProbe& operator=(const WorkMemoryProbe&) = delete;
 
     int threads() const { return static_cast<int>(state().takers.size()); } // that took some
-    int blocks() const { return state().blocks; }                           // that were taken
     int refusals() const { return state().refusals; }
 
 private:
     struct State {
         std::size_t refuseFrom, refuseTo;
-        int blocks, refusals;
+        int refusals;
         std::set<std::thread::id> takers;
     };
     static State& state() {
@@ -60,7 +59,6 @@ private:
             ++s.refusals;
             return nullptr;
         }
-        ++s.blocks;
         void* const block = original()(bytes);
         return block ? std::memset(block, 0xFF, bytes) : block;
     }

@@ -130,6 +130,40 @@ QRV_INLINE V negate_part(V x) {
     return change_signs(x, V::alternate(part == 0 ? -0.0F : 0.0F, part == 1 ? -0.0F : 0.0F));
 }
 
+// ---- Transposition ------------------------------------------------------------------------------------------------
+
+// out := a' for a few elements in a square, which may be conjugated on the way.
+template <class T>
+struct SmallSquare;
+template <>
+struct SmallSquare<float> {
+    static constexpr int side = 4;
+    template <bool>
+    QRV_INLINE static void transpose(const float* a, std::ptrdiff_t lda, float* out, std::ptrdiff_t ldo) {
+        Vec4f x = Vec4f::load(a), y = Vec4f::load(a + lda), z = Vec4f::load(a + 2 * lda), w = Vec4f::load(a + 3 * lda);
+        qrv::kernel::QRV_KERNEL_BUILD::transpose(x, y, z, w);
+        x.store(out);
+        y.store(out + ldo);
+        z.store(out + 2 * ldo);
+        w.store(out + 3 * ldo);
+    }
+};
+template <>
+struct SmallSquare<SingleComplex> {
+    static constexpr int side = 2;
+    template <bool conjugated>
+    QRV_INLINE static void transpose(const SingleComplex* a, std::ptrdiff_t lda, SingleComplex* out,
+                                     std::ptrdiff_t ldo) {
+        const auto load = [=](const SingleComplex* p) {
+            const Vec4f x = Vec4f::load(reinterpret_cast<const float*>(p));
+            return conjugated ? negate_part<1>(x) : x;
+        };
+        const Vec4f x = load(a), y = load(a + lda);
+        low_halves(x, y).store(reinterpret_cast<float*>(out));
+        high_halves(x, y).store(reinterpret_cast<float*>(out + ldo));
+    }
+};
+
 // ---- Sums of products ---------------------------------------------------------------------------------------------
 
 // One number for all elements of a pack.

@@ -17,22 +17,69 @@ struct SymmRow {
     int walkedUpTo;            // order of A up to which its blocks are taken one by one; larger ones are halved
     int columnsAtOnce;         // of B and C with A to the left
 };
-inline constexpr SymmRow symmRow{.leftBlock = 256, .rightBlock = 192, .walkedUpTo = 512, .columnsAtOnce = 512};
+constexpr int allColumns = 0x7FFFFFFF;
 
-// The full matrix of a triangle of order n.
+// Wider vectors want few and large products: up to a tenth more.
+constexpr SymmRow symmRow =
+    Pack<float>::count > 4
+        ? SymmRow{.leftBlock = 256, .rightBlock = 256, .walkedUpTo = 256, .columnsAtOnce = allColumns}
+        : SymmRow{.leftBlock = 256, .rightBlock = 192, .walkedUpTo = 512, .columnsAtOnce = 512};
+
+// out := a', m x n elements of a.
+template <bool conjugated, class T>
+void transpose_rectangle(int m, int n, Matrix<const T> a, Matrix<T> out) {
+    constexpr int side = SmallSquare<T>::side;
+    const int squaresUpTo = n / side * side;
+    for (int j = 0; j < squaresUpTo; j += side) {
+        int i = 0;
+        for (; m - i >= side; i += side)
+            SmallSquare<T>::template transpose<conjugated>(&a(i, j), a.ld, &out(j, i), out.ld);
+        for (; i < m; ++i)
+            for (int k = j; k < j + side; ++k)
+                out(k, i) = conj_if<conjugated>(a(i, k));
+    }
+    for (int j = squaresUpTo; j < n; ++j)
+        for (int i = 0; i < m; ++i)
+            out(j, i) = conj_if<conjugated>(a(i, j));
+}
+
+// The other half of a triangle of order n, without the diagonal.
+template <bool conjugated, class T>
+void mirror_triangle(Uplo uplo, int n, Matrix<const T> a, Matrix<T> out) {
+    constexpr int side = SmallSquare<T>::side;
+    for (int j = 0; j < n; j += side) {
+        const int columns = smaller(side, n - j), next = j + columns;
+        for (int k = j + 1; k < next; ++k)
+            for (int i = j; i < k; ++i)
+                if (uplo == Uplo::upper)
+                    out(k, i) = conj_if<conjugated>(a(i, k));
+                else
+                    out(i, k) = conj_if<conjugated>(a(k, i));
+        if (uplo == Uplo::upper)
+            transpose_rectangle<conjugated, T>(j, columns, a.block(0, j), out.block(j, 0));
+        else
+            transpose_rectangle<conjugated, T>(n - next, columns, a.block(next, j), out.block(j, next));
+    }
+}
+
+// The full matrix of a triangle of order n, a few columns at a time: their part of the triangle as it is, and mirrored.
+// What the mirror writes at once is no more than the first-level cache holds.
 template <Symmetry symmetry, class T>
 void expand(Uplo uplo, int n, Matrix<const T> a, Matrix<T> out) {
     constexpr bool conjugated = symmetry == Symmetry::hermitian;
-    for (int j = 0; j < n; ++j) {
-        const ColumnRun rows = triangle_column(uplo, n, j);
-        for (int i = rows.first; i < rows.first + rows.count; ++i) {
-            out(i, j) = a(i, j);
-            out(j, i) = conj_if<conjugated>(a(i, j));
+    constexpr int band = 16;
+    for (int j = 0; j < n; j += band) {
+        const int columns = smaller(band, n - j), next = j + columns;
+        for (int k = j; k < next; ++k) {
+            const ColumnRun rows = triangle_column(uplo, n, k);
+            copy_run(rows.count, &a(rows.first, k), &out(rows.first, k));
+            if constexpr (conjugated)
+                make_real(out(k, k));
         }
-        if constexpr (conjugated) {
-            out(j, j) = a(j, j);
-            make_real(out(j, j));
-        }
+        mirror_triangle<conjugated, T>(uplo, columns, a.block(j, j), out.block(j, j));
+        const int from = uplo == Uplo::upper ? 0 : next, to = uplo == Uplo::upper ? j : n;
+        for (int i = from; i < to; i += band)
+            transpose_rectangle<conjugated, T>(smaller(band, to - i), columns, a.block(i, j), out.block(j, i));
     }
 }
 
@@ -98,7 +145,7 @@ void add_symmetric_product(SymmetricProduct<symmetry, T> product, int order) {
     if (product.side == Side::right)
         return product.add_part(0, order);
     SymmetricProduct<symmetry, T> part = product;
-    for (int j = 0; j < product.length; j += symmRow.columnsAtOnce) {
+    for (int j = 0; j < product.length; j += part.length) {
         part.length = smaller(symmRow.columnsAtOnce, product.length - j);
         part.b = product.b.block(0, j);
         part.c = product.c.block(0, j);
@@ -126,7 +173,7 @@ void symm(QRV_SYMM_PARAMETERS(T)) {
         return;
     const Side where = side_of(*side);
     const bool left = where == Side::left;
-    const int order = left ? *m : *n, block = left ? symmRow.leftBlock : symmRow.rightBlock;
+    const int order = left ? *m : *n, block = smaller(order, left ? symmRow.leftBlock : symmRow.rightBlock);
     SymmetricProduct<symmetry, T> product{where, uplo_of(*uplo), left ? *n : *m, *alpha, {a, *lda}, {b, *ldb}, result,
                                           {},    block};
     void* const memory = qrv_serv_allocate(sizeof(T) * static_cast<std::size_t>(block * block), 64);

@@ -21,17 +21,21 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
-constexpr int baseSize = 64; // unknowns of the innermost triangles: their coefficients fit the first cache level
-
 // One level of blocking: unknowns of a block, right-hand sides of a chunk.
 struct BlockLevel {
     int block, chunk;
 };
-
-// Unknowns or right-hand sides [first, first + count).
-struct Range {
-    int first, count;
+struct Blocking {
+    int levels;
+    BlockLevel level[3];
 };
+
+// Unknowns of the innermost triangles. Real ones that wide vectors compute are as fast as GEMM, which would take their
+// blocks with too little work for each call.
+template <class T>
+constexpr bool isWide = Vec::lanes > 4 && !isComplex<T>;
+template <class T>
+constexpr int baseSize = isWide<T> ? 128 : 64;
 
 template <class T>
 struct TriangularProblem {
@@ -79,19 +83,23 @@ private:
 
 // ---- Triangles of at most baseSize ----------------------------------------------------------------------------------
 
-// All unknowns of a strip in groups: of groupRows, then of half as many, down to single ones.
-template <class Operation, int rows, class T>
-QRV_INLINE void compute_groups(int first, int n, const Coefficients<T>& a, const T* diagonal, const Unknowns& x) {
-    for (; n - first >= rows; first += rows)
-        Operation::template group<rows>(first, n, a, diagonal, x);
-    if constexpr (rows > 1)
-        compute_groups<Operation, rows / 2>(first, n, a, diagonal, x);
+// All unknowns of a strip.
+template <class Operation, class T, class CoefficientsBeside>
+QRV_INLINE void compute_groups(int n, const Coefficients<T>& a, const T* diagonal, const Unknowns& x,
+                               const CoefficientsBeside& coefficients_beside) {
+    each_group(n, [&](auto rows, int first) {
+        const Range beside = Operation::beside(first, rows.count, n);
+        Operation::template group<rows.count>(first, beside, {a.at(first, first), a.rowStep, a.columnStep},
+                                              coefficients_beside(first, rows.count, beside), diagonal, x);
+    });
 }
 
 template <class Operation, template <class> class StripOfB, class T>
 void compute_strips(const TriangularProblem<T>& problem) {
-    alignas(64) float tile[baseSize * unknownFloats<T>];
-    T factors[baseSize];
+    using Copies = CoefficientCopies<Operation, T>;
+    alignas(64) float tile[baseSize<T> * unknownFloats<T>];
+    alignas(64) T buffer[Copies::room(baseSize<T>)];
+    T factors[baseSize<T>];
     const int n = problem.unknowns;
     const bool ascending = problem.is_lower() == (Operation::action == Action::solve);
     const std::ptrdiff_t direction = ascending ? 1 : -1, start = ascending ? 0 : n - 1;
@@ -105,12 +113,28 @@ void compute_strips(const TriangularProblem<T>& problem) {
     const T* const diagonal = problem.unit ? nullptr : factors;
     const Unknowns x{tile + start * unknownFloats<T>, direction * unknownFloats<T>};
 
-    for (int j = 0; j < problem.count; j += stripWidth<T>) {
-        const auto rest = problem.chunk({j, problem.count - j});
-        const StripOfB<T> strip{{rest.b.data, rest.b.ld, n, rest.count, problem.op == Op::adjoint}};
-        strip.load(tile);
-        compute_groups<Operation, groupRows>(0, n, a, diagonal, x);
-        strip.store(tile);
+    const auto each_strip = [&](const auto& compute) {
+        for (int j = 0; j < problem.count; j += stripWidth<T>) {
+            const auto rest = problem.chunk({j, problem.count - j});
+            const StripOfB<T> strip{{rest.b.data, rest.b.ld, n, rest.count, problem.op == Op::adjoint}};
+            strip.load(tile);
+            compute();
+            strip.store(tile);
+        }
+    };
+    if (Copies::repays(a, problem.count / stripWidth<T>)) {
+        const Copies copies(n, a, buffer);
+        each_strip([&] {
+            Copies left = copies;
+            compute_groups<Operation>(n, a, diagonal, x,
+                                      [&](int, int rows, Range beside) { return left.take(rows, beside); });
+        });
+    } else {
+        each_strip([&] {
+            compute_groups<Operation>(n, a, diagonal, x, [&](int first, int, Range beside) {
+                return Coefficients<T>{a.at(first, beside.first), a.rowStep, a.columnStep};
+            });
+        });
     }
 }
 
@@ -118,8 +142,8 @@ void compute_strips(const TriangularProblem<T>& problem) {
 // -----------------------------------------------------------------------------------------------------------
 
 template <class Operation, class T>
-void walk_triangle(const TriangularProblem<T>& problem, const BlockLevel* level, const BlockLevel* end) {
-    if (level == end)
+void walk_triangle(const TriangularProblem<T>& problem, const BlockLevel* level, int levels) {
+    if (levels == 0)
         return problem.left() ? compute_strips<Operation, ColumnStrip>(problem)
                               : compute_strips<Operation, RowStrip>(problem);
     const int n = problem.unknowns;
@@ -130,7 +154,7 @@ void walk_triangle(const TriangularProblem<T>& problem, const BlockLevel* level,
             size = smaller(level->block, n - done);
             const int left = n - done - size;
             const Range block{ascending ? done : left, size}, toCome{ascending ? done + size : 0, left};
-            walk_triangle<Operation>(chunk.block(block), level + 1, end);
+            walk_triangle<Operation>(chunk.block(block), level + 1, levels - 1);
             if (left > 0)
                 Operation::combine(chunk, block, toCome);
         }
@@ -148,10 +172,8 @@ void triangular(Side side, Uplo uplo, Op op, Diag diag, int m, int n, T alpha, M
     const bool left = side == Side::left;
     const TriangularProblem<T> problem{side, op, uplo == Uplo::upper, diag == Diag::unit,
                                        a,    b,  left ? m : n,        left ? n : m};
-    if (left)
-        walk_triangle<Operation>(problem, Operation::left, Operation::left + Operation::leftLevels);
-    else
-        walk_triangle<Operation>(problem, Operation::right, Operation::right + Operation::rightLevels);
+    const Blocking& blocks = left ? Operation::template left<T> : Operation::template right<T>;
+    walk_triangle<Operation>(problem, blocks.level, blocks.levels);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

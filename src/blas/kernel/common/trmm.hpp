@@ -10,8 +10,12 @@ struct Multiply {
     static constexpr Action action = Action::multiply;
 
     // Blocks for the GEMM that follows each, chunks for what stays in the cache meanwhile.
-    static constexpr BlockLevel left[] = {{128, 1024}, {64, 512}}, right[] = {{256, 512}, {128, 512}, {64, 512}};
-    static constexpr int leftLevels = 2, rightLevels = 3;
+    template <class T>
+    static constexpr Blocking left =
+        isWide<T> ? Blocking{3, {{512, 1024}, {256, 1024}, {128, 256}}} : Blocking{2, {{128, 1024}, {64, 512}}};
+    template <class T>
+    static constexpr Blocking right = isWide<T> ? Blocking{3, {{512, 1024}, {256, 1024}, {128, 512}}}
+                                                : Blocking{3, {{256, 512}, {128, 512}, {64, 512}}};
 
     template <class T>
     static T factor(T diagonal) {
@@ -23,11 +27,14 @@ struct Multiply {
         problem.add(finished, unchanged, scalar<T>(1));
     }
 
-    // Unknowns first to first + rows - 1 become sums over themselves and those behind, up to n.
+    // A group needs the unknowns behind it,
+    static Range beside(int first, int rows, int n) { return {first + rows, n - first - rows}; }
+
+    // and itself.
     template <int rows, class T>
-    static void group(int first, int n, const Coefficients<T>& a, const T* diagonal, const Unknowns& x) {
+    static void group(int first, Range behind, const Coefficients<T>& own, const Coefficients<T>& beside,
+                      const T* diagonal, const Unknowns& x) {
         StripOf<T> sums[rows];
-        const Coefficients<T> own{a.at(first, 0), a.rowStep, a.columnStep};
         QRV_UNROLL
         for (int k = 0; k < rows; ++k) {
             const auto unknown = StripOf<T>::load(x.at(first + k));
@@ -36,9 +43,9 @@ struct Multiply {
                 sums[k].multiply_by(diagonal[first + k]);
             QRV_UNROLL
             for (int r = 0; r < k; ++r)
-                sums[r].template add<action>(*own.at(r, first + k), unknown);
+                sums[r].template add<action>(*own.at(r, k), unknown);
         }
-        add_unknowns<action>(sums, own, first + rows, n, x);
+        add_unknowns<action>(sums, beside, behind, x);
         QRV_UNROLL
         for (int r = 0; r < rows; ++r)
             sums[r].store(x.at(first + r));

@@ -9,8 +9,12 @@ struct Solve {
     static constexpr Action action = Action::solve;
 
     // Blocks for the GEMM that follows each, chunks for what stays in the cache meanwhile.
-    static constexpr BlockLevel left[] = {{256, 1024}, {64, 256}}, right[] = {{256, 1024}, {128, 1024}, {64, 256}};
-    static constexpr int leftLevels = 2, rightLevels = 3;
+    template <class T>
+    static constexpr Blocking left =
+        isWide<T> ? Blocking{3, {{512, 1024}, {256, 1024}, {128, 256}}} : Blocking{2, {{256, 1024}, {64, 256}}};
+    template <class T>
+    static constexpr Blocking right = isWide<T> ? Blocking{3, {{512, 1024}, {256, 1024}, {128, 512}}}
+                                                : Blocking{3, {{256, 1024}, {128, 1024}, {64, 256}}};
 
     // One division for each element of the diagonal, multiplications from then on.
     template <class T>
@@ -23,15 +27,18 @@ struct Solve {
         problem.add(toCome, solved, scalar<T>(-1));
     }
 
-    // Unknowns first to first + rows - 1: those before are solved and subtracted at once, then it goes row by row.
+    // A group waits for the unknowns before it,
+    static Range beside(int first, int, int) { return {0, first}; }
+
+    // which are subtracted at once; then it goes row by row.
     template <int rows, class T>
-    static void group(int first, int, const Coefficients<T>& a, const T* reciprocals, const Unknowns& x) {
+    static void group(int first, Range before, const Coefficients<T>& own, const Coefficients<T>& beside,
+                      const T* reciprocals, const Unknowns& x) {
         StripOf<T> sums[rows];
         QRV_UNROLL
         for (int r = 0; r < rows; ++r)
             sums[r] = StripOf<T>::load(x.at(first + r));
-        const Coefficients<T> own{a.at(first, 0), a.rowStep, a.columnStep};
-        add_unknowns<action>(sums, own, 0, first, x);
+        add_unknowns<action>(sums, beside, before, x);
         QRV_UNROLL
         for (int k = 0; k < rows; ++k) {
             if (reciprocals)
@@ -39,7 +46,7 @@ struct Solve {
             sums[k].store(x.at(first + k));
             QRV_UNROLL
             for (int r = k + 1; r < rows; ++r)
-                sums[r].template add<action>(*own.at(r, first + k), sums[k]);
+                sums[r].template add<action>(*own.at(r, k), sums[k]);
         }
     }
 };

@@ -95,6 +95,15 @@ void store_dots(const DotSum<conjugated, T> (&sums)[count], T* out) {
         out[i] = sums[i].sum;
 }
 
+template <class T>
+struct SmallSquare {
+    static constexpr int side = 1;
+    template <bool conjugated>
+    static void transpose(const T* a, std::ptrdiff_t, T* out, std::ptrdiff_t) {
+        *out = conj_if<conjugated>(*a);
+    }
+};
+
 // Columns of a matrix that one pass takes.
 template <class T>
 constexpr int columnsAtOnce = 4;
