@@ -49,6 +49,6 @@ std::vector<Case> matrix_vector_cases(const CaseOptions& options); // level 2
 std::vector<Case> gemm_cases(const CaseOptions& options);
 std::vector<Case> matrix_cases(const CaseOptions& options);    // the rest of level 3: triangular,
 std::vector<Case> symmetric_cases(const CaseOptions& options); // symmetric and Hermitian
-std::vector<Case> getrf_cases(const CaseOptions\& options);
+std::vector<Case> getrf_cases(const CaseOptions& options);
 
 } // namespace bench
