@@ -55,6 +55,12 @@ TEST(LinearSystem, SolvesInvertsAndNamesTheZeroPivot) {
     EXPECT_LE(system.condition(), condition * (1 + 1e-5));
     EXPECT_GE(system.condition(), condition / 2);
 
+    // Of x = (1 + 2^-10, 1), of which the first element is wrong by 2^-10.
+    const auto diagonal = matrix<float>(2, 2, {2, 0, 0, 4});
+    const auto nearly = matrix<float>(2, 1, {1 + 0x1p-10F, 1});
+    EXPECT_DOUBLE_EQ(LinearSystem<float>("A", diagonal).error_estimate(diagonal, nearly, matrix<float>(2, 1, {2, 4})),
+                     0x1p-10 / (1 + 0x1p-10));
+
     try {
         LinearSystem<float>("the file", matrix<float>(3, 3, {1, 0, 0, 0, 0, 0, 0, 0, 1}));
         ADD_FAILURE();

@@ -47,6 +47,26 @@ double largest_row_sum(const auto& a) {
     return *std::max_element(sums.begin(), sums.end());
 }
 
+template <class T>
+double largest_element(const Matrix<T>& a) {
+    double largest = 0;
+    for (const T value : a.values)
+        raise(largest, std::abs(wide(value)));
+    return largest;
+}
+
+// Column k of b - A*x.
+template <class T>
+std::vector<Wide<T>> residual(const Matrix<T>& a, const Matrix<T>& x, const Matrix<T>& b, int k) {
+    std::vector<Wide<T>> result(static_cast<std::size_t>(a.rows));
+    for (int i = 0; i < a.rows; ++i)
+        result[static_cast<std::size_t>(i)] = wide(b(i, k));
+    for (int j = 0; j < a.columns; ++j)
+        for (int i = 0; i < a.rows; ++i)
+            result[static_cast<std::size_t>(i)] -= wide(a(i, j)) * wide(x(j, k));
+    return result;
+}
+
 } // namespace
 
 template <class T>
@@ -88,6 +108,18 @@ double LinearSystem<T>::condition() const {
 }
 
 template <class T>
+double LinearSystem<T>::error_estimate(const Matrix<T>& a, const Matrix<T>& x, const Matrix<T>& b) const {
+    Matrix<T> correction(b.rows, b.columns);
+    for (int k = 0; k < b.columns; ++k) {
+        const std::vector<Wide<T>> r = residual(a, x, b, k);
+        for (int i = 0; i < b.rows; ++i)
+            narrow(r[static_cast<std::size_t>(i)], correction(i, k));
+    }
+    solve_factored(lu, pivots, correction);
+    return ratio(largest_element(correction), largest_element(x));
+}
+
+template <class T>
 double LinearSystem<T>::gflops() const {
     return (isComplex<T> ? 4 : 1) * 2.0 / 3 * std::pow(lu.rows, 3) / seconds * 1e-9;
 }
@@ -98,25 +130,20 @@ BackwardError backward_error(const Matrix<T>& a, const Matrix<T>& x, const Matri
     const auto rows = static_cast<std::size_t>(a.rows);
     BackwardError worst;
     for (int k = 0; k < b.columns; ++k) {
-        std::vector<Wide<T>> residual(rows);
+        const std::vector<Wide<T>> r = residual(a, x, b, k);
         std::vector<double> scale(rows); // |A| |x| + |b|
         double normOfX = 0, normOfB = 0, normOfResidual = 0;
-        for (int i = 0; i < a.rows; ++i) {
-            residual[static_cast<std::size_t>(i)] = wide(b(i, k));
+        for (int i = 0; i < a.rows; ++i)
             raise(normOfB, scale[static_cast<std::size_t>(i)] = std::abs(wide(b(i, k))));
-        }
         for (int j = 0; j < a.columns; ++j) {
-            const Wide<T> xj = wide(x(j, k));
-            raise(normOfX, std::abs(xj));
-            for (int i = 0; i < a.rows; ++i) {
-                const Wide<T> product = wide(a(i, j)) * xj;
-                residual[static_cast<std::size_t>(i)] -= product;
-                scale[static_cast<std::size_t>(i)] += std::abs(product);
-            }
+            const double xj = std::abs(wide(x(j, k)));
+            raise(normOfX, xj);
+            for (int i = 0; i < a.rows; ++i)
+                scale[static_cast<std::size_t>(i)] += std::abs(wide(a(i, j))) * xj;
         }
         for (std::size_t i = 0; i < rows; ++i) {
-            raise(worst.componentwise, ratio(std::abs(residual[i]), scale[i]));
-            raise(normOfResidual, std::abs(residual[i]));
+            raise(worst.componentwise, ratio(std::abs(r[i]), scale[i]));
+            raise(normOfResidual, std::abs(r[i]));
         }
         raise(worst.normwise, ratio(normOfResidual, normOfA * normOfX + normOfB));
     }
@@ -145,12 +172,10 @@ Matrix<T> product(const Matrix<T>& a, const Matrix<T>& x) {
 
 template <class T>
 double relative_difference(const Matrix<T>& x, const Matrix<T>& y) {
-    double difference = 0, largest = 0;
-    for (std::size_t p = 0; p < x.values.size(); ++p) {
+    double difference = 0;
+    for (std::size_t p = 0; p < x.values.size(); ++p)
         raise(difference, std::abs(wide(x.values[p]) - wide(y.values[p])));
-        raise(largest, std::abs(wide(y.values[p])));
-    }
-    return ratio(difference, largest);
+    return ratio(difference, largest_element(y));
 }
 
 template class LinearSystem<float>;

@@ -28,6 +28,10 @@ public:
     // Infinity if it is beyond single precision.
     double condition() const;
 
+    // Size of the correction to x that a step of refinement would make, in the infinity norm and relative to x, with
+    // the residual in double precision: about the error of x, as long as A is not singular to working precision.
+    double error_estimate(const Matrix<T>& a, const Matrix<T>& x, const Matrix<T>& b) const;
+
     // Seconds that the factorization took, and its rate by the standard count of operations.
     double factor_seconds() const { return seconds; }
     double gflops() const;

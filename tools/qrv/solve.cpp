@@ -27,18 +27,22 @@ Matrix<T> ones(int n) {
 
 constexpr double roundingError = std::numeric_limits<float>::epsilon() / 2.0;
 
-void print_quality(double condition, const BackwardError& error, std::optional<double> trueError) {
+template <class T>
+void print_quality(const LinearSystem<T>& system, const Matrix<T>& a, const Matrix<T>& x, const Matrix<T>& b,
+                   bool isKnown) {
+    const double condition = system.condition();
+    const BackwardError error = backward_error(a, x, b);
     const double bound = forward_error_bound(condition, error);
-    fmt::print("  condition number  {:.2g} (estimate, infinity norm)\n", condition);
+    fmt::print("  condition number  {:.2g}, infinity norm, estimated\n", condition);
     fmt::print("  backward error    {:.2g} componentwise, {:.2g} normwise\n", error.componentwise, error.normwise);
-    fmt::print("  forward error     at most {:.2g} of the largest |x| (condition number times backward error)\n",
+    fmt::print("  error of x        at most {:.2g} of the largest element: condition number times backward error\n",
                bound);
-    if (trueError)
-        fmt::print("                    in truth {:.2g}\n", *trueError);
+    fmt::print("                    about {:.2g}: what a step of refinement would correct\n",
+               system.error_estimate(a, x, b));
+    if (isKnown)
+        fmt::print("                    in truth {:.2g}\n", relative_difference(x, ones<T>(a.rows)));
     if (!(condition * roundingError < 1))
-        fmt::print("  A is singular to working precision.\n");
-    if (!(bound < 1))
-        fmt::print("  The bound leaves no digit of x sure.\n");
+        fmt::print("  A is singular to working precision: no digit of x is sure.\n");
 }
 
 template <class T>
@@ -49,8 +53,7 @@ void solve(const Request& request, const Matrix<T>& a, const std::optional<Matri
     progress.reset();
     const Matrix<T> x = system.solve(b);
     fmt::print("  LU                {:.2f} ms, {:.1f} GFLOP/s\n", 1e3 * system.factor_seconds(), system.gflops());
-    print_quality(system.condition(), backward_error(a, x, b),
-                  given ? std::nullopt : std::optional(relative_difference(x, ones<T>(a.rows))));
+    print_quality(system, a, x, b, !given);
     if (!request.out.empty()) {
         write_matrix_market(request.out, x, request.isCoordinate ? Format::coordinate : Format::array,
                             "Solution of A x = b by qrv");
