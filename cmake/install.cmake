@@ -23,3 +23,9 @@ file(RELATIVE_PATH QRV_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /p
 string(REGEX REPLACE "/$" "" QRV_PC_TO_PREFIX "${QRV_PC_TO_PREFIX}")
 configure_file(${CMAKE_CURRENT_LIST_DIR}/qrv.pc.in ${PROJECT_BINARY_DIR}/qrv.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/qrv.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+if(TARGET qrv_tool)
+  file(RELATIVE_PATH lib_from_bin /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})
+  set_target_properties(qrv_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
+  install(TARGETS qrv_tool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()

@@ -1,5 +1,6 @@
 // The library at work on a photograph: blurs and sharpens it as products with banded Toeplitz matrices through the
-// provider's Sgemm, checks them in double precision, and writes the pictures.
+// provider's Sgemm, checks them in double precision, and writes the pictures. Then on matrices from practice: solves
+// linear systems with them through Sgetrf and Sgetrs and tells how good the solutions are.
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
@@ -10,6 +11,7 @@
 #include <qrv/service.h>
 
 #include "picture.hpp"
+#include "systems.hpp"
 #include "toeplitz.hpp"
 
 namespace {
@@ -52,7 +54,7 @@ Picture show(const char* name, const Picture& original, const std::vector<float>
     return filtered.picture;
 }
 
-void run(const std::string& image, const std::filesystem::path& folder) {
+void show_pictures(const std::string& image, const std::filesystem::path& folder) {
     const Picture original = read_png(image);
     std::error_code failure;
     std::filesystem::create_directories(folder, failure);
@@ -67,20 +69,22 @@ void run(const std::string& image, const std::filesystem::path& folder) {
     const Picture sharpened = show("sharpened", original, sharpen_taps(sharpenSigma), level, folder);
     const std::filesystem::path together = folder / "original-blurred-sharpened.png";
     write_png(together.string(), beside({original, blurred, sharpened}));
-    fmt::print("\nPictures: {}\n          {} (beside each other)\n\n{}", folder.string(), together.string(),
-               configuration());
+    fmt::print("\nPictures: {}\n          {} (beside each other)\n\n", folder.string(), together.string());
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Blurs and sharpens a picture through the provider's Sgemm."};
-    std::string image, folder = "demo-output";
+    CLI::App app{"Blurs and sharpens a picture, and solves linear systems, through the provider."};
+    std::string image, folder = "demo-output", data = "examples/data";
     app.add_option("image", image, "PNG picture to read")->required();
     app.add_option("--out", folder, "folder for the pictures")->capture_default_str();
+    app.add_option("--data", data, "folder of the matrices")->capture_default_str();
     CLI11_PARSE(app, argc, argv);
     try {
-        run(image, folder);
+        show_pictures(image, folder);
+        show_systems(data);
+        fmt::print("{}", configuration());
     } catch (const std::exception& error) {
         fmt::print(stderr, "qrv_demo: {}\n", error.what());
         return 1;

@@ -1,0 +1,75 @@
+// Measures of a solution against values by hand.
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+
+#include "qrv/linear_system.hpp"
+
+namespace tools {
+namespace {
+
+template <class T>
+Matrix<T> matrix(int rows, int columns, std::vector<T> values) {
+    Matrix<T> a(rows, columns);
+    a.values = std::move(values);
+    return a;
+}
+
+TEST(LinearSystem, BackwardErrorIsTheWorstOfTheColumns) {
+    // A = [1 1; 0 2], x = (1, 2): A x = (3, 4), |A||x| the same, |A| |x| = 4 in norms.
+    const auto a = matrix<float>(2, 2, {1, 0, 1, 2}), x = matrix<float>(2, 1, {1, 2});
+    const BackwardError one = backward_error(a, x, matrix<float>(2, 1, {4, 4}));
+    EXPECT_DOUBLE_EQ(one.componentwise, 1.0 / 7);
+    EXPECT_DOUBLE_EQ(one.normwise, 1.0 / 8);
+    const BackwardError two =
+        backward_error(a, matrix<float>(2, 3, {1, 2, 1, 2, 0, 0}), matrix<float>(2, 3, {3, 4, 3, -4, 0, 0}));
+    EXPECT_DOUBLE_EQ(two.componentwise, 1);
+    EXPECT_DOUBLE_EQ(two.normwise, 1);
+    // Residuals below single precision count: 2^24 + 1 - (2^24 + 1).
+    const auto row = matrix<float>(2, 2, {16777216, 0, 1, 1});
+    EXPECT_EQ(backward_error(row, matrix<float>(2, 1, {1, 1}), matrix<float>(2, 1, {16777216, 1})).componentwise,
+              1 / (16777216.0 * 2 + 1));
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_FALSE(backward_error(a, matrix<float>(2, 1, {nan, 1}), x).normwise <= 1);
+    // Complex: A = (3 + 4i), x = i, b = 1: r = 1 - 3i + 4 = 5 - 3i.
+    const BackwardError complex = backward_error(
+        matrix<SingleComplex>(1, 1, {{3, 4}}), matrix<SingleComplex>(1, 1, {{0, 1}}), matrix<SingleComplex>(1, 1, {1}));
+    EXPECT_DOUBLE_EQ(complex.componentwise, std::sqrt(34.0) / 6);
+}
+
+TEST(LinearSystem, BoundsTheForwardError) {
+    // |A| |x| = 1, b = 1 - r: the bound is |r| / |x| times the condition number, 3 here, for whatever r.
+    for (const double r : {1e-6, 1e-3, 0.5})
+        EXPECT_NEAR(forward_error_bound(3, {0, r / (2 - r)}), 3 * r / (1 - r), 1e-15);
+    EXPECT_EQ(forward_error_bound(3, {0, 1}), std::numeric_limits<double>::infinity());
+}
+
+TEST(LinearSystem, SolvesInvertsAndNamesTheZeroPivot) {
+    const auto a = matrix<SingleComplex>(2, 2, {{0, 0}, {0, 2}, {1, 0}, {1, 1}}); // [0 1; 2i 1+i]
+    LinearSystem<SingleComplex> system("A", a);
+    const Matrix<SingleComplex> x = system.solve(product(a, matrix<SingleComplex>(2, 1, {{1, 2}, {3, -4}})));
+    EXPECT_LT(relative_difference(x, matrix<SingleComplex>(2, 1, {{1, 2}, {3, -4}})), 1e-6);
+    EXPECT_LT(relative_difference(product(a, system.inverse()), matrix<SingleComplex>(2, 2, {1, 0, 0, 1})), 1e-6);
+    // A^-1 = [(i-1)/2 -i/2; 1 0]. An estimate is never too large, and at this size not far off.
+    const double condition = (2 + std::sqrt(2.0)) * (std::sqrt(0.5) + 0.5);
+    EXPECT_LE(system.condition(), condition * (1 + 1e-5));
+    EXPECT_GE(system.condition(), condition / 2);
+
+    // Of x = (1 + 2^-10, 1), of which the first element is wrong by 2^-10.
+    const auto diagonal = matrix<float>(2, 2, {2, 0, 0, 4});
+    const auto nearly = matrix<float>(2, 1, {1 + 0x1p-10F, 1});
+    EXPECT_DOUBLE_EQ(LinearSystem<float>("A", diagonal).error_estimate(diagonal, nearly, matrix<float>(2, 1, {2, 4})),
+                     0x1p-10 / (1 + 0x1p-10));
+
+    try {
+        LinearSystem<float>("the file", matrix<float>(3, 3, {1, 0, 0, 0, 0, 0, 0, 0, 1}));
+        ADD_FAILURE();
+    } catch (const Unsolvable& error) {
+        EXPECT_STREQ(error.what(), "the file is singular: pivot 2 of 3 is 0");
+    }
+    LinearSystem<float> tiny("A", matrix<float>(1, 1, {1e-30F}));
+    EXPECT_THROW(tiny.solve(matrix<float>(1, 1, {1e30F})), Unsolvable);
+}
+
+} // namespace
+} // namespace tools

@@ -1,0 +1,27 @@
+// The commands of the program. Each adds itself to the command line and, when chosen, runs from its callback.
+//
+// What goes wrong leaves a command as an exception, of which main makes one line on standard error and the exit code:
+//
+//   0  good        1  the problem could not be solved, or its result not be written        2  bad usage or bad input
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+#include "matrix_market/matrix_market.hpp"
+
+namespace tools {
+
+void add_info(CLI::App& program);
+void add_norm(CLI::App& program);
+void add_solve(CLI::App& program);
+void add_invert(CLI::App& program);
+void add_bench(CLI::App& program);
+
+// Name, size and kind of a matrix, for the head of a report.
+std::string description(const std::string& path, const MatrixFile& file);
+
+// Order of a square matrix; raises InputError for any other.
+int require_square(const std::string& path, const AnyMatrix& matrix);
+
+} // namespace tools

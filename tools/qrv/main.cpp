@@ -1,0 +1,53 @@
+// qrv: linear algebra on matrix files, and what is running, through the provider.
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fmt/core.h>
+#include <qrv/service.h>
+
+#include "command.hpp"
+
+namespace {
+
+enum ExitCode { good = 0, notSolved = 1, badInput = 2 };
+
+void run(CLI::App& program, int argc, char** argv) {
+    try {
+        program.parse(argc, argv); // runs the command
+        if (program.get_subcommands().empty())
+            throw CLI::RequiredError("a command");
+    } catch (const CLI::Success& request) { // help, version
+        program.exit(request);
+    }
+    if (std::fflush(stdout) != 0)
+        throw tools::OutputError(std::string("cannot write standard output: ") + std::strerror(errno));
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App program{"Linear algebra on matrix files in the Matrix Market format, in single precision."};
+    program.name("qrv");
+    program.require_subcommand(0, 1); // a word that is no command is named, then, as not expected
+    program.set_version_flag("--version", qrv_serv_get_version());
+    tools::add_info(program);
+    tools::add_norm(program);
+    tools::add_solve(program);
+    tools::add_invert(program);
+    tools::add_bench(program);
+    try {
+        run(program, argc, argv);
+        return good;
+    } catch (const CLI::ParseError& error) {
+        fmt::print(stderr, "qrv: {}; 'qrv --help' tells the usage\n", error.what());
+        return badInput;
+    } catch (const tools::InputError& error) {
+        fmt::print(stderr, "qrv: {}\n", error.what());
+        return badInput;
+    } catch (const std::bad_alloc&) {
+        fmt::print(stderr, "qrv: not enough memory\n");
+    } catch (const std::exception& error) {
+        fmt::print(stderr, "qrv: {}\n", error.what());
+    }
+    return notSolved;
+}

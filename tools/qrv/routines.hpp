@@ -1,0 +1,35 @@
+// The provider's LAPACK for either element, on whole matrices.
+#pragma once
+
+#include <qrv/providers.hpp>
+
+#include "matrix_market/matrix.hpp"
+
+namespace tools {
+
+using Corvex::Mathematics::LinearAlgebra::MatrixNorm;
+using Corvex::Mathematics::LinearAlgebra::TransposeOperation;
+
+// The provider object of this program.
+const Corvex::Mathematics::LinearAlgebra::Providers::ParallelX86SingleLinearAlgebraProvider& provider();
+
+float norm(MatrixNorm kind, const Matrix<float>& a);
+float norm(MatrixNorm kind, const Matrix<SingleComplex>& a);
+
+// P*L*U in place of A, and the row exchanges. Result: 0, or the number, from 1, of the first pivot that is 0.
+int factor(Matrix<float>& a, std::vector<int>& pivots);
+int factor(Matrix<SingleComplex>& a, std::vector<int>& pivots);
+
+// A^-1*B in place of B, from the factors.
+void solve_factored(const Matrix<float>& lu, const std::vector<int>& pivots, Matrix<float>& b);
+void solve_factored(const Matrix<SingleComplex>& lu, const std::vector<int>& pivots, Matrix<SingleComplex>& b);
+
+// A^-1 in place of the factors. Result: as factor.
+int invert_factored(Matrix<float>& lu, const std::vector<int>& pivots);
+int invert_factored(Matrix<SingleComplex>& lu, const std::vector<int>& pivots);
+
+// Estimate of 1 / (|A| |A^-1|) from the factors and |A|.
+float reciprocal_condition(MatrixNorm kind, const Matrix<float>& lu, float normOfA);
+float reciprocal_condition(MatrixNorm kind, const Matrix<SingleComplex>& lu, float normOfA);
+
+} // namespace tools

@@ -1,0 +1,101 @@
+// qrv solve: a linear system, and how far its solution can be trusted.
+#include <fmt/core.h>
+#include <limits>
+#include <optional>
+
+#include "command.hpp"
+#include "linear_system.hpp"
+#include "progress.hpp"
+
+namespace tools {
+namespace {
+
+struct Request {
+    std::string a, b, out;
+    bool isCoordinate = false;
+
+    bool has_right_hand_side() const { return !b.empty(); }
+};
+
+// Without a right-hand side: the product with a vector of ones, which is the solution, then.
+template <class T>
+Matrix<T> ones(int n) {
+    Matrix<T> x(n, 1);
+    x.values.assign(x.values.size(), T(1));
+    return x;
+}
+
+constexpr double roundingError = std::numeric_limits<float>::epsilon() / 2.0;
+
+template <class T>
+void print_quality(const LinearSystem<T>& system, const Matrix<T>& a, const Matrix<T>& x, const Matrix<T>& b,
+                   bool isKnown) {
+    const double condition = system.condition();
+    const BackwardError error = backward_error(a, x, b);
+    const double bound = forward_error_bound(condition, error);
+    fmt::print("  condition number  {:.2g}, infinity norm, estimated\n", condition);
+    fmt::print("  backward error    {:.2g} componentwise, {:.2g} normwise\n", error.componentwise, error.normwise);
+    fmt::print("  error of x        at most {:.2g} of the largest element: condition number times backward error\n",
+               bound);
+    fmt::print("                    about {:.2g}: what a step of refinement would correct\n",
+               system.error_estimate(a, x, b));
+    if (isKnown)
+        fmt::print("                    in truth {:.2g}\n", relative_difference(x, ones<T>(a.rows)));
+    if (!(condition * roundingError < 1))
+        fmt::print("  A is singular to working precision: no digit of x is sure.\n");
+}
+
+template <class T>
+void solve(const Request& request, const Matrix<T>& a, const std::optional<Matrix<T>>& given) {
+    const Matrix<T> b = given ? *given : product(a, ones<T>(a.rows));
+    std::optional<ProgressBar> progress(a.rows);
+    LinearSystem<T> system(request.a, a);
+    progress.reset();
+    const Matrix<T> x = system.solve(b);
+    fmt::print("  LU                {:.2f} ms, {:.1f} GFLOP/s\n", 1e3 * system.factor_seconds(), system.gflops());
+    print_quality(system, a, x, b, !given);
+    if (!request.out.empty()) {
+        write_matrix_market(request.out, x, request.isCoordinate ? Format::coordinate : Format::array,
+                            "Solution of A x = b by qrv");
+        fmt::print("  x                 {}\n", request.out);
+    }
+}
+
+void check_sizes(const Request& request, const AnyMatrix& a, const std::optional<MatrixFile>& b) {
+    const auto rows = [](const auto& matrix) { return matrix.rows; };
+    const int n = require_square(request.a, a);
+    if (b && std::visit(rows, b->matrix) != n)
+        throw InputError(
+            fmt::format("{} has {} rows; the matrix {} has {}", request.b, std::visit(rows, b->matrix), request.a, n));
+}
+
+void run(const Request& request) {
+    const MatrixFile a = read_matrix_market(request.a);
+    std::optional<MatrixFile> b;
+    if (request.has_right_hand_side())
+        b = read_matrix_market(request.b);
+    check_sizes(request, a.matrix, b);
+    fmt::print("A: {}\nb: {}\n", description(request.a, a),
+               b ? description(request.b, *b) : "A times a vector of ones");
+    // A complex side makes the other one complex.
+    const auto* const realA = std::get_if<Matrix<float>>(&a.matrix);
+    if (realA && (!b || std::holds_alternative<Matrix<float>>(b->matrix)))
+        solve<float>(request, *realA, b ? std::optional(std::get<Matrix<float>>(b->matrix)) : std::nullopt);
+    else
+        solve<SingleComplex>(request, to_complex(a.matrix), b ? std::optional(to_complex(b->matrix)) : std::nullopt);
+}
+
+} // namespace
+
+void add_solve(CLI::App& program) {
+    CLI::App* const command = program.add_subcommand(
+        "solve", "Solves A x = b by LU, and tells condition number, backward error and a bound of the error of x");
+    const auto request = std::make_shared<Request>();
+    command->add_option("A", request->a, "Matrix Market file of a square matrix")->required();
+    command->add_option("b", request->b, "file of right-hand sides; without, A times a vector of ones");
+    command->add_option("-o,--out", request->out, "file for x");
+    command->add_flag("--coordinate", request->isCoordinate, "write nonzeros only");
+    command->callback([request] { run(*request); });
+}
+
+} // namespace tools
