@@ -10,7 +10,7 @@
 // The walk goes forward or backward along the diagonal as option and triangle demand. At its end are triangles of at
 // most baseSize unknowns, computed a strip of right-hand sides at a time.
 //
-//   memory     a tile on the stack, and what GEMM takes
+//   memory     a tile and copies of coefficients on the stack, 64 KB at most, and what GEMM takes
 //   reads      the triangle that is named; its diagonal unless it is taken to be 1; A and B not at all for alpha = 0
 #pragma once
 
@@ -28,6 +28,8 @@ struct BlockLevel {
 struct Blocking {
     int levels;
     BlockLevel level[3];
+
+    constexpr int innermost() const { return level[levels - 1].block; }
 };
 
 // Unknowns of the innermost triangles. Real ones that wide vectors compute are as fast as GEMM, which would take their
@@ -77,8 +79,8 @@ struct TriangularProblem {
     }
     // The unknowns `target` += factor * their coefficients with the unknowns `source` * these.
     void add(Range target, Range source, T factor) const {
-        const bool stored = left() == (op == Op::none);
-        const auto coefficients = stored ? a.block(target.first, source.first) : a.block(source.first, target.first);
+        const auto coefficients =
+            swaps_indices() ? a.block(source.first, target.first) : a.block(target.first, source.first);
         if (left())
             gemm(op, Op::none, target.count, count, source.count, factor, coefficients, of_unknowns(source),
                  scalar<T>(1), of_unknowns(target));
@@ -175,7 +177,7 @@ void walk_triangle(const TriangularProblem<T>& problem, const BlockLevel* level,
 
 template <class Operation, class T>
 void triangular(Side side, Uplo uplo, Op op, Diag diag, int m, int n, T alpha, Matrix<const T> a, Matrix<T> b) {
-    if (n == 0)
+    if (m == 0 || n == 0)
         return;
     if (alpha != scalar<T>(1))
         scale(m, n, alpha, b);
@@ -185,6 +187,8 @@ void triangular(Side side, Uplo uplo, Op op, Diag diag, int m, int n, T alpha, M
     const TriangularProblem<T> problem{side, op, uplo == Uplo::upper, diag == Diag::unit,
                                        a,    b,  left ? m : n,        left ? n : m};
     const Blocking& blocks = left ? Operation::template left<T> : Operation::template right<T>;
+    static_assert(Operation::template left<T>.innermost() <= copiedSize<T> &&
+                  Operation::template right<T>.innermost() <= copiedSize<T>);
     walk_triangle<Operation>(problem, blocks.level, blocks.levels);
 }
 
