@@ -16,7 +16,9 @@ template <class T>
 struct Routines;
 template <>
 struct Routines<float> {
-    static constexpr auto &getrf = qrv_lapack_sgetrf, &getrs = qrv_lapack_sgetrs, &getri = qrv_lapack_sgetri;
+    static constexpr auto& getrf = qrv_lapack_sgetrf;
+    static constexpr auto& getrs = qrv_lapack_sgetrs;
+    static constexpr auto& getri = qrv_lapack_sgetri;
     static void gecon(char norm, int n, const float* a, int lda, float anorm, float* rcond, int* info) {
         std::vector<float> work(static_cast<std::size_t>(4 * n) + 1);
         std::vector<int> iwork(static_cast<std::size_t>(n) + 1);
@@ -25,7 +27,9 @@ struct Routines<float> {
 };
 template <>
 struct Routines<SingleComplex> {
-    static constexpr auto &getrf = qrv_lapack_cgetrf, &getrs = qrv_lapack_cgetrs, &getri = qrv_lapack_cgetri;
+    static constexpr auto& getrf = qrv_lapack_cgetrf;
+    static constexpr auto& getrs = qrv_lapack_cgetrs;
+    static constexpr auto& getri = qrv_lapack_cgetri;
     static void gecon(char norm, int n, const SingleComplex* a, int lda, float anorm, float* rcond, int* info) {
         std::vector<SingleComplex> work(static_cast<std::size_t>(2 * n) + 1);
         std::vector<float> rwork(static_cast<std::size_t>(2 * n) + 1);
