@@ -113,8 +113,7 @@ private:
     SingleComplex* data_;
 };
 
-// ---- Level 2
-// ---------------------------------------------------------------------------------------------------------
+// ---- Level 2 ------------------------------------------------------------------------------------------------------
 
 // y := alpha*conj(A)*x + beta*y by `multiply(alpha, x, incx, beta)`, which multiplies with A.
 template <class Multiply>
@@ -295,8 +294,7 @@ void her2(const char* name, int order, int uploOption, int n, const SingleComple
         CHER2(&uplo, &n, alpha, w.data(), &stepY, z.data(), &stepX, a, &lda);
 }
 
-// ---- Level 3
-// ---------------------------------------------------------------------------------------------------------
+// ---- Level 3 ------------------------------------------------------------------------------------------------------
 
 template <class T, class Entry>
 void gemm(Entry* entry, const char* name, int order, int transa, int transb, int m, int n, int k, Scalar<T> alpha,
@@ -389,8 +387,7 @@ void syr2k(Entry* entry, char transposed, const char* name, int order, int uploO
 } // namespace
 } // namespace qrv
 
-// ---- The names
-// -------------------------------------------------------------------------------------------------------
+// ---- The names ----------------------------------------------------------------------------------------------------
 
 using namespace qrv;
 

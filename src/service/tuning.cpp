@@ -228,8 +228,7 @@ constexpr int crossover_of(std::uint64_t name, const Sizes& n) {
     return 0;
 }
 
-// ---- Threaded LU
-// -----------------------------------------------------------------------------------------------------
+// ---- Threaded LU --------------------------------------------------------------------------------------------------
 
 struct LuShares {
     int span, tail;
@@ -249,8 +248,7 @@ constexpr LuShares lu_shares(const Name& name, int n, int threads) {
     return {1, n > 6500 ? 1'000'000 : threads == 12 ? 12 : 0};
 }
 
-// ---- QR iteration
-// -----------------------------------------------------------------------------------------------------
+// ---- QR iteration -------------------------------------------------------------------------------------------------
 
 // Simultaneous shifts for nh active rows, an even number.
 int shifts(int nh) {
@@ -371,8 +369,7 @@ int qr_iteration(int ispec, int ilo, int ihi) {
 
 } // namespace qrv::tuning
 
-// ---- The native entries
-// -----------------------------------------------------------------------------------------------
+// ---- The native entries -------------------------------------------------------------------------------------------
 
 using namespace qrv;
 

@@ -247,8 +247,7 @@ TEST(Level1Positions, OfTiesInfinitiesAndNan) {
         }
 }
 
-// ---- Rotations
-// --------------------------------------------------------------------------------------------------------
+// ---- Rotations ----------------------------------------------------------------------------------------------------
 
 TEST(Level1Rotations, SrotgSolvesItsEquations) {
     constexpr float sizes[] = {0, 1, -1, 3, -4, 1e-20F, -2e20F, tiny, largest / 2};

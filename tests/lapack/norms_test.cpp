@@ -105,6 +105,12 @@ TYPED_TEST(Norms, NanIsReplacedByTheNext) {
         EXPECT_EQ(norm_of(norm, {1, infinity, 3}), infinity) << norm;
         EXPECT_EQ(norm_of(norm, {}), 0) << norm;
     }
+    std::vector<T> columns(60, scalar<T>(9));
+    for (int i = 31; i < 60; ++i)
+        columns[static_cast<std::size_t>(i)] = scalar<T>(i == 31 ? nan : i == 50 ? 3 : 2);
+    const int m = 30, two = 2, one = 1, atNan = 32;
+    EXPECT_EQ(kernel_for<T>(SLANGE, CLANGE)("M", &m, &two, columns.data(), &m, nullptr), 3) << "inside a column";
+    EXPECT_TRUE(std::isnan(kernel_for<T>(SLANGE, CLANGE)("M", &atNan, &one, columns.data(), &atNan, nullptr)));
     EXPECT_TRUE(std::isnan(norm_of('I', {9, nan, 2}))) << "a row sum";
     EXPECT_TRUE(std::isnan(norm_of('F', {9, nan, 2})));
 }

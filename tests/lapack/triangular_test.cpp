@@ -30,8 +30,7 @@ bool same(const std::vector<T>& x, const std::vector<T>& y) {
     return same(x.data(), y.data(), static_cast<int>(x.size()));
 }
 
-// ---- Inverses
-// ---------------------------------------------------------------------------------------------------------
+// ---- Inverses -----------------------------------------------------------------------------------------------------
 
 // Largest |A X - I| over the bound of a triangular inverse: u |A| |X| times the length of the sums.
 template <class T>
@@ -148,8 +147,7 @@ TYPED_TEST(Triangular, BadArgumentsOfPartsOfOthers) {
     EXPECT_EQ(trti2("LU", &n, &one), -5);
 }
 
-// ---- Scaled solves
-// -----------------------------------------------------------------------------------------------------
+// ---- Scaled solves ------------------------------------------------------------------------------------------------
 
 template <class T>
 double norm1(const std::vector<T>& x) {
@@ -254,8 +252,7 @@ TYPED_TEST(Triangular, ScalingByReciprocals) {
     EXPECT_TRUE(has_nan(x));
 }
 
-// ---- Estimates
-// -----------------------------------------------------------------------------------------------------------
+// ---- Estimates ----------------------------------------------------------------------------------------------------
 
 // The estimate of a matrix, its vector v, and what was asked for.
 template <class T>
@@ -329,8 +326,7 @@ TYPED_TEST(Triangular, EstimatesEndOnNan) {
     }
 }
 
-// ---- Condition numbers
-// ---------------------------------------------------------------------------------------------------
+// ---- Condition numbers --------------------------------------------------------------------------------------------
 
 // norm(A) norm(inv(A)) in double, by solving for the columns of the inverse.
 template <class T>

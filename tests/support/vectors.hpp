@@ -15,8 +15,7 @@
 
 namespace qrv::test {
 
-// ---- Elements of either kind, and as the oracles compute with them
-// ----------------------------------------------------
+// ---- Elements of either kind, and as the oracles compute with them ------------------------------------------------
 
 template <class T>
 using Wide = std::conditional_t<std::is_same_v<T, float>, double, std::complex<double>>;
@@ -56,8 +55,7 @@ T any_size_one(std::mt19937& random) {
     return element<T>([&] { return uniform(random); });
 }
 
-// ---- The vectors
-// ------------------------------------------------------------------------------------------------------
+// ---- The vectors --------------------------------------------------------------------------------------------------
 
 enum class Guard { canaries, pageBehind, pageInFront };
 

@@ -27,8 +27,7 @@ inline void rotg(float& a, float& b, float& c, float& s) {
     b = static_cast<float>(aIsLarger ? sine : c != 0 ? 1 / cosine : 1);
 }
 
-// ---- Modified rotations
-// -----------------------------------------------------------------------------------------------
+// ---- Modified rotations -------------------------------------------------------------------------------------------
 
 // Which elements of H, which is [ h11 h12; h21 h22 ], a parameter array holds: its first number.
 constexpr float identity = -2, allOfH = -1, offDiagonalOfH = 0, diagonalOfH = 1;

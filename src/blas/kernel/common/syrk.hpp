@@ -44,16 +44,16 @@ constexpr RankUpdateRow rankUpdateRow<SingleComplex, 4>{
 // halves of the whole triangle gain a third to a half over one block after the other, at any size.
 template <>
 constexpr RankUpdateRow rankUpdateRow<float, 8>{
-    .plain = unlimited, .transposed = unlimited, .leaf = 32, .order = 512, .depth = 128};
-template <>
-constexpr RankUpdateRow rankUpdateRow<SingleComplex, 8>{
     .plain = unlimited, .transposed = unlimited, .leaf = 16, .order = 512, .depth = 128};
 template <>
+constexpr RankUpdateRow rankUpdateRow<SingleComplex, 8>{
+    .plain = unlimited, .transposed = unlimited, .leaf = 8, .order = 512, .depth = 128};
+template <>
 constexpr RankUpdateRow rankUpdateRow<float, 16>{
-    .plain = unlimited, .transposed = unlimited, .leaf = 32, .order = 512, .depth = 256};
+    .plain = unlimited, .transposed = unlimited, .leaf = 16, .order = 512, .depth = 256};
 template <>
 constexpr RankUpdateRow rankUpdateRow<SingleComplex, 16>{
-    .plain = unlimited, .transposed = unlimited, .leaf = 16, .order = 512, .depth = 256};
+    .plain = unlimited, .transposed = unlimited, .leaf = 8, .order = 512, .depth = 256};
 
 // The first part of n, which is more than a leaf: about half of it, in whole leaves.
 constexpr int half_in_leaves(int n, int leaf) {

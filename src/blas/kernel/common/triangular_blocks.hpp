@@ -35,7 +35,10 @@ struct Blocking {
 template <class T>
 constexpr bool isWide = Vec::lanes > 4 && !isComplex<T>;
 template <class T>
-constexpr int baseSize = isWide<T> ? 128 : 64;
+constexpr int baseSize = isWide<T> ? 256 : 64;
+// The same where their coefficients are copied.
+template <class T>
+constexpr int copiedSize = isWide<T> ? 128 : 64;
 
 template <class T>
 struct TriangularProblem {
@@ -51,6 +54,13 @@ struct TriangularProblem {
     bool is_lower() const { return upper == swaps_indices(); }
     // Whether the coefficient of unknown k in equation i is stored in A as element (k, i).
     bool swaps_indices() const { return left() == (op != Op::none); }
+
+    // The coefficients in the order of the walk.
+    Coefficients<T> coefficients(bool ascending) const {
+        const T* const start = ascending ? a.data : a.data + (unknowns - 1) * (a.ld + 1);
+        const std::ptrdiff_t step = ascending ? 1 : -1;
+        return {start, step * (swaps_indices() ? a.ld : 1), step * (swaps_indices() ? 1 : a.ld)};
+    }
 
     TriangularProblem block(Range range) const {
         TriangularProblem part = *this;
@@ -98,20 +108,16 @@ template <class Operation, template <class> class StripOfB, class T>
 void compute_strips(const TriangularProblem<T>& problem) {
     using Copies = CoefficientCopies<Operation, T>;
     alignas(64) float tile[baseSize<T> * unknownFloats<T>];
-    alignas(64) T buffer[Copies::room(baseSize<T>)];
+    alignas(64) T buffer[Copies::room(copiedSize<T>)];
     T factors[baseSize<T>];
     const int n = problem.unknowns;
     const bool ascending = problem.is_lower() == (Operation::action == Action::solve);
-    const std::ptrdiff_t direction = ascending ? 1 : -1, start = ascending ? 0 : n - 1;
-
-    const std::ptrdiff_t ld = problem.a.ld;
-    const bool swapped = problem.swaps_indices();
-    const Coefficients<T> a{problem.a.data + start * (ld + 1), direction * (swapped ? ld : 1),
-                            direction * (swapped ? 1 : ld)};
+    const Coefficients<T> a = problem.coefficients(ascending);
     for (int k = 0; !problem.unit && k < n; ++k)
         factors[k] = Operation::factor(*a.at(k, k));
     const T* const diagonal = problem.unit ? nullptr : factors;
-    const Unknowns x{tile + start * unknownFloats<T>, direction * unknownFloats<T>};
+    const Unknowns x =
+        ascending ? Unknowns{tile, unknownFloats<T>} : Unknowns{tile + (n - 1) * unknownFloats<T>, -unknownFloats<T>};
 
     const auto each_strip = [&](const auto& compute) {
         for (int j = 0; j < problem.count; j += stripWidth<T>) {
@@ -122,7 +128,7 @@ void compute_strips(const TriangularProblem<T>& problem) {
             strip.store(tile);
         }
     };
-    if (Copies::repays(a, problem.count / stripWidth<T>)) {
+    if (n <= copiedSize<T> && Copies::repays(a, problem.count / stripWidth<T>)) {
         const Copies copies(n, a, buffer);
         each_strip([&] {
             Copies left = copies;
@@ -138,16 +144,22 @@ void compute_strips(const TriangularProblem<T>& problem) {
     }
 }
 
-// ---- Blocks
-// -----------------------------------------------------------------------------------------------------------
+template <class Operation, class T>
+int base_size(const TriangularProblem<T>& problem, bool ascending) {
+    const bool copies =
+        CoefficientCopies<Operation, T>::repays(problem.coefficients(ascending), problem.count / stripWidth<T>);
+    return copies ? copiedSize<T> : baseSize<T>;
+}
+
+// ---- Blocks -------------------------------------------------------------------------------------------------------
 
 template <class Operation, class T>
 void walk_triangle(const TriangularProblem<T>& problem, const BlockLevel* level, int levels) {
-    if (levels == 0)
-        return problem.left() ? compute_strips<Operation, ColumnStrip>(problem)
-                              : compute_strips<Operation, RowStrip>(problem);
     const int n = problem.unknowns;
     const bool ascending = problem.is_lower() == (Operation::action == Action::solve);
+    if (levels == 0 || (isWide<T> && n <= base_size<Operation>(problem, ascending)))
+        return problem.left() ? compute_strips<Operation, ColumnStrip>(problem)
+                              : compute_strips<Operation, RowStrip>(problem);
     for (int j = 0; j < problem.count; j += level->chunk) {
         const auto chunk = problem.chunk({j, smaller(level->chunk, problem.count - j)});
         for (int done = 0, size; done < n; done += size) {

@@ -42,33 +42,24 @@ struct Unknowns {
 // An unknown for all right-hand sides of a strip.
 template <class T>
 struct StripOf {
-    static constexpr int vectors = stripVectors<T>;
-    Vec re[vectors], im[isComplex<T> ? vectors : 1];
+    static constexpr int parts = floatsIn<T>, vectors = stripVectors<T>;
+    Vec part[parts][vectors]; // real, then imaginary
 
-    QRV_INLINE static StripOf zero() {
+    QRV_INLINE static StripOf load(const float* from) {
         StripOf s;
-        s.each([](Vec& re, Vec& im, int) {
-            re = Vec::zero();
-            im = Vec::zero();
-        });
-        return s;
-    }
-    QRV_INLINE static StripOf load(const float* p) {
-        StripOf s;
-        s.each([p](Vec& re, Vec& im, int v) {
-            re = Vec::load_aligned(p + v * Vec::lanes);
-            if constexpr (isComplex<T>)
-                im = Vec::load_aligned(p + (vectors + v) * Vec::lanes);
-        });
-        return s;
-    }
-    QRV_INLINE void store(float* p) const {
         QRV_UNROLL
-        for (int v = 0; v < vectors; ++v) {
-            re[v].store_aligned(p + v * Vec::lanes);
-            if constexpr (isComplex<T>)
-                im[v].store_aligned(p + (vectors + v) * Vec::lanes);
-        }
+        for (int p = 0; p < parts; ++p)
+            QRV_UNROLL
+        for (int v = 0; v < vectors; ++v)
+            s.part[p][v] = Vec::load_aligned(from + (p * vectors + v) * Vec::lanes);
+        return s;
+    }
+    QRV_INLINE void store(float* to) const {
+        QRV_UNROLL
+        for (int p = 0; p < parts; ++p)
+            QRV_UNROLL
+        for (int v = 0; v < vectors; ++v)
+            part[p][v].store_aligned(to + (p * vectors + v) * Vec::lanes);
     }
 
     // *this += a*x for a product, -= for a solve.
@@ -76,43 +67,37 @@ struct StripOf {
     QRV_INLINE void add(const T& a, const StripOf& x) {
         constexpr bool adds = action == Action::multiply;
         if constexpr (isComplex<T>) {
-            const Vec ar = Vec::splat(a.re);
-            each([&](Vec& sr, Vec& si, int v) {
-                sr = adds ? multiply_add(ar, x.re[v], sr) : subtract_product(ar, x.re[v], sr);
-                si = adds ? multiply_add(ar, x.im[v], si) : subtract_product(ar, x.im[v], si);
-            });
-            const Vec ai = Vec::splat(a.im);
-            each([&](Vec& sr, Vec& si, int v) {
-                sr = adds ? subtract_product(ai, x.im[v], sr) : multiply_add(ai, x.im[v], sr);
-                si = adds ? multiply_add(ai, x.re[v], si) : subtract_product(ai, x.re[v], si);
-            });
+            add_part<adds>(part[0], a.re, x.part[0]);
+            add_part<adds>(part[1], a.re, x.part[1]);
+            add_part<!adds>(part[0], a.im, x.part[1]);
+            add_part<adds>(part[1], a.im, x.part[0]);
         } else {
-            const Vec ar = Vec::splat(a);
-            each([&](Vec& s, Vec&, int v) {
-                s = adds ? multiply_add(ar, x.re[v], s) : subtract_product(ar, x.re[v], s);
-            });
+            add_part<adds>(part[0], a, x.part[0]);
         }
     }
     QRV_INLINE void multiply_by(const T& a) {
-        if constexpr (isComplex<T>) {
-            const Vec ar = Vec::splat(a.re), ai = Vec::splat(a.im);
-            each([&](Vec& sr, Vec& si, int) {
-                const Vec product = subtract_product(ai, si, ar * sr);
-                si = multiply_add(ai, sr, ar * si);
-                sr = product;
-            });
-        } else {
-            const Vec ar = Vec::splat(a);
-            each([&](Vec& s, Vec&, int) { s = ar * s; });
+        QRV_UNROLL
+        for (int v = 0; v < vectors; ++v) {
+            Vec& re = part[0][v];
+            if constexpr (isComplex<T>) {
+                const Vec ar = Vec::splat(a.re), ai = Vec::splat(a.im);
+                Vec& im = part[1][v];
+                const Vec product = subtract_product(ai, im, ar * re);
+                im = multiply_add(ai, re, ar * im);
+                re = product;
+            } else {
+                re = Vec::splat(a) * re;
+            }
         }
     }
 
 private:
-    template <class Each>
-    QRV_INLINE void each(const Each& change) {
+    template <bool adds>
+    QRV_INLINE static void add_part(Vec (&sum)[vectors], float a, const Vec (&x)[vectors]) {
+        const Vec factor = Vec::splat(a);
         QRV_UNROLL
         for (int v = 0; v < vectors; ++v)
-            change(re[v], im[isComplex<T> ? v : 0], v);
+            sum[v] = adds ? multiply_add(factor, x[v], sum[v]) : subtract_product(factor, x[v], sum[v]);
     }
 };
 
@@ -131,8 +116,7 @@ QRV_INLINE void add_unknowns(StripOf<T> (&sums)[rows], const Coefficients<T>& a,
     }
 }
 
-// ---- Groups
-// -----------------------------------------------------------------------------------------------------------
+// ---- Groups -------------------------------------------------------------------------------------------------------
 
 // A number of rows as a type.
 template <int rows>

@@ -1,10 +1,10 @@
 // SGETRF, CGETRF: argument checks and the choice of a route.
 #include <algorithm>
 
+#include "lapack/arguments.hpp"
 #include "lapack/kernel/source/getrf.hpp"
 #include "lapack/kernel/source/getrf_route.hpp"
 #include "lapack/lapack.hpp"
-#include "service/reporter.hpp"
 #include "service/tuning.hpp"
 
 namespace qrv::lapack {
@@ -14,18 +14,15 @@ template <class T>
 struct GetrfMachine {
     int m, n;
     int threads() const { return qrv_serv_get_max_threads(); }
-    int crossover(int threadCount) const { return tuning::crossover(getrfName<T>, m, n, threadCount); }
-    int block_size(int threadCount) const { return tuning::block_size(getrfName<T>, m, n, threadCount); }
+    int crossover(int threadCount) const { return tuning::crossover(RoutineName<T>("GETRF"), m, n, threadCount); }
+    int block_size(int threadCount) const { return tuning::block_size(RoutineName<T>("GETRF"), m, n, threadCount); }
 };
 
 // Reports a bad argument. Whether there is something to factor; if not, *info is the result.
 template <class T>
 bool begin(int m, int n, int lda, int* info) {
     const int bad = m < 0 ? 1 : n < 0 ? 2 : lda < std::max(1, m) ? 4 : 0;
-    *info = -bad;
-    if (bad != 0)
-        qrv_serv_xerbla(getrfName<T>, &bad, sizeof(getrfName<T>) - 1);
-    return bad == 0 && m > 0 && n > 0;
+    return arguments_good(RoutineName<T>("GETRF"), bad, info) && m > 0 && n > 0;
 }
 
 template <class T>

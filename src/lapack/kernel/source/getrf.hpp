@@ -22,11 +22,6 @@
 
 namespace qrv::lapack {
 
-template <class T>
-inline constexpr char getrfName[] = "SGETRF";
-template <>
-inline constexpr char getrfName<SingleComplex>[] = "CGETRF";
-
 struct GetrfResult {
     int info = 0;
     bool stopped = false; // by the progress routine

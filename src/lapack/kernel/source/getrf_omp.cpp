@@ -8,13 +8,15 @@
 //
 // So a panel stays as it was factored while others are computed from it: rows of block column b, b > p, are in the
 // order of panel p when it is applied. Pivots are complete, counted from the first row of A, before the schedule is
-// told of their panel, and that happens in the critical section; whoever sees the panel as factored in there sees them.
-// The schedule belongs to the call and goes on every path out of it.
+// told of their panel, and that happens under its lock; whoever sees the panel as factored there sees them.
+// The schedule belongs to the call and is given back on every path out of it.
 #include <algorithm>
 #include <atomic>
+#include <mutex>
 #include <omp.h>
 #include <thread>
 
+#include "lapack/arguments.hpp"
 #include "lapack/calls.hpp"
 #include "lapack/kernel/source/getrf.hpp"
 #include "lapack/kernel/source/getrf_schedule.hpp"
@@ -31,6 +33,7 @@ struct TaskedMatrix {
     int* ipiv;
     GetrfSchedule* schedule;
     GetrfResult result{};           // of the panels so far; at most one thread factors one
+    std::mutex lock{};              // of the schedule
     std::atomic<bool> stop = false; // the progress routine asked for it
 
     int panels() const { return (std::min(m, n) - 1) / nb; }
@@ -61,8 +64,10 @@ void perform(TaskedMatrix<T>& x, const GetrfTask& task, int thread) {
 template <class T>
 void work(TaskedMatrix<T>& x, GetrfTask task, int thread) {
     while (task.kind != GetrfTaskKind::done && !x.stop.load(std::memory_order_relaxed)) {
-#pragma omp critical(qrv_lapack_getrf_schedule)
-        qrv_lapack_getrf_sched_next(&thread, x.schedule, &task);
+        {
+            const std::lock_guard guard(x.lock);
+            qrv_lapack_getrf_sched_next(&thread, x.schedule, &task);
+        }
         if (task.kind == GetrfTaskKind::wait)
             std::this_thread::yield(); // ready to run at once, but not in the way of a teammate without a core
         else if (task.kind != GetrfTaskKind::done)
@@ -77,7 +82,8 @@ void task_region(TaskedMatrix<T>& x, int threads) {
 #pragma omp single
         {
             const int team = omp_get_num_threads();
-            const int span = tuning::lu_span(getrfName<T>, x.n, team), tail = tuning::lu_tail(getrfName<T>, x.n, team);
+            const RoutineName<T> name("GETRF");
+            const int span = tuning::lu_span(name, x.n, team), tail = tuning::lu_tail(name, x.n, team);
             qrv_lapack_getrf_sched_init(x.schedule, &x.m, &x.n, &x.nb, &team, &span, &tail);
         } // a barrier
         const int thread = omp_get_thread_num();

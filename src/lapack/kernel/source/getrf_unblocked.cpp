@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "blas/calls.hpp"
+#include "lapack/arguments.hpp"
 #include "lapack/calls.hpp"
 #include "lapack/kernel/source/getrf.hpp"
 #include "lapack/lapack.hpp"
@@ -60,8 +61,9 @@ template <class T>
 GetrfResult getrf_leaf(int m, int n, Matrix<T> a, int* ipiv, GetrfPlace place) {
     const int info = getrf_unblocked(m, n, a, ipiv);
     const int step = place.offset + n;
-    constexpr int nameLength = sizeof(getrfName<T>) - 1;
-    return {info, qrv_serv_progress(&place.thread, &step, getrfName<T>, nameLength) != 0};
+    constexpr RoutineName<T> name("GETRF");
+    constexpr int length = name.letters.size();
+    return {info, qrv_serv_progress(&place.thread, &step, name.letters.data(), length) != 0};
 }
 
 template int getrf_unblocked(int, int, Matrix<float>, int*);

@@ -53,8 +53,7 @@ struct Triangle {
     T element(int i, int j) const { return op == Op::adjoint ? conj(a(i, j)) : a(i, j); }
 };
 
-// ---- Bounds
-// -------------------------------------------------------------------------------------------------------------
+// ---- Bounds -------------------------------------------------------------------------------------------------------
 
 // Lower bound for the reciprocal of any |x(i)| on the way of a solve by columns, with op(A) = A: |x(j)| is at most the
 // bound so far over the diagonal element, and column j adds to the others at most cnorm[j] times as much.
@@ -104,8 +103,7 @@ float row_growth(const Triangle<T>& t, float xmax, const float* cnorm) {
     return std::min(grow, bound);
 }
 
-// ---- The careful solve
-// ------------------------------------------------------------------------------------------------------
+// ---- The careful solve --------------------------------------------------------------------------------------------
 
 // x solves op(A) * tscal for scale times the right-hand side; no element is above xmax.
 template <class T>

@@ -4,6 +4,7 @@
 // compares below it. So a NaN takes its place, and what follows the NaN takes the NaN's.
 #pragma once
 
+#include "blas/calls.hpp"
 #include "lapack/calls.hpp"
 
 namespace qrv::lapack {
@@ -17,9 +18,18 @@ struct StoredRows {
 class Largest {
 public:
     explicit Largest(float first = 0) : value_(first) {}
-    void take(float x) {
-        if (!(x < value_))
-            value_ = x;
+    void take(float x) { value_ = value_ > x ? value_ : x; } // one instruction, which has this rule
+    template <class T>
+    void take(int n, const T* x) {
+        for (int i = 0; i < n; ++i)
+            take(modulus(x[i]));
+    }
+    // With the vector kernels, if their order does not matter: a sum of magnitudes is NaN only if one of them is.
+    void take(int n, const float* x) {
+        if (const float sum = kernel::asum(n, x, 1); sum != sum)
+            take<float>(n, x);
+        else if (n > 0)
+            take(modulus(x[kernel::iamax(n, x, 1) - 1]));
     }
     float value() const { return value_; }
 
@@ -27,13 +37,22 @@ private:
     float value_;
 };
 
+inline float sum_of_moduli(int n, const float* x) {
+    return kernel::asum(n, x, 1);
+}
+inline float sum_of_moduli(int n, const SingleComplex* x) {
+    float sum = 0;
+    for (int i = 0; i < n; ++i)
+        sum += modulus(x[i]);
+    return sum;
+}
+
 template <class T, class Stored>
 float largest_element(int n, Matrix<const T> a, const Stored& stored) {
     Largest largest(stored(0).unitDiagonal ? 1 : 0);
     for (int j = 0; j < n; ++j) {
         const StoredRows rows = stored(j);
-        for (int i = rows.first; i < rows.last; ++i)
-            largest.take(modulus(a(i, j)));
+        largest.take(rows.last - rows.first, &a(rows.first, j));
     }
     return largest.value();
 }
@@ -43,10 +62,8 @@ float largest_column_sum(int n, Matrix<const T> a, const Stored& stored) {
     Largest largest;
     for (int j = 0; j < n; ++j) {
         const StoredRows rows = stored(j);
-        float sum = rows.unitDiagonal ? 1 : 0;
-        for (int i = rows.first; i < rows.last; ++i)
-            sum += modulus(a(i, j));
-        largest.take(sum);
+        const float sum = sum_of_moduli(rows.last - rows.first, &a(rows.first, j));
+        largest.take(rows.unitDiagonal ? 1 + sum : sum);
     }
     return largest.value();
 }
