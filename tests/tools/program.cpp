@@ -69,6 +69,7 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
         {"invert singular -o x", 1, "pivot 2 of 2"},
         {"solve tiny huge -o x", 1, "beyond the range"},
         {"solve real -o /dev/full", 1, "cannot write /dev/full: No space left"},
+        {"solve real --picture none/x", 1, "cannot write none/x: No such file"},
         {"solve real -o none/x", 1, "cannot write none/x: No such file"},
         {"invert real -o .", 1, "cannot write .: Is a directory"},
         {"info > /dev/full", 1, "standard output: No space left"},
@@ -100,7 +101,7 @@ TEST_F(Program, ReportsAndWritesResults) {
         {"norm hermitian", "Hermitian, 3 entries\n  largest element  3\n  1-norm           4"},
         {"bench --sizes 8 --seconds 0.001", "Sgetrf"},
         {"solve real", "in truth"},
-        {"solve hermitian right -o x", "condition number"},
+        {"solve hermitian right -o x --picture x.svg", "condition number"},
         {"solve real right -o y --coordinate", "backward error"}, // one complex side makes both so
         {"invert hermitian -o inverse", "condition number  3.2 (1-norm), 3.2"},
     };
@@ -110,7 +111,11 @@ TEST_F(Program, ReportsAndWritesResults) {
         EXPECT_EQ(result.err, "") << command;
         EXPECT_THAT(result.out, HasSubstr(says)) << command;
     }
-    EXPECT_EQ(folder.count(), files + 3);
+    EXPECT_EQ(folder.count(), files + 4);
+    const std::string picture = content(folder.file("x.svg")); // the unit matrix: two columns, two parts each
+    EXPECT_THAT(picture, StartsWith("<svg"));
+    EXPECT_THAT(picture, HasSubstr("points='90.0,40.0 880.0,360.0 '"));
+    EXPECT_THAT(picture, HasSubstr("points='90.0,360.0 880.0,40.0 '"));
 
     const auto read = [&](const char* name) { return to_complex(read_matrix_market(folder.file(name)).matrix); };
     Matrix<SingleComplex> unit(2, 2);

@@ -5,13 +5,14 @@
 
 #include "command.hpp"
 #include "linear_system.hpp"
+#include "picture.hpp"
 #include "progress.hpp"
 
 namespace tools {
 namespace {
 
 struct Request {
-    std::string a, b, out;
+    std::string a, b, out, picture;
     bool isCoordinate = false;
 
     bool has_right_hand_side() const { return !b.empty(); }
@@ -59,6 +60,10 @@ void solve(const Request& request, const Matrix<T>& a, const std::optional<Matri
                             "Solution of A x = b by qrv");
         fmt::print("  x                 {}\n", request.out);
     }
+    if (!request.picture.empty()) {
+        write_picture(request.picture, x, "Solution of A x = b, A: " + request.a);
+        fmt::print("  picture           {}\n", request.picture);
+    }
 }
 
 void check_sizes(const Request& request, const AnyMatrix& a, const std::optional<MatrixFile>& b) {
@@ -94,6 +99,7 @@ void add_solve(CLI::App& program) {
     command->add_option("A", request->a, "Matrix Market file of a square matrix")->required();
     command->add_option("b", request->b, "file of right-hand sides; without, A times a vector of ones");
     command->add_option("-o,--out", request->out, "file for x");
+    command->add_option("--picture", request->picture, "SVG file for the elements of x over their index");
     command->add_flag("--coordinate", request->isCoordinate, "write nonzeros only");
     command->callback([request] { run(*request); });
 }
