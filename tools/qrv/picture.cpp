@@ -86,10 +86,11 @@ std::string axes(const Scale& scale, std::size_t count) {
 void write_picture(const std::string& path, const AnyMatrix& x, const std::string& title) {
     const auto list = std::visit([](const auto& matrix) { return curves(matrix); }, x);
     const Scale scale(list);
-    std::string text = fmt::format("<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 {} {}' font-family='sans-serif' "
-                                   "font-size='12'>\n<rect width='100%' height='100%' fill='white'/>\n"
-                                   "<text x='{}' y='24' font-size='15'>{}</text>\n",
-                                   width, height, left, escaped(title));
+    std::string text =
+        fmt::format("<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 {} {}' font-family='sans-serif' "
+                    "font-size='12'>\n<rect width='100%' height='100%' fill='white'/>\n"
+                    "<text x='{}' y='24' font-size='15'>{}</text>\n",
+                    width, height, left, escaped(title));
     text += axes(scale, list[0].size());
     for (std::size_t c = 0; c < list.size(); ++c) {
         text += fmt::format("<polyline fill='none' stroke='{}' points='", colours[c]);
