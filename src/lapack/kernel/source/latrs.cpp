@@ -55,17 +55,22 @@ struct Triangle {
 
 // ---- Bounds -------------------------------------------------------------------------------------------------------
 
+// From a bound for the right-hand side that of a solve with a diagonal of ones, by columns or by rows.
+template <class T>
+float unit_growth(const Triangle<T>& t, float grow, const float* cnorm) {
+    grow = std::min(1.0F, grow);
+    for (int k = 0; k < t.n && grow > smallNumber; ++k)
+        grow /= 1 + cnorm[t.step(k)];
+    return grow;
+}
+
 // Lower bound for the reciprocal of any |x(i)| on the way of a solve by columns, with op(A) = A: |x(j)| is at most the
 // bound so far over the diagonal element, and column j adds to the others at most cnorm[j] times as much.
 template <class T>
 float column_growth(const Triangle<T>& t, float xmax, const float* cnorm) {
     float grow = half<T> / std::max(xmax, smallNumber);
-    if (t.unit()) {
-        grow = std::min(1.0F, grow);
-        for (int k = 0; k < t.n && grow > smallNumber; ++k)
-            grow /= 1 + cnorm[t.step(k)];
-        return grow;
-    }
+    if (t.unit())
+        return unit_growth(t, grow, cnorm);
     float bound = grow;
     for (int k = 0; k < t.n; ++k) {
         if (!(grow > smallNumber))
@@ -82,12 +87,8 @@ float column_growth(const Triangle<T>& t, float xmax, const float* cnorm) {
 template <class T>
 float row_growth(const Triangle<T>& t, float xmax, const float* cnorm) {
     float grow = half<T> / std::max(xmax, smallNumber);
-    if (t.unit()) {
-        grow = std::min(1.0F, grow);
-        for (int k = 0; k < t.n && grow > smallNumber; ++k)
-            grow /= 1 + cnorm[t.step(k)];
-        return grow;
-    }
+    if (t.unit())
+        return unit_growth(t, grow, cnorm);
     float bound = grow;
     for (int k = 0; k < t.n; ++k) {
         if (!(grow > smallNumber))

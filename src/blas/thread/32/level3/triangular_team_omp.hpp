@@ -24,4 +24,19 @@ void triangular_region(int threads, TriangularKernel<T>* kernel, QRV_TRSM_PARAME
     }
 }
 
+// Whether a matrix B without rows is left to the serial kernel; a solve does not ask.
+enum class WithoutRows { serial, asOthers };
+
+template <WithoutRows withoutRows, class T>
+void triangular_on_team(TriangularKernel<T>* kernel, QRV_TRSM_PARAMETERS(T)) {
+    if (*n == 0)
+        return;
+    const bool serial = withoutRows == WithoutRows::serial && *m == 0;
+    const int threads = serial ? 1 : sliced_threads(*m, *n, ThisMachine{});
+    if (threads > 1)
+        triangular_region<T>(threads, kernel, QRV_TRSM_ARGUMENTS);
+    else
+        kernel(QRV_TRSM_ARGUMENTS);
+}
+
 } // namespace qrv
