@@ -1,276 +1,195 @@
-// Contract of the level 2 kernels with general, symmetric and Hermitian matrices, on every build.
-#include <gtest/gtest.h>
-
-#include "support/level2_case.hpp"
+// Contract of the kernels of level 2, on every build.
+#include "support/routines.hpp"
+#include "support/shapes.hpp"
 
 namespace qrv::test {
 namespace {
 
-// ---- y := alpha*A*x + beta*y --------------------------------------------------------------------------------------
+template <class T>
+void check_builds(const Routine<T>& routine, const Shape& p) {
+    const Problem<T> problem(routine.operation, p);
+    for (const VectorBuild& build : vector_builds())
+        problem.check([&](const Call<T>& v) { routine.kernel(build, v); }, std::string(build.name) + ' ' + routine.name);
+}
 
-// Runs one kernel of every build, call(build, x, y), on x of n and y of m elements, and compares with A(i, j) =
-// entry(i, j). With beta = 0 y begins as NaN, with alpha = 0 x is NaN.
-template <class T, class Entry, class Call>
-void expect_product(const Level2Case& p, int m, int n, const Entry& entry, const Call& call) {
-    const bool nothing = p.m == 0 || p.n == 0; // not even a scaling
-    const T alpha = scalar_of<T>(nothing ? 0 : p.alpha), beta = scalar_of<T>(nothing ? 1 : p.beta);
-    GuardedVector<T> x(n, p.incx, p.offset / 2, p.guard);
-    if (p.alpha != 0)
-        fill_random(x, 7);
-    const auto vector = [&] { return GuardedVector<T>(m, p.incy, p.offset / 3, p.guard); };
-    const auto start = [&](GuardedVector<T>& y) {
-        fill_random(y, 8);
-        if (beta == scalar<T>(0))
-            y.fill([] { return scalar<T>(nan); });
+// ---- Products, solves and updates ----------------------------------------------------------------------------------
+
+// Around the sizes of vectors, passes and blocks.
+constexpr int small[] = {0, 1, 2, 3, 5, 8, 11, 15, 16, 17, 31, 32, 33};
+constexpr std::pair<int, int> large[] = {{64, 127},  {127, 64},   {128, 128}, {129, 300}, {300, 129},
+                                         {256, 256}, {1024, 33}, {33, 1025}};
+constexpr std::pair<int, int> largest[] = {{2051, 10}, {10, 2051}, {1025, 1024}, {4099, 3}, {3, 4099}};
+constexpr int largestSquares[] = {513, 1025, 2051};
+
+std::vector<int> band_widths(int n) {
+    if (n > 64)
+        return {1, 8, 40};
+    return {0, 1, 2, 3, 4, 5, 9, 17, 33, std::max(0, n - 1), n + 2};
+}
+
+// body(m, n, k, ku) for all sizes that suit a routine with so many options.
+template <class Body>
+void each_size(const Operation& o, unsigned options, const Body& body) {
+    const auto banded = [&](int m, int n) {
+        if (!o.banded)
+            return body(m, n, 0, 0, m > 300 || n > 300);
+        for (const int k : band_widths(std::min(m, n)))
+            for (const int ku : o.kind == Form::general ? std::vector{0, k / 2, k + 1} : std::vector{0})
+                body(m, n, k, ku, m > 300 || n > 300);
     };
-    GuardedVector<T> before = vector();
-    start(before);
-    const ExpectedVector<T> expected = product<T>(alpha, entry, x, beta, before);
-    for (const VectorBuild& build : vector_builds()) {
-        GuardedVector<T> y = vector();
-        start(y);
-        call(build, x, y);
-        EXPECT_TRUE(expected.held_by(y)) << build << ' ' << p;
+    if (o.kind == Form::general) {
+        for (const int m : small)
+            for (const int n : small)
+                banded(m, n);
+        for (const auto& [m, n] : large)
+            banded(m, n);
+        for (const auto& [m, n] : largest)
+            banded(m, n);
+    } else {
+        for (unsigned round = 0; round < (o.banded ? 12 : 36) / options; ++round)
+            for (const int n : small)
+                banded(n, n);
+        for (const auto& [m, n] : large)
+            banded(m, m);
+        for (const int n : largestSquares)
+            banded(n, n);
     }
 }
 
-template <class T>
-void expect_gemv(char trans, const Level2Case& p) {
-    SCOPED_TRACE(trans);
-    const bool transposed = is_transposed(trans), conjugated = trans == 'C' || trans == 'c';
-    const T alpha = scalar_of<T>(p.alpha), beta = scalar_of<T>(p.beta);
-    Level2Matrix<T> a(p.m, p.n, p);
-    if (p.alpha != 0)
-        a.fill(9);
-    const auto entry = [&](int i, int j) {
-        const Wide<T> value = widen(transposed ? a(j, i) : a(i, j));
-        return conjugated ? conjugate(value) : value;
-    };
-    expect_product<T>(p, transposed ? p.n : p.m, transposed ? p.m : p.n, entry,
-                      [&](const VectorBuild& build, GuardedVector<T>& x, GuardedVector<T>& y) {
-                          kernel_for<T>(build.blas_sgemv_kernel,
-                                        build.blas_cgemv_kernel)(&trans, &p.m, &p.n, &alpha, a.data(), &a.ld(),
-                                                                 x.data(), &p.incx, &beta, y.data(), &p.incy);
-                      });
-}
-TEST(Gemv, RealProducts) {
-    for (const Level2Case& p : level2_cases(false))
-        for (const char trans : {'N', 't', 'C'})
-            expect_gemv<float>(trans, p);
-}
-TEST(Gemv, ComplexProducts) {
-    for (const Level2Case& p : level2_cases(false))
-        for (const char trans : {'n', 'T', 'c'})
-            expect_gemv<SingleComplex>(trans, p);
-}
-
-// The other triangle is NaN, and so are the imaginary parts on the diagonal.
-template <class T>
-void expect_symv(char uplo, const Level2Case& p) {
-    SCOPED_TRACE(uplo);
-    const T alpha = scalar_of<T>(p.alpha), beta = scalar_of<T>(p.beta);
-    Level2Matrix<T> a(p.n, p.n, p, {uplo});
-    if (p.alpha != 0)
-        a.fill(9);
-    if constexpr (isComplex<T>)
-        for (int i = 0; i < p.n; ++i)
-            a(i, i).im = nan;
-    const auto entry = [&](int i, int j) -> Wide<T> {
-        if (i == j)
-            return real_part(a(i, i));
-        return a.stored(i, j) ? widen(a(i, j)) : conjugate(widen(a(j, i)));
-    };
-    expect_product<T>(p, p.n, p.n, entry, [&](const VectorBuild& build, GuardedVector<T>& x, GuardedVector<T>& y) {
-        kernel_for<T>(build.blas_ssymv_kernel, build.blas_chemv_kernel)(&uplo, &p.n, &alpha, a.data(), &a.ld(),
-                                                                        x.data(), &p.incx, &beta, y.data(), &p.incy);
-    });
-}
-TEST(Symv, Products) {
-    for (const Level2Case& p : level2_cases(true))
-        for (const char uplo : {'U', 'l'}) {
-            expect_symv<float>(uplo, p);
-            if (p.n < 2000)
-                expect_symv<SingleComplex>(uplo, p);
-        }
-}
-
-// ---- A := A + the sum of vector times row -------------------------------------------------------------------------
-
-// What is added to an element, and the sum of the sizes of its terms.
-template <class T>
-struct Added {
-    Wide<T> value;
-    double size;
-};
-template <class X, class... Rest>
-auto sum_of(X x, Rest... rest) {
-    using T = std::conditional_t<std::is_same_v<X, double>, float, SingleComplex>;
-    return Added<T>{(x + ... + rest), (std::abs(x) + ... + std::abs(rest))};
-}
-
-// Runs one kernel of every build, call(build, a), and compares with A + added(i, j). The imaginary parts on a Hermitian
-// diagonal begin as NaN.
-template <class T, class AddedAt, class Call>
-void expect_update(const Level2Case& p, Stored stored, const AddedAt& added, const Call& call) {
-    const bool hermitian = isComplex<T> && stored.uplo != 'A';
-    Level2Matrix<T> before(p.m, p.n, p, stored);
-    before.fill(9);
-    if constexpr (isComplex<T>)
-        for (int i = 0; hermitian && i < p.n; ++i)
-            before(i, i).im = p.alpha == 0 ? 0 : nan;
-    std::vector<Added<T>> expected; // of the stored elements: the value and the error allowed
-    for (int j = 0; j < p.n; ++j)
-        for (int i = 0; i < p.m; ++i)
-            if (stored(i, j)) {
-                const bool real = hermitian && i == j;
-                const Added<T> more = added(i, j);
-                const Wide<T> old = real ? real_part(before(i, j)) : widen(before(i, j)), sum = old + more.value;
-                expected.push_back({real ? std::real(sum) : sum, 8 * unitRoundoff * (std::abs(old) + more.size)});
+TEST(Level2, EveryRoutineOnEveryBuild) {
+    Turns turns;
+    each_routine(true, [&]<class T>(const Routine<T>& routine) {
+        const auto options = every_option<T>(routine.operation);
+        const auto count = static_cast<unsigned>(options.size());
+        each_size(routine.operation, count, [&](int m, int n, int k, int ku, bool isLarge) {
+            for (Shape p : options) {
+                if (n > 1000 && m == n && !routine.operation.banded && !turns.one_in(count))
+                    continue; // two of the largest squares are enough
+                p.m = m, p.n = n, p.k = k, p.ku = ku;
+                check_builds(routine, turns.vary(p, isLarge));
             }
-    for (const VectorBuild& build : vector_builds()) {
-        Level2Matrix<T> a(p.m, p.n, p, stored);
-        a.set([&](int i, int j) { return before(i, j); });
-        call(build, a);
-        bool good = a.guards_intact();
-        auto next = expected.begin();
-        for (int j = 0; j < p.n; ++j)
-            for (int i = 0; i < p.m; ++i)
-                if (stored(i, j)) {
-                    const Wide<T> is = widen(a(i, j));
-                    good = good && std::abs(is - next->value) <= next->size &&
-                           !(hermitian && i == j && std::imag(is) != 0);
-                    ++next;
+        });
+    });
+}
+
+// ---- Bands of a team ------------------------------------------------------------------------------------------------
+
+// The leading triangle and the band behind it are the whole update.
+TEST(Level2, UpdatesByBands) {
+    using enum Form::Kind;
+    Turns turns;
+    for (const int n : {1, 2, 5, 8, 16, 17, 33, 100, 300, 513})
+        for (const char uplo : {'U', 'L'})
+            for (const int first : {0, 1, n / 3, n - n / 3})
+                for (const What what : {What::update, What::update2}) {
+                    Shape p = turns.vary({.uplo = uplo, .n = n});
+                    const Problem<float> problem({what, symmetric, true}, p);
+                    const int width = n - first;
+                    for (const VectorBuild& build : vector_builds())
+                        problem.check(
+                            [&](const Call<float>& v) {
+                                float* const start =
+                                    v.c + (is_upper(v.uplo) ? std::ptrdiff_t{v.ldc} * first : std::ptrdiff_t{first});
+                                // The leading part of a vector that runs backwards is at its far end.
+                                const float* const x = v.a + (v.lda < 0 ? -v.lda * width : 0);
+                                const float* const y = v.b + (v.ldb < 0 ? -v.ldb * width : 0);
+                                if (what == What::update) {
+                                    build.blas_ssyr_kernel(&v.uplo, &first, &v.alpha, x, &v.lda, v.c, &v.ldc);
+                                    build.blas_ssyr_band_kernel(&v.uplo, &width, &n, &v.alpha, v.a, &v.lda, start,
+                                                                &v.ldc);
+                                } else {
+                                    build.blas_ssyr2_kernel(&v.uplo, &first, &v.alpha, x, &v.lda, y, &v.ldb, v.c,
+                                                            &v.ldc);
+                                    build.blas_ssyr2_band_kernel(&v.uplo, &width, &n, &v.alpha, v.a, &v.lda, v.b,
+                                                                 &v.ldb, start, &v.ldc);
+                                }
+                            },
+                            build.name);
                 }
-        EXPECT_TRUE(good) << build << ' ' << p;
-    }
 }
 
+// Some elements of a triangular product, from a copy of x, at either end of the triangle and inside.
 template <class T>
-void expect_ger(bool conjugated, const Level2Case& p) {
-    const T alpha = scalar_of<T>(p.alpha);
-    GuardedVector<T> x(p.m, p.incx, p.offset / 2, p.guard), y(p.n, p.incy, p.offset / 3, p.guard);
-    fill_random(x, 7), fill_random(y, 8);
-    const auto added = [&](int i, int j) {
-        return sum_of(widen(alpha) * widen(x[i]) * (conjugated ? conjugate(widen(y[j])) : widen(y[j])));
-    };
-    expect_update<T>(p, {}, added, [&](const VectorBuild& build, Level2Matrix<T>& a) {
-        kernel_for<T>(build.blas_sger_kernel, conjugated ? build.blas_cgerc_kernel : build.blas_cgeru_kernel)(
-            &p.m, &p.n, &alpha, x.data(), &p.incx, y.data(), &p.incy, a.data(), &a.ld());
-    });
-}
-TEST(Ger, Updates) {
-    for (const Level2Case& p : level2_cases(false)) {
-        expect_ger<float>(false, p);
-        expect_ger<SingleComplex>(false, p);
-        expect_ger<SingleComplex>(true, p);
-    }
-}
-
-// Rank one and rank two.
-template <class T>
-void expect_syr(char uplo, const Level2Case& p) {
-    SCOPED_TRACE(uplo);
-    const T alpha = scalar_of<T>(p.alpha);
-    GuardedVector<T> x(p.n, p.incx, p.offset / 2, p.guard), y(p.n, p.incy, p.offset / 3, p.guard);
-    fill_random(x, 7), fill_random(y, 8);
-    const auto one = [&](int i, int j) { return sum_of(double{p.alpha} * widen(x[i]) * conjugate(widen(x[j]))); };
-    const auto two = [&](int i, int j) {
-        return sum_of(widen(alpha) * widen(x[i]) * conjugate(widen(y[j])),
-                      conjugate(widen(alpha)) * widen(y[i]) * conjugate(widen(x[j])));
-    };
-    expect_update<T>(p, {uplo}, one, [&](const VectorBuild& build, Level2Matrix<T>& a) {
-        kernel_for<T>(build.blas_ssyr_kernel, build.blas_cher_kernel)(&uplo, &p.n, &p.alpha, x.data(), &p.incx,
-                                                                      a.data(), &a.ld());
-    });
-    expect_update<T>(p, {uplo}, two, [&](const VectorBuild& build, Level2Matrix<T>& a) {
-        kernel_for<T>(build.blas_ssyr2_kernel, build.blas_cher2_kernel)(&uplo, &p.n, &alpha, x.data(), &p.incx,
-                                                                        y.data(), &p.incy, a.data(), &a.ld());
-    });
-}
-TEST(Syr, Updates) {
-    for (const Level2Case& p : level2_cases(true))
-        for (const char uplo : {'u', 'L'}) {
-            if (p.n < 1000 || p.n > 2000) // both are beyond one block, a complex one being half as long
-                expect_syr<float>(uplo, p);
-            if (p.n < 2000)
-                expect_syr<SingleComplex>(uplo, p);
+void check_product_by_bands() {
+    const Operation operation{What::inPlace, Form::triangular, true};
+    Turns turns;
+    for (const int n : {1, 2, 5, 8, 16, 17, 33, 100, 300})
+        for (Shape p : every_option<T>(operation)) {
+            p.n = n;
+            const Problem<T> problem(operation, turns.vary(p));
+            GuardedVector<T> x(n, 1, 3, turns.pick({Guard::pageBehind, Guard::pageInFront, Guard::canaries}));
+            x.set(problem.before);
+            for (const VectorBuild& build : vector_builds()) {
+                auto* const band = [&] {
+                    if constexpr (isComplex<T>)
+                        return build.blas_ctrmv_band_kernel;
+                    else
+                        return build.blas_strmv_band_kernel;
+                }();
+                Operand<T> y = problem.before;
+                const bool transposed = is_transposed(problem.p.trans), fromDiagonal = is_upper(p.uplo) != transposed;
+                for (const auto& [first, end] : {std::pair{0, n / 4}, {n / 4, n - n / 3}, {n - n / 3, n}}) {
+                    const int count = end - first, from = fromDiagonal ? first : 0;
+                    const int length = fromDiagonal ? n - first : end;
+                    if (count == 0)
+                        continue;
+                    const T& corner = transposed ? problem.a(from, first) : problem.a(first, from);
+                    band(&problem.p.uplo, &problem.p.trans, &problem.p.diag, &count, &length, &corner,
+                         &problem.a.ld(), x.data() + from, &y(problem.p.incx < 0 ? end - 1 : first, 0), &y.ld());
+                }
+                EXPECT_TRUE(problem.right(y)) << build << ' ' << problem.p;
+            }
         }
 }
+TEST(Level2, TriangularProductsByBands) {
+    check_product_by_bands<float>();
+    check_product_by_bands<SingleComplex>();
+}
 
-// The last band of a matrix whose leading part is not the kernel's.
-void expect_syr_band(char uplo, int width, const Level2Case& p) {
-    SCOPED_TRACE(uplo);
-    const int first = p.n - width;
-    GuardedVector<float> x(p.n, p.incx, p.offset / 2, p.guard), y(p.n, p.incy, p.offset / 3, p.guard);
-    fill_random(x, 7), fill_random(y, 8);
-    const auto start = [&](Level2Matrix<float>& a) {
-        return a.data() + (uplo == 'U' ? std::ptrdiff_t{a.ld()} * first : first);
-    };
-    const auto one = [&](int i, int j) { return sum_of(double{p.alpha} * x[i] * x[j]); };
-    const auto two = [&](int i, int j) { return sum_of(double{p.alpha} * x[i] * y[j], double{p.alpha} * y[i] * x[j]); };
-    expect_update<float>(p, {uplo, first}, one, [&](const VectorBuild& build, Level2Matrix<float>& a) {
-        build.blas_ssyr_band_kernel(&uplo, &width, &p.n, &p.alpha, x.data(), &p.incx, start(a), &a.ld());
-    });
-    expect_update<float>(p, {uplo, first}, two, [&](const VectorBuild& build, Level2Matrix<float>& a) {
-        build.blas_ssyr2_band_kernel(&uplo, &width, &p.n, &p.alpha, x.data(), &p.incx, y.data(), &p.incy, start(a),
-                                     &a.ld());
-    });
-}
-TEST(Syr, Bands) {
-    for (const Level2Case& p : level2_cases(true))
-        for (const char uplo : {'U', 'L'})
-            for (const int width : {p.n / 3, p.n - 1})
-                if (width >= 0 && p.n < 1000)
-                    expect_syr_band(uplo, width, p);
-}
+// ---- Numbers that are told apart ------------------------------------------------------------------------------------
 
 // A column is left alone where the element that it is multiplied with is exactly 0, and only there: the other vector
 // is NaN all over. In a rank-two update both elements must be 0. alpha 0 leaves all columns alone, a NaN alpha none.
-template <class T>
-void expect_skipping(int n, const T& alpha) {
-    const bool stops = alpha == scalar<T>(0);
-    constexpr int period = 3; // of the zeros
-    const int inc = 1;
-    const float realAlpha = real_part(alpha);
-    GuardedVector<T> x(n), y(n), nans(n);
-    for (int i = 0; i < n; ++i)
-        y[i] = x[i] = i % period ? scalar<T>(nan) : scalar<T>(0);
-    nans.fill([] { return scalar<T>(nan); });
-    const auto expect = [&](Stored stored, const auto& call) {
-        for (const VectorBuild& build : vector_builds()) {
-            Level2Matrix<T> a(n, n, {n, n, 1, 1}, stored);
-            a.set([](int, int) { return scalar<T>(1); });
-            call(build, a);
-            int bad = !a.guards_intact();
-            for (int j = 0; j < n; ++j)
-                for (int i = 0; i < n; ++i)
-                    bad += a.stored(i, j) &&
-                           (stops || j % period == 0 ? a(i, j) != scalar<T>(1) : !std::isnan(real_part(a(i, j))));
-            EXPECT_EQ(bad, 0) << build << " n=" << n << " alpha " << realAlpha << ' ' << stored.uplo;
-        }
-    };
-    expect({}, [&](const VectorBuild& build, Level2Matrix<T>& a) {
-        for (const auto& kernel : {build.blas_cgeru_kernel, build.blas_cgerc_kernel})
-            kernel_for<T>(build.blas_sger_kernel, kernel)(&n, &n, &alpha, nans.data(), &inc, y.data(), &inc, a.data(),
-                                                          &a.ld());
+TEST(Level2, UpdatesSkipZeroElementsOnly) {
+    each_routine(true, []<class T>(const Routine<T>& routine) {
+        const bool general = routine.operation.kind == Form::general;
+        if (!routine.operation.updates())
+            return;
+        constexpr int period = 3; // of the zeros
+        for (const int n : {1, 7, 40})
+            for (const float alpha : {0.F, 1.F, nan})
+                for (const char uplo : {'U', 'L'}) {
+                    Problem<T> problem(routine.operation, {.uplo = uplo, .m = n, .n = n, .alpha = alpha});
+                    const auto zeros = [](int i, int) { return scalar<T>(i % period ? nan : 0); };
+                    problem.b.set(zeros);
+                    general ? problem.a.fill(nan) : problem.a.set(zeros);
+                    problem.before.set([](int, int) { return scalar<T>(1); });
+                    for (const VectorBuild& build : vector_builds()) {
+                        const auto c = problem.result([&](const Call<T>& v) { routine.kernel(build, v); });
+                        const auto good = [&](int, int j, const T& x) {
+                            return alpha == 0 || j % period == 0 ? x == scalar<T>(1) : has_nan(x);
+                        };
+                        EXPECT_EQ(c.count_bad(good), 0) << build << ' ' << routine.name << ' ' << problem.p;
+                    }
+                }
     });
-    for (const char uplo : {'U', 'L'}) {
-        expect({uplo}, [&](const VectorBuild& build, Level2Matrix<T>& a) {
-            kernel_for<T>(build.blas_ssyr_kernel, build.blas_cher_kernel)(&uplo, &n, &realAlpha, x.data(), &inc,
-                                                                          a.data(), &a.ld());
-        });
-        expect({uplo}, [&](const VectorBuild& build, Level2Matrix<T>& a) {
-            kernel_for<T>(build.blas_ssyr2_kernel, build.blas_cher2_kernel)(&uplo, &n, &alpha, x.data(), &inc, y.data(),
-                                                                            &inc, a.data(), &a.ld());
-        });
-    }
 }
-TEST(Updates, SkipZeroElementsOnly) {
-    for (const int n : {1, 7, 40})
-        for (const float alpha : {0.F, 1.F, nan}) {
-            expect_skipping<float>(n, alpha);
-            expect_skipping<SingleComplex>(n, {alpha, 0});
-        }
+
+// A solve divides by the diagonal and nothing else: powers of two come out exactly, and quotients whose squares would
+// overflow or vanish come out right.
+TEST(Level2, DiagonalOfAnySize) {
+    const int n = 1, unit = 1;
+    for (const VectorBuild& build : vector_builds()) {
+        float a = 0x1p-149F, x = 0x1p-140F;
+        build.blas_strsv_kernel("U", "N", "N", &n, &a, &n, &x, &unit);
+        EXPECT_EQ(x, 512) << build;
+        for (const float size : {0x1p-120F, 0x1p120F})
+            for (const SingleComplex pivot : {SingleComplex{size, 0.5F * size}, {-0.5F * size, size}}) {
+                SingleComplex z = pivot * SingleComplex{3, -2};
+                build.blas_ctrsv_kernel("L", "T", "N", &n, &pivot, &n, &z, &unit);
+                EXPECT_TRUE(std::abs(z.re - 3) < 1e-6F && std::abs(z.im + 2) < 1e-6F) << build << ' ' << z.re;
+            }
+    }
 }
 
 } // namespace

@@ -30,15 +30,6 @@ inline std::ostream& operator<<(std::ostream& out, const GemmShape& p) {
                << p.startA << ',' << p.startB << ',' << p.startC;
 }
 
-// A scalar of the shape as an element: 0 and 1 are themselves, others have an imaginary part too.
-template <class T>
-T scalar_of(float x) {
-    T element = scalar<T>(x);
-    if constexpr (isComplex<T>)
-        element.im = x == 0 || x == 1 ? 0 : 0.75F * x;
-    return element;
-}
-
 // Four pairs of options; of complex operands, those that do most. GemmContract.EveryOption has the others.
 template <class T, class Body>
 void each_transposition(Body body) {

@@ -1,0 +1,157 @@
+// Contract of the kernels that make rotations, on every build, against their equations in double.
+#include <gtest/gtest.h>
+
+#include "support/builds.hpp"
+#include "support/oracle.hpp"
+
+namespace qrv::test {
+namespace {
+
+constexpr double eps = std::numeric_limits<float>::epsilon();
+constexpr float tiny = std::numeric_limits<float>::denorm_min(), largest = std::numeric_limits<float>::max();
+
+TEST(Level1Rotations, SrotgSolvesItsEquations) {
+    constexpr float sizes[] = {0, 1, -1, 3, -4, 1e-20F, -2e20F, tiny, largest / 2};
+    for (const VectorBuild& build : vector_builds())
+        for (float a : sizes)
+            for (float b : sizes) {
+                const double norm = std::hypot(double{a}, double{b}),
+                             r = std::copysign(norm, std::abs(a) > std::abs(b) ? a : b);
+                const double c = norm == 0 ? 1 : a / r, s = norm == 0 ? 0 : b / r;
+                const float roundedC = static_cast<float>(c);
+                const double z = norm == 0 || std::abs(a) > std::abs(b) ? s : roundedC != 0 ? 1 / c : 1;
+                float results[] = {a, b, nan, nan};
+                build.blas_srotg_kernel(&results[0], &results[1], &results[2], &results[3]);
+                const double expected[] = {norm == 0 ? 0 : r, z, c, s};
+                for (int i = 0; i < 4; ++i)
+                    EXPECT_TRUE(results[i] == static_cast<float>(expected[i]) ||
+                                std::abs(results[i] - expected[i]) <=
+                                    std::max<double>(eps * std::abs(expected[i]), tiny))
+                        << build << " a=" << a << " b=" << b << " result " << i << ": " << results[i] << " for "
+                        << expected[i];
+            }
+}
+
+TEST(Level1Rotations, SrotmAppliesWhatItsFlagNames) {
+    constexpr float h11 = 0.5F, h21 = -0.25F, h12 = 2, h22 = -0.75F;
+    struct Case {
+        float param[5];
+        double h[4]; // h11, h21, h12, h22
+    };
+    constexpr Case cases[] = {
+        {{-2, nan, nan, nan, nan}, {1, 0, 0, 1}},
+        {{-1, h11, h21, h12, h22}, {h11, h21, h12, h22}},
+        {{0, nan, h21, h12, nan}, {1, h21, h12, 1}},
+        {{1, h11, nan, nan, h22}, {h11, -1, 1, h22}},
+    };
+    constexpr int increments[][2] = {{1, 1}, {2, 2}, {-2, -2}, {-1, -1}, {1, 3}, {-1, 2}};
+    std::minstd_rand random;
+    for (const VectorBuild& build : vector_builds())
+        for (const Case& p : cases)
+            for (const auto& [incx, incy] : increments)
+                for (int n = -1; n < 90; n += n < 40 ? 1 : 7) {
+                    GuardedVector<float> x(n, incx, n % 5), y(n, incy, n % 3);
+                    auto wideX = x.fill([&] { return eighths<float>(random); }).widened();
+                    auto wideY = y.fill([&] { return eighths<float>(random); }).widened();
+                    for (std::size_t i = 0; i < wideX.size(); ++i) {
+                        const double rotated = p.h[0] * wideX[i] + p.h[2] * wideY[i];
+                        wideY[i] = p.h[1] * wideX[i] + p.h[3] * wideY[i];
+                        wideX[i] = rotated;
+                    }
+                    build.blas_srotm_kernel(&n, x.data(), &incx, y.data(), &incy, p.param);
+                    const auto exactly = [](std::size_t) { return 0.0; };
+                    ASSERT_TRUE(holds(x, wideX, exactly) && holds(y, wideY, exactly))
+                        << build << " flag " << p.param[0] << " n=" << n << " inc " << incx << ',' << incy;
+                }
+}
+
+// A call of SROTMG, and H as its flag tells it.
+struct Srotmg {
+    float d1, d2, x1, y1;
+    float param[5] = {7, nan, nan, nan, nan};
+
+    void run(const VectorBuild& build) { build.blas_srotmg_kernel(&d1, &d2, &x1, &y1, param); }
+    double h11() const { return param[0] == 0 || param[0] == -2 ? 1 : param[1]; }
+    double h21() const { return param[0] == 1 ? -1 : param[0] == -2 ? 0 : param[2]; }
+    double h12() const { return param[0] == 1 ? 1 : param[0] == -2 ? 0 : param[3]; }
+    double h22() const { return param[0] == 0 || param[0] == -2 ? 1 : param[4]; }
+};
+
+std::ostream& operator<<(std::ostream& out, const Srotmg& p) {
+    return out << "d " << p.d1 << ',' << p.d2 << " x " << p.x1 << " y " << p.y1 << " flag " << p.param[0];
+}
+
+// H takes (x1, y1) to (new x1, 0) and keeps d1 x^2 + d2 y^2: H^T D' H = D.
+TEST(Level1Rotations, SrotmgZeroesAndKeepsTheWeightedLength) {
+    constexpr float weights[] = {1, 0.5F, 3e-4F, 2e-9F, 5e12F, 1e-30F, 1e30F}, values[] = {1, -2.5F, 3e-3F, 700};
+    int flags[3] = {};
+    for (const VectorBuild& build : vector_builds())
+        for (float d1 : weights)
+            for (float d2 : weights)
+                for (float x1 : values)
+                    for (float y1 : values) {
+                        if (std::abs(std::log10(d1 / d2)) > 24) // their quotients would lose digits
+                            continue;
+                        const Srotmg before{d1, d2, x1, y1};
+                        Srotmg p = before;
+                        p.run(build);
+                        const double a = p.h11(), b = p.h12(), c = p.h21(), d = p.h22();
+                        const double bound = 16 * eps, e1 = p.d1, e2 = p.d2;
+                        const auto in_range = [](float x) { return x > 0x1p-24F && x < 0x1p24F; };
+                        const bool good =
+                            std::abs(a * x1 + b * y1 - p.x1) <= bound * (std::abs(a * x1) + std::abs(b * y1)) &&
+                            std::abs(c * x1 + d * y1) <= bound * (std::abs(c * x1) + std::abs(d * y1)) &&
+                            std::abs(e1 * a * a + e2 * c * c - d1) <= bound * d1 &&
+                            std::abs(e1 * b * b + e2 * d * d - d2) <= bound * d2 &&
+                            std::abs(e1 * a * b + e2 * c * d) <=
+                                bound * (e1 * std::abs(a * b) + e2 * std::abs(c * d)) &&
+                            in_range(p.d1) && in_range(p.d2) && std::abs(p.param[0]) <= 1;
+                        ASSERT_TRUE(good) << build << ' ' << before << " gives " << p;
+                        ++flags[static_cast<int>(p.param[0]) + 1];
+                    }
+    EXPECT_TRUE(flags[0] && flags[1] && flags[2]);
+}
+
+TEST(Level1Rotations, SrotmgSpecialWeights) {
+    struct Case {
+        Srotmg given;
+        float flag;
+        bool zeroes; // H, d1, d2 and x1
+    };
+    const Case cases[] = {
+        {{-1, 1, 1, 1}, -1, true}, {{1, -4, 1, 1}, -1, true}, // a negative weight that would lead
+        {{1, 0, 2, 3}, -2, false}, {{1, 2, 3, 0}, -2, false}, // nothing to zero
+        {{4, -1, 1, 1}, 0, false},
+    };
+    for (const VectorBuild& build : vector_builds())
+        for (const Case& p : cases) {
+            Srotmg result = p.given;
+            result.run(build);
+            const bool zero = result.d1 == 0 && result.d2 == 0 && result.x1 == 0 && result.param[1] == 0 &&
+                              result.param[2] == 0 && result.param[3] == 0 && result.param[4] == 0;
+            const bool same = result.d1 == p.given.d1 && result.d2 == p.given.d2 && result.x1 == p.given.x1;
+            EXPECT_TRUE(result.param[0] == p.flag && zero == p.zeroes && same == (p.flag == -2))
+                << build << ' ' << p.given << " gives " << result;
+        }
+}
+
+TEST(Level1Rotations, EndOnAnyNumbers) {
+    constexpr float values[] = {0, -0.0F, 1, -1, tiny, -tiny, 1e-30F, largest, infinity, -infinity, nan};
+    for (const VectorBuild& build : vector_builds())
+        for (float a : values)
+            for (float b : values) {
+                float r = a, z = b, c, s;
+                build.blas_srotg_kernel(&r, &z, &c, &s);
+                EXPECT_EQ(std::isnan(r), std::isnan(a) || std::isnan(b) || std::isinf(a) || std::isinf(b))
+                    << a << ' ' << b;
+                for (float x : values)
+                    for (float y : values) {
+                        Srotmg p{a, b, x, y};
+                        p.run(build);
+                        EXPECT_TRUE(p.param[0] >= -2 && p.param[0] <= 1) << build << ' ' << p;
+                    }
+            }
+}
+
+} // namespace
+} // namespace qrv::test

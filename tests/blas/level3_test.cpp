@@ -1,0 +1,86 @@
+// Contract of the kernels of level 3 but GEMM, on every build.
+#include "support/routines.hpp"
+#include "support/shapes.hpp"
+
+namespace qrv::test {
+namespace {
+
+// One of `every` options of each routine whose square or triangle has the order n and whose other side is `length`.
+struct Sizes {
+    int n, length;
+    unsigned every = 1;
+    int extra = 0; // columns far apart are copied
+};
+
+template <class T>
+void check_builds(const Routine<T>& routine, const Sizes& s, Turns& turns) {
+    for (Shape p : every_option<T>(routine.operation)) {
+        if (!turns.one_in(s.every))
+            continue;
+        const bool left = p.side == 'L', updates = routine.operation.updates();
+        p.m = left ? s.n : s.length;
+        p.n = left && !updates ? s.length : s.n;
+        p.k = s.length;
+        p = turns.vary(p, s.every > 1);
+        p.a.extra += s.extra, p.c.extra += s.extra;
+        const Problem<T> problem(routine.operation, p);
+        for (const VectorBuild& build : vector_builds())
+            problem.check([&](const Call<T>& v) { routine.kernel(build, v); },
+                          std::string(build.name) + ' ' + routine.name);
+    }
+}
+void check_all(const std::vector<Sizes>& sizes) {
+    Turns turns;
+    each_routine(false, [&]<class T>(const Routine<T>& routine) {
+        for (const Sizes& s : sizes)
+            check_builds(routine, s, turns);
+    });
+}
+
+// Orders around those of groups, vectors, blocks and halves.
+TEST(Level3, Orders) {
+    std::vector<Sizes> sizes;
+    for (const int n : {0, 1, 2, 3, 5, 7, 8, 9, 15, 16, 17, 31, 32, 33})
+        sizes.insert(sizes.end(), {{n, 3}, {n, 18}});
+    for (const int n : {63, 64, 65, 127, 128, 129, 191, 192, 193, 255, 256, 257})
+        sizes.insert(sizes.end(), {{n, 2 + n % 3, 3}, {n, 17, 5}});
+    for (const int n : {511, 512, 513, 1023, 1024, 1025})
+        sizes.push_back({n, 3, n < 600 ? 4U : 8U});
+    check_all(sizes);
+}
+
+// The other side around the sizes of vectors, strips and chunks; depths of an update beyond a block, in triangles of
+// one and of several blocks.
+TEST(Level3, Lengths) {
+    std::vector<Sizes> sizes;
+    for (const int length : {0, 1, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 65})
+        sizes.push_back({length % 2 == 0 ? 11 : 20, length, 2});
+    for (const int length : {129, 255, 257, 385, 511, 513, 1023, 1025})
+        sizes.insert(sizes.end(), {{21, length, 3}, {length % 4 == 1 ? 70 : 135, length, 8}});
+    sizes.insert(sizes.end(), {{520, 70, 6}, {600, 300, 6}});
+    check_all(sizes);
+}
+
+TEST(Level3, ColumnsFarApart) {
+    check_all({{11, 131, 4, 512}, {64, 131, 4, 512}, {70, 131, 4, 512}, {135, 131, 6, 512}});
+}
+
+// A solve divides once for each element of the diagonal: right-hand sides are multiplied by its reciprocal. 7 and 3
+// tell that from a quotient.
+TEST(Level3, ReciprocalsOfTheDiagonal) {
+    const int one = 1;
+    const float alpha = 1, a = 3;
+    const SingleComplex complexAlpha{1, 0}, complexA{0, 3};
+    for (const VectorBuild& build : vector_builds())
+        for (const char* side : {"L", "R"}) {
+            float b = 7;
+            build.blas_strsm_kernel(side, "L", "N", "N", &one, &one, &alpha, &a, &one, &b, &one);
+            EXPECT_EQ(b, 7 * (alpha / 3)) << build << ' ' << side;
+            SingleComplex c{0, 7};
+            build.blas_ctrsm_kernel(side, "L", "N", "N", &one, &one, &complexAlpha, &complexA, &one, &c, &one);
+            EXPECT_TRUE((c == SingleComplex{7 * (alpha / 3), 0})) << build << ' ' << side;
+        }
+}
+
+} // namespace
+} // namespace qrv::test

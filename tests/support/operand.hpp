@@ -1,0 +1,353 @@
+// Matrices and vectors as routines take them, in memory that shows what is read or written beside their elements.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <optional>
+#include <random>
+#include <sys/mman.h>
+#include <type_traits>
+#include <unistd.h>
+#include <vector>
+
+#include "blas/complex.hpp"
+
+namespace qrv::test {
+
+constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+constexpr float infinity = std::numeric_limits<float>::infinity();
+
+constexpr bool is_transposed(char option) {
+    return option != 'N' && option != 'n';
+}
+constexpr bool is_upper(char uplo) {
+    return uplo == 'U' || uplo == 'u';
+}
+
+// ---- Elements of either kind, and as the oracles compute with them ------------------------------------------------
+
+template <class T>
+using Wide = std::conditional_t<std::is_same_v<T, float>, double, std::complex<double>>;
+
+inline double widen(float x) {
+    return x;
+}
+inline std::complex<double> widen(SingleComplex x) {
+    return {x.re, x.im};
+}
+inline double conjugate(double x) {
+    return x;
+}
+inline std::complex<double> conjugate(std::complex<double> x) {
+    return std::conj(x);
+}
+
+// An element whose parts are value().
+template <class T, class Value>
+T element(const Value& value) {
+    if constexpr (isComplex<T>) {
+        const float re = value();
+        return {re, value()};
+    } else {
+        return value();
+    }
+}
+template <class T>
+T all_parts(float x) {
+    return element<T>([x] { return x; });
+}
+inline bool has_nan(float x) {
+    return std::isnan(x);
+}
+inline bool has_nan(SingleComplex x) {
+    return std::isnan(x.re) || std::isnan(x.im);
+}
+inline bool is_finite(float x) {
+    return std::isfinite(x);
+}
+inline bool is_finite(SingleComplex x) {
+    return std::isfinite(x.re) && std::isfinite(x.im);
+}
+// x without an imaginary part, or with one that must not be read.
+inline void set_imaginary(float&, float) {}
+inline void set_imaginary(SingleComplex& x, float value) {
+    x.im = value;
+}
+template <class T>
+bool same_bits(const T& x, const T& y) {
+    return std::memcmp(&x, &y, sizeof x) == 0;
+}
+
+// A scalar of a test case as an element: 0 and 1 are themselves, others have an imaginary part too.
+template <class T>
+T scalar_of(float x) {
+    T value = scalar<T>(x);
+    set_imaginary(value, x == 0 || x == 1 ? 0 : 0.25F - 0.5F * x);
+    return value;
+}
+
+// Multiples of 1/8 from -1 to 1: few of them multiply and add without rounding, so that any fault shows.
+template <class T, class Random>
+T eighths(Random& random) {
+    return element<T>([&] { return (static_cast<float>(random() % 17) - 8) / 8; });
+}
+template <class T, class Random>
+T any_size_one(Random& random) {
+    return element<T>([&] { return static_cast<float>(static_cast<int>(random() % (1U << 25)) - (1 << 24)) * 0x1p-24F; });
+}
+
+// ---- Memory ---------------------------------------------------------------------------------------------------------
+
+// Behind the heap's exact sizes the address sanitizer sees what is read within the last 16 bytes of a vector.
+enum class Guard { canaries, pageBehind, pageInFront, heap };
+
+// How an operand lies: leading dimension beyond the least, and floats past a 64-byte boundary (canaries only).
+struct Layout {
+    int extra = 0, offset = 0;
+    Guard guard = Guard::canaries;
+};
+
+// `count` floats whose last byte is the last one before an inaccessible page; with `atFront`, whose first byte is
+// the first one behind such a page. A read or write beyond stops the program.
+class GuardPageArray {
+public:
+    explicit GuardPageArray(std::size_t count, bool atFront = false) {
+        const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+        const std::size_t bytes = (count * sizeof(float) + page - 1) / page * page;
+        length_ = bytes + 2 * page;
+        map_ = mmap(nullptr, length_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (map_ == MAP_FAILED)
+            throw std::bad_alloc();
+        char* const inside = static_cast<char*>(map_) + page;
+        if (bytes > 0 && mprotect(inside, bytes, PROT_READ | PROT_WRITE) != 0)
+            throw std::bad_alloc();
+        data_ = reinterpret_cast<float*>(atFront ? inside : inside + bytes - count * sizeof(float));
+    }
+    ~GuardPageArray() { munmap(map_, length_); }
+    GuardPageArray(const GuardPageArray&) = delete;
+    GuardPageArray& operator=(const GuardPageArray&) = delete;
+
+    float* data() { return data_; }
+    const float* data() const { return data_; }
+
+private:
+    void* map_;
+    std::size_t length_;
+    float* data_;
+};
+
+// What an operand is, and which of its elements are stored.
+struct Form {
+    enum Kind { general, vector, symmetric, hermitian, triangular };
+
+    int rows = 0, columns = 0;
+    Kind kind = general;
+    char uplo = 'A', diag = 'N';   // one triangle, without its diagonal if that is all ones
+    bool banded = false;           // in band storage,
+    int below = 0, above = 0;      // with so many diagonals on either side of the main one
+    int inc = 1;                   // of a vector, which is one column
+
+    bool unit() const { return diag == 'U' || diag == 'u'; }
+    // Rows of column j that are stored: [first, second).
+    std::pair<int, int> stored_rows(int j) const {
+        int first = 0, last = rows;
+        if (banded)
+            first = std::max(0, j - above), last = std::min(rows, j + below + 1);
+        if (is_upper(uplo))
+            last = std::min(last, unit() ? j : j + 1);
+        else if (uplo != 'A')
+            first = std::max(first, unit() ? j + 1 : j);
+        return {first, std::max(first, last)};
+    }
+    bool stored(int i, int j) const {
+        const auto [first, last] = stored_rows(j);
+        return i >= first && i < last;
+    }
+};
+
+// A column-major or banded matrix, or a vector, of which the routine is given data(). Whatever is no stored element is
+// filled with canaries: signaling NaN, each with a payload of its own, so that reading them shows, arithmetic changes
+// them and copies do not fit.
+template <class T>
+class Operand {
+public:
+    Operand(const Form& form, const Layout& layout) : form_(form), layout_(layout) {
+        const int height = form.banded ? form.below + form.above + 1 : form.rows;
+        ld_ = form.kind == Form::vector ? form.inc : std::max(1, height) + layout.extra;
+        if (form.rows > 0 && form.columns > 0)
+            length_ = form.kind == Form::vector
+                          ? 1 + std::size_t(form.rows - 1) * std::size_t(std::abs(form.inc))
+                          : std::size_t(ld_) * std::size_t(form.columns - 1) + std::size_t(height);
+        const std::size_t floats = parts * length_;
+        if (layout.guard == Guard::canaries) {
+            plain_.resize(floats + 3 * band);
+            const auto address = reinterpret_cast<std::uintptr_t>(plain_.data());
+            first_ = plain_.data() + band + (64 - address % 64) % 64 / sizeof(float) + layout.offset;
+        } else if (layout.guard == Guard::heap) {
+            plain_.resize(floats);
+            first_ = plain_.data();
+        } else {
+            first_ = paged_.emplace(floats, layout.guard == Guard::pageInFront).data();
+        }
+        for (float* p = begin(); p != end(); ++p) {
+            const std::uint32_t bits = canary(p);
+            std::memcpy(p, &bits, sizeof bits);
+        }
+    }
+    Operand(int rows, int columns, int ld, int offset = 0)
+        : Operand(Form{rows, columns}, Layout{ld - std::max(1, rows), offset}) {}
+    Operand(const Operand& other) : Operand(other.form_, other.layout_) { set(other); }
+    Operand& operator=(const Operand&) = delete;
+
+    const Form& form() const { return form_; }
+    int rows() const { return form_.rows; }
+    int columns() const { return form_.columns; }
+    const int& ld() const { return ld_; } // the increment of a vector
+    T* data() { return reinterpret_cast<T*>(first_); }
+    const T* data() const { return reinterpret_cast<const T*>(first_); }
+    T& operator()(int i, int j) { return data()[place(i, j)]; }
+    const T& operator()(int i, int j) const { return data()[place(i, j)]; }
+
+    // Element (i, j) of the matrix that is meant, in double.
+    Wide<T> entry(int i, int j) const {
+        if (form_.kind == Form::hermitian && i == j)
+            return std::real(widen((*this)(i, i)));
+        if (form_.stored(i, j))
+            return widen((*this)(i, j));
+        if (form_.kind == Form::triangular)
+            return i == j && form_.unit() ? 1 : 0;
+        if (form_.kind == Form::general || !form_.stored(j, i))
+            return 0;
+        const Wide<T> mirrored = widen((*this)(j, i));
+        return form_.kind == Form::hermitian ? conjugate(mirrored) : mirrored;
+    }
+
+    template <class Body>
+    void each_stored(const Body& body) const {
+        for (int j = 0; j < form_.columns; ++j)
+            for (auto [i, last] = form_.stored_rows(j); i < last; ++i)
+                body(i, j);
+    }
+    // Stored elements become value(i, j): those of another operand of the same form, say.
+    template <class Value>
+    Operand& set(const Value& value) {
+        each_stored([&](int i, int j) { (*this)(i, j) = value(i, j); });
+        return *this;
+    }
+    Operand& fill(float value) {
+        return set([value](int, int) { return all_parts<T>(value); });
+    }
+    // Triangles are small beside their diagonal: solves are well-conditioned then, whatever the size. The imaginary
+    // part of a Hermitian diagonal, which must not be read, is NaN.
+    template <class Random>
+    Operand& fill_random(Random& random) {
+        const int width = form_.banded ? std::max(form_.below, form_.above) : form_.rows;
+        const float size = 2.0F / static_cast<float>(std::min(width, form_.rows) + 1);
+        return set([&](int i, int j) {
+            T x = any_size_one<T>(random);
+            if (form_.kind == Form::triangular)
+                x = i == j ? scalar<T>(1.5F) + scalar<T>(0.5F) * x : scalar<T>(size) * x;
+            if (form_.kind == Form::hermitian && i == j)
+                set_imaginary(x, nan);
+            return x;
+        });
+    }
+
+    // Stored elements for which good(i, j, element) does not hold.
+    template <class Good>
+    int count_bad(const Good& good) const {
+        int bad = 0;
+        each_stored([&](int i, int j) { bad += !good(i, j, (*this)(i, j)); });
+        return bad;
+    }
+    bool same_bits(const Operand& other) const {
+        return count_bad([&](int i, int j, const T& x) { return test::same_bits(x, other(i, j)); }) == 0;
+    }
+    // Whether nothing but stored elements has been written.
+    bool guards_intact() const {
+        std::vector<char> owned(length_);
+        each_stored([&](int i, int j) { owned[static_cast<std::size_t>(place(i, j))] = 1; });
+        bool all = true;
+        const auto check = [&](const float* from, const float* to) {
+            for (; from < to; ++from) {
+                const std::uint32_t bits = canary(from);
+                all = all && std::memcmp(from, &bits, sizeof bits) == 0;
+            }
+        };
+        check(begin(), first_);
+        for (std::size_t p = 0; p < length_; ++p)
+            if (!owned[p])
+                check(first_ + p * parts, first_ + (p + 1) * parts);
+        check(first_ + parts * length_, end());
+        return all;
+    }
+
+protected:
+    std::ptrdiff_t place(int i, int j) const {
+        if (form_.kind == Form::vector)
+            return std::ptrdiff_t{form_.inc < 0 ? i - form_.rows + 1 : i} * form_.inc;
+        return (form_.banded ? form_.above + i - j : i) + std::ptrdiff_t{ld_} * j;
+    }
+
+private:
+    static constexpr std::size_t parts = sizeof(T) / sizeof(float);
+    static constexpr std::size_t band = 32;
+
+    static std::uint32_t canary(const float* p) {
+        return 0x7F80'0001U | (static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(p) >> 1) & 0x3F'FFFEU);
+    }
+    float* begin() { return paged_ ? first_ : plain_.data(); }
+    float* end() { return paged_ ? first_ + parts * length_ : plain_.data() + plain_.size(); }
+    const float* begin() const { return const_cast<Operand*>(this)->begin(); }
+    const float* end() const { return const_cast<Operand*>(this)->end(); }
+
+    Form form_;
+    Layout layout_;
+    int ld_;
+    std::size_t length_ = 0; // elements from the first in memory to the last
+    std::vector<float> plain_;
+    std::optional<GuardPageArray> paged_;
+    float* first_;
+};
+
+// n elements, increment inc: v[i] is element i as routines count them, which for a negative increment means from the
+// far end. With increment 0 there is one, which every i names.
+template <class T>
+class GuardedVector : public Operand<T> {
+public:
+    explicit GuardedVector(int n, int inc = 1, int offset = 0, Guard guard = Guard::canaries)
+        : Operand<T>(Form{std::max(n, 0), 1, Form::vector, 'A', 'N', false, 0, 0, inc}, Layout{0, offset, guard}),
+          n_(n) {}
+
+    int size() const { return n_; }
+    int inc() const { return this->form().inc; }
+    T& operator[](int i) { return (*this)(i, 0); }
+    const T& operator[](int i) const { return (*this)(i, 0); }
+
+    // Each element becomes value(), in order.
+    template <class Value>
+    GuardedVector& fill(const Value& value) {
+        for (int i = 0; i < elements(); ++i)
+            (*this)[i] = value();
+        return *this;
+    }
+    std::vector<Wide<T>> widened() const {
+        std::vector<Wide<T>> values;
+        for (int i = 0; i < elements(); ++i)
+            values.push_back(widen((*this)[i]));
+        return values;
+    }
+
+private:
+    int elements() const { return inc() == 0 ? std::min(n_, 1) : n_; }
+    int n_;
+};
+
+} // namespace qrv::test

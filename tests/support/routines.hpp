@@ -1,0 +1,124 @@
+// The routines of BLAS levels 2 and 3 but GEMM: one row each, for the kernels of every build and the threaded routines.
+#pragma once
+
+#include "blas/blas.hpp"
+#include "blas/thread/32/level3/level3_threads.hpp"
+#include "blas/thread/32/level3/triangle_blocks.hpp"
+#include "blas/thread/common/level2/level2_threads.hpp"
+#include "blas/thread/common/machine.hpp"
+#include "support/builds.hpp"
+#include "support/problem.hpp"
+
+namespace qrv::test {
+
+template <class T>
+struct Routine {
+    const char* name;
+    Operation operation;
+    void (*kernel)(const VectorBuild& build, const Call<T>& v);
+    void (*decided)(const Call<T>& v) = nullptr;                      // if it has a threaded form
+    int (*threads)(const Call<T>& v) = nullptr;                       // what that decides
+    void (*on_team)(const int* threads, const Call<T>& v) = nullptr;  // if the number can be given
+};
+
+inline const float* real_part(const float& x) {
+    return &x;
+}
+inline const float* real_part(const SingleComplex& x) {
+    return &x.re;
+}
+
+#define QRV_GEMV_OF(v) &v.trans, &v.m, &v.n, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc
+#define QRV_GBMV_OF(v)                                                                                                    \
+    &v.trans, &v.m, &v.n, &v.k, &v.ku, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc
+#define QRV_SYMV_OF(v) &v.uplo, &v.n, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc
+#define QRV_SBMV_OF(v) &v.uplo, &v.n, &v.k, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc
+#define QRV_TRMV_OF(v) &v.uplo, &v.trans, &v.diag, &v.n, v.a, &v.lda, v.c, &v.ldc
+#define QRV_TBMV_OF(v) &v.uplo, &v.trans, &v.diag, &v.n, &v.k, v.a, &v.lda, v.c, &v.ldc
+#define QRV_GER_OF(v) &v.m, &v.n, &v.alpha, v.a, &v.lda, v.b, &v.ldb, v.c, &v.ldc
+#define QRV_SYR_OF(v) &v.uplo, &v.n, real_part(v.alpha), v.a, &v.lda, v.c, &v.ldc
+#define QRV_SYR2_OF(v) &v.uplo, &v.n, &v.alpha, v.a, &v.lda, v.b, &v.ldb, v.c, &v.ldc
+#define QRV_SYMM_OF(v) &v.side, &v.uplo, &v.m, &v.n, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc
+#define QRV_TRMM_OF(v) &v.side, &v.uplo, &v.trans, &v.diag, &v.m, &v.n, &v.alpha, v.a, &v.lda, v.c, &v.ldc
+#define QRV_SYRK_OF(v) &v.uplo, &v.trans, &v.n, &v.k, &v.alpha, v.a, &v.lda, &v.beta, v.c, &v.ldc
+#define QRV_SYR2K_OF(v) &v.uplo, &v.trans, &v.n, &v.k, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc
+#define QRV_HERK_OF(v)                                                                                                    \
+    &v.uplo, &v.trans, &v.n, &v.k, real_part(v.alpha), v.a, &v.lda, real_part(v.beta), v.c, &v.ldc
+#define QRV_HER2K_OF(v)                                                                                                   \
+    &v.uplo, &v.trans, &v.n, &v.k, &v.alpha, v.a, &v.lda, v.b, &v.ldb, real_part(v.beta), v.c, &v.ldc
+
+#define QRV_SERIAL(name, arguments) [](const VectorBuild& build, const auto& v) { build.blas_##name##_kernel(arguments(v)); }
+#define QRV_DECIDED(name, arguments, threads)                                                                          \
+    QRV_SERIAL(name, arguments), [](const auto& v) { qrv_blas_##name(arguments(v)); }, [](const auto& v) { return threads; }
+#define QRV_ON_TEAM(name, arguments, threads)                                                                          \
+    QRV_DECIDED(name, arguments, threads), [](const int* team, const auto& v) {                                        \
+        qrv_blas_##name##_omp(team, arguments(v));                                                                        \
+    }
+#define QRV_SLICED sliced_threads(v.m, v.n, ThisMachine{})
+#define QRV_BLOCKED (v.n > serialUpdateUpTo ? ThisMachine{}.budget() : 1)
+
+template <class T>
+const std::vector<Routine<T>>& routines();
+
+template <>
+inline const std::vector<Routine<float>>& routines<float>() {
+    using enum What;
+    using enum Form::Kind;
+    static const std::vector<Routine<float>> list = {
+        {"sgemv", {product, general, true}, QRV_ON_TEAM(sgemv, QRV_GEMV_OF, gemv_threads(sgemvRule, v.trans, v.m, v.n, ThisMachine{}))},
+        {"sgbmv", {product, general, true, true}, QRV_SERIAL(sgbmv, QRV_GBMV_OF)},
+        {"ssymv", {product, symmetric, true}, QRV_ON_TEAM(ssymv, QRV_SYMV_OF, symv_threads(v.n, ThisMachine{}))},
+        {"ssbmv", {product, symmetric, true, true}, QRV_SERIAL(ssbmv, QRV_SBMV_OF)},
+        {"strmv", {inPlace, triangular, true}, QRV_ON_TEAM(strmv, QRV_TRMV_OF, trmv_threads(strmvRule, v.n, ThisMachine{}))},
+        {"stbmv", {inPlace, triangular, true, true}, QRV_SERIAL(stbmv, QRV_TBMV_OF)},
+        {"strsv", {solve, triangular, true}, QRV_SERIAL(strsv, QRV_TRMV_OF)},
+        {"stbsv", {solve, triangular, true, true}, QRV_SERIAL(stbsv, QRV_TBMV_OF)},
+        {"sger", {update, general, true}, QRV_SERIAL(sger, QRV_GER_OF)},
+        {"ssyr", {update, symmetric, true}, QRV_ON_TEAM(ssyr, QRV_SYR_OF, syr_threads(v.n, ThisMachine{}))},
+        {"ssyr2", {update2, symmetric, true}, QRV_ON_TEAM(ssyr2, QRV_SYR2_OF, syr_threads(v.n, ThisMachine{}))},
+        {"strmm", {inPlace, triangular}, QRV_DECIDED(strmm, QRV_TRMM_OF, QRV_SLICED)},
+        {"strsm", {solve, triangular}, QRV_DECIDED(strsm, QRV_TRMM_OF, QRV_SLICED)},
+        {"ssymm", {product, symmetric}, QRV_DECIDED(ssymm, QRV_SYMM_OF, QRV_SLICED)},
+        {"ssyrk", {update, symmetric}, QRV_DECIDED(ssyrk, QRV_SYRK_OF, QRV_BLOCKED)},
+        {"ssyr2k", {update2, symmetric}, QRV_DECIDED(ssyr2k, QRV_SYR2K_OF, QRV_BLOCKED)},
+    };
+    return list;
+}
+
+template <>
+inline const std::vector<Routine<SingleComplex>>& routines<SingleComplex>() {
+    using enum What;
+    using enum Form::Kind;
+    static const std::vector<Routine<SingleComplex>> list = {
+        {"cgemv", {product, general, true}, QRV_ON_TEAM(cgemv, QRV_GEMV_OF, gemv_threads(cgemvRule, v.trans, v.m, v.n, ThisMachine{}))},
+        {"chemv", {product, hermitian, true}, QRV_SERIAL(chemv, QRV_SYMV_OF)},
+        {"ctrmv", {inPlace, triangular, true}, QRV_ON_TEAM(ctrmv, QRV_TRMV_OF, trmv_threads(ctrmvRule, v.n, ThisMachine{}))},
+        {"ctrsv", {solve, triangular, true}, QRV_SERIAL(ctrsv, QRV_TRMV_OF)},
+        {"cgeru", {update, general, true}, QRV_SERIAL(cgeru, QRV_GER_OF)},
+        {"cgerc", {update, general, true, false, true}, QRV_SERIAL(cgerc, QRV_GER_OF)},
+        {"cher", {update, hermitian, true}, QRV_SERIAL(cher, QRV_SYR_OF)},
+        {"cher2", {update2, hermitian, true}, QRV_SERIAL(cher2, QRV_SYR2_OF)},
+        {"ctrmm", {inPlace, triangular}, QRV_DECIDED(ctrmm, QRV_TRMM_OF, QRV_SLICED)},
+        {"ctrsm", {solve, triangular}, QRV_DECIDED(ctrsm, QRV_TRMM_OF, QRV_SLICED)},
+        {"csymm", {product, symmetric}, QRV_DECIDED(csymm, QRV_SYMM_OF, QRV_SLICED)},
+        {"chemm", {product, hermitian}, QRV_DECIDED(chemm, QRV_SYMM_OF, QRV_SLICED)},
+        {"csyrk", {update, symmetric}, QRV_DECIDED(csyrk, QRV_SYRK_OF, QRV_BLOCKED)},
+        {"cherk", {update, hermitian}, QRV_DECIDED(cherk, QRV_HERK_OF, QRV_BLOCKED)},
+        {"csyr2k", {update2, symmetric}, QRV_DECIDED(csyr2k, QRV_SYR2K_OF, QRV_BLOCKED)},
+        {"cher2k", {update2, hermitian}, QRV_DECIDED(cher2k, QRV_HER2K_OF, QRV_BLOCKED)},
+    };
+    return list;
+}
+
+// body(routine) for each of a level, real and complex.
+template <class Body>
+void each_routine(bool vectors, const Body& body) {
+    for (const auto& routine : routines<float>())
+        if (routine.operation.vectors == vectors)
+            body(routine);
+    for (const auto& routine : routines<SingleComplex>())
+        if (routine.operation.vectors == vectors)
+            body(routine);
+}
+
+} // namespace qrv::test

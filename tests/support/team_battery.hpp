@@ -1,0 +1,105 @@
+// What every routine must stand that runs on a team: told once, for families of cases.
+//
+// A family is instantiated with INSTANTIATE_TEST_SUITE_P. Tests called Races are few and small, for the race detector.
+#pragma once
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <omp.h>
+#include <thread>
+
+#include "support/observed_team.hpp"
+#include "support/teams.hpp"
+#include "support/work_memory.hpp"
+
+namespace qrv::test {
+
+struct TeamCase {
+    std::string name;
+    // Whether it comes out on a team of at most so many, and if it runs twice then with the same bits.
+    std::function<bool(int team, bool twice)> right;
+    // How many threads it asks for of the present budget, if that is its own decision.
+    std::function<int()> threads = nullptr;
+};
+
+struct TeamFamily {
+    const char* name;
+    std::function<std::vector<TeamCase>()> all, few;
+};
+
+inline std::ostream& operator<<(std::ostream& out, const TeamFamily& family) {
+    return out << family.name;
+}
+
+class Team : public testing::TestWithParam<TeamFamily> {
+protected:
+    static void expect(const std::vector<TeamCase>& cases, std::initializer_list<int> teams, bool twice) {
+        for (const int team : teams) {
+            const ForcedTeam forced(team);
+            for (const TeamCase& one : cases)
+                EXPECT_TRUE(one.right(team, twice)) << one.name << " on " << team;
+        }
+    }
+};
+
+TEST_P(Team, OfEverySize) {
+    expect(GetParam().all(), {1, 2, 3, 4, 8}, true);
+}
+
+// The number asked for is an upper bound: the runtime may give less, down to one. Work memory is NaN, so that what no
+// thread wrote shows.
+TEST_P(Team, SmallerThanAsked) {
+    const WorkMemoryProbe probe;
+    const std::vector<TeamCase> cases = GetParam().few();
+    const int dynamic = omp_get_dynamic(), levels = omp_get_max_active_levels();
+    omp_set_dynamic(1);
+    expect(cases, {8, 64}, false);
+    omp_set_dynamic(dynamic);
+    omp_set_max_active_levels(1);
+#pragma omp parallel num_threads(2)
+#pragma omp critical
+    expect(cases, {4}, false);
+    omp_set_max_active_levels(levels);
+}
+
+TEST_P(Team, WithoutWorkMemory) {
+    const WorkMemoryProbe refusing(0, anySize);
+    expect(GetParam().few(), {1, 2, 3}, false);
+}
+
+TEST_P(Team, AsDecided) {
+    constexpr int team = 3;
+    if (omp_get_thread_limit() < team)
+        GTEST_SKIP() << "teams are limited";
+    const ForcedTeam forced(team);
+    for (const TeamCase& one : GetParam().all())
+        if (one.threads) {
+            largestTeam = 1;
+            EXPECT_TRUE(one.right(team, false)) << one.name;
+            EXPECT_EQ(largestTeam, one.threads()) << one.name;
+        }
+}
+
+// Each with teams of its own; a limit on threads is for all of them together, and teams then differ from call to call.
+TEST_P(Team, OfEachHostThreadRaces) {
+    const ForcedTeam forced(2);
+    const std::vector<TeamCase> cases = GetParam().few();
+    for (const TeamCase& one : cases)
+        EXPECT_TRUE(one.right(2, false)) << one.name;
+    std::vector<std::thread> hosts;
+    for (std::size_t host = 0; host < 3; ++host)
+        hosts.emplace_back([&, host] {
+            for (std::size_t i = 0; i < cases.size(); ++i) {
+                const TeamCase& one = cases[(i + host) % cases.size()];
+                EXPECT_TRUE(one.right(2, omp_get_thread_limit() >= 24)) << one.name;
+            }
+        });
+    for (std::thread& host : hosts)
+        host.join();
+}
+
+TEST_P(Team, Races) {
+    expect(GetParam().few(), {2, 3, 4}, true);
+}
+
+} // namespace qrv::test
