@@ -37,5 +37,6 @@ function(qrv_kernel_flags target build)
   if(CMAKE_BUILD_TYPE STREQUAL "Sanitize")
     target_compile_options(${target} PRIVATE -fno-sanitize=alignment,null,object-size)
   endif()
-  target_compile_definitions(${target} PRIVATE QRV_KERNEL_BUILD=${build})
+  target_compile_definitions(${target} PRIVATE QRV_KERNEL_BUILD=${build}
+                             QRV_KERNEL_VECTORS="${QRV_KERNEL_VECTORS_${build}}")
 endfunction()
