@@ -1,11 +1,15 @@
 # libqrv_blas.so: the names that existing programs bind to, over the upper-case entries. An entry has the arguments of
 # the published Fortran routine, so its Fortran name is another name for it, which the linker gives. The list of them is
-# the declarations of native.h.
+# the declarations in the headers of include/qrv/native.
 
-set(header ${PROJECT_SOURCE_DIR}/include/qrv/native.h)
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
-file(STRINGS ${header} declarations REGEX "^QRV_API [a-z_]+ [A-Z0-9]+\\(")
-list(TRANSFORM declarations REPLACE "^QRV_API [a-z_]+ ([A-Z0-9]+)\\(.*" "\\1")
+file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/qrv/native/*.h)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${headers})
+set(declarations "")
+foreach(header IN LISTS headers)
+  file(STRINGS ${header} found REGEX "^QRV_API [a-z_]+ [A-Z0-9]+\\(")
+  list(TRANSFORM found REPLACE "^QRV_API [a-z_]+ ([A-Z0-9]+)\\(.*" "\\1")
+  list(APPEND declarations ${found})
+endforeach()
 # Functions with complex results are told in fortran.cpp. The tuning routines stay at home: other libraries ask them
 # about routines of theirs, of both precisions.
 list(REMOVE_ITEM declarations CDOTC CDOTU XERBLA ILAENV IPARMQ)
