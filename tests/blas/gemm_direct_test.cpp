@@ -1,7 +1,7 @@
 // The unpacked GEMM of the wide vector forms: what it promises beyond the contract, and the rule that chooses it.
 #include <string_view>
 
-#include "support/subjects.hpp"
+#include "support/gemm.hpp"
 
 namespace qrv::test {
 namespace {
@@ -14,70 +14,45 @@ TYPED_TEST_SUITE(GemmDirect, Elements);
 TYPED_TEST(GemmDirect, ResultDependsOnTheOperandsAlone) {
     using T = TypeParam;
     for (const Subject<T>& subject : subjects<T>())
-        for (const char ta : {'N', 'T', 'C'}) {
+        for (const char option : {'N', 'T', 'C'}) {
             if (!std::string_view(subject.name).ends_with("direct"))
                 continue;
-            const GemmCase<T> tight({ta, 'N', 21, 11, 70, 1.5F, 0.5F});
-            const GemmCase<T> loose({ta, 'N', 21, 11, 70, 1.5F, 0.5F, 3, 2, 5, 1, 2, 3});
-            const BasicGuardedMatrix<T> x = tight.result(subject.gemm), y = loose.result(subject.gemm);
-            EXPECT_EQ(x.count_bad([&](int i, int j, T c) { return c == y(i, j); }), 0) << subject.name << ' ' << ta;
+            Shape p{.trans = option, .m = 21, .n = 11, .k = 70, .alpha = 1.5F, .beta = 0.5F};
+            const Operand<T> tight = GemmCase<T>(p).result(subject.gemm);
+            p.a = {3, 1}, p.b = {2, 2}, p.c = {5, 3};
+            EXPECT_TRUE(tight.same_bits(GemmCase<T>(p).result(subject.gemm))) << subject.name << ' ' << option;
         }
 }
 
-// The last product that goes unpacked; with k + 1 it does not.
-struct LastDirect {
-    VectorForm form;
-    char transa, transb;
-    int m, n, k;
-};
-template <class T>
-const std::vector<LastDirect> lastDirect;
-template <>
-const std::vector<LastDirect> lastDirect<float> = {
-    {VectorForm::sse, 'N', 'N', 14, 14, 14},
-    {VectorForm::sse, 'T', 'N', 12, 12, 12},
-    {VectorForm::avx2, 'N', 'T', 128, 64, 64},
-    {VectorForm::avx2, 'T', 'N', 64, 64, 64},
-    {VectorForm::avx2, 'N', 'N', 1 << 9, 12, 682},
-    {VectorForm::avx2, 'N', 'N', 32, 1 << 11, 1 << 11},
-    {VectorForm::avx2, 'T', 'N', 1 << 10, 4, 64},
-    {VectorForm::avx512, 'N', 'T', 256, 256, 256},
-    {VectorForm::avx512, 'T', 'T', 128, 128, 256},
-    {VectorForm::avx512, 'N', 'N', 1 << 11, 32, 1 << 10},
-    {VectorForm::avx512, 'N', 'T', 32, 1 << 11, 1 << 8},
-    {VectorForm::avx512, 'T', 'N', 32, 1 << 11, 1 << 11},
-};
-template <>
-const std::vector<LastDirect> lastDirect<SingleComplex> = {
-    {VectorForm::sse, 'N', 'N', 11, 11, 11},
-    {VectorForm::sse, 'T', 'N', 7, 7, 7},
-    {VectorForm::avx2, 'N', 'T', 128, 128, 64},
-    {VectorForm::avx2, 'T', 'N', 128, 64, 128},
-    {VectorForm::avx2, 'N', 'N', 1 << 9, 8, 1 << 10},
-    {VectorForm::avx2, 'T', 'N', 1 << 12, 8, 1 << 12},
-    {VectorForm::avx2, 'N', 'N', 16, 1 << 11, 1 << 12},
-    {VectorForm::avx512, 'N', 'T', 64, 128, 128},
-    {VectorForm::avx512, 'T', 'T', 128, 128, 64},
-    {VectorForm::avx512, 'N', 'N', 1 << 9, 32, 1 << 9},
-    {VectorForm::avx512, 'T', 'N', 1 << 11, 32, 1 << 11},
-    {VectorForm::avx512, 'T', 'T', 16, 1 << 9, 1 << 9},
-};
-
+// What goes unpacked does so for any smaller size, and never once it is large, or more than an integer holds.
 TYPED_TEST(GemmDirect, Rule) {
     using T = TypeParam;
-    constexpr int most = std::numeric_limits<int>::max();
-    for (const LastDirect& row : lastDirect<T>) {
-        const auto goes = [&](int m, int n, int k) {
-            return kernel::sse42::goes_direct<T>(row.form, row.transa == 'T', row.transb == 'T', m, n, k);
-        };
-        EXPECT_TRUE(goes(row.m, row.n, row.k)) << row.transa << row.transb << row.m << 'x' << row.n << 'x' << row.k;
-        EXPECT_FALSE(goes(row.m, row.n, row.k + 1))
-            << row.transa << row.transb << row.m << 'x' << row.n << 'x' << row.k;
-        EXPECT_TRUE(goes(1, 1, 1));
-        EXPECT_FALSE(goes(1024, 1024, 1024));
-        EXPECT_FALSE(goes(1024, 1024, 8)) << "large and shallow";
-        EXPECT_FALSE(goes(most, most, most)) << "a product that no integer holds";
-    }
+    constexpr int sizes[] = {1, 4, 8, 12, 14, 16, 32, 33, 64, 128, 256, 512, 1024, 2048, 4096};
+    constexpr int shallow = 32; // products below this depth go by their area too
+    for (const VectorForm form : {VectorForm::sse, VectorForm::avx2, VectorForm::avx512})
+        for (const bool ta : {false, true})
+            for (const bool tb : {false, true}) {
+                const auto goes = [&](int m, int n, int k) {
+                    return kernel::sse42::goes_direct<T>(form, ta, tb, m, n, k);
+                };
+                for (const int m : sizes)
+                    for (const int n : sizes)
+                        for (const int k : sizes)
+                            EXPECT_TRUE(!goes(m, n, k) || (goes((m + 1) / 2, n, k) && goes(m, (n + 1) / 2, k) &&
+                                                           (k / 2 < shallow || goes(m, n, k / 2))))
+                                << static_cast<int>(form) << ta << tb << ' ' << m << ' ' << n << ' ' << k;
+                constexpr int most = std::numeric_limits<int>::max();
+                EXPECT_TRUE(goes(1, 1, 1) && goes(7, 7, 7));
+                EXPECT_FALSE(goes(1024, 1024, 1024) || goes(1024, 1024, 8) || goes(most, most, most));
+            }
+    const auto last = [](VectorForm form, bool ta, int m, int n, int k) {
+        return kernel::sse42::goes_direct<T>(form, ta, false, m, n, k) &&
+               !kernel::sse42::goes_direct<T>(form, ta, false, m, n, k + 1);
+    };
+    constexpr int sse = isComplex<T> ? 11 : 14, avx512 = isComplex<T> ? 128 : 256;
+    EXPECT_TRUE(last(VectorForm::sse, false, sse, sse, sse));
+    EXPECT_TRUE(last(VectorForm::avx2, true, isComplex<T> ? 128 : 64, 64, isComplex<T> ? 128 : 64));
+    EXPECT_TRUE(last(VectorForm::avx512, false, isComplex<T> ? 64 : avx512, avx512, avx512));
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 // The generic build sums in extended precision and rounds once for each block of k.
-#include "support/subjects.hpp"
+#include "support/gemm.hpp"
 
 namespace qrv::test {
 namespace {
@@ -36,8 +36,8 @@ TYPED_TEST(GemmGeneric, RoundsOncePerBlockOfK) {
             int k = 0;
             for (const int size : sizes)
                 k += size;
-            const GemmCase<T> x({'N', transb, 25, 3, k, 0.7F, 1}); // tiles, a shorter one, a single row
-            BasicGuardedMatrix<T> expected = x.before;
+            const GemmCase<T> x({.transb = transb, .m = 25, .n = 3, .k = k, .alpha = 0.7F}); // tiles, a shorter one, a single row
+            Operand<T> expected = x.before;
             int l = 0;
             for (const int size : sizes) {
                 const int end = l + size;
@@ -45,13 +45,13 @@ TYPED_TEST(GemmGeneric, RoundsOncePerBlockOfK) {
                     std::vector<T> left, right;
                     for (int step = l; step < end; ++step) {
                         left.push_back(x.alpha * x.a(i, step));
-                        right.push_back(element_of(transb, x.b, step, j));
+                        right.push_back(transb == 'N' ? x.b(step, j) : conj(x.b(j, step)));
                     }
                     return rounded_once(expected(i, j), left, right);
                 });
                 l = end;
             }
-            const BasicGuardedMatrix<T> c = x.result(subjects<T>()[0].gemm);
+            const Operand<T> c = x.result(subjects<T>()[0].gemm);
             EXPECT_EQ(c.count_bad([&](int i, int j, T z) { return z == expected(i, j); }), 0)
                 << "k=" << k << " B " << transb;
         }

@@ -1,6 +1,8 @@
 // BLAS on teams.
+#include "blas/thread/common/level1/level1_threads.hpp"
+#include "blas/thread/common/level3/gemm_team.hpp"
+#include "support/gemm.hpp"
 #include "support/routines.hpp"
-#include "support/shapes.hpp"
 #include "support/team_battery.hpp"
 #include "support/vector_routines.hpp"
 
@@ -150,6 +152,202 @@ INSTANTIATE_TEST_SUITE_P(Level2, Team, testing::Values(TeamFamily{"level 2",
 INSTANTIATE_TEST_SUITE_P(Level3, Team, testing::Values(TeamFamily{"level 3",
     [] { return cases_of_level(false, {}, {{0, 9}, {9, 0}, {16, 16}, {16, 17}, {17, 16}, {5, 100}, {3, 70}, {130, 129}}, 2); },
     [] { return cases_of_level(false, {}, {{9, 40}, {40, 9}, {40, 70}}, 4); }}));
+
+// ---- GEMM ------------------------------------------------------------------------------------------------------------
+
+template <class T>
+GemmProblem<T> problem_of(const Call<T>& v) {
+    return {v.trans, v.transb, v.m, v.n, v.k, v.alpha, v.a, v.lda, v.b, v.ldb, v.beta, v.c, v.ldc};
+}
+template <class T>
+void driver(const Call<T>& v) {
+    if constexpr (isComplex<T>)
+        call_gemm(qrv_blas_cgemm, v);
+    else
+        call_gemm(qrv_blas_sgemm, v);
+}
+
+// Facts of a machine of each class; the build stays the one of this run. For complex operands all classes are one.
+constexpr GemmFacts machines[] = {
+    {66, 1 << 18, 8 << 20}, {0, -1, -1}, {32, 1 << 20, 1 << 20}, {33, 6 << 20, 6 << 20}, {33, 1 << 20, 8 << 20}};
+
+struct GemmSize {
+    int m, n, k;
+};
+
+// In the small region.
+constexpr GemmSize small[] = {{100, 100, 100}, {90, 10, 100}, {17, 5, 40}, {40, 2, 99}, {5, 33, 64},
+                              {97, 3, 51},     {3, 3, 100},   {1, 100, 7}, {100, 1, 7}, {64, 64, 0}};
+// With a plan, in the classes that scale first: plain rows, columns, and rows with shared copies of A; blocks of
+// all sizes, k in several blocks and not a multiple of a unit, fewer rows than threads have panels; nothing to
+// multiply.
+constexpr GemmSize large[] = {{530, 30, 258},  {90, 130, 71}, {120, 120, 131}, {121, 121, 613}, {131, 131, 71},
+                              {11, 11, 700},   {3001, 9, 21}, {7, 3, 8001},    {1, 300, 300},   {300, 1, 300},
+                              {101, 17, 3},    {150, 150, 260}, {150, 120, 0}, {130, 900, 5}};
+
+template <class T>
+using Way = std::function<void(int team, const Call<T>& v)>;
+
+template <class T>
+struct NamedWay {
+    std::string name;
+    Way<T> run;
+};
+template <class T>
+std::vector<NamedWay<T>> large_ways() {
+    std::vector<NamedWay<T>> ways;
+    for (const GemmFacts& facts : machines)
+        if (ways.empty() || !isComplex<T>)
+            ways.push_back({"large region of class " + std::to_string(static_cast<int>(gemm_machine_class(facts))),
+                            [&](int team, const Call<T>& v) { gemm_large_region(problem_of(v), facts, team); }});
+    ways.push_back({"driver", [](int, const Call<T>& v) { driver(v); }});
+    return ways;
+}
+
+template <class T>
+void add_gemm_cases(std::vector<TeamCase>& cases, std::initializer_list<GemmSize> few) {
+    Turns turns;
+    const std::vector<Shape> options = every_option<T>({What::product});
+    const auto add = [&](const GemmSize& s, const std::vector<NamedWay<T>>& ways, bool scaledOnly = false) {
+        Shape p = turns.pick(options);
+        p.m = s.m, p.n = s.n, p.k = s.k;
+        p = turns.vary(p, !scaledOnly);
+        if (scaledOnly)
+            p.alpha = 0;
+        const auto problem = std::make_shared<const GemmCase<T>>(p);
+        for (const NamedWay<T>& way : ways)
+            cases.push_back({way.name + ' ' + text(p), [problem, run = way.run](int team, bool twice) {
+                                 const auto once = [&](const Call<T>& v) { run(team, v); };
+                                 const Operand<T> c = problem->result(once);
+                                 return problem->right(c) && (!twice || c.same_bits(problem->result(once)));
+                             }});
+    };
+    const std::vector<NamedWay<T>> smallWay{
+        {"small region", [](int team, const Call<T>& v) { gemm_small_region(problem_of(v), team); }}};
+    if (few.size() == 0) {
+        for (const GemmSize& s : small)
+            add(s, smallWay);
+        for (const GemmSize& s : large)
+            add(s, large_ways<T>()), add({s.m, s.n, s.k}, large_ways<T>(), s.k < 100);
+    }
+    add({40, 45, 30}, smallWay);
+    for (const GemmSize& s : few)
+        add(s, large_ways<T>());
+}
+std::vector<TeamCase> gemm_cases(std::initializer_list<GemmSize> few) {
+    std::vector<TeamCase> cases;
+    add_gemm_cases<float>(cases, few);
+    add_gemm_cases<SingleComplex>(cases, few);
+    return cases;
+}
+INSTANTIATE_TEST_SUITE_P(Gemm, Team, testing::Values(TeamFamily{"gemm", [] { return gemm_cases({}); },
+    [] { return gemm_cases({{130, 30, 40}, {30, 130, 40}, {40, 40, 300}, {600, 5, 5}, {120, 120, 131}}); }}));
+
+template <class T>
+class GemmTeam : public testing::Test {
+protected:
+    // Threads that took work memory for one product. All builds take some for blocks of the sizes below, but for the
+    // wide vector forms, which compute them without packing.
+    static int workers(const Shape& p, const Way<T>& way, int team) {
+        const RestrictedForm packing(VectorForm::sse);
+        const GemmCase<T> problem(p);
+        const WorkMemoryProbe probe;
+        problem.check([&](const Call<T>& v) { way(team, v); }, "workers");
+        return probe.threads();
+    }
+};
+TYPED_TEST_SUITE(GemmTeam, Elements);
+
+TYPED_TEST(GemmTeam, UsesTheTeamItAskedFor) {
+    using T = TypeParam;
+    if (omp_get_thread_limit() < 8 || omp_get_dynamic())
+        GTEST_SKIP() << "teams are limited";
+    const Shape square{.m = 240, .n = 240, .k = 120};
+    const Way<T> byDriver = [](int team, const Call<T>& v) {
+        const ForcedTeam forced(team);
+        driver(v);
+    };
+    for (const int team : {1, 2, 4, 8})
+        EXPECT_EQ(this->workers(square, byDriver, team), team);
+    EXPECT_LE(this->workers({.m = 16, .n = 16, .k = 16}, byDriver, 4), 1);
+    EXPECT_EQ(this->workers({.m = 100, .n = 100, .k = 100}, byDriver, 4), 4);
+    // Of a complex product a team of two need not promise a gain.
+    const Shape few{.trans = 'T', .m = 10, .n = 20, .k = 10};
+    EXPECT_EQ(std::max(1, this->workers(few, byDriver, 2)), isComplex<T> ? 2 : 1);
+    EXPECT_LE(this->workers(few, byDriver, 8), 1);
+    // An odd thread is left out by the classes that scale first, if they have a plan.
+    const auto of_three = [&](const GemmFacts& facts) {
+        return this->workers(
+            square, [&](int team, const Call<T>& v) { gemm_large_region(problem_of(v), facts, team); }, 3);
+    };
+    EXPECT_EQ(of_three(machines[0]), !isComplex<T> && qrv_blas_sgemm_plan_available() ? 2 : 3);
+    EXPECT_EQ(of_three(machines[2]), 3);
+}
+
+// Whether the shared copies are refused, which are above 100 KB in these cases, or a thread's own sliver, far below.
+TYPED_TEST(GemmTeam, PartOfTheMemoryRefused) {
+    using T = TypeParam;
+    for (const GemmSize& s : {GemmSize{120, 120, 131}, {121, 121, 613}, {3001, 9, 21}, {90, 130, 71}}) {
+        const GemmCase<T> problem({.transb = 'T', .m = s.m, .n = s.n, .k = s.k, .alpha = -0.5F, .beta = 0.5F});
+        for (const auto& [from, to] : {std::pair{std::size_t{100000}, anySize}, {4096, 50000}})
+            for (const NamedWay<T>& way : large_ways<T>())
+                for (const int team : {2, 4, 8}) {
+                    const WorkMemoryProbe probe(from, to);
+                    problem.check([&](const Call<T>& v) { way.run(team, v); }, way.name);
+                    // The square cases have shared copies in the first class, in the builds with a plan.
+                    if (!isComplex<T> && way.name == large_ways<T>()[0].name && s.m == s.n &&
+                        qrv_blas_sgemm_plan_available()) {
+                        EXPECT_GT(probe.refusals(), 0) << problem.p << " on " << team;
+                    }
+                }
+    }
+}
+
+TYPED_TEST(GemmTeam, LeavesTheCallersOpenMpSettingsAlone) {
+    const int before = omp_get_max_threads();
+    for (const int callers : {before, 3}) {
+        omp_set_num_threads(callers);
+        const ForcedTeam forced(4);
+        GemmCase<TypeParam>({.m = 120, .n = 120, .k = 131}).check(driver<TypeParam>, "driver");
+        EXPECT_TRUE(omp_get_max_threads() == callers && omp_get_dynamic() == 0 && omp_in_parallel() == 0);
+    }
+    omp_set_num_threads(before);
+}
+
+TYPED_TEST(GemmTeam, EmptyMatrixIsLeftAlone) {
+    using T = TypeParam;
+    const ForcedTeam forced(4);
+    for (const auto& [m, n] : {std::pair{0, 500}, {500, 0}, {-1, 500}, {500, -1}}) {
+        T c = all_parts<T>(3);
+        driver(Call<T>{.m = m, .n = n, .k = 500, .alpha = scalar<T>(1), .lda = 500, .ldb = 500, .c = &c, .ldc = 500});
+        EXPECT_TRUE(c == all_parts<T>(3));
+    }
+}
+
+// Serial in a region of the caller's, unless nested teams are allowed; then with the bits of any other team.
+TYPED_TEST(GemmTeam, InARegion) {
+    using T = TypeParam;
+    const GemmCase<T> problem({.transb = 'T', .m = 121, .n = 121, .k = 613, .alpha = -1});
+    const int levels = omp_get_max_active_levels();
+    const ForcedTeam forced(3);
+    const Operand<T> expected = problem.result(driver<T>);
+    for (const int active : {1, 2}) {
+        omp_set_max_active_levels(active);
+#pragma omp parallel num_threads(2)
+        {
+            const Operand<T> c = problem.result(driver<T>);
+#pragma omp critical
+            EXPECT_TRUE(problem.right(c) && (active == 1 || omp_get_thread_limit() < 8 || c.same_bits(expected)))
+                << active;
+        }
+    }
+    omp_set_max_active_levels(levels);
+    qrv_serv_set_dynamic(1);
+    largestTeam = 1;
+#pragma omp parallel num_threads(2)
+    problem.result(driver<T>);
+    EXPECT_EQ(largestTeam, 1);
+}
 
 } // namespace
 } // namespace qrv::test

@@ -48,26 +48,32 @@ struct Expected {
     WideMatrix<T> values;
     std::vector<double> allowed;
 
-    // The largest error of a stored element in units of what is allowed: good up to 1. NaN if an element is a number
-    // and should be none, or the other way round.
+    // The largest error of a stored element in units of what is allowed: good up to 1. NaN if a part is finite and should
+    // not be, or the other way round.
     double error(const Operand<T>& c) const {
         double worst = 0;
         c.each_stored([&](int i, int j) {
-            const std::size_t p = values.at(i, j);
-            const Wide<T> expected = values.values[p], found = widen(c(i, j));
-            const bool realDiagonal = c.form().kind == Form::hermitian && i == j;
-            double error = std::abs(found - expected) / allowed[p];
-            if (found == expected)
-                error = 0;
+            const Wide<T> expected = values.values[values.at(i, j)], found = widen(c(i, j));
+            double error = expected == found ? 0 : std::abs(found - expected) / allowed[values.at(i, j)];
+            if (!fits(std::real(expected), std::real(found)) || !fits(std::imag(expected), std::imag(found)))
+                error = nan;
             else if (!std::isfinite(std::abs(expected)))
-                error = (isComplex<T> || std::isnan(std::abs(expected))) && !is_finite(c(i, j)) ? 0 : nan;
-            if (realDiagonal && std::imag(found) != 0)
+                error = 0;
+            if (c.form().kind == Form::hermitian && i == j && std::imag(found) != 0)
                 error = nan;
             worst = std::isnan(worst) || worst >= error ? worst : error; // no later element hides a NaN
         });
         return worst;
     }
     bool held_by(const Operand<T>& c) const { return c.guards_intact() && error(c) <= 1; }
+
+private:
+    // An infinite real number must be that; of complex ones, sums of several products, none is told apart from NaN.
+    static bool fits(double expected, double found) {
+        if (isComplex<T> || std::isfinite(expected))
+            return std::isfinite(expected) == std::isfinite(found);
+        return std::isnan(expected) ? std::isnan(found) : expected == found;
+    }
 };
 
 // alpha*A*B + beta*C; with beta = 0 C is not looked at, with alpha = 0 neither A nor B. A sum of k products may be off

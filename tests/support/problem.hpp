@@ -14,15 +14,15 @@ namespace qrv::test {
 // leading dimension. C is what is written.
 template <class T>
 struct Call {
-    char side, uplo, trans, transb, diag;
-    int m, n, k, ku;
-    T alpha, beta;
-    const T* a;
-    int lda;
-    const T* b;
-    int ldb;
-    T* c;
-    int ldc;
+    char side = 'L', uplo = 'U', trans = 'N', transb = 'N', diag = 'N';
+    int m = 0, n = 0, k = 0, ku = 0;
+    T alpha = {}, beta = {};
+    const T* a = nullptr;
+    int lda = 1;
+    const T* b = nullptr;
+    int ldb = 1;
+    T* c = nullptr;
+    int ldc = 1;
 };
 
 // What a routine does, and with what kind of matrix: A, or C of an update. conj stands for the conjugate of Hermitian

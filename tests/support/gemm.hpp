@@ -1,13 +1,31 @@
 // What there is to test of GEMM on this machine, in this run.
 #pragma once
 
-#include <vector>
-
 #include "blas/kernel/gemm_pieces.hpp"
 #include "support/builds.hpp"
-#include "support/gemm_case.hpp"
+#include "support/shapes.hpp"
 
 namespace qrv::test {
+
+template <class T>
+using Gemm = void(QRV_GEMM_PARAMETERS(T));
+using Elements = testing::Types<float, SingleComplex>; // of the suites that serve both
+
+// Calls a routine that has the kernel's arguments and perhaps others.
+template <class T, class Routine, class... More>
+auto call_gemm(const Routine& routine, const Call<T>& v, More... more) {
+    return routine(&v.trans, &v.transb, &v.m, &v.n, &v.k, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc,
+                   more...);
+}
+
+template <class T>
+struct GemmCase : Problem<T> {
+    explicit GemmCase(const Shape& shape) : Problem<T>({What::product}, shape) {}
+    using Problem<T>::result;
+    Operand<T> result(Gemm<T>* gemm) const {
+        return result([&](const Call<T>& v) { call_gemm(gemm, v); });
+    }
+};
 
 // As long as it lives, no vector form wider than this one is taken.
 class RestrictedForm {
@@ -135,5 +153,53 @@ void sse42_direct(QRV_GEMM_PARAMETERS(T)) {
 QRV_GEMM_SUBJECTS(float, sgemm)
 QRV_GEMM_SUBJECTS(SingleComplex, cgemm)
 #undef QRV_GEMM_SUBJECTS
+
+// ---- Packed operands --------------------------------------------------------------------------------------------------
+
+constexpr int fill_up(int x, int unit) {
+    return (x + unit - 1) / unit * unit;
+}
+
+// A packed operand: panels of `unit` lanes, rows of op(A) or columns of op(B), with a gap behind each, in memory up to a
+// guarded page at most 63 bytes behind it. All of it is NaN before.
+template <class T>
+class Packed {
+public:
+    int stride;
+
+    // copy(buffer, stride) packs.
+    template <class Copy>
+    Packed(int lanes, int k, int unit, int kUnit, const Copy& copy)
+        : stride(unit * fill_up(k, kUnit) + gap), count_((lanes + unit - 1) / unit * stride),
+          memory_((floats(count_) + 15) / 16 * 16) {
+        std::fill_n(memory_.data(), floats(count_), nan);
+        copy(data(), &stride);
+        bool clean = true;
+        for (int panel = stride; panel <= count_; panel += stride)
+            for (int p = panel - gap; p < panel; ++p)
+                clean = clean && has_nan(data()[p]);
+        EXPECT_TRUE(clean) << "written behind a panel";
+    }
+    T* data() { return reinterpret_cast<T*>(memory_.data()); }
+
+private:
+    static constexpr int gap = 8;
+    static std::size_t floats(int elements) { return static_cast<std::size_t>(elements) * sizeof(T) / sizeof(float); }
+    int count_;
+    GuardPageArray memory_;
+};
+
+template <class T>
+Packed<T> packed_a(const GemmPlan<T>& plan, const Call<T>& v) {
+    auto* copy = !is_transposed(v.trans) ? plan.copyAN : conjugates(v.trans) ? plan.copyAC : plan.copyAT;
+    return {v.m, v.k, plan.mUnit, plan.kUnit,
+            [&](T* buffer, const int* stride) { copy(&v.m, &v.k, v.a, &v.lda, buffer, stride, &v.alpha); }};
+}
+template <class T>
+Packed<T> packed_b(const GemmPlan<T>& plan, const Call<T>& v) {
+    auto* copy = !is_transposed(v.transb) ? plan.copyBN : conjugates(v.transb) ? plan.copyBC : plan.copyBT;
+    return {v.n, v.k, plan.nUnit, plan.kUnit,
+            [&](T* buffer, const int* stride) { copy(&v.k, &v.n, v.b, &v.ldb, buffer, stride); }};
+}
 
 } // namespace qrv::test
