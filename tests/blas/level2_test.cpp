@@ -29,30 +29,33 @@ std::vector<int> band_widths(int n) {
 
 // body(m, n, k, ku) for all sizes that suit a routine with so many options.
 template <class Body>
-void each_size(const Operation& o, unsigned options, const Body& body) {
-    const auto banded = [&](int m, int n) {
+void each_size(const Operation& o, unsigned options, Turns& turns, const Body& body) {
+    const bool general = o.kind == Form::general;
+    const auto add = [&](int m, int n) {
         if (!o.banded)
-            return body(m, n, 0, 0, m > 300 || n > 300);
-        for (const int k : band_widths(std::min(m, n)))
-            for (const int ku : o.kind == Form::general ? std::vector{0, k / 2, k + 1} : std::vector{0})
-                body(m, n, k, ku, m > 300 || n > 300);
+            return body(m, n, 0, 0);
+        const std::vector<int> widths = band_widths(std::min(m, n));
+        for (const int k : widths)
+            if (!general || turns.one_in(4))
+                body(m, n, k, general ? turns.pick(widths) : 0);
     };
-    if (o.kind == Form::general) {
+    if (general) {
         for (const int m : small)
             for (const int n : small)
-                banded(m, n);
+                add(m, n);
         for (const auto& [m, n] : large)
-            banded(m, n);
-        for (const auto& [m, n] : largest)
-            banded(m, n);
+            add(m, n);
+        for (int round = 0; round < 3; ++round)
+            for (const auto& [m, n] : largest)
+                add(m, n);
     } else {
         for (unsigned round = 0; round < (o.banded ? 12 : 36) / options; ++round)
             for (const int n : small)
-                banded(n, n);
+                add(n, n);
         for (const auto& [m, n] : large)
-            banded(m, m);
+            add(m, m);
         for (const int n : largestSquares)
-            banded(n, n);
+            add(n, n);
     }
 }
 
@@ -61,10 +64,11 @@ TEST(Level2, EveryRoutineOnEveryBuild) {
     each_routine(true, [&]<class T>(const Routine<T>& routine) {
         const auto options = every_option<T>(routine.operation);
         const auto count = static_cast<unsigned>(options.size());
-        each_size(routine.operation, count, [&](int m, int n, int k, int ku, bool isLarge) {
+        each_size(routine.operation, count, turns, [&](int m, int n, int k, int ku) {
             for (Shape p : options) {
-                if (n > 1000 && m == n && !routine.operation.banded && !turns.one_in(count))
-                    continue; // two of the largest squares are enough
+                const bool isLarge = m > 300 || n > 300;
+                if (isLarge && !turns.one_in(m == n ? (count + 1) / 2 : 2))
+                    continue;
                 p.m = m, p.n = n, p.k = k, p.ku = ku;
                 check_builds(routine, turns.vary(p, isLarge));
             }

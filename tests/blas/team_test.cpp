@@ -1,5 +1,4 @@
 // BLAS on teams.
-#include "blas/thread/common/level1/level1_threads.hpp"
 #include "blas/thread/common/level3/gemm_team.hpp"
 #include "support/gemm.hpp"
 #include "support/routines.hpp"

@@ -272,20 +272,25 @@ public:
     }
     // Whether nothing but stored elements has been written.
     bool guards_intact() const {
-        std::vector<char> owned(length_);
-        each_stored([&](int i, int j) { owned[static_cast<std::size_t>(place(i, j))] = 1; });
         bool all = true;
-        const auto check = [&](const float* from, const float* to) {
-            for (; from < to; ++from) {
-                const std::uint32_t bits = canary(from);
-                all = all && std::memcmp(from, &bits, sizeof bits) == 0;
+        const float* next = begin(); // what lies in front has been looked at
+        const auto pass = [&](const T* from, const T* to) {
+            for (const auto* end = reinterpret_cast<const float*>(from); next < end; ++next) {
+                const std::uint32_t bits = canary(next);
+                all = all && std::memcmp(next, &bits, sizeof bits) == 0;
             }
+            next = reinterpret_cast<const float*>(to);
         };
-        check(begin(), first_);
-        for (std::size_t p = 0; p < length_; ++p)
-            if (!owned[p])
-                check(first_ + p * parts, first_ + (p + 1) * parts);
-        check(first_ + parts * length_, end());
+        if (form_.kind == Form::vector) {
+            for (std::size_t p = 0; p < length_; p += std::max<std::size_t>(1, std::abs(form_.inc)))
+                pass(data() + p, data() + p + 1);
+        } else {
+            for (int j = 0; j < form_.columns; ++j)
+                if (const auto [first, last] = form_.stored_rows(j); first < last)
+                    pass(data() + place(first, j), data() + place(first, j) + (last - first));
+        }
+        const auto* const behind = reinterpret_cast<const T*>(end());
+        pass(behind, behind);
         return all;
     }
 

@@ -101,6 +101,8 @@ Expected<T> product(Wide<T> alpha, const WideMatrix<T>& a, const WideMatrix<T>& 
         for (std::size_t i = first; i < last; ++i) {
             const Wide<T> before = beta == 0.0 ? 0 : c.entry(int(i), j), scaled = beta == 1.0 ? before : times(beta, before);
             sum[i] = (alpha == 0.0 ? 0 : alpha == 1.0 ? sum[i] : times(alpha, sum[i])) + scaled;
+            if (c.form().kind == Form::hermitian && int(i) == j)
+                sum[i] = std::real(sum[i]);
             result.allowed[result.values.at(int(i), j)] =
                 unit * ((k + 3) * std::abs(alpha) * size[i] + 2 * std::abs(scaled)) +
                 std::numeric_limits<float>::denorm_min();

@@ -58,10 +58,10 @@ constexpr int class5_threads(const VectorRow& row, int n, int threads) {
 }
 
 constexpr int small_cache_threads(const VectorRow& row, int n, int threads) {
-    constexpr int largeTeam = 12;
+    constexpr int largeTeamAbove = 12;
     if (threads <= fewThreads)
         return threads == 2 && n < row.class4PairFrom ? 1 : threads;
-    if (threads > largeTeam && n < std::int64_t{threads} * row.largeTeamShare)
+    if (threads > largeTeamAbove && n < std::int64_t{threads} * row.largeTeamShare)
         return std::max(n / row.largeTeamShare, fewThreads);
     return n >= std::int64_t{threads} * row.share ? threads : std::max(n / row.share, fewThreads);
 }
