@@ -6,44 +6,30 @@
 
 extern "C" {
 
-// ---- LU factorization: see kernel/source/getrf.hpp ----------------------------------------------------------------
+// Of a row, by the types of its entry.
+#define DECLARE_MEMBER(NAME, name) decltype(QRV_MEMBER(NAME)) QRV_LAPACK_MEMBER(name);
+#define CHECKED(NAME, name, ...) DECLARE_MEMBER(NAME, name)
+#define ROUTE(NAME, name, ...) DECLARE_MEMBER(NAME, name)
+#define UNCHECKED(Result, NAME, name, ...) DECLARE_MEMBER(NAME, name)
+#define QRV_ROUTINES "routines/lapack.def"
+#include "routines/complex_members.def"
+#include "routines/real_members.def"
+#undef DECLARE_MEMBER
+#undef CHECKED
+#undef ROUTE
+#undef UNCHECKED
+#undef QRV_ROUTINES
 
-void qrv_lapack_sgetrf(const int* m, const int* n, float* a, const int* lda, int* ipiv, int* info);
-void qrv_lapack_cgetrf(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info);
+// ---- LU factorization: the routes of SGETRF, see kernel/source/getrf.hpp -------------------------------------------
 
-// Its routes; the first one checks too.
-void qrv_lapack_sgetrf_ib_omp(const int* m, const int* n, float* a, const int* lda, int* ipiv, int* info);
-void qrv_lapack_cgetrf_ib_omp(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info);
-void qrv_lapack_sgetrf_serial(const int* m, const int* n, float* a, const int* lda, int* ipiv, int* info);
-void qrv_lapack_cgetrf_serial(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info);
-void qrv_lapack_sgetrf_unblocked(const int* m, const int* n, float* a, const int* lda, int* ipiv, int* info);
-void qrv_lapack_cgetrf_unblocked(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info);
+decltype(SGETRF) qrv_lapack_sgetrf_serial, qrv_lapack_sgetrf_unblocked;
+decltype(CGETRF) qrv_lapack_cgetrf_serial, qrv_lapack_cgetrf_unblocked;
 
 // The thread and the first column are for the progress routine only. Result: 0, or 1 if that asked to stop.
 int qrv_lapack_sgetrf_recursive(const int* m, const int* n, float* a, const int* lda, int* ipiv, int* info,
                                 const int* thread, const int* offset);
 int qrv_lapack_cgetrf_recursive(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info,
                                 const int* thread, const int* offset);
-
-// From its factors: solves, inverse, condition estimate.
-void qrv_lapack_sgetrs(const char* trans, const int* n, const int* nrhs, const float* a, const int* lda,
-                       const int* ipiv, float* b, const int* ldb, int* info);
-void qrv_lapack_cgetrs(const char* trans, const int* n, const int* nrhs, const qrv_complex* a, const int* lda,
-                       const int* ipiv, qrv_complex* b, const int* ldb, int* info);
-void qrv_lapack_sgetri(const int* n, float* a, const int* lda, const int* ipiv, float* work, const int* lwork,
-                       int* info);
-void qrv_lapack_cgetri(const int* n, qrv_complex* a, const int* lda, const int* ipiv, qrv_complex* work,
-                       const int* lwork, int* info);
-void qrv_lapack_sgecon(const char* norm, const int* n, const float* a, const int* lda, const float* anorm, float* rcond,
-                       float* work, int* iwork, int* info);
-void qrv_lapack_cgecon(const char* norm, const int* n, const qrv_complex* a, const int* lda, const float* anorm,
-                       float* rcond, qrv_complex* work, float* rwork, int* info);
-
-// Row interchanges.
-void qrv_lapack_slaswp(const int* n, float* a, const int* lda, const int* k1, const int* k2, const int* ipiv,
-                       const int* incx);
-void qrv_lapack_claswp(const int* n, qrv_complex* a, const int* lda, const int* k1, const int* k2, const int* ipiv,
-                       const int* incx);
 
 // ---- Norms and copies ---------------------------------------------------------------------------------------------
 
