@@ -39,3 +39,7 @@ function(qrv_kernel_flags target build)
   endif()
   target_compile_definitions(${target} PRIVATE QRV_KERNEL_BUILD=${build})
 endfunction()
+
+# Linker option of a shared product: the threads of the OpenMP runtime, handlers of fork and thread keys outlive a dlclose,
+# so the library and the runtime that it brings stay where they are.
+set(QRV_STAYS_LOADED LINKER:-z,nodelete)

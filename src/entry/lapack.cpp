@@ -2,8 +2,9 @@
 #include "lapack/lapack.hpp"
 #include "entry/checks.hpp"
 #include "lapack/arguments.hpp"
-#include "lapack/calls.hpp"
 #include "lapack/calls/lu.hpp"
+#include "lapack/calls/norms.hpp"
+#include "lapack/calls/triangular.hpp"
 
 namespace qrv::lapack {
 

@@ -20,7 +20,7 @@ extern "C" {
 #undef UNCHECKED
 #undef QRV_ROUTINES
 
-// ---- LU factorization: the routes of SGETRF, see kernel/source/getrf.hpp -------------------------------------------
+// ---- LU factorization: the routes of SGETRF, see kernel/source/lu/getrf.hpp ----------------------------------------
 
 decltype(SGETRF) qrv_lapack_sgetrf_serial, qrv_lapack_sgetrf_unblocked;
 decltype(CGETRF) qrv_lapack_cgetrf_serial, qrv_lapack_cgetrf_unblocked;
@@ -30,43 +30,4 @@ int qrv_lapack_sgetrf_recursive(const int* m, const int* n, float* a, const int*
                                 const int* thread, const int* offset);
 int qrv_lapack_cgetrf_recursive(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info,
                                 const int* thread, const int* offset);
-
-// ---- Norms and copies ---------------------------------------------------------------------------------------------
-
-void qrv_lapack_slassq(const int* n, const float* x, const int* incx, float* scale, float* sumsq);
-void qrv_lapack_classq(const int* n, const qrv_complex* x, const int* incx, float* scale, float* sumsq);
-float qrv_lapack_slange(const char* norm, const int* m, const int* n, const float* a, const int* lda, float* work);
-float qrv_lapack_clange(const char* norm, const int* m, const int* n, const qrv_complex* a, const int* lda,
-                        float* work);
-float qrv_lapack_slantr(const char* norm, const char* uplo, const char* diag, const int* m, const int* n,
-                        const float* a, const int* lda, float* work);
-float qrv_lapack_clantr(const char* norm, const char* uplo, const char* diag, const int* m, const int* n,
-                        const qrv_complex* a, const int* lda, float* work);
-void qrv_lapack_slacpy(const char* uplo, const int* m, const int* n, const float* a, const int* lda, float* b,
-                       const int* ldb);
-void qrv_lapack_clacpy(const char* uplo, const int* m, const int* n, const qrv_complex* a, const int* lda,
-                       qrv_complex* b, const int* ldb);
-
-// ---- Triangular matrices ------------------------------------------------------------------------------------------
-
-void qrv_lapack_srscl(const int* n, const float* sa, float* sx, const int* incx);
-void qrv_lapack_csrscl(const int* n, const float* sa, qrv_complex* sx, const int* incx);
-void qrv_lapack_slacn2(const int* n, float* v, float* x, int* isgn, float* est, int* kase, int* isave);
-void qrv_lapack_clacn2(const int* n, qrv_complex* v, qrv_complex* x, float* est, int* kase, int* isave);
-void qrv_lapack_slatrs(const char* uplo, const char* trans, const char* diag, const char* normin, const int* n,
-                       const float* a, const int* lda, float* x, float* scale, float* cnorm, int* info);
-void qrv_lapack_clatrs(const char* uplo, const char* trans, const char* diag, const char* normin, const int* n,
-                       const qrv_complex* a, const int* lda, qrv_complex* x, float* scale, float* cnorm, int* info);
-void qrv_lapack_strti2(const char* uplo, const char* diag, const int* n, float* a, const int* lda, int* info);
-void qrv_lapack_ctrti2(const char* uplo, const char* diag, const int* n, qrv_complex* a, const int* lda, int* info);
-void qrv_lapack_strtri(const char* uplo, const char* diag, const int* n, float* a, const int* lda, int* info);
-void qrv_lapack_ctrtri(const char* uplo, const char* diag, const int* n, qrv_complex* a, const int* lda, int* info);
-void qrv_lapack_strtrs(const char* uplo, const char* trans, const char* diag, const int* n, const int* nrhs,
-                       const float* a, const int* lda, float* b, const int* ldb, int* info);
-void qrv_lapack_ctrtrs(const char* uplo, const char* trans, const char* diag, const int* n, const int* nrhs,
-                       const qrv_complex* a, const int* lda, qrv_complex* b, const int* ldb, int* info);
-void qrv_lapack_strcon(const char* norm, const char* uplo, const char* diag, const int* n, const float* a,
-                       const int* lda, float* rcond, float* work, int* iwork, int* info);
-void qrv_lapack_ctrcon(const char* norm, const char* uplo, const char* diag, const int* n, const qrv_complex* a,
-                       const int* lda, float* rcond, qrv_complex* work, float* rwork, int* info);
 }

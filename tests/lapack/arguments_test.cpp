@@ -2,6 +2,8 @@
 #include "entry/checks.hpp"
 #include "lapack/arguments.hpp"
 #include "lapack/calls/lu.hpp"
+#include "lapack/calls/norms.hpp"
+#include "lapack/calls/triangular.hpp"
 #include "lapack/lapack.hpp"
 #include "support/argument_rows.hpp"
 
@@ -25,6 +27,19 @@ const ArgumentRow rows[] = {
      {"1 3 . 3 1.5 . . .", "o 0 . 1 0 . . .", "i 1 . 1 nan . . ."},
      "1=F 1=M 2=-1 4=2 5=-1e-30",
      {{"2=0 4=0", 4}}},
+    {"STRTRS CTRTRS",
+     {"U N N 3 2 . 3 . 3", "l c u 0 2 . 1 . 1", "L T N 3 0 . 3 . 3"},
+     "1=X 2=X 3=X 4=-1 5=-1 7=2 9=2",
+     {{"4=0 7=0", 7}, {"4=0 9=0", 9}}},
+    {"STRTRI CTRTRI STRTI2 CTRTI2", {"U N 3 . 3", "l u 0 . 1"}, "1=X 2=X 3=-1 5=2", {{"3=0 5=0", 5}}},
+    {"STRCON CTRCON",
+     {"1 U N 3 . 3 . . .", "o l u 0 . 1 . . .", "I L U 1 . 1 . . ."},
+     "1=M 1=F 2=X 3=X 4=-1 6=2",
+     {{"4=0 6=0", 6}}},
+    {"SLATRS CLATRS",
+     {"U N N N 3 . 3 . . .", "l t u y 0 . 1 . . .", "L C N Y 2 . 2 . . ."},
+     "1=X 2=X 3=X 4=X 5=-1 7=2",
+     {{"5=0 7=0", 7}}},
 };
 
 // ---- The rows of src/routines -------------------------------------------------------------------------------------

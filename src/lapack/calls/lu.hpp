@@ -1,10 +1,10 @@
-// LU factorization by value: what the rows of its routines call. Instantiated for both element types.
+// LU factorization by value, for the rows of its routines and for other families. Instantiated for both element types.
 #pragma once
 
 #include <cstdint>
 
 #include "blas/options.hpp"
-#include "lapack/calls.hpp"
+#include "lapack/calls/norms.hpp"
 #include "lapack/workspace.hpp"
 
 namespace qrv::lapack {
@@ -15,6 +15,11 @@ template <class T>
 int getrf(int m, int n, Matrix<T> a, int* ipiv);
 template <class T>
 int getrf_ib_omp(int m, int n, Matrix<T> a, int* ipiv);
+
+// Interchanges row k with row ipiv[k - 1] in all n columns, for k from k1 to k2 (counted from 1, as in ipiv) or, with
+// a negative increment, from k2 down to k1, which undoes it. Pivots after the first lie |incx| places apart.
+template <class T>
+void laswp(int n, Matrix<T> a, int k1, int k2, const int* ipiv, int incx = 1);
 
 // B := inv(op(A)) B, from the factors.
 template <class T>

@@ -1,0 +1,51 @@
+// SGETRF, CGETRF: the choice of a route.
+#include "lapack/kernel/source/lu/getrf.hpp"
+
+#include "lapack/arguments.hpp"
+#include "lapack/calls/lu.hpp"
+#include "lapack/kernel/source/lu/getrf_route.hpp"
+#include "service/tuning.hpp"
+
+namespace qrv::lapack {
+namespace {
+
+template <class T>
+struct GetrfMachine {
+    int m, n;
+    int threads() const { return qrv_serv_get_max_threads(); }
+    int crossover(int threadCount) const { return tuning::crossover(RoutineName<T>("GETRF"), m, n, threadCount); }
+    int block_size(int threadCount) const { return tuning::block_size(RoutineName<T>("GETRF"), m, n, threadCount); }
+};
+
+template <class T>
+int factor(const GetrfRoute& route, int m, int n, Matrix<T> a, int* ipiv) {
+    switch (route.kind) {
+    case GetrfRoute::Kind::ib:
+        return getrf_ib(route.threads, m, n, a, ipiv).info;
+    case GetrfRoute::Kind::dynamic:
+        return getrf_dynamic(route.threads, route.blockSize, m, n, a, ipiv).info;
+    case GetrfRoute::Kind::unblocked:
+        return getrf_unblocked(m, n, a, ipiv);
+    default:
+        return getrf_recursive(m, n, a, ipiv, {}).info;
+    }
+}
+
+} // namespace
+
+template <class T>
+int getrf(int m, int n, Matrix<T> a, int* ipiv) {
+    return m > 0 && n > 0 ? factor<T>(getrf_route(m, n, GetrfMachine<T>{m, n}), m, n, a, ipiv) : 0;
+}
+
+template <class T>
+int getrf_ib_omp(int m, int n, Matrix<T> a, int* ipiv) {
+    return m > 0 && n > 0 ? factor<T>(getrf_ib_route(qrv_serv_get_max_threads()), m, n, a, ipiv) : 0;
+}
+
+template int getrf(int, int, Matrix<float>, int*);
+template int getrf(int, int, Matrix<SingleComplex>, int*);
+template int getrf_ib_omp(int, int, Matrix<float>, int*);
+template int getrf_ib_omp(int, int, Matrix<SingleComplex>, int*);
+
+} // namespace qrv::lapack

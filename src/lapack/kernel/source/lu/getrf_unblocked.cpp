@@ -1,0 +1,83 @@
+// The leaf of the LU factorization: a left-looking loop over columns.
+//
+// Each column gets the eliminations of all earlier ones just before its turn, and each row of U just after its pivot
+// was chosen; both are products with a matrix. So everything right of the next column and below the last pivot row is
+// untouched but for interchanges. (Crout's order; with partial pivoting in J. Dongarra, F. Gustavson, A. Karp,
+// Implementing linear algebra algorithms for dense matrices on a vector pipeline machine, SIAM Review 26, 1984.)
+#include <algorithm>
+
+#include "blas/calls.hpp"
+#include "lapack/arguments.hpp"
+#include "lapack/elements.hpp"
+#include "lapack/kernel/source/lu/getrf.hpp"
+#include "lapack/lapack.hpp"
+#include "service/machine_constants.hpp"
+#include "service/reporter.hpp"
+
+namespace qrv::lapack {
+namespace {
+
+// x := x / pivot, by the reciprocal where that cannot overflow.
+template <class T>
+void divide(int n, T pivot, T* x) {
+    if (modulus(pivot) >= machine::safeMinimum)
+        kernel::scal(n, scalar<T>(1) / pivot, x, 1);
+    else
+        for (int i = 0; i < n; ++i)
+            x[i] = x[i] / pivot;
+}
+
+} // namespace
+
+template <class T>
+int getrf_unblocked(int m, int n, Matrix<T> a, int* ipiv) {
+    const int ld = static_cast<int>(a.ld), length = std::min(m, n);
+    const T one = scalar<T>(1), minusOne = scalar<T>(-1);
+    int info = 0;
+    for (int j = 0; j < length; ++j) {
+        const int below = m - j - 1, right = n - j - 1;
+        const int pivotRow = j + kernel::iamax(m - j, &a(j, j), 1) - 1;
+        ipiv[j] = pivotRow + 1;
+        if (const T pivot = a(pivotRow, j); pivot != scalar<T>(0)) {
+            if (pivotRow != j)
+                kernel::swap(n, &a(j, 0), ld, &a(pivotRow, 0), ld);
+            if (below > 0)
+                divide(below, pivot, &a(j + 1, j));
+        } else if (info == 0) {
+            info = j + 1;
+        }
+        if (right > 0) {
+            if (j > 0) // the rest of row j of U
+                kernel::gemv(Op::transpose, j, right, minusOne, a.block(0, j + 1), &a(j, 0), ld, one, &a(j, j + 1), ld);
+            if (below > 0) // the next column
+                kernel::gemv(Op::none, below, j + 1, minusOne, a.block(j + 1, 0), &a(0, j + 1), 1, one,
+                             &a(j + 1, j + 1), 1);
+        }
+    }
+    return info;
+}
+
+template <class T>
+GetrfResult getrf_leaf(int m, int n, Matrix<T> a, int* ipiv, GetrfPlace place) {
+    const int info = getrf_unblocked(m, n, a, ipiv);
+    const int step = place.offset + n;
+    constexpr RoutineName<T> name("GETRF");
+    constexpr int length = name.letters.size();
+    return {info, qrv_serv_progress(&place.thread, &step, name.letters.data(), length) != 0};
+}
+
+template int getrf_unblocked(int, int, Matrix<float>, int*);
+template int getrf_unblocked(int, int, Matrix<SingleComplex>, int*);
+template GetrfResult getrf_leaf(int, int, Matrix<float>, int*, GetrfPlace);
+template GetrfResult getrf_leaf(int, int, Matrix<SingleComplex>, int*, GetrfPlace);
+
+} // namespace qrv::lapack
+
+using namespace qrv;
+
+void qrv_lapack_sgetrf_unblocked(const int* m, const int* n, float* a, const int* lda, int* ipiv, int* info) {
+    *info = lapack::getrf_unblocked<float>(*m, *n, {a, *lda}, ipiv);
+}
+void qrv_lapack_cgetrf_unblocked(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info) {
+    *info = lapack::getrf_unblocked<SingleComplex>(*m, *n, {a, *lda}, ipiv);
+}

@@ -1,0 +1,34 @@
+// The norm of an inverse that is known by solves only: what the condition estimates of all families share.
+#pragma once
+
+#include "blas/calls.hpp"
+#include "lapack/calls/norms.hpp"
+#include "lapack/elements.hpp"
+
+namespace qrv::lapack {
+
+// Estimate of norm(inv(A)), for the one norm or the infinity norm of a matrix of order n. solve(op) overwrites x with
+// scale * inv(op(A)) * x and gives scale; for the adjoint it is called with that of the element type. Result 0: some
+// solution is too large to be scaled back, its largest element times `smallest` above the scale.
+//
+// x, v: n elements each; isgn: n ints for real elements.
+template <class T, class Solve>
+float inverse_norm(Norm norm, int n, T* x, T* v, int* isgn, float smallest, const Solve& solve) {
+    const int direct = norm == Norm::one ? 1 : 2; // the request that is a product with inv(A) itself
+    float estimate = 0;
+    int request = 0, state[3] = {};
+    for (;;) {
+        lacn2(n, v, x, isgn, &estimate, &request, state);
+        if (request == 0)
+            return estimate;
+        const float scale = solve(request == direct ? Op::none : adjoint<T>);
+        if (scale != 1) {
+            const float largest = abs1(x[kernel::iamax(n, x, 1) - 1]);
+            if (scale < largest * smallest || scale == 0)
+                return 0;
+            rscl(n, scale, x, 1);
+        }
+    }
+}
+
+} // namespace qrv::lapack
