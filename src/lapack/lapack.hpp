@@ -6,7 +6,7 @@
 
 extern "C" {
 
-// ---- LU factorization: see kernel/source/getrf.hpp ----------------------------------------------------------------
+// ---- LU factorization: see kernel/source/lu/getrf.hpp -------------------------------------------------------------
 
 void qrv_lapack_sgetrf(const int* m, const int* n, float* a, const int* lda, int* ipiv, int* info);
 void qrv_lapack_cgetrf(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info);

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "lapack/kernel/source/getrf_schedule.hpp"
+#include "lapack/kernel/source/lu/getrf_schedule.hpp"
 #include "service/tuning.hpp"
 
 namespace qrv::test {

@@ -2,8 +2,8 @@
 // getrf_team_test.cpp.
 #include <gmock/gmock.h>
 
-#include "lapack/kernel/source/getrf_lookahead.hpp"
-#include "lapack/kernel/source/getrf_route.hpp"
+#include "lapack/kernel/source/lu/getrf_lookahead.hpp"
+#include "lapack/kernel/source/lu/getrf_route.hpp"
 #include "qrv/service.h"
 #include "support/lu_case.hpp"
 #include "support/matrix_market.hpp"

@@ -1,4 +1,5 @@
 // Children of a process with threads.
+#include <atomic>
 #include <chrono>
 #include <gtest/gtest.h>
 #include <omp.h>
@@ -56,11 +57,12 @@ TEST(Fork, ChildFindsTheLocksFree) {
         void (*unlock)();
     } locks[] = {{qrv_serv_lock, qrv_serv_unlock}, {lock_first_query, unlock_first_query}};
     for (const auto& [lock, unlock] : locks) {
-        std::atomic<bool> held{false};
+        std::atomic<bool> held{false}, released{false};
         std::thread holder([&] {
             lock();
             held = true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(50)); // into the fork, which waits for it
+            std::this_thread::sleep_for(std::chrono::milliseconds(50)); // into the fork, which waits
+            released = true;
             unlock();
         });
         while (!held)
@@ -68,7 +70,7 @@ TEST(Fork, ChildFindsTheLocksFree) {
         const int found = in_child([&] {
             lock();
             unlock();
-            return 0;
+            return released ? 0 : 1;
         });
         EXPECT_EQ(found, 0);
         holder.join();

@@ -5,7 +5,7 @@
 #include <numeric>
 #include <ostream>
 
-#include "lapack/kernel/source/getrf.hpp"
+#include "lapack/kernel/source/lu/getrf.hpp"
 #include "lapack/lapack.hpp"
 #include "support/gemm_case.hpp"
 

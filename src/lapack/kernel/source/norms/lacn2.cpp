@@ -10,7 +10,8 @@
 #include <cmath>
 
 #include "blas/calls.hpp"
-#include "lapack/calls.hpp"
+#include "lapack/calls/norms.hpp"
+#include "lapack/elements.hpp"
 #include "lapack/lapack.hpp"
 #include "service/machine_constants.hpp"
 

@@ -2,8 +2,8 @@
 #include <algorithm>
 
 #include "lapack/arguments.hpp"
-#include "lapack/kernel/source/getrf.hpp"
-#include "lapack/kernel/source/getrf_route.hpp"
+#include "lapack/kernel/source/lu/getrf.hpp"
+#include "lapack/kernel/source/lu/getrf_route.hpp"
 #include "lapack/lapack.hpp"
 #include "service/tuning.hpp"
 

@@ -1,5 +1,6 @@
 // SLANTR, CLANTR: norms of a triangular or trapezoidal matrix.
-#include "lapack/kernel/source/matrix_norm.hpp"
+#include "lapack/calls/norms.hpp"
+#include "lapack/kernel/source/norms/matrix_norm.hpp"
 #include "lapack/lapack.hpp"
 
 namespace qrv::lapack {

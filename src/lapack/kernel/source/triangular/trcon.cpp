@@ -2,8 +2,9 @@
 #include <algorithm>
 
 #include "lapack/arguments.hpp"
-#include "lapack/calls.hpp"
-#include "lapack/kernel/source/condition.hpp"
+#include "lapack/calls/norms.hpp"
+#include "lapack/calls/triangular.hpp"
+#include "lapack/kernel/source/norms/condition.hpp"
 #include "lapack/lapack.hpp"
 #include "service/machine_constants.hpp"
 

@@ -1,5 +1,7 @@
 // SLASSQ, CLASSQ: a sum of squares as scale^2 * sumsq, where scale is the largest magnitude met.
-#include "lapack/calls.hpp"
+#include <cmath>
+
+#include "lapack/calls/norms.hpp"
 #include "lapack/lapack.hpp"
 
 namespace qrv::lapack {

@@ -2,7 +2,8 @@
 #pragma once
 
 #include "blas/calls.hpp"
-#include "lapack/calls.hpp"
+#include "lapack/calls/norms.hpp"
+#include "lapack/elements.hpp"
 
 namespace qrv::lapack {
 

@@ -4,8 +4,11 @@
 // compares below it. So a NaN takes its place, and what follows the NaN takes the NaN's.
 #pragma once
 
+#include <cmath>
+
 #include "blas/calls.hpp"
-#include "lapack/calls.hpp"
+#include "lapack/calls/norms.hpp"
+#include "lapack/elements.hpp"
 
 namespace qrv::lapack {
 

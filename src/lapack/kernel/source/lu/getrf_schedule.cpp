@@ -1,4 +1,4 @@
-#include "lapack/kernel/source/getrf_schedule.hpp"
+#include "lapack/kernel/source/lu/getrf_schedule.hpp"
 
 namespace qrv {
 namespace {

@@ -10,7 +10,7 @@
 
 #include "blas/calls.hpp"
 #include "lapack/arguments.hpp"
-#include "lapack/calls.hpp"
+#include "lapack/calls/triangular.hpp"
 #include "lapack/lapack.hpp"
 #include "service/tuning.hpp"
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "blas/calls.hpp"
-#include "lapack/calls.hpp"
+#include "lapack/calls/lu.hpp"
 #include "lapack/lapack.hpp"
 
 namespace qrv::lapack {

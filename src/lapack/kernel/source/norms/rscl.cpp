@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "blas/calls.hpp"
-#include "lapack/calls.hpp"
+#include "lapack/calls/norms.hpp"
 #include "lapack/lapack.hpp"
 #include "service/machine_constants.hpp"
 

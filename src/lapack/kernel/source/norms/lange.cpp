@@ -1,5 +1,6 @@
 // SLANGE, CLANGE: norms of a general matrix.
-#include "lapack/kernel/source/matrix_norm.hpp"
+#include "lapack/calls/norms.hpp"
+#include "lapack/kernel/source/norms/matrix_norm.hpp"
 #include "lapack/lapack.hpp"
 
 namespace qrv::lapack {

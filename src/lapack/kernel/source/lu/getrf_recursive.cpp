@@ -7,8 +7,8 @@
 #include <algorithm>
 
 #include "blas/calls.hpp"
-#include "lapack/calls.hpp"
-#include "lapack/kernel/source/getrf.hpp"
+#include "lapack/calls/lu.hpp"
+#include "lapack/kernel/source/lu/getrf.hpp"
 #include "lapack/lapack.hpp"
 
 namespace qrv::lapack {

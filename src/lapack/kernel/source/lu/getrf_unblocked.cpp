@@ -8,8 +8,8 @@
 
 #include "blas/calls.hpp"
 #include "lapack/arguments.hpp"
-#include "lapack/calls.hpp"
-#include "lapack/kernel/source/getrf.hpp"
+#include "lapack/elements.hpp"
+#include "lapack/kernel/source/lu/getrf.hpp"
 #include "lapack/lapack.hpp"
 #include "service/machine_constants.hpp"
 #include "service/reporter.hpp"

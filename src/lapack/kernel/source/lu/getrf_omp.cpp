@@ -17,9 +17,9 @@
 #include <thread>
 
 #include "lapack/arguments.hpp"
-#include "lapack/calls.hpp"
-#include "lapack/kernel/source/getrf.hpp"
-#include "lapack/kernel/source/getrf_schedule.hpp"
+#include "lapack/calls/lu.hpp"
+#include "lapack/kernel/source/lu/getrf.hpp"
+#include "lapack/kernel/source/lu/getrf_schedule.hpp"
 #include "service/tuning.hpp"
 #include "service/work_pool.hpp"
 

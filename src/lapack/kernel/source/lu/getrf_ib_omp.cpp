@@ -10,9 +10,9 @@
 #include <algorithm>
 #include <omp.h>
 
-#include "lapack/calls.hpp"
-#include "lapack/kernel/source/getrf.hpp"
-#include "lapack/kernel/source/getrf_lookahead.hpp"
+#include "lapack/calls/lu.hpp"
+#include "lapack/kernel/source/lu/getrf.hpp"
+#include "lapack/kernel/source/lu/getrf_lookahead.hpp"
 #include "lapack/lapack.hpp"
 #include "service/reporter.hpp"
 

@@ -3,7 +3,7 @@
 
 #include "blas/calls.hpp"
 #include "lapack/arguments.hpp"
-#include "lapack/calls.hpp"
+#include "lapack/calls/lu.hpp"
 #include "lapack/lapack.hpp"
 
 namespace qrv::lapack {
