@@ -7,10 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "flops.hpp"
 #include "library.hpp"
+#include "support/flops.hpp"
 
 namespace bench {
+
+using namespace support; // the work of routines
 
 enum class Verdict { correct, wrong, absent };
 

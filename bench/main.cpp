@@ -13,8 +13,8 @@
 #include "case.hpp"
 #include "library.hpp"
 #include "measure.hpp"
-#include "peak.hpp"
 #include "report.hpp"
+#include "support/peak.hpp"
 
 namespace {
 

@@ -67,7 +67,8 @@ std::string table_rows(const Field& field, const Outcome& outcome) {
         lines += "\n";
     }
     if (lines.empty()) // what the peers did is in the CSV file
-        lines = fmt::format("{:<{}}{}\n", outcome.work.name, caseWidth, outcome.out.empty() ? "-" : outcome.out.begin()->second);
+        lines = fmt::format("{:<{}}{}\n", outcome.work.name, caseWidth,
+                            outcome.out.empty() ? "-" : outcome.out.begin()->second);
     return lines;
 }
 
