@@ -1,8 +1,8 @@
 // The shapes of a native entry routine. No shape reorders or rewrites an argument.
 //
 //   guarded   BLAS level 2 and 3: the entry check, then the driver
-//   framed    LAPACK: both service slots set to their defaults, then the routine, which checks for itself
-//   direct    BLAS level 1: a plain call of the driver, which needs no helper
+//   framed    LAPACK: both service slots set to their defaults (of which a program can set one), then the routine,
+//   which checks for itself direct    BLAS level 1: a plain call of the driver, which needs no helper
 #pragma once
 
 #include "service/entry_checks.hpp"
@@ -22,7 +22,7 @@ inline int guarded(Driver* driver, Args*... args) {
 template <class Routine, class... Args>
 inline auto framed(Routine* routine, Args*... args) {
     qrv_serv_set_xerbla(XERBLA);
-    qrv_serv_set_progress(qrv_serv_default_progress);
+    qrv_serv_set_progress(default_progress());
     return routine(args...);
 }
 
