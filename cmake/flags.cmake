@@ -37,7 +37,8 @@ function(qrv_kernel_flags target build)
   if(CMAKE_BUILD_TYPE STREQUAL "Sanitize")
     target_compile_options(${target} PRIVATE -fno-sanitize=alignment,null,object-size)
   endif()
-  target_compile_definitions(${target} PRIVATE QRV_KERNEL_BUILD=${build})
+  target_compile_definitions(${target} PRIVATE QRV_KERNEL_BUILD=${build}
+                             QRV_KERNEL_VECTORS="${QRV_KERNEL_VECTORS_${build}}")
 endfunction()
 
 # Linker option of a shared product: the threads of the OpenMP runtime, handlers of fork and thread keys outlive a dlclose,

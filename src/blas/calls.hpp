@@ -1,138 +1,318 @@
 // BLAS by value, for the callers above: factorizations read like their textbook form.
 //
 // Two namespaces say which layer is meant: blas::gemm is the decision routine, which may thread; kernel::gemm is the
-// serial kernel behind its slot. An overload for each element type; scalars are elements.
+// serial kernel behind its slot. A routine without a decision is its kernel in both. The element type T is that of the
+// operand that is written; sizes, options and increments are those of the published routine.
 #pragma once
 
-#include "blas/blas.hpp"
-#include "blas/kernel/kernels.hpp"
+#include <tuple>
+#include <type_traits>
+
+#include "blas/native.hpp"
 #include "blas/options.hpp"
 
-// ---- Bodies, the same for both layers: `routine` is called in the native form ---------------------------------------
+namespace qrv {
 
-#define QRV_DEFINE_GEMM_CALL(T, routine)                                                                               \
-    inline void gemm(Op opA, Op opB, int m, int n, int k, T alpha, Matrix<const T> a, Matrix<const T> b, T beta,       \
-                     Matrix<T> c) {                                                                                    \
-        const char transa = letter(opA), transb = letter(opB);                                                         \
-        const int lda = static_cast<int>(a.ld), ldb = static_cast<int>(b.ld), ldc = static_cast<int>(c.ld);            \
-        routine(&transa, &transb, &m, &n, &k, &alpha, a.data, &lda, b.data, &ldb, &beta, c.data, &ldc);                \
-    }
-// Solve or product: B is overwritten.
-#define QRV_DEFINE_TRSM_CALL(T, name, routine)                                                                         \
-    inline void name(Side side, Uplo uplo, Op opA, Diag diag, int m, int n, T alpha, Matrix<const T> a, Matrix<T> b) { \
-        const char options[] = {letter(side), letter(uplo), letter(opA), letter(diag)};                                \
-        const int lda = static_cast<int>(a.ld), ldb = static_cast<int>(b.ld);                                          \
-        routine(options, options + 1, options + 2, options + 3, &m, &n, &alpha, a.data, &lda, b.data, &ldb);           \
-    }
-#define QRV_DEFINE_GEMV_CALL(T, routine)                                                                               \
-    inline void gemv(Op opA, int m, int n, T alpha, Matrix<const T> a, const T* x, int incx, T beta, T* y, int incy) { \
-        const char trans = letter(opA);                                                                                \
-        const int lda = static_cast<int>(a.ld);                                                                        \
-        routine(&trans, &m, &n, &alpha, a.data, &lda, x, &incx, &beta, y, &incy);                                      \
-    }
-#define QRV_DEFINE_SWAP_CALL(T, routine)                                                                               \
-    inline void swap(int n, T* x, int incx, T* y, int incy) {                                                          \
-        routine(&n, x, &incx, y, &incy);                                                                               \
-    }
-#define QRV_DEFINE_SCAL_CALL(T, routine)                                                                               \
-    inline void scal(int n, T alpha, T* x, int incx) {                                                                 \
-        routine(&n, &alpha, x, &incx);                                                                                 \
-    }
-// By a real factor.
-#define QRV_DEFINE_REAL_SCAL_CALL(T, routine)                                                                          \
-    inline void scal(int n, float alpha, T* x, int incx) {                                                             \
-        routine(&n, &alpha, x, &incx);                                                                                 \
-    }
-#define QRV_DEFINE_AXPY_CALL(T, routine)                                                                               \
-    inline void axpy(int n, T alpha, const T* x, int incx, T* y, int incy) {                                           \
-        routine(&n, &alpha, x, &incx, y, &incy);                                                                       \
-    }
-#define QRV_DEFINE_COPY_CALL(T, routine)                                                                               \
-    inline void copy(int n, const T* x, int incx, T* y, int incy) {                                                    \
-        routine(&n, x, &incx, y, &incy);                                                                               \
-    }
-// Of abs1.
-#define QRV_DEFINE_ASUM_CALL(T, routine)                                                                               \
-    inline float asum(int n, const T* x, int incx) {                                                                   \
-        return routine(&n, x, &incx);                                                                                  \
-    }
-// dotc takes the conjugates of the x(i).
-#define QRV_DEFINE_DOT_CALL(name, routine)                                                                             \
-    inline float name(int n, const float* x, int incx, const float* y, int incy) {                                     \
-        return routine(&n, x, &incx, y, &incy);                                                                        \
-    }
-#define QRV_DEFINE_COMPLEX_DOT_CALL(name, routine)                                                                     \
-    inline SingleComplex name(int n, const SingleComplex* x, int incx, const SingleComplex* y, int incy) {             \
-        SingleComplex sum{};                                                                                           \
-        routine(&sum, &n, x, &incx, y, &incy);                                                                         \
-        return sum;                                                                                                    \
-    }
-// Product or solve: x is overwritten.
-#define QRV_DEFINE_TRMV_CALL(T, name, routine)                                                                         \
-    inline void name(Uplo uplo, Op opA, Diag diag, int n, Matrix<const T> a, T* x, int incx) {                         \
-        const char options[] = {letter(uplo), letter(opA), letter(diag)};                                              \
-        const int lda = static_cast<int>(a.ld);                                                                        \
-        routine(options, options + 1, options + 2, &n, a.data, &lda, x, &incx);                                        \
-    }
-// Counted from 1; 0 if there is none.
-#define QRV_DEFINE_IAMAX_CALL(T, routine)                                                                              \
-    inline int iamax(int n, const T* x, int incx) {                                                                    \
-        return routine(&n, x, &incx);                                                                                  \
-    }
+// What the element type of the written operand decides: scalars and operands that are read.
+template <class T>
+using Scalar = std::type_identity_t<T>;
+template <class T>
+using MatrixIn = Matrix<const std::type_identity_t<T>>;
+template <class T>
+using VectorIn = Vector<const std::type_identity_t<T>>;
 
-// ---- Decision routines --------------------------------------------------------------------------------------------
+// ---- The native calling form: scalars, sizes and options by address
+// ---------------------------------------------------
 
-namespace qrv::blas {
+namespace native {
 
-QRV_DEFINE_GEMM_CALL(float, qrv_blas_sgemm)
-QRV_DEFINE_GEMM_CALL(SingleComplex, qrv_blas_cgemm)
-QRV_DEFINE_TRSM_CALL(float, trsm, qrv_blas_strsm)
-QRV_DEFINE_TRSM_CALL(SingleComplex, trsm, qrv_blas_ctrsm)
-QRV_DEFINE_TRSM_CALL(float, trmm, qrv_blas_strmm)
-QRV_DEFINE_TRSM_CALL(SingleComplex, trmm, qrv_blas_ctrmm)
+// A value as the arguments that it stands for, held until the call returns.
+template <class T>
+std::tuple<T> held(T scalar) {
+    return {scalar};
+}
+inline std::tuple<char> held(Side side) {
+    return {letter(side)};
+}
+inline std::tuple<char> held(Uplo uplo) {
+    return {letter(uplo)};
+}
+inline std::tuple<char> held(Op op) {
+    return {letter(op)};
+}
+inline std::tuple<char> held(Diag diag) {
+    return {letter(diag)};
+}
+template <class T>
+std::tuple<T*, int> held(Matrix<T> a) {
+    return {a.data, static_cast<int>(a.ld)};
+}
+template <class T>
+std::tuple<T*, int> held(Vector<T> x) {
+    return {x.data, x.inc};
+}
 
-} // namespace qrv::blas
+template <class T>
+const T* passed(const T& scalar) {
+    return &scalar;
+}
+template <class T>
+T* passed(T* const& array) {
+    return array;
+}
 
-// ---- Serial kernels -----------------------------------------------------------------------------------------------
+// Calls `routine` with the values in the order of its arguments; a view gives its address and then its leading
+// dimension or increment.
+template <class Routine, class... Values>
+auto call(Routine& routine, Values... values) {
+    return std::apply([&](const auto&... arguments) { return routine(passed(arguments)...); },
+                      std::tuple_cat(held(values)...));
+}
 
-namespace qrv::kernel {
+// The inner products: the complex ones return their result through an address, ahead of the rest.
+inline float dot(float (&routine)(const int*, const float*, const int*, const float*, const int*), int n,
+                 Vector<const float> x, Vector<const float> y) {
+    return call(routine, n, x, y);
+}
+inline SingleComplex dot(void (&routine)(SingleComplex*, const int*, const SingleComplex*, const int*,
+                                         const SingleComplex*, const int*),
+                         int n, Vector<const SingleComplex> x, Vector<const SingleComplex> y) {
+    SingleComplex sum{};
+    call(routine, &sum, n, x, y);
+    return sum;
+}
 
-QRV_DEFINE_GEMV_CALL(float, qrv_blas_sgemv_kernel)
-QRV_DEFINE_GEMV_CALL(SingleComplex, qrv_blas_cgemv_kernel)
-QRV_DEFINE_SWAP_CALL(float, qrv_blas_sswap_kernel)
-QRV_DEFINE_SWAP_CALL(SingleComplex, qrv_blas_cswap_kernel)
-QRV_DEFINE_SCAL_CALL(float, qrv_blas_sscal_kernel)
-QRV_DEFINE_SCAL_CALL(SingleComplex, qrv_blas_cscal_kernel)
-QRV_DEFINE_REAL_SCAL_CALL(SingleComplex, qrv_blas_csscal_kernel)
-QRV_DEFINE_AXPY_CALL(float, qrv_blas_saxpy_kernel)
-QRV_DEFINE_AXPY_CALL(SingleComplex, qrv_blas_caxpy_kernel)
-QRV_DEFINE_COPY_CALL(float, qrv_blas_scopy_kernel)
-QRV_DEFINE_COPY_CALL(SingleComplex, qrv_blas_ccopy_kernel)
-QRV_DEFINE_ASUM_CALL(float, qrv_blas_sasum_kernel)
-QRV_DEFINE_ASUM_CALL(SingleComplex, qrv_blas_scasum_kernel)
-QRV_DEFINE_DOT_CALL(dotc, qrv_blas_sdot_kernel)
-QRV_DEFINE_DOT_CALL(dotu, qrv_blas_sdot_kernel)
-QRV_DEFINE_COMPLEX_DOT_CALL(dotc, qrv_blas_cdotc_kernel)
-QRV_DEFINE_COMPLEX_DOT_CALL(dotu, qrv_blas_cdotu_kernel)
-QRV_DEFINE_TRMV_CALL(float, trmv, qrv_blas_strmv_kernel)
-QRV_DEFINE_TRMV_CALL(SingleComplex, trmv, qrv_blas_ctrmv_kernel)
-QRV_DEFINE_TRMV_CALL(float, trsv, qrv_blas_strsv_kernel)
-QRV_DEFINE_TRMV_CALL(SingleComplex, trsv, qrv_blas_ctrsv_kernel)
-QRV_DEFINE_IAMAX_CALL(float, qrv_blas_isamax_kernel)
-QRV_DEFINE_IAMAX_CALL(SingleComplex, qrv_blas_icamax_kernel)
+} // namespace native
 
-} // namespace qrv::kernel
+// ---- Serial kernels -------------------------------------------------------------------------------------------------
 
-#undef QRV_DEFINE_GEMM_CALL
-#undef QRV_DEFINE_TRSM_CALL
-#undef QRV_DEFINE_GEMV_CALL
-#undef QRV_DEFINE_SWAP_CALL
-#undef QRV_DEFINE_SCAL_CALL
-#undef QRV_DEFINE_REAL_SCAL_CALL
-#undef QRV_DEFINE_AXPY_CALL
-#undef QRV_DEFINE_COPY_CALL
-#undef QRV_DEFINE_ASUM_CALL
-#undef QRV_DEFINE_DOT_CALL
-#undef QRV_DEFINE_COMPLEX_DOT_CALL
-#undef QRV_DEFINE_TRMV_CALL
-#undef QRV_DEFINE_IAMAX_CALL
+namespace kernel {
+
+// x <-> y
+template <class T>
+void swap(int n, Vector<T> x, Vector<T> y) {
+    native::call(Native<T>::swap, n, x, y);
+}
+template <class T>
+void copy(int n, VectorIn<T> x, Vector<T> y) {
+    native::call(Native<T>::copy, n, x, y);
+}
+// x := alpha*x, by an element or by a real factor
+template <class T>
+void scal(int n, Scalar<T> alpha, Vector<T> x) {
+    native::call(Native<T>::scal, n, alpha, x);
+}
+inline void scal(int n, float alpha, Vector<SingleComplex> x) {
+    native::call(Native<SingleComplex>::rscal, n, alpha, x);
+}
+// y := alpha*x + y
+template <class T>
+void axpy(int n, Scalar<T> alpha, VectorIn<T> x, Vector<T> y) {
+    native::call(Native<T>::axpy, n, alpha, x, y);
+}
+// Sum of x(i)*y(i); dotc takes the conjugates of the x(i).
+template <class T>
+std::remove_const_t<T> dotu(int n, Vector<T> x, VectorIn<T> y) {
+    return native::dot(Native<T>::dotu, n, x, y);
+}
+template <class T>
+std::remove_const_t<T> dotc(int n, Vector<T> x, VectorIn<T> y) {
+    return native::dot(Native<T>::dotc, n, x, y);
+}
+// Sum of abs1(x(i)).
+template <class T>
+float asum(int n, Vector<T> x) {
+    return native::call(Native<T>::asum, n, x);
+}
+template <class T>
+float nrm2(int n, Vector<T> x) {
+    return native::call(Native<T>::nrm2, n, x);
+}
+// Of the largest abs1(x(i)), counted from 1; 0 if there is none.
+template <class T>
+int iamax(int n, Vector<T> x) {
+    return native::call(Native<T>::iamax, n, x);
+}
+// Plane rotations, of real elements.
+inline void rot(int n, Vector<float> x, Vector<float> y, float c, float s) {
+    native::call(qrv_blas_srot_kernel, n, x, y, c, s);
+}
+inline void rotm(int n, Vector<float> x, Vector<float> y, const float* param) {
+    native::call(qrv_blas_srotm_kernel, n, x, y, param);
+}
+inline void rotg(float& a, float& b, float& c, float& s) {
+    qrv_blas_srotg_kernel(&a, &b, &c, &s);
+}
+
+// y := alpha*op(A)*x + beta*y, A of m x n
+template <class T>
+void gemv(Op op, int m, int n, Scalar<T> alpha, MatrixIn<T> a, VectorIn<T> x, Scalar<T> beta, Vector<T> y) {
+    native::call(Native<T>::gemv, op, m, n, alpha, a, x, beta, y);
+}
+// y := alpha*A*x + beta*y, A symmetric or Hermitian
+template <class T>
+void hemv(Uplo uplo, int n, Scalar<T> alpha, MatrixIn<T> a, VectorIn<T> x, Scalar<T> beta, Vector<T> y) {
+    native::call(Native<T>::hemv, uplo, n, alpha, a, x, beta, y);
+}
+// A := alpha*x*y' + A; gerc takes the conjugates of the y(j).
+template <class T>
+void geru(int m, int n, Scalar<T> alpha, VectorIn<T> x, VectorIn<T> y, Matrix<T> a) {
+    native::call(Native<T>::geru, m, n, alpha, x, y, a);
+}
+template <class T>
+void gerc(int m, int n, Scalar<T> alpha, VectorIn<T> x, VectorIn<T> y, Matrix<T> a) {
+    native::call(Native<T>::gerc, m, n, alpha, x, y, a);
+}
+// A := alpha*x*x' + A, A symmetric or Hermitian
+template <class T>
+void her(Uplo uplo, int n, float alpha, VectorIn<T> x, Matrix<T> a) {
+    native::call(Native<T>::her, uplo, n, alpha, x, a);
+}
+// A := alpha*x*y' + conj(alpha)*y*x' + A, A symmetric or Hermitian
+template <class T>
+void her2(Uplo uplo, int n, Scalar<T> alpha, VectorIn<T> x, VectorIn<T> y, Matrix<T> a) {
+    native::call(Native<T>::her2, uplo, n, alpha, x, y, a);
+}
+// Product x := op(A)*x and solve op(A)*x = x, A triangular
+template <class T>
+void trmv(Uplo uplo, Op op, Diag diag, int n, MatrixIn<T> a, Vector<T> x) {
+    native::call(Native<T>::trmv, uplo, op, diag, n, a, x);
+}
+template <class T>
+void trsv(Uplo uplo, Op op, Diag diag, int n, MatrixIn<T> a, Vector<T> x) {
+    native::call(Native<T>::trsv, uplo, op, diag, n, a, x);
+}
+// Bands, of real elements: k diagonals beside the main one, or kl below and ku above it.
+inline void gbmv(Op op, int m, int n, int kl, int ku, float alpha, Matrix<const float> a, Vector<const float> x,
+                 float beta, Vector<float> y) {
+    native::call(qrv_blas_sgbmv_kernel, op, m, n, kl, ku, alpha, a, x, beta, y);
+}
+inline void sbmv(Uplo uplo, int n, int k, float alpha, Matrix<const float> a, Vector<const float> x, float beta,
+                 Vector<float> y) {
+    native::call(qrv_blas_ssbmv_kernel, uplo, n, k, alpha, a, x, beta, y);
+}
+inline void tbmv(Uplo uplo, Op op, Diag diag, int n, int k, Matrix<const float> a, Vector<float> x) {
+    native::call(qrv_blas_stbmv_kernel, uplo, op, diag, n, k, a, x);
+}
+inline void tbsv(Uplo uplo, Op op, Diag diag, int n, int k, Matrix<const float> a, Vector<float> x) {
+    native::call(qrv_blas_stbsv_kernel, uplo, op, diag, n, k, a, x);
+}
+
+// C := alpha*op(A)*op(B) + beta*C, C of m x n
+template <class T>
+void gemm(Op opA, Op opB, int m, int n, int k, Scalar<T> alpha, MatrixIn<T> a, MatrixIn<T> b, Scalar<T> beta,
+          Matrix<T> c) {
+    native::call(Native<T>::gemm, opA, opB, m, n, k, alpha, a, b, beta, c);
+}
+// B := alpha*op(A)*B or alpha*B*op(A), and the solution X of op(A)*X = alpha*B or X*op(A) = alpha*B; A triangular
+template <class T>
+void trmm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha, MatrixIn<T> a, Matrix<T> b) {
+    native::call(Native<T>::trmm, side, uplo, op, diag, m, n, alpha, a, b);
+}
+template <class T>
+void trsm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha, MatrixIn<T> a, Matrix<T> b) {
+    native::call(Native<T>::trsm, side, uplo, op, diag, m, n, alpha, a, b);
+}
+
+} // namespace kernel
+
+// ---- Decision routines
+// ------------------------------------------------------------------------------------------------
+
+namespace blas {
+
+using kernel::asum, kernel::iamax, kernel::nrm2, kernel::rotg, kernel::rotm, kernel::scal;
+using kernel::gbmv, kernel::gerc, kernel::geru, kernel::sbmv, kernel::tbmv, kernel::tbsv, kernel::trsv;
+
+template <class T>
+void swap(int n, Vector<T> x, Vector<T> y) {
+    native::call(Native<T>::swap, n, x, y);
+}
+template <class T>
+void copy(int n, VectorIn<T> x, Vector<T> y) {
+    native::call(Native<T>::copy, n, x, y);
+}
+template <class T>
+void axpy(int n, Scalar<T> alpha, VectorIn<T> x, Vector<T> y) {
+    native::call(Native<T>::axpy, n, alpha, x, y);
+}
+template <class T>
+std::remove_const_t<T> dotu(int n, Vector<T> x, VectorIn<T> y) {
+    return native::dot(Native<T>::dotu, n, x, y);
+}
+template <class T>
+std::remove_const_t<T> dotc(int n, Vector<T> x, VectorIn<T> y) {
+    return native::dot(Native<T>::dotc, n, x, y);
+}
+inline void rot(int n, Vector<float> x, Vector<float> y, float c, float s) {
+    native::call(qrv_blas_srot, n, x, y, c, s);
+}
+
+template <class T>
+void gemv(Op op, int m, int n, Scalar<T> alpha, MatrixIn<T> a, VectorIn<T> x, Scalar<T> beta, Vector<T> y) {
+    native::call(Native<T>::gemv, op, m, n, alpha, a, x, beta, y);
+}
+template <class T>
+void hemv(Uplo uplo, int n, Scalar<T> alpha, MatrixIn<T> a, VectorIn<T> x, Scalar<T> beta, Vector<T> y) {
+    native::call(Native<T>::hemv, uplo, n, alpha, a, x, beta, y);
+}
+template <class T>
+void her(Uplo uplo, int n, float alpha, VectorIn<T> x, Matrix<T> a) {
+    native::call(Native<T>::her, uplo, n, alpha, x, a);
+}
+template <class T>
+void her2(Uplo uplo, int n, Scalar<T> alpha, VectorIn<T> x, VectorIn<T> y, Matrix<T> a) {
+    native::call(Native<T>::her2, uplo, n, alpha, x, y, a);
+}
+template <class T>
+void trmv(Uplo uplo, Op op, Diag diag, int n, MatrixIn<T> a, Vector<T> x) {
+    native::call(Native<T>::trmv, uplo, op, diag, n, a, x);
+}
+
+template <class T>
+void gemm(Op opA, Op opB, int m, int n, int k, Scalar<T> alpha, MatrixIn<T> a, MatrixIn<T> b, Scalar<T> beta,
+          Matrix<T> c) {
+    native::call(Native<T>::gemm, opA, opB, m, n, k, alpha, a, b, beta, c);
+}
+// C := alpha*A*B + beta*C or alpha*B*A + beta*C; A symmetric, hemm: Hermitian
+template <class T>
+void symm(Side side, Uplo uplo, int m, int n, Scalar<T> alpha, MatrixIn<T> a, MatrixIn<T> b, Scalar<T> beta,
+          Matrix<T> c) {
+    native::call(Native<T>::symm, side, uplo, m, n, alpha, a, b, beta, c);
+}
+template <class T>
+void hemm(Side side, Uplo uplo, int m, int n, Scalar<T> alpha, MatrixIn<T> a, MatrixIn<T> b, Scalar<T> beta,
+          Matrix<T> c) {
+    native::call(Native<T>::hemm, side, uplo, m, n, alpha, a, b, beta, c);
+}
+// C := alpha*op(A)*op(A)' + beta*C, A of n x k or, transposed, k x n. rank_k and rank_2k are SYRK and SYR2K of real
+// elements, HERK and HER2K of complex ones; the plain names transpose without conjugating.
+template <class T>
+void syrk(Uplo uplo, Op op, int n, int k, Scalar<T> alpha, MatrixIn<T> a, Scalar<T> beta, Matrix<T> c) {
+    native::call(Native<T>::syrk, uplo, op, n, k, alpha, a, beta, c);
+}
+template <class T>
+void rank_k(Uplo uplo, Op op, int n, int k, float alpha, MatrixIn<T> a, float beta, Matrix<T> c) {
+    native::call(Native<T>::herk, uplo, op, n, k, alpha, a, beta, c);
+}
+// C := alpha*op(A)*op(B)' + (alpha*op(A)*op(B)')' + beta*C
+template <class T>
+void syr2k(Uplo uplo, Op op, int n, int k, Scalar<T> alpha, MatrixIn<T> a, MatrixIn<T> b, Scalar<T> beta, Matrix<T> c) {
+    native::call(Native<T>::syr2k, uplo, op, n, k, alpha, a, b, beta, c);
+}
+template <class T>
+void rank_2k(Uplo uplo, Op op, int n, int k, Scalar<T> alpha, MatrixIn<T> a, MatrixIn<T> b, float beta, Matrix<T> c) {
+    native::call(Native<T>::her2k, uplo, op, n, k, alpha, a, b, beta, c);
+}
+template <class T>
+void trmm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha, MatrixIn<T> a, Matrix<T> b) {
+    native::call(Native<T>::trmm, side, uplo, op, diag, m, n, alpha, a, b);
+}
+template <class T>
+void trsm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha, MatrixIn<T> a, Matrix<T> b) {
+    native::call(Native<T>::trsm, side, uplo, op, diag, m, n, alpha, a, b);
+}
+
+} // namespace blas
+
+} // namespace qrv

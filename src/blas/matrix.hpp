@@ -22,6 +22,22 @@ constexpr int larger(int x, int y) {
     return x < y ? y : x;
 }
 
+// A vector as BLAS takes it: elements `inc` apart. With a negative increment `data` is still the lowest address, and
+// the vector runs down to it; elements are asked for by index only if inc >= 0.
+template <class T>
+struct Vector {
+    T* data;
+    int inc = 1;
+
+    T& operator[](int i) const { return data[std::ptrdiff_t{i} * inc]; }
+    Vector from(int i) const { return {data + std::ptrdiff_t{i} * inc, inc}; }
+    constexpr operator Vector<const T>() const { return {data, inc}; }
+};
+template <class T>
+Vector(T*) -> Vector<T>;
+template <class T>
+Vector(T*, int) -> Vector<T>;
+
 // Element (i, j), counted from 0, of a matrix with leading dimension ld.
 template <class T>
 struct Matrix {
@@ -31,6 +47,9 @@ struct Matrix {
     T& operator()(int i, int j) const { return data[i + ld * j]; }
     Matrix block(int i, int j) const { return {data + i + ld * j, ld}; }
     T* column(int j) const { return data + ld * j; }
+    // From (i, j) on, to the right or downward.
+    Vector<T> row(int i, int j) const { return {data + i + ld * j, static_cast<int>(ld)}; }
+    Vector<T> column(int i, int j) const { return {data + i + ld * j, 1}; }
     constexpr operator Matrix<const T>() const { return {data, ld}; }
 };
 

@@ -6,9 +6,8 @@
 
 // A build of the panel routines for this test alone.
 #define QRV_KERNEL_BUILD panel_under_test
-#include "blas/kernel/sse2/vec.hpp"
-
-#include "blas/kernel/common/gemm_panel.hpp"
+#define QRV_KERNEL_VECTORS "blas/kernel/sse2/vec.hpp"
+#include "blas/kernel/common/gemm/gemm_panel.hpp"
 
 namespace qrv::test {
 namespace {

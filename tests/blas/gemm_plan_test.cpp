@@ -2,7 +2,7 @@
 #include <array>
 #include <string_view>
 
-#include "blas/kernel/common/gemm_blocks.hpp"
+#include "blas/kernel/common/gemm/gemm_blocks.hpp"
 #include "support/packing.hpp"
 #include "support/subjects.hpp"
 #include "support/work_memory.hpp"

@@ -66,8 +66,8 @@ public:
     using std::length_error::length_error;
 };
 
-// The method is declared, so that the order of a class's methods is final, but its native routine is not in this version.
-// The text names it.
+// The method is declared, so that the order of a class's methods is final, but its native routine is not in this
+// version. The text names it.
 class QRV_API NotImplementedError : public std::logic_error {
 public:
     using std::logic_error::logic_error;

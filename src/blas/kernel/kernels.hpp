@@ -41,13 +41,22 @@ QRV_KERNELS(QRV_DECLARE_KERNEL)
 namespace sse42 {
 QRV_KERNELS(QRV_DECLARE_KERNEL)
 }
+// What is built on GEMM in a form calls that of the sse42 build.
+#define QRV_USE_GEMM_OF_THE_BUILD                                                                                      \
+    using sse42::blas_cgemm_kernel;                                                                                    \
+    using sse42::blas_cgemm_scale_c;                                                                                   \
+    using sse42::blas_sgemm_kernel;                                                                                    \
+    using sse42::blas_sgemm_scale_c;
 namespace sse42_avx2 {
 QRV_VECTOR_KERNELS(QRV_DECLARE_KERNEL)
-}
+QRV_USE_GEMM_OF_THE_BUILD
+} // namespace sse42_avx2
 namespace sse42_avx512 {
 QRV_VECTOR_KERNELS(QRV_DECLARE_KERNEL)
-}
+QRV_USE_GEMM_OF_THE_BUILD
+} // namespace sse42_avx512
 #undef QRV_DECLARE_KERNEL
+#undef QRV_USE_GEMM_OF_THE_BUILD
 
 } // namespace qrv::kernel
 

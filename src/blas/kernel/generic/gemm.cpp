@@ -13,7 +13,7 @@
 #include <cstring>
 
 #include "blas/complex.hpp"
-#include "blas/kernel/common/no_plan.hpp"
+#include "blas/kernel/common/gemm/no_plan.hpp"
 #include "blas/kernel/kernels.hpp"
 #include "blas/matrix.hpp"
 #include "service/work_pool.hpp"

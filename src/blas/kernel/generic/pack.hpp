@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "blas/complex.hpp"
-#include "blas/kernel/common/unrolling.hpp"
+#include "blas/kernel/common/vec/unrolling.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 

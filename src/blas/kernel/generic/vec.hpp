@@ -1,6 +1,8 @@
 // "Vectors" of the generic build: one float each, so that what is told over vectors runs as plain scalar code.
 #pragma once
 
+#define QRV_VECTOR_LANES 1
+
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 struct Vec1f {

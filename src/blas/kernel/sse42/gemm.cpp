@@ -1,6 +1,6 @@
 // GEMM for processors with SSE4.2: plan-driven, 4 x 4 tile, complex 4 x 2. Processors with wider vectors take a wider
 // micro-kernel in the same plan.
-#include "blas/kernel/common/gemm_plan_pieces.hpp"
+#include "blas/kernel/common/gemm/gemm_plan_pieces.hpp"
 #include "blas/kernel/sse42/wide.hpp"
 
 namespace qrv::kernel::sse42 {

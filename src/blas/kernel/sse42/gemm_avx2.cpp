@@ -1,12 +1,11 @@
 // The micro-kernel with AVX2 and FMA.
 //
 // 16 registers hold 3 panels x 2 slivers: 12 sums, two sliver steps, two rows of A. With 8 it is 3 x 1.
-#include "blas/kernel/common/vec8f.hpp"
-
-#include "blas/kernel/common/gemm_direct.hpp"
-#include "blas/kernel/common/gemm_wide_complex.hpp"
-#include "blas/kernel/common/gemm_wide_form.hpp"
+#include "blas/kernel/common/gemm/gemm_direct.hpp"
+#include "blas/kernel/common/gemm/gemm_wide_complex.hpp"
+#include "blas/kernel/common/gemm/gemm_wide_form.hpp"
 #include "blas/kernel/sse42/wide.hpp"
+#include "blas/kernel/vec.hpp"
 
 namespace qrv::kernel::sse42_avx2 {
 constexpr bool manyRegisters = sizeof(void*) == 8;

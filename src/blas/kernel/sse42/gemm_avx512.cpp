@@ -3,12 +3,11 @@
 // 32 registers would hold more than 4 panels x 4 slivers, but larger tiles ran slower: 16 sums cover the latency of
 // the multiply-add, and four panels, which lie a power of two apart, leave the innermost cache to the slivers. With
 // 8 registers it is 3 x 2.
-#include "blas/kernel/common/vec16f.hpp"
-
-#include "blas/kernel/common/gemm_direct.hpp"
-#include "blas/kernel/common/gemm_wide_complex.hpp"
-#include "blas/kernel/common/gemm_wide_form.hpp"
+#include "blas/kernel/common/gemm/gemm_direct.hpp"
+#include "blas/kernel/common/gemm/gemm_wide_complex.hpp"
+#include "blas/kernel/common/gemm/gemm_wide_form.hpp"
 #include "blas/kernel/sse42/wide.hpp"
+#include "blas/kernel/vec.hpp"
 
 namespace qrv::kernel::sse42_avx512 {
 

@@ -1,7 +1,7 @@
 // GEMM for processors with SSSE3: plan-driven. Row 0 of the plan table, for those without SSE4.1, takes the k of real
 // operands in pairs; row 1 has the 4 x 4 tile of the sse42 build. The complex rows differ in their blocks only.
-#include "blas/kernel/common/gemm_pairs.hpp"
-#include "blas/kernel/common/gemm_plan_pieces.hpp"
+#include "blas/kernel/common/gemm/gemm_pairs.hpp"
+#include "blas/kernel/common/gemm/gemm_plan_pieces.hpp"
 
 namespace qrv::kernel::ssse3 {
 namespace {

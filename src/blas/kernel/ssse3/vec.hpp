@@ -3,8 +3,10 @@
 
 #include <tmmintrin.h>
 
-#include "blas/kernel/common/unaligned_by_shift.hpp"
-#include "blas/kernel/common/vec4f.hpp"
+#include "blas/kernel/common/vec/unaligned_by_shift.hpp"
+#include "blas/kernel/common/vec/vec4f.hpp"
+
+#define QRV_VECTOR_LANES 4
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 

@@ -5,7 +5,7 @@ namespace qrv {
 namespace {
 
 template <auto& kernel, class T>
-void axpy_omp(int threads, int n, const T* alpha, Vector<const T> x, Vector<T> y) {
+void axpy_omp(int threads, int n, const T* alpha, VectorOperand<const T> x, VectorOperand<T> y) {
     on_slices(threads, n,
               [&](Slice part) { kernel(&part.count, alpha, x.slice(part), &x.inc, y.slice(part), &y.inc); });
 }

@@ -5,7 +5,7 @@ namespace qrv {
 namespace {
 
 template <auto& kernel, class T>
-void copy_omp(int threads, int n, Vector<const T> x, Vector<T> y) {
+void copy_omp(int threads, int n, VectorOperand<const T> x, VectorOperand<T> y) {
     on_slices(threads, n, [&](Slice part) { kernel(&part.count, x.slice(part), &x.inc, y.slice(part), &y.inc); });
 }
 

@@ -65,14 +65,14 @@ void qrv_blas_cdotc(qrv_complex* result, const int* n, const qrv_complex* x, con
 }
 float qrv_blas_sdot_omp(const int* threads, const int* n, const float* x, const int* incx, const float* y,
                         const int* incy) {
-    const Vector<const float> vx{x, *n, *incx}, vy{y, *n, *incy};
+    const VectorOperand<const float> vx{x, *n, *incx}, vy{y, *n, *incy};
     return dot_omp<float>(*threads, *n, [&](Slice part) {
         return qrv_blas_sdot_kernel(&part.count, vx.slice(part), incx, vy.slice(part), incy);
     });
 }
 void qrv_blas_cdotc_omp(const int* threads, qrv_complex* result, const int* n, const qrv_complex* x, const int* incx,
                         const qrv_complex* y, const int* incy) {
-    const Vector<const SingleComplex> vx{x, *n, *incx}, vy{y, *n, *incy};
+    const VectorOperand<const SingleComplex> vx{x, *n, *incx}, vy{y, *n, *incy};
     *result = dot_omp<SingleComplex>(*threads, *n, [&](Slice part) {
         SingleComplex slice;
         qrv_blas_cdotc_kernel(&slice, &part.count, vx.slice(part), incx, vy.slice(part), incy);

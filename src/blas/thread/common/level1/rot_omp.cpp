@@ -8,7 +8,7 @@ void qrv_blas_srot(const int* n, float* x, const int* incx, float* y, const int*
 }
 void qrv_blas_srot_omp(const int* threads, const int* n, float* x, const int* incx, float* y, const int* incy,
                        const float* c, const float* s) {
-    const Vector<float> vx{x, *n, *incx}, vy{y, *n, *incy};
+    const VectorOperand<float> vx{x, *n, *incx}, vy{y, *n, *incy};
     on_slices(*threads, *n,
               [&](Slice part) { qrv_blas_srot_kernel(&part.count, vx.slice(part), incx, vy.slice(part), incy, c, s); });
 }

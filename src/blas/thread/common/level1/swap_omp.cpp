@@ -5,7 +5,7 @@ namespace qrv {
 namespace {
 
 template <auto& kernel, class T>
-void swap_omp(int threads, int n, Vector<T> x, Vector<T> y) {
+void swap_omp(int threads, int n, VectorOperand<T> x, VectorOperand<T> y) {
     on_slices(threads, n, [&](Slice part) { kernel(&part.count, x.slice(part), &x.inc, y.slice(part), &y.inc); });
 }
 

@@ -14,7 +14,7 @@ namespace qrv {
 
 // A vector of n elements with an increment.
 template <class T>
-struct Vector {
+struct VectorOperand {
     T* data;
     int n;
     int inc;

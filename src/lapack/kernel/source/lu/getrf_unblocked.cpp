@@ -21,7 +21,7 @@ namespace {
 template <class T>
 void divide(int n, T pivot, T* x) {
     if (modulus(pivot) >= machine::safeMinimum)
-        kernel::scal(n, scalar<T>(1) / pivot, x, 1);
+        kernel::scal(n, scalar<T>(1) / pivot, Vector{x});
     else
         for (int i = 0; i < n; ++i)
             x[i] = x[i] / pivot;
@@ -31,16 +31,16 @@ void divide(int n, T pivot, T* x) {
 
 template <class T>
 int getrf_unblocked(int m, int n, Matrix<T> a, int* ipiv) {
-    const int ld = static_cast<int>(a.ld), length = std::min(m, n);
+    const int length = std::min(m, n);
     const T one = scalar<T>(1), minusOne = scalar<T>(-1);
     int info = 0;
     for (int j = 0; j < length; ++j) {
         const int below = m - j - 1, right = n - j - 1;
-        const int pivotRow = j + kernel::iamax(m - j, &a(j, j), 1) - 1;
+        const int pivotRow = j + kernel::iamax(m - j, a.column(j, j)) - 1;
         ipiv[j] = pivotRow + 1;
         if (const T pivot = a(pivotRow, j); pivot != scalar<T>(0)) {
             if (pivotRow != j)
-                kernel::swap(n, &a(j, 0), ld, &a(pivotRow, 0), ld);
+                kernel::swap(n, a.row(j, 0), a.row(pivotRow, 0));
             if (below > 0)
                 divide(below, pivot, &a(j + 1, j));
         } else if (info == 0) {
@@ -48,10 +48,10 @@ int getrf_unblocked(int m, int n, Matrix<T> a, int* ipiv) {
         }
         if (right > 0) {
             if (j > 0) // the rest of row j of U
-                kernel::gemv(Op::transpose, j, right, minusOne, a.block(0, j + 1), &a(j, 0), ld, one, &a(j, j + 1), ld);
+                kernel::gemv(Op::transpose, j, right, minusOne, a.block(0, j + 1), a.row(j, 0), one, a.row(j, j + 1));
             if (below > 0) // the next column
-                kernel::gemv(Op::none, below, j + 1, minusOne, a.block(j + 1, 0), &a(0, j + 1), 1, one,
-                             &a(j + 1, j + 1), 1);
+                kernel::gemv(Op::none, below, j + 1, minusOne, a.block(j + 1, 0), a.column(0, j + 1), one,
+                             a.column(j + 1, j + 1));
         }
     }
     return info;

@@ -29,8 +29,8 @@ void solve_by_columns(int n, Matrix<T> a, T* work) {
     for (int j = n - 1; j >= 0; --j) {
         move_column(j + 1, n, a.column(j), work);
         if (j < n - 1)
-            kernel::gemv(Op::none, n, n - 1 - j, scalar<T>(-1), a.block(0, j + 1), work + j + 1, 1, scalar<T>(1),
-                         a.column(j), 1);
+            kernel::gemv(Op::none, n, n - 1 - j, scalar<T>(-1), a.block(0, j + 1), {work + j + 1}, scalar<T>(1),
+                         a.column(0, j));
     }
 }
 
@@ -53,7 +53,7 @@ template <class T>
 void interchange_columns(int n, Matrix<T> a, const int* ipiv) {
     for (int j = n - 2; j >= 0; --j)
         if (const int pivot = ipiv[j] - 1; pivot != j)
-            kernel::swap(n, a.column(j), 1, a.column(pivot), 1);
+            kernel::swap(n, a.column(0, j), a.column(0, pivot));
 }
 
 // How the workspace is used: nb columns at a time, 1 for column by column.

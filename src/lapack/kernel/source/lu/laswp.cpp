@@ -36,10 +36,8 @@ template <class T>
 void interchange_rows(int n, Matrix<T> a, const Interchanges& rows) {
     const int* pivot = rows.pivot;
     for (int k = rows.first; k != rows.last + rows.step; k += rows.step, pivot += rows.pivotStep)
-        if (*pivot != k) {
-            const int ld = static_cast<int>(a.ld);
-            kernel::swap(n, &a(k - 1, 0), ld, &a(*pivot - 1, 0), ld);
-        }
+        if (*pivot != k)
+            kernel::swap(n, a.row(k - 1, 0), a.row(*pivot - 1, 0));
 }
 
 } // namespace

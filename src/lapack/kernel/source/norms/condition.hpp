@@ -23,7 +23,7 @@ float inverse_norm(Norm norm, int n, T* x, T* v, int* isgn, float smallest, cons
             return estimate;
         const float scale = solve(request == direct ? Op::none : adjoint<T>);
         if (scale != 1) {
-            const float largest = abs1(x[kernel::iamax(n, x, 1) - 1]);
+            const float largest = abs1(x[kernel::iamax(n, Vector{x}) - 1]);
             if (scale < largest * smallest || scale == 0)
                 return 0;
             rscl(n, scale, x, 1);

@@ -32,7 +32,7 @@ enum Request : int { nothing, product, adjoint };
 // ---- What differs for complex elements, which have a modulus and no sign -------------------------------------------
 
 float norm1(int n, const float* x) {
-    return kernel::asum(n, x, 1);
+    return kernel::asum(n, Vector{x});
 }
 float norm1(int n, const SingleComplex* x) {
     float sum = 0;
@@ -43,7 +43,7 @@ float norm1(int n, const SingleComplex* x) {
 
 // Position, from 1.
 int largest(int n, const float* x) {
-    return kernel::iamax(n, x, 1);
+    return kernel::iamax(n, Vector{x});
 }
 int largest(int n, const SingleComplex* x) {
     int position = 1;
@@ -137,7 +137,7 @@ private:
     }
 
     void take_column() {
-        kernel::copy(n_, x_, 1, v_, 1);
+        kernel::copy(n_, {x_}, Vector{v_});
         const float before = est_;
         est_ = norm1(n_, v_);
         if (signs_repeat(n_, x_, isgn_) || est_ <= before)
@@ -160,7 +160,7 @@ private:
     void take_alternation() {
         const float other = 2 * (norm1(n_, x_) / (3 * static_cast<float>(n_)));
         if (other > est_) {
-            kernel::copy(n_, x_, 1, v_, 1);
+            kernel::copy(n_, {x_}, Vector{v_});
             est_ = other;
         }
         kase_ = nothing;

@@ -29,10 +29,10 @@ public:
     }
     // With the vector kernels, if their order does not matter: a sum of magnitudes is NaN only if one of them is.
     void take(int n, const float* x) {
-        if (const float sum = kernel::asum(n, x, 1); sum != sum)
+        if (const float sum = kernel::asum(n, Vector{x}); sum != sum)
             take<float>(n, x);
         else if (n > 0)
-            take(modulus(x[kernel::iamax(n, x, 1) - 1]));
+            take(modulus(x[kernel::iamax(n, Vector{x}) - 1]));
     }
     float value() const { return value_; }
 
@@ -41,7 +41,7 @@ private:
 };
 
 inline float sum_of_moduli(int n, const float* x) {
-    return kernel::asum(n, x, 1);
+    return kernel::asum(n, Vector{x});
 }
 inline float sum_of_moduli(int n, const SingleComplex* x) {
     float sum = 0;

@@ -17,14 +17,14 @@ void rscl(int n, float divisor, T* x, int incx) {
     float dividend = 1;
     // An infinite divisor would stay as it is.
     while (std::fabs(divisor * small) > std::fabs(dividend) && dividend != 0 && std::isfinite(divisor)) {
-        kernel::scal(n, small, x, incx);
+        kernel::scal(n, small, Vector{x, incx});
         divisor *= small;
     }
     while (std::fabs(dividend / big) > std::fabs(divisor)) {
-        kernel::scal(n, big, x, incx);
+        kernel::scal(n, big, Vector{x, incx});
         dividend /= big;
     }
-    kernel::scal(n, dividend / divisor, x, incx);
+    kernel::scal(n, dividend / divisor, Vector{x, incx});
 }
 
 template void rscl(int, float, float*, int);

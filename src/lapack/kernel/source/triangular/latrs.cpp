@@ -130,7 +130,7 @@ public:
 
 private:
     void shrink(float factor) {
-        kernel::scal(t_.n, factor, x_, 1);
+        kernel::scal(t_.n, factor, Vector{x_});
         scale_ *= factor;
         xmax_ *= factor;
     }
@@ -177,8 +177,8 @@ private:
         }
         if (const int count = t_.count(j); count > 0) {
             T* const rest = x_ + t_.first(j);
-            kernel::axpy(count, -(tscal_ * x_[j]), t_.column(j), 1, rest, 1);
-            xmax_ = abs1(rest[kernel::iamax(count, rest, 1) - 1]);
+            kernel::axpy(count, -(tscal_ * x_[j]), {t_.column(j)}, Vector{rest});
+            xmax_ = abs1(rest[kernel::iamax(count, Vector{rest}) - 1]);
         }
     }
 
@@ -209,8 +209,8 @@ private:
     T product_with_known(int j, T factor) const {
         const int first = t_.first(j), count = t_.count(j);
         if (factor == scalar<T>(1))
-            return t_.op == Op::adjoint ? kernel::dotc(count, t_.column(j), 1, x_ + first, 1)
-                                        : kernel::dotu(count, t_.column(j), 1, x_ + first, 1);
+            return t_.op == Op::adjoint ? kernel::dotc(count, Vector{t_.column(j)}, {x_ + first})
+                                        : kernel::dotu(count, Vector{t_.column(j)}, {x_ + first});
         T sum = scalar<T>(0);
         for (int i = first; i < first + count; ++i)
             sum += t_.element(i, j) * factor * x_[i];
@@ -234,13 +234,13 @@ float latrs(Uplo uplo, Op op, Diag diag, bool cnormGiven, int n, Matrix<const T>
     const Triangle<T> t{uplo, op, diag, n, a};
     if (!cnormGiven)
         for (int j = 0; j < n; ++j)
-            cnorm[j] = t.count(j) > 0 ? kernel::asum(t.count(j), t.column(j), 1) : 0;
+            cnorm[j] = t.count(j) > 0 ? kernel::asum(t.count(j), Vector{t.column(j)}) : 0;
 
     // The matrix is scaled too if a column's sum is too large to compute with.
-    const float largestSum = cnorm[kernel::iamax(n, cnorm, 1) - 1];
+    const float largestSum = cnorm[kernel::iamax(n, Vector{cnorm}) - 1];
     const float tscal = largestSum <= bigNumber * half<T> ? 1 : half<T> / (smallNumber * largestSum);
     if (tscal != 1)
-        kernel::scal(n, tscal, cnorm, 1);
+        kernel::scal(n, tscal, Vector{cnorm});
 
     float halfMax = 0;
     for (int i = 0; i < n; ++i)
@@ -250,12 +250,12 @@ float latrs(Uplo uplo, Op op, Diag diag, bool cnormGiven, int n, Matrix<const T>
         tscal == 1 && (op == Op::none ? column_growth(t, halfMax, cnorm) : row_growth(t, halfMax, cnorm)) > smallNumber;
     float scale = 1;
     if (plainIsSafe)
-        kernel::trsv(uplo, op, diag, n, a, x, 1);
+        kernel::trsv(uplo, op, diag, n, a, Vector{x});
     else
         scale = CarefulSolve<T>(t, tscal, x, cnorm, halfMax).run();
 
     if (tscal != 1)
-        kernel::scal(n, 1 / tscal, cnorm, 1);
+        kernel::scal(n, 1 / tscal, Vector{cnorm});
     return scale;
 }
 

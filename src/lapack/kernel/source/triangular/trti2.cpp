@@ -39,15 +39,15 @@ void trti2(Uplo uplo, Diag diag, int n, Matrix<T> a) {
     if (uplo == Uplo::upper) {
         for (int j = 0; j < n; ++j) {
             const T factor = invert_diagonal(diag, a(j, j));
-            kernel::trmv(uplo, Op::none, diag, j, a, a.column(j), 1);
-            kernel::scal(j, factor, a.column(j), 1);
+            kernel::trmv(uplo, Op::none, diag, j, a, a.column(0, j));
+            kernel::scal(j, factor, a.column(0, j));
         }
     } else {
         for (int j = n - 1; j >= 0; --j) {
             const T factor = invert_diagonal(diag, a(j, j));
             if (const int below = n - 1 - j; below > 0) {
-                kernel::trmv(uplo, Op::none, diag, below, a.block(j + 1, j + 1), &a(j + 1, j), 1);
-                kernel::scal(below, factor, &a(j + 1, j), 1);
+                kernel::trmv(uplo, Op::none, diag, below, a.block(j + 1, j + 1), a.column(j + 1, j));
+                kernel::scal(below, factor, a.column(j + 1, j));
             }
         }
     }

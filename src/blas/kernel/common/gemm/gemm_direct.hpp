@@ -1,0 +1,351 @@
+// C := alpha*op(A)*op(B) + beta*C over wide vectors, without packing and without work memory: for problems too small to
+// repay it.
+//
+//   tile       up to DirectTiles::vectors vectors of rows by DirectTiles::columns columns, rows and columns dealt out
+//              evenly; each step takes A by vectors of rows and B singly
+//   op(A) = A  straight from A; of the last vector only the rows that there are
+//   op(A) = A^T, and columns of A that would displace each other in the cache: the steps of a tile are brought
+//              together, in blocks, in a buffer on the stack
+//   complex    rows as they lie, real and imaginary parts side by side, times the real and times the imaginary part of
+//              an element of B, summed apart; the end combines the sums and settles all conjugations by signs
+//   few rows, or few columns, and many steps  of real elements, see gemm_dots.hpp
+//   alignment  none assumed
+//   reads      nothing past the operands; C only if beta is not 0
+//   m, n, k    positive; alpha = 0 and k = 0 are the caller's
+//
+// Each element of C sums its products in ascending k, in one chain (two if complex) a block of steps: alpha*sum +
+// beta*C for the first block, alpha*sum + C for those after it. Lanes past the last row hold what never reaches C.
+#pragma once
+
+#include <cstddef>
+
+#include "blas/complex.hpp"
+#include "blas/kernel/common/gemm/gemm_blocks.hpp"
+#include "blas/kernel/common/gemm/gemm_dots.hpp"
+#include "blas/kernel/common/gemm/gemm_wide_complex.hpp"
+#include "blas/kernel/common/vec/unrolling.hpp"
+#include "blas/kernel/kernels.hpp"
+#include "blas/matrix.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// The largest register tile, in vectors of rows and in columns. Its sums fill the registers, but for a step of A and an
+// element of B.
+template <class Vector, class T>
+struct DirectTiles;
+
+// Steps per pass over C: the rows of a tile, so deep, stay in the innermost cache for all of its columns.
+constexpr int directDepth = 256;
+constexpr int directShallow = 64;
+// Leading dimensions of A, in floats and in multiples of this, that bring its columns into the same few places of the
+// innermost cache; and from how many columns of C on a copy of the tile repays itself.
+template <class T>
+constexpr int directConflict = 1024 / floatsIn<T>;
+constexpr int directRepays = 24;
+// The transposed rows of a tile, in floats.
+constexpr int directBuffer = 3072;
+// Steps that are brought together at once, at most: depths are a multiple.
+constexpr int directUnit = 8;
+
+// What all tiles of a call have in common, strides in floats. One record, filled once: its fields are read singly, as
+// they were written.
+template <class T>
+struct DirectProduct {
+    std::ptrdiff_t aStep; // from one step of A to the next; rows are contiguous
+    std::ptrdiff_t bStep, bColumn;
+    std::ptrdiff_t ldc;
+    T alpha, beta;
+    int k;
+    bool conjugatedA, conjugatedB;
+};
+
+constexpr float sign_bit(bool negative) {
+    return negative ? -0.0F : 0.0F;
+}
+
+// A vector of rows of the product of complex elements, from the sums of A times the real and of A times the imaginary
+// parts of B; real ones are what they are.
+template <class Vector, class T>
+QRV_INLINE Vector combine(const DirectProduct<T>& p, const Vector (&sums)[floatsIn<T>]) {
+    if constexpr (isComplex<T>) {
+        const Vector signsRe = Vector::alternate(0, sign_bit(p.conjugatedA));
+        const Vector signsIm = Vector::alternate(sign_bit(p.conjugatedA == p.conjugatedB), sign_bit(p.conjugatedB));
+        return change_signs(sums[0], signsRe) + change_signs(swap_parts(sums[1]), signsIm);
+    } else {
+        return sums[0];
+    }
+}
+
+// One tile: all rows of its vectors but the last one, of which there are `lastRows`, counted in floats as all rows
+// here.
+template <class Vector, class T, int vectors, int columns>
+void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, float* c, int lastRows) {
+    constexpr int group = 4; // columns of B that share a pointer
+    const typename Vector::Mask mask = Vector::Mask::first(lastRows);
+    const std::ptrdiff_t aStep = p.aStep, bStep = p.bStep, bColumn = p.bColumn, bColumns3 = 3 * bColumn;
+    constexpr int parts = floatsIn<T>; // of an element of B
+    Vector sums[columns][vectors][parts];
+    QRV_UNROLL
+    for (int j = 0; j < columns; ++j)
+        QRV_UNROLL
+    for (int v = 0; v < vectors; ++v)
+        QRV_UNROLL
+    for (int part = 0; part < parts; ++part)
+        sums[j][v][part] = Vector::zero();
+    const float* second = b + (columns > group ? group * bColumn : 0);
+    for (int l = p.k; l > 0; --l) {
+        Vector rows[vectors];
+        QRV_UNROLL
+        for (int v = 0; v < vectors - 1; ++v)
+            rows[v] = Vector::load(a + v * Vector::lanes);
+        rows[vectors - 1] = load_kept(a + (vectors - 1) * Vector::lanes, mask);
+        QRV_UNROLL
+        for (int j = 0; j < columns; ++j)
+            QRV_UNROLL
+        for (int part = 0; part < parts; ++part) {
+            const float* four = j < group ? b : second;
+            const Vector x = Vector::splat(four[(j % group == 3 ? bColumns3 : j % group * bColumn) + part]);
+            QRV_UNROLL
+            for (int v = 0; v < vectors; ++v)
+                sums[j][v][part] = multiply_add(rows[v], x, sums[j][v][part]);
+        }
+        a += aStep;
+        b += bStep;
+        second += bStep;
+    }
+    const Factor<Vector, T> alpha(p.alpha), beta(p.beta);
+    // A processor takes a load for dependent on a masked store that it overlaps in lanes which are not stored. So all
+    // of C is read before any of it is written, and the last column is written without a mask: the next tile may begin
+    // within a vector of it.
+    Vector totals[columns][vectors];
+    QRV_UNROLL
+    for (int j = 0; j < columns; ++j)
+        QRV_UNROLL
+    for (int v = 0; v < vectors; ++v)
+        totals[j][v] = alpha.times(combine(p, sums[j][v]));
+    if (p.beta != scalar<T>(0)) {
+        const bool scalesC = scales_c(p.beta);
+        const float* in = c;
+        QRV_UNROLL
+        for (int j = 0; j < columns; ++j, in += p.ldc)
+            QRV_UNROLL
+        for (int v = 0; v < vectors; ++v) {
+            const float* at = in + v * Vector::lanes;
+            const Vector old = v == vectors - 1 ? load_kept(at, mask) : Vector::load(at);
+            totals[j][v] = scalesC ? beta.times_plus(old, totals[j][v]) : old + totals[j][v];
+        }
+    }
+    QRV_UNROLL
+    for (int j = 0; j < columns; ++j, c += p.ldc) {
+        QRV_UNROLL
+        for (int v = 0; v < vectors - 1; ++v)
+            totals[j][v].store(c + v * Vector::lanes);
+        float* last = c + (vectors - 1) * Vector::lanes;
+        if (!Vector::masksStores && lastRows == Vector::lanes)
+            totals[j][vectors - 1].store(last);
+        else if (!Vector::masksStores || (j == columns - 1 && lastRows < Vector::lanes))
+            store_in_pieces(last, totals[j][vectors - 1], lastRows);
+        else
+            store_kept(last, totals[j][vectors - 1], mask);
+    }
+}
+
+// How many of `left` to take at once, at most `most`: all, or such that the last two shares are even.
+constexpr int even_share(int left, int most) {
+    return left >= 2 * most ? most : left > most ? (left + 1) / 2 : left;
+}
+
+template <class T>
+using DirectTile = void(const DirectProduct<T>& p, const float* a, const float* b, float* c, int lastRows);
+
+// The tiles of all sizes, one vector and one column first.
+template <class Vector, class T>
+struct DirectTileTable {
+    DirectTile<T>* tile[DirectTiles<Vector, T>::vectors][DirectTiles<Vector, T>::columns];
+
+    template <int vectors = 1, int columns = 1>
+    constexpr void fill() {
+        tile[vectors - 1][columns - 1] = direct_tile<Vector, T, vectors, columns>;
+        if constexpr (columns < DirectTiles<Vector, T>::columns)
+            fill<vectors, columns + 1>();
+        else if constexpr (vectors < DirectTiles<Vector, T>::vectors)
+            fill<vectors + 1, 1>();
+    }
+    constexpr DirectTileTable() : tile{} { fill(); }
+};
+template <class Vector, class T>
+constexpr DirectTileTable<Vector, T> directTiles;
+
+// Steps 0 to k-1 of the `rows` rows of one vector, each contiguous in memory, ld floats apart. Where there are no more
+// rows, lanes are filled from the last one or are zero.
+template <class Vector, bool whole>
+void transpose_vector(int rows, int k, const float* a, std::ptrdiff_t ld, float* out, std::ptrdiff_t outStep) {
+    constexpr int quads = Vector::quads, stepsAtOnce = 4;
+    constexpr int vectors = stepsAtOnce / quads; // that hold four steps of four rows
+    const auto row = [=](int i) { return a + (whole ? i : smaller(i, rows - 1)) * ld; };
+    for (int l = 0; l < k; l += stepsAtOnce) {
+        Vector x[quads][vectors];
+        QRV_UNROLL
+        for (int q = 0; q < quads; ++q) {
+            const float* const quad[4] = {row(4 * q), row(4 * q + 1), row(4 * q + 2), row(4 * q + 3)};
+            if (whole || 4 * q < rows)
+                transpose_rows(quad, l, k - l, x[q]);
+            else
+                QRV_UNROLL
+            for (int h = 0; h < vectors; ++h)
+                x[q][h] = Vector::zero();
+        }
+        QRV_UNROLL
+        for (int h = 0; h < vectors; ++h) {
+            Vector steps[quads];
+            QRV_UNROLL
+            for (int q = 0; q < quads; ++q)
+                steps[q] = x[q][h];
+            transpose_quads(steps);
+            QRV_UNROLL
+            for (int q = 0; q < quads; ++q)
+                steps[q].store_aligned(out + (l + h * quads + q) * outStep);
+        }
+    }
+}
+
+// The same of complex rows, as many as the vector holds pairs of floats.
+template <class Vector, bool whole>
+void transpose_complex_vector(int rows, int k, const float* a, std::ptrdiff_t ld, float* out, std::ptrdiff_t outStep) {
+    constexpr int pairs = Vector::lanes / 2;
+    const float* row[pairs];
+    QRV_UNROLL
+    for (int i = 0; i < pairs; ++i)
+        row[i] = a + (whole ? i : smaller(i, rows - 1)) * ld;
+    for (int l = 0; l < k; l += pairs) {
+        Vector steps[pairs];
+        transpose_pairs<Vector>(row, l, k - l, steps);
+        QRV_UNROLL
+        for (int s = 0; s < pairs; ++s)
+            steps[s].store_aligned(out + (l + s) * outStep);
+    }
+}
+
+// The same of up to `vectors` vectors of rows, side by side.
+template <class Vector, class T>
+QRV_INLINE void transpose_tile(int rows, int vectors, int k, const float* a, std::ptrdiff_t ld, float* out) {
+    constexpr int vectorRows = Vector::lanes / floatsIn<T>;
+    const std::ptrdiff_t outStep = vectors * Vector::lanes;
+    const auto transpose = [&](auto whole) __attribute__((always_inline)) {
+        if constexpr (isComplex<T>)
+            transpose_complex_vector<Vector, whole()>(smaller(rows, vectorRows), k, a, ld, out, outStep);
+        else
+            transpose_vector<Vector, whole()>(smaller(rows, vectorRows), k, a, ld, out, outStep);
+    };
+    for (rows /= floatsIn<T>; rows >= vectorRows; rows -= vectorRows, a += vectorRows * ld, out += Vector::lanes)
+        transpose(Lanes<true>());
+    if (rows > 0)
+        transpose(Lanes<false>());
+}
+
+// Where it is the steps that are contiguous: a copy.
+template <class Vector>
+QRV_INLINE void copy_tile(int rows, int vectors, int k, const float* a, std::ptrdiff_t ld, float* out) {
+    const typename Vector::Mask mask = Vector::Mask::first(rows - (vectors - 1) * Vector::lanes);
+    for (int l = 0; l < k; ++l, a += ld) {
+        for (int v = 0; v < vectors - 1; ++v, out += Vector::lanes)
+            Vector::load(a + v * Vector::lanes).store_aligned(out);
+        load_kept(a + (vectors - 1) * Vector::lanes, mask).store_aligned(out);
+        out += Vector::lanes;
+    }
+}
+
+// The rows that the next tiles take.
+template <class Vector, class T>
+struct RowShare {
+    int vectors, rows;
+    explicit RowShare(int left)
+        : vectors(even_share((left + Vector::lanes - 1) / Vector::lanes, DirectTiles<Vector, T>::vectors)),
+          rows(smaller(left, vectors * Vector::lanes)) {}
+    int last_rows() const { return rows - (vectors - 1) * Vector::lanes; }
+};
+
+// All columns of the rows of one tile.
+template <class Vector, class T>
+QRV_INLINE void direct_rows(RowShare<Vector, T> share, int n, const DirectProduct<T>& p, const float* a, const float* b,
+                            float* c) {
+    for (int columns; n > 0; n -= columns) {
+        columns = even_share(n, DirectTiles<Vector, T>::columns);
+        directTiles<Vector, T>.tile[share.vectors - 1][columns - 1](p, a, b, c, share.last_rows());
+        b += columns * p.bColumn;
+        c += columns * p.ldc;
+    }
+}
+
+template <class Vector, class T>
+QRV_INLINE void direct_straight(int m, int n, DirectProduct<T>& p, int k, const float* a, const float* b, float* c) {
+    for (int l = 0; l < k; l += directDepth, p.beta = scalar<T>(1)) {
+        p.k = smaller(k - l, directDepth);
+        // Down the columns of C if the steps are few, as it is then C that the time goes into.
+        const int columnsAtOnce = p.k <= directShallow ? DirectTiles<Vector, T>::columns : n;
+        for (int j = 0; j < n; j += columnsAtOnce) {
+            const int columns = smaller(columnsAtOnce, n - j);
+            for (int i = 0; i < m;) {
+                const RowShare<Vector, T> share(m - i);
+                direct_rows<Vector>(share, columns, p, a + i + l * p.aStep, b + l * p.bStep + j * p.bColumn,
+                                    c + i + j * p.ldc);
+                i += share.rows;
+            }
+        }
+    }
+}
+
+template <class Vector, class T>
+[[gnu::noinline]] void direct_gathered(bool transposed, int m, int n, DirectProduct<T>& p, int k, const float* a,
+                                       std::ptrdiff_t lda, const float* b, float* c) {
+    alignas(64) float buffer[directBuffer];
+    const T beta = p.beta;
+    for (int i = 0; i < m;) {
+        const RowShare<Vector, T> share(m - i);
+        const int depth = directBuffer / (share.vectors * Vector::lanes) / directUnit * directUnit;
+        p.aStep = share.vectors * Vector::lanes;
+        p.beta = beta;
+        for (int l = 0; l < k; l += depth) {
+            p.k = smaller(k - l, depth);
+            if (transposed)
+                transpose_tile<Vector, T>(share.rows, share.vectors, p.k, a + l * floatsIn<T> + i / floatsIn<T> * lda,
+                                          lda, buffer);
+            else
+                copy_tile<Vector>(share.rows, share.vectors, p.k, a + i + l * lda, lda, buffer);
+            direct_rows<Vector>(share, n, p, buffer, b + l * p.bStep, c + i);
+            p.beta = scalar<T>(1);
+        }
+        i += share.rows;
+    }
+}
+
+// The whole product; m, n and k are positive.
+template <class Vector, class T>
+QRV_INLINE void gemm_direct(QRV_GEMM_PARAMETERS(T)) {
+    constexpr std::ptrdiff_t element = floatsIn<T>;
+    const bool transposedA = transposes(*transa), transposedB = transposes(*transb);
+    if constexpr (!isComplex<T>)
+        if (*k >= dotsDepth<Vector> && pays_by_dots<Vector>(transposedA, transposedB, *m, *n, *k))
+            return gemm_by_dots<Vector>(QRV_GEMM_ARGUMENTS);
+    const std::ptrdiff_t stepA = *lda * element, stepB = *ldb * element;
+    DirectProduct<T> p;
+    p.aStep = stepA;
+    p.bStep = transposedB ? stepB : element;
+    p.bColumn = transposedB ? element : stepB;
+    p.ldc = *ldc * element;
+    p.alpha = *alpha;
+    p.beta = *beta;
+    if constexpr (isComplex<T>) {
+        p.conjugatedA = conjugates(*transa);
+        p.conjugatedB = conjugates(*transb);
+    }
+    const auto *aFloats = reinterpret_cast<const float*>(a), *bFloats = reinterpret_cast<const float*>(b);
+    auto* cFloats = reinterpret_cast<float*>(c);
+    const int rows = *m * floatsIn<T>;
+    if (transposedA || (stepA % directConflict<T> == 0 && *n >= directRepays))
+        direct_gathered<Vector>(transposedA, rows, *n, p, *k, aFloats, stepA, bFloats, cFloats);
+    else
+        direct_straight<Vector>(rows, *n, p, *k, aFloats, bFloats, cFloats);
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,0 +1,135 @@
+// C := alpha*op(A)*op(B) + beta*C by dot products along k, for a C of few rows or few columns: vectors of rows would be
+// mostly empty, or A^T transposed for the sake of few columns.
+//
+//   tile       4 rows x DotTile::columns columns of C, Vector::lanes steps of k at a time, the last ones by a mask
+//   operands   rows of op(A) and columns of op(B) contiguous. One of them may have its few rows or columns, dotsMost at
+//              most, brought together in a buffer on the stack, steps in blocks
+//   alignment  none assumed
+//   reads      nothing past the operands; C only if beta is not 0
+#pragma once
+
+#include <cstddef>
+
+#include "blas/kernel/common/gemm/gemm_blocks.hpp"
+#include "blas/kernel/common/gemm/gemm_wide.hpp"
+#include "blas/kernel/common/vec/unrolling.hpp"
+#include "blas/kernel/kernels.hpp"
+#include "blas/matrix.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// Rows or columns of C that count as few: half a vector.
+template <class Vector>
+constexpr int dotsMost = Vector::lanes / 2;
+// Steps that repay adding up the lanes, and those that repay bringing them together as well.
+template <class Vector>
+constexpr int dotsDepth = 2 * Vector::lanes;
+template <class Vector>
+constexpr int dotsGatheredDepth = 4 * Vector::lanes;
+constexpr int dotsRepay = 64;  // columns, respectively rows, that share what has been brought together
+constexpr int dotsSingle = 2;  // so few rows, respectively columns, are brought together for any number of them
+constexpr int dotsBlock = 384; // steps that are brought together at once
+
+template <class Vector>
+constexpr bool pays_by_dots(bool transposedA, bool transposedB, int m, int n, int k) {
+    const auto gathered = [k](int few, int others) {
+        return k >= dotsGatheredDepth<Vector> && few <= dotsMost<Vector> && (others >= dotsRepay || few <= dotsSingle);
+    };
+    if (transposedA && !transposedB)
+        return k >= dotsDepth<Vector> && smaller(m, n) <= dotsMost<Vector>;
+    return transposedA ? gathered(n, m) : !transposedB && gathered(m, n);
+}
+
+struct DotProduct {
+    std::ptrdiff_t aRow, bColumn; // from one row of op(A), respectively column of op(B), to the next
+    int k;
+    float alpha, beta;
+};
+
+// `rows` x `columns` of C, 4 rows at most; those past the last one repeat it.
+template <class Vector, int columns>
+void dot_tile(const DotProduct& p, int rows, const float* a, const float* b, float* c, std::ptrdiff_t ldc) {
+    const float* row[4];
+    QRV_UNROLL
+    for (int i = 0; i < 4; ++i)
+        row[i] = a + smaller(i, rows - 1) * p.aRow;
+    Vector sums[columns][4];
+    QRV_UNROLL
+    for (int j = 0; j < columns; ++j)
+        QRV_UNROLL
+    for (int i = 0; i < 4; ++i)
+        sums[j][i] = Vector::zero();
+    const auto step = [&](auto load) __attribute__((always_inline)) {
+        const Vector x[4] = {load(row[0]), load(row[1]), load(row[2]), load(row[3])};
+        QRV_UNROLL
+        for (int j = 0; j < columns; ++j) {
+            const Vector y = load(b + j * p.bColumn);
+            QRV_UNROLL
+            for (int i = 0; i < 4; ++i)
+                sums[j][i] = multiply_add(x[i], y, sums[j][i]);
+        }
+    };
+    int l = 0;
+    for (; l + Vector::lanes <= p.k; l += Vector::lanes)
+        step([=](const float* x) { return Vector::load(x + l); });
+    if (l < p.k) {
+        const typename Vector::Mask mask = Vector::Mask::first(p.k - l);
+        step([=](const float* x) { return load_kept(x + l, mask); });
+    }
+    const __m128 alpha = _mm_set1_ps(p.alpha), beta = _mm_set1_ps(p.beta);
+    QRV_UNROLL
+    for (int j = 0; j < columns; ++j, c += ldc) {
+        __m128 x = _mm_mul_ps(alpha, lane_sums(sums[j][0], sums[j][1], sums[j][2], sums[j][3]));
+        if (p.beta != 0)
+            x = _mm_add_ps(_mm_mul_ps(beta, rows == 4 ? _mm_loadu_ps(c) : load_quad(c, rows)), x);
+        if (rows == 4)
+            _mm_storeu_ps(c, x);
+        else
+            store_quad(c, x, rows);
+    }
+}
+
+template <class Vector>
+QRV_INLINE void dot_tiles(const DotProduct& p, int m, int n, const float* a, const float* b, Matrix<float> c) {
+    constexpr int most = sizeof(void*) == 4 ? 1 : Vector::lanes == 16 ? 4 : 2; // of 8, 32 and 16 registers
+    for (int i = 0; i < m; i += 4) {
+        const int rows = smaller(4, m - i);
+        const float* ai = a + i * p.aRow;
+        int j = 0;
+        for (; n - j >= most; j += most)
+            dot_tile<Vector, most>(p, rows, ai, b + j * p.bColumn, &c(i, j), c.ld);
+        for (; j < n; ++j)
+            dot_tile<Vector, 1>(p, rows, ai, b + j * p.bColumn, &c(i, j), c.ld);
+    }
+}
+
+// `count` rows, or columns, of which the steps lie ld floats apart, each contiguous, dotsBlock floats from the next.
+inline void bring_steps_together(int count, int k, const float* x, std::ptrdiff_t ld, float* out) {
+    for (int i = 0; i < count; ++i)
+        for (int l = 0; l < k; ++l)
+            out[i * dotsBlock + l] = x[i + l * ld];
+}
+
+template <class Vector>
+[[gnu::noinline]] void gemm_by_dots(QRV_GEMM_PARAMETERS(float)) {
+    const bool gatherA = !transposes(*transa), gatherB = transposes(*transb);
+    const std::ptrdiff_t stepA = *lda, stepB = *ldb;
+    const int block = gatherA || gatherB ? dotsBlock : *k;
+    DotProduct p{gatherA ? dotsBlock : stepA, gatherB ? dotsBlock : stepB, 0, *alpha, *beta};
+    alignas(64) float buffer[dotsMost<Vector> * dotsBlock];
+    for (int l = 0; l < *k; l += block, p.beta = 1) {
+        p.k = smaller(block, *k - l);
+        const float* aBlock = a + (gatherA ? l * stepA : l);
+        const float* bBlock = b + (gatherB ? l * stepB : l);
+        if (gatherA) {
+            bring_steps_together(*m, p.k, aBlock, stepA, buffer);
+            aBlock = buffer;
+        } else if (gatherB) {
+            bring_steps_together(*n, p.k, bBlock, stepB, buffer);
+            bBlock = buffer;
+        }
+        dot_tiles<Vector>(p, *m, *n, aBlock, bBlock, {c, *ldc});
+    }
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

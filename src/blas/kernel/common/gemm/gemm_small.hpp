@@ -1,0 +1,255 @@
+// C := alpha*op(A)*op(B) + beta*C without packing and without work memory: for problems too small to pack, and for
+// the edges of the packed designs.
+//
+//   op(A) = A    tile 16 rows x 2 columns, the last rows as one tile; A comes by vectors of rows, B singly
+//   op(A) = A^T  tile 4 x 2 dot products along k, 4 steps at a time, then the 1 to 3 left; A is entered at a 16-byte
+//                boundary where all of the tile's columns share one. op(B) = B^T: its columns are gathered on the stack
+//   registers    in 32-bit mode, with 8 of them, the tiles are 8 x 2 and 4 x 1
+//   alignment    none assumed
+//   reads        nothing past the operands; C only if beta is not 0; A and B only if alpha is not 0
+//
+// Each result is alpha*sum + beta*C. k goes in blocks (see smallDepth), which matters for long thin operands only.
+#pragma once
+
+#include <cstddef>
+
+#include "blas/kernel/common/gemm/gemm_scale_c.hpp"
+#include "blas/kernel/common/vec/vec4f.hpp"
+#include "blas/kernel/kernels.hpp"
+#include "blas/matrix.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// Steps of k per pass over C. A tile meets a new cache line, and with a large leading dimension a new page, at
+// each step of a strided operand: this many stay in reach until the next tile wants the rest of each line.
+constexpr int smallDepth = 64;
+
+constexpr int vectorRegisters = sizeof(void*) == 8 ? 16 : 8;
+constexpr int updateRows = vectorRegisters == 16 ? 16 : 8; // with 2 columns, half of the registers are sums
+
+// One product of the small path: `k` steps of op(A) and op(B), added up for each element of C.
+struct SmallProduct {
+    int k;
+    float alpha;
+    float beta; // 0: C is not read
+    OpView<const float> a;
+    OpView<const float> b;
+};
+
+template <int rows>
+[[gnu::always_inline]] inline void finish_column(const SmallProduct& p, Vec4f sums, float* c) {
+    Vec4f result = Vec4f::splat(p.alpha) * sums;
+    if (p.beta != 0)
+        result = Vec4f::splat(p.beta) * load_first<rows>(c) + result;
+    store_first<rows>(c, result);
+}
+
+// Running sums of `rows` rows of one column of C, by vectors; the last one may be partly filled.
+template <int rows>
+struct ColumnSums {
+    static constexpr int lanes = rows < 4 ? rows : 4;
+    Vec4f sum = Vec4f::zero();
+    ColumnSums<rows - lanes> below;
+
+    [[gnu::always_inline]] void add(const float* a, Vec4f b) {
+        sum = sum + load_first<lanes>(a) * b;
+        below.add(a + 4, b);
+    }
+    [[gnu::always_inline]] void add(const ColumnSums& other) {
+        sum = sum + other.sum;
+        below.add(other.below);
+    }
+    [[gnu::always_inline]] void finish(const SmallProduct& p, float* c) const {
+        finish_column<lanes>(p, sum, c);
+        below.finish(p, c + 4);
+    }
+};
+template <>
+struct ColumnSums<0> {
+    void add(const float*, Vec4f) {}
+    void add(const ColumnSums&) {}
+    void finish(const SmallProduct&, float*) const {}
+};
+
+// `rows` x `columns` of C at (i, j), the columns of A contiguous. A tile of few vectors keeps odd steps of k apart,
+// so that one sum need not wait for the one before.
+template <int rows, int columns>
+void update_tile(const SmallProduct& p, int i, int j, Matrix<float> c) {
+    constexpr bool splitSteps = (rows + 3) / 4 * columns <= vectorRegisters / 4;
+    ColumnSums<rows> even0, even1, odd0, odd1;
+    const float* a = p.a.at(i, 0);
+    const float* b = p.b.at(0, j);
+    auto step = [&](ColumnSums<rows> & sums0, ColumnSums<rows> & sums1) __attribute__((always_inline)) {
+        sums0.add(a, Vec4f::splat(b[0]));
+        if constexpr (columns > 1)
+            sums1.add(a, Vec4f::splat(b[p.b.columnStride]));
+        a += p.a.columnStride;
+        b += p.b.rowStride;
+    };
+    int left = p.k;
+    if constexpr (splitSteps)
+        for (; left >= 2; left -= 2) {
+            step(even0, even1);
+            step(odd0, odd1);
+        }
+    for (; left > 0; --left)
+        step(even0, even1);
+    if constexpr (splitSteps) {
+        even0.add(odd0);
+        even1.add(odd1);
+    }
+    even0.finish(p, c.column(j) + i);
+    if constexpr (columns > 1)
+        even1.finish(p, c.column(j + 1) + i);
+}
+
+// The last `left` rows, at most `rows` of them, as one tile.
+template <int rows, int columns>
+void update_rest(int left, const SmallProduct& p, int i, int j, Matrix<float> c) {
+    if (left == rows)
+        update_tile<rows, columns>(p, i, j, c);
+    else if constexpr (rows > 1)
+        update_rest<rows - 1, columns>(left, p, i, j, c);
+}
+
+template <int columns>
+void update_columns(const SmallProduct& p, int m, int j, Matrix<float> c) {
+    int i = 0;
+    for (; m - i >= updateRows; i += updateRows)
+        update_tile<updateRows, columns>(p, i, j, c);
+    update_rest<updateRows - 1, columns>(m - i, p, i, j, c);
+}
+
+// Copies one or two columns of op(B) whose steps lie ldb apart, so that each becomes contiguous, smallDepth floats
+// from the other. The last vector of a column is filled up with zeros.
+template <int columns>
+void gather_columns(int k, const float* b, std::ptrdiff_t ldb, float* gathered) {
+    // A row of B holds one step: both columns, or the one there is, in the low half.
+    auto store = [&](Vec4f row0, Vec4f row1, Vec4f row2, Vec4f row3) {
+        const Vec4f first = low_halves(row0, row1), second = low_halves(row2, row3);
+        Vec4f{_mm_shuffle_ps(first.v, second.v, _MM_SHUFFLE(2, 0, 2, 0))}.store_aligned(gathered);
+        if constexpr (columns > 1)
+            Vec4f{_mm_shuffle_ps(first.v, second.v, _MM_SHUFFLE(3, 1, 3, 1))}.store_aligned(gathered + smallDepth);
+    };
+    auto row = [&](int l) { return load_first<columns>(b + l * ldb); };
+    int left = k;
+    for (; left >= 4; left -= 4, b += 4 * ldb, gathered += 4)
+        store(row(0), row(1), row(2), row(3));
+    const Vec4f none = Vec4f::zero();
+    if (left > 0)
+        store(row(0), left > 1 ? row(1) : none, left > 2 ? row(2) : none, none);
+}
+
+// Running dot products of 1 to 4 rows of op(A) with one column of op(B), four steps of k side by side.
+template <int rows>
+struct DotSums {
+    Vec4f sum0 = Vec4f::zero(), sum1 = sum0, sum2 = sum0, sum3 = sum0;
+
+    template <int steps>
+    [[gnu::always_inline]] void add(const float* a, std::ptrdiff_t lda, Vec4f b) {
+        sum0 = sum0 + load_first<steps>(a) * b;
+        if constexpr (rows > 1)
+            sum1 = sum1 + load_first<steps>(a + lda) * b;
+        if constexpr (rows > 2)
+            sum2 = sum2 + load_first<steps>(a + 2 * lda) * b;
+        if constexpr (rows > 3)
+            sum3 = sum3 + load_first<steps>(a + 3 * lda) * b;
+    }
+    Vec4f total() const { return sum_lanes(sum0, sum1, sum2, sum3); }
+};
+
+// `rows` x `columns` of C at (i, 0), the rows of op(A) and the columns of op(B) contiguous.
+template <int rows, int columns>
+void dot_tile(const SmallProduct& p, int i, Matrix<const float> b, Matrix<float> c) {
+    DotSums<rows> column0, column1;
+    const float* a = p.a.at(i, 0);
+    const std::ptrdiff_t lda = p.a.rowStride;
+    auto step = [&](auto steps) __attribute__((always_inline)) {
+        column0.template add<steps()>(a, lda, load_first<steps()>(b.data));
+        if constexpr (columns > 1)
+            column1.template add<steps()>(a, lda, load_first<steps()>(b.column(1)));
+        a += steps();
+        b.data += steps();
+    };
+    auto short_step = [&](int steps) __attribute__((always_inline)) {
+        if (steps == 3)
+            step(Lanes<3>());
+        else if (steps == 2)
+            step(Lanes<2>());
+        else if (steps == 1)
+            step(Lanes<1>());
+    };
+    int left = p.k;
+    if (left >= peelFrom && lda % 4 == 0) { // else no more than one row of four would be aligned
+        const int head = floats_to_boundary(a);
+        short_step(head);
+        left -= head;
+    }
+    for (; left >= 4; left -= 4)
+        step(Lanes<4>());
+    short_step(left);
+    finish_column<rows>(p, column0.total(), c.column(0) + i);
+    if constexpr (columns > 1)
+        finish_column<rows>(p, column1.total(), c.column(1) + i);
+}
+
+template <int rows, int columns>
+void dot_rows(const SmallProduct& p, int i, Matrix<const float> b, Matrix<float> c) {
+    if constexpr (columns == 2 && vectorRegisters < 16) {
+        dot_tile<rows, 1>(p, i, b, c);
+        dot_tile<rows, 1>(p, i, b.block(0, 1), c.block(0, 1));
+    } else {
+        dot_tile<rows, columns>(p, i, b, c);
+    }
+}
+
+template <int columns>
+void dot_columns(const SmallProduct& p, int m, Matrix<const float> b, Matrix<float> c) {
+    int i = 0;
+    for (; m - i >= 4; i += 4)
+        dot_rows<4, columns>(p, i, b, c);
+    if (m - i == 3)
+        dot_rows<3, columns>(p, i, b, c);
+    else if (m - i == 2)
+        dot_rows<2, columns>(p, i, b, c);
+    else if (m - i == 1)
+        dot_rows<1, columns>(p, i, b, c);
+}
+
+template <int columns>
+void small_columns(const SmallProduct& p, int m, int j, Matrix<float> c) {
+    if (p.a.columns_contiguous())
+        return update_columns<columns>(p, m, j, c);
+    if (p.b.columns_contiguous())
+        return dot_columns<columns>(p, m, {p.b.at(0, j), p.b.columnStride}, c.block(0, j));
+    alignas(16) float gathered[columns * smallDepth];
+    gather_columns<columns>(p.k, p.b.at(0, j), p.b.rowStride, gathered);
+    dot_columns<columns>(p, m, {gathered, smallDepth}, c.block(0, j));
+}
+
+// The product `p` for an m x n matrix C, block by block along k. It is used up on the way: a copy of so small a
+// record costs a tiny product a tenth of its time, since vector loads wait for the scalar stores before them.
+inline void multiply_small(int m, int n, SmallProduct&& p, Matrix<float> c) {
+    for (int left = p.k; left > 0; left -= p.k) {
+        p.k = left < smallDepth ? left : smallDepth;
+        int j = 0;
+        for (; n - j >= 2; j += 2)
+            small_columns<2>(p, m, j, c);
+        if (j < n)
+            small_columns<1>(p, m, j, c);
+        p.a.data = p.a.at(0, p.k);
+        p.b.data = p.b.at(p.k, 0);
+        p.beta = 1;
+    }
+}
+
+inline void gemm_small(QRV_GEMM_PARAMETERS(float)) {
+    if (*m <= 0 || *n <= 0)
+        return;
+    if (*k <= 0 || *alpha == 0)
+        return gemm_scale_c(m, n, beta, c, ldc);
+    multiply_small(*m, *n, {*k, *alpha, *beta, {a, *lda, transposes(*transa)}, {b, *ldb, transposes(*transb)}},
+                   Matrix<float>{c, *ldc});
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

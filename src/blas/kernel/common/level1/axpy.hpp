@@ -1,0 +1,42 @@
+// y += alpha*x, a product and a sum an element; by the forms with FMA rounded once.
+#pragma once
+
+#include "blas/complex.hpp"
+#include "blas/kernel/common/level1/level1_steps.hpp"
+#include "blas/kernel/common/level1/level1_strided.hpp"
+#include "blas/kernel/vec.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+template <class T>
+struct AxpyStep;
+
+template <>
+struct AxpyStep<float> {
+    static constexpr bool readsX = true, readsY = true, writesX = false, writesY = true;
+    static constexpr int unit = 1, pass = 64;
+    Vec alpha;
+
+    explicit AxpyStep(float factor) : alpha(Vec::splat(factor)) {}
+    void operator()(int, Vec& x, Vec& y) const { y = multiply_add(alpha, x, y); }
+};
+
+template <>
+struct AxpyStep<SingleComplex> {
+    static constexpr bool readsX = true, readsY = true, writesX = false, writesY = true;
+    static constexpr int unit = 2, pass = 32;
+    ComplexFactor<Vec> alpha;
+
+    explicit AxpyStep(SingleComplex factor) : alpha(factor) {}
+    void operator()(int, Vec& x, Vec& y) const { y = alpha.times_plus(x, y); }
+};
+
+template <class T>
+void axpy(int n, T alpha, const T* x, int incx, T* y, int incy) {
+    if (!contiguous(x, incx) || !contiguous(y, incy))
+        return strided::axpy(n, alpha, x, incx, y, incy);
+    AxpyStep<T> step(alpha);
+    walk(n, x, y, step);
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

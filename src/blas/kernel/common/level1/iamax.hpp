@@ -1,0 +1,104 @@
+// ISAMAX, ICAMAX: position, from 1, of the first element of largest magnitude |re| + |im|.
+//
+// An element takes over from the best so far unless the best is at least as large. So a NaN takes over from everything,
+// and the element behind it from the NaN: what lies in front of the last NaN has no say. A last element that is NaN
+// wins; otherwise the first of largest magnitude behind the last NaN does.
+#pragma once
+
+#include <cstdint>
+
+#include "blas/complex.hpp"
+#include "blas/kernel/common/level1/level1_steps.hpp"
+#include "blas/kernel/common/level1/level1_strided.hpp"
+#include "blas/kernel/vec.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// Magnitudes of as many elements as a vector has lanes, and of the first `count` of them, zeros behind.
+inline Vec magnitudes(const float* x) {
+    return abs(Vec::load(x));
+}
+inline Vec magnitudes(const SingleComplex* x) {
+    return sum_neighbours(abs(Vec::load(&x->re)), abs(Vec::load(&x->re + Vec::lanes)));
+}
+inline Vec magnitudes_part(const float* x, int count) {
+    return abs(load_part<Vec>(x, count));
+}
+inline Vec magnitudes_part(const SingleComplex* x, int count) {
+    const int floats = 2 * count;
+    if (floats < Vec::lanes)
+        return sum_neighbours(abs(load_part<Vec>(&x->re, floats)), Vec::zero());
+    const Vec behind = floats == Vec::lanes ? Vec::zero() : load_part<Vec>(&x->re + Vec::lanes, floats - Vec::lanes);
+    return sum_neighbours(abs(Vec::load(&x->re)), abs(behind));
+}
+
+// The largest magnitude of n elements, NaN if one is NaN.
+template <class T>
+float largest_magnitude(int n, const T* x) {
+    constexpr int L = Vec::lanes;
+    Peak peak;
+    for (; n >= 4 * L; n -= 4 * L, x += 4 * L)
+        peak.take(magnitudes(x), magnitudes(x + L), magnitudes(x + 2 * L), magnitudes(x + 3 * L));
+    for (; n >= L; n -= L, x += L)
+        peak.take(magnitudes(x));
+    if (n > 0)
+        peak.take(magnitudes_part(x, n));
+    return peak.value();
+}
+
+// Index of the first of n elements whose magnitude is `size`; there is one.
+template <class T>
+int first_of_magnitude(float size, int n, const T* x) {
+    constexpr int L = Vec::lanes;
+    const Vec wanted = Vec::splat(size);
+    int i = 0;
+    for (; i + 4 * L <= n; i += 4 * L) {
+        const T* const p = x + i;
+        if (const std::uint64_t found =
+                equal_lanes(wanted, magnitudes(p), magnitudes(p + L), magnitudes(p + 2 * L), magnitudes(p + 3 * L)))
+            return i + __builtin_ctzll(found);
+    }
+    for (; i + L <= n; i += L)
+        if (const std::uint64_t found = equal_lanes(wanted, magnitudes(x + i)))
+            return i + __builtin_ctzll(found);
+    return i + __builtin_ctzll(equal_lanes(wanted, magnitudes_part(x + i, n - i)));
+}
+
+// Index of the winner among n elements without gaps. Block by block the largest magnitude is compared with the best so
+// far; where in its block the winner lies is found at the end.
+template <class T>
+int index_of_largest(int n, const T* x) {
+    constexpr int block = 32 * Vec::lanes;
+    const auto block_at = [n](int i) { return n - i < block ? n - i : block; };
+    float best = -1;
+    int bestBlock = 0;
+    for (int i = 0; i < n;) {
+        const int count = block_at(i);
+        const float largest = largest_magnitude(count, x + i);
+        if (largest != largest) {
+            int last = i + count - 1;
+            while (abs1(x[last]) == abs1(x[last]))
+                --last;
+            if (last == n - 1)
+                return last;
+            best = -1;
+            i = last + 1;
+            continue;
+        }
+        if (largest > best) {
+            best = largest;
+            bestBlock = i;
+        }
+        i += count;
+    }
+    return bestBlock + first_of_magnitude(best, block_at(bestBlock), x + bestBlock);
+}
+
+template <class T>
+int iamax(int n, const T* x, int incx) {
+    if (n > 0 && contiguous(x, incx))
+        return 1 + index_of_largest(n, x);
+    return strided::iamax(n, x, incx);
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,0 +1,57 @@
+// SNRM2, SCNRM2 of the builds with vectors: squares of floats neither overflow nor vanish in double, so they are summed
+// as they are.
+//
+// A NaN gives NaN; otherwise an infinity gives infinity, as does a norm above the largest float.
+#pragma once
+
+#include "blas/complex.hpp"
+#include "blas/kernel/common/level1/level1_steps.hpp"
+#include "blas/kernel/common/level1/level1_strided.hpp"
+#include "blas/kernel/vec.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// The sum of n squares: passes of 8 vectors, then 4, 2, 1, between what lies outside the boundaries of vectors. With
+// four lanes that is 8 sums, passes of 32 floats and blocks of 16, 8 and 4.
+inline double sum_of_squares(std::ptrdiff_t n, const float* x) {
+    Doubles<Vec> even = Doubles<Vec>::zero(), odd = even;
+    const auto add_pairs = [&](int pairs) __attribute__((always_inline)) {
+#pragma GCC unroll 4
+        for (int i = 0; i < pairs; ++i, x += 2 * Vec::lanes) {
+            even.add_squares(Doubles<Vec>::widen_peeled(x));
+            odd.add_squares(Doubles<Vec>::widen_peeled(x + Vec::lanes));
+        }
+    };
+    if (const int head = floats_to_peel(n, x)) {
+        odd.add_squares(Doubles<Vec>::widen(load_part<Vec>(x, head)));
+        x += head;
+        n -= head;
+    }
+    for (; n >= 8 * Vec::lanes; n -= 8 * Vec::lanes)
+        add_pairs(4);
+    if (n & 4 * Vec::lanes)
+        add_pairs(2);
+    if (n & 2 * Vec::lanes)
+        add_pairs(1);
+    if (n & Vec::lanes) {
+        even.add_squares(Doubles<Vec>::widen_peeled(x));
+        x += Vec::lanes;
+    }
+    if (const int rest = n % Vec::lanes)
+        odd.add_squares(Doubles<Vec>::widen(load_part<Vec>(x, rest)));
+    return (even + odd).sum();
+}
+
+template <class T>
+float nrm2(int n, const T* x, int incx) {
+    if (n < 1)
+        return 0;
+    double sum = 0;
+    if (contiguous_either_way(x, incx))
+        sum = sum_of_squares(std::ptrdiff_t{n} * floatsIn<T>, parts(x));
+    else
+        strided::walk_parts(n, x, incx, [&](float part) { sum += double{part} * part; });
+    return static_cast<float>(__builtin_sqrt(sum));
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

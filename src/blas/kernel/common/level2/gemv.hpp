@@ -1,0 +1,173 @@
+// y := alpha*op(A)*x + beta*y for a general matrix.
+//
+// A is read once, several columns a pass: op(A) = A adds them to y, alpha being in x already, the others take their dot
+// products with x. Rows are worked through in blocks, so that x or y stays in the first-level cache; a vector whose
+// elements are apart is brought together block by block.
+#pragma once
+
+#include "blas/complex.hpp"
+#include "blas/kernel/common/level2/columns.hpp"
+#include "blas/kernel/common/level2/multiples.hpp"
+#include "blas/kernel/common/level2/strided_vector.hpp"
+#include "blas/kernel/common/vec/unrolling.hpp"
+#include "blas/kernel/pack.hpp"
+#include "blas/matrix.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// y := y + the sum of column k of A times s[k]
+template <int columns, class T>
+void add_columns(int m, const T* a, std::ptrdiff_t lda, const T* s, T* y) {
+    const ColumnStarts<columns, const T> column(a, lda);
+    Factor<T> factor[columns];
+    QRV_UNROLL
+    for (int k = 0; k < columns; ++k)
+        factor[k] = Factor<T>(s[k]);
+    const auto rows = [&](int i, auto load) __attribute__((always_inline)) {
+        ScaledSum<T> sum(load(y + i)), other = sum; // two chains, of the even and of the odd columns
+        QRV_UNROLL
+        for (int k = 0; k < columns; ++k) {
+            const Pack<T> p = load(column.at[k] + i);
+            if (k == 1)
+                other = ScaledSum<T>(p, factor[k]);
+            else
+                (k % 2 ? other : sum).add(p, factor[k]);
+        }
+        if constexpr (columns > 1)
+            sum.join(other);
+        return sum.result();
+    };
+    int i = 0;
+    for (; i + Pack<T>::count <= m; i += Pack<T>::count)
+        rows(i, [](const T* p) { return Pack<T>::load(p); }).store(y + i);
+    if (i < m)
+        rows(i, [=](const T* p) { return Pack<T>::load(p, m - i); }).store(y + i, m - i);
+}
+
+// The same for any number of columns and so few rows that the sums of all of them stay in registers: `packs` of them,
+// the last of which may be partly filled.
+template <int packs, class T>
+void add_to_few_rows(int m, int n, const T* a, std::ptrdiff_t lda, const T* s, T* y) {
+    constexpr int chains = 4;
+    const int last = m - (packs - 1) * Pack<T>::count;
+    const auto load = [=](const T* p, int r) {
+        return r < packs - 1 ? Pack<T>::load(p + r * Pack<T>::count) : Pack<T>::load(p + r * Pack<T>::count, last);
+    };
+    ScaledSum<T> sums[chains][packs];
+    QRV_UNROLL
+    for (int r = 0; r < packs; ++r) {
+        sums[0][r] = ScaledSum<T>(load(y, r));
+        QRV_UNROLL
+        for (int chain = 1; chain < chains; ++chain)
+            sums[chain][r] = ScaledSum<T>(Pack<T>::zero());
+    }
+    const auto add_column = [&](int j, int chain) __attribute__((always_inline)) {
+        const Factor<T> factor(s[j]);
+        QRV_UNROLL
+        for (int r = 0; r < packs; ++r)
+            sums[chain][r].add(load(a + j * lda, r), factor);
+    };
+    int j = 0;
+    for (; j + chains <= n; j += chains) {
+        QRV_UNROLL
+        for (int chain = 0; chain < chains; ++chain)
+            add_column(j + chain, chain);
+    }
+    for (; j < n; ++j)
+        add_column(j, 0);
+    QRV_UNROLL
+    for (int r = 0; r < packs; ++r) {
+        sums[0][r].join(sums[1][r]);
+        sums[2][r].join(sums[3][r]);
+        sums[0][r].join(sums[2][r]);
+        sums[0][r].result().store(y + r * Pack<T>::count, r < packs - 1 ? Pack<T>::count : last);
+    }
+}
+
+// dots[k] := the dot product of op(column k of A) and x
+template <int columns, bool conjugated, class T>
+void dot_columns(int m, const T* a, std::ptrdiff_t lda, const T* x, T* dots) {
+    const ColumnStarts<columns, const T> column(a, lda);
+    DotSum<conjugated, T> sums[columns];
+    clear(sums);
+    const auto rows = [&](int i, auto load) __attribute__((always_inline)) {
+        const DotOperand<T> xi(load(x + i));
+        QRV_UNROLL
+        for (int k = 0; k < columns; ++k)
+            sums[k].add(load(column.at[k] + i), xi);
+    };
+    int i = 0;
+    for (; i + Pack<T>::count <= m; i += Pack<T>::count)
+        rows(i, [](const T* p) { return Pack<T>::load(p); });
+    if (i < m)
+        rows(i, [=](const T* p) { return Pack<T>::load(p, m - i); });
+    store_dots(sums, dots);
+}
+
+// y := y + A*s for a block of A.
+template <class T>
+void add_block_product(int m, int n, Matrix<const T> a, const T* s, T* y) {
+    constexpr int count = Pack<T>::count;
+    if (count > 1 && m <= count)
+        return add_to_few_rows<1>(m, n, a.data, a.ld, s, y);
+    if (count > 1 && m <= 2 * count)
+        return add_to_few_rows<2>(m, n, a.data, a.ld, s, y);
+    in_passes<columnsAtOnce<T>>(0, n,
+                                [&](auto columns, int j) { add_columns<columns()>(m, a.column(j), a.ld, s + j, y); });
+}
+
+// y := y + alpha*A*x
+template <class T>
+void add_product(int m, int n, T alpha, Matrix<const T> a, StridedVector<const T> x, StridedVector<T> y) {
+    constexpr int block = blockElements<T>;
+    alignas(64) T scaled[block], buffer[block];
+    for (int j = 0; j < n; j += block) {
+        const int columns = smaller(block, n - j);
+        scaled_copy(x, j, columns, alpha, scaled);
+        for (int i = 0; i < m; i += block) {
+            const int rows = smaller(block, m - i);
+            T* const yi = gathered(y, i, rows, buffer);
+            add_block_product(rows, columns, a.block(i, j), scaled, yi);
+            scatter(y, i, rows, yi);
+        }
+    }
+}
+
+// y := y + alpha*op(A)*x, where op transposes and conjugates or not.
+template <bool conjugated, class T>
+void add_transposed_product(int m, int n, T alpha, Matrix<const T> a, StridedVector<const T> x, StridedVector<T> y) {
+    constexpr int block = blockElements<T>;
+    alignas(64) T dots[block], buffer[block];
+    const int rowBlock = x.inc == 1 ? m : block;
+    for (int i = 0; i < m; i += rowBlock) {
+        const int rows = smaller(rowBlock, m - i);
+        const T* const xi = gathered(x, i, rows, buffer);
+        for (int j = 0; j < n; j += block) {
+            const int columns = smaller(block, n - j);
+            in_passes<columnsAtOnce<T>>(0, columns, [&](auto inPass, int k) {
+                dot_columns<inPass(), conjugated>(rows, &a(i, j + k), a.ld, xi, dots + k);
+            });
+            add_scaled(y, j, columns, alpha, dots);
+        }
+    }
+}
+
+template <class T>
+void gemv(char trans, int m, int n, T alpha, Matrix<const T> a, const T* x, int incx, T beta, T* y, int incy) {
+    if (m <= 0 || n <= 0 || (alpha == scalar<T>(0) && beta == scalar<T>(1)))
+        return;
+    const bool transposed = transposes(trans);
+    const StridedVector<const T> xs(transposed ? m : n, x, incx);
+    const StridedVector<T> ys(transposed ? n : m, y, incy);
+    scale(ys, transposed ? n : m, beta);
+    if (alpha == scalar<T>(0))
+        return;
+    if (!transposed)
+        add_product(m, n, alpha, a, xs, ys);
+    else if (isComplex<T> && conjugates(trans))
+        add_transposed_product<isComplex<T>>(m, n, alpha, a, xs, ys);
+    else
+        add_transposed_product<false>(m, n, alpha, a, xs, ys);
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

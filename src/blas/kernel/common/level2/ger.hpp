@@ -1,0 +1,40 @@
+// A := alpha*x*op(y) + A for a general matrix, where op transposes, and conjugates or not.
+//
+// Several columns a pass, so that x is loaded once for all of them. Columns whose element of y is 0 are left alone.
+#pragma once
+
+#include "blas/complex.hpp"
+#include "blas/kernel/common/level2/columns.hpp"
+#include "blas/kernel/common/level2/rank_update.hpp"
+#include "blas/kernel/common/level2/strided_vector.hpp"
+#include "blas/kernel/pack.hpp"
+#include "blas/matrix.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+template <bool conjugated, class T>
+void ger(int m, int n, T alpha, const T* x, int incx, const T* y, int incy, Matrix<T> a) {
+    if (m <= 0 || n <= 0 || alpha == scalar<T>(0))
+        return;
+    const StridedVector<const T> xs(m, x, incx), ys(n, y, incy);
+    alignas(64) T buffer[blockElements<T>];
+    for (int i = 0; i < m; i += blockElements<T>) {
+        const int rows = smaller(blockElements<T>, m - i);
+        const UpdateVectors<1, T> v{{gathered(xs, i, rows, buffer)}};
+        in_passes<columnsOfUpdate<T, 1>>(0, n, [&](auto columns, int j) {
+            T s[1][columns()];
+            bool all = true;
+            for (int k = 0; k < columns(); ++k) {
+                all = all && ys[j + k] != scalar<T>(0);
+                s[0][k] = alpha * conj_if<conjugated>(ys[j + k]);
+            }
+            if (all)
+                return update_columns<Corner::none>(rows, &a(i, j), a.ld, s, v);
+            for (int k = 0; k < columns(); ++k)
+                if (const T single[1][1] = {{s[0][k]}}; ys[j + k] != scalar<T>(0))
+                    update_columns<Corner::none>(rows, &a(i, j + k), a.ld, single, v);
+        });
+    }
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

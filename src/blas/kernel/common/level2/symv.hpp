@@ -1,0 +1,145 @@
+// y := alpha*A*x + beta*y for a symmetric matrix, with complex elements a Hermitian one, of which one triangle is
+// stored.
+//
+// The triangle is read once, several columns a pass: each pack of a column is added to y, for the stored half, and
+// multiplied with x, for the other half. Large matrices are cut into square blocks, so that the parts of x and y that a
+// block works on stay in the first-level cache; vectors whose elements are apart are brought together block by block.
+#pragma once
+
+#include "blas/complex.hpp"
+#include "blas/kernel/common/level2/columns.hpp"
+#include "blas/kernel/common/level2/strided_vector.hpp"
+#include "blas/kernel/common/vec/unrolling.hpp"
+#include "blas/kernel/pack.hpp"
+#include "blas/matrix.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// All that a diagonal element is read for.
+inline float real_part(const float& x) {
+    return x;
+}
+inline float real_part(const SingleComplex& x) {
+    return x.re;
+}
+
+// Neighbouring elements of x and y, as many as a block of the matrix has rows or columns.
+template <class T>
+struct VectorPair {
+    const T* x;
+    T* y;
+    VectorPair from(int i) const { return {x + i, y + i}; }
+};
+
+// Both halves for some columns of m rows: v.y := v.y + A*s, dots[k] := the dot product of the conjugate of column k and
+// v.x. Of a corner only the triangle is stored, and its diagonal is left out here.
+template <int columns, Corner corner, class T>
+void add_both_halves(int m, const T* a, std::ptrdiff_t lda, const T* s, VectorPair<T> v, T* dots) {
+    constexpr int count = Pack<T>::count;
+    const ColumnStarts<columns, const T> column(a, lda);
+    Factor<T> factor[columns];
+    QRV_UNROLL
+    for (int k = 0; k < columns; ++k)
+        factor[k] = Factor<T>(s[k]);
+    DotSum<isComplex<T>, T> sums[columns];
+    clear(sums);
+    const auto rows = [&](int i, auto load) __attribute__((always_inline)) {
+        ScaledSum<T> sum(load(v.y + i));
+        const DotOperand<T> x(load(v.x + i));
+        QRV_UNROLL
+        for (int k = 0; k < columns; ++k) {
+            const Pack<T> p = load(column.at[k] + i);
+            sum.add(p, factor[k]);
+            sums[k].add(p, x);
+        }
+        return sum.result();
+    };
+    // As far as a column is stored: element `from(k)` to `end(k)` - 1 of column k.
+    const auto ragged_rows = [&](int i, int height, auto from, auto end) __attribute__((always_inline)) {
+        ScaledSum<T> sum(Pack<T>::load(v.y + i, height));
+        const DotOperand<T> x(Pack<T>::load(v.x + i, height));
+        QRV_UNROLL
+        for (int k = 0; k < columns; ++k) {
+            const auto range = Pack<T>::range(from(k), end(k));
+            const Pack<T> p = Pack<T>::load(column.at[k] + i, range);
+            sum.add(p, factor[k], range);
+            sums[k].add(p, x, range);
+        }
+        sum.result().store(v.y + i, height);
+    };
+    int i = 0;
+    if constexpr (corner == Corner::first) {
+        static_assert(columns <= count);
+        i = smaller(count, m);
+        ragged_rows(
+            0, i, [](int k) { return k + 1; }, [=](int) { return i; });
+    }
+    // Before a corner in the last rows there are whole packs and some rows that fit into one pack with it.
+    const int end = corner == Corner::last ? (m - columns) / count * count : m;
+    for (; i + count <= end; i += count)
+        rows(i, [](const T* p) { return Pack<T>::load(p); }).store(v.y + i);
+    if (corner == Corner::last)
+        ragged_rows(
+            i, m - i, [](int) { return 0; }, [=](int k) { return m - i - columns + k; });
+    else if (i < end)
+        rows(i, [=](const T* p) { return Pack<T>::load(p, m - i); }).store(v.y + i, m - i);
+    store_dots(sums, dots);
+}
+
+// A block on the diagonal.
+template <class T>
+void add_diagonal_block(bool upper, int n, T alpha, Matrix<const T> a, VectorPair<T> v) {
+    in_passes<columnsOfBothHalves<T>>(0, n, [&](auto columns, int j) {
+        constexpr int count = columns();
+        T s[count], dots[count];
+        for (int k = 0; k < count; ++k)
+            s[k] = alpha * v.x[j + k];
+        if (upper)
+            add_both_halves<count, Corner::last>(j + count, a.column(j), a.ld, s, v, dots);
+        else
+            add_both_halves<count, Corner::first>(n - j, &a(j, j), a.ld, s, v.from(j), dots);
+        for (int k = 0; k < count; ++k)
+            v.y[j + k] += alpha * (dots[k] + real_part(a(j + k, j + k)) * v.x[j + k]);
+    });
+}
+
+// A block beside the diagonal, which stands for itself and for its transpose.
+template <class T>
+void add_block_and_transpose(int m, int n, T alpha, Matrix<const T> a, VectorPair<T> rows, VectorPair<T> columns) {
+    in_passes<columnsOfBothHalves<T>>(0, n, [&](auto inPass, int j) {
+        constexpr int count = inPass();
+        T s[count], dots[count];
+        for (int k = 0; k < count; ++k)
+            s[k] = alpha * columns.x[j + k];
+        add_both_halves<count, Corner::none>(m, a.column(j), a.ld, s, rows, dots);
+        for (int k = 0; k < count; ++k)
+            columns.y[j + k] += alpha * dots[k];
+    });
+}
+
+template <class T>
+void symv(bool upper, int n, T alpha, Matrix<const T> a, const T* x, int incx, T beta, T* y, int incy) {
+    if (n <= 0 || (alpha == scalar<T>(0) && beta == scalar<T>(1)))
+        return;
+    const StridedVector<const T> xs(n, x, incx);
+    const StridedVector<T> ys(n, y, incy);
+    scale(ys, n, beta);
+    if (alpha == scalar<T>(0))
+        return;
+    constexpr int block = blockElements<T>;
+    alignas(64) T buffers[4][block];
+    for (int j = 0; j < n; j += block) {
+        const int columns = smaller(block, n - j);
+        const VectorPair<T> vj{gathered(xs, j, columns, buffers[0]), gathered(ys, j, columns, buffers[1])};
+        add_diagonal_block(upper, columns, alpha, a.block(j, j), vj);
+        for (int i = upper ? 0 : j + block; i < (upper ? j : n); i += block) {
+            const int rows = smaller(block, n - i);
+            const VectorPair<T> vi{gathered(xs, i, rows, buffers[2]), gathered(ys, i, rows, buffers[3])};
+            add_block_and_transpose(rows, columns, alpha, a.block(i, j), vi, vj);
+            scatter(ys, i, rows, vi.y);
+        }
+        scatter(ys, j, columns, vj.y);
+    }
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,0 +1,137 @@
+// Rank-one and rank-two updates of a triangle of a symmetric matrix, with complex elements a Hermitian one, whose
+// diagonal becomes real.
+//
+//   rank one   A := alpha*x*op(x) + A                           alpha real
+//   rank two   A := alpha*x*op(y) + op(alpha)*y*op(x) + A       op transposes and conjugates
+//
+// Several columns a pass. A column for which the elements of x and y are 0 is left alone, but for the imaginary part on
+// the diagonal.
+#pragma once
+
+#include "blas/complex.hpp"
+#include "blas/kernel/common/level2/columns.hpp"
+#include "blas/kernel/common/level2/rank_update.hpp"
+#include "blas/kernel/common/level2/strided_vector.hpp"
+#include "blas/kernel/pack.hpp"
+#include "blas/matrix.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// A part of a triangle: what lies in these rows and columns.
+struct TriangleBand {
+    bool upper;
+    int firstRow, rows, firstColumn, columns;
+};
+
+// The whole triangle; the last `width` columns of the leading upper, or rows of the leading lower triangle.
+constexpr TriangleBand whole_triangle(bool upper, int n) {
+    return {upper, 0, n, 0, n};
+}
+constexpr TriangleBand last_band(bool upper, int width, int length) {
+    return upper ? TriangleBand{true, 0, length, length - width, width}
+                 : TriangleBand{false, length - width, width, 0, length};
+}
+
+// The matrix of which the band begins at a.
+template <class T>
+Matrix<T> whole_of_band(const TriangleBand& band, T* a, std::ptrdiff_t lda) {
+    return {a - band.firstRow - lda * band.firstColumn, lda};
+}
+
+// x, or x and y.
+template <int terms, class T>
+struct UpdateSources {
+    StridedVector<const T> x[terms];
+    bool all_zero(int i) const {
+        bool zero = true;
+        for (const StridedVector<const T>& v : x)
+            zero = zero && v[i] == scalar<T>(0);
+        return zero;
+    }
+};
+
+// What column j of the update multiplies the vectors with.
+template <class T>
+void column_factors(float alpha, const UpdateSources<1, T>& v, int j, T (&s)[1]) {
+    s[0] = alpha * conj(v.x[0][j]);
+}
+template <class T>
+void column_factors(T alpha, const UpdateSources<2, T>& v, int j, T (&s)[2]) {
+    s[0] = alpha * conj(v.x[1][j]);
+    s[1] = conj(alpha * v.x[0][j]);
+}
+
+// Rows `first` to `end` - 1 of one column. v begins with row `start`.
+template <int terms, class T>
+void update_column(int first, int end, T* column, const T (&s)[terms], const UpdateVectors<terms, T>& v, int start) {
+    T factors[terms][1];
+    for (int t = 0; t < terms; ++t)
+        factors[t][0] = s[t];
+    if (first < end)
+        update_columns<Corner::none>(end - first, column + first, 0, factors, v.from(first - start));
+}
+
+// The columns from j on, as many as s has, as far as they lie in rows `start` to `end` - 1 of the triangle. They meet
+// the diagonal either there in full or not at all.
+template <int columns, int terms, class T>
+void update_triangle_columns(bool upper, int start, int end, int j, const T (&s)[terms][columns],
+                             const UpdateVectors<terms, T>& v, Matrix<T> a) {
+    if (j < start || j >= end)
+        update_columns<Corner::none>(end - start, &a(start, j), a.ld, s, v);
+    else if (upper)
+        update_columns<Corner::last>(j + columns - start, &a(start, j), a.ld, s, v);
+    else
+        update_columns<Corner::first>(end - j, &a(j, j), a.ld, s, v.from(j - start));
+}
+
+template <int terms, class Alpha, class T>
+void update_triangle(TriangleBand band, Alpha alpha, const UpdateSources<terms, T>& sources, Matrix<T> a) {
+    constexpr int block = blockElements<T>;
+    alignas(64) T buffers[terms][block];
+    const int endRow = band.firstRow + band.rows, endColumn = band.firstColumn + band.columns;
+    for (int start = band.firstRow; start < endRow; start += block) {
+        const int end = smaller(start + block, endRow);
+        UpdateVectors<terms, T> v;
+        for (int t = 0; t < terms; ++t)
+            v.x[t] = gathered(sources.x[t], start, end - start, buffers[t]);
+        const int from = band.upper ? larger(band.firstColumn, start) : band.firstColumn;
+        const int to = band.upper ? endColumn : smaller(endColumn, end);
+        in_passes<columnsOfUpdate<T, terms>>(from, to, [&](auto columns, int j) {
+            T s[terms][columns()];
+            bool singly = (j < start && start < j + columns()) || (j < end && end < j + columns());
+            for (int k = 0; k < columns(); ++k) {
+                T factors[terms];
+                column_factors(alpha, sources, j + k, factors);
+                for (int t = 0; t < terms; ++t)
+                    s[t][k] = factors[t];
+                singly = singly || sources.all_zero(j + k);
+            }
+            if (!singly)
+                update_triangle_columns(band.upper, start, end, j, s, v, a);
+            for (int k = 0; k < columns(); ++k) {
+                const int jk = j + k;
+                if (singly && !sources.all_zero(jk)) {
+                    T factors[terms];
+                    column_factors(alpha, sources, jk, factors);
+                    update_column(band.upper ? start : larger(jk, start), band.upper ? smaller(jk + 1, end) : end,
+                                  a.column(jk), factors, v, start);
+                }
+                if (start <= jk && jk < end)
+                    make_real(a(jk, jk));
+            }
+        });
+    }
+}
+
+template <class T>
+void syr(TriangleBand band, float alpha, StridedVector<const T> x, Matrix<T> a) {
+    if (alpha != 0)
+        update_triangle<1, float, T>(band, alpha, {{x}}, a);
+}
+template <class T>
+void syr2(TriangleBand band, T alpha, StridedVector<const T> x, StridedVector<const T> y, Matrix<T> a) {
+    if (alpha != scalar<T>(0))
+        update_triangle<2, T, T>(band, alpha, {{x, y}}, a);
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,0 +1,174 @@
+// Products with a triangular matrix and solves, in place: x := op(A)*x and x := inverse(op(A))*x, for dense and for
+// banded triangles.
+//
+// All cases are one walk along the diagonal, a few columns at a time. What is stored beside the diagonal block of these
+// columns either adds them to the rest of x (op(A) = A) or takes its dot products with the rest for them. A product
+// needs the rest as it was, a solve needs it solved; that gives the direction of the walk and which of the two comes
+// first, the diagonal block or what is beside it:
+//
+//              op(A) = A                     op(A) = A'
+//   multiply   upper ascends, beside first   upper descends, diagonal first
+//   solve      upper descends, diagonal first   upper ascends, beside first
+//
+// Lower triangles walk the other way. An element of the diagonal is read only if it is not taken to be 1, and then
+// divided by: there is no reciprocal.
+#pragma once
+
+#include "blas/complex.hpp"
+#include "blas/kernel/common/action.hpp"
+#include "blas/kernel/common/level2/band_columns.hpp"
+#include "blas/kernel/common/vec/unrolling.hpp"
+#include "blas/matrix.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// A triangle of n columns with `reach` diagonals stored beside the main one, n - 1 if it is dense. Element (i, j) is
+// a(i, j) for band storage too: there, each column begins one place lower than the one before.
+template <class T>
+struct Triangle {
+    Matrix<const T> a;
+    int n;
+    int reach;
+    bool upper, unit;
+};
+
+constexpr bool ascends(Action action, bool transposed, bool upper) {
+    return (upper != transposed) == (action == Action::multiply);
+}
+constexpr bool beside_first(Action action, bool transposed) {
+    return transposed == (action == Action::solve);
+}
+
+// The diagonal block of a few columns, with a at its first element: s := op(A)*s or inverse(op(A))*s. In line, so that
+// s stays in registers: its elements one by one to memory and back as a vector would wait for the store, in each group.
+template <Action action, bool transposed, bool conjugated, bool upper, int columns, class T>
+[[gnu::always_inline]] inline void diagonal_block(Matrix<const T> a, bool unit, T (&s)[columns]) {
+    const auto beside = [&](int j) {
+        const auto add = [&](T& sum, T x, T y) { sum = action == Action::multiply ? sum + x * y : sum - x * y; };
+        QRV_UNROLL
+        for (int i = upper ? 0 : j + 1; i < (upper ? j : columns); ++i) {
+            if (transposed)
+                add(s[j], conj_if<conjugated>(a(i, j)), s[i]);
+            else
+                add(s[i], a(i, j), s[j]);
+        }
+    };
+    QRV_UNROLL
+    for (int step = 0; step < columns; ++step) {
+        const int j = ascends(action, transposed, upper) ? step : columns - 1 - step;
+        if (beside_first(action, transposed))
+            beside(j);
+        if (!unit) {
+            const T pivot = conj_if<conjugated>(a(j, j));
+            s[j] = action == Action::multiply ? pivot * s[j] : s[j] / pivot;
+        }
+        if (!beside_first(action, transposed))
+            beside(j);
+    }
+}
+
+// What is stored beside the diagonal block of these columns, `near` rows next to it left out.
+template <int columns, class T>
+[[gnu::always_inline]] inline BandRows<columns> rows_beside(const Triangle<T>& t, int j, int near = 0) {
+    BandRows<columns> rows;
+    QRV_UNROLL
+    for (int k = 0; k < columns; ++k) {
+        const int column = j + k;
+        rows.from[k] = t.upper ? larger(0, column - t.reach) : j + columns + near;
+        rows.to[k] = t.upper ? j - near : column < t.n - t.reach ? column + t.reach + 1 : t.n;
+    }
+    return rows;
+}
+
+// A solve waits for the group of columns before: its values, at hand for the next group, do not go through memory. So
+// the square block of A between two neighbouring groups, which `reach` must cover, is left out of what is beside them.
+template <class T>
+struct SolvedGroup {
+    T values[groupColumns];
+
+    // s := s - op(A)*values for the block between this group, at j, and the next one, at `next`.
+    template <bool transposed, bool conjugated>
+    void subtract_from(T (&s)[groupColumns], Matrix<const T> a, int j, int next) const {
+        QRV_UNROLL
+        for (int step = 0; step < groupColumns; ++step) {
+            const int i = j < next ? step : groupColumns - 1 - step; // the one that was solved last comes last
+            QRV_UNROLL
+            for (int k = 0; k < groupColumns; ++k)
+                s[k] -= (transposed ? conj_if<conjugated>(a(j + i, next + k)) : a(next + k, j + i)) * values[i];
+        }
+    }
+};
+
+template <Action action, bool transposed, bool conjugated, int columns, class T, class X>
+void apply_columns(const Triangle<T>& t, int j, X x, SolvedGroup<T>& last) {
+    T s[columns];
+    QRV_UNROLL
+    for (int k = 0; k < columns; ++k)
+        s[k] = x[j + k];
+    int near = 0;
+    if constexpr (action == Action::solve && columns == groupColumns) {
+        const bool above = j >= columns, below = j + 2 * columns <= t.n; // groups there
+        if (t.reach >= 2 * columns - 1) {
+            near = (t.upper ? above : below) ? columns : 0;
+            const bool ascending = ascends(action, transposed, t.upper);
+            if (ascending && above)
+                last.template subtract_from<transposed, conjugated>(s, t.a, j - columns, j);
+            else if (!ascending && below)
+                last.template subtract_from<transposed, conjugated>(s, t.a, j + columns, j);
+        }
+    }
+    const auto beside = [&] {
+        const auto rows = rows_beside<columns>(t, j, near);
+        T terms[columns]; // of the rest of x, respectively of these columns
+        if constexpr (transposed) {
+            dot_band_columns<columns, conjugated>(rows, t.a.column(j), t.a.ld, x, terms);
+            QRV_UNROLL
+            for (int k = 0; k < columns; ++k)
+                s[k] = action == Action::multiply ? s[k] + terms[k] : s[k] - terms[k];
+        } else {
+            QRV_UNROLL
+            for (int k = 0; k < columns; ++k)
+                terms[k] = action == Action::multiply ? s[k] : -s[k];
+            add_band_columns<columns>(rows, t.a.column(j), t.a.ld, terms, x,
+                                      t.upper && action == Action::solve ? WholeVectors::last : WholeVectors::first);
+        }
+    };
+    if (beside_first(action, transposed))
+        beside();
+    const auto corner = t.a.block(j, j);
+    if (t.upper)
+        diagonal_block<action, transposed, conjugated, true>(corner, t.unit, s);
+    else
+        diagonal_block<action, transposed, conjugated, false>(corner, t.unit, s);
+    if (!beside_first(action, transposed))
+        beside();
+    QRV_UNROLL
+    for (int k = 0; k < columns; ++k)
+        x[j + k] = s[k];
+    if constexpr (columns == groupColumns)
+        for (int k = 0; k < columns; ++k)
+            last.values[k] = s[k];
+}
+
+template <Action action, bool transposed, bool conjugated, class T, class X>
+void apply_triangle(const Triangle<T>& t, X x) {
+    const bool inGroups = t.reach >= groupColumns - 1; // a group's diagonal block is dense then
+    SolvedGroup<T> last;
+    walk_columns(t.n, inGroups, ascends(action, transposed, t.upper),
+                 [&](auto columns, int j) { apply_columns<action, transposed, conjugated, columns()>(t, j, x, last); });
+}
+template <Action action, class T, class X>
+void apply_triangle(char trans, const Triangle<T>& t, X x) {
+    if (!transposes(trans))
+        apply_triangle<action, false, false>(t, x);
+    else if (isComplex<T> && conjugates(trans))
+        apply_triangle<action, true, isComplex<T>>(t, x);
+    else
+        apply_triangle<action, true, false>(t, x);
+}
+
+constexpr bool is_letter(char option, char upper, char lower) {
+    return option == upper || option == lower;
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,0 +1,107 @@
+// Dense triangular products and solves: x := op(A)*x, x := inverse(op(A))*x, and one band of a threaded product.
+//
+// The triangle is walked in blocks along the diagonal, a short one last. What is beside a diagonal block is one general
+// product: by the serial kernel of this build where x is multiplied, through the decision routine where it is solved,
+// so that the bulk of a large solve can use threads: the one call from a kernel upward. It runs down whole columns of A
+// in either case. A solve with op(A) = A takes a block off all that is still to be solved, rather than all that is
+// solved off the next block: rows of a block only, across all columns, took four times as long from memory (n = 4096).
+#pragma once
+
+#include "blas/blas.hpp"
+#include "blas/complex.hpp"
+#include "blas/kernel/common/level2/strided_vector.hpp"
+#include "blas/kernel/common/level2/triangle.hpp"
+#include "blas/kernel/kernels.hpp"
+#include "blas/matrix.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+template <class T>
+struct TriangularFamily;
+template <>
+struct TriangularFamily<float> {
+    static constexpr auto& serial_gemv = blas_sgemv_kernel;
+    static constexpr auto& gemv = qrv_blas_sgemv;
+};
+template <>
+struct TriangularFamily<SingleComplex> {
+    static constexpr auto& serial_gemv = blas_cgemv_kernel;
+    static constexpr auto& gemv = qrv_blas_cgemv;
+};
+
+// Neighbouring elements of a vector, at the address that a routine with increments takes for them.
+template <class T>
+T* address_of(StridedVector<T> x, int first, int count) {
+    return &x[x.inc > 0 ? first : first + count - 1];
+}
+
+template <class T>
+Triangle<T> dense_triangle(char uplo, char diag, int n, const T* a, std::ptrdiff_t lda) {
+    return {{a, lda}, n, n - 1, is_letter(uplo, 'U', 'u'), is_letter(diag, 'U', 'u')};
+}
+
+template <Action action, class T>
+void triangular(char trans, const Triangle<T>& t, T* p, int inc) {
+    constexpr int block = 32;
+    const StridedVector<T> x(t.n, p, inc);
+    const int lda = static_cast<int>(t.a.ld);
+    const bool transposed = transposes(trans);
+    const T one = scalar<T>(1), sign = scalar<T>(action == Action::multiply ? 1 : -1);
+    // y := y +- op(A)*x for a block of A and two parts of x.
+    const auto multiply_block = [&](int m, int n, const T* a, int from, int to) {
+        const auto& gemv = action == Action::multiply ? TriangularFamily<T>::serial_gemv : TriangularFamily<T>::gemv;
+        gemv(&trans, &m, &n, &sign, a, &lda, address_of(x, from, transposed ? m : n), &inc, &one,
+             address_of(x, to, transposed ? n : m), &inc);
+    };
+    const auto beside = [&](int j, int count) {
+        const int first = t.upper ? 0 : j + count, rows = t.upper ? j : t.n - first;
+        if (rows > 0)
+            multiply_block(rows, count, &t.a(first, j), transposed ? first : j, transposed ? j : first);
+    };
+    const bool ascending = ascends(action, transposed, t.upper), besideFirst = beside_first(action, transposed);
+    for (int done = 0; done < t.n; done += block) {
+        const int count = smaller(block, t.n - done), j = ascending ? done : t.n - done - count;
+        if (besideFirst)
+            beside(j, count);
+        const Triangle<T> leaf{t.a.block(j, j), count, count - 1, t.upper, t.unit};
+        alignas(64) T buffer[block];
+        T* const xj = gathered(x, j, count, buffer);
+        apply_triangle<action>(trans, leaf, xj);
+        scatter(x, j, count, xj);
+        if (!besideFirst)
+            beside(j, count);
+    }
+}
+
+template <class T>
+void trmv(char uplo, char trans, char diag, int n, const T* a, int lda, T* x, int incx) {
+    if (n > 0)
+        triangular<Action::multiply>(trans, dense_triangle(uplo, diag, n, a, lda), x, incx);
+}
+template <class T>
+void trsv(char uplo, char trans, char diag, int n, const T* a, int lda, T* x, int incx) {
+    if (n > 0)
+        triangular<Action::solve>(trans, dense_triangle(uplo, diag, n, a, lda), x, incx);
+}
+
+// y := the rows of op(A)*x that a band makes: `width` of them, from x of `length` elements. `a` is the band's first
+// element in storage; its diagonal block comes first if op(A) is upper triangular, last if it is lower.
+template <class T>
+void trmv_band(char uplo, char trans, char diag, int width, int length, const T* a, int lda, const T* x, T* y,
+               int incy) {
+    if (width <= 0)
+        return;
+    const bool transposed = transposes(trans), diagonalFirst = is_letter(uplo, 'U', 'u') != transposed;
+    const int rest = length - width, diagonal = diagonalFirst ? 0 : rest, beside = diagonalFirst ? width : 0;
+    const auto start = [&](int across) { return a + (transposed ? across : std::ptrdiff_t{lda} * across); };
+    const StridedVector<T> ys(width, y, incy);
+    for (int i = 0; i < width; ++i)
+        ys[i] = x[diagonal + i];
+    trmv(uplo, trans, diag, width, start(diagonal), lda, y, incy);
+    const T one = scalar<T>(1);
+    const int unit = 1;
+    TriangularFamily<T>::serial_gemv(&trans, transposed ? &rest : &width, transposed ? &width : &rest, &one,
+                                     start(beside), &lda, x + beside, &unit, &one, y, &incy);
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,0 +1,36 @@
+// The serial GEMM of this build, by value: level 3 is built on it, never through the slot. Where GEMM has no form of
+// its own for wider vectors, the plan of the sse42 build chooses one.
+#pragma once
+
+#include "blas/complex.hpp"
+#include "blas/kernel/kernels.hpp"
+#include "blas/matrix.hpp"
+#include "blas/options.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// C := alpha*op(A)*op(B) + beta*C
+inline void gemm(Op opA, Op opB, int m, int n, int k, float alpha, Matrix<const float> a, Matrix<const float> b,
+                 float beta, Matrix<float> c) {
+    const char transa = letter(opA), transb = letter(opB);
+    const int lda = static_cast<int>(a.ld), ldb = static_cast<int>(b.ld), ldc = static_cast<int>(c.ld);
+    blas_sgemm_kernel(&transa, &transb, &m, &n, &k, &alpha, a.data, &lda, b.data, &ldb, &beta, c.data, &ldc);
+}
+inline void gemm(Op opA, Op opB, int m, int n, int k, SingleComplex alpha, Matrix<const SingleComplex> a,
+                 Matrix<const SingleComplex> b, SingleComplex beta, Matrix<SingleComplex> c) {
+    const char transa = letter(opA), transb = letter(opB);
+    const int lda = static_cast<int>(a.ld), ldb = static_cast<int>(b.ld), ldc = static_cast<int>(c.ld);
+    blas_cgemm_kernel(&transa, &transb, &m, &n, &k, &alpha, a.data, &lda, b.data, &ldb, &beta, c.data, &ldc);
+}
+
+// C := beta*C; beta = 0 stores zeros and does not read C, beta = 1 does nothing.
+inline void scale(int m, int n, float beta, Matrix<float> c) {
+    const int ldc = static_cast<int>(c.ld);
+    blas_sgemm_scale_c(&m, &n, &beta, c.data, &ldc);
+}
+inline void scale(int m, int n, SingleComplex beta, Matrix<SingleComplex> c) {
+    const int ldc = static_cast<int>(c.ld);
+    blas_cgemm_scale_c(&m, &n, &beta, c.data, &ldc);
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,0 +1,192 @@
+// C := alpha*A*B + beta*C (side L) and C := alpha*B*A + beta*C (side R) for a symmetric or Hermitian A of which one
+// triangle is stored.
+//
+// A is cut into blocks along its diagonal and rectangles beside them. What a rectangle adds is a GEMM with it or with
+// its transpose, whichever of the two places is stored. A diagonal block is expanded into a full square in work memory
+// first. Of a Hermitian diagonal the imaginary parts are not read.
+#pragma once
+
+#include "blas/complex.hpp"
+#include "blas/kernel/common/level3/own_gemm.hpp"
+#include "blas/kernel/common/level3/syrk.hpp"
+#include "blas/kernel/kernels.hpp"
+#include "blas/kernel/pack.hpp"
+#include "blas/matrix.hpp"
+#include "blas/options.hpp"
+#include "service/work_pool.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+struct SymmRow {
+    int leftBlock, rightBlock; // side of the square
+    int walkedUpTo;            // order of A up to which its blocks are taken one by one; larger ones are halved
+    int columnsAtOnce;         // of B and C with A to the left
+};
+constexpr int allColumns = 0x7FFFFFFF;
+
+// Wider vectors want few and large products: up to a tenth more.
+constexpr SymmRow symmRow =
+    Pack<float>::count > 4
+        ? SymmRow{.leftBlock = 256, .rightBlock = 256, .walkedUpTo = 256, .columnsAtOnce = allColumns}
+        : SymmRow{.leftBlock = 256, .rightBlock = 192, .walkedUpTo = 512, .columnsAtOnce = 512};
+
+// out := a', m x n elements of a.
+template <bool conjugated, class T>
+void transpose_rectangle(int m, int n, Matrix<const T> a, Matrix<T> out) {
+    constexpr int side = SmallSquare<T>::side;
+    const int squaresUpTo = n / side * side;
+    for (int j = 0; j < squaresUpTo; j += side) {
+        int i = 0;
+        for (; m - i >= side; i += side)
+            SmallSquare<T>::template transpose<conjugated>(&a(i, j), a.ld, &out(j, i), out.ld);
+        for (; i < m; ++i)
+            for (int k = j; k < j + side; ++k)
+                out(k, i) = conj_if<conjugated>(a(i, k));
+    }
+    for (int j = squaresUpTo; j < n; ++j)
+        for (int i = 0; i < m; ++i)
+            out(j, i) = conj_if<conjugated>(a(i, j));
+}
+
+// The other half of a triangle of order n, without the diagonal.
+template <bool conjugated, class T>
+void mirror_triangle(Uplo uplo, int n, Matrix<const T> a, Matrix<T> out) {
+    constexpr int side = SmallSquare<T>::side;
+    for (int j = 0; j < n; j += side) {
+        const int columns = smaller(side, n - j), next = j + columns;
+        for (int k = j + 1; k < next; ++k)
+            for (int i = j; i < k; ++i)
+                if (uplo == Uplo::upper)
+                    out(k, i) = conj_if<conjugated>(a(i, k));
+                else
+                    out(i, k) = conj_if<conjugated>(a(k, i));
+        if (uplo == Uplo::upper)
+            transpose_rectangle<conjugated, T>(j, columns, a.block(0, j), out.block(j, 0));
+        else
+            transpose_rectangle<conjugated, T>(n - next, columns, a.block(next, j), out.block(j, next));
+    }
+}
+
+// The full matrix of a triangle of order n, a few columns at a time: their part of the triangle as it is, and mirrored.
+// What the mirror writes at once is no more than the first-level cache holds.
+template <Symmetry symmetry, class T>
+void expand(Uplo uplo, int n, Matrix<const T> a, Matrix<T> out) {
+    constexpr bool conjugated = symmetry == Symmetry::hermitian;
+    constexpr int band = 16;
+    for (int j = 0; j < n; j += band) {
+        const int columns = smaller(band, n - j), next = j + columns;
+        for (int k = j; k < next; ++k) {
+            const ColumnRun rows = triangle_column(uplo, n, k);
+            copy_run(rows.count, &a(rows.first, k), &out(rows.first, k));
+            if constexpr (conjugated)
+                make_real(out(k, k));
+        }
+        mirror_triangle<conjugated, T>(uplo, columns, a.block(j, j), out.block(j, j));
+        const int from = uplo == Uplo::upper ? 0 : next, to = uplo == Uplo::upper ? j : n;
+        for (int i = from; i < to; i += band)
+            transpose_rectangle<conjugated, T>(smaller(band, to - i), columns, a.block(i, j), out.block(j, i));
+    }
+}
+
+template <Symmetry symmetry, class T>
+struct SymmetricProduct {
+    Side side;
+    Uplo uplo;
+    int length; // columns of B to the right of A, or rows to the left of it
+    T alpha;
+    Matrix<const T> a, b;
+    Matrix<T> c;
+    Matrix<T> square;
+    int block; // its side
+
+    // C += alpha*X*B or C += alpha*B*X, where X is op(x), `rows` x `columns` elements of A from (i, j) on.
+    void add(int i, int rows, int j, int columns, Op op, Matrix<const T> x) const {
+        const T one = scalar<T>(1);
+        if (side == Side::left)
+            gemm(op, Op::none, rows, length, columns, alpha, x, b.block(j, 0), one, c.block(i, 0));
+        else
+            gemm(Op::none, op, length, columns, rows, alpha, b.block(0, i), x, one, c.block(0, j));
+    }
+    // What A holds beside its diagonal: what it adds to the rows or columns of C from p on.
+    void add_rectangle(int p, int width, int from, int count) const {
+        if (count == 0)
+            return;
+        const bool left = side == Side::left;
+        const int i = left ? p : from, j = left ? from : p;
+        const int rows = left ? width : count, columns = left ? count : width;
+        if ((i < j) == (uplo == Uplo::upper))
+            add(i, rows, j, columns, Op::none, a.block(i, j));
+        else
+            add(i, rows, j, columns, mirror(symmetry), a.block(j, i));
+    }
+    void add_diagonal_block(int p, int width) const {
+        expand<symmetry, T>(uplo, width, a.block(p, p), square);
+        add(p, width, p, width, Op::none, square);
+    }
+
+    // The part of A from (first, first) on, of order n.
+    void add_part(int first, int n) const {
+        const int end = first + n;
+        if (n > symmRow.walkedUpTo) {
+            const int unit = symmRow.walkedUpTo;
+            const int half = (n / 2 + unit - 1) / unit * unit, middle = first + half;
+            add_part(first, half);
+            add_rectangle(first, half, middle, n - half);
+            add_rectangle(middle, n - half, first, half);
+            add_part(middle, n - half);
+            return;
+        }
+        for (int p = first; p < end; p += block) {
+            const int width = smaller(block, end - p);
+            add_rectangle(p, width, first, p - first);
+            add_diagonal_block(p, width);
+            add_rectangle(p, width, p + width, end - p - width);
+        }
+    }
+};
+
+template <Symmetry symmetry, class T>
+void add_symmetric_product(SymmetricProduct<symmetry, T> product, int order) {
+    if (product.side == Side::right)
+        return product.add_part(0, order);
+    SymmetricProduct<symmetry, T> part = product;
+    for (int j = 0; j < product.length; j += part.length) {
+        part.length = smaller(symmRow.columnsAtOnce, product.length - j);
+        part.b = product.b.block(0, j);
+        part.c = product.c.block(0, j);
+        part.add_part(0, order);
+    }
+}
+
+// Without work memory the square is a small one.
+template <Symmetry symmetry, class T>
+[[gnu::noinline]] void add_by_small_squares(SymmetricProduct<symmetry, T> product, int order) {
+    constexpr int side = 32;
+    alignas(64) T buffer[side * side];
+    product.square = {buffer, side};
+    product.block = side;
+    add_symmetric_product(product, order);
+}
+
+template <Symmetry symmetry, class T>
+void symm(QRV_SYMM_PARAMETERS(T)) {
+    if (*m <= 0 || *n <= 0)
+        return;
+    const Matrix<T> result{c, *ldc};
+    scale(*m, *n, *beta, result);
+    if (*alpha == scalar<T>(0))
+        return;
+    const Side where = side_of(*side);
+    const bool left = where == Side::left;
+    const int order = left ? *m : *n, block = smaller(order, left ? symmRow.leftBlock : symmRow.rightBlock);
+    SymmetricProduct<symmetry, T> product{where, uplo_of(*uplo), left ? *n : *m, *alpha, {a, *lda}, {b, *ldb}, result,
+                                          {},    block};
+    void* const memory = qrv_serv_allocate(sizeof(T) * static_cast<std::size_t>(block * block), 64);
+    if (!memory)
+        return add_by_small_squares(product, order);
+    product.square = {static_cast<T*>(memory), block};
+    add_symmetric_product(product, order);
+    qrv_serv_deallocate(memory);
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

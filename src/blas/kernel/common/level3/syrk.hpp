@@ -1,0 +1,248 @@
+// Updates of one triangle of a symmetric or Hermitian matrix by one product or by two:
+//
+//   rank k    C := alpha*X*X' + beta*C
+//   rank 2k   C := alpha*X*Y' + alpha*Y*X' + beta*C      Hermitian: the second alpha conjugated
+//
+// X and Y are A and B, or A' and B'; ' transposes, for a Hermitian C it conjugates too.
+//
+// The triangle is cut into blocks along its diagonal and rectangles beside them, the blocks into halves in turn. A
+// rectangle is a GEMM. For a leaf on the diagonal GEMM computes the full square into a tile, of which the triangle is
+// then added: twice its work, but leaves are few. The imaginary parts on a Hermitian diagonal are not read and become
+// 0.
+#pragma once
+
+#include "blas/complex.hpp"
+#include "blas/kernel/common/level3/own_gemm.hpp"
+#include "blas/kernel/kernels.hpp"
+#include "blas/kernel/pack.hpp"
+#include "blas/matrix.hpp"
+#include "blas/options.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+enum class Symmetry { symmetric, hermitian };
+
+// The ' of a matrix of this kind.
+constexpr Op mirror(Symmetry symmetry) {
+    return symmetry == Symmetry::hermitian ? Op::adjoint : Op::transpose;
+}
+
+// Blocks along the diagonal, and in which order.
+struct RankUpdateRow {
+    int plain, transposed; // columns of a block, for X = A and for X = A': one after the other
+    int leaf;              // a block is halved down to this size
+    int order;             // triangles up to this size take
+    int depth;             // so many steps of the products at once, so that X and Y stay in the outer cache
+};
+constexpr int unlimited = 0x7FFFFFFF;
+
+template <class T, int lanes>
+constexpr RankUpdateRow rankUpdateRow{.plain = 64, .transposed = 128, .leaf = 128, .order = 0, .depth = unlimited};
+// Half of a leaf's square is not needed: small ones make 64 columns, block and all, up to 1.6 times as fast.
+template <>
+constexpr RankUpdateRow rankUpdateRow<float, 4>{
+    .plain = 64, .transposed = 128, .leaf = 8, .order = 0, .depth = unlimited};
+template <>
+constexpr RankUpdateRow rankUpdateRow<SingleComplex, 4>{
+    .plain = 64, .transposed = 128, .leaf = 4, .order = 0, .depth = unlimited};
+// Wider vectors multiply without packing as long as operands are in the caches, and thin rectangles cost them more:
+// halves of the whole triangle gain a third to a half over one block after the other, at any size.
+template <>
+constexpr RankUpdateRow rankUpdateRow<float, 8>{
+    .plain = unlimited, .transposed = unlimited, .leaf = 16, .order = 512, .depth = 128};
+template <>
+constexpr RankUpdateRow rankUpdateRow<SingleComplex, 8>{
+    .plain = unlimited, .transposed = unlimited, .leaf = 8, .order = 512, .depth = 128};
+template <>
+constexpr RankUpdateRow rankUpdateRow<float, 16>{
+    .plain = unlimited, .transposed = unlimited, .leaf = 16, .order = 512, .depth = 256};
+template <>
+constexpr RankUpdateRow rankUpdateRow<SingleComplex, 16>{
+    .plain = unlimited, .transposed = unlimited, .leaf = 8, .order = 512, .depth = 256};
+
+// The first part of n, which is more than a leaf: about half of it, in whole leaves.
+constexpr int half_in_leaves(int n, int leaf) {
+    return (n / 2 + leaf - 1) / leaf * leaf;
+}
+
+// change(i, All()) for whole packs of n elements, change(i, left) for what is left of them.
+template <class T, class Change>
+void by_packs(int n, const Change& change) {
+    int i = 0;
+    for (; n - i >= Pack<T>::count; i += Pack<T>::count)
+        change(i, All());
+    if (i < n)
+        change(i, n - i);
+}
+
+// y := x + y, n elements
+template <class T>
+void add_run(int n, const T* x, T* y) {
+    using P = Pack<T>;
+    by_packs<T>(n,
+                [=](int i, auto count) { P{P::load(x + i, count).v + P::load(y + i, count).v}.store(y + i, count); });
+}
+// y := x
+template <class T>
+void copy_run(int n, const T* x, T* y) {
+    by_packs<T>(n, [=](int i, auto count) { Pack<T>::load(x + i, count).store(y + i, count); });
+}
+
+// x := beta*x, n elements; beta = 0 does not read them.
+template <class T>
+void scale_run(int n, T beta, T* x) {
+    scale(n, 1, beta, Matrix<T>{x, n});
+}
+inline void scale_run(int n, float beta, SingleComplex* x) {
+    scale_run(2 * n, beta, reinterpret_cast<float*>(x));
+}
+
+// Rows of column j that a triangle of n columns has.
+struct ColumnRun {
+    int first, count;
+};
+constexpr ColumnRun triangle_column(Uplo uplo, int n, int j) {
+    return uplo == Uplo::upper ? ColumnRun{0, j + 1} : ColumnRun{j, n - j};
+}
+
+template <Symmetry symmetry, class T, class S>
+void scale_triangle(Uplo uplo, int n, S beta, Matrix<T> c) {
+    for (int j = 0; j < n; ++j) {
+        const ColumnRun rows = triangle_column(uplo, n, j);
+        scale_run(rows.count, beta, &c(rows.first, j));
+        if constexpr (symmetry == Symmetry::hermitian)
+            make_real(c(j, j));
+    }
+}
+
+// C := C + tile in the triangle
+template <Symmetry symmetry, class T>
+void add_triangle(Uplo uplo, int n, Matrix<const T> tile, Matrix<T> c) {
+    for (int j = 0; j < n; ++j) {
+        const ColumnRun rows = triangle_column(uplo, n, j);
+        add_run(rows.count, &tile(rows.first, j), &c(rows.first, j));
+        if constexpr (symmetry == Symmetry::hermitian)
+            make_real(c(j, j));
+    }
+}
+
+// alpha*X*Y'
+template <class T>
+struct RankTerm {
+    T alpha;
+    Matrix<const T> x, y; // as stored
+};
+
+// What is added to the triangle: one product of depth k, or two.
+template <Symmetry symmetry, class T, int terms>
+struct RankUpdate {
+    static constexpr RankUpdateRow row = rankUpdateRow<T, Pack<float>::count>;
+
+    Uplo uplo;
+    bool transposed; // X = A'
+    int k;
+    RankTerm<T> term[terms];
+    Matrix<T> c;
+
+    // Rows of X or of Y from i on.
+    Matrix<const T> rows_from(int i, Matrix<const T> x) const { return transposed ? x.block(0, i) : x.block(i, 0); }
+
+    // What the products take from steps l to l + count - 1.
+    RankUpdate steps(int l, int count) const {
+        RankUpdate part = *this;
+        part.k = count;
+        for (RankTerm<T>& t : part.term) {
+            t.x = transposed ? t.x.block(l, 0) : t.x.block(0, l);
+            t.y = transposed ? t.y.block(l, 0) : t.y.block(0, l);
+        }
+        return part;
+    }
+
+    // out := beta*out + rows i to i + m - 1 and columns j to j + n - 1 of the products
+    void multiply(int i, int m, int j, int n, T beta, Matrix<T> out) const {
+        constexpr Op other = mirror(symmetry);
+        for (const RankTerm<T>& t : term) {
+            gemm(transposed ? other : Op::none, transposed ? Op::none : other, m, n, k, t.alpha, rows_from(i, t.x),
+                 rows_from(j, t.y), beta, out);
+            beta = scalar<T>(1);
+        }
+    }
+    void add_leaf(int first, int n) const {
+        constexpr int tileSide = row.leaf;
+        alignas(64) T buffer[tileSide * tileSide];
+        const Matrix<T> tile{buffer, tileSide};
+        multiply(first, n, first, n, scalar<T>(0), tile);
+        add_triangle<symmetry, T>(uplo, n, tile, c.block(first, first));
+    }
+    void add_rectangle(int i, int m, int j, int n) const { multiply(i, m, j, n, scalar<T>(1), c.block(i, j)); }
+
+    // What lies beside `rows` rows or columns from `first` on, up to row or column `end`.
+    void add_beside(int first, int rows, int end) const {
+        const int next = first + rows, rest = end - next;
+        if (uplo == Uplo::upper)
+            add_rectangle(first, rows, next, rest);
+        else
+            add_rectangle(next, rest, first, rows);
+    }
+
+    // The triangle of order n that begins at (first, first): by halves, or block after block.
+    void add_by_halves(int first, int n) const {
+        if (n <= row.order && k > row.depth)
+            return add_by_steps(first, n);
+        if (n <= row.leaf)
+            return add_leaf(first, n);
+        const int half = half_in_leaves(n, row.leaf);
+        add_by_halves(first, half);
+        add_beside(first, half, first + n);
+        add_by_halves(first + half, n - half);
+    }
+    void add_by_steps(int first, int n) const {
+        for (int l = 0; l < k; l += row.depth)
+            steps(l, smaller(k - l, row.depth)).add_by_halves(first, n);
+    }
+    void add_by_blocks(int n) const {
+        const int block = transposed ? row.transposed : row.plain;
+        int first = 0;
+        for (; n - first > block; first += block) {
+            add_by_halves(first, block);
+            add_beside(first, block, n);
+        }
+        add_by_halves(first, n - first);
+    }
+};
+
+// beta is real or an element.
+template <Symmetry symmetry, class T, int terms, class S>
+void update_triangle(const RankUpdate<symmetry, T, terms>& update, int n, S beta) {
+    if (n <= 0)
+        return;
+    const bool adds = update.k > 0 && update.term[0].alpha != scalar<T>(0);
+    if (beta != scalar<S>(1))
+        scale_triangle<symmetry>(update.uplo, n, beta, update.c);
+    if (adds)
+        update.add_by_blocks(n);
+}
+
+// S is the type of a scalar: real for a Hermitian C.
+template <Symmetry symmetry, class T, class S>
+void syrk(QRV_SYRK_PARAMETERS(T, S)) {
+    T factor;
+    if constexpr (symmetry == Symmetry::hermitian)
+        factor = scalar<T>(*alpha);
+    else
+        factor = *alpha;
+    const Matrix<const T> x{a, *lda};
+    const RankUpdate<symmetry, T, 1> update{uplo_of(*uplo), transposes(*trans), *k, {{factor, x, x}}, {c, *ldc}};
+    update_triangle(update, *n, *beta);
+}
+
+template <Symmetry symmetry, class T, class S>
+void syr2k(QRV_SYR2K_PARAMETERS(T, S)) {
+    constexpr bool conjugated = symmetry == Symmetry::hermitian;
+    const Matrix<const T> x{a, *lda}, y{b, *ldb};
+    const RankUpdate<symmetry, T, 2> update{
+        uplo_of(*uplo), transposes(*trans), *k, {{*alpha, x, y}, {conj_if<conjugated>(*alpha), y, x}}, {c, *ldc}};
+    update_triangle(update, *n, *beta);
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,0 +1,202 @@
+// Solves and products with a triangular matrix in place of B: op(A)*X = alpha*B, X*op(A) = alpha*B, B := alpha*op(A)*B,
+// B := alpha*B*op(A).
+//
+// The triangle goes in blocks, the right-hand sides (columns of B on the left of which A stands, else rows) in chunks,
+// in several levels, so that almost all work is done by GEMM. All cases are one walk along the diagonal:
+//
+//   solve      a block of unknowns is solved, then subtracted from those to come
+//   product    a block is multiplied by its triangle, then the blocks to come, still as they were, are added
+//
+// The walk goes forward or backward along the diagonal as option and triangle demand. At its end are triangles of at
+// most baseSize unknowns, computed a strip of right-hand sides at a time.
+//
+//   memory     a tile and copies of coefficients on the stack, 64 KB at most, and what GEMM takes
+//   reads      the triangle that is named; its diagonal unless it is taken to be 1; A and B not at all for alpha = 0
+#pragma once
+
+#include <cstddef>
+
+#include "blas/complex.hpp"
+#include "blas/kernel/common/action.hpp"
+#include "blas/kernel/common/level3/own_gemm.hpp"
+#include "blas/kernel/common/level3/triangular_sums.hpp"
+#include "blas/kernel/common/level3/triangular_tile.hpp"
+#include "blas/kernel/common/vec/unrolling.hpp"
+#include "blas/kernel/vec.hpp"
+#include "blas/matrix.hpp"
+#include "blas/options.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// One level of blocking: unknowns of a block, right-hand sides of a chunk.
+struct BlockLevel {
+    int block, chunk;
+};
+struct Blocking {
+    int levels;
+    BlockLevel level[3];
+
+    constexpr int innermost() const { return level[levels - 1].block; }
+};
+
+// Unknowns of the innermost triangles. Real ones that wide vectors compute are as fast as GEMM, which would take their
+// blocks with too little work for each call.
+template <class T>
+constexpr bool isWide = Vec::lanes > 4 && !isComplex<T>;
+template <class T>
+constexpr int baseSize = isWide<T> ? 256 : 64;
+// The same where their coefficients are copied.
+template <class T>
+constexpr int copiedSize = isWide<T> ? 128 : 64;
+
+template <class T>
+struct TriangularProblem {
+    Side side;
+    Op op;
+    bool upper, unit;
+    Matrix<const T> a; // of the order `unknowns`
+    Matrix<T> b;
+    int unknowns, count; // count: of right-hand sides
+
+    bool left() const { return side == Side::left; }
+    // Whether each equation has the coefficients of its own unknown and of those before it.
+    bool is_lower() const { return upper == swaps_indices(); }
+    // Whether the coefficient of unknown k in equation i is stored in A as element (k, i).
+    bool swaps_indices() const { return left() == (op != Op::none); }
+
+    // The coefficients in the order of the walk.
+    Coefficients<T> coefficients(bool ascending) const {
+        const T* const start = ascending ? a.data : a.data + (unknowns - 1) * (a.ld + 1);
+        const std::ptrdiff_t step = ascending ? 1 : -1;
+        return {start, step * (swaps_indices() ? a.ld : 1), step * (swaps_indices() ? 1 : a.ld)};
+    }
+
+    TriangularProblem block(Range range) const {
+        TriangularProblem part = *this;
+        part.a = a.block(range.first, range.first);
+        part.b = of_unknowns(range);
+        part.unknowns = range.count;
+        return part;
+    }
+    TriangularProblem chunk(Range range) const {
+        TriangularProblem part = *this;
+        part.b = left() ? b.block(0, range.first) : b.block(range.first, 0);
+        part.count = range.count;
+        return part;
+    }
+    // The unknowns `target` += factor * their coefficients with the unknowns `source` * these.
+    void add(Range target, Range source, T factor) const {
+        const auto coefficients =
+            swaps_indices() ? a.block(source.first, target.first) : a.block(target.first, source.first);
+        if (left())
+            gemm(op, Op::none, target.count, count, source.count, factor, coefficients, of_unknowns(source),
+                 scalar<T>(1), of_unknowns(target));
+        else
+            gemm(Op::none, op, count, target.count, source.count, factor, of_unknowns(source), coefficients,
+                 scalar<T>(1), of_unknowns(target));
+    }
+
+private:
+    Matrix<T> of_unknowns(Range range) const { return left() ? b.block(range.first, 0) : b.block(0, range.first); }
+};
+
+// ---- Triangles of at most baseSize ----------------------------------------------------------------------------------
+
+// All unknowns of a strip.
+template <class Operation, class T, class CoefficientsBeside>
+QRV_INLINE void compute_groups(int n, const Coefficients<T>& a, const T* diagonal, const Unknowns& x,
+                               const CoefficientsBeside& coefficients_beside) {
+    each_group(n, [&](auto rows, int first) {
+        const Range beside = Operation::beside(first, rows.count, n);
+        Operation::template group<rows.count>(first, beside, {a.at(first, first), a.rowStep, a.columnStep},
+                                              coefficients_beside(first, rows.count, beside), diagonal, x);
+    });
+}
+
+template <class Operation, template <class> class StripOfB, class T>
+void compute_strips(const TriangularProblem<T>& problem) {
+    using Copies = CoefficientCopies<Operation, T>;
+    alignas(64) float tile[baseSize<T> * unknownFloats<T>];
+    alignas(64) T buffer[Copies::room(copiedSize<T>)];
+    T factors[baseSize<T>];
+    const int n = problem.unknowns;
+    const bool ascending = problem.is_lower() == (Operation::action == Action::solve);
+    const Coefficients<T> a = problem.coefficients(ascending);
+    for (int k = 0; !problem.unit && k < n; ++k)
+        factors[k] = Operation::factor(*a.at(k, k));
+    const T* const diagonal = problem.unit ? nullptr : factors;
+    const Unknowns x =
+        ascending ? Unknowns{tile, unknownFloats<T>} : Unknowns{tile + (n - 1) * unknownFloats<T>, -unknownFloats<T>};
+
+    const auto each_strip = [&](const auto& compute) {
+        for (int j = 0; j < problem.count; j += stripWidth<T>) {
+            const auto rest = problem.chunk({j, problem.count - j});
+            const StripOfB<T> strip{{rest.b.data, rest.b.ld, n, rest.count, problem.op == Op::adjoint}};
+            strip.load(tile);
+            compute();
+            strip.store(tile);
+        }
+    };
+    if (n <= copiedSize<T> && Copies::repays(a, problem.count / stripWidth<T>)) {
+        const Copies copies(n, a, buffer);
+        each_strip([&] {
+            Copies left = copies;
+            compute_groups<Operation>(n, a, diagonal, x,
+                                      [&](int, int rows, Range beside) { return left.take(rows, beside); });
+        });
+    } else {
+        each_strip([&] {
+            compute_groups<Operation>(n, a, diagonal, x, [&](int first, int, Range beside) {
+                return Coefficients<T>{a.at(first, beside.first), a.rowStep, a.columnStep};
+            });
+        });
+    }
+}
+
+template <class Operation, class T>
+int base_size(const TriangularProblem<T>& problem, bool ascending) {
+    const bool copies =
+        CoefficientCopies<Operation, T>::repays(problem.coefficients(ascending), problem.count / stripWidth<T>);
+    return copies ? copiedSize<T> : baseSize<T>;
+}
+
+// ---- Blocks -------------------------------------------------------------------------------------------------------
+
+template <class Operation, class T>
+void walk_triangle(const TriangularProblem<T>& problem, const BlockLevel* level, int levels) {
+    const int n = problem.unknowns;
+    const bool ascending = problem.is_lower() == (Operation::action == Action::solve);
+    if (levels == 0 || (isWide<T> && n <= base_size<Operation>(problem, ascending)))
+        return problem.left() ? compute_strips<Operation, ColumnStrip>(problem)
+                              : compute_strips<Operation, RowStrip>(problem);
+    for (int j = 0; j < problem.count; j += level->chunk) {
+        const auto chunk = problem.chunk({j, smaller(level->chunk, problem.count - j)});
+        for (int done = 0, size; done < n; done += size) {
+            size = smaller(level->block, n - done);
+            const int left = n - done - size;
+            const Range block{ascending ? done : left, size}, toCome{ascending ? done + size : 0, left};
+            walk_triangle<Operation>(chunk.block(block), level + 1, levels - 1);
+            if (left > 0)
+                Operation::combine(chunk, block, toCome);
+        }
+    }
+}
+
+template <class Operation, class T>
+void triangular(Side side, Uplo uplo, Op op, Diag diag, int m, int n, T alpha, Matrix<const T> a, Matrix<T> b) {
+    if (m == 0 || n == 0)
+        return;
+    if (alpha != scalar<T>(1))
+        scale(m, n, alpha, b);
+    if (alpha == scalar<T>(0))
+        return;
+    const bool left = side == Side::left;
+    const TriangularProblem<T> problem{side, op, uplo == Uplo::upper, diag == Diag::unit,
+                                       a,    b,  left ? m : n,        left ? n : m};
+    const Blocking& blocks = left ? Operation::template left<T> : Operation::template right<T>;
+    static_assert(Operation::template left<T>.innermost() <= copiedSize<T> &&
+                  Operation::template right<T>.innermost() <= copiedSize<T>);
+    walk_triangle<Operation>(problem, blocks.level, blocks.levels);
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

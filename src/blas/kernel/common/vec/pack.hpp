@@ -1,0 +1,342 @@
+// What the level 2 kernels do with elements of a matrix, for the builds with vectors. vec.hpp comes first and says what
+// Vec is.
+//
+// A pack is one vector of neighbouring elements. Complex elements lie in it as in memory, real part first. Their
+// products are summed with the real and the imaginary part of one operand apart, both sums plain products of floats,
+// and put together once at the end: two steps an element, as many as four real products take, and no shuffle.
+#pragma once
+
+#include <cstddef>
+
+#include "blas/complex.hpp"
+#include "blas/kernel/common/vec/unrolling.hpp"
+#include "blas/kernel/common/vec/vec4f.hpp"
+#include "blas/kernel/vec.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// The first `count` floats at p, at least one, and zeros behind them; nothing past them is read, respectively written.
+// Vectors without masks are for fewer than all, as those that are stored without one.
+template <class V>
+QRV_INLINE V load_part(const float* p, int count) {
+    if constexpr (V::lanes == 4)
+        return V{count == 1 ? load_first<1>(p) : count == 2 ? load_first<2>(p) : load_first<3>(p)};
+    else
+        return load_kept(p, V::Mask::first(count));
+}
+template <class V>
+QRV_INLINE void store_part(float* p, V x, int count) {
+    if constexpr (V::lanes == 4)
+        count == 1 ? store_first<1>(p, x) : count == 2 ? store_first<2>(p, x) : store_first<3>(p, x);
+    else if constexpr (V::masksStores)
+        store_kept(p, x, V::Mask::first(count));
+    else
+        store_in_pieces(p, x, count);
+}
+
+// Lanes `from` to `to` - 1 of a vector, none if to <= from.
+template <class V, int lanes = V::lanes>
+struct LaneRange { // four
+    int from, to;
+    V kept(V x) const {
+        const __m128i lane = _mm_setr_epi32(0, 1, 2, 3);
+        const __m128i outside =
+            _mm_or_si128(_mm_cmplt_epi32(lane, _mm_set1_epi32(from)), _mm_cmpgt_epi32(lane, _mm_set1_epi32(to - 1)));
+        return {_mm_andnot_ps(_mm_castsi128_ps(outside), x.v)};
+    }
+    // These lanes from memory, zeros around them; nothing else is read.
+    V load(const float* p) const {
+        const int count = to - from;
+        if (count <= 0)
+            return V::zero();
+        p += from;
+        const __m128i x = _mm_castps_si128((count == 4 ? V::load(p) : load_part<V>(p, count)).v);
+        return {_mm_castsi128_ps(from == 0   ? x
+                                 : from == 1 ? _mm_slli_si128(x, 4)
+                                 : from == 2 ? _mm_slli_si128(x, 8)
+                                             : _mm_slli_si128(x, 12))};
+    }
+    // Writes these lanes, nothing else.
+    void store(float* p, V v) const {
+        const int count = to - from;
+        if (count <= 0)
+            return;
+        const __m128i bits = _mm_castps_si128(v.v);
+        const V x{_mm_castsi128_ps(from == 0   ? bits
+                                   : from == 1 ? _mm_srli_si128(bits, 4)
+                                   : from == 2 ? _mm_srli_si128(bits, 8)
+                                               : _mm_srli_si128(bits, 12))};
+        if (count == 4)
+            x.store(p);
+        else
+            store_part(p + from, x, count);
+    }
+    // a*b + c in these lanes, c in the others.
+    V times_plus(V a, V b, V c) const { return c + kept(a * b); }
+};
+template <class V>
+struct LaneRange<V, 8> {
+    typename V::Mask mask;
+    LaneRange(int from, int to) : mask(V::Mask::first(to)) {
+        mask.bits = _mm256_andnot_ps(V::Mask::first(from).bits, mask.bits);
+    }
+    V load(const float* p) const { return load_kept(p, mask); }
+    void store(float* p, V x) const { store_kept(p, x, mask); }
+    V times_plus(V a, V b, V c) const { return c + (a * b).kept(mask); }
+};
+template <class V>
+struct LaneRange<V, 16> {
+    typename V::Mask mask;
+    LaneRange(int from, int to) : mask(V::Mask::first(to)) { mask.bits &= ~V::Mask::first(from).bits; }
+    V load(const float* p) const { return load_kept(p, mask); }
+    void store(float* p, V x) const { store_kept(p, x, mask); }
+    V times_plus(V a, V b, V c) const { return {_mm512_mask3_fmadd_ps(a.v, b.v, c.v, mask.bits)}; }
+};
+
+// Stands for all elements of a pack where others give their number.
+struct All {};
+
+template <class T>
+struct Pack {
+    static constexpr int count = Vec::lanes / floatsIn<T>;
+    Vec v;
+
+    static Pack zero() { return {Vec::zero()}; }
+    static Pack load(const T* p) { return {Vec::load(floats(p))}; }
+    static Pack load(const T* p, All) { return load(p); }
+    static Pack load(const T* p, int n) {
+        return Vec::lanes == 4 && n == count ? load(p) : Pack{load_part<Vec>(floats(p), n * floatsIn<T>)};
+    }
+    // Elements of a range, zeros around them; nothing else is read, respectively written.
+    static Pack load(const T* p, const LaneRange<Vec>& range) { return {range.load(floats(p))}; }
+    void store(T* p, const LaneRange<Vec>& range) const { range.store(floats(p), v); }
+    void store(T* p) const { v.store(floats(p)); }
+    void store(T* p, All) const { store(p); }
+    void store(T* p, int n) const {
+        if (n == count)
+            store(p);
+        else
+            store_part(floats(p), v, n * floatsIn<T>);
+    }
+
+    static LaneRange<Vec> range(int from, int to) { return {from * floatsIn<T>, to * floatsIn<T>}; }
+    static const float* floats(const T* p) { return reinterpret_cast<const float*>(p); }
+    static float* floats(T* p) { return reinterpret_cast<float*>(p); }
+};
+
+// ---- Complex elements ---------------------------------------------------------------------------------------------
+
+// The real parts (part 0) or the imaginary parts (part 1) with the opposite sign.
+template <int part, class V>
+QRV_INLINE V negate_part(V x) {
+    return change_signs(x, V::alternate(part == 0 ? -0.0F : 0.0F, part == 1 ? -0.0F : 0.0F));
+}
+
+// ---- Transposition ------------------------------------------------------------------------------------------------
+
+// out := a' for a few elements in a square, which may be conjugated on the way.
+template <class T>
+struct SmallSquare;
+template <>
+struct SmallSquare<float> {
+    static constexpr int side = 4;
+    template <bool>
+    QRV_INLINE static void transpose(const float* a, std::ptrdiff_t lda, float* out, std::ptrdiff_t ldo) {
+        Vec4f x = Vec4f::load(a), y = Vec4f::load(a + lda), z = Vec4f::load(a + 2 * lda), w = Vec4f::load(a + 3 * lda);
+        qrv::kernel::QRV_KERNEL_BUILD::transpose(x, y, z, w);
+        x.store(out);
+        y.store(out + ldo);
+        z.store(out + 2 * ldo);
+        w.store(out + 3 * ldo);
+    }
+};
+template <>
+struct SmallSquare<SingleComplex> {
+    static constexpr int side = 2;
+    template <bool conjugated>
+    QRV_INLINE static void transpose(const SingleComplex* a, std::ptrdiff_t lda, SingleComplex* out,
+                                     std::ptrdiff_t ldo) {
+        const auto load = [=](const SingleComplex* p) {
+            const Vec4f x = Vec4f::load(reinterpret_cast<const float*>(p));
+            return conjugated ? negate_part<1>(x) : x;
+        };
+        const Vec4f x = load(a), y = load(a + lda);
+        low_halves(x, y).store(reinterpret_cast<float*>(out));
+        high_halves(x, y).store(reinterpret_cast<float*>(out + ldo));
+    }
+};
+
+// ---- Sums of products ---------------------------------------------------------------------------------------------
+
+// One number for all elements of a pack.
+template <class T>
+struct Factor;
+template <>
+struct Factor<float> {
+    Vec re;
+    Factor() = default;
+    explicit Factor(float x) : re(Vec::splat(x)) {}
+};
+template <>
+struct Factor<SingleComplex> {
+    Vec re, im;
+    Factor() = default;
+    explicit Factor(SingleComplex x) : re(Vec::splat(x.re)), im(Vec::splat(x.im)) {}
+};
+
+// A pack y to which multiples a*s are added.
+template <class T>
+struct ScaledSum;
+template <>
+struct ScaledSum<float> {
+    Vec sum;
+    ScaledSum() = default;
+    explicit ScaledSum(Pack<float> y) : sum(y.v) {}
+    ScaledSum(Pack<float> a, const Factor<float>& s) : sum(a.v * s.re) {} // y is 0
+    void add(Pack<float> a, const Factor<float>& s) { sum = multiply_add(a.v, s.re, sum); }
+    void add(Pack<float> a, const Factor<float>& s, const LaneRange<Vec>& range) {
+        sum = range.times_plus(a.v, s.re, sum);
+    }
+    void join(const ScaledSum& other) { sum = sum + other.sum; }
+    Pack<float> result() const { return {sum}; }
+};
+template <>
+struct ScaledSum<SingleComplex> {
+    Vec re, im; // y and a times the real part of s, a times the imaginary part
+    ScaledSum() = default;
+    explicit ScaledSum(Pack<SingleComplex> y) : re(y.v), im(Vec::zero()) {}
+    ScaledSum(Pack<SingleComplex> a, const Factor<SingleComplex>& s) : re(a.v * s.re), im(a.v * s.im) {}
+    void add(Pack<SingleComplex> a, const Factor<SingleComplex>& s) {
+        re = multiply_add(a.v, s.re, re);
+        im = multiply_add(a.v, s.im, im);
+    }
+    void add(Pack<SingleComplex> a, const Factor<SingleComplex>& s, const LaneRange<Vec>& range) {
+        re = range.times_plus(a.v, s.re, re);
+        im = range.times_plus(a.v, s.im, im);
+    }
+    void join(const ScaledSum& other) {
+        re = re + other.re;
+        im = im + other.im;
+    }
+    Pack<SingleComplex> result() const { return {re + negate_part<0>(swap_parts(im))}; }
+};
+
+// A pack x of which multiples are added to others.
+template <class T>
+struct AddedPack;
+template <>
+struct AddedPack<float> {
+    Vec v;
+    AddedPack() = default;
+    explicit AddedPack(Pack<float> x) : v(x.v) {}
+    Pack<float> add_to(const Factor<float>& s, Pack<float> a) const { return {multiply_add(v, s.re, a.v)}; }
+};
+template <>
+struct AddedPack<SingleComplex> {
+    Vec v, turned; // x and i*x
+    AddedPack() = default;
+    explicit AddedPack(Pack<SingleComplex> x) : v(x.v), turned(negate_part<0>(swap_parts(x.v))) {}
+    Pack<SingleComplex> add_to(const Factor<SingleComplex>& s, Pack<SingleComplex> a) const {
+        return {multiply_add(turned, s.im, multiply_add(v, s.re, a.v))};
+    }
+};
+
+// A pack as the right-hand operand of dot products.
+template <class T>
+struct DotOperand;
+template <>
+struct DotOperand<float> {
+    Vec v;
+    explicit DotOperand(Pack<float> x) : v(x.v) {}
+};
+template <>
+struct DotOperand<SingleComplex> {
+    Vec v, swapped;
+    explicit DotOperand(Pack<SingleComplex> x) : v(x.v), swapped(swap_parts(x.v)) {}
+};
+
+// The sum of op(a)*x over all elements, where op conjugates or not.
+template <bool conjugated, class T>
+struct DotSum;
+template <bool conjugated>
+struct DotSum<conjugated, float> {
+    Vec sum;
+    static DotSum zero() { return {Vec::zero()}; }
+    void add(Pack<float> a, const DotOperand<float>& x) { sum = multiply_add(a.v, x.v, sum); }
+    void add(Pack<float> a, const DotOperand<float>& x, const LaneRange<Vec>& range) {
+        sum = range.times_plus(a.v, x.v, sum);
+    }
+    // What the lanes of out[] add up to is the result, part after part.
+    void lanes(Vec* out) const { out[0] = sum; }
+};
+template <bool conjugated>
+struct DotSum<conjugated, SingleComplex> {
+    Vec like, cross; // re*re, im*im; re*im, im*re
+    static DotSum zero() { return {Vec::zero(), Vec::zero()}; }
+    void add(Pack<SingleComplex> a, const DotOperand<SingleComplex>& x) {
+        like = multiply_add(a.v, x.v, like);
+        cross = multiply_add(a.v, x.swapped, cross);
+    }
+    void add(Pack<SingleComplex> a, const DotOperand<SingleComplex>& x, const LaneRange<Vec>& range) {
+        like = range.times_plus(a.v, x.v, like);
+        cross = range.times_plus(a.v, x.swapped, cross);
+    }
+    void lanes(Vec* out) const {
+        out[0] = conjugated ? like : negate_part<1>(like);
+        out[1] = conjugated ? negate_part<1>(cross) : cross;
+    }
+};
+
+// The four floats of which x, y, z and w hold the lanes.
+template <class V>
+QRV_INLINE void add_lanes(V x, V y, V z, V w, float* out) {
+    if constexpr (V::lanes == 4)
+        sum_lanes(x, y, z, w).store(out);
+    else
+        _mm_storeu_ps(out, lane_sums(x, y, z, w));
+}
+
+// Several sums, empty as yet.
+template <class Sum, int count>
+QRV_INLINE void clear(Sum (&sums)[count]) {
+    QRV_UNROLL
+    for (int i = 0; i < count; ++i)
+        sums[i] = Sum::zero();
+}
+
+// The results of several sums, one behind the other.
+template <int count, bool conjugated, class T>
+QRV_INLINE void store_dots(const DotSum<conjugated, T> (&sums)[count], T* out) {
+    constexpr int floats = count * floatsIn<T>, padded = (floats + 3) / 4 * 4;
+    Vec x[padded];
+    QRV_UNROLL
+    for (int i = 0; i < padded; ++i)
+        x[i] = Vec::zero();
+    QRV_UNROLL
+    for (int i = 0; i < count; ++i)
+        sums[i].lanes(x + i * floatsIn<T>);
+    float few[4]; // what is not a whole quad
+    QRV_UNROLL
+    for (int i = 0; i < padded; i += 4)
+        add_lanes(x[i], x[i + 1], x[i + 2], x[i + 3], floats < 4 ? few : Pack<T>::floats(out) + i);
+    if constexpr (floats < 4)
+        __builtin_memcpy(out, few, sizeof(float) * floats);
+}
+
+// ---- Columns of a matrix that one pass takes ----------------------------------------------------------------------
+
+constexpr int registers = Vec::lanes == 16 ? 32 : sizeof(void*) == 8 ? 16 : 8;
+
+// So many that what a pass keeps of each, in `vectors` registers, fills half of them.
+constexpr int columns_for(int vectors, int most) {
+    const int fitting = registers / 2 / vectors;
+    return fitting < 1 ? 1 : fitting < most ? fitting : most;
+}
+template <class T>
+constexpr int columnsAtOnce = columns_for(floatsIn<T>, 8); // their factors or their sums
+template <class T>
+constexpr int columnsOfBothHalves = columns_for(2 * floatsIn<T>, 8); // factors and sums
+template <class T, int terms>
+constexpr int columnsOfUpdate = columns_for(terms* floatsIn<T>, 4); // factors
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,0 +1,50 @@
+// The kernels of BLAS level 3 but GEMM, compiled once for each build, in its namespace: each hands over to its family's
+// template.
+#include "blas/kernel/common/level3/symm.hpp"
+#include "blas/kernel/common/level3/syrk.hpp"
+#include "blas/kernel/common/level3/trmm.hpp"
+#include "blas/kernel/common/level3/trsm.hpp"
+#include "blas/kernel/kernels.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+void blas_ssyrk_kernel(QRV_SYRK_PARAMETERS(float, float)) {
+    syrk<Symmetry::symmetric, float>(QRV_SYRK_ARGUMENTS);
+}
+void blas_csyrk_kernel(QRV_SYRK_PARAMETERS(SingleComplex, SingleComplex)) {
+    syrk<Symmetry::symmetric, SingleComplex>(QRV_SYRK_ARGUMENTS);
+}
+void blas_cherk_kernel(QRV_SYRK_PARAMETERS(SingleComplex, float)) {
+    syrk<Symmetry::hermitian, SingleComplex>(QRV_SYRK_ARGUMENTS);
+}
+void blas_ssyr2k_kernel(QRV_SYR2K_PARAMETERS(float, float)) {
+    syr2k<Symmetry::symmetric, float>(QRV_SYR2K_ARGUMENTS);
+}
+void blas_csyr2k_kernel(QRV_SYR2K_PARAMETERS(SingleComplex, SingleComplex)) {
+    syr2k<Symmetry::symmetric, SingleComplex>(QRV_SYR2K_ARGUMENTS);
+}
+void blas_cher2k_kernel(QRV_SYR2K_PARAMETERS(SingleComplex, float)) {
+    syr2k<Symmetry::hermitian, SingleComplex>(QRV_SYR2K_ARGUMENTS);
+}
+void blas_ssymm_kernel(QRV_SYMM_PARAMETERS(float)) {
+    symm<Symmetry::symmetric, float>(QRV_SYMM_ARGUMENTS);
+}
+void blas_csymm_kernel(QRV_SYMM_PARAMETERS(SingleComplex)) {
+    symm<Symmetry::symmetric, SingleComplex>(QRV_SYMM_ARGUMENTS);
+}
+void blas_chemm_kernel(QRV_SYMM_PARAMETERS(SingleComplex)) {
+    symm<Symmetry::hermitian, SingleComplex>(QRV_SYMM_ARGUMENTS);
+}
+
+#define QRV_DEFINE_TRIANGULAR(T, name, Operation)                                                                      \
+    void name(QRV_TRSM_PARAMETERS(T)) {                                                                                \
+        triangular<Operation, T>(side_of(*side), uplo_of(*uplo), op_of(*transa), diag_of(*diag), *m, *n, *alpha,       \
+                                 {a, *lda}, {b, *ldb});                                                                \
+    }
+QRV_DEFINE_TRIANGULAR(float, blas_strsm_kernel, Solve)
+QRV_DEFINE_TRIANGULAR(SingleComplex, blas_ctrsm_kernel, Solve)
+QRV_DEFINE_TRIANGULAR(float, blas_strmm_kernel, Multiply)
+QRV_DEFINE_TRIANGULAR(SingleComplex, blas_ctrmm_kernel, Multiply)
+#undef QRV_DEFINE_TRIANGULAR
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD
