@@ -16,6 +16,9 @@ function(qrv_flags target)
   target_compile_options(${target} PRIVATE
     ${QRV_ARCH_FLAGS} -ffp-contract=off -Wall -Wextra -Wpedantic -Wshadow
     $<$<COMPILE_LANGUAGE:CXX>:-Wconversion>)
+  if(CMAKE_BUILD_TYPE MATCHES "Debug|Sanitize")
+    target_compile_definitions(${target} PRIVATE QRV_CHECKED) # asserts (blas/assert.hpp)
+  endif()
   if(QRV_WARNINGS_AS_ERRORS)
     target_compile_options(${target} PRIVATE -Werror)
   endif()
