@@ -6,15 +6,15 @@
 // and pivots stay within range.
 //
 //   unblocked   column by column; the leaf of all others         getrf_unblocked.cpp
-//   recursive   left-looking over blocks, recursive in the block  getrf_recursive.cpp
+//   recursive   left-looking over blocks, recursive in the block  getrf_serial.cpp
 //   ib          right-looking on a team that shares each update  getrf_ib_omp.cpp
 //   dynamic     tasks on block columns, handed out as they ripen  getrf_omp.cpp, getrf_schedule.hpp
 //
 // The progress routine is called after each leaf. If it asks to stop, the routes return at once: the leaves until then
 // are factored, what lies between and behind them is in the state that the route had reached.
 //
-// A panel is a block of columns from its diagonal down. It is factored as a matrix of its own, so its pivots and its
-// info count from its first row, until getrf_append takes it into the matrix that it is part of.
+// A panel is factored as a matrix of its own, so its pivots and its info count from its first row, until getrf_append
+// takes it into the matrix that it is part of.
 #pragma once
 
 #include "blas/complex.hpp"
@@ -31,6 +31,12 @@ struct GetrfResult {
 struct GetrfPlace {
     int thread = 0;
     int offset = 0;
+};
+
+// The block of columns [k, end()) from its diagonal down.
+struct Panel {
+    int k = 0, width = 0;
+    int end() const { return k + width; }
 };
 
 // ---- Routes: m and n are at least 1 -------------------------------------------------------------------------------
@@ -63,12 +69,12 @@ constexpr int getrf_block_width(const int* widths, int n) {
 template <class T>
 GetrfResult getrf_leaf(int m, int n, Matrix<T> a, int* ipiv, GetrfPlace place);
 
-// The panel in columns [j, j + count) was factored: its info and its pivots (at ipiv[j]) count from row j then.
-void getrf_append(GetrfResult& whole, GetrfResult panel, int j, int count, int* ipiv);
+// The panel was factored: its info, and its pivots at ipiv[k], count from row k until then.
+void getrf_append(GetrfResult& whole, GetrfResult result, Panel panel, int* ipiv);
 
-// Brings `count` columns from `first` on, which are to the right of the panel in columns [k, k + width), up to date
-// with it: interchanges, the rows of U, and the product below them.
+// Brings `count` columns from `first` on, which are to the right of the panel, up to date with it: interchanges, the
+// rows of U, and the product below them.
 template <class T>
-void getrf_apply_panel(int m, Matrix<T> a, const int* ipiv, int k, int width, int first, int count);
+void getrf_apply_panel(int m, Matrix<T> a, const int* ipiv, Panel panel, int first, int count);
 
 } // namespace qrv::lapack

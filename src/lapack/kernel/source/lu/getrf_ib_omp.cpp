@@ -22,63 +22,90 @@ namespace {
 // Narrower than those of the recursion on one thread: a panel's columns are what a team waits for.
 constexpr int blockWidths[] = {8192, 4096, 2048, 1024, 128, 32, 8, 0};
 
+template <class T>
+struct SharedMatrix {
+    int threads; // at most
+    int m, n;
+    Matrix<T> a;
+    int* ipiv;
+    int offset; // of its first column in the whole matrix
+
+    // A panel as a matrix of its own.
+    SharedMatrix matrix_of(Panel panel) const {
+        return {threads, m - panel.k, panel.width, a.block(panel.k, panel.k), ipiv + panel.k, offset + panel.k};
+    }
+    int length() const { return std::min(m, n); }
+};
+
 struct NextPanel {
     bool factored = false;
     GetrfResult result;
 };
 
-// Applies the panel in columns [j - width, j) to all columns from j on. The next panel, of jb columns, may come out
-// factored.
+// Applies the panel `last` to all columns behind it, which begin with the panel `next`:
+//
+//     last.k   next.k
+//   [ U   U      U     U  .  .  .  U ]
+//   [ L   last   rows of U           ]  last.k     thread 0 has the first columns of these rows and of the product
+//   [ L   last   next  product       ]  next.k     below them, the others a range each behind it
+//   [ L   last   next                ]
+//
+// `next` may come out factored.
 template <class T>
-NextPanel update(int threads, int m, int n, Matrix<T> a, int* ipiv, int j, int width, int jb, int offset) {
-    NextPanel next;
-#pragma omp parallel num_threads(threads)
+NextPanel update(const SharedMatrix<T>& x, Panel last, Panel next) {
+    NextPanel outcome;
+    const int columns = x.n - next.k;
+#pragma omp parallel num_threads(x.threads)
     {
         const int team = omp_get_num_threads(), thread = omp_get_thread_num();
-        const LookaheadShare share = lookahead_share(n - j, team, width, jb);
-        const Slice columns = share.slice(n - j, team, thread);
-        if (columns.count > 0)
-            getrf_apply_panel(m, a, ipiv, j - width, width, j + columns.first, columns.count);
-        if (thread == 0 && share.factors)
-            next = {true, getrf_recursive(m - j, jb, a.block(j, j), ipiv + j, {0, offset + j})};
+        const LookaheadShare share = lookahead_share(columns, team, last.width, next.width);
+        const Slice mine = share.slice(columns, team, thread);
+        if (mine.count > 0)
+            getrf_apply_panel(x.m, x.a, x.ipiv, last, next.k + mine.first, mine.count);
+        if (thread == 0 && share.factors) {
+            const SharedMatrix<T> panel = x.matrix_of(next);
+            outcome = {true, getrf_recursive(panel.m, panel.n, panel.a, panel.ipiv, {0, panel.offset})};
+        }
     }
-    return next;
+    return outcome;
 }
 
 // The interchanges of all later panels, in the columns of each panel but the last. Each thread takes a stripe of each.
 template <class T>
-void interchange_left(int threads, int length, int width, Matrix<T> a, const int* ipiv) {
-#pragma omp parallel num_threads(threads)
+void interchange_left(const SharedMatrix<T>& x, int width) {
+    const int length = x.length();
+#pragma omp parallel num_threads(x.threads)
     {
         const Slice stripe = equal_slice(width, omp_get_num_threads(), omp_get_thread_num());
         for (int end = width; end < length; end += width)
-            laswp(stripe.count, a.block(0, end - width + stripe.first), end + 1, length, ipiv);
+            laswp(stripe.count, x.a.block(0, end - width + stripe.first), end + 1, length, x.ipiv);
     }
 }
 
 template <class T>
-GetrfResult factor(int threads, int m, int n, Matrix<T> a, int* ipiv, int offset) {
-    const int width = getrf_block_width(blockWidths, n);
+GetrfResult factor(const SharedMatrix<T>& x) {
+    const int width = getrf_block_width(blockWidths, x.n);
     if (width == 0)
-        return getrf_leaf(m, n, a, ipiv, {0, offset});
-    const int length = std::min(m, n);
+        return getrf_leaf(x.m, x.n, x.a, x.ipiv, {0, x.offset});
+    const int length = x.length();
     GetrfResult whole;
-    int last = 0; // first column of the panel before the one at j
-    for (int j = 0; j < length; last = j, j += width) {
-        const int jb = std::min(width, length - j);
-        NextPanel panel;
+    Panel last;
+    for (int j = 0; j < length; j += width) {
+        const Panel panel{j, std::min(width, length - j)};
+        NextPanel outcome;
         if (j > 0)
-            panel = update(threads, m, n, a, ipiv, j, width, jb, offset);
-        if (!panel.factored)
-            panel.result = factor(threads, m - j, jb, a.block(j, j), ipiv + j, offset + j);
-        if (panel.result.stopped)
+            outcome = update(x, last, panel);
+        if (!outcome.factored)
+            outcome.result = factor(x.matrix_of(panel));
+        if (outcome.result.stopped)
             return {whole.info, true};
-        getrf_append(whole, panel.result, j, jb, ipiv);
+        getrf_append(whole, outcome.result, panel, x.ipiv);
+        last = panel;
     }
-    if (m < n) // the last panel ends with the last row, and columns remain
-        getrf_apply_panel(m, a, ipiv, last, length - last, length, n - length);
+    if (x.m < x.n) // the last panel ends with the last row, and columns remain
+        getrf_apply_panel(x.m, x.a, x.ipiv, last, length, x.n - length);
     if (width < length)
-        interchange_left(threads, length, width, a, ipiv);
+        interchange_left(x, width);
     return whole;
 }
 
@@ -86,7 +113,7 @@ GetrfResult factor(int threads, int m, int n, Matrix<T> a, int* ipiv, int offset
 
 template <class T>
 GetrfResult getrf_ib(int threads, int m, int n, Matrix<T> a, int* ipiv) {
-    return factor(threads, m, n, a, ipiv, 0);
+    return factor(SharedMatrix<T>{threads, m, n, a, ipiv, 0});
 }
 
 template GetrfResult getrf_ib(int, int, int, Matrix<float>, int*);

@@ -11,88 +11,62 @@
 // told of their panel, and that happens under its lock; whoever sees the panel as factored there sees them.
 // The schedule belongs to the call and is given back on every path out of it.
 #include <algorithm>
-#include <atomic>
-#include <mutex>
-#include <omp.h>
-#include <thread>
 
 #include "lapack/arguments.hpp"
 #include "lapack/calls/lu.hpp"
 #include "lapack/kernel/source/lu/getrf.hpp"
 #include "lapack/kernel/source/lu/getrf_schedule.hpp"
+#include "lapack/task_team.hpp"
 #include "service/tuning.hpp"
 #include "service/work_pool.hpp"
 
 namespace qrv::lapack {
 namespace {
 
+// The job of the team.
 template <class T>
 struct TaskedMatrix {
+    using Task = GetrfTask;
+
     int m, n, nb;
     Matrix<T> a;
     int* ipiv;
     GetrfSchedule* schedule;
-    GetrfResult result{};           // of the panels so far; at most one thread factors one
-    std::mutex lock{};              // of the schedule
-    std::atomic<bool> stop = false; // the progress routine asked for it
+    GetrfResult result{}; // of the panels so far; at most one thread factors one
 
     int panels() const { return (std::min(m, n) - 1) / nb; }
+    Panel panel(int number) const { return {(number - 1) * nb, nb}; } // counted from 1, as in the schedule
+
+    // Factors the panel as thread `thread`, and takes its result over.
+    void factor(Panel panel, int thread) {
+        const int k = panel.k;
+        const GetrfResult own = getrf_recursive(m - k, panel.width, a.block(k, k), ipiv + k, {thread, k});
+        getrf_append(result, own, {k, std::min(m - k, panel.width)}, ipiv);
+    }
+
+    void begin(int team) {
+        const RoutineName<T> name("GETRF");
+        const int span = tuning::lu_span(name, n, team), tail = tuning::lu_tail(name, n, team);
+        qrv_lapack_getrf_sched_init(schedule, &m, &n, &nb, &team, &span, &tail);
+    }
+    Task first(int thread) const {
+        Task task;
+        qrv_lapack_getrf_sched_first(&thread, schedule, &task);
+        return task;
+    }
+    void next(int thread, Task& task) { qrv_lapack_getrf_sched_next(&thread, schedule, &task); }
+    bool perform(const Task& task, int thread) {
+        int firstPanel, lastPanel, firstBlock, lastBlock;
+        qrv_lapack_getrf_sched_range(&task, &firstPanel, &lastPanel, &firstBlock, &lastBlock);
+        const int first = panel(firstBlock).k, count = std::min((lastBlock - firstBlock + 1) * nb, n - first);
+        for (int number = firstPanel; number <= lastPanel; ++number)
+            getrf_apply_panel(m, a, ipiv, panel(number), first, count);
+        if (task.kind != GetrfTaskKind::factor)
+            return true;
+        factor(panel(firstBlock), thread);
+        return !result.stopped;
+    }
 };
-
-// Factors the panel of `width` columns at (k, k), and takes its result over.
-template <class T>
-void factor_panel(TaskedMatrix<T>& x, int k, int width, int thread) {
-    const GetrfResult panel = getrf_recursive(x.m - k, width, x.a.block(k, k), x.ipiv + k, {thread, k});
-    getrf_append(x.result, panel, k, std::min(x.m - k, width), x.ipiv);
-}
-
-template <class T>
-void perform(TaskedMatrix<T>& x, const GetrfTask& task, int thread) {
-    int firstPanel, lastPanel, firstBlock, lastBlock;
-    qrv_lapack_getrf_sched_range(&task, &firstPanel, &lastPanel, &firstBlock, &lastBlock);
-    const int first = (firstBlock - 1) * x.nb, count = std::min((lastBlock - firstBlock + 1) * x.nb, x.n - first);
-    for (int panel = firstPanel; panel <= lastPanel; ++panel)
-        getrf_apply_panel(x.m, x.a, x.ipiv, (panel - 1) * x.nb, x.nb, first, count);
-    if (task.kind == GetrfTaskKind::factor) {
-        factor_panel(x, first, x.nb, thread);
-        if (x.result.stopped)
-            x.stop.store(true, std::memory_order_relaxed);
-    }
-}
-
-// Until nothing is left to be handed out, or a stop; tasks under way are finished all the same.
-template <class T>
-void work(TaskedMatrix<T>& x, GetrfTask task, int thread) {
-    while (task.kind != GetrfTaskKind::done && !x.stop.load(std::memory_order_relaxed)) {
-        {
-            const std::lock_guard guard(x.lock);
-            qrv_lapack_getrf_sched_next(&thread, x.schedule, &task);
-        }
-        if (task.kind == GetrfTaskKind::wait)
-            std::this_thread::yield(); // ready to run at once, but not in the way of a teammate without a core
-        else if (task.kind != GetrfTaskKind::done)
-            perform(x, task, thread);
-    }
-}
-
-template <class T>
-void task_region(TaskedMatrix<T>& x, int threads) {
-#pragma omp parallel num_threads(threads)
-    {
-#pragma omp single
-        {
-            const int team = omp_get_num_threads();
-            const RoutineName<T> name("GETRF");
-            const int span = tuning::lu_span(name, x.n, team), tail = tuning::lu_tail(name, x.n, team);
-            qrv_lapack_getrf_sched_init(x.schedule, &x.m, &x.n, &x.nb, &team, &span, &tail);
-        } // a barrier
-        const int thread = omp_get_thread_num();
-        GetrfTask task;
-        qrv_lapack_getrf_sched_first(&thread, x.schedule, &task);
-#pragma omp barrier
-        work(x, task, thread);
-    }
-}
 
 // The last panels first: they are what the caches still hold.
 template <class T>
@@ -107,11 +81,11 @@ void interchange_left(const TaskedMatrix<T>& x, int threads) {
 
 template <class T>
 GetrfResult factor(TaskedMatrix<T>& x, int threads) {
-    factor_panel(x, 0, x.nb, 0);
+    x.factor(x.panel(1), 0);
     if (!x.result.stopped)
-        task_region(x, threads);
-    if (!x.result.stopped)
-        factor_panel(x, x.panels() * x.nb, x.n - x.panels() * x.nb, 0);
+        TaskTeam(x).run(threads);
+    if (const int k = x.panels() * x.nb; !x.result.stopped)
+        x.factor({k, x.n - k}, 0);
     if (!x.result.stopped)
         interchange_left(x, threads);
     return x.result;

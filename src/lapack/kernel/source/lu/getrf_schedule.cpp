@@ -6,17 +6,17 @@ namespace {
 using Kind = GetrfTaskKind;
 
 void record(GetrfSchedule& s, const GetrfTask& task) {
-    if (task.kind == Kind::apply)
-        for (int block = task.firstBlock; block <= task.lastBlock; ++block)
-            s.status(block) = task.lastPanel;
     if (task.kind == Kind::factor)
-        s.current = s.status(task.firstBlock) = task.firstBlock;
+        s.current = task.firstBlock;
+    if (!task.waits() && !task.ends())
+        for (int block = task.firstBlock; block <= task.last_block(); ++block)
+            s.release(block);
 }
 
 // The block column behind the last factored panel, to be the next one.
 GetrfTask next_panel(GetrfSchedule& s) {
-    const int block = s.current + 1, applied = s.status(block);
-    s.status(block) = -block;
+    const int block = s.current + 1, applied = s.applied(block);
+    s.hold(block, block);
     return {Kind::factor, applied + 1, s.current, block, block};
 }
 
@@ -27,16 +27,16 @@ GetrfTask widest_run(GetrfSchedule& s, int first, int last) {
         ++first;
     if (first > last)
         return {Kind::wait};
-    const int applied = s.status(first);
+    const int applied = s.applied(first);
     int end = first;
-    for (; end <= last && s.status(end) == applied; ++end)
-        s.status(end) = -s.current;
+    for (; end <= last && s.has_just(end, applied); ++end)
+        s.hold(end, s.current);
     return {Kind::apply, applied + 1, s.current, first, end - 1};
 }
 
-bool any_unfinished(GetrfSchedule& s, int first, int last) {
+bool any_unfinished(const GetrfSchedule& s, int first, int last) {
     for (int block = first; block <= last; ++block)
-        if (s.status(block) != s.panels)
+        if (!s.has_just(block, s.panels))
             return true;
     return false;
 }
@@ -67,7 +67,7 @@ GetrfTask tail_step(GetrfSchedule& s, int block, int level) {
         return {Kind::wait}; // its next panel is not factored yet
     if (block == s.current + 1 && s.current < s.panels)
         return next_panel(s);
-    s.status(block) = -(level + 1);
+    s.hold(block, level + 1);
     return {Kind::apply, level + 1, level + 1, block, block};
 }
 
@@ -76,9 +76,9 @@ GetrfTask tail_task(GetrfSchedule& s) {
     bool busy = false; // a block column is on its way to this level or to one before it
     for (int level = s.frontier; level < s.panels; ++level) {
         for (int block = std::max(s.last_static(), s.current) + 1; block <= s.blocks; ++block) {
-            if (s.status(block) == level)
+            if (s.has_just(block, level))
                 return tail_step(s, block, level);
-            busy = busy || s.status(block) == -level;
+            busy = busy || s.is_on_its_way_to(block, level);
         }
         if (!busy)
             s.frontier = level + 1;
@@ -132,5 +132,5 @@ void qrv_lapack_getrf_sched_range(const GetrfTask* task, int* firstPanel, int* l
     *firstPanel = task->firstPanel;
     *lastPanel = task->lastPanel;
     *firstBlock = task->firstBlock;
-    *lastBlock = task->kind == Kind::factor ? task->firstBlock : task->lastBlock;
+    *lastBlock = task->last_block();
 }

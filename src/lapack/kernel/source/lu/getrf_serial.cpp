@@ -41,10 +41,10 @@ GetrfResult getrf_recursive(int m, int n, Matrix<T> a, int* ipiv, GetrfPlace pla
         const Matrix<T> A10 = a.block(j, 0), A11 = a.block(j, j), A12 = a.block(j, j + jb);
         if (j > 0) // A11 and A21 at once
             blas::gemm(Op::none, Op::none, m - j, jb, j, minusOne, A10, A01, one, A11);
-        const GetrfResult panel = getrf_recursive(m - j, jb, A11, ipiv + j, {place.thread, place.offset + j});
-        if (panel.stopped)
+        const GetrfResult result = getrf_recursive(m - j, jb, A11, ipiv + j, {place.thread, place.offset + j});
+        if (result.stopped)
             return {whole.info, true};
-        getrf_append(whole, panel, j, jb, ipiv);
+        getrf_append(whole, result, {j, jb}, ipiv);
         laswp(j, a, j + 1, j + jb, ipiv);
         if (right > 0) {
             laswp(right, A02, j + 1, j + jb, ipiv);
@@ -56,18 +56,19 @@ GetrfResult getrf_recursive(int m, int n, Matrix<T> a, int* ipiv, GetrfPlace pla
     return whole;
 }
 
-void getrf_append(GetrfResult& whole, GetrfResult panel, int j, int count, int* ipiv) {
-    whole.stopped = whole.stopped || panel.stopped;
-    if (whole.info == 0 && panel.info > 0)
-        whole.info = panel.info + j;
-    for (int i = j; i < j + count; ++i)
-        ipiv[i] += j;
+void getrf_append(GetrfResult& whole, GetrfResult result, Panel panel, int* ipiv) {
+    whole.stopped = whole.stopped || result.stopped;
+    if (whole.info == 0 && result.info > 0)
+        whole.info = result.info + panel.k;
+    for (int i = panel.k; i < panel.end(); ++i)
+        ipiv[i] += panel.k;
 }
 
 template <class T>
-void getrf_apply_panel(int m, Matrix<T> a, const int* ipiv, int k, int width, int first, int count) {
+void getrf_apply_panel(int m, Matrix<T> a, const int* ipiv, Panel panel, int first, int count) {
     const T one = scalar<T>(1), minusOne = scalar<T>(-1);
-    const int next = k + width;
+    const auto [k, width] = panel;
+    const int next = panel.end();
     laswp(count, a.block(0, first), k + 1, next, ipiv);
     blas::trsm(Side::left, Uplo::lower, Op::none, Diag::unit, width, count, one, a.block(k, k), a.block(k, first));
     if (next < m)
@@ -77,8 +78,8 @@ void getrf_apply_panel(int m, Matrix<T> a, const int* ipiv, int k, int width, in
 
 template GetrfResult getrf_recursive(int, int, Matrix<float>, int*, GetrfPlace);
 template GetrfResult getrf_recursive(int, int, Matrix<SingleComplex>, int*, GetrfPlace);
-template void getrf_apply_panel(int, Matrix<float>, const int*, int, int, int, int);
-template void getrf_apply_panel(int, Matrix<SingleComplex>, const int*, int, int, int, int);
+template void getrf_apply_panel(int, Matrix<float>, const int*, Panel, int, int);
+template void getrf_apply_panel(int, Matrix<SingleComplex>, const int*, Panel, int, int);
 
 } // namespace qrv::lapack
 
