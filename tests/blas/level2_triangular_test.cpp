@@ -61,8 +61,8 @@ TEST(Triangular, Bands) {
     });
 }
 
-// With op(A) = A what is 0 in x adds nothing and is not divided: the columns of whole blocks of zeros are not read, and a
-// zero on the diagonal beside one makes no NaN.
+// With op(A) = A what is 0 in x adds nothing and is not divided: the columns of whole blocks of zeros are not read, and
+// a zero on the diagonal beside one makes no NaN.
 template <class T>
 void expect_zeros_skipped(int n, char uplo, int place, int inc) {
     const int block = n > 32 ? 32 : 4, band = n - 1, ld = n;
@@ -82,23 +82,23 @@ void expect_zeros_skipped(int n, char uplo, int place, int inc) {
         x[place] = scalar<T>(1);
         call(x.data());
         for (int i = 0; i < n; ++i)
-            EXPECT_TRUE(x[i] == (i == place ? value : T{}))
-                << build << ' ' << name << ' ' << uplo << " n=" << n << " inc=" << inc << " x[" << i << "] of " << place;
+            EXPECT_TRUE(x[i] == (i == place ? value : T{})) << build << ' ' << name << ' ' << uplo << " n=" << n
+                                                            << " inc=" << inc << " x[" << i << "] of " << place;
     };
     for (const VectorBuild& build : vector_builds()) {
         expect(build, "trmv", two, [&](T* x) {
-            kernel_for<T>(build.blas_strmv_kernel, build.blas_ctrmv_kernel)(&uplo, "N", "N", &n, a.data(), &ld, x, &inc);
+            kernel_for<T>(build.blas_strmv_kernel, build.blas_ctrmv_kernel)(&uplo, "N", "N", &n, a.data(), &ld, x,
+                                                                            &inc);
         });
         expect(build, "trsv", scalar<T>(0.5F), [&](T* x) {
-            kernel_for<T>(build.blas_strsv_kernel, build.blas_ctrsv_kernel)(&uplo, "N", "N", &n, a.data(), &ld, x, &inc);
+            kernel_for<T>(build.blas_strsv_kernel, build.blas_ctrsv_kernel)(&uplo, "N", "N", &n, a.data(), &ld, x,
+                                                                            &inc);
         });
         if constexpr (!isComplex<T>) {
-            expect(build, "tbmv", two, [&](T* x) {
-                build.blas_stbmv_kernel(&uplo, "N", "N", &n, &band, stored.data(), &ld, x, &inc);
-            });
-            expect(build, "tbsv", 0.5F, [&](T* x) {
-                build.blas_stbsv_kernel(&uplo, "N", "N", &n, &band, stored.data(), &ld, x, &inc);
-            });
+            expect(build, "tbmv", two,
+                   [&](T* x) { build.blas_stbmv_kernel(&uplo, "N", "N", &n, &band, stored.data(), &ld, x, &inc); });
+            expect(build, "tbsv", 0.5F,
+                   [&](T* x) { build.blas_stbsv_kernel(&uplo, "N", "N", &n, &band, stored.data(), &ld, x, &inc); });
         }
     }
 }

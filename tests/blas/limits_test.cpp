@@ -41,7 +41,8 @@ private:
 TEST(Limits, LargestSizes) {
     if (sizeof(void*) == 4)
         GTEST_SKIP() << "no room for such a vector";
-    const int most = INT_MAX, one = 1, none = 0;
+    const int most = INT_MAX, one = 1;
+    [[maybe_unused]] const int none = 0;
     const float alpha = 2, zero = 0;
     const SingleComplex complexAlpha{2, 1};
     const Reserved x(std::size_t{INT_MAX} * sizeof(SingleComplex), false);
@@ -57,13 +58,12 @@ TEST(Limits, LargestSizes) {
         build.blas_cgeru_kernel(&most, &one, &complexAlpha, z, &one, &y, &one, &c, &most);
         EXPECT_TRUE(c.re == 3 && c.im == 4) << build;
 #ifndef QRV_CHECKED // a matrix whose columns are all the same is none to it
-        if (build.form != VectorForm::sse) {
+        if (build.form != VectorForm::sse && &build == &vector_builds().back()) { // the others take seconds
             build.blas_ssyrk_kernel("U", "N", &one, &most, &alpha, &zero, &none, &alpha, &a, &one);
             EXPECT_EQ(a, 6) << build;
         }
 #endif
     }
-    static_cast<void>(none);
 }
 
 // Elements of vectors and columns of matrices 4 MB apart: their offsets are no ints. With small whole numbers every sum
@@ -101,10 +101,8 @@ TEST(Limits, FarApart) {
     const Row rows[] = {
         {"gemv N", gemv("N")},
         {"gemv T", gemv("T")},
-        {"symv U",
-         [&](const VectorBuild& build, float* a, int lda, float* x, float* y, int inc) {
-             build.blas_ssymv_kernel("U", &n, &alpha, a, &lda, x, &inc, &beta, y, &inc);
-         }},
+        {"symv U", [&](const VectorBuild& build, float* a, int lda, float* x, float* y,
+                       int inc) { build.blas_ssymv_kernel("U", &n, &alpha, a, &lda, x, &inc, &beta, y, &inc); }},
         {"trmv U N", triangular("U", "N")},
         {"trmv L T", triangular("L", "T")},
         {"tbmv",
@@ -118,10 +116,8 @@ TEST(Limits, FarApart) {
              build.blas_sger_kernel(&n, &two, &alpha, x, &inc, y + std::ptrdiff_t{inc} * last, &inc,
                                     a + std::ptrdiff_t{lda} * last, &lda);
          }},
-        {"axpy",
-         [&](const VectorBuild& build, float*, int, float* x, float* y, int inc) {
-             build.blas_saxpy_kernel(&n, &alpha, x, &inc, y, &inc);
-         }},
+        {"axpy", [&](const VectorBuild& build, float*, int, float* x, float* y,
+                     int inc) { build.blas_saxpy_kernel(&n, &alpha, x, &inc, y, &inc); }},
     };
     for (const VectorBuild& build : vector_builds())
         for (const Row& row : rows) {
@@ -189,19 +185,16 @@ TEST(Limits, Stack) {
     for (const VectorBuild& build : vector_builds()) {
         for (const char* const side : {"L", "R"})
             for (const char* const trans : {"N", "T"}) {
-                expect_little(build, "strsm", [&] {
-                    build.blas_strsm_kernel(side, "U", trans, "U", &n, &n, &half, a, &n, b, &n);
-                });
+                expect_little(build, "strsm",
+                              [&] { build.blas_strsm_kernel(side, "U", trans, "U", &n, &n, &half, a, &n, b, &n); });
                 expect_little(build, "ctrmm", [&] {
                     build.blas_ctrmm_kernel(side, "L", trans, "N", &n, &n, &complexOne, ca.data(), &n, cb.data(), &n);
                 });
             }
-        expect_little(build, "cherk", [&] {
-            build.blas_cherk_kernel("U", "N", &n, &n, &one, ca.data(), &n, &one, cc.data(), &n);
-        });
-        expect_little(build, "ssyr2k", [&] {
-            build.blas_ssyr2k_kernel("L", "T", &n, &n, &one, a, &n, b, &n, &one, c, &n);
-        });
+        expect_little(build, "cherk",
+                      [&] { build.blas_cherk_kernel("U", "N", &n, &n, &one, ca.data(), &n, &one, cc.data(), &n); });
+        expect_little(build, "ssyr2k",
+                      [&] { build.blas_ssyr2k_kernel("L", "T", &n, &n, &one, a, &n, b, &n, &one, c, &n); });
         expect_little(build, "chemm", [&] {
             build.blas_chemm_kernel("L", "U", &n, &n, &complexOne, ca.data(), &n, cb.data(), &n, &complexOne, cc.data(),
                                     &n);
@@ -210,12 +203,9 @@ TEST(Limits, Stack) {
             build.blas_chemv_kernel("U", &n, &complexOne, ca.data(), &n, cb.data(), &twice, &complexOne, cc.data(),
                                     &twice);
         });
-        expect_little(build, "ctrsv", [&] {
-            build.blas_ctrsv_kernel("U", "C", "N", &n, ca.data(), &n, cb.data(), &unit);
-        });
-        expect_little(build, "ssyr2", [&] {
-            build.blas_ssyr2_kernel("U", &n, &one, b, &twice, c, &twice, a, &n);
-        });
+        expect_little(build, "ctrsv",
+                      [&] { build.blas_ctrsv_kernel("U", "C", "N", &n, ca.data(), &n, cb.data(), &unit); });
+        expect_little(build, "ssyr2", [&] { build.blas_ssyr2_kernel("U", &n, &one, b, &twice, c, &twice, a, &n); });
     }
     for (const Subject<SingleComplex>& gemm : subjects<SingleComplex>())
         for (const char* const trans : {"N", "C"})

@@ -13,28 +13,36 @@ void blas_ssyrk_kernel(QRV_SYRK_PARAMETERS(float, float)) {
     syrk<Symmetry::symmetric, float>(uplo_of(*uplo), op_of(*trans), *n, *k, *alpha, {a, *lda}, *beta, {c, *ldc});
 }
 void blas_csyrk_kernel(QRV_SYRK_PARAMETERS(SingleComplex, SingleComplex)) {
-    syrk<Symmetry::symmetric, SingleComplex>(uplo_of(*uplo), op_of(*trans), *n, *k, *alpha, {a, *lda}, *beta, {c, *ldc});
+    syrk<Symmetry::symmetric, SingleComplex>(uplo_of(*uplo), op_of(*trans), *n, *k, *alpha, {a, *lda}, *beta,
+                                             {c, *ldc});
 }
 void blas_cherk_kernel(QRV_SYRK_PARAMETERS(SingleComplex, float)) {
-    syrk<Symmetry::hermitian, SingleComplex>(uplo_of(*uplo), op_of(*trans), *n, *k, *alpha, {a, *lda}, *beta, {c, *ldc});
+    syrk<Symmetry::hermitian, SingleComplex>(uplo_of(*uplo), op_of(*trans), *n, *k, *alpha, {a, *lda}, *beta,
+                                             {c, *ldc});
 }
 void blas_ssyr2k_kernel(QRV_SYR2K_PARAMETERS(float, float)) {
-    syr2k<Symmetry::symmetric, float>(uplo_of(*uplo), op_of(*trans), *n, *k, *alpha, {a, *lda}, {b, *ldb}, *beta, {c, *ldc});
+    syr2k<Symmetry::symmetric, float>(uplo_of(*uplo), op_of(*trans), *n, *k, *alpha, {a, *lda}, {b, *ldb}, *beta,
+                                      {c, *ldc});
 }
 void blas_csyr2k_kernel(QRV_SYR2K_PARAMETERS(SingleComplex, SingleComplex)) {
-    syr2k<Symmetry::symmetric, SingleComplex>(uplo_of(*uplo), op_of(*trans), *n, *k, *alpha, {a, *lda}, {b, *ldb}, *beta, {c, *ldc});
+    syr2k<Symmetry::symmetric, SingleComplex>(uplo_of(*uplo), op_of(*trans), *n, *k, *alpha, {a, *lda}, {b, *ldb},
+                                              *beta, {c, *ldc});
 }
 void blas_cher2k_kernel(QRV_SYR2K_PARAMETERS(SingleComplex, float)) {
-    syr2k<Symmetry::hermitian, SingleComplex>(uplo_of(*uplo), op_of(*trans), *n, *k, *alpha, {a, *lda}, {b, *ldb}, *beta, {c, *ldc});
+    syr2k<Symmetry::hermitian, SingleComplex>(uplo_of(*uplo), op_of(*trans), *n, *k, *alpha, {a, *lda}, {b, *ldb},
+                                              *beta, {c, *ldc});
 }
 void blas_ssymm_kernel(QRV_SYMM_PARAMETERS(float)) {
-    symm<Symmetry::symmetric, float>(side_of(*side), uplo_of(*uplo), *m, *n, *alpha, {a, *lda}, {b, *ldb}, *beta, {c, *ldc});
+    symm<Symmetry::symmetric, float>(side_of(*side), uplo_of(*uplo), *m, *n, *alpha, {a, *lda}, {b, *ldb}, *beta,
+                                     {c, *ldc});
 }
 void blas_csymm_kernel(QRV_SYMM_PARAMETERS(SingleComplex)) {
-    symm<Symmetry::symmetric, SingleComplex>(side_of(*side), uplo_of(*uplo), *m, *n, *alpha, {a, *lda}, {b, *ldb}, *beta, {c, *ldc});
+    symm<Symmetry::symmetric, SingleComplex>(side_of(*side), uplo_of(*uplo), *m, *n, *alpha, {a, *lda}, {b, *ldb},
+                                             *beta, {c, *ldc});
 }
 void blas_chemm_kernel(QRV_SYMM_PARAMETERS(SingleComplex)) {
-    symm<Symmetry::hermitian, SingleComplex>(side_of(*side), uplo_of(*uplo), *m, *n, *alpha, {a, *lda}, {b, *ldb}, *beta, {c, *ldc});
+    symm<Symmetry::hermitian, SingleComplex>(side_of(*side), uplo_of(*uplo), *m, *n, *alpha, {a, *lda}, {b, *ldb},
+                                             *beta, {c, *ldc});
 }
 
 #define QRV_DEFINE_TRIANGULAR(T, name, Operation)                                                                      \

@@ -1,7 +1,7 @@
 // A := alpha*x*op(y) + A for a general matrix, where op transposes, and conjugates or not.
 //
-// Several columns a pass, so that x is loaded once for all of them. A column whose element of y is 0 is left alone; a real
-// one also where alpha times it vanishes: it is an AXPY with that factor.
+// Several columns a pass, so that x is loaded once for all of them. A column whose element of y is 0 is left alone; a
+// real one also where alpha times it vanishes: it is an AXPY with that factor.
 //
 //   A        m x n, read and written once, but for the columns left alone
 //   x, y     m and n elements, any increments but 0; x is read only for columns that change

@@ -120,8 +120,8 @@ void update_triangle(TriangleBand band, Alpha alpha, const UpdateSources<terms, 
                 if (singly && !sources.all_zero(jk)) {
                     T factors[terms];
                     column_factors(alpha, sources, jk, factors);
-                    update_column(upper ? start : larger(jk, start), upper ? smaller(jk + 1, end) : end,
-                                  a.column(jk), factors, v, start);
+                    update_column(upper ? start : larger(jk, start), upper ? smaller(jk + 1, end) : end, a.column(jk),
+                                  factors, v, start);
                 }
                 if (start <= jk && jk < end)
                     make_real(a(jk, jk));

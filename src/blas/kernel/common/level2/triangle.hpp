@@ -13,8 +13,8 @@
 // Lower triangles walk the other way. An element of the diagonal is read only if it is not taken to be 1, and then
 // divided by: there is no reciprocal.
 //
-// With op(A) = A an element of x that is 0 adds nothing and is not divided: its column is not read as long as the others
-// of its group are 0 too.
+// With op(A) = A an element of x that is 0 adds nothing and is not divided: its column is not read as long as the
+// others of its group are 0 too.
 #pragma once
 
 #include "blas/complex.hpp"

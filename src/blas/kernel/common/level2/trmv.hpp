@@ -71,7 +71,8 @@ void triangular(Op op, const Triangle<T>& t, T* p, int inc) {
         if (rows > 0 && (transposed || !all_zero(j, count)))
             multiply_block(rows, count, &t.a(first, j), transposed ? first : j, transposed ? j : first);
     };
-    const bool ascending = ascends(action, is_upper(t.uplo, transposed)), besideFirst = beside_first(action, transposed);
+    const bool ascending = ascends(action, is_upper(t.uplo, transposed)),
+               besideFirst = beside_first(action, transposed);
     for (int done = 0, count; done < t.n; done += count) {
         count = smaller(block, t.n - done);
         const int j = ascending ? done : t.n - done - count;

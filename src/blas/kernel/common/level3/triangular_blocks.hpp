@@ -64,7 +64,9 @@ struct TriangularProblem {
 
     bool left() const { return side == Side::left; }
     // Whether the walk goes from the first unknown to the last.
-    bool ascends(Action action) const { return kernel::QRV_KERNEL_BUILD::ascends(action, is_upper(uplo, swaps_indices())); }
+    bool ascends(Action action) const {
+        return kernel::QRV_KERNEL_BUILD::ascends(action, is_upper(uplo, swaps_indices()));
+    }
     // Whether the coefficient of unknown k in equation i is stored in A as element (k, i).
     bool swaps_indices() const { return left() == (op != Op::none); }
 
