@@ -1,4 +1,5 @@
 // The text that tells what is running and why.
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <omp.h>
@@ -38,12 +39,16 @@ struct TextWriter {
     }
 };
 
-const char* budget_explanation(const ThreadBudget& budget, const BudgetFacts& facts, const CoreCount& cores) {
+const char* budget_explanation(int domain, const ThreadBudget& budget, const BudgetFacts& facts, CountOutcome outcome) {
+    const int request = budget.explicitRequest ? request_for(facts.settings, domain) : facts.ompMaxThreads;
     switch (budget.reason) {
+    case BudgetReason::forked:
+        return "forked from a process with several threads, which are gone";
     case BudgetReason::insideRegion:
         return "asked inside a parallel region";
     case BudgetReason::asRequested:
-        return "dynamic adjustment is off: taken as requested";
+        return request > budget.threads ? "dynamic adjustment is off: as requested, within the limit of threads"
+                                        : "dynamic adjustment is off: taken as requested";
     case BudgetReason::mpiShare:
         return "cores divided by the processes on this node";
     case BudgetReason::mpiOneThread:
@@ -51,10 +56,23 @@ const char* budget_explanation(const ThreadBudget& budget, const BudgetFacts& fa
     case BudgetReason::withinCores:
         break;
     }
-    const int request = budget.explicitRequest ? budget.threads : facts.ompMaxThreads;
-    if (cores.restricted && request >= budget.threads)
+    if (outcome == CountOutcome::confined)
         return "affinity is restricted, which counts as one core; QRV_DYNAMIC=FALSE takes the request as it is";
+    if (outcome == CountOutcome::refused)
+        return "cores cannot be counted, which counts as one core; QRV_DYNAMIC=FALSE takes the request as it is";
     return budget.explicitRequest ? "a request, within the cores counted" : "OpenMP's number, within the cores counted";
+}
+
+const char* uncounted(CountOutcome outcome) {
+    switch (outcome) {
+    case CountOutcome::confined:
+        return " (not counted: this process is confined to some of the processors)";
+    case CountOutcome::refused:
+        return " (not counted: the system does not let a thread choose its processor)";
+    case CountOutcome::counted:
+        break;
+    }
+    return "";
 }
 
 // What the sse42 build uses beyond its name.
@@ -88,14 +106,18 @@ void describe_threads(TextWriter& out) {
     const BudgetFacts facts = current_budget_facts();
     const CoreCount cores = counted_cores();
     out.line("cores counted     %d physical, %d logical%s", cores.physicalCores, cores.logicalProcessors,
-             cores.restricted ? " (not counted: this process is confined to some of the processors)" : "");
+             uncounted(cores.outcome));
     out.line("dynamic           %s", facts.settings.dynamic ? "on" : "off");
     constexpr const char* names[] = {"all", "BLAS"};
     for (const int domain : {QRV_DOMAIN_ALL, QRV_DOMAIN_BLAS}) {
         const ThreadBudget budget = thread_budget(facts, domain);
-        out.line("threads for %-5s %d: %s", names[domain], budget.threads, budget_explanation(budget, facts, cores));
+        out.line("threads for %-5s %d: %s", names[domain], budget.threads,
+                 budget_explanation(domain, budget, facts, cores.outcome));
     }
+    if (facts.settings.numThreadsUnreadable)
+        out.line("QRV_NUM_THREADS   holds more than digits, so it counts as 1");
     out.line("OpenMP            version %d, at most %d threads", _OPENMP, facts.ompMaxThreads);
+    out.line("limit of threads  %d, whatever is requested", std::min(facts.threadLimit, largestTeam));
 }
 
 } // namespace

@@ -2,10 +2,9 @@
 //
 // The machine is a template argument, so that tests count simulated ones. A Machine has
 //
-//   bool read_masks(ProcessorMask& process, ProcessorMask& system)   false if they cannot be read
-//   bool pin(int processor)            moves the calling thread there; false if it cannot
-//   void restore()                     back to the process mask
-//   void yield()
+//   bool read_masks(ProcessorMask& process, ProcessorMask& system)   false if the system refuses
+//   bool pin(int processor)            moves the calling thread there before it returns; false if it cannot
+//   void restore()                     back to the mask that the calling thread had
 //   CpuidWords cpuid(int leaf, int subleaf)                          on the processor pinned to
 //
 // The APIC id has eight bits, so at most 256 cores can be told apart. With holes in the system mask the last
@@ -25,10 +24,16 @@ namespace qrv {
 constexpr int maxProcessors = 1024;
 using ProcessorMask = std::bitset<maxProcessors>;
 
+enum class CountOutcome {
+    counted,
+    confined, // the process may not use all processors of the system, which counts as one core
+    refused,  // the system lets no thread choose its processors, so nothing can be counted
+};
+
 struct CoreCount {
     int physicalCores = 1;
     int logicalProcessors = 1;
-    bool restricted = false; // the process may not use all processors of the system, so nothing was counted
+    CountOutcome outcome = CountOutcome::counted;
 };
 
 // Number of APIC id bits that tell `count` things apart.
@@ -71,10 +76,12 @@ template <class Machine>
 CoreCount qrv_serv_count_cores(Machine& machine) {
     CoreCount count;
     ProcessorMask process, system;
-    if (!machine.read_masks(process, system) || process != system) {
-        count.restricted = true;
+    if (!machine.read_masks(process, system))
+        count.outcome = CountOutcome::refused;
+    else if (process != system)
+        count.outcome = CountOutcome::confined;
+    if (count.outcome != CountOutcome::counted)
         return count;
-    }
 
     const CpuidWords leaf0 = machine.cpuid(0, 0);
     const bool hyperThreading = leaf0.eax >= 1 && has_known_topology_vendor(leaf0) && bit(machine.cpuid(1, 0).edx, 28);
@@ -89,12 +96,10 @@ CoreCount qrv_serv_count_cores(Machine& machine) {
     for (int processor = 0; processor <= highest; ++processor) {
         if (!machine.pin(processor))
             continue;
-        machine.yield();
         signatures[static_cast<std::size_t>(processor)] = core_signature(machine, hyperThreading, leaf0.eax, smtWidth);
         ++visited;
     }
     machine.restore();
-    machine.yield();
 
     count.logicalProcessors = visited;
     // The first `visited` entries are looked at, wherever the visited processors stand.

@@ -1,11 +1,17 @@
-// The one spin lock of the run-time services. It is not recursive, and it is held for one-time work and for
-// changes of the work pool's table only, so it spins without pause or back-off.
+// The locks of the run-time services, both held over a fork (fork.cpp). Neither is recursive.
+//
+// The spin lock is held for a few instructions, or a call of the allocator, of one-time work and of changes to the work
+// pool's table, so it spins without pause or back-off. Threads that wait for the first budget query, which visits every
+// processor, sleep instead.
 #pragma once
 
 extern "C" void qrv_serv_lock();
 extern "C" void qrv_serv_unlock();
 
 namespace qrv {
+
+void lock_first_query();
+void unlock_first_query();
 
 struct LockGuard {
     LockGuard() { qrv_serv_lock(); }

@@ -25,11 +25,17 @@ constexpr MessageCatalogueRow catalogue[] = {
 constexpr int bufferSize = 512;
 constexpr int overflowExitStatus = 8;
 
+// What else the host has open is its own, and flushing it would wait for a thread that reads there.
+void flush_standard_streams() {
+    std::fflush(stdout);
+    std::fflush(stderr);
+}
+
 [[noreturn]] void message_overflow(int number, int length) {
     std::fputs("\nQRV INTERNAL ERROR: message buffer overflow.", stdout);
-    std::fflush(nullptr);
+    flush_standard_streams();
     std::printf("\n       Message N %d   Lenght: %d   Buffer size: %d\n", number, length, bufferSize);
-    std::fflush(nullptr);
+    flush_standard_streams();
     std::exit(overflowExitStatus);
 }
 
@@ -73,5 +79,5 @@ void qrv_serv_print_message(int /*destination*/, int number, int count, ...) {
 
     // Printed as text, not as a format: a percent sign in a routine's name must not read arguments.
     std::printf("%s\n", text);
-    std::fflush(nullptr);
+    flush_standard_streams();
 }

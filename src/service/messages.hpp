@@ -17,7 +17,7 @@ const char* message_text(int number);
 
 } // namespace qrv
 
-// Prints message `number` with a newline to standard output and flushes; `count` arguments follow, 0 prints
-// the text as it is. Message 0 is a newline, not flushed. A message of more than 513 characters ends the process
-// with exit status 8. `destination` is 0 in all calls and has no effect.
+// Prints message `number` with a newline to standard output and flushes that and standard error; `count` arguments
+// follow, 0 prints the text as it is. Message 0 is a newline, not flushed. A message of more than 513 characters ends
+// the process with exit status 8. `destination` is 0 in all calls and has no effect.
 extern "C" void qrv_serv_print_message(int destination, int number, int count, ...);

@@ -1,6 +1,8 @@
 #include "service/platform.hpp"
 
+#include <omp.h>
 #include <sched.h>
+#include <unistd.h>
 
 namespace qrv {
 namespace {
@@ -16,12 +18,30 @@ ProcessorMask to_mask(const cpu_set_t& set) {
 
 constexpr pid_t callingThread = 0;
 
+ProcessorMask runtime_places() {
+    ProcessorMask mask;
+    int ids[maxProcessors];
+    for (int place = 0; place < omp_get_num_places(); ++place) {
+        const int count = omp_get_place_num_procs(place);
+        if (count > maxProcessors)
+            continue;
+        omp_get_place_proc_ids(place, ids);
+        for (int i = 0; i < count; ++i)
+            if (ids[i] >= 0 && ids[i] < maxProcessors)
+                mask[static_cast<std::size_t>(ids[i])] = true;
+    }
+    return mask;
+}
+
 } // namespace
 
 bool AffinityMachine::read_masks(ProcessorMask& process, ProcessorMask& system) {
-    if (sched_getaffinity(callingThread, sizeof own, &own) != 0)
+    const ProcessorMask places = runtime_places(); // first, as the runtime may bind the calling thread when asked
+    cpu_set_t leader;
+    if (sched_getaffinity(callingThread, sizeof own, &own) != 0 ||
+        sched_getaffinity(getpid(), sizeof leader, &leader) != 0)
         return false;
-    process = to_mask(own);
+    process = to_mask(leader) | places;
 
     // Asked for every processor there could be, the kernel grants those that the system (or the container that
     // stands for it) has.
@@ -47,10 +67,6 @@ bool AffinityMachine::pin(int processor) {
 
 void AffinityMachine::restore() {
     sched_setaffinity(callingThread, sizeof own, &own);
-}
-
-void AffinityMachine::yield() {
-    sched_yield();
 }
 
 CpuidWords AffinityMachine::cpuid(int leaf, int subleaf) {

@@ -71,13 +71,16 @@ VectorForm detect_vector_form() {
     return vector_form_of(cpuid(1), cpuid(featureLeaf), extended_state());
 }
 
+CacheList detect_caches() {
+    return caches_of_machine([](std::uint32_t leaf, int subleaf) { return cpuid(static_cast<int>(leaf), subleaf); });
+}
+
 const CacheList& caches() {
     if (!cachesKnown.load(std::memory_order_acquire)) {
+        const CacheList found = detect_caches(); // CPUID is slow on virtual machines: not under the lock
         const LockGuard guard;
         if (!cachesKnown.load(std::memory_order_relaxed)) {
-            constexpr int cacheLeaf = 4;
-            if (static_cast<int>(cpuid(0).eax) >= cacheLeaf)
-                cacheList = caches_of([](int subleaf) { return cpuid(cacheLeaf, subleaf); });
+            cacheList = found;
             cachesKnown.store(true, std::memory_order_release);
         }
     }

@@ -131,13 +131,13 @@ struct CacheList {
     }
 };
 
-// Walks leaf 4, whose words `leaf4(subleaf)` gives.
-template <class Leaf4>
-constexpr CacheList caches_of(Leaf4 leaf4) {
+// Walks leaf 4, or another of the same form, whose words `leaf(subleaf)` gives.
+template <class Leaf>
+constexpr CacheList caches_of(Leaf leaf) {
     constexpr std::uint32_t noCache = 0, instructionCache = 2;
     CacheList list;
     for (int subleaf = 0; subleaf < CacheList::subleaves; ++subleaf) {
-        const CpuidWords words = leaf4(subleaf);
+        const CpuidWords words = leaf(subleaf);
         const std::uint32_t type = bits(words.eax, 0, 4);
         if (type == noCache || words.ebx == 0 || words.ecx == 0)
             break;
@@ -151,6 +151,23 @@ constexpr CacheList caches_of(Leaf4 leaf4) {
         const std::uint64_t size = sets > largest / (wayBytes * ways) ? largest : wayBytes * ways * sets;
         list.bytes[static_cast<std::size_t>(list.count++)] = static_cast<int>(size);
     }
+    return list;
+}
+
+// The caches of the processor whose words `cpuid(leaf, subleaf)` gives: those of leaf 4, or, where that names none, of
+// the extended leaf in which AMD's processors tell the same. On a processor with cores of two kinds they are those of
+// the core that is asked.
+template <class Cpuid>
+constexpr CacheList caches_of_machine(Cpuid cpuid) {
+    constexpr std::uint32_t cacheLeaf = 4, extended = 0x80000000, extendedFeatures = 0x80000001,
+                            extendedCacheLeaf = 0x8000001D;
+    constexpr int topologyExtensions = 22; // without them the extended leaf has no meaning
+    CacheList list;
+    if (cpuid(0U, 0).eax >= cacheLeaf)
+        list = caches_of([&](int subleaf) { return cpuid(cacheLeaf, subleaf); });
+    if (list.count == 0 && cpuid(extended, 0).eax >= extendedCacheLeaf &&
+        bit(cpuid(extendedFeatures, 0).ecx, topologyExtensions))
+        list = caches_of([&](int subleaf) { return cpuid(extendedCacheLeaf, subleaf); });
     return list;
 }
 

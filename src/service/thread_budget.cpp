@@ -4,6 +4,7 @@
 #include <atomic>
 #include <omp.h>
 
+#include "service/fork.hpp"
 #include "service/lock.hpp"
 #include "service/platform.hpp"
 
@@ -16,11 +17,13 @@ struct BudgetWords {
     std::atomic<int> requested[threadDomains] = {-1, -1, -1, -1};
     std::atomic<int> dynamic{-1};
     std::atomic<int> mpiThreaded{-1};
+    std::atomic<int> threadLimit{-1};
     std::atomic<bool> environmentPending{true};
-    // Written by the first query, under the lock, before environmentPending is cleared.
+    // Written by the first query, under its lock, before environmentPending is cleared.
     int ompNumThreads = -1;
     int mpiProcsPerNode = -1;
     int mpiThreadLevel = -1;
+    bool numThreadsUnreadable = false;
     CoreCount cores;
 };
 BudgetWords words;
@@ -31,7 +34,7 @@ void fill(std::atomic<int>& word, int value) {
     word.compare_exchange_strong(unset, value, std::memory_order_relaxed);
 }
 
-// Run under the lock by the first query.
+// Run by the first query.
 void qrv_serv_read_thread_env() {
     const ThreadSettings read = read_thread_settings({}, process_environment);
     for (int domain = 0; domain < threadDomains; ++domain)
@@ -40,6 +43,8 @@ void qrv_serv_read_thread_env() {
     words.ompNumThreads = read.ompNumThreads;
     words.mpiProcsPerNode = read.mpiProcsPerNode;
     words.mpiThreadLevel = read.mpiThreadLevel;
+    words.numThreadsUnreadable = read.numThreadsUnreadable;
+    fill(words.threadLimit, omp_get_thread_limit());
     AffinityMachine machine;
     words.cores = qrv_serv_count_cores(machine);
 }
@@ -47,11 +52,12 @@ void qrv_serv_read_thread_env() {
 void ensure_environment() {
     if (!words.environmentPending.load(std::memory_order_acquire))
         return;
-    const LockGuard guard;
+    lock_first_query();
     if (words.environmentPending.load(std::memory_order_relaxed)) {
         qrv_serv_read_thread_env();
         words.environmentPending.store(false, std::memory_order_release);
     }
+    unlock_first_query();
 }
 
 } // namespace
@@ -66,9 +72,11 @@ ThreadBudget thread_budget(const BudgetFacts& facts, int domain) {
     const ThreadSettings& settings = facts.settings;
     const int request = request_for(settings, domain);
     const bool explicitRequest = request > 0;
+    if (facts.threadsLost)
+        return {1, BudgetReason::forked, explicitRequest};
     if (settings.dynamic != 0 && facts.inParallel)
         return {1, BudgetReason::insideRegion, explicitRequest};
-    const int threads = explicitRequest ? request : facts.ompMaxThreads;
+    const int threads = std::min({explicitRequest ? request : facts.ompMaxThreads, facts.threadLimit, largestTeam});
     if (settings.dynamic == 0)
         return {threads, BudgetReason::asRequested, explicitRequest};
 
@@ -95,16 +103,23 @@ BudgetFacts current_budget_facts() {
     facts.settings.ompNumThreads = words.ompNumThreads;
     facts.settings.mpiProcsPerNode = words.mpiProcsPerNode;
     facts.settings.mpiThreadLevel = words.mpiThreadLevel;
+    facts.settings.numThreadsUnreadable = words.numThreadsUnreadable;
     facts.physicalCores = words.cores.physicalCores;
     facts.mpiThreaded = words.mpiThreaded.load(std::memory_order_relaxed);
     facts.ompMaxThreads = omp_get_max_threads();
+    facts.threadLimit = words.threadLimit.load(std::memory_order_relaxed);
     facts.inParallel = omp_in_parallel() != 0;
+    facts.threadsLost = threads_lost_in_fork();
     return facts;
 }
 
 CoreCount counted_cores() {
     ensure_environment();
     return words.cores;
+}
+
+void assume_thread_limit(int threads) {
+    words.threadLimit.store(threads, std::memory_order_relaxed);
 }
 
 } // namespace qrv

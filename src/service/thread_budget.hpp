@@ -8,16 +8,20 @@
 
 namespace qrv {
 
+constexpr int largestTeam = 1024; // whatever is asked for
+
 struct BudgetFacts {
     ThreadSettings settings;
     int physicalCores = 1;
     int mpiThreaded = -1; // 1 yes, 0 no, -1 not told
     int ompMaxThreads = 1;
+    int threadLimit = largestTeam; // of the OpenMP runtime
     bool inParallel = false;
+    bool threadsLost = false; // in a fork
 };
 
 // Which rule gave the budget.
-enum class BudgetReason { insideRegion, asRequested, withinCores, mpiShare, mpiOneThread };
+enum class BudgetReason { forked, insideRegion, asRequested, withinCores, mpiShare, mpiOneThread };
 
 struct ThreadBudget {
     int threads;
@@ -35,5 +39,8 @@ BudgetFacts current_budget_facts();
 
 // Result of the core count, made at the first query.
 CoreCount counted_cores();
+
+// Takes `threads` for the limit of the OpenMP runtime, so that tests can ask it for more than it gives.
+void assume_thread_limit(int threads);
 
 } // namespace qrv

@@ -77,9 +77,12 @@ void parse_domain_list(const char* text, ThreadSettings& settings) {
 ThreadSettings read_thread_settings(ThreadSettings settings, EnvironmentReader read) {
     const auto variable = [read](const char* name) { return read_variable(read, name, variableRoom); };
 
-    if (const char* text = variable("QRV_NUM_THREADS"))
-        if (const int number = thread_number(text, text + std::strlen(text)); number >= 1)
+    if (const char* text = variable("QRV_NUM_THREADS")) {
+        const char* end = text + std::strlen(text);
+        settings.numThreadsUnreadable = !all_digits(text, end);
+        if (const int number = thread_number(text, end); number >= 1)
             fill(settings.requested[QRV_DOMAIN_ALL], number);
+    }
     if (const char* text = variable("QRV_DOMAIN_NUM_THREADS"))
         parse_domain_list(text, settings);
     if (settings.dynamic == -1) {

@@ -15,6 +15,7 @@ struct ThreadSettings {
     int ompNumThreads = -1;                          // above 0 if OMP_NUM_THREADS was given
     int mpiProcsPerNode = -1;                        // processes per node, from a message-passing launcher
     int mpiThreadLevel = -1;                         // thread support level, from the same
+    bool numThreadsUnreadable = false;               // QRV_NUM_THREADS holds more than digits, so it counts as 1
 };
 
 // Number of a text that asks for threads: its digits' value, or 1 for a text with any other character.

@@ -1,4 +1,4 @@
-// LU factorization on every route: residuals, pivots, info, NaN, bad arguments, and real inputs. Teams are in
+// LU factorization on every route: residuals, pivots, info, NaN, and real inputs. Teams are in
 // getrf_team_test.cpp.
 #include <gmock/gmock.h>
 
@@ -124,28 +124,6 @@ TYPED_TEST(Getrf, NothingToFactor) {
             int ipiv[5]{};
             EXPECT_EQ(route.factor(m, n, {a, std::max(1, m)}, ipiv), 0) << route;
         }
-}
-
-// ---- Bad arguments ------------------------------------------------------------------------------------------------
-
-std::vector<std::pair<std::string, int>> reports;
-
-void take_report(const char* name, const int* info, int length) {
-    reports.emplace_back(std::string(name, static_cast<std::size_t>(length)), *info);
-}
-
-TYPED_TEST(Getrf, ReportsBadArguments) {
-    qrv_serv_set_xerbla(take_report);
-    const auto all = native_routes<TypeParam>();
-    for (std::size_t r = 0; r < 2; ++r) // those that check
-        for (const auto& [m, n, lda, position] :
-             {std::array{-1, 2, 2, 1}, {2, -1, 2, 2}, {-1, -1, 0, 1}, {3, 2, 2, 4}, {0, 2, 0, 4}}) {
-            reports.clear();
-            EXPECT_EQ(all[r].factor(m, n, {nullptr, lda}, nullptr), -position) << all[r];
-            EXPECT_THAT(reports, testing::ElementsAre(
-                                     std::pair(std::string(isComplex<TypeParam> ? "CGETRF" : "SGETRF"), position)));
-        }
-    qrv_serv_set_xerbla(nullptr);
 }
 
 // ---- Decisions ----------------------------------------------------------------------------------------------------

@@ -114,39 +114,6 @@ TYPED_TEST(Triangular, Solutions) {
             });
 }
 
-TYPED_TEST(Triangular, BadArgumentsOfPartsOfOthers) {
-    using T = TypeParam;
-    const int n = 2, minusOne = -1, one = 1;
-    T a[4] = {}, x[2] = {};
-    float scale = 5, cnorm[2] = {};
-    int info = 0;
-    const auto latrs = [&](const char* options, const int* order, const int* lda) {
-        testing::internal::CaptureStdout();
-        kernel_for<T>(SLATRS, CLATRS)(options, options + 1, options + 2, options + 3, order, a, lda, x, &scale, cnorm,
-                                      &info);
-        const std::string text = testing::internal::GetCapturedStdout();
-        EXPECT_NE(text.find(isComplex<T> ? "to CLATRS\n" : "to SLATRS\n"), std::string::npos);
-        return info;
-    };
-    EXPECT_EQ(latrs("?NNN", &n, &n), -1);
-    EXPECT_EQ(latrs("u?NN", &n, &n), -2);
-    EXPECT_EQ(latrs("Lc?N", &n, &n), -3);
-    EXPECT_EQ(latrs("Ltu?", &n, &n), -4);
-    EXPECT_EQ(latrs("LNUy", &minusOne, &n), -5);
-    EXPECT_EQ(latrs("LNUn", &n, &one), -7);
-    EXPECT_EQ(scale, 5);
-    const auto trti2 = [&](const char* options, const int* order, const int* lda) {
-        testing::internal::CaptureStdout();
-        kernel_for<T>(STRTI2, CTRTI2)(options, options + 1, order, a, lda, &info);
-        EXPECT_NE(testing::internal::GetCapturedStdout(), "");
-        return info;
-    };
-    EXPECT_EQ(trti2("?N", &n, &n), -1);
-    EXPECT_EQ(trti2("U?", &n, &n), -2);
-    EXPECT_EQ(trti2("LU", &minusOne, &n), -3);
-    EXPECT_EQ(trti2("LU", &n, &one), -5);
-}
-
 // ---- Scaled solves ------------------------------------------------------------------------------------------------
 
 template <class T>

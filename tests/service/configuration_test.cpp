@@ -2,6 +2,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "qrv/service.h"
@@ -22,13 +23,30 @@ TEST(Configuration, FitsTheRoomGiven) {
 }
 
 TEST(Configuration, TellsWhatWasAskedFor) {
-    const ChildResult run = run_program(
-        QRV_PROBE, {"configuration"},
-        {{"QRV_DEBUG_CPU_TYPE", "2"}, {"QRV_NUM_THREADS", "3"}, {"QRV_DYNAMIC", "FALSE"}, {"QRV_MM_DISABLE", "1"}});
-    for (const char* expected :
+    const struct {
+        std::vector<std::string> steps;
+        Environment environment;
+        std::vector<const char*> expected;
+    } rows[] = {
+        {{"configuration"},
+         {{"QRV_DEBUG_CPU_TYPE", "2"}, {"QRV_NUM_THREADS", "3"}, {"QRV_DYNAMIC", "FALSE"}, {"QRV_MM_DISABLE", "1"}},
          {qrv_serv_get_version(), "2 (sse2), forced by QRV_DEBUG_CPU_TYPE", "dynamic           off",
-          "3: dynamic adjustment is off: taken as requested", "work memory pool  off"})
-        EXPECT_NE(run.out.find(expected), std::string::npos) << expected << "\n" << run.out;
+          "3: dynamic adjustment is off: taken as requested", "work memory pool  off"}},
+        {{"configuration"},
+         {{"QRV_NUM_THREADS", "99999999999"}, {"QRV_DYNAMIC", "FALSE"}, {"OMP_THREAD_LIMIT", "7"}},
+         {"7: dynamic adjustment is off: as requested, within the limit of threads", "limit of threads  7"}},
+        {{"configuration"}, {{"QRV_NUM_THREADS", "3,2"}}, {"holds more than digits, so it counts as 1"}},
+        {{"pin", "configuration"},
+         {{"QRV_NUM_THREADS", "8"}},
+         {"confined to some", "QRV_DYNAMIC=FALSE takes the request as it is"}},
+    };
+    for (const auto& row : rows) {
+        if (row.steps[0] == "pin" && std::thread::hardware_concurrency() < 2)
+            continue;
+        const ChildResult run = run_program(QRV_PROBE, row.steps, row.environment);
+        for (const char* expected : row.expected)
+            EXPECT_NE(run.out.find(expected), std::string::npos) << expected << "\n" << run.out;
+    }
 }
 
 } // namespace

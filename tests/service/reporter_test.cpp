@@ -1,5 +1,7 @@
 // Reports, messages, the option compare, and the table of entry checks.
 #include <array>
+#include <chrono>
+#include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <map>
@@ -61,6 +63,20 @@ TEST(Report, OverlongMessageEndsTheProcess) {
     };
     EXPECT_EXIT(overflow(), testing::ExitedWithCode(8),
                 "QRV INTERNAL ERROR: message buffer overflow.\n       Message N 8   Lenght: 513   Buffer size: 512");
+}
+
+// Another thread may be reading a stream of the host's for as long as it likes.
+TEST(Report, WaitsForNoStreamOfTheHost) {
+    std::FILE* busy = std::tmpfile();
+    const std::string text = printed([&] {
+        flockfile(busy);
+        const int info = 8;
+        auto done = std::async(std::launch::async, [&] { XERBLA("SGEMM ", &info, 6); });
+        EXPECT_EQ(done.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+        funlockfile(busy);
+    });
+    EXPECT_NE(text, "");
+    std::fclose(busy);
 }
 
 std::string heard;

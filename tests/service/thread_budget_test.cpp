@@ -101,63 +101,45 @@ TEST(ThreadSettings, DynamicAndLaunchers) {
 
 // ---- Decision ---------------------------------------------------------------------------------------------
 
-BudgetFacts machine_of(int cores, int ompThreads) {
-    BudgetFacts facts;
-    facts.settings.dynamic = 1;
-    facts.physicalCores = cores;
-    facts.ompMaxThreads = ompThreads;
-    return facts;
-}
+struct BudgetRow {
+    const char* what;
+    BudgetFacts facts; // on 8 cores, where OpenMP gives 6 threads, unless told otherwise
+    int all, blas;     // the budgets
+};
 
-int budget(const BudgetFacts& facts, int domain = QRV_DOMAIN_ALL) {
-    return thread_budget(facts, domain).threads;
-}
+const BudgetRow budgetRows[] = {
+    {"no request", {.settings{.dynamic = 1}}, 6, 6},
+    {"hyper-threads are not used by default", {.settings{.dynamic = 1}, .ompMaxThreads = 16}, 8, 8},
+    {"a request is kept to the cores", {.settings{.requested{16}, .dynamic = 1}}, 8, 8},
+    {"unless taken as it is", {.settings{.requested{16, -1}, .dynamic = 0}}, 16, 16},
+    {"inside a region", {.settings{.requested{5, 3}, .dynamic = 1}, .inParallel = true}, 1, 1},
+    {"nested", {.settings{.requested{16, -1}, .dynamic = 0}, .inParallel = true}, 16, 16},
+    {"a domain's request leaves the others to OpenMP", {.settings{.requested{-1, 3}, .dynamic = 1}}, 6, 3},
+    {"and wins over the one for all", {.settings{.requested{2, 3}, .dynamic = 1}}, 2, 3},
+    {"0 is no request", {.settings{.requested{2, 0}, .dynamic = 1}}, 2, 2},
+    {"the runtime's limit", {.settings{.requested{2147483647, 4}, .dynamic = 0}, .threadLimit = 5}, 5, 4},
+    {"a limit for all", {.settings{.requested{2147483647, 1025}, .dynamic = 0}, .threadLimit = 1 << 30}, 1024, 1024},
+    {"OpenMP's own number", {.settings{.dynamic = 0}, .ompMaxThreads = 5000}, 1024, 1024},
+    {"after a fork", {.settings{.requested{16, 3}, .dynamic = 0}, .threadsLost = true}, 1, 1},
+    {"processes without thread level", {.settings{.dynamic = 1, .mpiProcsPerNode = 2}}, 1, 1},
+    {"a share", {.settings{.dynamic = 1, .mpiProcsPerNode = 2, .mpiThreadLevel = 1}}, 4, 4},
+    {"one core a process", {.settings{.dynamic = 1, .mpiProcsPerNode = 5, .mpiThreadLevel = 1}}, 1, 1},
+    {"OMP_NUM_THREADS", {.settings{.dynamic = 1, .ompNumThreads = 1, .mpiProcsPerNode = 5}}, 6, 6},
+    {"a request and a launcher", {.settings{.requested{7, -1}, .dynamic = 1, .mpiProcsPerNode = 5}}, 7, 7},
+    {"told to be single", {.settings{.requested{7, -1}, .dynamic = 1}, .mpiThreaded = 0}, 1, 1},
+    {"told to be threaded", {.settings{.dynamic = 1, .mpiProcsPerNode = 5}, .mpiThreaded = 1}, 6, 6},
+};
 
-TEST(ThreadBudget, RequestsAndCores) {
-    BudgetFacts facts = machine_of(8, 16);
-    EXPECT_EQ(budget(facts), 8) << "hyper-threads are not used by default";
-    facts.settings.requested[QRV_DOMAIN_ALL] = 16;
-    EXPECT_EQ(budget(facts), 8);
-    facts.settings.dynamic = 0;
-    EXPECT_EQ(budget(facts), 16);
-    facts.inParallel = true;
-    EXPECT_EQ(budget(facts), 16) << "without dynamic adjustment a region does not matter";
-    facts.settings.dynamic = 1;
-    EXPECT_EQ(budget(facts), 1);
-}
-
-TEST(ThreadBudget, Domains) {
-    BudgetFacts facts = machine_of(8, 6);
-    facts.settings.requested[QRV_DOMAIN_BLAS] = 3;
-    EXPECT_EQ(budget(facts, QRV_DOMAIN_BLAS), 3);
-    EXPECT_EQ(budget(facts), 6) << "the query for everything falls to OpenMP's number";
-    EXPECT_EQ(budget(facts, QRV_DOMAIN_FFT), 6);
-    facts.settings.requested[QRV_DOMAIN_ALL] = 2;
-    EXPECT_EQ(budget(facts, QRV_DOMAIN_BLAS), 3);
-    EXPECT_EQ(budget(facts, QRV_DOMAIN_VEC), 2);
-    for (const int other : {0, 4, -1})
-        EXPECT_EQ(budget(facts, other), 2) << other;
-    facts.settings.requested[QRV_DOMAIN_BLAS] = 0;
-    EXPECT_EQ(budget(facts, QRV_DOMAIN_BLAS), 2) << "0 is no request";
-}
-
-TEST(ThreadBudget, MessagePassing) {
-    BudgetFacts facts = machine_of(8, 8);
-    facts.settings.mpiProcsPerNode = 2;
-    EXPECT_EQ(budget(facts), 1) << "no thread level";
-    facts.settings.mpiThreadLevel = 1;
-    EXPECT_EQ(budget(facts), 4);
-    facts.settings.mpiProcsPerNode = 5;
-    EXPECT_EQ(budget(facts), 1) << "one core a process";
-    facts.settings.ompNumThreads = 1;
-    EXPECT_EQ(budget(facts), 8) << "OMP_NUM_THREADS sets the launcher's number aside";
-    facts.settings.ompNumThreads = -1;
-    facts.settings.requested[QRV_DOMAIN_ALL] = 6;
-    EXPECT_EQ(budget(facts), 6);
-    facts.mpiThreaded = 0;
-    EXPECT_EQ(budget(facts), 1);
-    facts.mpiThreaded = 1;
-    EXPECT_EQ(budget(facts), 6);
+TEST(ThreadBudget, Decision) {
+    for (BudgetRow row : budgetRows) {
+        row.facts.physicalCores = 8;
+        if (row.facts.ompMaxThreads == 1)
+            row.facts.ompMaxThreads = 6;
+        EXPECT_EQ(thread_budget(row.facts, QRV_DOMAIN_ALL).threads, row.all) << row.what;
+        EXPECT_EQ(thread_budget(row.facts, QRV_DOMAIN_BLAS).threads, row.blas) << row.what;
+        for (const int other : {4, -1})
+            EXPECT_EQ(thread_budget(row.facts, other).threads, row.all) << row.what;
+    }
 }
 
 // ---- Core count -------------------------------------------------------------------------------------------
@@ -167,7 +149,7 @@ struct SimulatedMachine {
     std::vector<int> apicIds; // by processor number; -1 where there is none
     std::uint32_t logicalPerPackage = 1, coresPerPackage = 1, highestLeaf = 11;
     bool knownVendor = true;
-    bool confined = false;
+    bool confined = false, refuses = false;
     int pinned = -1;
     int restores = 0;
 
@@ -177,7 +159,7 @@ struct SimulatedMachine {
         process = system;
         if (confined)
             process[0] = false;
-        return true;
+        return !refuses;
     }
     bool pin(int processor) {
         if (apicIds[static_cast<std::size_t>(processor)] < 0)
@@ -189,7 +171,6 @@ struct SimulatedMachine {
         pinned = -1;
         ++restores;
     }
-    void yield() {}
     CpuidWords cpuid(int leaf, int) const {
         const auto apicId = static_cast<std::uint32_t>(pinned < 0 ? 0 : apicIds[static_cast<std::size_t>(pinned)]);
         if (leaf == 0)
@@ -211,7 +192,7 @@ std::vector<int> ids(int count, int step = 1) {
 CoreCount count(SimulatedMachine machine) {
     const CoreCount result = qrv_serv_count_cores(machine);
     EXPECT_EQ(machine.pinned, -1);
-    if (!result.restricted) {
+    if (result.outcome == CountOutcome::counted) {
         EXPECT_EQ(machine.restores, 1) << "the thread is put back exactly once";
     }
     return result;
@@ -271,11 +252,15 @@ TEST(CoreCount, SimulatedMachines) {
     }
 }
 
-TEST(CoreCount, ConfinedProcessIsOneCore) {
-    const CoreCount found = count({.apicIds = ids(8), .knownVendor = false, .confined = true});
-    EXPECT_TRUE(found.restricted);
-    EXPECT_EQ(found.physicalCores, 1);
-    EXPECT_EQ(found.logicalProcessors, 1);
+TEST(CoreCount, OneWhereNothingCanBeCounted) {
+    const SimulatedMachine confined{.apicIds = ids(8), .confined = true}, refusing{.apicIds = ids(8), .refuses = true};
+    for (const auto& [machine, outcome] :
+         {std::pair(confined, CountOutcome::confined), {refusing, CountOutcome::refused}}) {
+        const CoreCount found = count(machine);
+        EXPECT_EQ(found.outcome, outcome);
+        EXPECT_EQ(found.physicalCores, 1);
+        EXPECT_EQ(found.logicalProcessors, 1);
+    }
 }
 
 // ---- A fresh process --------------------------------------------------------------------------------------
@@ -318,10 +303,19 @@ TEST(BudgetEnvironment, ReadOnceAndConfined) {
     if (std::thread::hardware_concurrency() < 2)
         GTEST_SKIP() << "one processor: nothing to confine";
     found = probe({"pin", "threads"}, {{"QRV_NUM_THREADS", "8"}});
-    EXPECT_EQ(found["restricted"], "1");
+    EXPECT_EQ(found["uncounted"], "1");
     EXPECT_EQ(found["all"], "1") << "a confined process counts as one core";
-    const ChildResult text = run_program(QRV_PROBE, {"pin", "configuration"}, {{"QRV_NUM_THREADS", "8"}});
-    EXPECT_NE(text.out.find("QRV_DYNAMIC=FALSE takes the request as it is"), std::string::npos) << text.out;
+}
+
+TEST(BudgetEnvironment, BoundThreadsDoNotConfineTheProcess) {
+    auto found = probe({"pinned_thread", "threads"}, {{"QRV_NUM_THREADS", "8"}});
+    EXPECT_EQ(found["affinity_kept"], "1") << "the caller's own mask";
+    EXPECT_EQ(found["uncounted"], "0");
+    for (const char* bind : {"true", "spread", "false"}) {
+        found = probe({"threads"}, {{"QRV_NUM_THREADS", "8"}, {"OMP_PROC_BIND", bind}});
+        EXPECT_EQ(found["uncounted"], "0") << bind;
+        EXPECT_EQ(found["all"], std::to_string(std::min(8, std::stoi(found["cores"])))) << bind;
+    }
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 
 #include "qrv/service.h"
 #include "service/processor.hpp"
+#include "service/thread_budget.hpp"
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
@@ -19,5 +20,7 @@ int main(int argc, char** argv) {
             return 1;
         }
     }
+    if (std::getenv("OMP_THREAD_LIMIT"))
+        qrv::assume_thread_limit(qrv::largestTeam); // regions are to ask for more threads than they get
     return RUN_ALL_TESTS();
 }

@@ -30,7 +30,7 @@ void print_threads() {
     print("dynamic", qrv_serv_get_dynamic());
     print("omp", omp_get_max_threads());
     print("cores", qrv::counted_cores().physicalCores);
-    print("restricted", qrv::counted_cores().restricted);
+    print("uncounted", qrv::counted_cores().outcome != qrv::CountOutcome::counted);
 }
 
 void print_inside_region() {
@@ -75,6 +75,14 @@ void pin_to_first_processor() {
     sched_setaffinity(0, sizeof own, &own);
 }
 
+// The first query of a process from a thread that may use one processor.
+void query_from_pinned_thread() {
+    std::thread([] {
+        pin_to_first_processor();
+        print_affinity_kept();
+    }).join();
+}
+
 void print_configuration() {
     std::string text(static_cast<std::size_t>(qrv_serv_get_configuration(nullptr, 0)) + 1, '\0');
     qrv_serv_get_configuration(text.data(), static_cast<int>(text.size()));
@@ -102,6 +110,8 @@ int main(int argc, char** argv) {
             print_pool();
         else if (step == "affinity")
             print_affinity_kept();
+        else if (step == "pinned_thread")
+            query_from_pinned_thread();
         else if (step == "pin")
             pin_to_first_processor();
         else if (step == "configuration")

@@ -42,9 +42,8 @@ QRV_API void CGETRS(const char* trans, const int* n, const int* nrhs, const qrv_
  * n         order of A, at least 0
  * a, lda    the factors, overwritten by inv(A); lda >= max(1, n)
  * ipiv      the interchanges
- * work      lwork elements; work(1) becomes the length that was used
- * lwork     at least max(1, n), 64*n for full speed; -1: work(1) becomes the length for full speed, nothing else is
- *           done
+ * work      lwork elements; work(1) becomes the length for full speed
+ * lwork     at least max(1, n), 64*n for full speed; -1: work(1) becomes that length, and nothing else is done
  * info      0; -1, -3, -6 for a bad argument; i > 0: diagonal element i of U is exactly 0, A is singular and its
  *           factors are unchanged
  */

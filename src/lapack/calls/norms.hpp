@@ -1,4 +1,5 @@
-// Norms and what estimates them, by value, for other families. Instantiated for both element types.
+// Norms and what estimates them, by value, for the rows of their routines and for other families. Instantiated for both
+// element types.
 #pragma once
 
 #include "blas/complex.hpp"
@@ -18,6 +19,10 @@ constexpr Norm norm_of(char option) {
 // scale^2 * sumsq, a sum of squares that does not overflow.
 struct ScaledSquares {
     float scale, sumsq;
+    void store(float* toScale, float* toSumsq) const {
+        *toScale = scale;
+        *toSumsq = sumsq;
+    }
 };
 
 // The same with the squares of the parts of n elements added.
@@ -29,6 +34,15 @@ template <class T>
 float lange(Norm norm, int m, int n, Matrix<const T> a, float* work);
 template <class T>
 float lantr(Norm norm, Uplo uplo, Diag diag, int m, int n, Matrix<const T> a, float* work);
+
+// B := A, the named part of an m x n matrix only.
+enum class Part : char { upper = 'U', lower = 'L', whole = 'A' };
+
+constexpr Part part_of(char uplo) {
+    return is_option(uplo, 'U') ? Part::upper : is_option(uplo, 'L') ? Part::lower : Part::whole;
+}
+template <class T>
+void lacpy(Part part, int m, int n, Matrix<const T> a, Matrix<T> b);
 
 // x := x / divisor, without overflow on the way; x is not scaled by more than it must be.
 template <class T>

@@ -1,8 +1,11 @@
-// Triangular matrices, by value, for other families. Instantiated for both element types.
+// Triangular matrices, by value, for the rows of their routines and for other families. Instantiated for both element
+// types.
 #pragma once
 
 #include "blas/complex.hpp"
 #include "blas/options.hpp"
+#include "lapack/calls/norms.hpp"
+#include "lapack/workspace.hpp"
 
 namespace qrv::lapack {
 
@@ -29,5 +32,26 @@ void trti2(Uplo uplo, Diag diag, int n, Matrix<T> a);
 // The same in blocks. Result: 0, or the position of a zero on the diagonal, with nothing done.
 template <class T>
 int trtri(Uplo uplo, Diag diag, int n, Matrix<T> a);
+
+// Overwrites B with the solution X of op(A) X = B. Result: 0, or the position of a zero on the diagonal of A, with
+// nothing done.
+template <class T>
+int trtrs(Uplo uplo, Op op, Diag diag, int n, int nrhs, Matrix<const T> a, Matrix<T> b);
+
+// The parts of the work arrays of trcon: two vectors, and the row sums of the norm, then those of the columns.
+template <class T>
+struct TrconWork {
+    T *x, *v;
+    float* sums;
+    int* isgn;
+};
+template <class T>
+TrconWork<T> trcon_work(int n, EstimateWork<T>& from) {
+    return {from.vector(n), from.vector(n), from.reals(n), from.signs(n)};
+}
+
+// Reciprocal condition number.
+template <class T>
+float trcon(Norm norm, Uplo uplo, Diag diag, int n, Matrix<const T> a, EstimateWork<T> work);
 
 } // namespace qrv::lapack

@@ -1,10 +1,9 @@
-// SGETRF, CGETRF: argument checks and the choice of a route.
-#include <algorithm>
+// SGETRF, CGETRF: the choice of a route.
+#include "lapack/kernel/source/lu/getrf.hpp"
 
 #include "lapack/arguments.hpp"
-#include "lapack/kernel/source/lu/getrf.hpp"
+#include "lapack/calls/lu.hpp"
 #include "lapack/kernel/source/lu/getrf_route.hpp"
-#include "lapack/lapack.hpp"
 #include "service/tuning.hpp"
 
 namespace qrv::lapack {
@@ -17,13 +16,6 @@ struct GetrfMachine {
     int crossover(int threadCount) const { return tuning::crossover(RoutineName<T>("GETRF"), m, n, threadCount); }
     int block_size(int threadCount) const { return tuning::block_size(RoutineName<T>("GETRF"), m, n, threadCount); }
 };
-
-// Reports a bad argument. Whether there is something to factor; if not, *info is the result.
-template <class T>
-bool begin(int m, int n, int lda, int* info) {
-    const int bad = m < 0 ? 1 : n < 0 ? 2 : lda < std::max(1, m) ? 4 : 0;
-    return arguments_good(RoutineName<T>("GETRF"), bad, info) && m > 0 && n > 0;
-}
 
 template <class T>
 int factor(const GetrfRoute& route, int m, int n, Matrix<T> a, int* ipiv) {
@@ -39,32 +31,21 @@ int factor(const GetrfRoute& route, int m, int n, Matrix<T> a, int* ipiv) {
     }
 }
 
-template <class T>
-void getrf(int m, int n, T* a, int lda, int* ipiv, int* info) {
-    if (begin<T>(m, n, lda, info))
-        *info = factor<T>(getrf_route(m, n, GetrfMachine<T>{m, n}), m, n, {a, lda}, ipiv);
-}
-
-template <class T>
-void getrf_ib_checked(int m, int n, T* a, int lda, int* ipiv, int* info) {
-    if (begin<T>(m, n, lda, info))
-        *info = factor<T>(getrf_ib_route(qrv_serv_get_max_threads()), m, n, {a, lda}, ipiv);
-}
-
 } // namespace
+
+template <class T>
+int getrf(int m, int n, Matrix<T> a, int* ipiv) {
+    return m > 0 && n > 0 ? factor<T>(getrf_route(m, n, GetrfMachine<T>{m, n}), m, n, a, ipiv) : 0;
+}
+
+template <class T>
+int getrf_ib_omp(int m, int n, Matrix<T> a, int* ipiv) {
+    return m > 0 && n > 0 ? factor<T>(getrf_ib_route(qrv_serv_get_max_threads()), m, n, a, ipiv) : 0;
+}
+
+template int getrf(int, int, Matrix<float>, int*);
+template int getrf(int, int, Matrix<SingleComplex>, int*);
+template int getrf_ib_omp(int, int, Matrix<float>, int*);
+template int getrf_ib_omp(int, int, Matrix<SingleComplex>, int*);
+
 } // namespace qrv::lapack
-
-using namespace qrv;
-
-void qrv_lapack_sgetrf(const int* m, const int* n, float* a, const int* lda, int* ipiv, int* info) {
-    lapack::getrf(*m, *n, a, *lda, ipiv, info);
-}
-void qrv_lapack_cgetrf(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info) {
-    lapack::getrf(*m, *n, a, *lda, ipiv, info);
-}
-void qrv_lapack_sgetrf_ib_omp(const int* m, const int* n, float* a, const int* lda, int* ipiv, int* info) {
-    lapack::getrf_ib_checked(*m, *n, a, *lda, ipiv, info);
-}
-void qrv_lapack_cgetrf_ib_omp(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info) {
-    lapack::getrf_ib_checked(*m, *n, a, *lda, ipiv, info);
-}

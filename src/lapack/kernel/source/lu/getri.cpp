@@ -10,8 +10,8 @@
 
 #include "blas/calls.hpp"
 #include "lapack/arguments.hpp"
+#include "lapack/calls/lu.hpp"
 #include "lapack/calls/triangular.hpp"
-#include "lapack/lapack.hpp"
 #include "service/tuning.hpp"
 
 namespace qrv::lapack {
@@ -56,57 +56,39 @@ void interchange_columns(int n, Matrix<T> a, const int* ipiv) {
             kernel::swap(n, a.column(0, j), a.column(0, pivot));
 }
 
-// How the workspace is used: nb columns at a time, 1 for column by column.
-struct GetriBlocking {
-    int nb;
-    int used; // elements of work
-};
+} // namespace
 
 template <class T>
-GetriBlocking getri_blocking(int n, int wanted, int lwork) {
+std::int64_t getri_work(int n) {
+    return std::int64_t{std::max(0, n)} * tuning::block_size(RoutineName<T>("GETRI"), n);
+}
+
+template <class T>
+int getri(int n, Matrix<T> a, const int* ipiv, T* work, int lwork) {
+    if (n == 0)
+        return 0;
+    if (const int zero = trtri(Uplo::upper, Diag::nonUnit, n, a))
+        return zero;
+    // Blocks of nb columns, or column by column.
+    const int wanted = tuning::block_size(RoutineName<T>("GETRI"), n);
+    const std::int64_t wantedWork = wanted > 1 && wanted < n ? getri_work<T>(n) : n;
     int nb = wanted, fewest = 2;
-    if (nb > 1 && nb < n && lwork < n * nb) {
+    if (lwork < wantedWork) {
         nb = lwork / n;
         fewest = std::max(2, tuning::minimum_block_size(RoutineName<T>("GETRI")));
     }
-    const bool blocked = nb >= fewest && nb < n;
-    return {blocked ? nb : 1, blocked ? n * nb : n};
-}
-
-template <class T>
-int getri(int n, Matrix<T> a, const int* ipiv, T* work, int lwork, int wanted) {
-    if (const int zero = trtri(Uplo::upper, Diag::nonUnit, n, a))
-        return zero;
-    const GetriBlocking blocking = getri_blocking<T>(n, wanted, lwork);
-    if (blocking.nb > 1)
-        solve_by_blocks(n, blocking.nb, a, Matrix<T>{work, n});
+    if (nb >= fewest && nb < n)
+        solve_by_blocks(n, nb, a, Matrix<T>{work, n});
     else
         solve_by_columns(n, a, work);
     interchange_columns(n, a, ipiv);
-    work[0] = work_size<T>(blocking.used);
+    work[0] = work_size<T>(wantedWork);
     return 0;
 }
 
-template <class T>
-void getri_checked(int n, T* a, int lda, const int* ipiv, T* work, int lwork, int* info) {
-    constexpr int query = -1;
-    const int bad = n < 0 ? 1 : lda < std::max(1, n) ? 3 : lwork < std::max(1, n) && lwork != query ? 6 : 0;
-    const int nb = tuning::block_size(RoutineName<T>("GETRI"), n);
-    work[0] = work_size<T>(std::int64_t{std::max(0, n)} * nb);
-    if (arguments_good(RoutineName<T>("GETRI"), bad, info) && lwork != query && n > 0)
-        *info = getri<T>(n, {a, lda}, ipiv, work, lwork, nb);
-}
+template std::int64_t getri_work<float>(int);
+template std::int64_t getri_work<SingleComplex>(int);
+template int getri(int, Matrix<float>, const int*, float*, int);
+template int getri(int, Matrix<SingleComplex>, const int*, SingleComplex*, int);
 
-} // namespace
 } // namespace qrv::lapack
-
-using namespace qrv;
-
-void qrv_lapack_sgetri(const int* n, float* a, const int* lda, const int* ipiv, float* work, const int* lwork,
-                       int* info) {
-    lapack::getri_checked(*n, a, *lda, ipiv, work, *lwork, info);
-}
-void qrv_lapack_cgetri(const int* n, qrv_complex* a, const int* lda, const int* ipiv, qrv_complex* work,
-                       const int* lwork, int* info) {
-    lapack::getri_checked(*n, a, *lda, ipiv, work, *lwork, info);
-}

@@ -6,7 +6,6 @@
 
 #include "blas/calls.hpp"
 #include "lapack/calls/lu.hpp"
-#include "lapack/lapack.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -56,14 +55,3 @@ template void laswp(int, Matrix<float>, int, int, const int*, int);
 template void laswp(int, Matrix<SingleComplex>, int, int, const int*, int);
 
 } // namespace qrv::lapack
-
-using namespace qrv;
-
-void qrv_lapack_slaswp(const int* n, float* a, const int* lda, const int* k1, const int* k2, const int* ipiv,
-                       const int* incx) {
-    lapack::laswp<float>(*n, {a, *lda}, *k1, *k2, ipiv, *incx);
-}
-void qrv_lapack_claswp(const int* n, qrv_complex* a, const int* lda, const int* k1, const int* k2, const int* ipiv,
-                       const int* incx) {
-    lapack::laswp<SingleComplex>(*n, {a, *lda}, *k1, *k2, ipiv, *incx);
-}

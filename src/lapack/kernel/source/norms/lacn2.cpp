@@ -12,7 +12,6 @@
 #include "blas/calls.hpp"
 #include "lapack/calls/norms.hpp"
 #include "lapack/elements.hpp"
-#include "lapack/lapack.hpp"
 #include "service/machine_constants.hpp"
 
 namespace qrv::lapack {
@@ -210,12 +209,3 @@ template void lacn2(int, float*, float*, int*, float*, int*, int*);
 template void lacn2(int, SingleComplex*, SingleComplex*, int*, float*, int*, int*);
 
 } // namespace qrv::lapack
-
-using namespace qrv;
-
-void qrv_lapack_slacn2(const int* n, float* v, float* x, int* isgn, float* est, int* kase, int* isave) {
-    lapack::lacn2<float>(*n, v, x, isgn, est, kase, isave);
-}
-void qrv_lapack_clacn2(const int* n, qrv_complex* v, qrv_complex* x, float* est, int* kase, int* isave) {
-    lapack::lacn2<SingleComplex>(*n, v, x, nullptr, est, kase, isave);
-}

@@ -1,9 +1,7 @@
 // SLACPY, CLACPY: a matrix, or a triangle of it, copied.
 #include <cstring>
 
-#include "blas/complex.hpp"
-#include "blas/options.hpp"
-#include "lapack/lapack.hpp"
+#include "lapack/calls/norms.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -20,9 +18,11 @@ void copy_column(int rows, const T* from, T* to) {
             to[i] = from[i];
 }
 
+} // namespace
+
 template <class T>
-void lacpy(char uplo, int m, int n, Matrix<const T> a, Matrix<T> b) {
-    const bool upper = is_option(uplo, 'U'), lower = is_option(uplo, 'L');
+void lacpy(Part part, int m, int n, Matrix<const T> a, Matrix<T> b) {
+    const bool upper = part == Part::upper, lower = part == Part::lower;
     for (int j = 0; j < n; ++j) {
         const int first = lower ? j : 0, last = upper ? smaller(j + 1, m) : m;
         if (first < last)
@@ -30,16 +30,7 @@ void lacpy(char uplo, int m, int n, Matrix<const T> a, Matrix<T> b) {
     }
 }
 
-} // namespace
+template void lacpy(Part, int, int, Matrix<const float>, Matrix<float>);
+template void lacpy(Part, int, int, Matrix<const SingleComplex>, Matrix<SingleComplex>);
+
 } // namespace qrv::lapack
-
-using namespace qrv;
-
-void qrv_lapack_slacpy(const char* uplo, const int* m, const int* n, const float* a, const int* lda, float* b,
-                       const int* ldb) {
-    lapack::lacpy<float>(*uplo, *m, *n, {a, *lda}, {b, *ldb});
-}
-void qrv_lapack_clacpy(const char* uplo, const int* m, const int* n, const qrv_complex* a, const int* lda,
-                       qrv_complex* b, const int* ldb) {
-    lapack::lacpy<SingleComplex>(*uplo, *m, *n, {a, *lda}, {b, *ldb});
-}

@@ -1,7 +1,6 @@
 // SLANGE, CLANGE: norms of a general matrix.
 #include "lapack/calls/norms.hpp"
 #include "lapack/kernel/source/norms/matrix_norm.hpp"
-#include "lapack/lapack.hpp"
 
 namespace qrv::lapack {
 
@@ -26,13 +25,3 @@ template float lange(Norm, int, int, Matrix<const float>, float*);
 template float lange(Norm, int, int, Matrix<const SingleComplex>, float*);
 
 } // namespace qrv::lapack
-
-using namespace qrv;
-
-float qrv_lapack_slange(const char* norm, const int* m, const int* n, const float* a, const int* lda, float* work) {
-    return lapack::lange<float>(lapack::norm_of(*norm), *m, *n, {a, *lda}, work);
-}
-float qrv_lapack_clange(const char* norm, const int* m, const int* n, const qrv_complex* a, const int* lda,
-                        float* work) {
-    return lapack::lange<SingleComplex>(lapack::norm_of(*norm), *m, *n, {a, *lda}, work);
-}

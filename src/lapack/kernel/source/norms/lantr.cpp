@@ -1,7 +1,6 @@
 // SLANTR, CLANTR: norms of a triangular or trapezoidal matrix.
 #include "lapack/calls/norms.hpp"
 #include "lapack/kernel/source/norms/matrix_norm.hpp"
-#include "lapack/lapack.hpp"
 
 namespace qrv::lapack {
 
@@ -32,15 +31,3 @@ template float lantr(Norm, Uplo, Diag, int, int, Matrix<const float>, float*);
 template float lantr(Norm, Uplo, Diag, int, int, Matrix<const SingleComplex>, float*);
 
 } // namespace qrv::lapack
-
-using namespace qrv;
-
-float qrv_lapack_slantr(const char* norm, const char* uplo, const char* diag, const int* m, const int* n,
-                        const float* a, const int* lda, float* work) {
-    return lapack::lantr<float>(lapack::norm_of(*norm), uplo_of(*uplo), diag_of(*diag), *m, *n, {a, *lda}, work);
-}
-float qrv_lapack_clantr(const char* norm, const char* uplo, const char* diag, const int* m, const int* n,
-                        const qrv_complex* a, const int* lda, float* work) {
-    return lapack::lantr<SingleComplex>(lapack::norm_of(*norm), uplo_of(*uplo), diag_of(*diag), *m, *n, {a, *lda},
-                                        work);
-}

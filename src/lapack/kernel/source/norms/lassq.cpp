@@ -2,7 +2,6 @@
 #include <cmath>
 
 #include "lapack/calls/norms.hpp"
-#include "lapack/lapack.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -37,21 +36,3 @@ template ScaledSquares lassq(int, const float*, int, ScaledSquares);
 template ScaledSquares lassq(int, const SingleComplex*, int, ScaledSquares);
 
 } // namespace qrv::lapack
-
-namespace {
-
-template <class T>
-void update_squares(const int* n, const T* x, const int* incx, float* scale, float* sumsq) {
-    const qrv::lapack::ScaledSquares sum = qrv::lapack::lassq<T>(*n, x, *incx, {*scale, *sumsq});
-    *scale = sum.scale;
-    *sumsq = sum.sumsq;
-}
-
-} // namespace
-
-void qrv_lapack_slassq(const int* n, const float* x, const int* incx, float* scale, float* sumsq) {
-    update_squares(n, x, incx, scale, sumsq);
-}
-void qrv_lapack_classq(const int* n, const qrv_complex* x, const int* incx, float* scale, float* sumsq) {
-    update_squares(n, x, incx, scale, sumsq);
-}

@@ -6,7 +6,6 @@
 
 #include "blas/calls.hpp"
 #include "lapack/calls/norms.hpp"
-#include "lapack/lapack.hpp"
 #include "service/machine_constants.hpp"
 
 namespace qrv::lapack {
@@ -31,12 +30,3 @@ template void rscl(int, float, float*, int);
 template void rscl(int, float, SingleComplex*, int);
 
 } // namespace qrv::lapack
-
-using namespace qrv;
-
-void qrv_lapack_srscl(const int* n, const float* sa, float* sx, const int* incx) {
-    lapack::rscl<float>(*n, *sa, sx, *incx);
-}
-void qrv_lapack_csrscl(const int* n, const float* sa, qrv_complex* sx, const int* incx) {
-    lapack::rscl<SingleComplex>(*n, *sa, sx, *incx);
-}

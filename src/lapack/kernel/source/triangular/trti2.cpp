@@ -9,9 +9,7 @@
 #include <algorithm>
 
 #include "blas/calls.hpp"
-#include "lapack/arguments.hpp"
 #include "lapack/calls/triangular.hpp"
-#include "lapack/lapack.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -23,13 +21,6 @@ T invert_diagonal(Diag diag, T& a) {
         return scalar<T>(-1);
     a = scalar<T>(1) / a;
     return -a;
-}
-
-template <class T>
-void invert(char uplo, char diag, int n, T* a, int lda, int* info) {
-    const int bad = !is_one_of(uplo, "UL") ? 1 : !is_one_of(diag, "NU") ? 2 : n < 0 ? 3 : lda < std::max(1, n) ? 5 : 0;
-    if (arguments_good(RoutineName<T>("TRTI2"), bad, info))
-        trti2<T>(uplo_of(uplo), diag_of(diag), n, {a, lda});
 }
 
 } // namespace
@@ -57,12 +48,3 @@ template void trti2(Uplo, Diag, int, Matrix<float>);
 template void trti2(Uplo, Diag, int, Matrix<SingleComplex>);
 
 } // namespace qrv::lapack
-
-using namespace qrv;
-
-void qrv_lapack_strti2(const char* uplo, const char* diag, const int* n, float* a, const int* lda, int* info) {
-    lapack::invert(*uplo, *diag, *n, a, *lda, info);
-}
-void qrv_lapack_ctrti2(const char* uplo, const char* diag, const int* n, qrv_complex* a, const int* lda, int* info) {
-    lapack::invert(*uplo, *diag, *n, a, *lda, info);
-}

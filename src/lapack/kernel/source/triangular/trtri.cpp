@@ -11,7 +11,6 @@
 #include "blas/calls.hpp"
 #include "lapack/arguments.hpp"
 #include "lapack/calls/triangular.hpp"
-#include "lapack/lapack.hpp"
 #include "service/tuning.hpp"
 
 namespace qrv::lapack {
@@ -42,13 +41,6 @@ void invert_lower(Diag diag, int n, int nb, Matrix<T> a) {
     }
 }
 
-template <class T>
-void trtri_checked(char uplo, char diag, int n, T* a, int lda, int* info) {
-    const int bad = !is_one_of(uplo, "UL") ? 1 : !is_one_of(diag, "NU") ? 2 : n < 0 ? 3 : lda < std::max(1, n) ? 5 : 0;
-    if (arguments_good(RoutineName<T>("TRTRI"), bad, info))
-        *info = trtri<T>(uplo_of(uplo), diag_of(diag), n, {a, lda});
-}
-
 } // namespace
 
 template <class T>
@@ -70,12 +62,3 @@ template int trtri(Uplo, Diag, int, Matrix<float>);
 template int trtri(Uplo, Diag, int, Matrix<SingleComplex>);
 
 } // namespace qrv::lapack
-
-using namespace qrv;
-
-void qrv_lapack_strtri(const char* uplo, const char* diag, const int* n, float* a, const int* lda, int* info) {
-    lapack::trtri_checked(*uplo, *diag, *n, a, *lda, info);
-}
-void qrv_lapack_ctrtri(const char* uplo, const char* diag, const int* n, qrv_complex* a, const int* lda, int* info) {
-    lapack::trtri_checked(*uplo, *diag, *n, a, *lda, info);
-}

@@ -1,0 +1,50 @@
+// The entries of LAPACK and the routines that they frame, from their rows.
+#include "lapack/lapack.hpp"
+#include "entry/checks.hpp"
+#include "lapack/arguments.hpp"
+#include "lapack/calls/lu.hpp"
+#include "lapack/calls/norms.hpp"
+#include "lapack/calls/triangular.hpp"
+
+namespace qrv::lapack {
+
+using namespace entry;
+
+extern "C" {
+
+#define ROUTE(NAME, name, PARAMETERS, CHECKS, ...)                                                                     \
+    void QRV_LAPACK_MEMBER(name) PARAMETERS {                                                                          \
+        if (Arguments{QRV_MEMBER_TEXT(NAME), info} CHECKS)                                                             \
+            __VA_ARGS__;                                                                                               \
+    }
+#define CHECKED(NAME, name, PARAMETERS, CHECKS, ...)                                                                   \
+    ROUTE(NAME, name, PARAMETERS, CHECKS, __VA_ARGS__)                                                                 \
+    void QRV_MEMBER(NAME) PARAMETERS {                                                                                 \
+        install_default_services();                                                                                    \
+        if (Arguments{QRV_MEMBER_TEXT(NAME), info} CHECKS)                                                             \
+            __VA_ARGS__;                                                                                               \
+    }
+#define UNCHECKED(Result, NAME, name, PARAMETERS, ...)                                                                 \
+    Result QRV_LAPACK_MEMBER(name) PARAMETERS {                                                                        \
+        __VA_ARGS__;                                                                                                   \
+    }                                                                                                                  \
+    Result QRV_MEMBER(NAME) PARAMETERS {                                                                               \
+        install_default_services();                                                                                    \
+        __VA_ARGS__;                                                                                                   \
+    }
+#define QRV_ROUTINES "routines/lapack.def"
+
+namespace real_members {
+using T = float;
+using IntOrReal = int;
+#include "routines/real_members.def"
+} // namespace real_members
+
+namespace complex_members {
+using T = SingleComplex;
+using IntOrReal = float;
+#include "routines/complex_members.def"
+} // namespace complex_members
+
+} // extern "C"
+} // namespace qrv::lapack

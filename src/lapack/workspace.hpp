@@ -1,0 +1,51 @@
+// Work arrays cut into parts, each by one function that tells their sizes too: on a null array it counts only.
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+
+#include "blas/complex.hpp"
+
+namespace qrv::lapack {
+
+// Gives out one part behind the other.
+template <class T>
+struct WorkParts {
+    T* next = nullptr;
+    std::int64_t taken = 0;
+
+    T* take(std::int64_t count) {
+        T* const part = next;
+        if (next)
+            next += count;
+        taken += count;
+        return part;
+    }
+};
+
+// The two work arrays of a condition estimate: WORK, and IWORK with real elements or RWORK with complex ones.
+template <class T>
+struct EstimateWork {
+    using Second = std::conditional_t<isComplex<T>, float, int>;
+    WorkParts<T> work;
+    WorkParts<Second> second;
+
+    EstimateWork(T* workArray, Second* secondArray) : work{workArray}, second{secondArray} {}
+
+    T* vector(int n) { return work.take(n); }
+    float* reals(int n) {
+        if constexpr (isComplex<T>)
+            return second.take(n);
+        else
+            return work.take(n);
+    }
+    // Only estimates with real elements keep signs.
+    int* signs(int n) {
+        if constexpr (isComplex<T>)
+            return nullptr;
+        else
+            return second.take(n);
+    }
+};
+
+} // namespace qrv::lapack

@@ -1,0 +1,82 @@
+// Bad arguments of the routines of LAPACK.
+#include "entry/checks.hpp"
+#include "lapack/arguments.hpp"
+#include "lapack/calls/lu.hpp"
+#include "lapack/calls/norms.hpp"
+#include "lapack/calls/triangular.hpp"
+#include "lapack/lapack.hpp"
+#include "support/argument_rows.hpp"
+
+namespace qrv::test {
+namespace {
+
+const ArgumentRow rows[] = {
+    {"SGETRF CGETRF SGETRF:getrf_ib_omp CGETRF:getrf_ib_omp",
+     {"3 2 . 3 .", "0 2 . 1 .", "2 0 . 2 ."},
+     "1=-1 2=-1 4=2",
+     {{"1=0 4=0", 4}}},
+    {"SGETRS CGETRS",
+     {"N 3 2 . 3 . . 3", "c 0 2 . 1 . . 1", "t 3 0 . 3 . . 3"},
+     "1=X 1=~ 2=-1 3=-1 5=2 8=2",
+     {{"2=0 5=0", 5}, {"2=0 8=0", 8}}},
+    {"SGETRI CGETRI",
+     {"3 . 3 . w 3", "0 . 1 . w 1", "0 . 1 . w -1", "3 . 3 . w -1"},
+     "1=-1 3=2 6=2 6=-2",
+     {{"1=0 6=0", 6}, {"1=0 3=0", 3}}},
+    {"SGECON CGECON",
+     {"1 3 . 3 1.5 . . .", "o 0 . 1 0 . . .", "i 1 . 1 nan . . ."},
+     "1=F 1=M 2=-1 4=2 5=-1e-30",
+     {{"2=0 4=0", 4}}},
+    {"STRTRS CTRTRS",
+     {"U N N 3 2 . 3 . 3", "l c u 0 2 . 1 . 1", "L T N 3 0 . 3 . 3"},
+     "1=X 2=X 3=X 4=-1 5=-1 7=2 9=2",
+     {{"4=0 7=0", 7}, {"4=0 9=0", 9}}},
+    {"STRTRI CTRTRI STRTI2 CTRTI2", {"U N 3 . 3", "l u 0 . 1"}, "1=X 2=X 3=-1 5=2", {{"3=0 5=0", 5}}},
+    {"STRCON CTRCON",
+     {"1 U N 3 . 3 . . .", "o l u 0 . 1 . . .", "I L U 1 . 1 . . ."},
+     "1=M 1=F 2=X 3=X 4=-1 6=2",
+     {{"4=0 6=0", 6}}},
+    {"SLATRS CLATRS",
+     {"U N N N 3 . 3 . . .", "l t u y 0 . 1 . . .", "L C N Y 2 . 2 . . ."},
+     "1=X 2=X 3=X 4=X 5=-1 7=2",
+     {{"5=0 7=0", 7}}},
+};
+
+// ---- The rows of src/routines -------------------------------------------------------------------------------------
+
+using namespace lapack;
+using namespace entry;
+
+Routines routines;
+
+#pragma GCC diagnostic ignored "-Wunused-parameter"
+#define CHECKED_AS(text, entry, name, PARAMETERS, CHECKS)                                                              \
+    std::set<int> name##_positions PARAMETERS {                                                                        \
+        return positions_of CHECKS;                                                                                    \
+    }                                                                                                                  \
+    const bool name##_enrolled = enroll(routines, text, entry, name##_positions);
+#define CHECKED(NAME, name, PARAMETERS, CHECKS, ...)                                                                   \
+    CHECKED_AS(QRV_MEMBER_TEXT(NAME), QRV_MEMBER(NAME), name, PARAMETERS, CHECKS)
+#define ROUTE(NAME, name, PARAMETERS, CHECKS, ...)                                                                     \
+    CHECKED_AS(QRV_MEMBER_TEXT(NAME) ":" #name, QRV_LAPACK_MEMBER(name), name, PARAMETERS, CHECKS)
+#define UNCHECKED(...)
+#define QRV_ROUTINES "routines/lapack.def"
+
+namespace real_members {
+using T = float;
+using IntOrReal = int;
+#include "routines/real_members.def"
+} // namespace real_members
+
+namespace complex_members {
+using T = SingleComplex;
+using IntOrReal = float;
+#include "routines/complex_members.def"
+} // namespace complex_members
+
+TEST(Arguments, BadOnesAreReportedInTheirOrder) {
+    expect_bad_arguments_reported(rows, routines);
+}
+
+} // namespace
+} // namespace qrv::test
