@@ -3,7 +3,6 @@
 
 #include "blas/blas.hpp"
 #include "blas/thread/32/level3/level3_threads.hpp"
-#include "blas/thread/32/level3/triangle_blocks.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
 #include "blas/thread/common/machine.hpp"
 #include "support/builds.hpp"
@@ -55,7 +54,7 @@ inline const float* real_part(const SingleComplex& x) {
         qrv_blas_##name##_omp(team, arguments(v));                                                                        \
     }
 #define QRV_SLICED sliced_threads(v.m, v.n, ThisMachine{})
-#define QRV_BLOCKED (v.n > serialUpdateUpTo ? ThisMachine{}.budget() : 1)
+#define QRV_BLOCKED update_threads(v.n, ThisMachine{})
 
 template <class T>
 const std::vector<Routine<T>>& routines();
@@ -65,17 +64,17 @@ inline const std::vector<Routine<float>>& routines<float>() {
     using enum What;
     using enum Form::Kind;
     static const std::vector<Routine<float>> list = {
-        {"sgemv", {product, general, true}, QRV_ON_TEAM(sgemv, QRV_GEMV_OF, gemv_threads(sgemvRule, v.trans, v.m, v.n, ThisMachine{}))},
+        {"sgemv", {product, general, true}, QRV_ON_TEAM(sgemv, QRV_GEMV_OF, gemv_threads(sgemvRule, op_of(v.trans), v.m, v.n, ThisMachine{}))},
         {"sgbmv", {product, general, true, true}, QRV_SERIAL(sgbmv, QRV_GBMV_OF)},
-        {"ssymv", {product, symmetric, true}, QRV_ON_TEAM(ssymv, QRV_SYMV_OF, symv_threads(v.n, ThisMachine{}))},
+        {"ssymv", {product, symmetric, true}, QRV_ON_TEAM(ssymv, QRV_SYMV_OF, symv_threads(ssymvRule, v.n, ThisMachine{}))},
         {"ssbmv", {product, symmetric, true, true}, QRV_SERIAL(ssbmv, QRV_SBMV_OF)},
         {"strmv", {inPlace, triangular, true}, QRV_ON_TEAM(strmv, QRV_TRMV_OF, trmv_threads(strmvRule, v.n, ThisMachine{}))},
         {"stbmv", {inPlace, triangular, true, true}, QRV_SERIAL(stbmv, QRV_TBMV_OF)},
         {"strsv", {solve, triangular, true}, QRV_SERIAL(strsv, QRV_TRMV_OF)},
         {"stbsv", {solve, triangular, true, true}, QRV_SERIAL(stbsv, QRV_TBMV_OF)},
         {"sger", {update, general, true}, QRV_SERIAL(sger, QRV_GER_OF)},
-        {"ssyr", {update, symmetric, true}, QRV_ON_TEAM(ssyr, QRV_SYR_OF, syr_threads(v.n, ThisMachine{}))},
-        {"ssyr2", {update2, symmetric, true}, QRV_ON_TEAM(ssyr2, QRV_SYR2_OF, syr_threads(v.n, ThisMachine{}))},
+        {"ssyr", {update, symmetric, true}, QRV_ON_TEAM(ssyr, QRV_SYR_OF, syr_threads(ssyrRule, v.n, ThisMachine{}))},
+        {"ssyr2", {update2, symmetric, true}, QRV_ON_TEAM(ssyr2, QRV_SYR2_OF, syr_threads(ssyrRule, v.n, ThisMachine{}))},
         {"strmm", {inPlace, triangular}, QRV_DECIDED(strmm, QRV_TRMM_OF, QRV_SLICED)},
         {"strsm", {solve, triangular}, QRV_DECIDED(strsm, QRV_TRMM_OF, QRV_SLICED)},
         {"ssymm", {product, symmetric}, QRV_DECIDED(ssymm, QRV_SYMM_OF, QRV_SLICED)},
@@ -90,7 +89,7 @@ inline const std::vector<Routine<SingleComplex>>& routines<SingleComplex>() {
     using enum What;
     using enum Form::Kind;
     static const std::vector<Routine<SingleComplex>> list = {
-        {"cgemv", {product, general, true}, QRV_ON_TEAM(cgemv, QRV_GEMV_OF, gemv_threads(cgemvRule, v.trans, v.m, v.n, ThisMachine{}))},
+        {"cgemv", {product, general, true}, QRV_ON_TEAM(cgemv, QRV_GEMV_OF, gemv_threads(cgemvRule, op_of(v.trans), v.m, v.n, ThisMachine{}))},
         {"chemv", {product, hermitian, true}, QRV_SERIAL(chemv, QRV_SYMV_OF)},
         {"ctrmv", {inPlace, triangular, true}, QRV_ON_TEAM(ctrmv, QRV_TRMV_OF, trmv_threads(ctrmvRule, v.n, ThisMachine{}))},
         {"ctrsv", {solve, triangular, true}, QRV_SERIAL(ctrsv, QRV_TRMV_OF)},

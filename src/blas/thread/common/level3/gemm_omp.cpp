@@ -54,7 +54,7 @@ void gemm_1d_row(const GemmCall<T>& call, GemmPlan<T>* plan, const GemmThreadCon
     const int threads = context.partition.threads;
 #pragma omp for schedule(static, 1)
     for (int i = 0; i < threads; ++i)
-        work_on(call.rows(equal_slice(call.m, threads, i)), plan, context);
+        work_on(rows_of(call, equal_slice(call.m, threads, i)), plan, context);
 }
 
 template <class T>
@@ -62,7 +62,7 @@ void gemm_1d_col(const GemmCall<T>& call, GemmPlan<T>* plan, const GemmThreadCon
     const int threads = context.partition.threads;
 #pragma omp for schedule(static, 1)
     for (int i = 0; i < threads; ++i)
-        work_on(call.columns(equal_slice(call.n, threads, i)), plan, context);
+        work_on(columns_of(call, equal_slice(call.n, threads, i)), plan, context);
 }
 
 // Packed A of one group of threads, for the current block of rows and steps.
@@ -106,13 +106,13 @@ void gemm_1d_acopy(const GemmCall<T>& call, GemmPlan<T>* plan, const GemmThreadC
     for (int l = 0, kc; l < call.k; l += kc) {
         kc = std::min(grid.blocks.kb, call.k - l);
         const int stride = (kc + kUnit - 1) / kUnit * kUnit * mUnit;
-        const GemmCall<T> deep = adding.steps({l, kc});
+        const GemmCall<T> deep = steps_of(adding, Slice{l, kc});
         for (int i0 = 0, mc; i0 < longest; i0 += mc) {
             mc = std::min(grid.blocks.mb, longest - i0);
             const auto block = [&](int thread) -> SharedBlock<T> {
                 const int group = thread / grid.colThreads;
                 const Slice rows = gemm_block(equal_slice(call.m, grid.rowThreads, group, mUnit), i0, mc);
-                return {deep.rows(rows), context.aShared + static_cast<std::size_t>(group) * copyLength, stride};
+                return {rows_of(deep, rows), context.aShared + static_cast<std::size_t>(group) * copyLength, stride};
             };
 #pragma omp for schedule(static, 1)
             for (int t = 0; t < grid.threads; ++t)
@@ -202,10 +202,10 @@ void gemm_small_region(const GemmCall<T>& call, int threads) {
         const int team = omp_get_num_threads(), thread = omp_get_thread_num();
         if (team == 1) {
             serial(call);
-        } else if (gemm_plain_split(call.sizes(), team) == GemmSplit::rows) {
-            serial(call.rows(equal_slice(call.m, team, thread)));
+        } else if (gemm_plain_split(sizes_of(call), team) == GemmSplit::rows) {
+            serial(rows_of(call, equal_slice(call.m, team, thread)));
         } else {
-            GemmCall<T> part = call.columns(equal_slice(call.n, team, thread));
+            GemmCall<T> part = columns_of(call, equal_slice(call.n, team, thread));
             if (byMachine<T> && part.beta != scalar<T>(1)) {
                 kernel::scale(part.m, part.n, part.beta, part.c);
                 part.beta = scalar<T>(1);
@@ -237,9 +237,9 @@ void gemm_large_region(GemmCall<T> call, const GemmFacts& facts, int threads) {
         } else {
             GemmPlan<T> plan = commonPlan;
             GemmThreadContext<T> context = common;
-            context.partition = partition(call.sizes(), &plan, context, team);
+            context.partition = partition(sizes_of(call), &plan, context, team);
             if (context.partition.aCopies > 0)
-                share_copies(call.sizes(), &plan, &context, &sharedCopies);
+                share_copies(sizes_of(call), &plan, &context, &sharedCopies);
             work(call, &plan, context);
         }
     }
@@ -264,7 +264,7 @@ VectorForm form_in_use() {
 // Calls that may repay threads. Out of line, so that a tiny call pays for the gate alone.
 template <class T>
 [[gnu::noinline]] void gemm_with_budget(const GemmCall<T>& call) {
-    const GemmSizes sizes = call.sizes();
+    const GemmSizes sizes = sizes_of(call);
     const int threads = ThisMachine::budget();
     const bool small = gemm_is_small(sizes);
     if (threads <= 1 || (small && !gemm_gains(row_for<T>(realGemmGain, complexGemmGain), sizes, threads,
@@ -295,7 +295,7 @@ void blas::gemm(Op opA, Op opB, int m, int n, int k, Scalar<T> alpha, MatrixIn<T
     if (m <= 0 || n <= 0)
         return;
     const GemmCall<T> call{opA, opB, m, n, k, alpha, a, b, beta, c};
-    if (gemm_may_thread(call.sizes()))
+    if (gemm_may_thread(sizes_of(call)))
         gemm_with_budget(call);
     else
         serial(call);

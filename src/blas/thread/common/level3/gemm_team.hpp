@@ -1,48 +1,41 @@
-// The threaded GEMM behind its entry: one call as a value, the record that each thread of a team works from, and
+// The threaded GEMM behind its entry: slices of a call, the record that each thread of a team works from, and
 // the regions.
 #pragma once
 
 #include "blas/calls.hpp"
+#include "blas/gemm_call.hpp"
 #include "blas/thread/common/level3/gemm_partition.hpp"
 #include "blas/thread/common/machine.hpp"
 
 namespace qrv {
 
-// One GEMM call, which can be cut into slices. A slice is a call of its own.
 template <class T>
-struct GemmCall {
-    Op opA, opB;
-    int m, n, k;
-    T alpha;
-    Matrix<const T> a, b;
-    T beta;
-    Matrix<T> c;
+GemmSizes sizes_of(const GemmCall<T>& q) {
+    return {q.m, q.n, q.k};
+}
 
-    GemmSizes sizes() const { return {m, n, k}; }
-
-    // Those of op(A) and C, of op(B) and C, of op(A) and op(B).
-    GemmCall rows(Slice slice) const {
-        GemmCall part = *this;
-        part.m = slice.count;
-        part.a = opA == Op::none ? a.block(slice.first, 0) : a.block(0, slice.first);
-        part.c = c.block(slice.first, 0);
-        return part;
-    }
-    GemmCall columns(Slice slice) const {
-        GemmCall part = *this;
-        part.n = slice.count;
-        part.b = opB == Op::none ? b.block(0, slice.first) : b.block(slice.first, 0);
-        part.c = c.block(0, slice.first);
-        return part;
-    }
-    GemmCall steps(Slice slice) const {
-        GemmCall part = *this;
-        part.k = slice.count;
-        part.a = opA == Op::none ? a.block(0, slice.first) : a.block(slice.first, 0);
-        part.b = opB == Op::none ? b.block(slice.first, 0) : b.block(0, slice.first);
-        return part;
-    }
-};
+// Slices of a call, each a call of its own: those of op(A) and C, of op(B) and C, of op(A) and op(B).
+template <class T>
+GemmCall<T> rows_of(GemmCall<T> q, Slice slice) {
+    q.m = slice.count;
+    q.a = q.opA == Op::none ? q.a.block(slice.first, 0) : q.a.block(0, slice.first);
+    q.c = q.c.block(slice.first, 0);
+    return q;
+}
+template <class T>
+GemmCall<T> columns_of(GemmCall<T> q, Slice slice) {
+    q.n = slice.count;
+    q.b = q.opB == Op::none ? q.b.block(0, slice.first) : q.b.block(slice.first, 0);
+    q.c = q.c.block(0, slice.first);
+    return q;
+}
+template <class T>
+GemmCall<T> steps_of(GemmCall<T> q, Slice slice) {
+    q.k = slice.count;
+    q.a = q.opA == Op::none ? q.a.block(0, slice.first) : q.a.block(slice.first, 0);
+    q.b = q.opB == Op::none ? q.b.block(slice.first, 0) : q.b.block(0, slice.first);
+    return q;
+}
 
 template <class T>
 void serial(const GemmCall<T>& q) {
