@@ -21,6 +21,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "blas/assert.hpp"
 #include "blas/complex.hpp"
 #include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/cgemm_small.hpp"
@@ -435,6 +436,7 @@ template <class T>
 void gemm_panel(const GemmCall<T>& p) {
     if (p.is_empty())
         return;
+    QRV_ASSERT(p.is_well_formed());
     if (p.alpha == scalar<T>(0))
         return gemm_scale_c(p.m, p.n, p.beta, p.c);
     if (goes_unpacked<T>(transposes(p.opA), transposes(p.opB), p.m, p.n, p.k))
@@ -443,9 +445,8 @@ void gemm_panel(const GemmCall<T>& p) {
     void* block = qrv_serv_allocate(panel_work_bytes<T>(nb), 128);
     if (!block)
         return gemm_small(p);
-    const PanelProduct<T> product{p.m,           p.n,           p.k,
-                                  p.alpha,       p.view_of_a(), p.view_of_b(),
-                                  conjugates(p.opA), conjugates(p.opB)};
+    const PanelProduct<T> product{
+        p.m, p.n, p.k, p.alpha, p.view_of_a(), p.view_of_b(), conjugates(p.opA), conjugates(p.opB)};
     multiply_by_panels(product, p.beta, p.c, nb, block);
     qrv_serv_deallocate(block);
 }
