@@ -24,6 +24,10 @@ struct GemmCall {
 
     constexpr bool is_empty() const { return m <= 0 || n <= 0; }
     constexpr bool adds_nothing() const { return k <= 0 || alpha == scalar<T>(0); }
+    // Whether the leading dimensions hold the operands; not of operands that come packed.
+    constexpr bool is_well_formed() const {
+        return c.ld >= m && a.ld >= (transposes(opA) ? k : m) && b.ld >= (transposes(opB) ? n : k);
+    }
     constexpr OpView<const T> view_of_a() const { return {a.data, a.ld, transposes(opA)}; }
     constexpr OpView<const T> view_of_b() const { return {b.data, b.ld, transposes(opB)}; }
 };

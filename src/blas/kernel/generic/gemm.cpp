@@ -12,6 +12,7 @@
 // tiles of 16, then one of 8, then singly; complex ones in half of these.
 #include <cstring>
 
+#include "blas/assert.hpp"
 #include "blas/complex.hpp"
 #include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/no_plan.hpp"
@@ -227,6 +228,7 @@ void gemm(const GemmCall<T>& p) {
     static_assert(columnGroup<T> * kBlock * sizeof(T) <= panelBytes<T>);
     if (p.is_empty())
         return;
+    QRV_ASSERT(p.is_well_formed());
     scale_c(p.m, p.n, p.beta, p.c);
     if (p.adds_nothing())
         return;

@@ -150,8 +150,8 @@ inline void multiply_small(int m, int n, ComplexProduct&& p, Matrix<SingleComple
         return;
     if (p.adds_nothing())
         return gemm_scale_c(p.m, p.n, p.beta, p.c);
-    multiply_small(p.m, p.n,
-                   {p.k, p.alpha, p.beta, p.view_of_a(), p.view_of_b(), conjugates(p.opA), conjugates(p.opB)}, p.c);
+    multiply_small(p.m, p.n, {p.k, p.alpha, p.beta, p.view_of_a(), p.view_of_b(), conjugates(p.opA), conjugates(p.opB)},
+                   p.c);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

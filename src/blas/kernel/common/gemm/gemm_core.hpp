@@ -12,6 +12,7 @@
 
 #include <cstdint>
 
+#include "blas/assert.hpp"
 #include "blas/complex.hpp"
 #include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/cgemm_small.hpp"
@@ -280,12 +281,13 @@ void multiply_blocks(const GemmCall<T>& p, const ModeTraits& mode, const GemmPla
                 const T* a = p.a.data;
                 int aStride = lda;
                 if (mode.packsA) {
-                    copy_a(plan, p.opA)(&mc, &kc, viewA.at(i, l), &lda, plan.aBuffer.data, &plan.aBuffer.stride, &p.alpha);
+                    copy_a(plan, p.opA)(&mc, &kc, viewA.at(i, l), &lda, plan.aBuffer.data, &plan.aBuffer.stride,
+                                        &p.alpha);
                     a = plan.aBuffer.data;
                     aStride = plan.aBuffer.stride;
                 }
-                plan.micro(&transa, &transb, &mc, &nc, &depth, &p.alpha, a, &aStride, b, &bStride, beta, &p.c(i, j), &ldc,
-                           plan.sliver.data, form);
+                plan.micro(&transa, &transb, &mc, &nc, &depth, &p.alpha, a, &aStride, b, &bStride, beta, &p.c(i, j),
+                           &ldc, plan.sliver.data, form);
             }
         }
     }
@@ -346,6 +348,7 @@ int blocked(GemmCall<T> call, GemmMode mode, GemmPlan<T>* plan) {
 // The whole operation; the plan is loaded and has no blocks yet.
 template <class T>
 void serial_gemm(GemmCall<T> call, GemmPlan<T>* plan) {
+    QRV_ASSERT(call.is_well_formed());
     const bool small = call.m < plan->mUnit || call.n < plan->nUnit || call.k < plan->kUnit;
     if (call.alpha == scalar<T>(0) || small || !plan->microScalesC) {
         gemm_scale_c(call.m, call.n, call.beta, call.c);

@@ -19,6 +19,7 @@
 
 #include <cstddef>
 
+#include "blas/assert.hpp"
 #include "blas/complex.hpp"
 #include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/gemm_blocks.hpp"
@@ -322,6 +323,7 @@ template <class Vector, class T>
 // The whole product; m, n and k are positive.
 template <class Vector, class T>
 QRV_INLINE void gemm_direct(const GemmCall<T>& call) {
+    QRV_ASSERT(call.is_well_formed());
     constexpr std::ptrdiff_t element = floatsIn<T>;
     const bool transposedA = transposes(call.opA), transposedB = transposes(call.opB);
     if constexpr (!isComplex<T>)

@@ -21,6 +21,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "blas/assert.hpp"
 #include "blas/complex.hpp"
 #include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/cgemm_small.hpp"
@@ -431,21 +432,21 @@ void multiply_by_panels(const PanelProduct<T>& p, T beta, Matrix<T> c, int nb, v
     }
 }
 
+// In line, so that a tiny product is not written down and read again.
 template <class T>
-void gemm_panel(const GemmCall<T>& p) {
+[[gnu::always_inline]] inline void gemm_panel(const GemmCall<T>& p) {
     if (p.is_empty())
         return;
+    QRV_ASSERT(p.is_well_formed());
     if (p.alpha == scalar<T>(0))
         return gemm_scale_c(p.m, p.n, p.beta, p.c);
-    if (goes_unpacked<T>(transposes(p.opA), transposes(p.opB), p.m, p.n, p.k))
-        return gemm_small(p);
-    const int nb = panel_columns<T>(qrv_serv_get_l2_class());
-    void* block = qrv_serv_allocate(panel_work_bytes<T>(nb), 128);
+    const bool unpacked = goes_unpacked<T>(transposes(p.opA), transposes(p.opB), p.m, p.n, p.k);
+    const int nb = unpacked ? 0 : panel_columns<T>(qrv_serv_get_l2_class());
+    void* const block = unpacked ? nullptr : qrv_serv_allocate(panel_work_bytes<T>(nb), 128);
     if (!block)
         return gemm_small(p);
-    const PanelProduct<T> product{p.m,           p.n,           p.k,
-                                  p.alpha,       p.view_of_a(), p.view_of_b(),
-                                  conjugates(p.opA), conjugates(p.opB)};
+    const PanelProduct<T> product{
+        p.m, p.n, p.k, p.alpha, p.view_of_a(), p.view_of_b(), conjugates(p.opA), conjugates(p.opB)};
     multiply_by_panels(product, p.beta, p.c, nb, block);
     qrv_serv_deallocate(block);
 }
