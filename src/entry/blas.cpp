@@ -1,5 +1,5 @@
 // The entries of BLAS, from their rows.
-#include "blas/native.hpp"
+#include "blas/blas.hpp"
 #include "entry/checks.hpp"
 
 namespace qrv::blas {
