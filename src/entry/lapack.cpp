@@ -19,7 +19,7 @@ extern "C" {
     }
 #define CHECKED(NAME, name, PARAMETERS, CHECKS, ...)                                                                   \
     ROUTE(NAME, name, PARAMETERS, CHECKS, __VA_ARGS__)                                                                 \
-    void QRV_MEMBER(NAME) PARAMETERS {                                                                                 \
+    QRV_API void QRV_MEMBER(NAME) PARAMETERS {                                                                         \
         install_default_services();                                                                                    \
         if (Arguments{QRV_MEMBER_TEXT(NAME), info} CHECKS)                                                             \
             __VA_ARGS__;                                                                                               \
@@ -28,7 +28,7 @@ extern "C" {
     Result QRV_LAPACK_MEMBER(name) PARAMETERS {                                                                        \
         __VA_ARGS__;                                                                                                   \
     }                                                                                                                  \
-    Result QRV_MEMBER(NAME) PARAMETERS {                                                                               \
+    QRV_API Result QRV_MEMBER(NAME) PARAMETERS {                                                                       \
         install_default_services();                                                                                    \
         __VA_ARGS__;                                                                                                   \
     }
