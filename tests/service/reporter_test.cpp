@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 #include "service/messages.hpp"
 #include "service/options.hpp"
