@@ -23,7 +23,7 @@ void expect_zeros_skipped(int n, char uplo, int place, int inc) {
     for (int j = 0; j < n; ++j)
         for (int i = 0; i < n; ++i)
             if (const int row = uplo == 'U' ? band + i - j : i - j; row >= 0 && row < n)
-                stored[j * n + row] = real_part(a[j * n + i]);
+                stored[j * n + row] = static_cast<float>(std::real(widen(a[j * n + i])));
     const auto expect = [&](const VectorBuild& build, const char* name, T value, const auto& call) {
         GuardedVector<T> x(n, inc);
         x.fill([] { return T{}; });

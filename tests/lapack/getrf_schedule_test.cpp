@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "qrv/native.h"
 #include "lapack/kernel/source/lu/getrf_schedule.hpp"
 #include "service/tuning.hpp"
 

@@ -6,6 +6,7 @@
 #include <set>
 #include <thread>
 
+#include "qrv/native.h"
 #include "lapack/calls/lu.hpp"
 #include "qrv/service.h"
 #include "support/lu_case.hpp"

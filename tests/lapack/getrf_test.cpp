@@ -2,6 +2,7 @@
 // getrf_team_test.cpp.
 #include <gmock/gmock.h>
 
+#include "qrv/native.h"
 #include "lapack/kernel/source/lu/getrf_lookahead.hpp"
 #include "lapack/kernel/source/lu/getrf_route.hpp"
 #include "qrv/service.h"

@@ -1,6 +1,7 @@
 // Solves, inverses and condition estimates from LU factors, by their residuals and by what is known in double.
 #include <gmock/gmock.h>
 
+#include "qrv/native.h"
 #include "support/lu_case.hpp"
 #include "support/teams.hpp"
 

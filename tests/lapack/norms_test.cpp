@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
+#include "qrv/native.h"
 #include "support/level2_case.hpp"
 #include "support/matrices.hpp"
 #include "support/vectors.hpp"

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
+#include "qrv/native.h"
 #include "support/triangular_matrix.hpp"
 
 namespace qrv::test {
