@@ -77,14 +77,14 @@ const std::vector<const char*> transOnly{"UNN", "UtN", "UCN"}, uploOnly{"UNN", "
     allOptions{"UNN", "uTn", "UcU", "LNU", "lTN", "LCn"};
 
 const Routine<float> realRoutines[] = {
-    QRV_ROUTINE(sgemv, transOnly, false, QRV_GEMV_OF, gemv_threads(sgemvRule, v.trans, v.m, v.n, ThisMachine{})),
-    QRV_ROUTINE(ssymv, uploOnly, true, QRV_SYMV_OF, symv_threads(v.n, ThisMachine{})),
+    QRV_ROUTINE(sgemv, transOnly, false, QRV_GEMV_OF, gemv_threads(sgemvRule, op_of(v.trans), v.m, v.n, ThisMachine{})),
+    QRV_ROUTINE(ssymv, uploOnly, true, QRV_SYMV_OF, symv_threads(ssymvRule, v.n, ThisMachine{})),
     QRV_ROUTINE(strmv, allOptions, true, QRV_TRMV_OF, trmv_threads(strmvRule, v.n, ThisMachine{})),
-    QRV_ROUTINE(ssyr, uploOnly, true, QRV_SYR_OF, syr_threads(v.n, ThisMachine{})),
-    QRV_ROUTINE(ssyr2, uploOnly, true, QRV_SYR2_OF, syr_threads(v.n, ThisMachine{})),
+    QRV_ROUTINE(ssyr, uploOnly, true, QRV_SYR_OF, syr_threads(ssyrRule, v.n, ThisMachine{})),
+    QRV_ROUTINE(ssyr2, uploOnly, true, QRV_SYR2_OF, syr_threads(ssyrRule, v.n, ThisMachine{})),
 };
 const Routine<SingleComplex> complexRoutines[] = {
-    QRV_ROUTINE(cgemv, transOnly, false, QRV_GEMV_OF, gemv_threads(cgemvRule, v.trans, v.m, v.n, ThisMachine{})),
+    QRV_ROUTINE(cgemv, transOnly, false, QRV_GEMV_OF, gemv_threads(cgemvRule, op_of(v.trans), v.m, v.n, ThisMachine{})),
     QRV_ROUTINE(ctrmv, allOptions, true, QRV_TRMV_OF, trmv_threads(ctrmvRule, v.n, ThisMachine{})),
 };
 

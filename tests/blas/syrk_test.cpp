@@ -2,7 +2,7 @@
 #include <omp.h>
 
 #include "blas/blas.hpp"
-#include "blas/thread/32/level3/triangle_blocks.hpp"
+#include "blas/thread/32/level3/level3_threads.hpp"
 #include "support/observed_team.hpp"
 #include "support/symmetric_case.hpp"
 #include "support/teams.hpp"
