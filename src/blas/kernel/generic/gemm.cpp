@@ -76,10 +76,6 @@ struct PanelView {
     const T* column(int j) const { return data + j * stride; }
 };
 
-constexpr int smaller(int a, int b) {
-    return a < b ? a : b;
-}
-
 // A running sum of products in extended precision.
 template <class T>
 struct Sum;
@@ -192,8 +188,8 @@ constexpr KBlock next_block(int left) {
 
 template <class T>
 void multiply(int m, int n, int k, T alpha, Operand<T> a, Operand<T> b, Matrix<T> c, Work<T> work) {
-    for (int j = 0; j < n; j += columnGroup<T>) {
-        const int columns = smaller(columnGroup<T>, n - j);
+    for (int j = 0, columns; j < n; j += columns) {
+        columns = smaller(columnGroup<T>, n - j);
         for (int l = 0; l < k;) {
             KBlock block = next_block(k - l);
             if (!work.tile || !work.panel)

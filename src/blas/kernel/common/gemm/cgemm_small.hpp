@@ -132,8 +132,8 @@ inline void multiply_small(int m, int n, ComplexProduct&& p, Matrix<SingleComple
     const bool asItLies = p.a.columns_contiguous() && !p.conjugatedA;
     for (int left = p.k; left > 0; left -= p.k) {
         p.k = smaller(left, smallDepth);
-        for (int i = 0; i < m; i += smallRows) {
-            const int rows = smaller(m - i, smallRows);
+        for (int i = 0, rows; i < m; i += rows) {
+            rows = smaller(m - i, smallRows);
             update_rows<2 * smallRows>(
                 2 * rows, n, p, asItLies ? TileRows{p.a.at(i, 0), p.a.columnStride} : gather_rows(p, i, rows, gathered),
                 c.block(i, 0));

@@ -278,10 +278,10 @@ void multiply_blocks(const GemmCall<T>& p, const ModeTraits& mode, const GemmPla
     const int columnStep = mode.givenB ? p.n : plan.nb;
     const int kStep = mode.one_k_block() ? p.k : plan.kb;
     const int rowStep = mode.givenA ? p.m : plan.mb;
-    for (int j = 0; j < p.n; j += columnStep) {
-        const int nc = smaller(columnStep, p.n - j);
-        for (int l = 0; l < p.k; l += kStep) {
-            const int kc = smaller(kStep, p.k - l);
+    for (int j = 0, nc; j < p.n; j += nc) {
+        nc = smaller(columnStep, p.n - j);
+        for (int l = 0, kc; l < p.k; l += kc) {
+            kc = smaller(kStep, p.k - l);
             // The direct form is told the true depth: it must not read B past it.
             const int depth = form == MicroForm::packedB ? round_up(kc, plan.kUnit) : kc;
             const T* beta = l == 0 ? p.beta : &one;
@@ -292,8 +292,8 @@ void multiply_blocks(const GemmCall<T>& p, const ModeTraits& mode, const GemmPla
                 b = plan.bBuffer.data;
                 ldb = plan.bBuffer.stride;
             }
-            for (int i = 0; i < p.m; i += rowStep) {
-                const int mc = smaller(rowStep, p.m - i);
+            for (int i = 0, mc; i < p.m; i += mc) {
+                mc = smaller(rowStep, p.m - i);
                 const T* a = p.a;
                 int aStride = p.lda;
                 if (mode.packsA) {

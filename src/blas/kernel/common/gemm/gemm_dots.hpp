@@ -70,7 +70,7 @@ void dot_tile(const DotProduct& p, int rows, const float* a, const float* b, flo
         }
     };
     int l = 0;
-    for (; l + Vector::lanes <= p.k; l += Vector::lanes)
+    for (; p.k - l >= Vector::lanes; l += Vector::lanes)
         step([=](const float* x) { return Vector::load(x + l); });
     if (l < p.k) {
         const typename Vector::Mask mask = Vector::Mask::first(p.k - l);
@@ -92,8 +92,8 @@ void dot_tile(const DotProduct& p, int rows, const float* a, const float* b, flo
 template <class Vector>
 QRV_INLINE void dot_tiles(const DotProduct& p, int m, int n, const float* a, const float* b, Matrix<float> c) {
     constexpr int most = sizeof(void*) == 4 ? 1 : Vector::lanes == 16 ? 4 : 2; // of 8, 32 and 16 registers
-    for (int i = 0; i < m; i += 4) {
-        const int rows = smaller(4, m - i);
+    for (int i = 0, rows; i < m; i += rows) {
+        rows = smaller(4, m - i);
         const float* ai = a + i * p.aRow;
         int j = 0;
         for (; n - j >= most; j += most)
@@ -117,7 +117,7 @@ template <class Vector>
     const int block = gatherA || gatherB ? dotsBlock : *k;
     DotProduct p{gatherA ? dotsBlock : stepA, gatherB ? dotsBlock : stepB, 0, *alpha, *beta};
     alignas(64) float buffer[dotsMost<Vector> * dotsBlock];
-    for (int l = 0; l < *k; l += block, p.beta = 1) {
+    for (int l = 0; l < *k; l += p.k, p.beta = 1) {
         p.k = smaller(block, *k - l);
         const float* aBlock = a + (gatherA ? l * stepA : l);
         const float* bBlock = b + (gatherB ? l * stepB : l);

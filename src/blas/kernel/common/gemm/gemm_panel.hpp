@@ -414,11 +414,11 @@ void multiply_panel(const PanelProduct<T>& p, const PanelWork<T>& work) {
 template <class T>
 void multiply_by_panels(const PanelProduct<T>& p, T beta, Matrix<T> c, int nb, void* block) {
     PanelWork<T> work(block, nb);
-    for (int j = 0; j < p.n; j += nb) {
-        const int columns = p.n - j < nb ? p.n - j : nb;
+    for (int j = 0, columns; j < p.n; j += columns) {
+        columns = smaller(nb, p.n - j);
         work.columns = columns;
-        for (int i = 0; i < p.m; i += panelRows) {
-            const int rows = p.m - i < panelRows ? p.m - i : panelRows;
+        for (int i = 0, rows; i < p.m; i += rows) {
+            rows = smaller(panelRows, p.m - i);
             PanelProduct<T> part = p;
             part.m = rows;
             part.n = columns;
