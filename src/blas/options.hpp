@@ -29,6 +29,9 @@ constexpr Op op_of(char option) {
 constexpr bool transposes(Op op) {
     return op != Op::none;
 }
+constexpr bool conjugates(Op op) {
+    return op == Op::adjoint;
+}
 constexpr Diag diag_of(char option) {
     return is_option(option, 'U') ? Diag::unit : Diag::nonUnit;
 }

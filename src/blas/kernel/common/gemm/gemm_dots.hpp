@@ -10,10 +10,10 @@
 
 #include <cstddef>
 
+#include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/gemm_blocks.hpp"
 #include "blas/kernel/common/gemm/gemm_wide.hpp"
 #include "blas/kernel/common/vec/unrolling.hpp"
-#include "blas/kernel/kernels.hpp"
 #include "blas/matrix.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
@@ -111,24 +111,24 @@ inline void bring_steps_together(int count, int k, const float* x, std::ptrdiff_
 }
 
 template <class Vector>
-[[gnu::noinline]] void gemm_by_dots(QRV_GEMM_PARAMETERS(float)) {
-    const bool gatherA = !transposes(*transa), gatherB = transposes(*transb);
-    const std::ptrdiff_t stepA = *lda, stepB = *ldb;
-    const int block = gatherA || gatherB ? dotsBlock : *k;
-    DotProduct p{gatherA ? dotsBlock : stepA, gatherB ? dotsBlock : stepB, 0, *alpha, *beta};
+[[gnu::noinline]] void gemm_by_dots(GemmCall<float> call) {
+    const bool gatherA = !transposes(call.opA), gatherB = transposes(call.opB);
+    const std::ptrdiff_t stepA = call.a.ld, stepB = call.b.ld;
+    const int block = gatherA || gatherB ? dotsBlock : call.k;
+    DotProduct p{gatherA ? dotsBlock : stepA, gatherB ? dotsBlock : stepB, 0, call.alpha, call.beta};
     alignas(64) float buffer[dotsMost<Vector> * dotsBlock];
-    for (int l = 0; l < *k; l += p.k, p.beta = 1) {
-        p.k = smaller(block, *k - l);
-        const float* aBlock = a + (gatherA ? l * stepA : l);
-        const float* bBlock = b + (gatherB ? l * stepB : l);
+    for (int l = 0; l < call.k; l += p.k, p.beta = 1) {
+        p.k = smaller(block, call.k - l);
+        const float* aBlock = call.a.data + (gatherA ? l * stepA : l);
+        const float* bBlock = call.b.data + (gatherB ? l * stepB : l);
         if (gatherA) {
-            bring_steps_together(*m, p.k, aBlock, stepA, buffer);
+            bring_steps_together(call.m, p.k, aBlock, stepA, buffer);
             aBlock = buffer;
         } else if (gatherB) {
-            bring_steps_together(*n, p.k, bBlock, stepB, buffer);
+            bring_steps_together(call.n, p.k, bBlock, stepB, buffer);
             bBlock = buffer;
         }
-        dot_tiles<Vector>(p, *m, *n, aBlock, bBlock, {c, *ldc});
+        dot_tiles<Vector>(p, call.m, call.n, aBlock, bBlock, call.c);
     }
 }
 

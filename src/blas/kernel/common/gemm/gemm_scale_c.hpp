@@ -89,13 +89,13 @@ void change_matrix(std::ptrdiff_t m, int n, Change change, Matrix<float> c) {
 }
 
 template <class T>
-void gemm_scale_c(const int* m, const int* n, const T* beta, T* c, const int* ldc) {
-    constexpr int unit = sizeof(T) / sizeof(float);
-    const Matrix<float> matrix{reinterpret_cast<float*>(c), std::ptrdiff_t{unit} * *ldc};
-    if (*beta == scalar<T>(0))
-        change_matrix<unit>(std::ptrdiff_t{unit} * *m, *n, SetToZero(), matrix);
-    else if (*beta != scalar<T>(1))
-        change_matrix<unit>(std::ptrdiff_t{unit} * *m, *n, ScaledBy<T>(*beta), matrix);
+void gemm_scale_c(int m, int n, T beta, Matrix<T> c) {
+    constexpr int unit = floatsIn<T>;
+    const Matrix<float> matrix{reinterpret_cast<float*>(c.data), unit * c.ld};
+    if (beta == scalar<T>(0))
+        change_matrix<unit>(std::ptrdiff_t{unit} * m, n, SetToZero(), matrix);
+    else if (beta != scalar<T>(1))
+        change_matrix<unit>(std::ptrdiff_t{unit} * m, n, ScaledBy<T>(beta), matrix);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD
