@@ -44,6 +44,9 @@ function(qrv_kernel_flags target build)
   # address sanitizer does not, and take a sixth of the time to compile.
   if(CMAKE_BUILD_TYPE STREQUAL "Sanitize")
     target_compile_options(${target} PRIVATE -fno-sanitize=alignment,null,object-size)
+    if(build IN_LIST QRV_PLAIN_KERNEL_BUILDS)
+      target_compile_options(${target} PRIVATE -fno-sanitize=all -O0)
+    endif()
   endif()
   target_compile_definitions(${target} PRIVATE QRV_KERNEL_BUILD=${build}
                              QRV_KERNEL_VECTORS="${QRV_KERNEL_VECTORS_${build}}")

@@ -136,10 +136,10 @@ struct Arguments {
     }
 };
 
-// LAPACK entries begin so: both service slots hold their defaults.
+// LAPACK entries begin so: both service slots hold their defaults, of which a program may have set that of progress.
 inline void install_default_services() {
     qrv_serv_set_xerbla(XERBLA);
-    qrv_serv_set_progress(qrv_serv_default_progress);
+    qrv_serv_set_progress(default_progress());
 }
 
 } // namespace qrv::entry

@@ -1,7 +1,6 @@
 // The entries of LAPACK and the routines that they frame, from their rows.
 #include "lapack/lapack.hpp"
 #include "entry/checks.hpp"
-#include "lapack/arguments.hpp"
 #include "lapack/calls/lu.hpp"
 #include "lapack/calls/norms.hpp"
 #include "lapack/calls/triangular.hpp"

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 #include "service/messages.hpp"
 #include "service/options.hpp"
@@ -100,10 +101,10 @@ TEST(Slots, ReporterAndProgress) {
 }
 
 TEST(Slots, LapackEntriesSetBothToTheirDefaults) {
-    const int n = -1, info = 1, thread = 0, late = 6;
+    const int n = -1, zero = 0, info = 1, thread = 0, late = 6;
     int result = 0;
     const auto checks = [&] { SGETRF(&n, &n, nullptr, &n, nullptr, &result); };
-    const auto checksNothing = [&] { SLASWP(&n, nullptr, &n, &n, &n, nullptr, &n); };
+    const auto checksNothing = [&] { SLASWP(&zero, nullptr, &n, &zero, &zero, nullptr, &zero); };
     for (const std::function<void()>& entry : {std::function<void()>(checks), std::function<void()>(checksNothing)}) {
         qrv_serv_set_xerbla(listener);
         qrv_serv_set_progress(stop_after_five);
@@ -116,6 +117,40 @@ TEST(Slots, LapackEntriesSetBothToTheirDefaults) {
         EXPECT_EQ(heard, "");
         EXPECT_EQ(qrv_serv_progress(&thread, &late, "SFAKE ", 6), 0);
     }
+}
+
+// Steps that an LU factorization of order 300 has told of.
+std::vector<int> steps_of_lu(qrv_progress_routine routine) {
+    static std::vector<int> steps;
+    static qrv_progress_routine inner;
+    steps.clear();
+    inner = routine;
+    qrv_serv_set_default_progress([](const int* thread, const int* step, const char* stage, int length) {
+        EXPECT_EQ(std::string(stage, static_cast<std::size_t>(length)), "SGETRF");
+        steps.push_back(*step);
+        return inner ? inner(thread, step, stage, length) : 0;
+    });
+    constexpr int n = 300;
+    std::vector<float> a(n * n);
+    for (int i = 0; i < n * n; ++i)
+        a[static_cast<std::size_t>(i)] = static_cast<float>(i * 7919 % 1009);
+    std::vector<int> pivots(n);
+    int info = -7;
+    SGETRF(&n, &n, a.data(), &n, pivots.data(), &info);
+    EXPECT_EQ(info, 0);
+    qrv_serv_set_default_progress(nullptr);
+    const std::size_t told = steps.size();
+    SGETRF(&n, &n, a.data(), &n, pivots.data(), &info);
+    EXPECT_EQ(steps.size(), told) << "null is no routine";
+    return steps;
+}
+
+TEST(Slots, ProgramsHearOfProgressAndStop) {
+    EXPECT_EQ(steps_of_lu(nullptr).back(), 300);
+    const std::vector<int> stopped =
+        steps_of_lu([](const int*, const int* step, const char*, int) { return static_cast<int>(*step >= 64); });
+    EXPECT_GE(stopped.back(), 64);
+    EXPECT_LT(stopped.back(), 300);
 }
 
 } // namespace
