@@ -110,5 +110,16 @@ TEST(Banded, General) {
         }
 }
 
+// A column without rows has the dot product 0, and alpha times that is added.
+TEST(Banded, EmptyColumns) {
+    const int m = 1, n = 3, unit = 1, none = 0;
+    const float alpha = infinity, beta = 1, a[3] = {1, nan, nan}, x = 2;
+    for (const VectorBuild& build : vector_builds()) {
+        float y[3] = {1, 1, 1};
+        build.blas_sgbmv_kernel("T", &m, &n, &none, &none, &alpha, a, &unit, &x, &unit, &beta, y, &unit);
+        EXPECT_TRUE(y[0] == infinity && std::isnan(y[1]) && std::isnan(y[2])) << build;
+    }
+}
+
 } // namespace
 } // namespace qrv::test

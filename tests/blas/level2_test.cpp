@@ -266,6 +266,13 @@ void expect_skipping(int n, const T& alpha) {
     }
 }
 TEST(Updates, SkipZeroElementsOnly) {
+    const int unit = 1;
+    const float little = 1e-30F, infinite = infinity;
+    for (const VectorBuild& build : vector_builds()) {
+        float a = 1; // an AXPY with the factor alpha*y, which vanishes
+        build.blas_sger_kernel(&unit, &unit, &little, &infinite, &unit, &little, &unit, &a, &unit);
+        EXPECT_EQ(a, 1) << build;
+    }
     for (const int n : {1, 7, 40})
         for (const float alpha : {0.F, 1.F, nan}) {
             expect_skipping<float>(n, alpha);

@@ -61,6 +61,58 @@ TEST(Triangular, Bands) {
     });
 }
 
+// With op(A) = A what is 0 in x adds nothing and is not divided: the columns of whole blocks of zeros are not read, and
+// a zero on the diagonal beside one makes no NaN.
+template <class T>
+void expect_zeros_skipped(int n, char uplo, int place, int inc) {
+    const int block = n > 32 ? 32 : 4, band = n - 1, ld = n;
+    const T two = scalar<T>(2);
+    std::vector<T> a(static_cast<std::size_t>(n) * n);
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < n; ++i)
+            a[j * n + i] = std::abs(j - place) >= block ? scalar<T>(nan) : i == j && j == place ? two : T{};
+    std::vector<float> stored(n * n, nan); // the same in band storage
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < n; ++i)
+            if (const int row = uplo == 'U' ? band + i - j : i - j; row >= 0 && row < n)
+                stored[j * n + row] = real_part(a[j * n + i]);
+    const auto expect = [&](const VectorBuild& build, const char* name, T value, const auto& call) {
+        GuardedVector<T> x(n, inc);
+        x.fill([] { return T{}; });
+        x[place] = scalar<T>(1);
+        call(x.data());
+        for (int i = 0; i < n; ++i)
+            EXPECT_TRUE(x[i] == (i == place ? value : T{})) << build << ' ' << name << ' ' << uplo << " n=" << n
+                                                            << " inc=" << inc << " x[" << i << "] of " << place;
+    };
+    for (const VectorBuild& build : vector_builds()) {
+        expect(build, "trmv", two, [&](T* x) {
+            kernel_for<T>(build.blas_strmv_kernel, build.blas_ctrmv_kernel)(&uplo, "N", "N", &n, a.data(), &ld, x,
+                                                                            &inc);
+        });
+        expect(build, "trsv", scalar<T>(0.5F), [&](T* x) {
+            kernel_for<T>(build.blas_strsv_kernel, build.blas_ctrsv_kernel)(&uplo, "N", "N", &n, a.data(), &ld, x,
+                                                                            &inc);
+        });
+        if constexpr (!isComplex<T>) {
+            expect(build, "tbmv", two,
+                   [&](T* x) { build.blas_stbmv_kernel(&uplo, "N", "N", &n, &band, stored.data(), &ld, x, &inc); });
+            expect(build, "tbsv", 0.5F,
+                   [&](T* x) { build.blas_stbsv_kernel(&uplo, "N", "N", &n, &band, stored.data(), &ld, x, &inc); });
+        }
+    }
+}
+
+TEST(Triangular, SkipZeros) {
+    for (const int n : {2, 9, 70})
+        for (const char uplo : {'U', 'L'})
+            for (const int place : {0, n - 1})
+                for (const int inc : {1, -2}) {
+                    expect_zeros_skipped<float>(n, uplo, place, inc);
+                    expect_zeros_skipped<SingleComplex>(n, uplo, place, inc);
+                }
+}
+
 // A solve divides by the diagonal and nothing else: powers of two come out exactly, and quotients whose squares would
 // overflow or vanish come out right.
 TEST(Triangular, DiagonalOfAnySize) {
