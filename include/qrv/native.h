@@ -14,8 +14,8 @@
  * returns 1. Level 1 entries check nothing and report nothing.
  *
  * LAPACK routines with an argument `info` check their arguments themselves: a bad one at position p (from 1) is
- * reported and gives *info = -p, with nothing else done; *info = 0 is success, or a stop that the program's own
- * progress routine asked for (see qrv/service.h); what a positive value means is told with each routine.
+ * reported and gives *info = -p, with nothing else done; *info = 0 is success, and what a positive value means is told
+ * with each routine.
  *
  * Sources of LAPACK: E. Anderson et al., LAPACK Users' Guide, 3rd edition, SIAM (1999).
  */

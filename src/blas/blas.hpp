@@ -3,7 +3,7 @@
 // in blas/calls.hpp.
 #pragma once
 
-#include "blas/native.hpp"
+#include "blas/kernel/kernels.hpp"
 
 namespace qrv {
 
@@ -79,62 +79,3 @@ decltype(qrv_blas_ssymm_kernel) qrv_blas_ssymm;
 decltype(qrv_blas_csymm_kernel) qrv_blas_csymm;
 decltype(qrv_blas_chemm_kernel) qrv_blas_chemm;
 }
-
-// ---- The same by element type; where a routine has no decision, its kernel
-// ---------------------------------------------------------
-
-namespace qrv::blas {
-
-template <class T>
-struct Native;
-template <class T>
-struct Native<const T> : Native<T> {};
-
-template <>
-struct Native<float> : kernel::Native<float> {
-    static constexpr auto& axpy = qrv_blas_saxpy;
-    static constexpr auto& copy = qrv_blas_scopy;
-    static constexpr auto& swap = qrv_blas_sswap;
-    static constexpr auto& dotc = qrv_blas_sdot;
-    static constexpr auto& dotu = qrv_blas_sdot;
-    static constexpr auto& rot = qrv_blas_srot;
-
-    static constexpr auto& gemv = qrv_blas_sgemv;
-    static constexpr auto& hemv = qrv_blas_ssymv;
-    static constexpr auto& her = qrv_blas_ssyr;
-    static constexpr auto& her2 = qrv_blas_ssyr2;
-    static constexpr auto& trmv = qrv_blas_strmv;
-
-    static constexpr auto& gemm = qrv_blas_sgemm;
-    static constexpr auto& symm = qrv_blas_ssymm;
-    static constexpr auto& hemm = qrv_blas_ssymm;
-    static constexpr auto& syrk = qrv_blas_ssyrk;
-    static constexpr auto& herk = qrv_blas_ssyrk;
-    static constexpr auto& syr2k = qrv_blas_ssyr2k;
-    static constexpr auto& her2k = qrv_blas_ssyr2k;
-    static constexpr auto& trmm = qrv_blas_strmm;
-    static constexpr auto& trsm = qrv_blas_strsm;
-};
-
-template <>
-struct Native<SingleComplex> : kernel::Native<SingleComplex> {
-    static constexpr auto& axpy = qrv_blas_caxpy;
-    static constexpr auto& copy = qrv_blas_ccopy;
-    static constexpr auto& swap = qrv_blas_cswap;
-    static constexpr auto& dotc = qrv_blas_cdotc;
-
-    static constexpr auto& gemv = qrv_blas_cgemv;
-    static constexpr auto& trmv = qrv_blas_ctrmv;
-
-    static constexpr auto& gemm = qrv_blas_cgemm;
-    static constexpr auto& symm = qrv_blas_csymm;
-    static constexpr auto& hemm = qrv_blas_chemm;
-    static constexpr auto& syrk = qrv_blas_csyrk;
-    static constexpr auto& herk = qrv_blas_cherk;
-    static constexpr auto& syr2k = qrv_blas_csyr2k;
-    static constexpr auto& her2k = qrv_blas_cher2k;
-    static constexpr auto& trmm = qrv_blas_ctrmm;
-    static constexpr auto& trsm = qrv_blas_ctrsm;
-};
-
-} // namespace qrv::blas

@@ -1,11 +1,14 @@
-// The C names of the BLAS kernels by element type, so that one template serves both types: Native<float>::gemm is
-// qrv_blas_sgemm_kernel. Each name is the dispatcher of a serial kernel, behind its slot.
+// The C names of BLAS by element type, so that one template or one row serves both types: blas::Native<float>::gemm is
+// qrv_blas_sgemm, kernel::Native<float>::gemm is qrv_blas_sgemm_kernel.
 //
 // Real elements have the names of both complex routines of which theirs is the special case: geru and gerc are SGER,
 // symm and hemm are SSYMM. Where only the Hermitian one exists, it gives the name: hemv is SSYMV.
 #pragma once
 
+#include "blas/blas.hpp"
 #include "blas/kernel/kernels.hpp"
+
+// ---- Serial kernels, each behind its dispatch slot ------------------------------------------------------------------
 
 namespace qrv::kernel {
 
@@ -102,3 +105,62 @@ struct Native<SingleComplex> {
 };
 
 } // namespace qrv::kernel
+
+// ---- Decision routines; where a routine has none, its kernel
+// ---------------------------------------------------------
+
+namespace qrv::blas {
+
+template <class T>
+struct Native;
+template <class T>
+struct Native<const T> : Native<T> {};
+
+template <>
+struct Native<float> : kernel::Native<float> {
+    static constexpr auto& axpy = qrv_blas_saxpy;
+    static constexpr auto& copy = qrv_blas_scopy;
+    static constexpr auto& swap = qrv_blas_sswap;
+    static constexpr auto& dotc = qrv_blas_sdot;
+    static constexpr auto& dotu = qrv_blas_sdot;
+    static constexpr auto& rot = qrv_blas_srot;
+
+    static constexpr auto& gemv = qrv_blas_sgemv;
+    static constexpr auto& hemv = qrv_blas_ssymv;
+    static constexpr auto& her = qrv_blas_ssyr;
+    static constexpr auto& her2 = qrv_blas_ssyr2;
+    static constexpr auto& trmv = qrv_blas_strmv;
+
+    static constexpr auto& gemm = qrv_blas_sgemm;
+    static constexpr auto& symm = qrv_blas_ssymm;
+    static constexpr auto& hemm = qrv_blas_ssymm;
+    static constexpr auto& syrk = qrv_blas_ssyrk;
+    static constexpr auto& herk = qrv_blas_ssyrk;
+    static constexpr auto& syr2k = qrv_blas_ssyr2k;
+    static constexpr auto& her2k = qrv_blas_ssyr2k;
+    static constexpr auto& trmm = qrv_blas_strmm;
+    static constexpr auto& trsm = qrv_blas_strsm;
+};
+
+template <>
+struct Native<SingleComplex> : kernel::Native<SingleComplex> {
+    static constexpr auto& axpy = qrv_blas_caxpy;
+    static constexpr auto& copy = qrv_blas_ccopy;
+    static constexpr auto& swap = qrv_blas_cswap;
+    static constexpr auto& dotc = qrv_blas_cdotc;
+
+    static constexpr auto& gemv = qrv_blas_cgemv;
+    static constexpr auto& trmv = qrv_blas_ctrmv;
+
+    static constexpr auto& gemm = qrv_blas_cgemm;
+    static constexpr auto& symm = qrv_blas_csymm;
+    static constexpr auto& hemm = qrv_blas_chemm;
+    static constexpr auto& syrk = qrv_blas_csyrk;
+    static constexpr auto& herk = qrv_blas_cherk;
+    static constexpr auto& syr2k = qrv_blas_csyr2k;
+    static constexpr auto& her2k = qrv_blas_cher2k;
+    static constexpr auto& trmm = qrv_blas_ctrmm;
+    static constexpr auto& trsm = qrv_blas_ctrsm;
+};
+
+} // namespace qrv::blas

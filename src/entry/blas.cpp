@@ -1,5 +1,5 @@
 // The entries of BLAS, from their rows.
-#include "blas/blas.hpp"
+#include "blas/native.hpp"
 #include "entry/checks.hpp"
 
 namespace qrv::blas {

@@ -6,7 +6,6 @@
 #include <set>
 #include <thread>
 
-#include "qrv/native.h"
 #include "lapack/calls/lu.hpp"
 #include "qrv/service.h"
 #include "support/lu_case.hpp"

@@ -1,6 +1,5 @@
 // The provider frame: the object and its getters, arrays and their two failures, complex numbers, the sparse class.
 #include <array>
-#include <complex>
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -68,24 +67,6 @@ TEST(SingleComplexValue, ConvertsAsTold) {
     EXPECT_EQ(interleaved[1], 2.0F);
     EXPECT_EQ(interleaved[2], 3.0F);
     static_assert(std::is_convertible_v<float, SingleComplex> && !std::is_convertible_v<SingleComplex, float>);
-}
-
-// Where the compiler sees the host's code and native code at once, neither may be moved across the other's writes.
-template <class Complex>
-[[gnu::noinline]] float real_part_after_native_code(Complex* z, Complex* sameAsNative) {
-    *z = Complex(1, 5);
-    qrv_complex* const native = reinterpret_cast<qrv_complex*>(sameAsNative);
-    native->re = 2;
-    native->im = native->im + 1;
-    const Complex read = *z;
-    return reinterpret_cast<const float*>(&read)[0];
-}
-
-TEST(SingleComplexValue, NativeCodeMayAliasIt) {
-    SingleComplex host;
-    std::complex<float> standard;
-    EXPECT_EQ(real_part_after_native_code(&host, &host), 2);
-    EXPECT_EQ(real_part_after_native_code(&standard, &standard), 2);
 }
 
 TEST(SparseBlas, DoesNothingWithAnyArguments) {

@@ -101,10 +101,10 @@ TEST(Slots, ReporterAndProgress) {
 }
 
 TEST(Slots, LapackEntriesSetBothToTheirDefaults) {
-    const int n = -1, zero = 0, info = 1, thread = 0, late = 6;
+    const int n = -1, info = 1, thread = 0, late = 6;
     int result = 0;
     const auto checks = [&] { SGETRF(&n, &n, nullptr, &n, nullptr, &result); };
-    const auto checksNothing = [&] { SLASWP(&zero, nullptr, &n, &zero, &zero, nullptr, &zero); };
+    const auto checksNothing = [&] { SLASWP(&n, nullptr, &n, &n, &n, nullptr, &n); };
     for (const std::function<void()>& entry : {std::function<void()>(checks), std::function<void()>(checksNothing)}) {
         qrv_serv_set_xerbla(listener);
         qrv_serv_set_progress(stop_after_five);

@@ -8,10 +8,9 @@
 extern "C" {
 #endif
 
-/* A complex number, real part first: the layout of Fortran's COMPLEX, C's float _Complex, std::complex<float> and the
- * provider's SingleComplex, whose addresses may be passed after a cast. The attribute makes that safe also where the
- * compiler sees both sides, as under link-time optimisation. */
-typedef struct __attribute__((may_alias)) qrv_complex {
+/* A complex number, real part first: the layout of Fortran's COMPLEX, C's float _Complex and std::complex<float>,
+ * whose addresses may be passed after a cast. */
+typedef struct qrv_complex {
     float re, im;
 } qrv_complex;
 

@@ -11,8 +11,7 @@ extern "C" {
 
 /* LU factorization with partial pivoting, A = P*L*U, of a general m x n matrix. L is unit lower triangular (trapezoidal
  * if m > n), U upper triangular (trapezoidal if m < n). May use all threads of the budget and calls the progress
- * routine (see qrv/service.h) after each panel. If that asks to stop, A and ipiv stay as they are then, and nothing in
- * info tells of it: it is 0 if no u(i, i) was 0 so far.
+ * routine after each panel; if that asks to stop, A and ipiv stay as they are then.
  *
  * a, lda  A, overwritten by U and, below its diagonal, by L without its diagonal; lda >= max(1, m)
  * ipiv    min(m, n) ints: row i was interchanged with row ipiv(i), in this order for i = 1, 2, ...

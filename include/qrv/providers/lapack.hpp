@@ -19,9 +19,6 @@ public:
     // A method that needs work memory allocates it. A dimension of 0 there raises IndexOutOfRangeError, as an empty
     // array does, a negative one InvalidArraySizeError.
     //
-    // All methods are declared, in their final order. One whose native routine is not in this version raises
-    // NotImplementedError.
-    //
     // Source: E. Anderson et al., LAPACK Users' Guide, 3rd edition, SIAM (1999).
 
     // LU factorization with partial pivoting, A = P*L*U, of the general m x n matrix A, which is overwritten by U and,
