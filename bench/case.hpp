@@ -7,10 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "flops.hpp"
 #include "library.hpp"
+#include "support/flops.hpp"
 
 namespace bench {
+
+using namespace support; // the work of routines
 
 enum class Verdict { correct, wrong, absent };
 
@@ -19,7 +21,7 @@ public:
     virtual ~Workload() = default;
 
     // One call, judged against the definition in double. A library that lacks the routine or computes something else
-    // takes no part.
+    // takes no part in the case.
     virtual Verdict judge(const Library& library) = 0;
 
     // Calls the routine once for each iteration of the state, with the threads that the library is set to.

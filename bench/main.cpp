@@ -13,8 +13,8 @@
 #include "case.hpp"
 #include "library.hpp"
 #include "measure.hpp"
-#include "peak.hpp"
 #include "report.hpp"
+#include "support/peak.hpp"
 
 namespace {
 
@@ -115,7 +115,7 @@ public:
         : options_(options), libraries_(std::move(libraries)), peaks_(machine_peaks()),
           field_(field_of(libraries_, peaks_)) {}
 
-    // True if every library that took part computed right results. What is measured is in the CSV file at once.
+    // True if our library computed right results in every form. What is measured is in the CSV file at once.
     bool measure(const std::vector<Case>& cases) {
         std::filesystem::create_directories(options_.out);
         const auto path = options_.out / "bench.csv";
@@ -169,13 +169,13 @@ private:
             settle(library, work.threads, work.threads);
             const Verdict verdict = workload->judge(library);
             if (verdict == Verdict::wrong) {
-                fmt::print("{}: wrong result of {}, not measured\n", work.name, library.name);
-                wrong_ = true;
+                fmt::print("{}: wrong result of {} ({}), not measured\n", work.name, library.name, library.kernels);
+                wrong_ = wrong_ || library.ours; // the fault of a peer is told, and is none of ours
             }
-            if (verdict == Verdict::absent)
-                outcome.absent.insert(library.name);
-            if (verdict != Verdict::correct)
+            if (verdict != Verdict::correct) {
+                outcome.out[library.name] = verdict == Verdict::wrong ? "wrong" : "absent";
                 continue;
+            }
             const auto enter = [&](const std::string& name, int threads) {
                 contestants.push_back({name, work.work.amount, [&, threads](benchmark::State& state) {
                                            settle(library, threads, work.threads);

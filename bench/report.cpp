@@ -24,8 +24,10 @@ std::string duration(double seconds) {
 template <class Figure>
 std::string cell(const Outcome& outcome, const std::string& other, int columns, int digits, Figure figure) {
     const auto found = outcome.timings.find(other);
-    if (found == outcome.timings.end())
-        return fmt::format("{:>{}}", outcome.absent.count(other) ? "absent" : "-", columns);
+    if (found == outcome.timings.end()) {
+        const auto why = outcome.out.find(other);
+        return fmt::format("{:>{}}", why == outcome.out.end() ? "-" : why->second, columns);
+    }
     const double value = figure(found->second);
     return value < 1000 ? fmt::format("{:>{}.{}f}", value, columns, digits) : fmt::format("{:>{}}", ">999", columns);
 }
@@ -65,7 +67,8 @@ std::string table_rows(const Field& field, const Outcome& outcome) {
         lines += "\n";
     }
     if (lines.empty()) // what the peers did is in the CSV file
-        lines = fmt::format("{:<{}}{}\n", outcome.work.name, caseWidth, outcome.absent.empty() ? "-" : "absent");
+        lines = fmt::format("{:<{}}{}\n", outcome.work.name, caseWidth,
+                            outcome.out.empty() ? "-" : outcome.out.begin()->second);
     return lines;
 }
 

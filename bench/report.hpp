@@ -2,7 +2,7 @@
 #pragma once
 
 #include <filesystem>
-#include <set>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -18,7 +18,7 @@ struct Field {
 struct Outcome {
     Case work;
     Timings timings;
-    std::set<std::string> absent; // the libraries that have no such routine
+    std::map<std::string, std::string> out; // the libraries that took no part, and why: absent, wrong
 };
 
 // The name under which a peak takes part in a contest.

@@ -1,6 +1,5 @@
 #include "systems.hpp"
 
-#include <chrono>
 #include <cmath>
 #include <fmt/format.h>
 #include <limits>
@@ -9,6 +8,7 @@
 
 #include "matrix_market/matrix_market.hpp"
 #include "qrv/linear_system.hpp"
+#include "support/timer.hpp"
 
 namespace {
 
@@ -20,10 +20,6 @@ struct Model {
 };
 constexpr Model models[] = {{"494_bus.mtx", "power network"}, {"west0479.mtx", "chemical plant"}};
 
-double milliseconds_since(std::chrono::steady_clock::time_point start) {
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-}
-
 void show(const Model& model, const std::filesystem::path& folder) {
     const std::string path = (folder / model.file).string();
     const Matrix a = std::get<Matrix>(tools::read_matrix_market(path).matrix);
@@ -33,9 +29,9 @@ void show(const Model& model, const std::filesystem::path& folder) {
 
     tools::LinearSystem<float>(path, a); // the first call pays for one-time work
     tools::LinearSystem<float> system(path, a);
-    const auto start = std::chrono::steady_clock::now();
+    const support::Timer timer;
     const Matrix x = system.solve(b);
-    const double solveTime = milliseconds_since(start);
+    const double solveTime = 1e3 * timer.seconds();
 
     const double error = backward_error(a, x, b).normwise;
     fmt::print("  {:<15} {:4} x {:<4} {:7.2f} ms {:7.2f} ms {:14.1e} {:13.1e} {:13.1e}\n", model.what, a.rows,

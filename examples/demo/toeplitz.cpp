@@ -1,8 +1,9 @@
 #include "toeplitz.hpp"
 
-#include <chrono>
 #include <cmath>
 #include <cstdlib>
+
+#include "support/timer.hpp"
 
 std::vector<float> toeplitz(int n, const std::vector<float>& taps) {
     const auto order = static_cast<std::size_t>(n);
@@ -51,10 +52,10 @@ Filtered filter(Corvex::Mathematics::LinearAlgebra::Providers::SingleBlasLevel3&
     // Every pixel of the result starts at the level, so the second product adds to it (beta = 1).
     for (float& pixel : result.picture.pixels)
         pixel = level;
-    const auto start = std::chrono::steady_clock::now();
+    const support::Timer timer;
     blas.Sgemm(None, None, m, n, m, 1.0F, g, 0, m, centred, 0, m, 0.0F, columnsDone, 0, m);
     blas.Sgemm(None, Transpose, m, n, n, 1.0F, columnsDone, 0, m, h, 0, n, 1.0F, result.picture.pixels, 0, m);
-    result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    result.seconds = timer.seconds();
     return result;
 }
 

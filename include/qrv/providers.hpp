@@ -6,7 +6,8 @@
 //                                  1.0f, a, 0, m, b, 0, k, 0.0f, c, 0, m);
 //
 // Offsets, increments and leading dimensions count elements. No length is checked against a dimension or an offset.
-// Methods keep nothing between calls and may be called from any number of threads at once.
+// Methods keep nothing of a call but work buffers for the next one, and may be called from any number of threads at
+// once.
 //
 //   x, xOffset, incx  a vector of n elements (or as many as told): it begins at element xOffset of the array and takes
 //                     every incx-th element, 1 + (n - 1)*|incx| of them in all. With a negative increment its elements

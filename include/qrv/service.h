@@ -33,13 +33,20 @@ QRV_API int qrv_serv_get_configuration(char* text, int size);
 typedef void (*qrv_xerbla_routine)(const char* name, const int* info, int length);
 
 /* Routine that is told how far a long factorization has come: thread number, columns or rows finished so far,
- * stage name (not terminated) and its length. A result other than 0 asks the factorization to stop. */
+ * stage name (not terminated) and its length. It is called once a panel, on one of the threads at work. A result
+ * other than 0 stops the factorization: the entry returns with its arrays as they stand, neither factored nor as
+ * they were, and with info as far as it was found, which is 0 where nothing was wrong. Only the program, whose
+ * routine asked for it, knows that the result is none. */
 typedef int (*qrv_progress_routine)(const int* thread, const int* step, const char* stage, int length);
 
-/* Set the reporter that LAPACK routines call, and the progress routine; null goes back to the default report
- * and to none. The slots are process-wide, and each LAPACK entry stores the defaults into both again: a
- * routine set here is in force until the next LAPACK entry. BLAS entries report through XERBLA instead, which
- * a program may define itself. */
+/* Set the routine that LAPACK entries install when they are called, and that is told of their progress from the
+ * next call on; null for none. It serves all threads of the process. */
+QRV_API void qrv_serv_set_default_progress(qrv_progress_routine routine);
+
+/* Set the two slots that native code reports to while it runs; null goes back to the default report and to none.
+ * Every LAPACK entry stores into both again, XERBLA and the routine set above, before it does anything else, and
+ * BLAS entries look at neither: what is set here is never seen by a routine called afterwards. A program that wants
+ * reports defines XERBLA, and one that wants progress sets the default. */
 QRV_API void qrv_serv_set_xerbla(qrv_xerbla_routine routine);
 QRV_API void qrv_serv_set_progress(qrv_progress_routine routine);
 
@@ -71,11 +78,14 @@ QRV_API int qrv_serv_get_cache_sizes(int* sizes);
 enum { QRV_DOMAIN_ALL = 0, QRV_DOMAIN_BLAS = 1, QRV_DOMAIN_FFT = 2, QRV_DOMAIN_VEC = 3 };
 
 /* Upper bound of threads that a routine may use now: for everything, and for one QRV_DOMAIN_. The first query
- * reads the environment and counts cores, pinning the calling thread to each processor for a moment. */
+ * reads the environment and counts cores, pinning the calling thread to each processor for a moment; others sleep
+ * meanwhile, so a host with many threads asks once before it starts them. 1 in the child of a fork of several
+ * threads. */
 QRV_API int qrv_serv_get_max_threads(void);
 QRV_API int qrv_serv_domain_get_max_threads(int domain);
 
-/* Request n threads for everything. Stored only if n > 0. Result: n. */
+/* Request n threads for everything. Stored only if n > 0. No request is taken beyond the OpenMP runtime's limit and
+ * 1024. Result: n. */
 QRV_API int qrv_serv_set_num_threads(int n);
 
 /* Request n threads for one domain; 0 withdraws the request. Result: 1 if stored, 0 for n < 0 or an unknown
@@ -96,8 +106,13 @@ QRV_API int qrv_serv_in_parallel(void);
 
 /* ---- Work memory ---------------------------------------------------------------------------------------- */
 
-/* Releases the reusable work buffers of all threads. No other call into the library may run meanwhile. */
+/* Each thread keeps up to five work buffers for reuse, of at most 40 MB each, and they stay when it ends.
+ *
+ * qrv_serv_free_buffers releases those of all threads. No other call into the library may run meanwhile.
+ * qrv_serv_free_thread_buffers releases those of the calling thread, at any time: the last thing a thread does that
+ * will not call again. */
 QRV_API void qrv_serv_free_buffers(void);
+QRV_API void qrv_serv_free_thread_buffers(void);
 
 /* Stores the number of buffers kept for reuse and gives the sum of their sizes in bytes; -1 and 0 if reuse is
  * switched off. */

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
 #include "qrv/native.h"
 #include "service/options.hpp"
@@ -31,13 +32,13 @@ constexpr bool is(char option, char letter) {
 constexpr Check must(int position, bool condition) {
     return {position, !condition};
 }
-// One of the letters, in either case.
+// One of the letters, in either case. No loop: of constant letters nothing is left but comparisons.
 template <std::size_t N>
-constexpr Check option(int position, char given, const char (&letters)[N]) {
-    bool found = false;
-    for (std::size_t i = 0; i + 1 < N; ++i)
-        found = found || same_letter(given, letters[i]);
-    return {position, !found};
+[[gnu::always_inline]] constexpr Check option(int position, char given, const char (&letters)[N]) {
+    return [&]<std::size_t... I>(std::index_sequence<I...>) {
+        return Check{position, !(is(given, letters[I]) || ...)};
+    }
+    (std::make_index_sequence<N - 1>());
 }
 constexpr Check at_least(int position, std::int64_t value, std::int64_t least) {
     return {position, value < least};
@@ -48,6 +49,10 @@ constexpr Check size(int position, int value) {
 // A leading dimension of a matrix with so many rows.
 constexpr Check leading(int position, int value, int rows) {
     return {position, value < (rows > 1 ? rows : 1)};
+}
+// The rows of a matrix in band storage.
+constexpr Check band(int position, int value, int below, int above = 0) {
+    return at_least(position, value, std::int64_t{below} + above + 1);
 }
 constexpr Check increment(int position, int value) {
     return {position, value == 0};
@@ -131,10 +136,10 @@ struct Arguments {
     }
 };
 
-// LAPACK entries begin so: both service slots hold their defaults.
+// LAPACK entries begin so: both service slots hold their defaults, of which a program may have set that of progress.
 inline void install_default_services() {
     qrv_serv_set_xerbla(XERBLA);
-    qrv_serv_set_progress(qrv_serv_default_progress);
+    qrv_serv_set_progress(default_progress());
 }
 
 } // namespace qrv::entry

@@ -1,7 +1,6 @@
 // The entries of LAPACK and the routines that they frame, from their rows.
 #include "lapack/lapack.hpp"
 #include "entry/checks.hpp"
-#include "lapack/arguments.hpp"
 #include "lapack/calls/lu.hpp"
 #include "lapack/calls/norms.hpp"
 #include "lapack/calls/triangular.hpp"
@@ -19,7 +18,7 @@ extern "C" {
     }
 #define CHECKED(NAME, name, PARAMETERS, CHECKS, ...)                                                                   \
     ROUTE(NAME, name, PARAMETERS, CHECKS, __VA_ARGS__)                                                                 \
-    void QRV_MEMBER(NAME) PARAMETERS {                                                                                 \
+    QRV_API void QRV_MEMBER(NAME) PARAMETERS {                                                                         \
         install_default_services();                                                                                    \
         if (Arguments{QRV_MEMBER_TEXT(NAME), info} CHECKS)                                                             \
             __VA_ARGS__;                                                                                               \
@@ -28,7 +27,7 @@ extern "C" {
     Result QRV_LAPACK_MEMBER(name) PARAMETERS {                                                                        \
         __VA_ARGS__;                                                                                                   \
     }                                                                                                                  \
-    Result QRV_MEMBER(NAME) PARAMETERS {                                                                               \
+    QRV_API Result QRV_MEMBER(NAME) PARAMETERS {                                                                       \
         install_default_services();                                                                                    \
         __VA_ARGS__;                                                                                                   \
     }

@@ -1,7 +1,9 @@
 // Work arrays cut into parts, each by one function that tells their sizes too: on a null array it counts only.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
+#include <limits>
 #include <type_traits>
 
 #include "blas/complex.hpp"
@@ -22,6 +24,15 @@ struct WorkParts {
         return part;
     }
 };
+
+// A work size as a routine returns it, in an element: rounded up, so that whoever takes it for a length gets enough.
+template <class T>
+T work_size(std::int64_t size) {
+    float value = static_cast<float>(size);
+    if (static_cast<double>(value) < static_cast<double>(size))
+        value = std::nextafter(value, std::numeric_limits<float>::max());
+    return scalar<T>(value);
+}
 
 // The two work arrays of a condition estimate: WORK, and IWORK with real elements or RWORK with complex ones.
 template <class T>

@@ -1,7 +1,7 @@
-// BLAS level 1 of the complex provider: encode, call one native entry.
-#include "provider/encoding.hpp"
-#include "qrv/native.h"
-#include "qrv/providers.hpp"
+// BLAS level 1 of the complex provider.
+#include "provider/call.hpp"
+#include "qrv/native/blas.h"
+#include "qrv/providers/x86.hpp"
 
 namespace Corvex::Mathematics::LinearAlgebra::Providers {
 
@@ -10,62 +10,48 @@ using namespace qrv::provider;
 NativeComplexBlasLevel1::NativeComplexBlasLevel1() = default;
 
 void NativeComplexBlasLevel1::Cscal(int n, SingleComplex alpha, ProviderArray<SingleComplex> x, int xOffset, int incx) {
-    qrv_complex* x0 = element(x, xOffset);
-    CSCAL(&n, native(&alpha), x0, &incx);
+    call(CSCAL, n, alpha, At(x, xOffset), incx);
 }
 
 void NativeComplexBlasLevel1::Caxpy(int n, SingleComplex alpha, ProviderArray<const SingleComplex> x, int xOffset,
                                     int incx, ProviderArray<SingleComplex> y, int yOffset, int incy) {
-    const qrv_complex* x0 = element(x, xOffset);
-    qrv_complex* y0 = element(y, yOffset);
-    CAXPY(&n, native(&alpha), x0, &incx, y0, &incy);
+    call(CAXPY, n, alpha, At(x, xOffset), incx, At(y, yOffset), incy);
 }
 
 SingleComplex NativeComplexBlasLevel1::Cdotc(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx,
                                              ProviderArray<const SingleComplex> y, int yOffset, int incy) {
-    const qrv_complex* x0 = element(x, xOffset);
-    const qrv_complex* y0 = element(y, yOffset);
     SingleComplex result = SingleComplex::Zero;
-    CDOTC(native(&result), &n, x0, &incx, y0, &incy);
+    call(CDOTC, &result, n, At(x, xOffset), incx, At(y, yOffset), incy);
     return result;
 }
 
 SingleComplex NativeComplexBlasLevel1::Cdotu(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx,
                                              ProviderArray<const SingleComplex> y, int yOffset, int incy) {
-    const qrv_complex* x0 = element(x, xOffset);
-    const qrv_complex* y0 = element(y, yOffset);
     SingleComplex result = SingleComplex::Zero;
-    CDOTU(native(&result), &n, x0, &incx, y0, &incy);
+    call(CDOTU, &result, n, At(x, xOffset), incx, At(y, yOffset), incy);
     return result;
 }
 
 void NativeComplexBlasLevel1::Cswap(int n, ProviderArray<SingleComplex> x, int xOffset, int incx,
                                     ProviderArray<SingleComplex> y, int yOffset, int incy) {
-    qrv_complex* x0 = element(x, xOffset);
-    qrv_complex* y0 = element(y, yOffset);
-    CSWAP(&n, x0, &incx, y0, &incy);
+    call(CSWAP, n, At(x, xOffset), incx, At(y, yOffset), incy);
 }
 
 void NativeComplexBlasLevel1::Ccopy(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx,
                                     ProviderArray<SingleComplex> y, int yOffset, int incy) {
-    const qrv_complex* x0 = element(x, xOffset);
-    qrv_complex* y0 = element(y, yOffset);
-    CCOPY(&n, x0, &incx, y0, &incy);
+    call(CCOPY, n, At(x, xOffset), incx, At(y, yOffset), incy);
 }
 
 float NativeComplexBlasLevel1::Scnrm2(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx) {
-    const qrv_complex* x0 = element(x, xOffset);
-    return SCNRM2(&n, x0, &incx);
+    return call(SCNRM2, n, At(x, xOffset), incx);
 }
 
 float NativeComplexBlasLevel1::Scasum(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx) {
-    const qrv_complex* x0 = element(x, xOffset);
-    return SCASUM(&n, x0, &incx);
+    return call(SCASUM, n, At(x, xOffset), incx);
 }
 
 int NativeComplexBlasLevel1::Icamax(int n, ProviderArray<const SingleComplex> x, int xOffset, int incx) {
-    const qrv_complex* x0 = element(x, xOffset);
-    return ICAMAX(&n, x0, &incx);
+    return call(ICAMAX, n, At(x, xOffset), incx);
 }
 
 } // namespace Corvex::Mathematics::LinearAlgebra::Providers

@@ -1,7 +1,7 @@
-// BLAS level 3 of the complex provider: encode, call one native entry.
-#include "provider/encoding.hpp"
-#include "qrv/native.h"
-#include "qrv/providers.hpp"
+// BLAS level 3 of the complex provider.
+#include "provider/call.hpp"
+#include "qrv/native/blas.h"
+#include "qrv/providers/x86.hpp"
 
 namespace Corvex::Mathematics::LinearAlgebra::Providers {
 
@@ -13,88 +13,64 @@ void NativeComplexBlasLevel3::Cgemm(TransposeOperation transA, TransposeOperatio
                                     SingleComplex alpha, ProviderArray<const SingleComplex> a, int aOffset, int lda,
                                     ProviderArray<const SingleComplex> b, int bOffset, int ldb, SingleComplex beta,
                                     ProviderArray<SingleComplex> c, int cOffset, int ldc) {
-    const qrv_complex* a0 = element(a, aOffset);
-    const qrv_complex* b0 = element(b, bOffset);
-    qrv_complex* c0 = element(c, cOffset);
-    CGEMM(rule_c(transA), rule_c(transB), &m, &n, &k, native(&alpha), a0, &lda, b0, &ldb, native(&beta), c0, &ldc);
-}
-
-void NativeComplexBlasLevel3::Chemm(MatrixOperationSide side, MatrixTriangleMode triangleMode, int m, int n,
-                                    SingleComplex alpha, ProviderArray<const SingleComplex> a, int aOffset, int lda,
-                                    ProviderArray<const SingleComplex> b, int bOffset, int ldb, SingleComplex beta,
-                                    ProviderArray<SingleComplex> c, int cOffset, int ldc) {
-    const qrv_complex* a0 = element(a, aOffset);
-    const qrv_complex* b0 = element(b, bOffset);
-    qrv_complex* c0 = element(c, cOffset);
-    CHEMM(qrv::provider::side(side), triangle(triangleMode), &m, &n, native(&alpha), a0, &lda, b0, &ldb, native(&beta),
-          c0, &ldc);
-}
-
-void NativeComplexBlasLevel3::Cherk(MatrixTriangleMode triangleMode, TransposeOperation trans, int n, int k,
-                                    float alpha, ProviderArray<const SingleComplex> a, int aOffset, int lda, float beta,
-                                    ProviderArray<SingleComplex> c, int cOffset, int ldc) {
-    const qrv_complex* a0 = element(a, aOffset);
-    qrv_complex* c0 = element(c, cOffset);
-    CHERK(triangle(triangleMode), rule_c(trans), &n, &k, &alpha, a0, &lda, &beta, c0, &ldc);
-}
-
-void NativeComplexBlasLevel3::Cher2k(MatrixTriangleMode triangleMode, TransposeOperation trans, int n, int k,
-                                     SingleComplex alpha, ProviderArray<const SingleComplex> a, int aOffset, int lda,
-                                     ProviderArray<const SingleComplex> b, int bOffset, int ldb, float beta,
-                                     ProviderArray<SingleComplex> c, int cOffset, int ldc) {
-    const qrv_complex* a0 = element(a, aOffset);
-    const qrv_complex* b0 = element(b, bOffset);
-    qrv_complex* c0 = element(c, cOffset);
-    CHER2K(triangle(triangleMode), rule_c(trans), &n, &k, native(&alpha), a0, &lda, b0, &ldb, &beta, c0, &ldc);
-}
-
-void NativeComplexBlasLevel3::Ctrmm(MatrixOperationSide side, MatrixTriangleMode triangleMode,
-                                    TransposeOperation transA, MatrixDiagonalMode diag, int m, int n,
-                                    SingleComplex alpha, ProviderArray<const SingleComplex> a, int aOffset, int lda,
-                                    ProviderArray<SingleComplex> b, int bOffset, int ldb) {
-    const qrv_complex* a0 = element(a, aOffset);
-    qrv_complex* b0 = element(b, bOffset);
-    CTRMM(qrv::provider::side(side), triangle(triangleMode), rule_c(transA), diagonal(diag), &m, &n, native(&alpha), a0,
-          &lda, b0, &ldb);
-}
-
-void NativeComplexBlasLevel3::Ctrsm(MatrixOperationSide side, MatrixTriangleMode triangleMode,
-                                    TransposeOperation transA, MatrixDiagonalMode diag, int m, int n,
-                                    SingleComplex alpha, ProviderArray<const SingleComplex> a, int aOffset, int lda,
-                                    ProviderArray<SingleComplex> b, int bOffset, int ldb) {
-    const qrv_complex* a0 = element(a, aOffset);
-    qrv_complex* b0 = element(b, bOffset);
-    CTRSM(qrv::provider::side(side), triangle(triangleMode), rule_c(transA), diagonal(diag), &m, &n, native(&alpha), a0,
-          &lda, b0, &ldb);
+    call(CGEMM, rule_c(transA), rule_c(transB), m, n, k, alpha, At(a, aOffset), lda, At(b, bOffset), ldb, beta,
+         At(c, cOffset), ldc);
 }
 
 void NativeComplexBlasLevel3::Csymm(MatrixOperationSide side, MatrixTriangleMode triangleMode, int m, int n,
                                     SingleComplex alpha, ProviderArray<const SingleComplex> a, int aOffset, int lda,
                                     ProviderArray<const SingleComplex> b, int bOffset, int ldb, SingleComplex beta,
                                     ProviderArray<SingleComplex> c, int cOffset, int ldc) {
-    const qrv_complex* a0 = element(a, aOffset);
-    const qrv_complex* b0 = element(b, bOffset);
-    qrv_complex* c0 = element(c, cOffset);
-    CSYMM(qrv::provider::side(side), triangle(triangleMode), &m, &n, native(&alpha), a0, &lda, b0, &ldb, native(&beta),
-          c0, &ldc);
+    call(CSYMM, side, triangleMode, m, n, alpha, At(a, aOffset), lda, At(b, bOffset), ldb, beta, At(c, cOffset), ldc);
+}
+
+void NativeComplexBlasLevel3::Chemm(MatrixOperationSide side, MatrixTriangleMode triangleMode, int m, int n,
+                                    SingleComplex alpha, ProviderArray<const SingleComplex> a, int aOffset, int lda,
+                                    ProviderArray<const SingleComplex> b, int bOffset, int ldb, SingleComplex beta,
+                                    ProviderArray<SingleComplex> c, int cOffset, int ldc) {
+    call(CHEMM, side, triangleMode, m, n, alpha, At(a, aOffset), lda, At(b, bOffset), ldb, beta, At(c, cOffset), ldc);
 }
 
 void NativeComplexBlasLevel3::Csyrk(MatrixTriangleMode triangleMode, TransposeOperation trans, int n, int k,
                                     SingleComplex alpha, ProviderArray<const SingleComplex> a, int aOffset, int lda,
                                     SingleComplex beta, ProviderArray<SingleComplex> c, int cOffset, int ldc) {
-    const qrv_complex* a0 = element(a, aOffset);
-    qrv_complex* c0 = element(c, cOffset);
-    CSYRK(triangle(triangleMode), rule_c(trans), &n, &k, native(&alpha), a0, &lda, native(&beta), c0, &ldc);
+    call(CSYRK, triangleMode, rule_c(trans), n, k, alpha, At(a, aOffset), lda, beta, At(c, cOffset), ldc);
+}
+
+void NativeComplexBlasLevel3::Cherk(MatrixTriangleMode triangleMode, TransposeOperation trans, int n, int k,
+                                    float alpha, ProviderArray<const SingleComplex> a, int aOffset, int lda, float beta,
+                                    ProviderArray<SingleComplex> c, int cOffset, int ldc) {
+    call(CHERK, triangleMode, rule_c(trans), n, k, alpha, At(a, aOffset), lda, beta, At(c, cOffset), ldc);
 }
 
 void NativeComplexBlasLevel3::Csyr2k(MatrixTriangleMode triangleMode, TransposeOperation trans, int n, int k,
                                      SingleComplex alpha, ProviderArray<const SingleComplex> a, int aOffset, int lda,
                                      ProviderArray<const SingleComplex> b, int bOffset, int ldb, SingleComplex beta,
                                      ProviderArray<SingleComplex> c, int cOffset, int ldc) {
-    const qrv_complex* a0 = element(a, aOffset);
-    const qrv_complex* b0 = element(b, bOffset);
-    qrv_complex* c0 = element(c, cOffset);
-    CSYR2K(triangle(triangleMode), rule_c(trans), &n, &k, native(&alpha), a0, &lda, b0, &ldb, native(&beta), c0, &ldc);
+    call(CSYR2K, triangleMode, rule_c(trans), n, k, alpha, At(a, aOffset), lda, At(b, bOffset), ldb, beta,
+         At(c, cOffset), ldc);
+}
+
+void NativeComplexBlasLevel3::Cher2k(MatrixTriangleMode triangleMode, TransposeOperation trans, int n, int k,
+                                     SingleComplex alpha, ProviderArray<const SingleComplex> a, int aOffset, int lda,
+                                     ProviderArray<const SingleComplex> b, int bOffset, int ldb, float beta,
+                                     ProviderArray<SingleComplex> c, int cOffset, int ldc) {
+    call(CHER2K, triangleMode, rule_c(trans), n, k, alpha, At(a, aOffset), lda, At(b, bOffset), ldb, beta,
+         At(c, cOffset), ldc);
+}
+
+void NativeComplexBlasLevel3::Ctrmm(MatrixOperationSide side, MatrixTriangleMode triangleMode,
+                                    TransposeOperation transA, MatrixDiagonalMode diag, int m, int n,
+                                    SingleComplex alpha, ProviderArray<const SingleComplex> a, int aOffset, int lda,
+                                    ProviderArray<SingleComplex> b, int bOffset, int ldb) {
+    call(CTRMM, side, triangleMode, rule_c(transA), diag, m, n, alpha, At(a, aOffset), lda, At(b, bOffset), ldb);
+}
+
+void NativeComplexBlasLevel3::Ctrsm(MatrixOperationSide side, MatrixTriangleMode triangleMode,
+                                    TransposeOperation transA, MatrixDiagonalMode diag, int m, int n,
+                                    SingleComplex alpha, ProviderArray<const SingleComplex> a, int aOffset, int lda,
+                                    ProviderArray<SingleComplex> b, int bOffset, int ldb) {
+    call(CTRSM, side, triangleMode, rule_c(transA), diag, m, n, alpha, At(a, aOffset), lda, At(b, bOffset), ldb);
 }
 
 } // namespace Corvex::Mathematics::LinearAlgebra::Providers

@@ -1,9 +1,10 @@
-// LAPACK of the complex provider: encode, bring workspace, call one native entry. Results go through locals into the
-// caller's variables, `info` before others, after the native routine has returned.
-#include "provider/encoding.hpp"
-#include "provider/workspace.hpp"
+// LAPACK of the complex provider.
+#include <algorithm>
+#include <cstdint>
+
+#include "provider/call.hpp"
 #include "qrv/native.h"
-#include "qrv/providers.hpp"
+#include "qrv/providers/x86.hpp"
 
 namespace Corvex::Mathematics::LinearAlgebra::Providers {
 
@@ -13,83 +14,93 @@ NativeComplexLapack::NativeComplexLapack() = default;
 
 void NativeComplexLapack::Cgetrf(int m, int n, ProviderArray<SingleComplex> a, int aOffset, int lda,
                                  ProviderArray<int> ipiv, int& info) {
-    qrv_complex* a0 = element(a, aOffset);
-    int* pivots = element(ipiv);
-    int result = 0;
-    CGETRF(&m, &n, a0, &lda, pivots, &result);
-    info = result;
+    call(CGETRF, m, n, At(a, aOffset), lda, ipiv, Info(info));
 }
 
 void NativeComplexLapack::Cgetrs(TransposeOperation trans, int n, int nrhs, ProviderArray<const SingleComplex> a,
                                  int aOffset, int lda, ProviderArray<const int> ipiv, ProviderArray<SingleComplex> b,
                                  int bOffset, int ldb, int& info) {
-    const qrv_complex* a0 = element(a, aOffset);
-    const int* pivots = element(ipiv);
-    qrv_complex* b0 = element(b, bOffset);
-    int result = 0;
-    CGETRS(rule_c(trans), &n, &nrhs, a0, &lda, pivots, b0, &ldb, &result);
-    info = result;
+    call(CGETRS, rule_c(trans), n, nrhs, At(a, aOffset), lda, ipiv, At(b, bOffset), ldb, Info(info));
 }
 
 void NativeComplexLapack::Cgetri(int n, ProviderArray<SingleComplex> a, int aOffset, int lda,
                                  ProviderArray<const int> ipiv, int& info) {
-    qrv_complex* a0 = element(a, aOffset);
-    const int* pivots = element(ipiv);
-    const WorkArray<qrv_complex> work(4, n);
-    const int lwork = 4 * n;
-    int result = 0;
-    CGETRI(&n, a0, &lda, pivots, work.data(), &lwork, &result);
-    info = result;
+    call(CGETRI, n, At(a, aOffset), lda, ipiv, SizedWork<qrv_complex>(4, n), Info(info));
 }
 
 void NativeComplexLapack::Cgecon(MatrixNorm norm, int n, ProviderArray<const SingleComplex> a, int aOffset, int lda,
                                  float aNorm, float& rcond, int& info) {
-    const qrv_complex* a0 = element(a, aOffset);
-    const WorkArray<qrv_complex> work(2, n);
-    const WorkArray<float> rwork(2, n);
-    float condition = 0;
-    int result = 0;
-    CGECON(qrv::provider::norm(norm), &n, a0, &lda, &aNorm, &condition, work.data(), rwork.data(), &result);
-    info = result;
-    rcond = condition;
+    call(CGECON, norm, n, At(a, aOffset), lda, aNorm, Result(rcond), Work<qrv_complex>(2, n), Work<float>(2, n),
+         Info(info));
+}
+
+void NativeComplexLapack::Cgeqrf(int m, int n, ProviderArray<SingleComplex> a, int aOffset, int lda,
+                                 ProviderArray<SingleComplex> tau, int tauOffset, int& info) {
+    pending("CGEQRF", m, n, At(a, aOffset), lda, At(tau, tauOffset), Queried<qrv_complex>(), Info(info));
 }
 
 void NativeComplexLapack::Ctrtrs(MatrixTriangleMode uplo, TransposeOperation trans, MatrixDiagonalMode diag, int n,
                                  int nrhs, ProviderArray<const SingleComplex> a, int aOffset, int lda,
                                  ProviderArray<SingleComplex> b, int bOffset, int ldb, int& info) {
-    const qrv_complex* a0 = element(a, aOffset);
-    qrv_complex* b0 = element(b, bOffset);
-    int result = 0;
-    CTRTRS(triangle(uplo), rule_c(trans), diagonal(diag), &n, &nrhs, a0, &lda, b0, &ldb, &result);
-    info = result;
+    call(CTRTRS, uplo, rule_c(trans), diag, n, nrhs, At(a, aOffset), lda, At(b, bOffset), ldb, Info(info));
 }
 
 void NativeComplexLapack::Ctrtri(MatrixTriangleMode uplo, MatrixDiagonalMode diag, int n,
                                  ProviderArray<SingleComplex> a, int aOffset, int lda, int& info) {
-    qrv_complex* a0 = element(a, aOffset);
-    int result = 0;
-    CTRTRI(triangle(uplo), diagonal(diag), &n, a0, &lda, &result);
-    info = result;
+    call(CTRTRI, uplo, diag, n, At(a, aOffset), lda, Info(info));
 }
 
 void NativeComplexLapack::Ctrcon(MatrixNorm norm, MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int n,
                                  ProviderArray<const SingleComplex> a, int aOffset, int lda, float& rcond, int& info) {
-    const qrv_complex* a0 = element(a, aOffset);
-    const WorkArray<qrv_complex> work(2, n);
-    const WorkArray<float> rwork(n);
-    float condition = 0;
-    int result = 0;
-    CTRCON(qrv::provider::norm(norm), triangle(triangleMode), diagonal(diag), &n, a0, &lda, &condition, work.data(),
-           rwork.data(), &result);
-    info = result;
-    rcond = condition;
+    call(CTRCON, norm, triangleMode, diag, n, At(a, aOffset), lda, Result(rcond), Work<qrv_complex>(2, n),
+         Work<float>(n), Info(info));
+}
+
+void NativeComplexLapack::Cpotrf(MatrixTriangleMode triangleMode, int n, ProviderArray<SingleComplex> a, int aOffset,
+                                 int lda, int& info) {
+    pending("CPOTRF", triangleMode, n, At(a, aOffset), lda, Info(info));
+}
+
+void NativeComplexLapack::Cpotri(MatrixTriangleMode triangleMode, int n, ProviderArray<SingleComplex> a, int aOffset,
+                                 int lda, int& info) {
+    pending("CPOTRI", triangleMode, n, At(a, aOffset), lda, Info(info));
+}
+
+void NativeComplexLapack::Cpotrs(MatrixTriangleMode triangleMode, int n, int nrhs, ProviderArray<const SingleComplex> a,
+                                 int aOffset, int lda, ProviderArray<SingleComplex> b, int bOffset, int ldb,
+                                 int& info) {
+    pending("CPOTRS", triangleMode, n, nrhs, At(a, aOffset), lda, At(b, bOffset), ldb, Info(info));
+}
+
+void NativeComplexLapack::Cpocon(MatrixTriangleMode triangleMode, int n, ProviderArray<const SingleComplex> a,
+                                 int aOffset, int lda, float aNorm, float& rcond, int& info) {
+    pending("CPOCON", triangleMode, n, At(a, aOffset), lda, aNorm, Result(rcond), Work<qrv_complex>(2, n),
+            Work<float>(n), Info(info));
+}
+
+void NativeComplexLapack::Cunmqr(MatrixOperationSide side, TransposeOperation trans, int m, int n, int k,
+                                 ProviderArray<const SingleComplex> a, int aOffset, int lda,
+                                 ProviderArray<const SingleComplex> tau, int tauOffset, ProviderArray<SingleComplex> c,
+                                 int cOffset, int ldc, int& info) {
+    pending("CUNMQR", side, rule_c(trans), m, n, k, At(a, aOffset), lda, At(tau, tauOffset), At(c, cOffset), ldc,
+            Queried<qrv_complex>(), Info(info));
+}
+
+void NativeComplexLapack::Cgesdd(char16_t jobz, int m, int n, ProviderArray<SingleComplex> a, int aOffset, int lda,
+                                 ProviderArray<float> s, ProviderArray<SingleComplex> u, int ldu,
+                                 ProviderArray<SingleComplex> vt, int ldvt, int& info) {
+    if (m == 0 || n == 0)
+        return;
+    const std::int64_t least = std::min(m, n), t = std::max<std::int64_t>(1, 5 * least);
+    const std::int64_t side = std::min<std::int64_t>(t, 1 << 20); // a larger square is no array's size either
+    const std::int64_t lrwork = jobz == u'N' ? t : side * side + 7 * least;
+    pending("CGESDD", narrow(jobz), m, n, At(a, aOffset), lda, s, u, ldu, vt, ldvt, Queried<qrv_complex>(),
+            Work<float>(lrwork), Work<int>(8, std::min(m, n)), Info(info));
 }
 
 void NativeComplexLapack::Clacpy(MatrixTriangleMode triangleMode, int m, int n, ProviderArray<const SingleComplex> a,
                                  int aOffset, int lda, ProviderArray<SingleComplex> b, int bOffset, int ldb) {
-    const qrv_complex* a0 = element(a, aOffset);
-    qrv_complex* b0 = element(b, bOffset);
-    CLACPY(triangle_or_both(triangleMode), &m, &n, a0, &lda, b0, &ldb);
+    call(CLACPY, triangle_or_both(triangleMode), m, n, At(a, aOffset), lda, At(b, bOffset), ldb);
 }
 
 } // namespace Corvex::Mathematics::LinearAlgebra::Providers

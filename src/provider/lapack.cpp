@@ -1,9 +1,10 @@
-// LAPACK of the real provider: encode, bring workspace, call one native entry. Results go through locals into the
-// caller's variables, `info` before others, after the native routine has returned.
-#include "provider/encoding.hpp"
-#include "provider/workspace.hpp"
+// LAPACK of the real provider.
+#include <algorithm>
+#include <limits>
+
+#include "provider/call.hpp"
 #include "qrv/native.h"
-#include "qrv/providers.hpp"
+#include "qrv/providers/x86.hpp"
 
 namespace Corvex::Mathematics::LinearAlgebra::Providers {
 
@@ -13,98 +14,161 @@ ParallelX86SingleLapack::ParallelX86SingleLapack() = default;
 
 void ParallelX86SingleLapack::Sgetrf(int m, int n, ProviderArray<float> a, int aOffset, int lda,
                                      ProviderArray<int> ipiv, int& info) {
-    float* a0 = element(a, aOffset);
-    int* pivots = element(ipiv);
-    int result = 0;
-    SGETRF(&m, &n, a0, &lda, pivots, &result);
-    info = result;
+    call(SGETRF, m, n, At(a, aOffset), lda, ipiv, Info(info));
 }
 
 void ParallelX86SingleLapack::Sgetrs(TransposeOperation trans, int n, int nrhs, ProviderArray<const float> a,
                                      int aOffset, int lda, ProviderArray<const int> ipiv, ProviderArray<float> b,
                                      int bOffset, int ldb, int& info) {
-    const float* a0 = element(a, aOffset);
-    const int* pivots = element(ipiv);
-    float* b0 = element(b, bOffset);
-    int result = 0;
-    SGETRS(rule_c(trans), &n, &nrhs, a0, &lda, pivots, b0, &ldb, &result);
-    info = result;
+    call(SGETRS, rule_c(trans), n, nrhs, At(a, aOffset), lda, ipiv, At(b, bOffset), ldb, Info(info));
 }
 
 void ParallelX86SingleLapack::Sgetri(int n, ProviderArray<float> a, int aOffset, int lda, ProviderArray<const int> ipiv,
                                      int& info) {
-    float* a0 = element(a, aOffset);
-    const int* pivots = element(ipiv);
-    const WorkArray<float> work(4, n);
-    const int lwork = 4 * n;
-    int result = 0;
-    SGETRI(&n, a0, &lda, pivots, work.data(), &lwork, &result);
-    info = result;
+    call(SGETRI, n, At(a, aOffset), lda, ipiv, SizedWork<float>(4, n), Info(info));
 }
 
 void ParallelX86SingleLapack::Sgecon(MatrixNorm norm, int n, ProviderArray<const float> a, int aOffset, int lda,
                                      float aNorm, float& rcond, int& info) {
-    const float* a0 = element(a, aOffset);
-    const WorkArray<float> work(4, n);
-    const WorkArray<int> iwork(n);
-    float condition = 0;
-    int result = 0;
-    SGECON(qrv::provider::norm(norm), &n, a0, &lda, &aNorm, &condition, work.data(), iwork.data(), &result);
-    info = result;
-    rcond = condition;
+    call(SGECON, norm, n, At(a, aOffset), lda, aNorm, Result(rcond), Work<float>(4, n), Work<int>(n), Info(info));
 }
 
 float ParallelX86SingleLapack::Slange(MatrixNorm norm, int m, int n, ProviderArray<const float> a, int aOffset,
                                       int lda) {
-    const float* a0 = element(a, aOffset);
-    return with_norm_work(norm, m, a0,
-                          [&](float* work) { return SLANGE(qrv::provider::norm(norm), &m, &n, a0, &lda, work); });
+    return call(SLANGE, norm, m, n, At(a, aOffset), lda, NormWork(norm, m, At(a, aOffset)));
+}
+
+void ParallelX86SingleLapack::Sgeqrf(int m, int n, ProviderArray<float> a, int aOffset, int lda,
+                                     ProviderArray<float> tau, int tauOffset, int& info) {
+    pending("SGEQRF", m, n, At(a, aOffset), lda, At(tau, tauOffset), Queried<float>(), Info(info));
+}
+
+void ParallelX86SingleLapack::Sgeqp3(int m, int n, ProviderArray<float> a, int aOffset, int lda,
+                                     ProviderArray<int> jpvt, ProviderArray<float> tau, int tauOffset, int& info) {
+    if (m == 0 || n == 0)
+        return;
+    pending("SGEQP3", m, n, At(a, aOffset), lda, jpvt, At(tau, tauOffset), Queried<float>(), Info(info));
+}
+
+void ParallelX86SingleLapack::Sormqr(MatrixOperationSide side, TransposeOperation trans, int m, int n, int k,
+                                     ProviderArray<const float> a, int aOffset, int lda, ProviderArray<const float> tau,
+                                     int tauOffset, ProviderArray<float> c, int cOffset, int Ldc, int& info) {
+    pending("SORMQR", side, rule_r(trans), m, n, k, At(a, aOffset), lda, At(tau, tauOffset), At(c, cOffset), Ldc,
+            Queried<float>(), Info(info));
 }
 
 void ParallelX86SingleLapack::Strtrs(MatrixTriangleMode triangleMode, TransposeOperation trans, MatrixDiagonalMode diag,
                                      int n, int nrhs, ProviderArray<const float> a, int aOffset, int lda,
                                      ProviderArray<float> b, int bOffset, int ldb, int& info) {
-    const float* a0 = element(a, aOffset);
-    float* b0 = element(b, bOffset);
-    int result = 0;
-    STRTRS(triangle(triangleMode), rule_c(trans), diagonal(diag), &n, &nrhs, a0, &lda, b0, &ldb, &result);
-    info = result;
+    call(STRTRS, triangleMode, rule_c(trans), diag, n, nrhs, At(a, aOffset), lda, At(b, bOffset), ldb, Info(info));
 }
 
 void ParallelX86SingleLapack::Strtri(MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int n,
                                      ProviderArray<float> a, int aOffset, int lda, int& info) {
-    float* a0 = element(a, aOffset);
-    int result = 0;
-    STRTRI(triangle(triangleMode), diagonal(diag), &n, a0, &lda, &result);
-    info = result;
+    call(STRTRI, triangleMode, diag, n, At(a, aOffset), lda, Info(info));
 }
 
 void ParallelX86SingleLapack::Strcon(MatrixNorm norm, MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int n,
                                      ProviderArray<const float> a, int aOffset, int lda, float& rcond, int& info) {
-    const float* a0 = element(a, aOffset);
-    const WorkArray<float> work(3, n);
-    const WorkArray<int> iwork(n);
-    float condition = 0;
-    int result = 0;
-    STRCON(qrv::provider::norm(norm), triangle(triangleMode), diagonal(diag), &n, a0, &lda, &condition, work.data(),
-           iwork.data(), &result);
-    info = result;
-    rcond = condition;
+    call(STRCON, norm, triangleMode, diag, n, At(a, aOffset), lda, Result(rcond), Work<float>(3, n), Work<int>(n),
+         Info(info));
 }
 
 float ParallelX86SingleLapack::Slantr(MatrixNorm norm, MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int m,
                                       int n, ProviderArray<const float> a, int aOffset, int lda) {
-    const float* a0 = element(a, aOffset);
-    return with_norm_work(norm, m, a0, [&](float* work) {
-        return SLANTR(qrv::provider::norm(norm), triangle(triangleMode), diagonal(diag), &m, &n, a0, &lda, work);
-    });
+    return call(SLANTR, norm, triangleMode, diag, m, n, At(a, aOffset), lda, NormWork(norm, m, At(a, aOffset)));
+}
+
+void ParallelX86SingleLapack::Spotrf(MatrixTriangleMode triangleMode, int n, ProviderArray<float> a, int aOffset,
+                                     int lda, int& info) {
+    pending("SPOTRF", triangleMode, n, At(a, aOffset), lda, Info(info));
+}
+
+void ParallelX86SingleLapack::Spotri(MatrixTriangleMode triangleMode, int n, ProviderArray<float> a, int aOffset,
+                                     int lda, int& info) {
+    pending("SPOTRI", triangleMode, n, At(a, aOffset), lda, Info(info));
+}
+
+void ParallelX86SingleLapack::Spotrs(MatrixTriangleMode triangleMode, int n, int nrhs, ProviderArray<const float> a,
+                                     int aOffset, int lda, ProviderArray<float> b, int bOffset, int ldb, int& info) {
+    pending("SPOTRS", triangleMode, n, nrhs, At(a, aOffset), lda, At(b, bOffset), ldb, Info(info));
+}
+
+void ParallelX86SingleLapack::Spocon(MatrixTriangleMode triangleMode, int n, ProviderArray<const float> a, int aOffset,
+                                     int lda, float aNorm, float& rcond, int& info) {
+    pending("SPOCON", triangleMode, n, At(a, aOffset), lda, aNorm, Result(rcond), Work<float>(3, n), Work<int>(n),
+            Info(info));
+}
+
+void ParallelX86SingleLapack::Sgbtrf(int m, int n, int kl, int ku, ProviderArray<float> a, int aOffset, int lda,
+                                     ProviderArray<int> ipiv, int& info) {
+    pending("SGBTRF", m, n, kl, ku, At(a, aOffset), lda, ipiv, Info(info));
+}
+
+void ParallelX86SingleLapack::Sgbtrs(TransposeOperation trans, int n, int kl, int ku, int nrhs,
+                                     ProviderArray<const float> a, int aOffset, int lda, ProviderArray<const int> ipiv,
+                                     ProviderArray<float> b, int bOffset, int ldb, int& info) {
+    pending("SGBTRS", rule_c(trans), n, kl, ku, nrhs, At(a, aOffset), lda, ipiv, At(b, bOffset), ldb, Info(info));
+}
+
+void ParallelX86SingleLapack::Sgbcon(MatrixNorm norm, int n, int kl, int ku, ProviderArray<const float> a, int aOffset,
+                                     int lda, ProviderArray<const int> ipiv, float aNorm, float& rcond, int& info) {
+    pending("SGBCON", norm, n, kl, ku, At(a, aOffset), lda, ipiv, aNorm, Result(rcond), Work<float>(4, n), Work<int>(n),
+            Info(info));
+}
+
+void ParallelX86SingleLapack::Stbtrs(MatrixTriangleMode triangleMode, TransposeOperation trans, MatrixDiagonalMode diag,
+                                     int n, int kd, int nrhs, ProviderArray<const float> a, int aOffset, int lda,
+                                     ProviderArray<float> b, int bOffset, int ldb, int& info) {
+    pending("STBTRS", triangleMode, rule_c(trans), diag, n, kd, nrhs, At(a, aOffset), lda, At(b, bOffset), ldb,
+            Info(info));
+}
+
+void ParallelX86SingleLapack::Spbtrf(MatrixTriangleMode triangleMode, int n, int k, ProviderArray<float> a, int aOffset,
+                                     int lda, int& info) {
+    pending("SPBTRF", triangleMode, n, k, At(a, aOffset), lda, Info(info));
+}
+
+void ParallelX86SingleLapack::Spbtrs(MatrixTriangleMode triangleMode, int n, int k, int nrhs,
+                                     ProviderArray<const float> a, int aOffset, int lda, ProviderArray<float> b,
+                                     int bOffset, int ldb, int& info) {
+    pending("SPBTRS", triangleMode, n, k, nrhs, At(a, aOffset), lda, At(b, bOffset), ldb, Info(info));
+}
+
+void ParallelX86SingleLapack::Spbcon(MatrixTriangleMode triangleMode, int n, int k, ProviderArray<const float> a,
+                                     int aOffset, int lda, float aNorm, float& rcond, int& info) {
+    pending("SPBCON", triangleMode, n, k, At(a, aOffset), lda, aNorm, Result(rcond), Work<float>(3, n), Work<int>(n),
+            Info(info));
+}
+
+void ParallelX86SingleLapack::Sgesdd(char16_t jobz, int m, int n, ProviderArray<float> a, int aOffset, int lda,
+                                     ProviderArray<float> s, ProviderArray<float> u, int ldu, ProviderArray<float> vt,
+                                     int ldvt, int& info) {
+    pending("SGESDD", narrow(jobz), m, n, At(a, aOffset), lda, s, u, ldu, vt, ldvt, Queried<float>(),
+            Work<int>(8, std::min(m, n)), Info(info));
+}
+
+// Always the whole spectrum, and the supports of the eigenvectors stay here: bounds and array of the host are dropped.
+void ParallelX86SingleLapack::Ssyevr(char16_t jobz, char16_t range, MatrixTriangleMode triangleMode, int n,
+                                     ProviderArray<float> a, int aOffset, int lda, float, float, int, int, float,
+                                     int& m, ProviderArray<float> w, int wOffset, ProviderArray<float> z, int zOffset,
+                                     int ldz, ProviderArray<int>, int& info) {
+    pending("SSYEVR", narrow(jobz), narrow(range), triangleMode, n, At(a, aOffset), lda,
+            -std::numeric_limits<float>::max(), std::numeric_limits<float>::max(), 1, n, 0.0F, Result(m),
+            At(w, wOffset), At(z, zOffset), ldz, Work<int>(2, n), SizedWork<float>(36, n), SizedWork<int>(10, n),
+            Info(info));
+}
+
+void ParallelX86SingleLapack::Sgeev(char16_t jobvl, char16_t jobvr, int n, ProviderArray<float> a, int aOffset, int lda,
+                                    ProviderArray<float> wr, ProviderArray<float> wi, ProviderArray<float> vl, int ldvl,
+                                    ProviderArray<float> vr, int ldvr, int& info) {
+    pending("SGEEV", narrow(jobvl), narrow(jobvr), n, At(a, aOffset), lda, wr, wi, vl, ldvl, vr, ldvr, Queried<float>(),
+            Info(info));
 }
 
 void ParallelX86SingleLapack::Slacpy(MatrixTriangleMode triangleMode, int m, int n, ProviderArray<const float> a,
                                      int aOffset, int lda, ProviderArray<float> b, int bOffset, int ldb) {
-    const float* a0 = element(a, aOffset);
-    float* b0 = element(b, bOffset);
-    SLACPY(triangle_or_both(triangleMode), &m, &n, a0, &lda, b0, &ldb);
+    call(SLACPY, triangle_or_both(triangleMode), m, n, At(a, aOffset), lda, At(b, bOffset), ldb);
 }
 
 } // namespace Corvex::Mathematics::LinearAlgebra::Providers

@@ -13,9 +13,15 @@ namespace {
 std::atomic<qrv_xerbla_routine> reporterSlot{nullptr};
 std::atomic<qrv_progress_routine> progressSlot{nullptr};
 
+std::atomic<qrv_progress_routine> programsProgress{qrv_serv_default_progress};
+
 constexpr int longestName = 20;
 
 } // namespace
+
+qrv_progress_routine default_progress() {
+    return programsProgress.load(std::memory_order_relaxed);
+}
 
 void default_report(const char* name, const int* info, int length) {
     char shown[longestName + 1];
@@ -64,6 +70,10 @@ int qrv_serv_default_progress(const int*, const int*, const char*, int) {
 
 void qrv_serv_set_xerbla(qrv_xerbla_routine routine) {
     qrv::reporterSlot.store(routine, std::memory_order_relaxed);
+}
+
+void qrv_serv_set_default_progress(qrv_progress_routine routine) {
+    qrv::programsProgress.store(routine ? routine : qrv_serv_default_progress, std::memory_order_relaxed);
 }
 
 void qrv_serv_set_progress(qrv_progress_routine routine) {

@@ -11,10 +11,13 @@ extern "C" void qrv_serv_xerbla(const char* name, const int* info, int length);
 // Asks the progress routine whether to go on: 0 yes (also when none is set), otherwise stop.
 extern "C" int qrv_serv_progress(const int* thread, const int* step, const char* stage, int length);
 
-// The progress routine that LAPACK entries install: 0 at once.
+// The progress routine that LAPACK entries install unless the program has set one: 0 at once.
 extern "C" int qrv_serv_default_progress(const int* thread, const int* step, const char* stage, int length);
 
 namespace qrv {
+
+// The program's own default, or the one above.
+qrv_progress_routine default_progress();
 
 // An empty line and the message that belongs to the value of *info, on standard output.
 void default_report(const char* name, const int* info, int length);

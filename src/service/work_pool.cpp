@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <new>
-#include <pthread.h>
 
 #include "service/environment.hpp"
 #include "service/lock.hpp"
@@ -16,11 +15,11 @@ AllocatorSlots allocatorSlots{std::malloc, std::calloc, std::realloc, std::free}
 namespace {
 
 // One buffer of a thread. The owning thread works on it without a lock; others read it, and write inUse and what
-// qrv_serv_free_buffers clears, under the lock. So all fields that both touch are atomic, in relaxed order.
+// qrv_serv_free_buffers clears, under the lock. So all fields are atomic. Who releases a buffer and who takes it next
+// may be two threads: inUse hands over what was done in it.
 struct PoolSlot {
-    std::atomic<void*> raw{nullptr};     // what the allocator returned
-    std::atomic<void*> aligned{nullptr}; // what the caller was given
-    std::atomic<std::uint32_t> requested{0};
+    std::atomic<void*> raw{nullptr};        // what the allocator returned
+    std::atomic<void*> aligned{nullptr};    // what the caller was given
     std::atomic<std::uint32_t> capacity{0}; // size of raw, the alignment allowance included
     std::atomic<int> inUse{0};
 };
@@ -29,18 +28,23 @@ struct PoolSlot {
 struct WorkPoolRecord {
     PoolSlot slots[poolSlots];
     std::atomic<int> count{0};
-    std::int64_t totalBytes = 0; // sum of the capacities; the owner's alone
+    int place = 0; // in the table; changed under the lock
 };
 
 constexpr auto relaxed = std::memory_order_relaxed;
-constexpr int noKey = -1;
-static_assert(sizeof(pthread_key_t) == sizeof(int));
 
-std::atomic<int> threadKey{noKey}; // of the calling thread's record
-std::atomic<int> disabled{-1};     // 1 off, 0 on, -1 not read
+std::atomic<int> disabled{-1}; // 1 off, 0 on, -1 not read
 // Changed under the lock.
 WorkPoolRecord* recordTable[poolRecords];
 std::atomic<int> recordCount{0};
+std::atomic<unsigned> generation{0}; // how often all records were freed
+
+// The calling thread's record, unless its generation is gone.
+struct OwnRecord {
+    WorkPoolRecord* record;
+    unsigned generation;
+};
+constinit thread_local OwnRecord own{nullptr, 0};
 
 struct Alignment {
     std::uint32_t allowance; // bytes added to a block so that it can be aligned inside
@@ -55,25 +59,13 @@ Alignment normalised(int alignment) {
     return {static_cast<std::uint32_t>(alignment), static_cast<std::uintptr_t>(alignment) - 1};
 }
 
-void ensure_key() {
-    if (threadKey.load(std::memory_order_acquire) != noKey)
-        return;
-    const LockGuard guard;
-    if (threadKey.load(relaxed) != noKey)
-        return;
-    pthread_key_t key;
-    if (pthread_key_create(&key, nullptr) == 0)
-        threadKey.store(static_cast<int>(key), std::memory_order_release);
-}
-
 WorkPoolRecord* own_record() {
-    const int key = threadKey.load(relaxed);
-    return key == noKey ? nullptr : static_cast<WorkPoolRecord*>(pthread_getspecific(static_cast<pthread_key_t>(key)));
+    return own.generation == generation.load(relaxed) ? own.record : nullptr;
 }
 
 // A record for the calling thread, or null if the table is full or memory exhausted.
 WorkPoolRecord* make_record() {
-    if (recordCount.load(relaxed) >= poolRecords || threadKey.load(relaxed) == noKey)
+    if (recordCount.load(relaxed) >= poolRecords)
         return nullptr;
     const LockGuard guard;
     const int count = recordCount.load(relaxed);
@@ -83,65 +75,41 @@ WorkPoolRecord* make_record() {
     if (!block)
         return nullptr;
     auto* record = new (block) WorkPoolRecord;
-    if (pthread_setspecific(static_cast<pthread_key_t>(threadKey.load(relaxed)), record) != 0) {
-        allocatorSlots.free(block);
-        return nullptr;
-    }
+    record->place = count;
     recordTable[count] = record;
     recordCount.store(count + 1, relaxed);
+    own = {record, generation.load(relaxed)};
     return record;
 }
 
-void* take(PoolSlot& slot, std::size_t size, Alignment alignment) {
+void* take(PoolSlot& slot, Alignment alignment) {
     slot.inUse.store(1, relaxed);
-    slot.requested.store(static_cast<std::uint32_t>(size), relaxed);
     const auto raw = reinterpret_cast<std::uintptr_t>(slot.raw.load(relaxed));
     const auto aligned = (raw & alignment.mask) == 0 ? raw : (raw & ~alignment.mask) + alignment.allowance;
     slot.aligned.store(reinterpret_cast<void*>(aligned), relaxed);
     return reinterpret_cast<void*>(aligned);
 }
 
-// Puts a new block into a slot whose old one, if any, has been freed. A refused block leaves the slot held for
-// good, with its size counted: the caller gets null and falls back.
-void refill(WorkPoolRecord& record, PoolSlot& slot, std::uint32_t need) {
-    slot.raw.store(allocatorSlots.malloc(need), relaxed);
-    slot.capacity.store(need, relaxed);
-    record.totalBytes += need;
-}
-
-// The slot that serves `need` bytes: an exact match, else a new slot, else the first larger one, else the first
-// smaller one refilled; null if all are held.
+// The slot that serves `need` bytes, with a new block in it if it has none that fits; null if all are held. A refused
+// block leaves the slot held for good, with its size counted: the caller gets null and falls back.
 PoolSlot* find_slot(WorkPoolRecord& record, std::uint32_t need) {
     const int count = record.count.load(relaxed);
-    PoolSlot* bigger = nullptr;
-    PoolSlot* smaller = nullptr;
-    for (int s = 0; s < count; ++s) {
-        PoolSlot& slot = record.slots[s];
-        if (slot.inUse.load(relaxed))
-            continue;
-        const std::uint32_t capacity = slot.capacity.load(relaxed);
-        if (capacity == need)
-            return &slot;
-        PoolSlot*& candidate = capacity > need ? bigger : smaller;
-        if (!candidate)
-            candidate = &slot;
-    }
-    if (count < poolSlots) {
-        PoolSlot& slot = record.slots[count];
-        refill(record, slot, need);
-        record.count.store(count + 1, relaxed);
-        return &slot;
-    }
-    if (bigger)
-        return bigger;
-    if (smaller) {
-        if (void* old = smaller->raw.load(relaxed)) {
+    const Fit fit = best_fit(count, need, [&](int s) {
+        const PoolSlot& slot = record.slots[s];
+        return slot.inUse.load(std::memory_order_acquire) ? heldSlot : slot.capacity.load(relaxed);
+    });
+    if (fit.slot < 0)
+        return nullptr;
+    PoolSlot& slot = record.slots[fit.slot];
+    if (fit.refill) {
+        if (void* old = slot.raw.load(relaxed))
             allocatorSlots.free(old);
-            record.totalBytes -= smaller->capacity.load(relaxed);
-        }
-        refill(record, *smaller, need);
+        slot.raw.store(allocatorSlots.malloc(need), relaxed);
+        slot.capacity.store(need, relaxed);
+        if (fit.slot == count)
+            record.count.store(count + 1, relaxed);
     }
-    return smaller;
+    return &slot;
 }
 
 // Marks the slot that holds `address` as free. False if the record has no such slot.
@@ -150,7 +118,7 @@ bool release(WorkPoolRecord& record, const void* address) {
     for (int s = 0; s < count; ++s) {
         PoolSlot& slot = record.slots[s];
         if (slot.aligned.load(relaxed) == address && slot.raw.load(relaxed)) {
-            slot.inUse.store(0, relaxed);
+            slot.inUse.store(0, std::memory_order_release);
             return true;
         }
     }
@@ -172,7 +140,6 @@ bool clear_free_slots(WorkPoolRecord& record) {
         allocatorSlots.free(raw);
         slot.raw.store(nullptr, relaxed);
         slot.aligned.store(nullptr, relaxed);
-        slot.requested.store(0, relaxed);
         slot.capacity.store(0, relaxed);
     }
     return held;
@@ -198,7 +165,6 @@ bool pool_enabled() {
 using namespace qrv;
 
 void* qrv_serv_allocate(std::size_t size, int alignment) {
-    ensure_key();
     if (size == 0)
         return nullptr;
     if (!pool_enabled() || size > pooledLimit)
@@ -208,7 +174,7 @@ void* qrv_serv_allocate(std::size_t size, int alignment) {
         record = make_record();
     const Alignment normal = normalised(alignment);
     PoolSlot* slot = record ? find_slot(*record, static_cast<std::uint32_t>(size) + normal.allowance) : nullptr;
-    return slot ? take(*slot, size, normal) : allocatorSlots.malloc(size);
+    return slot ? take(*slot, normal) : allocatorSlots.malloc(size);
 }
 
 void qrv_serv_deallocate(void* address) {
@@ -218,8 +184,8 @@ void qrv_serv_deallocate(void* address) {
         allocatorSlots.free(address);
         return;
     }
-    WorkPoolRecord* own = own_record();
-    if (own && release(*own, address))
+    WorkPoolRecord* record = own_record();
+    if (record && release(*record, address))
         return;
     {
         const LockGuard guard;
@@ -242,10 +208,22 @@ void qrv_serv_free_buffers() {
     for (int r = 0; r < recordCount.load(relaxed); ++r)
         allocatorSlots.free(recordTable[r]);
     recordCount.store(0, relaxed);
-    // The other threads' pointers to their records go with the key.
-    if (threadKey.load(relaxed) != noKey)
-        pthread_key_delete(static_cast<pthread_key_t>(threadKey.load(relaxed)));
-    threadKey.store(noKey, relaxed);
+    generation.fetch_add(1, relaxed); // the other threads' pointers to their records
+}
+
+void qrv_serv_free_thread_buffers() {
+    WorkPoolRecord* record = pool_enabled() ? own_record() : nullptr;
+    if (!record)
+        return;
+    const LockGuard guard;
+    if (clear_free_slots(*record))
+        return; // whoever holds the buffer will look for its record
+    const int last = recordCount.load(relaxed) - 1;
+    recordTable[record->place] = recordTable[last];
+    recordTable[record->place]->place = record->place;
+    recordCount.store(last, relaxed);
+    own.record = nullptr;
+    allocatorSlots.free(record);
 }
 
 std::int64_t qrv_serv_memory_stat(int* buffers) {

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "qrv/service.h"
 
@@ -22,6 +23,33 @@ namespace qrv {
 constexpr std::size_t pooledLimit = 0x2800000; // bytes; larger blocks are not kept
 constexpr int poolSlots = 5;                   // buffers kept per thread
 constexpr int poolRecords = 8193;              // threads that get a record; later ones allocate unpooled
+
+constexpr std::uint32_t heldSlot = ~0U; // in place of the capacity of a slot that a caller holds
+
+struct Fit {
+    int slot;    // -1: all are held
+    bool refill; // its block, if any, does not fit
+};
+
+// Which of the first `count` slots, whose capacities `capacity(slot)` gives, serves `need` bytes: an exact match, else
+// a new slot, else the first larger one as it is, else the first smaller one with a new block.
+template <class Capacity>
+constexpr Fit best_fit(int count, std::uint32_t need, Capacity capacity) {
+    int larger = -1, smaller = -1;
+    for (int slot = 0; slot < count; ++slot) {
+        const std::uint32_t free = capacity(slot);
+        if (free == need)
+            return {slot, false};
+        if (free == heldSlot)
+            continue;
+        int& candidate = free > need ? larger : smaller;
+        if (candidate < 0)
+            candidate = slot;
+    }
+    if (count < poolSlots)
+        return {count, true};
+    return larger >= 0 ? Fit{larger, false} : Fit{smaller, true};
+}
 
 // The C runtime's allocator, through which all work memory goes. Tests count and refuse calls here.
 struct AllocatorSlots {

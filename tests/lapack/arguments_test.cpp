@@ -1,6 +1,5 @@
-// Bad arguments of the routines of LAPACK.
+// Bad arguments of the routines of LAPACK, and the lengths of their work arrays.
 #include "entry/checks.hpp"
-#include "lapack/arguments.hpp"
 #include "lapack/calls/lu.hpp"
 #include "lapack/calls/norms.hpp"
 #include "lapack/calls/triangular.hpp"
@@ -76,6 +75,25 @@ using IntOrReal = float;
 
 TEST(Arguments, BadOnesAreReportedInTheirOrder) {
     expect_bad_arguments_reported(rows, routines);
+}
+
+// The lengths that callers are told.
+template <class T>
+void expect_work_lengths(std::int64_t gecon, std::int64_t geconSecond, std::int64_t trcon, std::int64_t trconSecond) {
+    for (const int n : {0, 1, 7, 1 << 30}) {
+        EstimateWork<T> general(nullptr, nullptr), triangular(nullptr, nullptr);
+        gecon_work(n, general);
+        EXPECT_EQ(general.work.taken, gecon * n);
+        EXPECT_EQ(general.second.taken, geconSecond * n);
+        trcon_work(n, triangular);
+        EXPECT_EQ(triangular.work.taken, trcon * n);
+        EXPECT_EQ(triangular.second.taken, trconSecond * n);
+    }
+}
+
+TEST(WorkLengths, OfConditionEstimates) {
+    expect_work_lengths<float>(4, 1, 3, 1);
+    expect_work_lengths<SingleComplex>(2, 2, 2, 1);
 }
 
 } // namespace

@@ -74,21 +74,89 @@ CpuidWords cache(std::uint32_t type, std::uint32_t ways, std::uint32_t line, std
     return {type, (ways - 1) << 22 | (line - 1), sets - 1, 0};
 }
 
-TEST(Caches, ListSkipsInstructionCaches) {
-    const CpuidWords machine[] = {
-        cache(1, 8, 64, 64), cache(2, 8, 64, 64), cache(3, 4, 64, 1024), cache(3, 12, 64, 4096), {}};
-    const CacheList list = caches_of([&](int subleaf) { return machine[subleaf]; });
-    ASSERT_EQ(list.count, 3);
-    EXPECT_EQ(list.size(1), 32 << 10);
-    EXPECT_EQ(list.size(2), 256 << 10);
-    EXPECT_EQ(list.size(3), 3 << 20);
-    EXPECT_EQ(list.size(0), 3 << 20) << "level 0 is the last one";
-    EXPECT_EQ(list.size(4), -1);
-    EXPECT_EQ(list.size(-1), -1);
+struct CacheMachine {
+    const char* what;
+    std::vector<CpuidWords> leaf4, extended; // of leaf 4 and of leaf 0x8000001D; subleaves beyond are zero
+    std::vector<int> kilobytes;
+    std::uint32_t highest = 0x16, highestExtended = 0x80000021, extendedFeatures = 0x004003F3;
+};
+
+// As recorded, but for the last three.
+const CacheMachine cacheMachines[] = {
+    {.what = "three levels in leaf 4, no extended leaf",
+     .leaf4 = {{0x1C004121, 0x01C0003F, 0x3F, 0},
+               {0x1C004122, 0x01C0003F, 0x3F, 0},
+               {0x1C004143, 0x00C0003F, 0x3FF, 0},
+               {0x1C03C163, 0x03C0003F, 0x1FFF, 6}},
+     .extended = {},
+     .kilobytes = {32, 256, 8192},
+     .highestExtended = 0x80000008},
+    {.what = "hybrid, asked on a large core",
+     .leaf4 = {{0xFC004121, 0x02C0003F, 0x3F, 0},
+               {0xFC004122, 0x01C0003F, 0x3F, 0},
+               {0xFC01C143, 0x0240003F, 0x7FF, 0},
+               {0xFC1FC163, 0x02C0003F, 0x9FFF, 4}},
+     .extended = {},
+     .kilobytes = {48, 1280, 30720},
+     .highestExtended = 0x80000008},
+    {.what = "hybrid, asked on a small core",
+     .leaf4 = {{0xFC004121, 0x01C0003F, 0x3F, 0},
+               {0xFC004122, 0x01C0003F, 0x7F, 0},
+               {0xFC01C143, 0x03C0003F, 0x7FF, 0},
+               {0xFC1FC163, 0x02C0003F, 0x9FFF, 4}},
+     .extended = {},
+     .kilobytes = {32, 2048, 30720},
+     .highestExtended = 0x80000008},
+    {.what = "three levels in the extended leaf",
+     .leaf4 = {},
+     .extended = {{0x121, 0x02C0003F, 0x3F, 0},
+                  {0x122, 0x01C0003F, 0x3F, 0},
+                  {0x143, 0x03C0003F, 0x3FF, 2},
+                  {0x4163, 0x03C0003F, 0x7FFF, 1}},
+     .kilobytes = {48, 1024, 32768},
+     .highest = 0x1C},
+    {.what = "a virtual machine that answers zeros", .leaf4 = {}, .extended = {}, .kilobytes = {}},
+    {.what = "leaf 4 before the extended leaf",
+     .leaf4 = {{0x1, 0x01C0003F, 0x3F, 0}},
+     .extended = {{0x1, 0x02C0003F, 0x3F, 0}},
+     .kilobytes = {32}},
+    {.what = "an extended leaf without meaning",
+     .leaf4 = {},
+     .extended = {{0x1, 0x02C0003F, 0x3F, 0}},
+     .kilobytes = {},
+     .extendedFeatures = 0},
+    {.what = "leaves that answer beyond the highest",
+     .leaf4 = {{0x1, 0x01C0003F, 0x3F, 0}},
+     .extended = {{0x1, 0x02C0003F, 0x3F, 0}},
+     .kilobytes = {},
+     .highest = 3,
+     .highestExtended = 0x8000001C},
+};
+
+TEST(Caches, OfMachines) {
+    for (const CacheMachine& machine : cacheMachines) {
+        const CacheList list = caches_of_machine([&](std::uint32_t leaf, int subleaf) -> CpuidWords {
+            if (leaf == 0)
+                return {machine.highest, 0, 0, 0};
+            if (leaf == 0x80000000)
+                return {machine.highestExtended, 0, 0, 0};
+            if (leaf == 0x80000001)
+                return {0, 0, machine.extendedFeatures, 0};
+            const auto& words = leaf == 4 ? machine.leaf4 : machine.extended;
+            const auto index = static_cast<std::size_t>(subleaf);
+            return index < words.size() ? words[index] : CpuidWords{};
+        });
+        const int count = static_cast<int>(machine.kilobytes.size());
+        ASSERT_EQ(list.count, count) << machine.what;
+        for (int level = 1; level <= count; ++level)
+            EXPECT_EQ(list.size(level), machine.kilobytes[static_cast<std::size_t>(level - 1)] << 10) << machine.what;
+        EXPECT_EQ(list.size(0), count ? machine.kilobytes.back() << 10 : -1) << "level 0 is the last one";
+        EXPECT_EQ(list.size(count + 1), -1);
+        EXPECT_EQ(list.size(-1), -1);
+    }
 }
 
 TEST(Caches, StrangeMachines) {
-    EXPECT_EQ(caches_of([](int) { return CpuidWords{}; }).size(0), -1) << "no cache at all";
     const CacheList endless = caches_of([](int) { return cache(1, 8, 64, 64); });
     EXPECT_EQ(endless.count, 32) << "a leaf that never ends";
     const CacheList huge = caches_of([](int s) { return s == 0 ? CpuidWords{1, ~0U, ~0U, 0} : CpuidWords{}; });

@@ -1,16 +1,13 @@
-// Reports, messages, the option compare, and the table of entry checks.
-#include <array>
+// Reports, messages, the option compare, and the slots.
 #include <chrono>
+#include <functional>
 #include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <map>
-#include <sstream>
 #include <string>
 #include <unistd.h>
 #include <vector>
 
-#include "service/entry.hpp"
 #include "service/messages.hpp"
 #include "service/options.hpp"
 #include "service/reporter.hpp"
@@ -103,176 +100,57 @@ TEST(Slots, ReporterAndProgress) {
     qrv_serv_set_progress(nullptr);
 }
 
-int lapack_like(const int* n) {
-    const int info = 1, thread = 0, late = 6;
-    qrv_serv_xerbla("SFAKE ", &info, 6);
-    return *n + qrv_serv_progress(&thread, &late, "SFAKE ", 6);
-}
-
-TEST(EntryShapes, FramedEntryResetsBothSlots) {
-    qrv_serv_set_xerbla(listener);
-    qrv_serv_set_progress(stop_after_five);
-    heard.clear();
-    const int n = 7;
+TEST(Slots, LapackEntriesSetBothToTheirDefaults) {
+    const int n = -1, info = 1, thread = 0, late = 6;
     int result = 0;
-    EXPECT_NE(printed([&] { result = framed(lapack_like, &n); }), "") << "the default report, not the listener's";
-    EXPECT_EQ(result, 7);
-    EXPECT_EQ(heard, "");
+    const auto checks = [&] { SGETRF(&n, &n, nullptr, &n, nullptr, &result); };
+    const auto checksNothing = [&] { SLASWP(&n, nullptr, &n, &n, &n, nullptr, &n); };
+    for (const std::function<void()>& entry : {std::function<void()>(checks), std::function<void()>(checksNothing)}) {
+        qrv_serv_set_xerbla(listener);
+        qrv_serv_set_progress(stop_after_five);
+        heard.clear();
+        const auto call = [&] {
+            entry();
+            qrv_serv_xerbla("SFAKE ", &info, 6);
+        };
+        EXPECT_NE(printed(call), "") << "the default report, not the listener's";
+        EXPECT_EQ(heard, "");
+        EXPECT_EQ(qrv_serv_progress(&thread, &late, "SFAKE ", 6), 0);
+    }
 }
 
-// ---- Entry checks -----------------------------------------------------------------------------------------
+// Steps that an LU factorization of order 300 has told of.
+std::vector<int> steps_of_lu(qrv_progress_routine routine) {
+    static std::vector<int> steps;
+    static qrv_progress_routine inner;
+    steps.clear();
+    inner = routine;
+    qrv_serv_set_default_progress([](const int* thread, const int* step, const char* stage, int length) {
+        EXPECT_EQ(std::string(stage, static_cast<std::size_t>(length)), "SGETRF");
+        steps.push_back(*step);
+        return inner ? inner(thread, step, stage, length) : 0;
+    });
+    constexpr int n = 300;
+    std::vector<float> a(n * n);
+    for (int i = 0; i < n * n; ++i)
+        a[static_cast<std::size_t>(i)] = static_cast<float>(i * 7919 % 1009);
+    std::vector<int> pivots(n);
+    int info = -7;
+    SGETRF(&n, &n, a.data(), &n, pivots.data(), &info);
+    EXPECT_EQ(info, 0);
+    qrv_serv_set_default_progress(nullptr);
+    const std::size_t told = steps.size();
+    SGETRF(&n, &n, a.data(), &n, pivots.data(), &info);
+    EXPECT_EQ(steps.size(), told) << "null is no routine";
+    return steps;
+}
 
-// A call: its arguments as texts, '.' for one that no check looks at. Numbers stand for ints, letters for options,
-// '~' for an empty option.
-struct Call {
-    explicit Call(const std::string& line) {
-        std::istringstream words(line);
-        for (std::string word; words >> word;)
-            set(static_cast<int>(kinds.size()) + 1, word);
-    }
-    void set(int position, const std::string& word) {
-        const auto index = static_cast<std::size_t>(position - 1);
-        if (index == kinds.size())
-            kinds.push_back(' ');
-        const bool number = std::isdigit(word.back()) != 0;
-        kinds[index] = word == "." ? '.' : number ? 'i' : 'c';
-        if (number)
-            ints[index] = std::stoi(word);
-        else
-            letters[index] = word[0] == '~' ? '\0' : word[0];
-    }
-    int first_bad(const EntryRow& row) const {
-        std::array<const void*, 13> addresses{};
-        for (std::size_t p = 0; p < kinds.size(); ++p)
-            addresses[p] = kinds[p] == 'i'   ? static_cast<const void*>(&ints[p])
-                           : kinds[p] == 'c' ? static_cast<const void*>(&letters[p])
-                                             : nullptr;
-        return first_bad_argument(row, addresses.data());
-    }
-    std::string kinds;
-    std::array<int, 13> ints{};
-    std::array<char, 13> letters{};
-};
-
-// Changes of a good call, "position=value" each, and the position that must be reported.
-struct Fault {
-    const char* changes;
-    int reported;
-};
-
-struct Family {
-    const char* names;
-    std::vector<const char*> good; // calls that pass, at the limits; the faults change the first
-    std::vector<Fault> faults;
-};
-
-const Family families[] = {
-    {"SGEMM CGEMM",
-     {"N N 3 4 5 . . 3 . 5 . . 3", "t c 3 4 5 . . 5 . 4 . . 3", "C n 0 0 0 . . 1 . 1 . . 1"},
-     {{"1=X", 1},
-      {"2=?", 2},
-      {"3=-1", 3},
-      {"4=-1", 4},
-      {"5=-1", 5},
-      {"8=2", 8},
-      {"10=4", 10},
-      {"13=2", 13},
-      {"1=T 8=4", 8},
-      {"2=T 10=3", 10},
-      {"3=-1 2=X", 2},
-      {"3=0 8=0", 8},
-      {"8=2 10=1 13=1", 8}}},
-    {"SSYMM CSYMM CHEMM",
-     {"L U 3 4 . . 3 . 3 . . 3", "r l 3 4 . . 4 . 3 . . 3"},
-     {{"1=U", 1}, {"2=R", 2}, {"3=-1", 3}, {"4=-1", 4}, {"7=2", 7}, {"1=R 7=3", 7}, {"9=2", 9}, {"12=2", 12}}},
-    {"STRMM STRSM CTRMM CTRSM",
-     {"L U N N 3 4 . . 3 . 3", "R L C U 3 4 . . 4 . 3"},
-     {{"1=X", 1},
-      {"2=X", 2},
-      {"3=X", 3},
-      {"4=X", 4},
-      {"5=-1", 5},
-      {"6=-1", 6},
-      {"9=2", 9},
-      {"1=R 9=3", 9},
-      {"11=2", 11}}},
-    {"SSYRK", {"U N 3 4 . . 3 . . 3", "L C 3 4 . . 4 . . 3"}, {{"2=X", 2}}},
-    {"CSYRK", {"U N 3 4 . . 3 . . 3", "L T 3 4 . . 4 . . 3"}, {{"2=C", 2}}},
-    {"CHERK", {"U N 3 4 . . 3 . . 3", "L C 3 4 . . 4 . . 3"}, {{"2=T", 2}}},
-    {"SSYRK CSYRK CHERK", {"U N 3 4 . . 3 . . 3"}, {{"1=X", 1}, {"3=-1", 3}, {"4=-1", 4}, {"7=2", 7}, {"10=2", 10}}},
-    {"SSYR2K", {"U N 3 4 . . 3 . 3 . . 3", "L C 3 4 . . 4 . 4 . . 3"}, {{"2=X", 2}, {"2=T 7=4", 9}}},
-    {"CSYR2K", {"U N 3 4 . . 3 . 3 . . 3", "L T 3 4 . . 4 . 4 . . 3"}, {{"2=C", 2}}},
-    {"CHER2K", {"U N 3 4 . . 3 . 3 . . 3", "L C 3 4 . . 4 . 4 . . 3"}, {{"2=T", 2}}},
-    {"SSYR2K CSYR2K CHER2K",
-     {"U N 3 4 . . 3 . 3 . . 3"},
-     {{"1=X", 1}, {"3=-1", 3}, {"4=-1", 4}, {"7=2", 7}, {"9=2", 9}, {"12=2", 12}}},
-    {"SGEMV CGEMV",
-     {"N 3 4 . . 3 . 1 . . -1", "C 0 0 . . 1 . 1 . . 1"},
-     {{"1=X", 1}, {"2=-1", 2}, {"3=-1", 3}, {"6=2", 6}, {"8=0", 8}, {"11=0", 11}, {"6=2 8=0", 6}}},
-    {"SGBMV",
-     {"N 3 4 1 2 . . 4 . 1 . . 1", "T 3 4 0 0 . . 1 . -1 . . 1"},
-     {{"1=X", 1},
-      {"2=-1", 2},
-      {"3=-1", 3},
-      {"4=-1", 4},
-      {"5=-1", 5},
-      {"8=3", 8},
-      {"4=0 5=0 8=0", 8},
-      {"10=0", 10},
-      {"13=0", 13},
-      {"4=2147483647 5=2147483647", 8}}},
-    {"SSYMV CHEMV",
-     {"U 3 . . 3 . 1 . . 1"},
-     {{"1=X", 1}, {"2=-1", 2}, {"5=2", 5}, {"2=0 5=0", 5}, {"7=0", 7}, {"10=0", 10}}},
-    {"SSBMV",
-     {"U 3 1 . . 2 . 1 . . 1", "l 3 0 . . 1 . 1 . . 1"},
-     {{"1=X", 1}, {"2=-1", 2}, {"3=-1", 3}, {"6=1", 6}, {"3=0 6=0", 6}, {"8=0", 8}, {"11=0", 11}}},
-    {"STRMV STRSV CTRMV CTRSV",
-     {"U N N 3 . 3 . 1", "L c u 3 . 3 . -2"},
-     {{"1=X", 1}, {"2=X", 2}, {"3=X", 3}, {"4=-1", 4}, {"6=2", 6}, {"8=0", 8}}},
-    {"STBMV STBSV",
-     {"U N N 3 1 . 2 . 1"},
-     {{"1=X", 1}, {"2=X", 2}, {"3=X", 3}, {"4=-1", 4}, {"5=-1", 5}, {"7=1", 7}, {"9=0", 9}}},
-    {"SGER CGERU CGERC",
-     {"3 4 . . 1 . 1 . 3"},
-     {{"1=-1", 1}, {"2=-1", 2}, {"5=0", 5}, {"7=0", 7}, {"9=2", 9}, {"5=0 9=2", 5}}},
-    {"SSYR CHER", {"U 3 . . 1 . 3"}, {{"1=X", 1}, {"2=-1", 2}, {"5=0", 5}, {"7=2", 7}}},
-    {"SSYR2 CHER2", {"U 3 . . 1 . 1 . 3"}, {{"1=~", 1}, {"1=X", 1}, {"2=-1", 2}, {"5=0", 5}, {"7=0", 7}, {"9=2", 9}}},
-};
-
-TEST(EntryChecks, EveryPositionOfEveryRoutine) {
-    std::map<std::string, int> positionsSeen;
-    for (const Family& family : families) {
-        std::istringstream names(family.names);
-        for (std::string name; names >> name;) {
-            ASSERT_LT(entry_row(name), std::size(entryRows)) << name;
-            const EntryRow& row = entryRows[entry_row(name)];
-            EXPECT_EQ(row.name.size(), 6U);
-            for (const char* good : family.good) {
-                EXPECT_EQ(Call(good).first_bad(row), 0) << name << ' ' << good;
-                EXPECT_EQ(static_cast<int>(Call(good).kinds.size()), row.arguments) << name;
-            }
-            for (const Fault& fault : family.faults) {
-                Call call(family.good[0]);
-                std::istringstream changes(fault.changes);
-                for (std::string change; changes >> change;) {
-                    const auto equals = change.find('=');
-                    call.set(std::stoi(change), change.substr(equals + 1));
-                }
-                EXPECT_EQ(call.first_bad(row), fault.reported) << name << ' ' << fault.changes;
-                positionsSeen[name] |= 1 << fault.reported;
-            }
-        }
-    }
-    // Every rule of every routine was seen to fail.
-    EXPECT_EQ(positionsSeen.size(), 34U);
-    for (const EntryRow& row : entryRows) {
-        int rules = 0;
-        for (int r = 0; r < row.list.count; ++r)
-            rules |= 1 << row.list.rules[static_cast<std::size_t>(r)].position;
-        const std::string name(row.name.substr(0, row.name.find(' ')));
-        EXPECT_EQ(positionsSeen[name], rules) << name;
-    }
+TEST(Slots, ProgramsHearOfProgressAndStop) {
+    EXPECT_EQ(steps_of_lu(nullptr).back(), 300);
+    const std::vector<int> stopped =
+        steps_of_lu([](const int*, const int* step, const char*, int) { return static_cast<int>(*step >= 64); });
+    EXPECT_GE(stopped.back(), 64);
+    EXPECT_LT(stopped.back(), 300);
 }
 
 } // namespace

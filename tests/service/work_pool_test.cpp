@@ -77,22 +77,44 @@ TEST_F(WorkPool, RepeatReusesTheSlot) {
     EXPECT_EQ(bytes(), 1128);
 }
 
-TEST_F(WorkPool, NewSlotBeforeAWrongSize) {
-    once(2000, 128);
-    void* second = once(1000, 128);
-    EXPECT_EQ(buffers(), 2) << "room for a new slot is preferred to a larger free one";
-    once(3000, 128);
-    once(4000, 128);
-    once(5000, 128);
-    EXPECT_EQ(buffers(), 5);
-    const int full = mallocs;
-    EXPECT_EQ(once(1000, 128), second) << "an exact match wins over the first larger slot";
+TEST(WorkPoolFit, ExactThenNewThenLargerThenSmaller) {
+    constexpr std::uint32_t held = heldSlot;
+    const struct {
+        std::vector<std::uint32_t> slots;
+        int slot;
+        bool refill;
+    } rows[] = {
+        {{}, 0, true},
+        {{100}, 0, false},
+        {{200}, 1, true}, // a new slot before one of the wrong size
+        {{held, 50, 100}, 2, false},
+        {{100, 100}, 0, false},
+        {{200, 50, 300, 100, 400}, 3, false},
+        {{50, 200, 300, 60, 400}, 1, false},
+        {{50, held, 60, 70, 80}, 0, true},
+        {{held, 99, held, 0, held}, 1, true},
+        {{held, held, 101, held, held}, 2, false},
+        {{held, held, held, held, held}, -1, true},
+        {{held, held, held, held}, 4, true},
+    };
+    for (const auto& row : rows) {
+        const Fit fit = best_fit(static_cast<int>(row.slots.size()), 100,
+                                 [&](int slot) { return row.slots[static_cast<std::size_t>(slot)]; });
+        EXPECT_EQ(fit.slot, row.slot) << testing::PrintToString(row.slots);
+        EXPECT_EQ(fit.refill, row.refill) << testing::PrintToString(row.slots);
+    }
+}
+
+TEST_F(WorkPool, FullRecordRefillsASmallerSlot) {
+    for (const std::size_t size : {2000U, 1000U, 3000U, 4000U, 5000U})
+        once(size, 128);
     const std::int64_t before = bytes();
     once(900, 128);
-    EXPECT_EQ(mallocs, full) << "the first larger slot serves as it is";
-    EXPECT_EQ(bytes(), before);
+    EXPECT_EQ(bytes(), before) << "a larger slot serves as it is";
+    const int full = mallocs;
     once(6000, 128);
-    EXPECT_EQ(mallocs, full + 1) << "larger than all: the first smaller slot is refilled";
+    EXPECT_EQ(mallocs, full + 1);
+    EXPECT_EQ(frees, 1);
     EXPECT_EQ(bytes(), before - 2128 + 6128);
     EXPECT_EQ(buffers(), 5);
 }
@@ -180,6 +202,90 @@ TEST_F(WorkPool, ManyThreadsAtOnce) {
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(buffers(), 8 * 5);
+}
+
+// More threads than there are records, each of which leaves nothing.
+TEST_F(WorkPool, ThreadsGiveBackTheirBuffers) {
+    constexpr int threads = 10'000;
+    int reused = 0;
+    for (int t = 0; t < threads; ++t)
+        std::thread([&] {
+            void* first = once(1000, 128);
+            once(70'000, 64);
+            reused += once(1000, 128) == first;
+            qrv_serv_free_thread_buffers();
+        }).join();
+    EXPECT_EQ(reused, threads) << "each has a record";
+    EXPECT_EQ(buffers(), 0);
+    EXPECT_EQ(mallocs, frees);
+    EXPECT_EQ(mallocs, 3 * threads) << "a record and two buffers";
+}
+
+TEST_F(WorkPool, ThreadBuffersOfOneThreadOnly) {
+    once(500, 64);
+    void* held = nullptr;
+    std::thread([&] {
+        once(2000, 64);
+        held = qrv_serv_allocate(1000, 64);
+        qrv_serv_free_thread_buffers();
+        EXPECT_EQ(bytes(), 564 + 1064) << "what is held stays, and the other thread's";
+    }).join();
+    qrv_serv_free_thread_buffers();
+    EXPECT_EQ(bytes(), 1064);
+    qrv_serv_deallocate(held); // in the record that stayed
+    EXPECT_EQ(mallocs - frees, 2) << "the buffer and its record";
+    void* again = once(500, 64);
+    EXPECT_EQ(once(500, 64), again) << "a new record";
+    qrv_serv_free_buffers();
+    qrv_serv_free_thread_buffers(); // of which nothing is left
+    EXPECT_EQ(mallocs, frees);
+}
+
+// Threads that act in the order told.
+class Turns {
+public:
+    template <class Action>
+    void at(int turn, Action action) {
+        while (turn_ != turn)
+            std::this_thread::yield();
+        action();
+        ++turn_;
+    }
+
+private:
+    std::atomic<int> turn_{0};
+};
+
+TEST_F(WorkPool, RecordsGoInAnyOrder) {
+    Turns turns;
+    std::vector<std::thread> threads;
+    for (const int thread : {0, 1, 2})
+        threads.emplace_back([&turns, thread] {
+            turns.at(thread, [] { once(1000, 64); });
+            if (thread != 1)
+                turns.at(3 + thread / 2, qrv_serv_free_thread_buffers);
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(mallocs - frees, 2) << "the middle one's";
+    qrv_serv_free_buffers();
+    EXPECT_EQ(mallocs, frees);
+}
+
+TEST_F(WorkPool, RecordsOfAnEarlierGenerationAreNotUsed) {
+    Turns turns;
+    const auto use = [] { once(1000, 64); };
+    std::thread other([&] {
+        turns.at(0, use);
+        turns.at(2, use);
+    });
+    turns.at(1, [] {
+        qrv_serv_free_buffers();
+        EXPECT_EQ(mallocs, frees);
+    });
+    other.join();
+    EXPECT_EQ(buffers(), 1);
+    EXPECT_EQ(mallocs - frees, 2);
 }
 
 TEST(WorkPoolEnvironment, SwitchedOff) {

@@ -1,4 +1,5 @@
 // Matrix Market files: what is read, what is refused and where, and that written files read back the same.
+#include <cmath>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -7,6 +8,7 @@
 #include <sys/resource.h>
 
 #include "matrix_market/matrix_market.hpp"
+#include "matrix_market/memory_limit.hpp"
 #include "support/folder.hpp"
 
 namespace tools {
@@ -14,64 +16,53 @@ namespace {
 
 using qrv::test::content;
 using qrv::test::Folder;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-const std::vector<float>& real(const MatrixFile& file) {
-    return std::get<Matrix<float>>(file.matrix).values;
-}
-const std::vector<SingleComplex>& complex(const MatrixFile& file) {
-    return std::get<Matrix<SingleComplex>>(file.matrix).values;
-}
 MatrixFile parse(const std::string& text) {
-    return parse_matrix_market("name", text);
+    return parse_matrix_market("name", (text.starts_with("%%") ? "" : "%%MatrixMarket matrix ") + text);
 }
 
-TEST(MatrixMarket, ReadsFormatsAndFields) {
-    EXPECT_THAT(real(parse("%%MatrixMarket matrix array real general\n2 3\n1\n-2\n+.5\n4e2\n5D-1\n1d+2\n")),
-                ElementsAre(1, -2, 0.5F, 400, 0.5F, 100));
-    EXPECT_THAT(real(parse("%%MatrixMarket matrix coordinate integer general\n2 2 3\n2 1 -7\n1 2 8\n1 1 +9\n")),
-                ElementsAre(9, -7, 8, 0));
-    EXPECT_THAT(complex(parse("%%MatrixMarket matrix array complex general\n1 2\n1 2\n3 -4\n")),
-                ElementsAre(SingleComplex(1, 2), SingleComplex(3, -4)));
-    // Case, comments, blank lines, line ends, no line end at the end; entries of one element; too small for a float.
-    const MatrixFile file = parse("%%matrixmarket MATRIX Coordinate Real General\r\n% note\n\n%more\n 2  2\t4 \r\n\n"
-                                  "1 1 1.5\r\n% between\n1 1 2\n2 2 -1\n2 1 1e-400\n\n%last");
-    EXPECT_THAT(real(file), ElementsAre(3.5F, 0, 0, -1));
-    EXPECT_EQ(file.format, Format::coordinate);
-    EXPECT_EQ(file.entries, 4);
-}
-
-TEST(MatrixMarket, FillsTheOtherTriangle) {
-    const std::string coordinate = "%%MatrixMarket matrix coordinate ", array = "%%MatrixMarket matrix array ";
-    EXPECT_THAT(real(parse(coordinate + "real symmetric\n2 2 2\n1 1 1\n2 1 5\n")), ElementsAre(1, 5, 5, 0));
-    EXPECT_THAT(real(parse(array + "integer symmetric\n2 2\n1\n2\n3\n")), ElementsAre(1, 2, 2, 3));
-    EXPECT_THAT(real(parse(coordinate + "real skew-symmetric\n2 2 1\n2 1 5\n")), ElementsAre(0, 5, -5, 0));
-    EXPECT_THAT(real(parse(array + "real skew-symmetric\n3 3\n1\n2\n3\n")), ElementsAre(0, 1, 2, -1, 0, 3, -2, -3, 0));
-    EXPECT_THAT(complex(parse(coordinate + "complex hermitian\n2 2 2\n2 1 1 2\n2 2 3 0\n")),
-                ElementsAre(SingleComplex(), SingleComplex(1, 2), SingleComplex(1, -2), SingleComplex(3, 0)));
-    EXPECT_THAT(complex(parse(coordinate + "complex symmetric\n2 2 1\n2 1 1 2\n")),
-                ElementsAre(SingleComplex(), SingleComplex(1, 2), SingleComplex(1, 2), SingleComplex()));
-    EXPECT_THAT(complex(parse(coordinate + "complex skew-symmetric\n2 2 1\n2 1 1 2\n")),
-                ElementsAre(SingleComplex(), SingleComplex(1, 2), SingleComplex(-1, -2), SingleComplex()));
+TEST(MatrixMarket, ReadsWhatTheFileMeans) {
+    const struct {
+        std::string text;
+        std::vector<SingleComplex> elements; // column by column
+    } cases[] = {
+        {"array real general\n2 3\n1\n-2\n+.5\n4e2\n5D-1\n1d+2\n", {1, -2, 0.5F, 400, 0.5F, 100}},
+        {"coordinate integer general\n2 2 3\n2 1 -7\n1 2 8\n1 1 +9\n", {9, -7, 8, 0}},
+        {"array complex general\n1 2\n1 2\n3 -4\n", {{1, 2}, {3, -4}}},
+        // Case, comments, blank lines, line ends, none at the end; entries of one element; too small for a float.
+        {"Coordinate Real GENERAL\r\n% note\n\n%more\n 2  2\t4 \r\n\n1 1 1.5\r\n% between\n1 1 2\n2 2 -1\n2 1 "
+         "1e-400\n%last",
+         {3.5F, 0, 0, -1}},
+        {"array real general\n%" + std::string(50'000, '-') + "\n%" + std::string(50'000, '-') + "\n1 1\n2\n", {2}},
+        // The other triangle.
+        {"coordinate real symmetric\n2 2 2\n1 1 1\n2 1 5\n", {1, 5, 5, 0}},
+        {"array integer symmetric\n2 2\n1\n2\n3\n", {1, 2, 2, 3}},
+        {"coordinate real skew-symmetric\n2 2 1\n2 1 5\n", {0, 5, -5, 0}},
+        {"array real skew-symmetric\n3 3\n1\n2\n3\n", {0, 1, 2, -1, 0, 3, -2, -3, 0}},
+        {"coordinate complex hermitian\n2 2 2\n2 1 1 2\n2 2 3 0\n", {0, {1, 2}, {1, -2}, 3}},
+        {"coordinate complex symmetric\n2 2 1\n2 1 1 2\n", {0, {1, 2}, {1, 2}, 0}},
+        {"coordinate complex skew-symmetric\n2 2 1\n2 1 1 2\n", {0, {1, 2}, {-1, -2}, 0}},
+    };
+    for (const auto& [text, elements] : cases)
+        EXPECT_EQ(to_complex(parse(text).matrix).values, elements) << text;
+    EXPECT_EQ(parse("coordinate real general\n2 2 2\n1 1 1\n1 1 2\n").entries, 2);
 }
 
 TEST(MatrixMarket, RefusesWithTheLine) {
-    const std::string real = "%%MatrixMarket matrix coordinate real general\n", array = "%%MatrixMarket matrix array ";
+    const std::string real = "coordinate real general\n";
     const struct {
         std::string text;
         int line;
         const char* what;
     } cases[] = {
-        {"", 1, "empty"},
-        {"1 1 1\n", 1, "does not begin with %%MatrixMarket"},
         {"%%MatrixMarket vector array real general\n", 1, "not a matrix"},
-        {"%%MatrixMarket matrix dense real general\n", 1, "unknown format 'dense'"},
-        {"%%MatrixMarket matrix coordinate pattern general\n", 1, "unknown field 'pattern'"},
-        {"%%MatrixMarket matrix coordinate real\n", 1, "unknown symmetry ''"},
-        {"%%MatrixMarket matrix coordinate real general x\n", 1, "unexpected 'x'"},
-        {"%%MatrixMarket matrix coordinate real hermitian\n", 1, "must be complex"},
+        {"dense real general\n", 1, "unknown format 'dense'"},
+        {"coordinate pattern general\n", 1, "unknown field 'pattern'"},
+        {"coordinate real\n", 1, "unknown symmetry ''"},
+        {"coordinate real general x\n", 1, "unexpected 'x'"},
+        {"coordinate real hermitian\n", 1, "must be complex"},
         {real, 1, "ends before the line of sizes"},
         {real + "% only a comment\n", 2, "ends before the line of sizes"},
         {real + "2 2\n", 2, "number of entries is missing"},
@@ -81,8 +72,8 @@ TEST(MatrixMarket, RefusesWithTheLine) {
         {real + "2 99999999999999999999 1\n", 2, "is out of range"},
         {real + "2 2 -1\n", 2, "negative"},
         {real + "2 2 1 1\n", 2, "unexpected '1'"},
-        {real + "2147483647 2147483647 1\n1 1 1\n", 2, "this machine has"},
-        {array + "real symmetric\n2 3\n", 2, "only a square matrix"},
+        {real + "2147483647 2147483647 1\n1 1 1\n", 2, "this process may use"},
+        {"array real symmetric\n2 3\n", 2, "only a square matrix"},
         {real + "2 2 2\n1 1 1\n", 3, "ends after 1 of 2 entries"},
         {real + "2 2 1\n1 1 1\n\n% fine\n2 2 1\n", 6, "more than the 1 entries"},
         {real + "2 2 1\n3 1 1\n", 3, "row 3 is not between 1 and 2"},
@@ -90,18 +81,21 @@ TEST(MatrixMarket, RefusesWithTheLine) {
         {real + "2 2 1\n1 1\n", 3, "value is missing"},
         {real + "2 2 1\n1 1 one\n", 3, "value 'one' is no finite number"},
         {real + "2 2 1\n1 1 1.0x\n", 3, "is no finite number"},
+        {real + "2 2 1\n1 1 +-2\n", 3, "'+-2' is no finite number"},
+        {real + "2 2 1\n+-1 1 1\n", 3, "'+-1' is no integer"},
+        {real + "2 2 1\n%" + std::string(70'000, '-') + "\n1 1 1\n", 3, "more than 65536 characters"},
         {real + "2 2 1\n1 1 nan\n", 3, "is no finite number"},
         {real + "2 2 1\n1 1 -inf\n", 3, "is no finite number"},
         {real + "2 2 1\n1 1 1 1\n", 3, "unexpected '1' after the entry"},
         {real + "2 2 1\n1 1 4e38\n", 3, "does not fit single precision"},
         {real + "2 2 1\n1 1 1e400\n", 3, "does not fit single precision"},
         {real + "2 2 2\n1 1 3e38\n1 1 3e38\n", 4, "does not fit single precision"},
-        {array + "integer general\n1 1\n1.5\n", 3, "'1.5' is no integer"},
-        {array + "complex general\n1 1\n1\n", 3, "imaginary part is missing"},
-        {array + "complex general\n1 1\n1 1e39\n", 3, "does not fit single precision"},
-        {"%%MatrixMarket matrix coordinate real symmetric\n2 2 1\n1 2 1\n", 3, "above the diagonal"},
-        {"%%MatrixMarket matrix coordinate real skew-symmetric\n2 2 1\n1 1 1\n", 3, "on the diagonal"},
-        {array + "complex hermitian\n1 1\n1 1\n", 3, "imaginary part on the diagonal"},
+        {"array integer general\n1 1\n1.5\n", 3, "'1.5' is no integer"},
+        {"array complex general\n1 1\n1\n", 3, "imaginary part is missing"},
+        {"array complex general\n1 1\n1 1e39\n", 3, "does not fit single precision"},
+        {"coordinate real symmetric\n2 2 1\n1 2 1\n", 3, "above the diagonal"},
+        {"coordinate real skew-symmetric\n2 2 1\n1 1 1\n", 3, "on the diagonal"},
+        {"array complex hermitian\n1 1\n1 1\n", 3, "imaginary part on the diagonal"},
         {real + "2 2 1\n1 1 \x1b[31m" + std::string(100, 'y') + "\n", 3, "'?[31myyy"},
     };
     for (const auto& [text, line, what] : cases) {
@@ -134,6 +128,11 @@ private:
     rlimit before{};
 };
 
+void write(const std::string& path, const AnyMatrix& matrix, Format format = Format::array) {
+    OutputFile file(path);
+    write_matrix_market(file, matrix, format, "two\nlines");
+}
+
 TEST(MatrixMarket, WritesWhatReadsBackTheSame) {
     const Folder folder;
     const std::string path = folder.file("x.mtx");
@@ -142,45 +141,91 @@ TEST(MatrixMarket, WritesWhatReadsBackTheSame) {
     Matrix<SingleComplex> c(1, 2);
     c.values = {{0, 0}, {-1.1F, 1e-30F}};
     for (const Format format : {Format::array, Format::coordinate}) {
-        write_matrix_market(path, a, format, "two\nlines");
+        write(path, a, format);
         const MatrixFile read = read_matrix_market(path);
-        EXPECT_EQ(real(read), a.values);
-        EXPECT_EQ(read.entries, format == Format::array ? 6 : 4);
+        EXPECT_EQ(std::get<Matrix<float>>(read.matrix).values, a.values);
         EXPECT_EQ(std::get<Matrix<float>>(read.matrix).rows, 2);
-        write_matrix_market(path, c, format, "");
-        EXPECT_EQ(complex(read_matrix_market(path)), c.values);
+        EXPECT_EQ(read.entries, format == Format::array ? 6 : 4);
+        write(path, c, format);
+        EXPECT_EQ(std::get<Matrix<SingleComplex>>(read_matrix_market(path).matrix).values, c.values);
     }
     EXPECT_EQ(folder.count(), 1); // no temporary
-    EXPECT_THROW(read_matrix_market(folder.file("none")), InputError);
-    EXPECT_THROW(read_matrix_market(folder.file("")), InputError); // the folder
 }
 
-TEST(MatrixMarket, ReplacesAFileWholeOrNotAtAll) {
+TEST(OutputFile, AppearsWholeOrNotAtAll) {
     const Folder folder;
-    const std::string path = folder.file("x.mtx"), link = folder.file("link");
-    Matrix<float> a(1, 1);
+    const std::string path = folder.file("x.mtx"), link = folder.file("link"), later = folder.file("later");
+    const Matrix<float> one(1, 1), large(300, 300), medium(30, 30);
     std::ofstream(path) << "before";
     std::filesystem::permissions(path, std::filesystem::perms(0640));
-    std::filesystem::create_symlink(path, link);
-    write_matrix_market(link, a, Format::array, "");
-    EXPECT_TRUE(std::filesystem::is_symlink(link));
-    EXPECT_THAT(content(path), StartsWith("%%MatrixMarket matrix array real general\n1 1\n0\n"));
+    std::filesystem::create_symlink("x.mtx", link);
+    std::filesystem::create_symlink("link-to-come", later);
+    std::filesystem::create_symlink("new", folder.file("link-to-come"));
+    for (const std::string& name : {link, later}) {
+        write(name, one);
+        EXPECT_TRUE(std::filesystem::is_symlink(name));
+        EXPECT_THAT(content(name), StartsWith("%%MatrixMarket matrix array real general\n% two\n% lines\n1 1\n0\n"));
+    }
     EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0640));
+    EXPECT_EQ(folder.count(), 5);
 
-    EXPECT_THROW(write_matrix_market(folder.file("none/x"), a, Format::array, ""), OutputError);
-    EXPECT_THROW(write_matrix_market(folder.file(""), a, Format::array, ""), OutputError);
+    std::filesystem::create_symlink("round", folder.file("round"));
+    for (const char* name : {"none/x", "", "round"})
+        EXPECT_THROW(OutputFile(folder.file(name)), OutputError) << name;
     // A full disk, with little in the stream's buffer until it is closed, and with more than it holds.
-    EXPECT_THROW(write_matrix_market("/dev/full", a, Format::array, ""), OutputError);
-    EXPECT_THROW(write_matrix_market("/dev/full", Matrix<float>(300, 300), Format::array, ""), OutputError);
+    EXPECT_THROW(write("/dev/full", one), OutputError);
+    EXPECT_THROW(write("/dev/full", large), OutputError);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
     {
         const FileSizeLimit limit(100);
-        EXPECT_THROW(write_matrix_market(path, Matrix<float>(300, 300), Format::array, ""), OutputError);
-        EXPECT_THROW(write_matrix_market(path, Matrix<float>(30, 30), Format::array, ""), OutputError);
-        EXPECT_THROW(write_matrix_market(folder.file("new"), Matrix<float>(30, 30), Format::array, ""), OutputError);
+        EXPECT_THROW(write(path, large), OutputError);
+        EXPECT_THROW(write(path, medium), OutputError);
+        EXPECT_THROW(write(folder.file("another"), medium), OutputError);
+        EXPECT_THROW(OutputFile(path).reserve(101), OutputError);
+    }
+    {
+        OutputFile unused(path);
+        unused.reserve(1 << 20);
+        unused.write("unused");
     }
     EXPECT_THAT(content(path), HasSubstr("1 1\n0\n"));
-    EXPECT_EQ(folder.count(), 2);
+    OutputFile reserved(path);
+    reserved.reserve(1 << 20);
+    reserved.write("short");
+    reserved.commit();
+    EXPECT_EQ(content(path), "short");
+    EXPECT_EQ(folder.count(), 6);
+}
+
+TEST(MemoryLimit, IsTheLeastOfTheMachineAndTheGroups) {
+    const struct {
+        const char *groups, *file, *text;
+        double limit; // infinity: that of the machine
+    } cases[] = {
+        {"0::/a/b\n", "memory.max", "max\n", INFINITY},
+        {"0::/a/b\n", "a/memory.max", "1048576\n", 1048576}, // of a group that holds ours
+        {"0::/\n", "memory.max", "4096\n", 4096},
+        {"12:cpu,cpuacct:/a\n4:memory:/a\n", "memory/a/memory.limit_in_bytes", "8192\n", 8192},
+        {"12:cpu,cpuacct:/a\n", "memory/a/memory.limit_in_bytes", "8192\n", INFINITY},
+        {"4:memory:/a\n", "memory/memory.limit_in_bytes", "9223372036854771712\n", INFINITY},
+        {"torn", "memory.max", "4096", INFINITY},
+    };
+    const double machine = memory_limit("/nowhere");
+    EXPECT_GT(machine, 1e8);
+    for (const auto& [groups, file, text, limit] : cases) {
+        const Folder root;
+        const std::filesystem::path limits = root.file(std::string("sys/fs/cgroup/") + file);
+        std::filesystem::create_directories(limits.parent_path());
+        std::filesystem::create_directories(root.file("proc/self"));
+        std::ofstream(root.file("proc/self/cgroup")) << groups;
+        std::ofstream(limits) << text;
+        EXPECT_EQ(memory_limit(root.file("")), std::min(limit, machine)) << groups << file;
+    }
+    // What a matrix is held in addition counts: this one takes 400 bytes.
+    const Folder folder;
+    write(folder.file("x"), Matrix<float>(10, 10));
+    EXPECT_NO_THROW(read_matrix_market(folder.file("x"), machine / 1e6));
+    EXPECT_THROW(read_matrix_market(folder.file("x"), machine / 100), InputError);
 }
 
 } // namespace

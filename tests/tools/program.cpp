@@ -25,6 +25,13 @@ protected:
         write("right", "array complex general\n2 2\n2 0\n0 1\n0 -1\n3 0\n");                    // its columns
         write("real", "array integer general\n2 2\n3\n-4\n0\n1\n");
         write("singular", "array real general\n2 2\n1\n2\n2\n4\n");
+        write("nearly_singular", "array real general\n2 2\n1\n1\n1\n1.0000001\n");
+        write("overflow", "array real general\n2 2\n3e38\n3e38\n-3e38\n3e38\n"); // condition 2, but u(2, 2) is 6e38
+        write("growth", growth(60));
+        std::string diagonal = "coordinate real general\n40 40 40\n";
+        for (int i = 1; i <= 40; ++i)
+            diagonal += std::to_string(i) + " " + std::to_string(i) + " 1\n";
+        write("diagonal", diagonal);
         write("wide", "array real general\n1 2\n1\n2\n");
         write("short", "array real general\n2 2\n1\n2\n");
         write("tiny", "array real general\n1 1\n1e-30\n");
@@ -32,15 +39,27 @@ protected:
         files = folder.count();
     }
 
-    ChildResult run(const std::string& command) const {
-        return run_program("/bin/sh", {"-c", "cd '" + folder.file("") + "' && '" QRV_TOOL "' " + command},
-                           {{"OMP_WAIT_POLICY", "passive"}});
+    // A script in this folder, for which qrv is the program; a command of qrv. What eats memory must not take it all.
+    ChildResult run_script(const std::string& script) const {
+        const std::string path = std::filesystem::path(QRV_TOOL).parent_path().string() + ":/usr/bin:/bin";
+        return run_program("/bin/sh", {"-c", "cd '" + folder.file("") + "' && ulimit -v 8000000 && " + script},
+                           {{"OMP_WAIT_POLICY", "passive"}, {"PATH", path}});
     }
+    ChildResult run(const std::string& command) const { return run_script("qrv " + command); }
 
     Folder folder;
     std::ptrdiff_t files = 0;
 
 private:
+    // Elimination with row exchanges makes the last column 1.9 times as large in each step, until nothing of A is left.
+    static std::string growth(int n) {
+        std::string text = "array real general\n" + std::to_string(n) + " " + std::to_string(n) + "\n";
+        for (int j = 0; j < n; ++j)
+            for (int i = 0; i < n; ++i)
+                text += i == j || j == n - 1 ? "1\n" : i > j ? "-0.9\n" : "0\n";
+        return text;
+    }
+
     void write(const std::string& name, const std::string& text) {
         std::ofstream(folder.file(name)) << "%%MatrixMarket matrix " << text;
     }
@@ -57,21 +76,32 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
         {"solve", 2, "A is required"},
         {"solve --fast real", 2, "--fast"},
         {"solve real real real", 2, "not expected"},
+        {"solve ''", 2, "A: the name of the file is empty"}, // a shell variable that is not set
+        {"solve real ''", 2, "b: the name of the file is empty"},
+        {"invert real -o ''", 2, "--out: the name of the file is empty"},
+        {"solve real -o x --picture ./x", 2, "./x would take two results"},
         {"bench --sizes 0", 2, "--sizes"},
         {"norm none", 2, "cannot read none: No such file"},
         {"norm .", 2, "cannot read .: Is a directory"},
         {"norm short", 2, "short:4: the file ends after 2 of 4 entries"},
+        {"norm /dev/null", 2, "/dev/null:1: the file is empty"},
+        {"norm /dev/zero", 2, "/dev/zero:1: no Matrix Market file: it does not begin"},
+        {"norm /dev/stdin < /dev/zero", 2, "/dev/stdin:1: no Matrix Market file"},
         {"solve wide -o x", 2, "wide is 1 x 2"},
         {"invert wide -o x", 2, "wide is 1 x 2"},
         {"solve real tiny -o x", 2, "tiny has 1 rows; the matrix real has 2"},
         {"solve real short -o x", 2, "short:4"},
         {"solve singular -o x", 1, "singular is singular: pivot 2 of 2 is 0"},
         {"invert singular -o x", 1, "pivot 2 of 2"},
-        {"solve tiny huge -o x", 1, "beyond the range"},
+        {"solve overflow -o x", 1, "overflow: its factors are beyond the range"},
+        {"invert overflow -o x", 1, "overflow: its factors are beyond the range"},
+        {"solve growth -o x", 1, "growth: the elimination failed"},
+        {"invert growth -o x", 1, "growth: the elimination failed"},
+        {"solve tiny huge -o x", 1, "the result is beyond the range"},
         {"solve real -o /dev/full", 1, "cannot write /dev/full: No space left"},
-        {"solve real --picture none/x", 1, "cannot write none/x: No such file"},
-        {"solve real -o none/x", 1, "cannot write none/x: No such file"},
-        {"invert real -o .", 1, "cannot write .: Is a directory"},
+        {"solve short --picture none/x", 1, "cannot write none/x: No such file"}, // before anything is read
+        {"solve short -o none/x", 1, "cannot write none/x: No such file"},
+        {"invert short -o .", 1, "cannot write .: Is a directory"},
         {"info > /dev/full", 1, "standard output: No space left"},
         {"norm real > /dev/full", 1, "standard output: No space left"},
         {"--help > /dev/full", 1, "standard output: No space left"},
@@ -87,6 +117,31 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
     // A file that is there stays as it is.
     EXPECT_EQ(run("solve singular -o singular").exitStatus, 1);
     EXPECT_THAT(content(folder.file("singular")), HasSubstr("1\n2\n2\n4\n"));
+
+    // A matrix, and then a line without an end.
+    const ChildResult endless = run_script("cat real /dev/zero | qrv norm /dev/stdin");
+    EXPECT_EQ(endless.exitStatus, 2);
+    EXPECT_THAT(endless.err, HasSubstr("/dev/stdin:7: the line has more than"));
+    // More than the disk takes.
+    const ChildResult limited = run_script("ulimit -f 1 && qrv invert diagonal -o x");
+    EXPECT_EQ(limited.exitStatus, 1);
+    EXPECT_THAT(limited.err, HasSubstr("cannot write x: File too large"));
+    // Ended while it waits for its matrix: the file for the result is there already, and goes.
+    const ChildResult ended =
+        run_script("mkfifo pipe && { qrv solve pipe -o x & } && until ls x.part*; do sleep 0.01; done "
+                   "&& kill -TERM $! && { wait $!; rm pipe; ls x* >&2; }");
+    EXPECT_THAT(ended.err, HasSubstr("cannot access 'x*'"));
+    EXPECT_EQ(folder.count(), files);
+}
+
+TEST_F(Program, WritesStraightToStandardStreams) {
+    for (const char* command : {"invert real -o /dev/stdout >> log", "invert real -o log >> log",
+                                "solve real -o /dev/stderr 2>> log", "solve real --picture /dev/fd/3 3>> log"}) {
+        std::ofstream(folder.file("log")) << "before\n";
+        EXPECT_EQ(run(command).exitStatus, 0) << command;
+        EXPECT_THAT(content(folder.file("log")), StartsWith("before\n")) << command;
+        EXPECT_GT(content(folder.file("log")).size(), 60U) << command;
+    }
 }
 
 TEST_F(Program, ReportsAndWritesResults) {
@@ -104,6 +159,8 @@ TEST_F(Program, ReportsAndWritesResults) {
         {"solve hermitian right -o x --picture x.svg", "condition number"},
         {"solve real right -o y --coordinate", "backward error"}, // one complex side makes both so
         {"invert hermitian -o inverse", "condition number  3.2 (1-norm), 3.2"},
+        {"invert nearly_singular", "A is singular to working precision: no digit of X is sure"},
+        {"solve nearly_singular", "A is singular to working precision: no digit of x is sure"},
     };
     for (const auto& [command, says] : cases) {
         const ChildResult result = run(command);
@@ -114,8 +171,8 @@ TEST_F(Program, ReportsAndWritesResults) {
     EXPECT_EQ(folder.count(), files + 4);
     const std::string picture = content(folder.file("x.svg")); // the unit matrix: two columns, two parts each
     EXPECT_THAT(picture, StartsWith("<svg"));
-    EXPECT_THAT(picture, HasSubstr("points='90.0,40.0 880.0,360.0 '"));
-    EXPECT_THAT(picture, HasSubstr("points='90.0,360.0 880.0,40.0 '"));
+    EXPECT_THAT(picture, HasSubstr("points='80.0,50.0 690.0,420.0 '"));
+    EXPECT_THAT(picture, HasSubstr("points='80.0,420.0 690.0,50.0 '"));
 
     const auto read = [&](const char* name) { return to_complex(read_matrix_market(folder.file(name)).matrix); };
     Matrix<SingleComplex> unit(2, 2);

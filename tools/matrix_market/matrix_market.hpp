@@ -21,19 +21,17 @@
 #include <stdexcept>
 #include <string>
 
-#include "matrix.hpp"
+#include "output_file.hpp"
+#include "support/matrix.hpp"
 
 namespace tools {
+
+using support::AnyMatrix, support::Matrix, support::SingleComplex;
+using support::isComplex, support::to_complex;
 
 // A file that cannot be read, or does not hold what it should. The message begins with its name and, where there is
 // one, the number of the line.
 class InputError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-// A file that could not be written.
-class OutputError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
@@ -48,14 +46,21 @@ struct MatrixFile {
     long long entries = 0; // in the file
 };
 
-// Raises InputError; std::bad_alloc if memory runs out after all.
-MatrixFile read_matrix_market(const std::string& path);
+// `copies` of the full matrix the caller will hold at a time: what does not fit this process is refused by the sizes
+// alone. Raises InputError; std::bad_alloc if memory runs out after all. An endless stream is refused where it stops to
+// be a matrix file.
+MatrixFile read_matrix_market(const std::string& path, double copies = 1);
 
 // The same from the text of a file; `name` stands for it in messages.
 MatrixFile parse_matrix_market(const std::string& name, const std::string& text);
 
-// Writes a general matrix; a coordinate file leaves zeros out. Numbers have as many digits as give the same floats
-// back. `comment` is one line or more, or empty. The file appears whole or not at all. Raises OutputError.
-void write_matrix_market(const std::string& path, const AnyMatrix& matrix, Format format, const std::string& comment);
+// Writes a general matrix, and commits the file; a coordinate file leaves zeros out. Numbers have as many digits as
+// give the same floats back. `comment` is one line or more, or empty. Raises OutputError.
+void write_matrix_market(OutputFile& file, const AnyMatrix& matrix, Format format, const std::string& comment);
+
+// Bytes that so many elements take in an array file, about.
+constexpr double array_bytes(double elements, bool isComplex) {
+    return elements * (isComplex ? 24 : 12);
+}
 
 } // namespace tools

@@ -6,12 +6,15 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <limits>
+#include <memory>
 #include <string_view>
 #include <unistd.h>
 #include <utility>
 
 #include "matrix_market.hpp"
+#include "memory_limit.hpp"
 
 namespace tools {
 namespace {
@@ -58,19 +61,29 @@ std::string lower_case(std::string_view word) {
     return text;
 }
 
+// Puts the next bytes of a file, at most so many, at an address. Result: how many; 0 at the end.
+using Source = std::function<std::size_t(char* to, std::size_t most)>;
+
+// The lines of a file that may be endless: no more than one of them is held.
 class Lines {
 public:
-    Lines(const std::string& fileName, std::string_view text) : name(fileName), rest(text) {}
+    Lines(const std::string& fileName, Source bytes) : name(fileName), source(std::move(bytes)), buffer(longestLine) {}
 
     // The next line of the file, whatever it holds. False at the end.
     bool next(std::string_view& line) {
-        if (rest.empty())
-            return false;
-        const std::size_t end = std::min(rest.find('\n'), rest.size());
-        line = rest.substr(0, end);
-        rest.remove_prefix(std::min(end + 1, rest.size()));
         ++number;
-        return true;
+        std::size_t length = 0;
+        for (std::size_t known = 0; (length = find_end(known)) == end - begin; known = length)
+            if (!refill())
+                break;
+        if (length == longestLine && number > 1) // a file of another kind, which the first line tells
+            fail("the line has more than " + std::to_string(longestLine) + " characters");
+        const bool isThere = end > begin;
+        if (!isThere)
+            --number;
+        line = std::string_view(buffer.data() + begin, length);
+        begin = std::min(begin + length + 1, end);
+        return isThere;
     }
 
     // The next line that is neither blank nor a comment.
@@ -86,16 +99,43 @@ public:
     }
 
 private:
+    static constexpr std::size_t longestLine = 1 << 16; // the format allows 1024
+
+    // Length of the line at hand, of which so many characters hold no end; all there is if it does not end there.
+    std::size_t find_end(std::size_t known) const {
+        const char* const first = buffer.data() + begin;
+        const void* const found = std::memchr(first + known, '\n', end - begin - known);
+        return found ? static_cast<std::size_t>(static_cast<const char*>(found) - first) : end - begin;
+    }
+
+    // False if there are no more bytes, or no room for them.
+    bool refill() {
+        std::copy(buffer.data() + begin, buffer.data() + end, buffer.data());
+        end -= begin;
+        begin = 0;
+        const std::size_t count = end < buffer.size() ? source(buffer.data() + end, buffer.size() - end) : 0;
+        end += count;
+        return count > 0;
+    }
+
     std::string name;
-    std::string_view rest;
+    Source source;
+    std::vector<char> buffer;
+    std::size_t begin = 0, end = 0; // of what was read and not yet given
     long long number = 0;
 };
 
 // ---- Numbers ------------------------------------------------------------------------------------------------------
 
+// from_chars knows no plus sign.
+std::string_view without_plus(std::string_view word) {
+    const bool hasPlus = word.size() > 1 && word[0] == '+' && word[1] != '-';
+    return word.substr(hasPlus ? 1 : 0);
+}
+
 long long integer(const Lines& lines, std::string_view word, const char* what) {
     long long value = 0;
-    const std::string_view digits = word.substr(!word.empty() && word.front() == '+' ? 1 : 0);
+    const std::string_view digits = without_plus(word);
     const auto [end, failure] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
     if (word.empty())
         lines.fail(std::string("the ") + what + " is missing");
@@ -107,7 +147,7 @@ long long integer(const Lines& lines, std::string_view word, const char* what) {
 }
 
 double real(const Lines& lines, std::string_view word, const char* what) {
-    std::string digits(word.substr(!word.empty() && word.front() == '+' ? 1 : 0));
+    std::string digits(without_plus(word));
     std::replace_if(
         digits.begin(), digits.end(), [](char c) { return c == 'd' || c == 'D'; }, 'e');
     double value = 0;
@@ -193,14 +233,16 @@ int dimension(const Lines& lines, std::string_view word, const char* what) {
     return static_cast<int>(value);
 }
 
-// A matrix that the machine cannot hold is refused before memory is touched: the system would end the program.
-void check_memory(const Lines& lines, const Sizes& sizes, std::size_t elementSize) {
-    const double needed = 1.0 * sizes.rows * sizes.columns * static_cast<double>(elementSize);
-    const double memory = static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
-    if (needed > std::min(memory, static_cast<double>(std::numeric_limits<std::ptrdiff_t>::max())))
-        lines.fail("as a full matrix " + std::to_string(sizes.rows) + " x " + std::to_string(sizes.columns) +
-                   " takes " + std::to_string(std::llround(needed / 1e6)) + " MB; this machine has " +
-                   std::to_string(std::llround(memory / 1e6)));
+// Matrices that cannot be held are refused before memory is touched: the system would end the program.
+void check_memory(const Lines& lines, const Sizes& sizes, std::size_t elementSize, double copies) {
+    const double needed = copies * sizes.rows * sizes.columns * static_cast<double>(elementSize);
+    const double memory =
+        std::min(memory_limit(), static_cast<double>(std::numeric_limits<std::ptrdiff_t>::max())); // 32-bit processes
+    const auto megabytes = [](double bytes) { return std::to_string(std::llround(bytes / 1e6)) + " MB"; };
+    if (needed > memory)
+        lines.fail(std::to_string(sizes.rows) + " x " + std::to_string(sizes.columns) + " elements, held full and " +
+                   (copies > 1 ? "with what is computed from them, " : "") + "take " + megabytes(needed) +
+                   "; this process may use " + megabytes(memory));
 }
 
 // Elements of the array format: all, or the lower triangle with or without the diagonal.
@@ -334,8 +376,8 @@ int read_index(const Lines& lines, Words& words, int count, const char* what) {
 }
 
 template <class T>
-Matrix<T> read_entries(Lines& lines, const Header& header, const Sizes& sizes) {
-    check_memory(lines, sizes, sizeof(T));
+Matrix<T> read_entries(Lines& lines, const Header& header, const Sizes& sizes, double copies) {
+    check_memory(lines, sizes, sizeof(T), copies);
     Elements<T> elements(header, sizes);
     ArrayWalk place(header.symmetry, sizes.rows);
     std::string_view line;
@@ -358,42 +400,44 @@ Matrix<T> read_entries(Lines& lines, const Header& header, const Sizes& sizes) {
     return elements.take();
 }
 
-std::string read_file(const std::string& path) {
-    const auto fail = [&](int error) { throw InputError("cannot read " + path + ": " + std::strerror(error)); };
-    std::FILE* const file = std::fopen(path.c_str(), "rb");
-    if (!file)
-        fail(errno);
-    std::string text;
-    constexpr std::size_t block = 1 << 20;
-    for (std::size_t count = block; count == block;) {
-        const std::size_t size = text.size();
-        text.resize(size + block);
-        count = std::fread(text.data() + size, 1, block, file);
-        text.resize(size + count);
-    }
-    const int error = std::ferror(file) ? errno : 0;
-    std::fclose(file);
-    if (error != 0)
-        fail(error);
-    return text;
+MatrixFile read(Lines lines, double copies) {
+    const Header header = read_banner(lines);
+    const Sizes sizes = read_sizes(lines, header);
+    MatrixFile file{{}, header.format, header.symmetry, sizes.entries};
+    if (header.field == Field::complex)
+        file.matrix = read_entries<SingleComplex>(lines, header, sizes, copies);
+    else
+        file.matrix = read_entries<float>(lines, header, sizes, copies);
+    return file;
 }
 
 } // namespace
 
 MatrixFile parse_matrix_market(const std::string& name, const std::string& text) {
-    Lines lines(name, text);
-    const Header header = read_banner(lines);
-    const Sizes sizes = read_sizes(lines, header);
-    MatrixFile file{{}, header.format, header.symmetry, sizes.entries};
-    if (header.field == Field::complex)
-        file.matrix = read_entries<SingleComplex>(lines, header, sizes);
-    else
-        file.matrix = read_entries<float>(lines, header, sizes);
-    return file;
+    std::size_t given = 0;
+    return read(Lines(name,
+                      [&](char* to, std::size_t most) {
+                          const std::size_t count = text.copy(to, most, given);
+                          given += count;
+                          return count;
+                      }),
+                1);
 }
 
-MatrixFile read_matrix_market(const std::string& path) {
-    return parse_matrix_market(path, read_file(path));
+MatrixFile read_matrix_market(const std::string& path, double copies) {
+    const auto fail = [&]() { throw InputError("cannot read " + path + ": " + std::strerror(errno)); };
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    if (!file)
+        fail();
+    return read(Lines(path,
+                      [&](char* to, std::size_t most) { // not by fread, which waits until all bytes have come
+                          ssize_t count = 0;
+                          while ((count = ::read(fileno(file.get()), to, most)) < 0)
+                              if (errno != EINTR)
+                                  fail();
+                          return static_cast<std::size_t>(count);
+                      }),
+                copies);
 }
 
 } // namespace tools

@@ -3,7 +3,6 @@
 #include <sstream>
 
 #include "matrix_market.hpp"
-#include "replace_file.hpp"
 
 namespace tools {
 namespace {
@@ -36,7 +35,7 @@ std::string header(const AnyMatrix& matrix, Format format, const std::string& co
 }
 
 template <class T>
-void write_entries(ReplacedFile& file, std::string text, const Matrix<T>& a, Format format) {
+void write_entries(OutputFile& file, std::string text, const Matrix<T>& a, Format format) {
     append(text, static_cast<long long>(a.rows));
     text += ' ';
     append(text, static_cast<long long>(a.columns));
@@ -70,8 +69,7 @@ void write_entries(ReplacedFile& file, std::string text, const Matrix<T>& a, For
 
 } // namespace
 
-void write_matrix_market(const std::string& path, const AnyMatrix& matrix, Format format, const std::string& comment) {
-    ReplacedFile file(path);
+void write_matrix_market(OutputFile& file, const AnyMatrix& matrix, Format format, const std::string& comment) {
     std::visit([&](const auto& a) { write_entries(file, header(matrix, format, comment), a, format); }, matrix);
     file.commit();
 }

@@ -1,41 +1,25 @@
 // qrv bench: speeds of the main routines on this machine, in a few seconds.
 #include <algorithm>
-#include <chrono>
-#include <cmath>
 #include <fmt/core.h>
 #include <functional>
-#include <limits>
 #include <qrv/service.h>
 #include <random>
 
-#include "bench/peak.hpp"
 #include "command.hpp"
 #include "routines.hpp"
+#include "support/flops.hpp"
+#include "support/peak.hpp"
+#include "support/timer.hpp"
 
 namespace tools {
+
+using namespace support;
+
 namespace {
 
 using Corvex::Mathematics::LinearAlgebra::MatrixDiagonalMode;
 using Corvex::Mathematics::LinearAlgebra::MatrixOperationSide;
 using Corvex::Mathematics::LinearAlgebra::MatrixTriangleMode;
-
-double seconds_of(const std::function<void()>& work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-// Of many short runs the fastest counts: what else the machine does only makes a run slower.
-double best_seconds(double duration, const std::function<void()>& prepare, const std::function<void()>& work) {
-    double best = std::numeric_limits<double>::infinity();
-    for (double total = 0; total < duration;) {
-        total += seconds_of(prepare);
-        const double run = seconds_of(work);
-        best = std::min(best, run);
-        total += run;
-    }
-    return best;
-}
 
 // Random elements in [-1, 1) / n, and 1 on the diagonal: of any order well conditioned.
 template <class T>
@@ -92,13 +76,14 @@ void getrf(Operands<T>& o) {
 
 struct Routine {
     const char* name;
-    double flops; // over n^3, by the standard counts
+    std::function<Work(int n)> work;
     std::function<double(int n, double duration)> seconds;
 };
 
 template <class T>
-Routine routine(const char* name, double flops, void (*work)(Operands<T>&)) {
-    return {name, flops, [work](int n, double duration) {
+Routine routine(const char* name, Work (*count)(double n, bool isComplex), void (*work)(Operands<T>&)) {
+    return {name, [count](int n) { return count(n, isComplex<T>); },
+            [work](int n, double duration) {
                 Operands<T> operands(n);
                 work(operands); // the first call pays for one-time work
                 operands.c = operands.b;
@@ -108,20 +93,27 @@ Routine routine(const char* name, double flops, void (*work)(Operands<T>&)) {
             }};
 }
 
+Work gemm_of_order(double n, bool isComplex) {
+    return gemm_work(n, n, n, isComplex);
+}
+Work triangular_of_order(double n, bool isComplex) { // a rank update has as many
+    return triangular_work(n, n, isComplex);
+}
+
 std::vector<Routine> routines() {
-    return {routine<float>("Sgemm", 2, gemm),
-            routine<SingleComplex>("Cgemm", 8, gemm),
-            routine<float>("Ssyrk", 1, syrk),
-            routine<float>("Strsm", 1, trsm),
-            routine<SingleComplex>("Ctrsm", 4, trsm),
-            routine<float>("Sgetrf", 2.0 / 3, getrf),
-            routine<SingleComplex>("Cgetrf", 8.0 / 3, getrf)};
+    return {routine<float>("Sgemm", gemm_of_order, gemm),
+            routine<SingleComplex>("Cgemm", gemm_of_order, gemm),
+            routine<float>("Ssyrk", triangular_of_order, syrk),
+            routine<float>("Strsm", triangular_of_order, trsm),
+            routine<SingleComplex>("Ctrsm", triangular_of_order, trsm),
+            routine<float>("Sgetrf", getrf_work, getrf),
+            routine<SingleComplex>("Cgetrf", getrf_work, getrf)};
 }
 
 // GFLOP/s of the widest instruction set that the processor has, on so many threads at once: the best so far.
 class PeakMeter {
 public:
-    explicit PeakMeter(int threadCount) : peak(bench::machine_peaks().back()), threads(threadCount) {}
+    explicit PeakMeter(int threadCount) : peak(machine_peaks().back()), threads(threadCount) {}
 
     void measure(double duration) {
         const double seconds = best_seconds(
@@ -136,7 +128,7 @@ public:
     }
 
 private:
-    bench::Peak peak;
+    Peak peak;
     int threads;
     double best = 0;
 };
@@ -156,7 +148,7 @@ void run(const std::vector<int>& sizes, double duration) {
         peak.measure(duration);
         rates.emplace_back();
         for (const int n : sizes)
-            rates.back().push_back(routine.flops * std::pow(n, 3) / routine.seconds(n, duration) * 1e-9);
+            rates.back().push_back(routine.work(n).amount / routine.seconds(n, duration) * 1e-9);
     }
 
     peak.print();

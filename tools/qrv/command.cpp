@@ -1,6 +1,8 @@
-#include <fmt/format.h>
-
 #include "command.hpp"
+
+#include <filesystem>
+#include <fmt/format.h>
+#include <limits>
 
 namespace tools {
 namespace {
@@ -20,6 +22,24 @@ const char* name_of(Symmetry symmetry) {
 
 } // namespace
 
+CLI::Validator file_name() {
+    return {[](const std::string& name) { return name.empty() ? std::string("the name of the file is empty") : ""; },
+            "FILE"};
+}
+
+std::optional<OutputFile> open_output(const std::string& name) {
+    return name.empty() ? std::nullopt : std::optional<OutputFile>(std::in_place, name);
+}
+
+void require_different(const std::string& file, const std::string& other) {
+    std::error_code none; // what cannot be found is said when it is opened
+    const auto whole = [&](const std::string& name) {
+        return std::filesystem::weakly_canonical(std::filesystem::absolute(name, none), none);
+    };
+    if (!file.empty() && !other.empty() && whole(file) == whole(other))
+        throw CLI::ValidationError(other + " would take two results");
+}
+
 std::string description(const std::string& path, const MatrixFile& file) {
     const char* const element = std::holds_alternative<Matrix<float>>(file.matrix) ? "real" : "complex";
     return std::visit(
@@ -38,6 +58,12 @@ int require_square(const std::string& path, const AnyMatrix& matrix) {
             return a.rows;
         },
         matrix);
+}
+
+void print_if_singular(double condition, const char* result) {
+    constexpr double roundingError = std::numeric_limits<float>::epsilon() / 2.0;
+    if (!(condition * roundingError < 1))
+        fmt::print("  A is singular to working precision: no digit of {} is sure.\n", result);
 }
 
 } // namespace tools

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <string>
 
 #include "matrix_market/matrix_market.hpp"
@@ -18,10 +19,20 @@ void add_solve(CLI::App& program);
 void add_invert(CLI::App& program);
 void add_bench(CLI::App& program);
 
+// A validator of options: an unset shell variable must not count as an option that is not given.
+CLI::Validator file_name();
+
+// The file of an option that names one, opened; none without. Several of one command must differ.
+std::optional<OutputFile> open_output(const std::string& name);
+void require_different(const std::string& file, const std::string& other);
+
 // Name, size and kind of a matrix, for the head of a report.
 std::string description(const std::string& path, const MatrixFile& file);
 
 // Order of a square matrix; raises InputError for any other.
 int require_square(const std::string& path, const AnyMatrix& matrix);
+
+// One line if a matrix with this condition number counts as singular, about the result that it makes unsure.
+void print_if_singular(double condition, const char* result);
 
 } // namespace tools

@@ -1,5 +1,6 @@
 // qrv: linear algebra on matrix files, and what is running, through the provider.
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <fmt/core.h>
@@ -8,6 +9,9 @@
 #include "command.hpp"
 
 namespace {
+
+constexpr void (*commands[])(CLI::App&) = {tools::add_info, tools::add_norm, tools::add_solve, tools::add_invert,
+                                           tools::add_bench};
 
 enum ExitCode { good = 0, notSolved = 1, badInput = 2 };
 
@@ -30,11 +34,10 @@ int main(int argc, char** argv) {
     program.name("qrv");
     program.require_subcommand(0, 1); // a word that is no command is named, then, as not expected
     program.set_version_flag("--version", qrv_serv_get_version());
-    tools::add_info(program);
-    tools::add_norm(program);
-    tools::add_solve(program);
-    tools::add_invert(program);
-    tools::add_bench(program);
+    for (auto* const add : commands)
+        add(program);
+    std::signal(SIGXFSZ, SIG_IGN); // a file beyond its limit is an error of writing
+    tools::remove_temporary_files_on_signals();
     try {
         run(program, argc, argv);
         return good;

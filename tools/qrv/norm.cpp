@@ -25,7 +25,7 @@ void run(const std::string& path) {
 
 void add_norm(CLI::App& program) {
     CLI::App* const command = program.add_subcommand("norm", "Norms of a matrix");
-    CLI::Option* const path = command->add_option("A", "Matrix Market file")->required();
+    CLI::Option* const path = command->add_option("A", "Matrix Market file")->required()->check(file_name());
     command->callback([path] { run(path->as<std::string>()); });
 }
 

@@ -3,12 +3,12 @@
 
 #include <string>
 
-#include "matrix_market/matrix.hpp"
+#include "matrix_market/matrix_market.hpp"
 
 namespace tools {
 
-// Draws the columns of x, of complex ones real and imaginary parts; at most the first `mostCurves` curves. The file
-// appears whole or not at all. Raises OutputError.
-void write_picture(const std::string& path, const AnyMatrix& x, const std::string& title);
+// Draws the columns of x, of complex ones real and imaginary parts, as many as there are colours, and commits the file.
+// Raises OutputError.
+void write_picture(OutputFile& file, const AnyMatrix& x, const std::string& title);
 
 } // namespace tools

@@ -27,15 +27,21 @@ int note(const int*, const int* step, const char*, int) {
     return 0;
 }
 
-void draw(int n) {
-    const double share = share_done(columnsDone.load(std::memory_order_relaxed), n);
+// Each LAPACK entry begins by taking the progress routine of the process away, so it is put into its place again and
+// again while the factorization runs.
+double share_factored(int n) {
+    qrv_serv_set_progress(note);
+    return share_done(columnsDone.load(std::memory_order_relaxed), n);
+}
+
+void draw(const char* work, double share) {
     const auto filled = static_cast<std::size_t>(std::lround(share * width));
     const std::string bar = std::string(filled, '#') + std::string(width - filled, '.');
-    fmt::print(stderr, "\rfactoring [{}] {:3.0f} %", bar, 100 * share);
+    fmt::print(stderr, "\r{} [{}] {:3.0f} %", work, bar, 100 * share);
     std::fflush(stderr);
 }
 
-void watch(const std::stop_token& stop, int n) {
+void watch(const std::stop_token& stop, const char* work, const std::function<double()>& share) {
     std::mutex mutex;
     std::condition_variable_any wake;
     std::unique_lock lock(mutex);
@@ -44,10 +50,9 @@ void watch(const std::stop_token& stop, int n) {
     };
     if (finished(patience))
         return;
-    do {
-        qrv_serv_set_progress(note);
-        draw(n);
-    } while (!finished(period));
+    do
+        draw(work, share());
+    while (!finished(period));
     qrv_serv_set_progress(nullptr);
     fmt::print(stderr, "\r\033[K");
 }
@@ -58,12 +63,23 @@ double share_done(int columns, int n) {
     return 1 - std::pow(1 - std::clamp(static_cast<double>(columns) / n, 0.0, 1.0), 3);
 }
 
-ProgressBar::ProgressBar(int n) {
+ProgressBar factoring(int n) {
     columnsDone = 0;
-    if (isatty(STDERR_FILENO) != 0)
-        watcher = std::jthread([n](const std::stop_token& stop) { watch(stop, n); });
+    return {"factoring", [n] { return share_factored(n); }};
 }
 
-ProgressBar::~ProgressBar() = default; // stops the thread and waits for it
+ProgressBar inverting(double factorSeconds) {
+    const auto start = std::chrono::steady_clock::now();
+    return {"inverting", [=] {
+                const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
+                return std::min(passed.count() / (2 * factorSeconds), 0.99); // an estimate is never at its end
+            }};
+}
+
+ProgressBar::ProgressBar(const char* work, std::function<double()> share) {
+    if (isatty(STDERR_FILENO) != 0)
+        watcher =
+            std::jthread([work, share = std::move(share)](const std::stop_token& stop) { watch(stop, work, share); });
+}
 
 } // namespace tools

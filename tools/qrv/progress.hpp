@@ -1,25 +1,27 @@
-// A bar on the terminal for a factorization that takes long.
+// A bar on the terminal for work that takes long.
 #pragma once
 
+#include <functional>
 #include <thread>
 
 namespace tools {
 
-// While it lives, shows on standard error how far the factorization of order n has come: after half a second, and only
-// on a terminal. At its end the line is cleared.
-//
-// Each LAPACK entry begins by taking the progress routine of the process away, so a thread of the bar puts it into its
-// place again and again while the factorization runs.
+// While it lives, shows on standard error how far the work has come: after half a second, and only on a terminal. At
+// its end the line is cleared.
 class ProgressBar {
 public:
-    explicit ProgressBar(int n);
-    ~ProgressBar();
-    ProgressBar(const ProgressBar&) = delete;
-    ProgressBar& operator=(const ProgressBar&) = delete;
+    // `share`, of what is done, is asked ten times a second.
+    ProgressBar(const char* work, std::function<double()> share);
 
 private:
-    std::jthread watcher;
+    std::jthread watcher; // its end stops the thread and waits for it
 };
+
+// A factorization of order n, by the columns that it reports as done.
+ProgressBar factoring(int n);
+
+// An inversion from factors that took so long: it reports nothing, but does twice the operations at about that speed.
+ProgressBar inverting(double factorSeconds);
 
 // Share of the operations of an LU factorization of order n that are done after so many columns.
 double share_done(int columns, int n);

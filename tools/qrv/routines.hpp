@@ -3,9 +3,11 @@
 
 #include <qrv/providers.hpp>
 
-#include "matrix_market/matrix.hpp"
+#include "support/matrix.hpp"
 
 namespace tools {
+
+using support::Matrix, support::SingleComplex, support::isComplex;
 
 using Corvex::Mathematics::LinearAlgebra::MatrixNorm;
 using Corvex::Mathematics::LinearAlgebra::TransposeOperation;

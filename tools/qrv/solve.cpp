@@ -1,6 +1,5 @@
 // qrv solve: a linear system, and how far its solution can be trusted.
 #include <fmt/core.h>
-#include <limits>
 #include <optional>
 
 #include "command.hpp"
@@ -26,13 +25,12 @@ Matrix<T> ones(int n) {
     return x;
 }
 
-constexpr double roundingError = std::numeric_limits<float>::epsilon() / 2.0;
-
 template <class T>
 void print_quality(const LinearSystem<T>& system, const Matrix<T>& a, const Matrix<T>& x, const Matrix<T>& b,
                    bool isKnown) {
     const double condition = system.condition();
     const BackwardError error = backward_error(a, x, b);
+    system.require_solved(error);
     const double bound = forward_error_bound(condition, error);
     fmt::print("  condition number  {:.2g}, infinity norm, estimated\n", condition);
     fmt::print("  backward error    {:.2g} componentwise, {:.2g} normwise\n", error.componentwise, error.normwise);
@@ -42,27 +40,32 @@ void print_quality(const LinearSystem<T>& system, const Matrix<T>& a, const Matr
                system.error_estimate(a, x, b));
     if (isKnown)
         fmt::print("                    in truth {:.2g}\n", relative_difference(x, ones<T>(a.rows)));
-    if (!(condition * roundingError < 1))
-        fmt::print("  A is singular to working precision: no digit of x is sure.\n");
+    print_if_singular(condition, "x");
 }
 
+struct Outputs {
+    std::optional<OutputFile> x, picture;
+};
+
 template <class T>
-void solve(const Request& request, const Matrix<T>& a, const std::optional<Matrix<T>>& given) {
+void solve(const Request& request, Outputs& outputs, const Matrix<T>& a, const std::optional<Matrix<T>>& given) {
     const Matrix<T> b = given ? *given : product(a, ones<T>(a.rows));
-    std::optional<ProgressBar> progress(a.rows);
+    if (outputs.x && !request.isCoordinate)
+        outputs.x->reserve(array_bytes(1.0 * b.rows * b.columns, isComplex<T>));
+    std::optional<ProgressBar> progress = factoring(a.rows);
     LinearSystem<T> system(request.a, a);
     progress.reset();
     const Matrix<T> x = system.solve(b);
     fmt::print("  LU                {:.2f} ms, {:.1f} GFLOP/s\n", 1e3 * system.factor_seconds(), system.gflops());
     print_quality(system, a, x, b, !given);
-    if (!request.out.empty()) {
-        write_matrix_market(request.out, x, request.isCoordinate ? Format::coordinate : Format::array,
+    if (outputs.x) {
+        write_matrix_market(*outputs.x, x, request.isCoordinate ? Format::coordinate : Format::array,
                             "Solution of A x = b by qrv");
-        fmt::print("  x                 {}\n", request.out);
+        fmt::print("  x                 {}\n", outputs.x->name());
     }
-    if (!request.picture.empty()) {
-        write_picture(request.picture, x, "Solution of A x = b, A: " + request.a);
-        fmt::print("  picture           {}\n", request.picture);
+    if (outputs.picture) {
+        write_picture(*outputs.picture, x, "Solution of A x = b, A: " + request.a);
+        fmt::print("  picture           {}\n", outputs.picture->name());
     }
 }
 
@@ -75,19 +78,23 @@ void check_sizes(const Request& request, const AnyMatrix& a, const std::optional
 }
 
 void run(const Request& request) {
-    const MatrixFile a = read_matrix_market(request.a);
-    std::optional<MatrixFile> b;
+    require_different(request.out, request.picture);
+    Outputs outputs{open_output(request.out), open_output(request.picture)};
+    std::optional<MatrixFile> b; // first, for it tells what A will be held as
     if (request.has_right_hand_side())
-        b = read_matrix_market(request.b);
+        b = read_matrix_market(request.b, 4); // b, x, the correction, and one to work with
+    const bool withComplex = b && std::holds_alternative<Matrix<SingleComplex>>(b->matrix);
+    // With its factors; a real one, in the worst case, is made complex first.
+    const MatrixFile a = read_matrix_market(request.a, withComplex ? 5 : 2);
     check_sizes(request, a.matrix, b);
     fmt::print("A: {}\nb: {}\n", description(request.a, a),
                b ? description(request.b, *b) : "A times a vector of ones");
     // A complex side makes the other one complex.
-    const auto* const realA = std::get_if<Matrix<float>>(&a.matrix);
-    if (realA && (!b || std::holds_alternative<Matrix<float>>(b->matrix)))
-        solve<float>(request, *realA, b ? std::optional(std::get<Matrix<float>>(b->matrix)) : std::nullopt);
+    if (const auto* const realA = std::get_if<Matrix<float>>(&a.matrix); realA && !withComplex)
+        solve<float>(request, outputs, *realA, b ? std::optional(std::get<Matrix<float>>(b->matrix)) : std::nullopt);
     else
-        solve<SingleComplex>(request, to_complex(a.matrix), b ? std::optional(to_complex(b->matrix)) : std::nullopt);
+        solve<SingleComplex>(request, outputs, realA ? to_complex(*realA) : std::get<Matrix<SingleComplex>>(a.matrix),
+                             b ? std::optional(to_complex(b->matrix)) : std::nullopt);
 }
 
 } // namespace
@@ -96,10 +103,12 @@ void add_solve(CLI::App& program) {
     CLI::App* const command = program.add_subcommand(
         "solve", "Solves A x = b by LU, and tells condition number, backward error and a bound of the error of x");
     const auto request = std::make_shared<Request>();
-    command->add_option("A", request->a, "Matrix Market file of a square matrix")->required();
-    command->add_option("b", request->b, "file of right-hand sides; without, A times a vector of ones");
-    command->add_option("-o,--out", request->out, "file for x");
-    command->add_option("--picture", request->picture, "SVG file for the elements of x over their index");
+    command->add_option("A", request->a, "Matrix Market file of a square matrix")->required()->check(file_name());
+    command->add_option("b", request->b, "file of right-hand sides; without, A times a vector of ones")
+        ->check(file_name());
+    command->add_option("-o,--out", request->out, "file for x")->check(file_name());
+    command->add_option("--picture", request->picture, "SVG file for the elements of x over their index")
+        ->check(file_name());
     command->add_flag("--coordinate", request->isCoordinate, "write nonzeros only");
     command->callback([request] { run(*request); });
 }

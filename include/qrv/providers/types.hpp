@@ -66,6 +66,13 @@ public:
     using std::length_error::length_error;
 };
 
+// The method is declared, so that the order of a class's methods is final, but its native routine is not in this
+// version. The text names it.
+class QRV_API NotImplementedError : public std::logic_error {
+public:
+    using std::logic_error::logic_error;
+};
+
 // View of a host array: the address of element 0 and the number of elements, or null. Made from a pointer and
 // a count, a span, or anything a span is made from (vector, std::array, built-in array). It owns nothing.
 template <class T>
@@ -90,15 +97,23 @@ public:
     // Address of element 0. Fails on a null and on an empty array.
     constexpr T* Address() const {
         if (null_)
-            throw NullReferenceError("array argument is null");
+            raise_null();
         if (count_ == 0)
-            throw IndexOutOfRangeError("array argument has no elements");
+            raise_empty();
         return data_;
     }
 
 private:
     template <class>
     friend class ProviderArray;
+
+    // Out of line, so that a method saves no registers for them.
+    [[noreturn, gnu::cold, gnu::noinline]] static void raise_null() {
+        throw NullReferenceError("array argument is null");
+    }
+    [[noreturn, gnu::cold, gnu::noinline]] static void raise_empty() {
+        throw IndexOutOfRangeError("array argument has no elements");
+    }
 
     T* data_ = nullptr;
     std::size_t count_ = 0;

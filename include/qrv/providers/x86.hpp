@@ -116,6 +116,13 @@ public:
     void Sgecon(MatrixNorm norm, int n, ProviderArray<const float> a, int aOffset, int lda, float aNorm, float& rcond,
                 int& info) final;
     float Slange(MatrixNorm norm, int m, int n, ProviderArray<const float> a, int aOffset, int lda) final;
+    void Sgeqrf(int m, int n, ProviderArray<float> a, int aOffset, int lda, ProviderArray<float> tau, int tauOffset,
+                int& info) final;
+    void Sgeqp3(int m, int n, ProviderArray<float> a, int aOffset, int lda, ProviderArray<int> jpvt,
+                ProviderArray<float> tau, int tauOffset, int& info) final;
+    void Sormqr(MatrixOperationSide side, TransposeOperation trans, int m, int n, int k, ProviderArray<const float> a,
+                int aOffset, int lda, ProviderArray<const float> tau, int tauOffset, ProviderArray<float> c,
+                int cOffset, int Ldc, int& info) final;
     void Strtrs(MatrixTriangleMode triangleMode, TransposeOperation trans, MatrixDiagonalMode diag, int n, int nrhs,
                 ProviderArray<const float> a, int aOffset, int lda, ProviderArray<float> b, int bOffset, int ldb,
                 int& info) final;
@@ -125,6 +132,35 @@ public:
                 ProviderArray<const float> a, int aOffset, int lda, float& rcond, int& info) final;
     float Slantr(MatrixNorm norm, MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int m, int n,
                  ProviderArray<const float> a, int aOffset, int lda) final;
+    void Spotrf(MatrixTriangleMode triangleMode, int n, ProviderArray<float> a, int aOffset, int lda, int& info) final;
+    void Spotri(MatrixTriangleMode triangleMode, int n, ProviderArray<float> a, int aOffset, int lda, int& info) final;
+    void Spotrs(MatrixTriangleMode triangleMode, int n, int nrhs, ProviderArray<const float> a, int aOffset, int lda,
+                ProviderArray<float> b, int bOffset, int ldb, int& info) final;
+    void Spocon(MatrixTriangleMode triangleMode, int n, ProviderArray<const float> a, int aOffset, int lda, float aNorm,
+                float& rcond, int& info) final;
+    void Sgbtrf(int m, int n, int kl, int ku, ProviderArray<float> a, int aOffset, int lda, ProviderArray<int> ipiv,
+                int& info) final;
+    void Sgbtrs(TransposeOperation trans, int n, int kl, int ku, int nrhs, ProviderArray<const float> a, int aOffset,
+                int lda, ProviderArray<const int> ipiv, ProviderArray<float> b, int bOffset, int ldb, int& info) final;
+    void Sgbcon(MatrixNorm norm, int n, int kl, int ku, ProviderArray<const float> a, int aOffset, int lda,
+                ProviderArray<const int> ipiv, float aNorm, float& rcond, int& info) final;
+    void Stbtrs(MatrixTriangleMode triangleMode, TransposeOperation trans, MatrixDiagonalMode diag, int n, int kd,
+                int nrhs, ProviderArray<const float> a, int aOffset, int lda, ProviderArray<float> b, int bOffset,
+                int ldb, int& info) final;
+    void Spbtrf(MatrixTriangleMode triangleMode, int n, int k, ProviderArray<float> a, int aOffset, int lda,
+                int& info) final;
+    void Spbtrs(MatrixTriangleMode triangleMode, int n, int k, int nrhs, ProviderArray<const float> a, int aOffset,
+                int lda, ProviderArray<float> b, int bOffset, int ldb, int& info) final;
+    void Spbcon(MatrixTriangleMode triangleMode, int n, int k, ProviderArray<const float> a, int aOffset, int lda,
+                float aNorm, float& rcond, int& info) final;
+    void Sgesdd(char16_t jobz, int m, int n, ProviderArray<float> a, int aOffset, int lda, ProviderArray<float> s,
+                ProviderArray<float> u, int ldu, ProviderArray<float> vt, int ldvt, int& info) final;
+    void Ssyevr(char16_t jobz, char16_t range, MatrixTriangleMode triangleMode, int n, ProviderArray<float> a,
+                int aOffset, int lda, float vl, float vu, int il, int iu, float abstol, int& m, ProviderArray<float> w,
+                int wOffset, ProviderArray<float> z, int zOffset, int ldz, ProviderArray<int> isuppz, int& info) final;
+    void Sgeev(char16_t jobvl, char16_t jobvr, int n, ProviderArray<float> a, int aOffset, int lda,
+               ProviderArray<float> wr, ProviderArray<float> wi, ProviderArray<float> vl, int ldvl,
+               ProviderArray<float> vr, int ldvr, int& info) final;
     void Slacpy(MatrixTriangleMode triangleMode, int m, int n, ProviderArray<const float> a, int aOffset, int lda,
                 ProviderArray<float> b, int bOffset, int ldb) final;
 };
@@ -255,6 +291,8 @@ public:
                 int& info) final;
     void Cgecon(MatrixNorm norm, int n, ProviderArray<const SingleComplex> a, int aOffset, int lda, float aNorm,
                 float& rcond, int& info) final;
+    void Cgeqrf(int m, int n, ProviderArray<SingleComplex> a, int aOffset, int lda, ProviderArray<SingleComplex> tau,
+                int tauOffset, int& info) final;
     void Ctrtrs(MatrixTriangleMode uplo, TransposeOperation trans, MatrixDiagonalMode diag, int n, int nrhs,
                 ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<SingleComplex> b, int bOffset,
                 int ldb, int& info) final;
@@ -262,6 +300,20 @@ public:
                 int lda, int& info) final;
     void Ctrcon(MatrixNorm norm, MatrixTriangleMode triangleMode, MatrixDiagonalMode diag, int n,
                 ProviderArray<const SingleComplex> a, int aOffset, int lda, float& rcond, int& info) final;
+    void Cpotrf(MatrixTriangleMode triangleMode, int n, ProviderArray<SingleComplex> a, int aOffset, int lda,
+                int& info) final;
+    void Cpotri(MatrixTriangleMode triangleMode, int n, ProviderArray<SingleComplex> a, int aOffset, int lda,
+                int& info) final;
+    void Cpotrs(MatrixTriangleMode triangleMode, int n, int nrhs, ProviderArray<const SingleComplex> a, int aOffset,
+                int lda, ProviderArray<SingleComplex> b, int bOffset, int ldb, int& info) final;
+    void Cpocon(MatrixTriangleMode triangleMode, int n, ProviderArray<const SingleComplex> a, int aOffset, int lda,
+                float aNorm, float& rcond, int& info) final;
+    void Cunmqr(MatrixOperationSide side, TransposeOperation trans, int m, int n, int k,
+                ProviderArray<const SingleComplex> a, int aOffset, int lda, ProviderArray<const SingleComplex> tau,
+                int tauOffset, ProviderArray<SingleComplex> c, int cOffset, int ldc, int& info) final;
+    void Cgesdd(char16_t jobz, int m, int n, ProviderArray<SingleComplex> a, int aOffset, int lda,
+                ProviderArray<float> s, ProviderArray<SingleComplex> u, int ldu, ProviderArray<SingleComplex> vt,
+                int ldvt, int& info) final;
     void Clacpy(MatrixTriangleMode triangleMode, int m, int n, ProviderArray<const SingleComplex> a, int aOffset,
                 int lda, ProviderArray<SingleComplex> b, int bOffset, int ldb) final;
 };

@@ -1,9 +1,10 @@
 // SGETRF, CGETRF: the choice of a route.
 #include "lapack/kernel/source/lu/getrf.hpp"
 
-#include "lapack/arguments.hpp"
 #include "lapack/calls/lu.hpp"
 #include "lapack/kernel/source/lu/getrf_route.hpp"
+#include "lapack/routine_name.hpp"
+#include "qrv/service.h"
 #include "service/tuning.hpp"
 
 namespace qrv::lapack {

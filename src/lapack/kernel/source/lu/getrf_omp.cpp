@@ -12,10 +12,10 @@
 // The schedule belongs to the call and is given back on every path out of it.
 #include <algorithm>
 
-#include "lapack/arguments.hpp"
 #include "lapack/calls/lu.hpp"
 #include "lapack/kernel/source/lu/getrf.hpp"
 #include "lapack/kernel/source/lu/getrf_schedule.hpp"
+#include "lapack/routine_name.hpp"
 #include "lapack/task_team.hpp"
 #include "service/tuning.hpp"
 #include "service/work_pool.hpp"

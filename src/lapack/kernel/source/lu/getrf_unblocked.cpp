@@ -7,10 +7,10 @@
 #include <algorithm>
 
 #include "blas/calls.hpp"
-#include "lapack/arguments.hpp"
 #include "lapack/elements.hpp"
 #include "lapack/kernel/source/lu/getrf.hpp"
 #include "lapack/lapack.hpp"
+#include "lapack/routine_name.hpp"
 #include "service/machine_constants.hpp"
 #include "service/reporter.hpp"
 

@@ -9,9 +9,9 @@
 #include <algorithm>
 
 #include "blas/calls.hpp"
-#include "lapack/arguments.hpp"
 #include "lapack/calls/lu.hpp"
 #include "lapack/calls/triangular.hpp"
+#include "lapack/routine_name.hpp"
 #include "service/tuning.hpp"
 
 namespace qrv::lapack {

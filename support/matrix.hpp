@@ -7,7 +7,7 @@
 #include <variant>
 #include <vector>
 
-namespace tools {
+namespace support {
 
 using Corvex::Mathematics::SingleComplex;
 
@@ -45,4 +45,4 @@ inline Matrix<SingleComplex> to_complex(const AnyMatrix& a) {
     return std::get<Matrix<SingleComplex>>(a);
 }
 
-} // namespace tools
+} // namespace support

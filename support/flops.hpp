@@ -4,7 +4,7 @@
 // A complex multiplication is 6 operations, an addition 2. Routines that only move or compare count bytes.
 #pragma once
 
-namespace bench {
+namespace support {
 
 enum class Unit { flop, byte };
 
@@ -68,9 +68,12 @@ constexpr Work triangular_work(double n, double count, bool isComplex) {
 
 // ---- LAPACK ----------------------------------------------------------------------------------------------
 
-// LU of order n: the leading term.
+// LU of order n, and the inverse from it: the leading terms.
 constexpr Work getrf_work(double n, bool isComplex) {
     return multiply_adds(n * n * n / 3, isComplex);
 }
+constexpr Work getri_work(double n, bool isComplex) {
+    return multiply_adds(2 * n * n * n / 3, isComplex);
+}
 
-} // namespace bench
+} // namespace support

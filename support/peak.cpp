@@ -5,7 +5,7 @@
 #include <thread>
 #include <utility>
 
-namespace bench {
+namespace support {
 namespace {
 
 constexpr int steps = 2'000'000; // several milliseconds: starting a thread does not count beside them
@@ -73,4 +73,4 @@ std::vector<Peak> machine_peaks() {
     return peaks;
 }
 
-} // namespace bench
+} // namespace support

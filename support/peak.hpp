@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace bench {
+namespace support {
 
 // One loop. run(threads) executes it once on each of `threads` threads at a time; flops is the work of one thread.
 struct Peak {
@@ -16,4 +16,4 @@ struct Peak {
 // Narrowest first; only the ones that this processor has.
 std::vector<Peak> machine_peaks();
 
-} // namespace bench
+} // namespace support

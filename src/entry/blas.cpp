@@ -1,0 +1,36 @@
+// The entries of BLAS, from their rows.
+#include "blas/native.hpp"
+#include "entry/checks.hpp"
+
+namespace qrv::blas {
+
+using namespace entry;
+
+extern "C" {
+
+#define GUARDED(NAME, PARAMETERS, CHECKS, ...)                                                                         \
+    QRV_API int QRV_MEMBER(NAME) PARAMETERS {                                                                          \
+        if (!Guard{QRV_MEMBER_TEXT(NAME)} CHECKS)                                                                      \
+            return 1;                                                                                                  \
+        __VA_ARGS__;                                                                                                   \
+        return 0;                                                                                                      \
+    }
+#define DIRECT_NAMED(Result, FULL_NAME, PARAMETERS, ...)                                                               \
+    QRV_API Result FULL_NAME PARAMETERS {                                                                              \
+        __VA_ARGS__;                                                                                                   \
+    }
+#define DIRECT(Result, NAME, PARAMETERS, ...) DIRECT_NAMED(Result, QRV_MEMBER(NAME), PARAMETERS, __VA_ARGS__)
+#define QRV_ROUTINES "routines/blas.def"
+
+namespace real_members {
+using T = float;
+#include "routines/real_members.def"
+} // namespace real_members
+
+namespace complex_members {
+using T = SingleComplex;
+#include "routines/complex_members.def"
+} // namespace complex_members
+
+} // extern "C"
+} // namespace qrv::blas
