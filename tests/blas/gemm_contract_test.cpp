@@ -62,8 +62,13 @@ TYPED_TEST(GemmContract, BlockEdges) {
                          150, 151, 152, 153, 191, 192, 193, 239, 240, 241, 254, 255, 256, 257, 258, 287,
                          288, 289, 300, 384, 385, 479, 480, 481, 510, 511, 512, 513, 514, 520, 546};
     for (const int edge : edges)
-        for (const auto& [m, n, k] : {Size{edge, 21, 27}, {edge, 61, 83}, {22, edge, 19}, {25, edge, 133},
-                                      {14, 15, edge}, {49, 13, edge}, {29, 71, edge}})
+        for (const auto& [m, n, k] : {Size{edge, 21, 27},
+                                      {edge, 61, 83},
+                                      {22, edge, 19},
+                                      {25, edge, 133},
+                                      {14, 15, edge},
+                                      {49, 13, edge},
+                                      {29, 71, edge}})
             this->check_some(4, m, n, k, true);
     for (const int edge : {31, 32, 33, 63, 64, 65, 129, 151})
         for (const int depth : {edge, 257})

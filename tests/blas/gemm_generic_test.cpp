@@ -36,7 +36,8 @@ TYPED_TEST(GemmGeneric, RoundsOncePerBlockOfK) {
             int k = 0;
             for (const int size : sizes)
                 k += size;
-            const GemmCase<T> x({.transb = transb, .m = 25, .n = 3, .k = k, .alpha = 0.7F}); // tiles, a shorter one, a single row
+            const GemmCase<T> x(
+                {.transb = transb, .m = 25, .n = 3, .k = k, .alpha = 0.7F}); // tiles, a shorter one, a single row
             Operand<T> expected = x.before;
             int l = 0;
             for (const int size : sizes) {

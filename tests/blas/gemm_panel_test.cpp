@@ -71,8 +71,8 @@ TYPED_TEST(GemmPanel, StaysInsideItsWorkMemory) {
         for (std::size_t start = 0; start < 64 / sizeof(float); start += sizeof(T) / sizeof(float))
             for (const int n : {nb, nb + 1}) {
                 const char transb = start % 4 == 0 ? 'N' : start % 8 == 2 ? 'C' : 'T';
-                const GemmCase<T> x({.transb = transb, .m = 520, .n = n, .k = 8 + static_cast<int>(start) % 3 * 64,
-                                     .beta = 0.5F});
+                const GemmCase<T> x(
+                    {.transb = transb, .m = 520, .n = n, .k = 8 + static_cast<int>(start) % 3 * 64, .beta = 0.5F});
                 // The same position against the page in front and, up to the rest of a 64-byte line, the one behind.
                 const std::size_t count = panel::panel_work_bytes<T>(nb) / sizeof(float);
                 GuardPageArray front(count + start, true), behind(count + (16 - start) % 16);

@@ -99,14 +99,13 @@ TYPED_TEST(GemmPlans, BuffersOfEachSet) {
     using T = TypeParam;
     const int m = 30, n = 9, k = 21; // smaller than the blocks in some directions, larger in others
     constexpr std::pair<BufferSet, std::string_view> sets[] = {
-        {BufferSet::aSliverB, "asb"}, {BufferSet::a, "a"},        {BufferSet::b, "b"},          {BufferSet::aB, "ab"},
+        {BufferSet::aSliverB, "asb"}, {BufferSet::a, "a"},        {BufferSet::b, "b"},     {BufferSet::aB, "ab"},
         {BufferSet::sliverB, "sb"},   {BufferSet::aSliver, "as"}, {BufferSet::sliver, "s"}};
     for (const PlanBuild<T>& build : plan_builds<T>())
         for (const auto& [set, order] : sets)
-            for (const auto& [clip, mb, nb, kb, mm, nn, kk] :
-                 {std::tuple{BlockClip::toProblem, 64, 40, 128, m, n, k},
-                  {BlockClip::toProblem, 22, 6, 10, 22, 6, 10},
-                  {BlockClip::none, 62, 41, 127, 62, 41, 127}}) {
+            for (const auto& [clip, mb, nb, kb, mm, nn, kk] : {std::tuple{BlockClip::toProblem, 64, 40, 128, m, n, k},
+                                                               {BlockClip::toProblem, 22, 6, 10, 22, 6, 10},
+                                                               {BlockClip::none, 62, 41, 127, 62, 41, 127}}) {
                 GemmPlan<T> plan = build.loaded();
                 plan.mb = mb, plan.nb = nb, plan.kb = kb;
                 ASSERT_EQ(plan.bufferSizes(set, clip, &m, &n, &k, &plan), 0);
@@ -116,7 +115,9 @@ TYPED_TEST(GemmPlans, BuffersOfEachSet) {
                 EXPECT_EQ(result, set == BufferSet::aB) << "these are sized only";
                 const char* from = static_cast<const char*>(block);
                 for (const char which : order) {
-                    const GemmBuffer<T>& buffer = which == 'a' ? plan.aBuffer : which == 'b' ? plan.bBuffer : plan.sliver;
+                    const GemmBuffer<T>& buffer = which == 'a'   ? plan.aBuffer
+                                                  : which == 'b' ? plan.bBuffer
+                                                                 : plan.sliver;
                     const int width = which == 'a' ? plan.mUnit : plan.nUnit;
                     const int lanes = which == 'a' ? fill_up(mm, width) : fill_up(nn, width);
                     const int elements = which == 's' ? kp * width * plan.smallFactor : lanes * kp;
@@ -245,7 +246,8 @@ void check_core(const PlanBuild<T>& build, GemmMode mode, const Shape& p, const 
 template <class T, class Body>
 void each_mode(const Body& body) {
     for (const PlanBuild<T>& build : plan_builds<T>())
-        for (const GemmMode mode : {selfPacking[0], selfPacking[1], selfPacking[2], given[0], given[1], given[2], given[3]})
+        for (const GemmMode mode :
+             {selfPacking[0], selfPacking[1], selfPacking[2], given[0], given[1], given[2], given[3]})
             for (const Shape& p : every_option<T>({What::product}))
                 body(build, mode, p);
 }

@@ -7,7 +7,8 @@ namespace {
 constexpr double eps = std::numeric_limits<float>::epsilon();
 constexpr float tiny = std::numeric_limits<float>::denorm_min(), largest = std::numeric_limits<float>::max();
 
-// ---- Of one vector ---------------------------------------------------------------------------------------------------
+// ---- Of one vector
+// ---------------------------------------------------------------------------------------------------
 
 template <class T>
 struct Norms {
@@ -93,8 +94,8 @@ TYPED_TEST(Level1, Increments) {
                     this->check({.n = n, .incx = incx, .incy = incy, .startx = 1, .starty = n % 4});
 }
 
-// A page at either end of one operand, or a heap block of its exact size; where that one begins follows from its length,
-// the other one begins anywhere.
+// A page at either end of one operand, or a heap block of its exact size; where that one begins follows from its
+// length, the other one begins anywhere.
 TYPED_TEST(Level1, TouchesNothingBeyondItsOperands) {
     for (Guard guard : {Guard::pageBehind, Guard::pageInFront, Guard::heap}) {
         for (int n = 0; n < 150; n += n == 34 ? 30 : n == 84 ? 44 : 1)
@@ -134,8 +135,7 @@ TYPED_TEST(Level1, AcceptsAnyAddress) {
                 const auto run = [&](const VectorCall<T>& v) {
                     std::memcpy(x, v.x, n * sizeof(T));
                     std::memcpy(y, v.y, n * sizeof(T));
-                    const T result =
-                        routine.kernel(build, {n, reinterpret_cast<T*>(x), 1, reinterpret_cast<T*>(y), 1});
+                    const T result = routine.kernel(build, {n, reinterpret_cast<T*>(x), 1, reinterpret_cast<T*>(y), 1});
                     std::memcpy(v.x, x, n * sizeof(T));
                     std::memcpy(v.y, y, n * sizeof(T));
                     return result;
@@ -216,8 +216,11 @@ TYPED_TEST(Level1, NanAndInfinityComeThrough) {
         for (int inc : {1, 2})
             for (int n : {1, 2, 7, 40, 300})
                 for (int at : {0, n / 2, n - 1})
-                    for (const Case& p : {Case{nan, 1, nan}, {-infinity, 0, infinity}, {-infinity, infinity, infinity},
-                                          {nan, infinity, nan}, {largest, largest, infinity}}) {
+                    for (const Case& p : {Case{nan, 1, nan},
+                                          {-infinity, 0, infinity},
+                                          {-infinity, infinity, infinity},
+                                          {nan, infinity, nan},
+                                          {largest, largest, infinity}}) {
                         if (p.special == largest && n == 1)
                             continue;
                         GuardedVector<T> x(n, inc, n % 4);
@@ -247,7 +250,8 @@ TYPED_TEST(Level1, NanHidesWhatStandsBeforeIt) {
                 GuardedVector<T> x(n, inc, round % 4);
                 x.fill([&] { return eighths<T>(random); });
                 for (int k = round % 6; k > 0; --k)
-                    x[static_cast<int>((random() >> 8) % static_cast<unsigned>(n))] = scalar<T>(k == 3 ? infinity : nan);
+                    x[static_cast<int>((random() >> 8) % static_cast<unsigned>(n))] =
+                        scalar<T>(k == 3 ? infinity : nan);
                 if (round % 10 == 9)
                     x[round % 20 == 9 ? 0 : n - 1] = scalar<T>(-nan);
                 check_position(x);

@@ -15,7 +15,8 @@ std::string text(const X& x) {
     return out.str();
 }
 
-// ---- Level 1 ---------------------------------------------------------------------------------------------------------
+// ---- Level 1
+// ---------------------------------------------------------------------------------------------------------
 
 constexpr std::pair<int, int> increments[] = {{1, 1}, {2, 3}, {-1, 1}, {1, -2}, {-3, -1}};
 
@@ -34,9 +35,7 @@ void add_vector_cases(std::vector<TeamCase>& cases, std::initializer_list<int> l
                              },
                              nullptr});
             if (decides)
-                cases.back().threads = [=] {
-                    return vector_threads(*routine.row, p.n, p.incx, p.incy, ThisMachine{});
-                };
+                cases.back().threads = [=] { return vector_threads(*routine.row, p.n, p.incx, p.incy, ThisMachine{}); };
         };
         for (const int n : lengths)
             for (const auto& [incx, incy] : increments)
@@ -56,10 +55,17 @@ std::vector<TeamCase> level1_cases(std::initializer_list<int> lengths, std::init
 }
 
 // The limits of all rows.
-INSTANTIATE_TEST_SUITE_P(Level1, Team, testing::Values(TeamFamily{"level 1",
-    [] { return level1_cases({-3, 0, 1, 7, 8, 63, 100, 1000},
-                             {1, 2000, 2001, 2500, 2501, 3000, 3001, 4000, 4001, 4900, 4901, 5000, 5001, 6001, 20000}); },
-    [] { return level1_cases({100, 1000}, {}); }}));
+INSTANTIATE_TEST_SUITE_P(Level1, Team,
+                         testing::Values(TeamFamily{"level 1",
+                                                    [] {
+                                                        return level1_cases({-3, 0, 1, 7, 8, 63, 100, 1000},
+                                                                            {1, 2000, 2001, 2500, 2501, 3000, 3001,
+                                                                             4000, 4001, 4900, 4901, 5000, 5001, 6001,
+                                                                             20000});
+                                                    },
+                                                    [] {
+                                                        return level1_cases({100, 1000}, {});
+                                                    }}));
 
 // Two partial sums cancel what a third would lose against them in single precision.
 TEST(Level1Team, PartialResultsAreAddedInExtendedPrecision) {
@@ -100,13 +106,16 @@ TEST(Level1Team, PartialResultsOfLargeTeams) {
         }
 }
 
-// ---- Levels 2 and 3 --------------------------------------------------------------------------------------------------
+// ---- Levels 2 and 3
+// --------------------------------------------------------------------------------------------------
 
 template <class T>
 TeamCase case_of(const Routine<T>& routine, const Shape& p, bool decides) {
     const auto problem = std::make_shared<const Problem<T>>(routine.operation, p);
     TeamCase one{text(p) + ' ' + routine.name, [=](int team, bool twice) {
-                     const auto run = [&](const Call<T>& v) { decides ? routine.decided(v) : routine.on_team(&team, v); };
+                     const auto run = [&](const Call<T>& v) {
+                         decides ? routine.decided(v) : routine.on_team(&team, v);
+                     };
                      const Operand<T> c = problem->result(run);
                      return problem->right(c) && (!twice || c.same_bits(problem->result(run)));
                  }};
@@ -144,15 +153,31 @@ std::vector<TeamCase> cases_of_level(bool vectors, Pairs given, Pairs decided, u
     return cases;
 }
 
-INSTANTIATE_TEST_SUITE_P(Level2, Team, testing::Values(TeamFamily{"level 2",
-    [] { return cases_of_level(true, {{3, 33}, {100, 129}, {1, 1}, {40, 7}, {700, 300}, {9, 1030}},
-                               {{0, 500}, {500, 0}, {1, 1}, {127, 127}, {300, 255}, {60, 300}, {20, 1600}}, 2); },
-    [] { return cases_of_level(true, {{100, 129}, {40, 60}}, {}, 3); }}));
-INSTANTIATE_TEST_SUITE_P(Level3, Team, testing::Values(TeamFamily{"level 3",
-    [] { return cases_of_level(false, {}, {{0, 9}, {9, 0}, {16, 16}, {16, 17}, {17, 16}, {5, 100}, {3, 70}, {130, 129}}, 2); },
-    [] { return cases_of_level(false, {}, {{9, 40}, {40, 9}, {40, 70}}, 4); }}));
+INSTANTIATE_TEST_SUITE_P(Level2, Team,
+                         testing::Values(TeamFamily{
+                             "level 2",
+                             [] {
+                                 return cases_of_level(
+                                     true, {{3, 33}, {100, 129}, {1, 1}, {40, 7}, {700, 300}, {9, 1030}},
+                                     {{0, 500}, {500, 0}, {1, 1}, {127, 127}, {300, 255}, {60, 300}, {20, 1600}}, 2);
+                             },
+                             [] {
+                                 return cases_of_level(true, {{100, 129}, {40, 60}}, {}, 3);
+                             }}));
+INSTANTIATE_TEST_SUITE_P(Level3, Team,
+                         testing::Values(TeamFamily{
+                             "level 3",
+                             [] {
+                                 return cases_of_level(
+                                     false, {},
+                                     {{0, 9}, {9, 0}, {16, 16}, {16, 17}, {17, 16}, {5, 100}, {3, 70}, {130, 129}}, 2);
+                             },
+                             [] {
+                                 return cases_of_level(false, {}, {{9, 40}, {40, 9}, {40, 70}}, 4);
+                             }}));
 
-// ---- GEMM ------------------------------------------------------------------------------------------------------------
+// ---- GEMM
+// ------------------------------------------------------------------------------------------------------------
 
 template <class T>
 GemmCall<T> problem_of(const Call<T>& v) {
@@ -180,9 +205,9 @@ constexpr GemmSize small[] = {{100, 100, 100}, {90, 10, 100}, {17, 5, 40}, {40, 
 // With a plan, in the classes that scale first: plain rows, columns, and rows with shared copies of A; blocks of
 // all sizes, k in several blocks and not a multiple of a unit, fewer rows than threads have panels; nothing to
 // multiply.
-constexpr GemmSize large[] = {{530, 30, 258},  {90, 130, 71}, {120, 120, 131}, {121, 121, 613}, {131, 131, 71},
-                              {11, 11, 700},   {3001, 9, 21}, {7, 3, 8001},    {1, 300, 300},   {300, 1, 300},
-                              {101, 17, 3},    {150, 150, 260}, {150, 120, 0}, {130, 900, 5}};
+constexpr GemmSize large[] = {{530, 30, 258}, {90, 130, 71},   {120, 120, 131}, {121, 121, 613}, {131, 131, 71},
+                              {11, 11, 700},  {3001, 9, 21},   {7, 3, 8001},    {1, 300, 300},   {300, 1, 300},
+                              {101, 17, 3},   {150, 150, 260}, {150, 120, 0},   {130, 900, 5}};
 
 template <class T>
 using Way = std::function<void(int team, const Call<T>& v)>;
@@ -239,8 +264,13 @@ std::vector<TeamCase> gemm_cases(std::initializer_list<GemmSize> few) {
     add_gemm_cases<SingleComplex>(cases, few);
     return cases;
 }
-INSTANTIATE_TEST_SUITE_P(Gemm, Team, testing::Values(TeamFamily{"gemm", [] { return gemm_cases({}); },
-    [] { return gemm_cases({{130, 30, 40}, {30, 130, 40}, {40, 40, 300}, {600, 5, 5}, {120, 120, 131}}); }}));
+INSTANTIATE_TEST_SUITE_P(
+    Gemm, Team,
+    testing::Values(TeamFamily{
+        "gemm", [] { return gemm_cases({}); },
+        [] {
+            return gemm_cases({{130, 30, 40}, {30, 130, 40}, {40, 40, 300}, {600, 5, 5}, {120, 120, 131}});
+        }}));
 
 template <class T>
 class GemmTeam : public testing::Test {

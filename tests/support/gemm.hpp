@@ -154,14 +154,15 @@ QRV_GEMM_SUBJECTS(float, sgemm)
 QRV_GEMM_SUBJECTS(SingleComplex, cgemm)
 #undef QRV_GEMM_SUBJECTS
 
-// ---- Packed operands --------------------------------------------------------------------------------------------------
+// ---- Packed operands
+// --------------------------------------------------------------------------------------------------
 
 constexpr int fill_up(int x, int unit) {
     return (x + unit - 1) / unit * unit;
 }
 
-// A packed operand: panels of `unit` lanes, rows of op(A) or columns of op(B), with a gap behind each, in memory up to a
-// guarded page at most 63 bytes behind it. All of it is NaN before.
+// A packed operand: panels of `unit` lanes, rows of op(A) or columns of op(B), with a gap behind each, in memory up to
+// a guarded page at most 63 bytes behind it. All of it is NaN before.
 template <class T>
 class Packed {
 public:

@@ -100,7 +100,8 @@ T eighths(Random& random) {
 }
 template <class T, class Random>
 T any_size_one(Random& random) {
-    return element<T>([&] { return static_cast<float>(static_cast<int>(random() % (1U << 25)) - (1 << 24)) * 0x1p-24F; });
+    return element<T>(
+        [&] { return static_cast<float>(static_cast<int>(random() % (1U << 25)) - (1 << 24)) * 0x1p-24F; });
 }
 
 // ---- Memory ---------------------------------------------------------------------------------------------------------
@@ -149,10 +150,10 @@ struct Form {
 
     int rows = 0, columns = 0;
     Kind kind = general;
-    char uplo = 'A', diag = 'N';   // one triangle, without its diagonal if that is all ones
-    bool banded = false;           // in band storage,
-    int below = 0, above = 0;      // with so many diagonals on either side of the main one
-    int inc = 1;                   // of a vector, which is one column
+    char uplo = 'A', diag = 'N'; // one triangle, without its diagonal if that is all ones
+    bool banded = false;         // in band storage,
+    int below = 0, above = 0;    // with so many diagonals on either side of the main one
+    int inc = 1;                 // of a vector, which is one column
 
     bool unit() const { return diag == 'U' || diag == 'u'; }
     // Rows of column j that are stored: [first, second).

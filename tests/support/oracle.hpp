@@ -35,9 +35,9 @@ struct WideMatrix {
     explicit WideMatrix(const Operand<T>& x, char option = 'N')
         : WideMatrix(is_transposed(option) ? x.columns() : x.rows(), is_transposed(option) ? x.rows() : x.columns(),
                      [&](int i, int j) {
-                         return !is_transposed(option)             ? x.entry(i, j)
+                         return !is_transposed(option)           ? x.entry(i, j)
                                 : option == 'C' || option == 'c' ? conjugate(x.entry(j, i))
-                                                                   : x.entry(j, i);
+                                                                 : x.entry(j, i);
                      }) {}
     std::size_t at(int i, int j) const { return std::size_t(i) + std::size_t(rows) * std::size_t(j); }
 };
@@ -48,8 +48,8 @@ struct Expected {
     WideMatrix<T> values;
     std::vector<double> allowed;
 
-    // The largest error of a stored element in units of what is allowed: good up to 1. NaN if a part is finite and should
-    // not be, or the other way round.
+    // The largest error of a stored element in units of what is allowed: good up to 1. NaN if a part is finite and
+    // should not be, or the other way round.
     double error(const Operand<T>& c) const {
         double worst = 0;
         c.each_stored([&](int i, int j) {
@@ -99,7 +99,8 @@ Expected<T> product(Wide<T> alpha, const WideMatrix<T>& a, const WideMatrix<T>& 
             }
         }
         for (std::size_t i = first; i < last; ++i) {
-            const Wide<T> before = beta == 0.0 ? 0 : c.entry(int(i), j), scaled = beta == 1.0 ? before : times(beta, before);
+            const Wide<T> before = beta == 0.0 ? 0 : c.entry(int(i), j),
+                          scaled = beta == 1.0 ? before : times(beta, before);
             sum[i] = (alpha == 0.0 ? 0 : alpha == 1.0 ? sum[i] : times(alpha, sum[i])) + scaled;
             if (c.form().kind == Form::hermitian && int(i) == j)
                 sum[i] = std::real(sum[i]);

@@ -15,9 +15,9 @@ struct Routine {
     const char* name;
     Operation operation;
     void (*kernel)(const VectorBuild& build, const Call<T>& v);
-    void (*decided)(const Call<T>& v) = nullptr;                      // if it has a threaded form
-    int (*threads)(const Call<T>& v) = nullptr;                       // what that decides
-    void (*on_team)(const int* threads, const Call<T>& v) = nullptr;  // if the number can be given
+    void (*decided)(const Call<T>& v) = nullptr;                     // if it has a threaded form
+    int (*threads)(const Call<T>& v) = nullptr;                      // what that decides
+    void (*on_team)(const int* threads, const Call<T>& v) = nullptr; // if the number can be given
 };
 
 inline const float* real_part(const float& x) {
@@ -28,8 +28,7 @@ inline const float* real_part(const SingleComplex& x) {
 }
 
 #define QRV_GEMV_OF(v) &v.trans, &v.m, &v.n, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc
-#define QRV_GBMV_OF(v)                                                                                                    \
-    &v.trans, &v.m, &v.n, &v.k, &v.ku, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc
+#define QRV_GBMV_OF(v) &v.trans, &v.m, &v.n, &v.k, &v.ku, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc
 #define QRV_SYMV_OF(v) &v.uplo, &v.n, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc
 #define QRV_SBMV_OF(v) &v.uplo, &v.n, &v.k, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc
 #define QRV_TRMV_OF(v) &v.uplo, &v.trans, &v.diag, &v.n, v.a, &v.lda, v.c, &v.ldc
@@ -41,18 +40,18 @@ inline const float* real_part(const SingleComplex& x) {
 #define QRV_TRMM_OF(v) &v.side, &v.uplo, &v.trans, &v.diag, &v.m, &v.n, &v.alpha, v.a, &v.lda, v.c, &v.ldc
 #define QRV_SYRK_OF(v) &v.uplo, &v.trans, &v.n, &v.k, &v.alpha, v.a, &v.lda, &v.beta, v.c, &v.ldc
 #define QRV_SYR2K_OF(v) &v.uplo, &v.trans, &v.n, &v.k, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc
-#define QRV_HERK_OF(v)                                                                                                    \
-    &v.uplo, &v.trans, &v.n, &v.k, real_part(v.alpha), v.a, &v.lda, real_part(v.beta), v.c, &v.ldc
-#define QRV_HER2K_OF(v)                                                                                                   \
+#define QRV_HERK_OF(v) &v.uplo, &v.trans, &v.n, &v.k, real_part(v.alpha), v.a, &v.lda, real_part(v.beta), v.c, &v.ldc
+#define QRV_HER2K_OF(v)                                                                                                \
     &v.uplo, &v.trans, &v.n, &v.k, &v.alpha, v.a, &v.lda, v.b, &v.ldb, real_part(v.beta), v.c, &v.ldc
 
-#define QRV_SERIAL(name, arguments) [](const VectorBuild& build, const auto& v) { build.blas_##name##_kernel(arguments(v)); }
+#define QRV_SERIAL(name, arguments)                                                                                    \
+    [](const VectorBuild& build, const auto& v) { build.blas_##name##_kernel(arguments(v)); }
 #define QRV_DECIDED(name, arguments, threads)                                                                          \
-    QRV_SERIAL(name, arguments), [](const auto& v) { qrv_blas_##name(arguments(v)); }, [](const auto& v) { return threads; }
+    QRV_SERIAL(name, arguments), [](const auto& v) { qrv_blas_##name(arguments(v)); },                                 \
+        [](const auto& v) { return threads; }
 #define QRV_ON_TEAM(name, arguments, threads)                                                                          \
-    QRV_DECIDED(name, arguments, threads), [](const int* team, const auto& v) {                                        \
-        qrv_blas_##name##_omp(team, arguments(v));                                                                        \
-    }
+    QRV_DECIDED(name, arguments, threads),                                                                             \
+        [](const int* team, const auto& v) { qrv_blas_##name##_omp(team, arguments(v)); }
 #define QRV_SLICED sliced_threads(v.m, v.n, ThisMachine{})
 #define QRV_BLOCKED update_threads(v.n, ThisMachine{})
 
@@ -64,11 +63,15 @@ inline const std::vector<Routine<float>>& routines<float>() {
     using enum What;
     using enum Form::Kind;
     static const std::vector<Routine<float>> list = {
-        {"sgemv", {product, general, true}, QRV_ON_TEAM(sgemv, QRV_GEMV_OF, gemv_threads(sgemvRule, op_of(v.trans), v.m, v.n, ThisMachine{}))},
+        {"sgemv",
+         {product, general, true},
+         QRV_ON_TEAM(sgemv, QRV_GEMV_OF, gemv_threads(sgemvRule, op_of(v.trans), v.m, v.n, ThisMachine{}))},
         {"sgbmv", {product, general, true, true}, QRV_SERIAL(sgbmv, QRV_GBMV_OF)},
         {"ssymv", {product, symmetric, true}, QRV_ON_TEAM(ssymv, QRV_SYMV_OF, symv_threads(ssymvRule, v.n, ThisMachine{}))},
         {"ssbmv", {product, symmetric, true, true}, QRV_SERIAL(ssbmv, QRV_SBMV_OF)},
-        {"strmv", {inPlace, triangular, true}, QRV_ON_TEAM(strmv, QRV_TRMV_OF, trmv_threads(strmvRule, v.n, ThisMachine{}))},
+        {"strmv",
+         {inPlace, triangular, true},
+         QRV_ON_TEAM(strmv, QRV_TRMV_OF, trmv_threads(strmvRule, v.n, ThisMachine{}))},
         {"stbmv", {inPlace, triangular, true, true}, QRV_SERIAL(stbmv, QRV_TBMV_OF)},
         {"strsv", {solve, triangular, true}, QRV_SERIAL(strsv, QRV_TRMV_OF)},
         {"stbsv", {solve, triangular, true, true}, QRV_SERIAL(stbsv, QRV_TBMV_OF)},
@@ -89,9 +92,13 @@ inline const std::vector<Routine<SingleComplex>>& routines<SingleComplex>() {
     using enum What;
     using enum Form::Kind;
     static const std::vector<Routine<SingleComplex>> list = {
-        {"cgemv", {product, general, true}, QRV_ON_TEAM(cgemv, QRV_GEMV_OF, gemv_threads(cgemvRule, op_of(v.trans), v.m, v.n, ThisMachine{}))},
+        {"cgemv",
+         {product, general, true},
+         QRV_ON_TEAM(cgemv, QRV_GEMV_OF, gemv_threads(cgemvRule, op_of(v.trans), v.m, v.n, ThisMachine{}))},
         {"chemv", {product, hermitian, true}, QRV_SERIAL(chemv, QRV_SYMV_OF)},
-        {"ctrmv", {inPlace, triangular, true}, QRV_ON_TEAM(ctrmv, QRV_TRMV_OF, trmv_threads(ctrmvRule, v.n, ThisMachine{}))},
+        {"ctrmv",
+         {inPlace, triangular, true},
+         QRV_ON_TEAM(ctrmv, QRV_TRMV_OF, trmv_threads(ctrmvRule, v.n, ThisMachine{}))},
         {"ctrsv", {solve, triangular, true}, QRV_SERIAL(ctrsv, QRV_TRMV_OF)},
         {"cgeru", {update, general, true}, QRV_SERIAL(cgeru, QRV_GER_OF)},
         {"cgerc", {update, general, true, false, true}, QRV_SERIAL(cgerc, QRV_GER_OF)},
