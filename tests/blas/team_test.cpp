@@ -192,8 +192,7 @@ void driver(const Call<T>& v) {
 }
 
 // Facts of a machine of each class; the build stays the one of this run. For complex operands all classes are one.
-constexpr GemmFacts machines[] = {
-    {66, 1 << 18}, {0, -1}, {32, 1 << 20}, {33, 6 << 20}, {33, 1 << 20}};
+constexpr GemmFacts machines[] = {{66, 1 << 18}, {0, -1}, {32, 1 << 20}, {33, 6 << 20}, {33, 1 << 20}};
 
 struct GemmSize {
     int m, n, k;

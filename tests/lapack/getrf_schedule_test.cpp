@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "qrv/native.h"
 #include "lapack/kernel/source/lu/getrf_schedule.hpp"
+#include "qrv/native.h"
 #include "service/tuning.hpp"
 
 namespace qrv::test {

@@ -2,9 +2,9 @@
 // getrf_team_test.cpp.
 #include <gmock/gmock.h>
 
-#include "qrv/native.h"
 #include "lapack/kernel/source/lu/getrf_lookahead.hpp"
 #include "lapack/kernel/source/lu/getrf_route.hpp"
+#include "qrv/native.h"
 #include "qrv/service.h"
 #include "support/lu_case.hpp"
 #include "support/matrix_market.hpp"
