@@ -23,7 +23,9 @@
 #define QRV_NATIVE_H
 
 #include "native/auxiliary.h"
+#include "native/band.h"
 #include "native/blas.h"
+#include "native/cholesky.h"
 #include "native/common.h"
 #include "native/lu.h"
 #include "native/triangular.h"

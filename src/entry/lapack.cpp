@@ -1,6 +1,8 @@
 // The entries of LAPACK and the routines that they frame, from their rows.
 #include "lapack/lapack.hpp"
 #include "entry/checks.hpp"
+#include "lapack/calls/band.hpp"
+#include "lapack/calls/cholesky.hpp"
 #include "lapack/calls/lu.hpp"
 #include "lapack/calls/norms.hpp"
 #include "lapack/calls/triangular.hpp"

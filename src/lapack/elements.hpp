@@ -20,4 +20,19 @@ inline float modulus(SingleComplex x) {
     return static_cast<float>(std::sqrt(double{x.re} * x.re + double{x.im} * x.im));
 }
 
+constexpr float real_part(float x) {
+    return x;
+}
+constexpr float real_part(SingleComplex x) {
+    return x.re;
+}
+
+// x := conj(x)
+template <class T>
+void conjugate([[maybe_unused]] int n, [[maybe_unused]] Vector<T> x) {
+    if constexpr (isComplex<T>)
+        for (int i = 0; i < n; ++i)
+            x[i].im = -x[i].im;
+}
+
 } // namespace qrv::lapack

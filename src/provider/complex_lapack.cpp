@@ -58,24 +58,24 @@ void NativeComplexLapack::Ctrcon(MatrixNorm norm, MatrixTriangleMode triangleMod
 
 void NativeComplexLapack::Cpotrf(MatrixTriangleMode triangleMode, int n, ProviderArray<SingleComplex> a, int aOffset,
                                  int lda, int& info) {
-    pending("CPOTRF", triangleMode, n, At(a, aOffset), lda, Info(info));
+    call(CPOTRF, triangleMode, n, At(a, aOffset), lda, Info(info));
 }
 
 void NativeComplexLapack::Cpotri(MatrixTriangleMode triangleMode, int n, ProviderArray<SingleComplex> a, int aOffset,
                                  int lda, int& info) {
-    pending("CPOTRI", triangleMode, n, At(a, aOffset), lda, Info(info));
+    call(CPOTRI, triangleMode, n, At(a, aOffset), lda, Info(info));
 }
 
 void NativeComplexLapack::Cpotrs(MatrixTriangleMode triangleMode, int n, int nrhs, ProviderArray<const SingleComplex> a,
                                  int aOffset, int lda, ProviderArray<SingleComplex> b, int bOffset, int ldb,
                                  int& info) {
-    pending("CPOTRS", triangleMode, n, nrhs, At(a, aOffset), lda, At(b, bOffset), ldb, Info(info));
+    call(CPOTRS, triangleMode, n, nrhs, At(a, aOffset), lda, At(b, bOffset), ldb, Info(info));
 }
 
 void NativeComplexLapack::Cpocon(MatrixTriangleMode triangleMode, int n, ProviderArray<const SingleComplex> a,
                                  int aOffset, int lda, float aNorm, float& rcond, int& info) {
-    pending("CPOCON", triangleMode, n, At(a, aOffset), lda, aNorm, Result(rcond), Work<qrv_complex>(2, n),
-            Work<float>(n), Info(info));
+    call(CPOCON, triangleMode, n, At(a, aOffset), lda, aNorm, Result(rcond), Work<qrv_complex>(2, n), Work<float>(n),
+         Info(info));
 }
 
 void NativeComplexLapack::Cunmqr(MatrixOperationSide side, TransposeOperation trans, int m, int n, int k,

@@ -81,64 +81,63 @@ float ParallelX86SingleLapack::Slantr(MatrixNorm norm, MatrixTriangleMode triang
 
 void ParallelX86SingleLapack::Spotrf(MatrixTriangleMode triangleMode, int n, ProviderArray<float> a, int aOffset,
                                      int lda, int& info) {
-    pending("SPOTRF", triangleMode, n, At(a, aOffset), lda, Info(info));
+    call(SPOTRF, triangleMode, n, At(a, aOffset), lda, Info(info));
 }
 
 void ParallelX86SingleLapack::Spotri(MatrixTriangleMode triangleMode, int n, ProviderArray<float> a, int aOffset,
                                      int lda, int& info) {
-    pending("SPOTRI", triangleMode, n, At(a, aOffset), lda, Info(info));
+    call(SPOTRI, triangleMode, n, At(a, aOffset), lda, Info(info));
 }
 
 void ParallelX86SingleLapack::Spotrs(MatrixTriangleMode triangleMode, int n, int nrhs, ProviderArray<const float> a,
                                      int aOffset, int lda, ProviderArray<float> b, int bOffset, int ldb, int& info) {
-    pending("SPOTRS", triangleMode, n, nrhs, At(a, aOffset), lda, At(b, bOffset), ldb, Info(info));
+    call(SPOTRS, triangleMode, n, nrhs, At(a, aOffset), lda, At(b, bOffset), ldb, Info(info));
 }
 
 void ParallelX86SingleLapack::Spocon(MatrixTriangleMode triangleMode, int n, ProviderArray<const float> a, int aOffset,
                                      int lda, float aNorm, float& rcond, int& info) {
-    pending("SPOCON", triangleMode, n, At(a, aOffset), lda, aNorm, Result(rcond), Work<float>(3, n), Work<int>(n),
-            Info(info));
+    call(SPOCON, triangleMode, n, At(a, aOffset), lda, aNorm, Result(rcond), Work<float>(3, n), Work<int>(n),
+         Info(info));
 }
 
 void ParallelX86SingleLapack::Sgbtrf(int m, int n, int kl, int ku, ProviderArray<float> a, int aOffset, int lda,
                                      ProviderArray<int> ipiv, int& info) {
-    pending("SGBTRF", m, n, kl, ku, At(a, aOffset), lda, ipiv, Info(info));
+    call(SGBTRF, m, n, kl, ku, At(a, aOffset), lda, ipiv, Info(info));
 }
 
 void ParallelX86SingleLapack::Sgbtrs(TransposeOperation trans, int n, int kl, int ku, int nrhs,
                                      ProviderArray<const float> a, int aOffset, int lda, ProviderArray<const int> ipiv,
                                      ProviderArray<float> b, int bOffset, int ldb, int& info) {
-    pending("SGBTRS", rule_c(trans), n, kl, ku, nrhs, At(a, aOffset), lda, ipiv, At(b, bOffset), ldb, Info(info));
+    call(SGBTRS, rule_c(trans), n, kl, ku, nrhs, At(a, aOffset), lda, ipiv, At(b, bOffset), ldb, Info(info));
 }
 
 void ParallelX86SingleLapack::Sgbcon(MatrixNorm norm, int n, int kl, int ku, ProviderArray<const float> a, int aOffset,
                                      int lda, ProviderArray<const int> ipiv, float aNorm, float& rcond, int& info) {
-    pending("SGBCON", norm, n, kl, ku, At(a, aOffset), lda, ipiv, aNorm, Result(rcond), Work<float>(4, n), Work<int>(n),
-            Info(info));
+    call(SGBCON, norm, n, kl, ku, At(a, aOffset), lda, ipiv, aNorm, Result(rcond), Work<float>(4, n), Work<int>(n),
+         Info(info));
 }
 
 void ParallelX86SingleLapack::Stbtrs(MatrixTriangleMode triangleMode, TransposeOperation trans, MatrixDiagonalMode diag,
                                      int n, int kd, int nrhs, ProviderArray<const float> a, int aOffset, int lda,
                                      ProviderArray<float> b, int bOffset, int ldb, int& info) {
-    pending("STBTRS", triangleMode, rule_c(trans), diag, n, kd, nrhs, At(a, aOffset), lda, At(b, bOffset), ldb,
-            Info(info));
+    call(STBTRS, triangleMode, rule_c(trans), diag, n, kd, nrhs, At(a, aOffset), lda, At(b, bOffset), ldb, Info(info));
 }
 
 void ParallelX86SingleLapack::Spbtrf(MatrixTriangleMode triangleMode, int n, int k, ProviderArray<float> a, int aOffset,
                                      int lda, int& info) {
-    pending("SPBTRF", triangleMode, n, k, At(a, aOffset), lda, Info(info));
+    call(SPBTRF, triangleMode, n, k, At(a, aOffset), lda, Info(info));
 }
 
 void ParallelX86SingleLapack::Spbtrs(MatrixTriangleMode triangleMode, int n, int k, int nrhs,
                                      ProviderArray<const float> a, int aOffset, int lda, ProviderArray<float> b,
                                      int bOffset, int ldb, int& info) {
-    pending("SPBTRS", triangleMode, n, k, nrhs, At(a, aOffset), lda, At(b, bOffset), ldb, Info(info));
+    call(SPBTRS, triangleMode, n, k, nrhs, At(a, aOffset), lda, At(b, bOffset), ldb, Info(info));
 }
 
 void ParallelX86SingleLapack::Spbcon(MatrixTriangleMode triangleMode, int n, int k, ProviderArray<const float> a,
                                      int aOffset, int lda, float aNorm, float& rcond, int& info) {
-    pending("SPBCON", triangleMode, n, k, At(a, aOffset), lda, aNorm, Result(rcond), Work<float>(3, n), Work<int>(n),
-            Info(info));
+    call(SPBCON, triangleMode, n, k, At(a, aOffset), lda, aNorm, Result(rcond), Work<float>(3, n), Work<int>(n),
+         Info(info));
 }
 
 void ParallelX86SingleLapack::Sgesdd(char16_t jobz, int m, int n, ProviderArray<float> a, int aOffset, int lda,

@@ -1,5 +1,7 @@
 // Bad arguments of the routines of LAPACK, and the lengths of their work arrays.
 #include "entry/checks.hpp"
+#include "lapack/calls/band.hpp"
+#include "lapack/calls/cholesky.hpp"
 #include "lapack/calls/lu.hpp"
 #include "lapack/calls/norms.hpp"
 #include "lapack/calls/triangular.hpp"
@@ -39,6 +41,44 @@ const ArgumentRow rows[] = {
      {"U N N N 3 . 3 . . .", "l t u y 0 . 1 . . .", "L C N Y 2 . 2 . . ."},
      "1=X 2=X 3=X 4=X 5=-1 7=2",
      {{"5=0 7=0", 7}}},
+    {"SPOTRF CPOTRF SPOTF2 CPOTF2 SPOTRI CPOTRI SLAUUM CLAUUM SLAUU2 CLAUU2",
+     {"U 1 . 3", "l 0 . 1", "L 1 . 1"},
+     "1=X 1=~ 2=-1 4=0",
+     {{"2=3 4=2", 4}, {"2=0 4=0", 4}}},
+    {"SPOTRS CPOTRS",
+     {"U 3 2 . 3 . 3", "l 0 2 . 1 . 1", "L 3 0 . 3 . 3"},
+     "1=X 2=-1 3=-1 5=2 7=2",
+     {{"2=0 5=0", 5}, {"2=0 7=0", 7}}},
+    {"SPOCON CPOCON",
+     {"U 3 . 3 1.5 . . .", "l 0 . 1 0 . . .", "L 1 . 1 nan . . ."},
+     "1=X 2=-1 4=2 5=-1e-30",
+     {{"2=0 4=0", 4}}},
+    {"SGBTRF SGBTF2",
+     {"4 5 2 1 . 6 .", "0 5 2 1 . 6 .", "4 0 0 0 . 1 ."},
+     "1=-1 2=-1 3=-1 4=-1 6=5",
+     {{"3=0 4=0 6=0", 6}}},
+    {"SGBTRS",
+     {"N 4 2 1 2 . 6 . . 4", "c 0 2 1 2 . 6 . . 1", "T 4 0 0 0 . 1 . . 4"},
+     "1=X 2=-1 3=-1 4=-1 5=-1 7=5 10=3",
+     {{"2=0 10=0", 10}}},
+    {"SGBCON",
+     {"1 4 2 1 . 6 . 1.5 . . .", "o 0 2 1 . 6 . 0 . . .", "I 1 0 0 . 1 . nan . . ."},
+     "1=F 2=-1 3=-1 4=-1 6=5 8=-1",
+     {}},
+    {"SPBTRF SPBTF2", {"U 1 2 . 3", "l 0 2 . 3", "L 1 0 . 1"}, "1=X 2=-1 3=-1 5=2", {}},
+    {"SPBTRS",
+     {"U 4 2 2 . 3 . 4", "l 0 2 2 . 3 . 1", "L 4 0 0 . 1 . 4"},
+     "1=X 2=-1 3=-1 4=-1 6=2 8=3",
+     {{"2=0 8=0", 8}}},
+    {"SPBCON", {"U 4 2 . 3 1.5 . . .", "l 0 2 . 3 0 . . .", "L 1 0 . 1 nan . . ."}, "1=X 2=-1 3=-1 5=2 6=-1", {}},
+    {"STBTRS",
+     {"U N N 4 2 2 . 3 . 4", "l c u 0 2 2 . 3 . 1", "L T N 4 0 0 . 1 . 4"},
+     "1=X 2=X 3=X 4=-1 5=-1 6=-1 8=2 10=3",
+     {{"4=0 10=0", 10}}},
+    {"SLATBS",
+     {"U N N N 4 2 . 3 . . .", "l t u y 0 2 . 3 . . .", "L C N Y 2 0 . 1 . . ."},
+     "1=X 2=X 3=X 4=X 5=-1 6=-1 8=2",
+     {}},
 };
 
 // ---- The rows of src/routines -------------------------------------------------------------------------------------

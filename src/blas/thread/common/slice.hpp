@@ -25,6 +25,16 @@ constexpr Slice equal_slice(int total, int parts, int part, int unit = 1) {
     return {first, part == parts - 1 ? total - first : chunk};
 }
 
+// The same without a unit, as even as can be: the first slices take one more where the parts do not divide the total.
+//
+//   total parts   slices
+//   10    4       0+3  3+3  6+2  8+2
+//   3     4       0+1  1+1  2+1  3+0
+constexpr Slice even_slice(int total, int parts, int part) {
+    const int quotient = total / parts, rest = total % parts;
+    return {part * quotient + smaller(part, rest), quotient + (part < rest)};
+}
+
 // A thread's slice of a vector of n elements: equal chunks of a multiple of 8, so that all begin with the alignment of
 // the vector, the last thread taking what remains. A thread beyond the team gets nothing.
 //

@@ -1,0 +1,52 @@
+// SPOTRF, CPOTRF: the choice of a route.
+#include "lapack/kernel/source/cholesky/potrf.hpp"
+
+#include "blas/complex.hpp"
+#include "lapack/calls/cholesky.hpp"
+#include "lapack/kernel/source/cholesky/potrf_route.hpp"
+#include "lapack/routine_name.hpp"
+#include "qrv/service.h"
+#include "service/tuning.hpp"
+
+namespace qrv::lapack {
+namespace {
+
+template <class T>
+struct PotrfMachine {
+    int n;
+    int threads() const { return qrv_serv_get_max_threads(); }
+    int crossover() const { return tuning::crossover(RoutineName<T>("POTRF"), n); }
+    PotrfGrain grain(int threadCount) const {
+        const auto of = [&](int which) { return tuning::block_size(RoutineName<T>("POTRF"), n, threadCount, which); };
+        return {of(-1), of(-2), of(-3)};
+    }
+};
+
+} // namespace
+
+template <class T>
+PotrfResult potrf_any(Uplo uplo, int n, Matrix<T> a) {
+    using Kind = PotrfRoute::Kind;
+    const PotrfRoute route = potrf_route(n, PotrfMachine<T>{n});
+    switch (route.kind) {
+    case Kind::tiles:
+        return potrf_tiles(route.threads, route.grain, uplo, n, a);
+    case Kind::serial:
+        return potrf_serial(uplo, n, a, {});
+    case Kind::unblocked:
+        break;
+    }
+    return {potf2(uplo, n, a)};
+}
+
+template <class T>
+int potrf(Uplo uplo, int n, Matrix<T> a) {
+    return n > 0 ? potrf_any(uplo, n, a).info : 0;
+}
+
+template PotrfResult potrf_any(Uplo, int, Matrix<float>);
+template PotrfResult potrf_any(Uplo, int, Matrix<SingleComplex>);
+template int potrf(Uplo, int, Matrix<float>);
+template int potrf(Uplo, int, Matrix<SingleComplex>);
+
+} // namespace qrv::lapack

@@ -1,0 +1,377 @@
+// Band matrices: factorizations, solves and condition estimates by every route, in double; what lies beside the band
+// is canaries.
+#include <gtest/gtest.h>
+#include <random>
+
+#include "blas/calls.hpp"
+#include "lapack/calls/band.hpp"
+#include "lapack/kernel/source/band/band_view.hpp"
+#include "lapack/kernel/source/band/gbtrf.hpp"
+#include "lapack/kernel/source/band/right_hand_sides.hpp"
+#include "lapack/kernel/source/band/triangular_band.hpp"
+#include "support/operand.hpp"
+
+namespace qrv::test {
+namespace {
+
+using lapack::BandShape;
+using Band = Operand<float>;
+
+// A dense copy in double.
+struct Dense {
+    int rows, columns;
+    std::vector<double> elements;
+
+    Dense(int m, int n) : rows(m), columns(n), elements(static_cast<std::size_t>(m) * static_cast<std::size_t>(n)) {}
+    explicit Dense(const Band& a) : Dense(a.rows(), a.columns()) {
+        for (int j = 0; j < columns; ++j)
+            for (int i = 0; i < rows; ++i)
+                (*this)(i, j) = a.entry(i, j);
+    }
+    double& operator()(int i, int j) {
+        return elements[static_cast<std::size_t>(j) * static_cast<std::size_t>(rows) + static_cast<std::size_t>(i)];
+    }
+    double norm() const {
+        double largest = 0;
+        for (int j = 0; j < columns; ++j) {
+            double sum = 0;
+            for (int i = 0; i < rows; ++i)
+                sum += std::fabs(const_cast<Dense&>(*this)(i, j));
+            largest = std::max(largest, sum);
+        }
+        return largest;
+    }
+};
+
+// m x n with room for the fill-in of U, which is not set.
+Band general_band(const BandShape& s, unsigned seed) {
+    Band stored(Form{s.m, s.n, Form::general, 'A', 'N', true, s.kl, s.kv()}, {.extra = 1, .offset = 3});
+    Band elements(Form{s.m, s.n, Form::general, 'A', 'N', true, s.kl, s.ku}, {});
+    std::mt19937 random(seed);
+    elements.fill_random(random);
+    stored.set([&](int i, int j) { return elements.form().stored(i, j) ? elements(i, j) : nan; });
+    return stored;
+}
+Dense meant(const BandShape& s, const Band& a) {
+    Dense dense(s.m, s.n);
+    for (int j = 0; j < s.n; ++j)
+        for (int i = std::max(0, j - s.ku); i < std::min(s.m, j + s.kl + 1); ++i)
+            dense(i, j) = a(i, j);
+    return dense;
+}
+Band triangle(Uplo uplo, Diag diag, int n, int kd, unsigned seed) {
+    const bool upper = uplo == Uplo::upper;
+    Band a(Form{n, n, Form::triangular, letter(uplo), letter(diag), true, upper ? 0 : kd, upper ? kd : 0},
+           {.extra = 2});
+    std::mt19937 random(seed);
+    a.fill_random(random);
+    return a;
+}
+// Symmetric, its diagonal outweighing its rows.
+Band definite_band(Uplo uplo, int n, int kd) {
+    const bool upper = uplo == Uplo::upper;
+    Band a(Form{n, n, Form::symmetric, letter(uplo), 'N', true, upper ? 0 : kd, upper ? kd : 0}, {.extra = 1});
+    std::mt19937 random(static_cast<unsigned>(n + kd));
+    a.fill_random(random);
+    for (int i = 0; i < n; ++i)
+        a(i, i) = static_cast<float>(2 * kd + 1);
+    return a;
+}
+float* array(Band& a) {
+    return a.data();
+}
+// The array starts a form's diagonals above the main one; data() is where routines are told that it is.
+Matrix<float> dense_view(Band& a) {
+    return lapack::band_view(a.data(), a.ld(), a.form().above);
+}
+
+// What the interchanges and eliminations that are stored make of A, against U: relative to its norm.
+double elimination_error(const BandShape& s, Dense a, const Band& f, const std::vector<int>& ipiv) {
+    const double norm = a.norm();
+    double error = 0;
+    for (int k = 0; k < std::min(s.m, s.n); ++k) {
+        const int pivotRow = ipiv[static_cast<std::size_t>(k)] - 1, last = std::min(s.m - 1, k + s.kl);
+        if (pivotRow < k || pivotRow > last)
+            return infinity;
+        for (int j = 0; j < s.n; ++j)
+            std::swap(a(k, j), a(pivotRow, j));
+        for (int i = k + 1; i <= last; ++i)
+            for (int j = s.n - 1; j >= 0; --j)
+                a(i, j) -= static_cast<double>(f(i, k)) * a(k, j);
+        for (int j = 0; j < s.n; ++j) {
+            const double u = j >= k && j <= k + s.kv() ? static_cast<double>(f(k, j)) : 0;
+            error = std::max(error, std::fabs(a(k, j) - u));
+            if (!(std::fabs(a(k, j) - u) <= error))
+                return infinity;
+        }
+    }
+    return error / norm;
+}
+
+int first_zero_pivot(const Band& f) {
+    for (int i = 0; i < std::min(f.rows(), f.columns()); ++i)
+        if (f(i, i) == 0)
+            return i + 1;
+    return 0;
+}
+
+template <class Visit>
+void for_each_band(const Visit& visit) {
+    unsigned seed = 0;
+    for (const int n : {1, 2, 5, 60, 97})
+        for (const int m : {n, n / 2 + 1, n + 7})
+            for (const int kl : {0, 1, 3, 8, 20, 40})
+                for (const int ku : {0, 2, 7, 33})
+                    visit(BandShape{m, n, kl, ku}, ++seed);
+}
+
+TEST(Band, ResidualsOfLuByEveryRoute) {
+    for_each_band([](const BandShape& s, unsigned seed) {
+        const Band a = general_band(s, seed);
+        const Dense dense = meant(s, a);
+        std::vector<int> ipiv(static_cast<std::size_t>(std::min(s.m, s.n)));
+        const auto check = [&](const Band& f, int info, int nb, int threads) {
+            const std::string what = std::to_string(s.m) + " x " + std::to_string(s.n) + ", " + std::to_string(s.kl) +
+                                     " + " + std::to_string(s.ku) + ", nb " + std::to_string(nb) + ", team " +
+                                     std::to_string(threads);
+            ASSERT_EQ(info, first_zero_pivot(f)) << what; // triangles (ku = 0) may be singular to working precision
+            ASSERT_TRUE(elimination_error(s, dense, f, ipiv) < 2e-6 * s.n) << what;
+            ASSERT_TRUE(f.guards_intact()) << what;
+        };
+        Band f(a);
+        const int info = lapack::gbtrf_unblocked(s, dense_view(f), ipiv.data());
+        check(f, info, 1, 1);
+        for (const int nb : {2, 5, 16})
+            for (const int threads : {1, 3})
+                if (nb <= s.kl) {
+                    Band blocked(a);
+                    const int result =
+                        lapack::gbtrf_blocked(threads, nb, "SGBTRF", s, dense_view(blocked), ipiv.data());
+                    check(blocked, result, nb, threads);
+                }
+    });
+}
+
+// A column of zeros gives info, and the factorization goes on.
+TEST(Band, LuTellsTheFirstZeroPivot) {
+    const BandShape s{80, 80, 20, 10};
+    for (const int nb : {1, 16}) {
+        Band a = general_band(s, 5);
+        for (const int column : {41, 60})
+            for (int i = std::max(0, column - s.ku); i < std::min(s.m, column + s.kl + 1); ++i)
+                a(i, column) = 0;
+        std::vector<int> ipiv(80);
+        const int info = nb == 1 ? lapack::gbtrf_unblocked(s, dense_view(a), ipiv.data())
+                                 : lapack::gbtrf_blocked(1, nb, "SGBTRF", s, dense_view(a), ipiv.data());
+        EXPECT_EQ(info, 42);
+    }
+}
+
+// |b - op(A) x| over the size of x.
+double solve_error(Op op, Dense a, const Band& b, const Band& x) {
+    double error = 0, size = 1;
+    for (int c = 0; c < b.columns(); ++c)
+        for (int i = 0; i < b.rows(); ++i) {
+            double rest = -static_cast<double>(b(i, c));
+            for (int k = 0; k < b.rows(); ++k)
+                rest += (op == Op::none ? a(i, k) : a(k, i)) * static_cast<double>(x(k, c));
+            error = std::isnan(rest) ? infinity : std::max(error, std::fabs(rest));
+            size = std::max(size, std::fabs(static_cast<double>(x(i, c))));
+        }
+    return error / size;
+}
+Band right_hand_sides(int n, int nrhs) {
+    Band b(n, nrhs, n + 1);
+    std::mt19937 random(static_cast<unsigned>(n));
+    b.fill_random(random);
+    return b;
+}
+
+TEST(Band, SolutionsFromLu) {
+    for (const BandShape s : {BandShape{1, 1, 0, 0}, {50, 50, 3, 2}, {97, 97, 20, 9}, {40, 40, 0, 5}, {60, 60, 8, 0}}) {
+        const Band a = general_band(s, 9);
+        Band f(a);
+        std::vector<int> ipiv(static_cast<std::size_t>(s.n));
+        lapack::gbtf2(s, array(f), f.ld(), ipiv.data());
+        for (const Op op : {Op::none, Op::transpose, Op::adjoint})
+            for (const int nrhs : {1, 5, 40}) {
+                const Band b = right_hand_sides(s.n, nrhs);
+                Band x(b);
+                lapack::gbtrs(op, s, nrhs, array(f), f.ld(), ipiv.data(), {x.data(), x.ld()});
+                EXPECT_TRUE(solve_error(op, meant(s, a), b, x) < 1e-5 * (s.kv() + 1)) << s.n << letter(op) << nrhs;
+                EXPECT_TRUE(x.guards_intact());
+            }
+    }
+}
+
+TEST(Band, SolutionsWithTriangles) {
+    for (const int n : {1, 2, 7, 50, 131})
+        for (const int kd : {0, 1, 2, 5, 17, 40})
+            for (const Uplo uplo : {Uplo::upper, Uplo::lower})
+                for (const Op op : {Op::none, Op::transpose})
+                    for (const Diag diag : {Diag::nonUnit, Diag::unit}) {
+                        Band a = triangle(uplo, diag, n, kd, 3);
+                        const Band b = right_hand_sides(n, 9);
+                        const lapack::TriangularBand t{uplo, op, diag, n, kd, dense_view(a)};
+                        for (const int nb : {1, 2, 3, 5, 16, 17}) {
+                            if (nb > std::max(kd, 1))
+                                continue;
+                            Band x(b);
+                            std::vector<float> work(static_cast<std::size_t>(nb * nb), nan);
+                            if (nb == 1)
+                                lapack::solve_band_unblocked(t, 9, {x.data(), x.ld()});
+                            else
+                                lapack::solve_band_blocked(t, nb, 9, {x.data(), x.ld()}, work.data());
+                            ASSERT_TRUE(solve_error(op, Dense(a), b, x) < 3e-6)
+                                << n << ' ' << kd << letter(uplo) << letter(op) << letter(diag) << nb;
+                            ASSERT_TRUE(x.guards_intact());
+                        }
+                    }
+}
+
+TEST(Band, TriangularSolveTellsTheFirstZero) {
+    Band a = triangle(Uplo::lower, Diag::nonUnit, 9, 2, 1);
+    a(6, 6) = a(8, 8) = 0;
+    const Band b = right_hand_sides(9, 2);
+    Band x(b);
+    EXPECT_EQ(lapack::tbtrs(Uplo::lower, Op::none, Diag::nonUnit, 9, 2, 2, array(a), a.ld(), {x.data(), x.ld()}), 7);
+    EXPECT_TRUE(x.same_bits(b));
+}
+
+TEST(Band, ResidualsOfCholesky) {
+    for (const int n : {1, 3, 10, 64, 150})
+        for (const int kd : {0, 1, 5, 40, 70, 100})
+            for (const Uplo uplo : {Uplo::upper, Uplo::lower})
+                for (auto* const factor : {&lapack::pbtrf, &lapack::pbtf2}) {
+                    const Band a = definite_band(uplo, n, kd);
+                    Band f(a);
+                    ASSERT_EQ(factor(uplo, n, kd, array(f), f.ld()), 0);
+                    double error = 0;
+                    for (int j = 0; j < n; ++j)
+                        for (int i = std::max(0, j - kd); i <= j; ++i) {
+                            double sum = a.entry(i, j);
+                            for (int k = std::max(0, j - kd); k <= i; ++k)
+                                sum -= uplo == Uplo::upper
+                                           ? static_cast<double>(f(k, i)) * static_cast<double>(f(k, j))
+                                           : static_cast<double>(f(i, k)) * static_cast<double>(f(j, k));
+                            error = std::max(error, std::fabs(sum));
+                        }
+                    ASSERT_TRUE(error < 4 * 0x1p-24 * (2 * kd + 1) * std::sqrt(kd + 1))
+                        << n << ' ' << kd << letter(uplo);
+                    ASSERT_TRUE(f.guards_intact());
+                    const Band b = right_hand_sides(n, 5);
+                    Band x(b);
+                    lapack::pbtrs(uplo, n, kd, 5, array(f), f.ld(), {x.data(), x.ld()});
+                    ASSERT_TRUE(solve_error(Op::none, Dense(a), b, x) < 1e-5) << n << ' ' << kd << letter(uplo);
+
+                    for (const float pivot : {-1.0F, nan}) {
+                        Band bad(a);
+                        bad(n / 2, n / 2) = pivot;
+                        EXPECT_EQ(factor(uplo, n, kd, array(bad), bad.ld()), n / 2 + 1) << n << ' ' << kd;
+                    }
+                }
+}
+
+// 1 / (|A| |inv(A)|), of a matrix given by its solves with unit vectors.
+template <class Solve>
+double reciprocal_condition(const Dense& a, const Solve& solve) {
+    Dense inverse(a.rows, a.rows);
+    for (int j = 0; j < a.rows; ++j) {
+        Band x(a.rows, 1, a.rows);
+        x.fill(0);
+        x(j, 0) = 1;
+        solve(x);
+        for (int i = 0; i < a.rows; ++i)
+            inverse(i, j) = x(i, 0);
+    }
+    return 1 / a.norm() / inverse.norm();
+}
+
+TEST(Band, EstimatesConditions) {
+    constexpr int n = 60;
+    std::vector<float> work(3 * n);
+    std::vector<int> signs(n);
+    const lapack::EstimateWork<float> arrays(work.data(), signs.data());
+    for (const int kl : {0, 3, 9}) {
+        const BandShape s{n, n, kl, 4};
+        const Band a = general_band(s, 17);
+        Band f(a);
+        std::vector<int> ipiv(n);
+        lapack::gbtf2(s, array(f), f.ld(), ipiv.data());
+        const double told = reciprocal_condition(meant(s, a), [&](Band& x) {
+            lapack::gbtrs(Op::none, s, 1, array(f), f.ld(), ipiv.data(), {x.data(), n});
+        });
+        const auto norm = static_cast<float>(meant(s, a).norm());
+        const float rcond = lapack::gbcon(lapack::Norm::one, s, array(f), f.ld(), ipiv.data(), norm, arrays);
+        EXPECT_TRUE(rcond >= 0.99 * told && rcond <= 3.01 * told) << kl << ": " << rcond / told;
+    }
+    for (const Uplo uplo : {Uplo::upper, Uplo::lower}) {
+        constexpr int kd = 6;
+        const Band a = definite_band(uplo, n, kd);
+        Band f(a);
+        lapack::pbtrf(uplo, n, kd, array(f), f.ld());
+        const double told = reciprocal_condition(Dense(a), [&](Band& x) {
+            lapack::pbtrs(uplo, n, kd, 1, array(f), f.ld(), {x.data(), n});
+        });
+        const auto norm = static_cast<float>(Dense(a).norm());
+        const float rcond = lapack::pbcon(uplo, n, kd, array(f), f.ld(), norm, arrays);
+        EXPECT_TRUE(rcond >= 0.99 * told && rcond <= 3.01 * told) << letter(uplo) << ": " << rcond / told;
+    }
+}
+
+// Growth that overflows a plain solve comes out scaled: scale b = A x.
+TEST(Band, ScaledSolveDoesNotOverflow) {
+    constexpr int n = 80, kd = 3;
+    for (const Uplo uplo : {Uplo::upper, Uplo::lower})
+        for (const Op op : {Op::none, Op::transpose}) {
+            Band a = triangle(uplo, Diag::nonUnit, n, kd, 2);
+            a.set([](int i, int j) { return i == j ? 0.125F : std::abs(i - j) == 1 ? -0.5F : 0.0F; }); // grows to 4^n
+            std::vector<float> x(n, 1), cnorm(n);
+            const float scale =
+                lapack::latbs(uplo, op, Diag::nonUnit, false, n, kd, array(a), a.ld(), x.data(), cnorm.data());
+            ASSERT_TRUE(scale > 0 && scale < 1) << letter(uplo) << letter(op);
+            Dense dense(a);
+            double error = 0, size = 0;
+            for (int i = 0; i < n; ++i) {
+                double rest = -static_cast<double>(scale);
+                for (int k = 0; k < n; ++k)
+                    rest += (op == Op::none ? dense(i, k) : dense(k, i)) *
+                            static_cast<double>(x[static_cast<std::size_t>(k)]);
+                error = std::max(error, std::fabs(rest));
+                size = std::max(size, std::fabs(static_cast<double>(x[static_cast<std::size_t>(i)])));
+            }
+            EXPECT_TRUE(std::isfinite(size) && error < 1e-5 * size) << letter(uplo) << letter(op);
+        }
+}
+
+TEST(BandRaces, Teams) {
+    const BandShape s{120, 120, 20, 9};
+    const Band a = general_band(s, 4);
+    Band f(a);
+    std::vector<int> ipiv(120);
+    ASSERT_EQ(lapack::gbtrf_blocked(4, 8, "SGBTRF", s, dense_view(f), ipiv.data()), 0);
+    EXPECT_TRUE(elimination_error(s, meant(s, a), f, ipiv) < 2e-6 * s.n);
+    const Band b = right_hand_sides(120, 40);
+    Band x(b);
+    lapack::gbtrs(Op::none, s, 40, array(f), f.ld(), ipiv.data(), {x.data(), x.ld()});
+    EXPECT_TRUE(solve_error(Op::none, meant(s, a), b, x) < 1e-5 * (s.kv() + 1));
+}
+
+TEST(Band, RightHandSidesOnATeam) {
+    using lapack::right_hand_side_threads;
+    EXPECT_EQ(right_hand_side_threads(1, 8, 1), 1);
+    EXPECT_EQ(right_hand_side_threads(3, 8, 4), 1);
+    EXPECT_EQ(right_hand_side_threads(4, 8, 4), 8);
+    for (const int threads : {1, 2, 3, 8})
+        for (const int nrhs : {1, 2, 7, 64}) {
+            std::vector<int> visits(static_cast<std::size_t>(nrhs));
+            lapack::share_right_hand_sides(threads, nrhs, [&](int first, int count) {
+                for (int j = first; j < first + count; ++j)
+                    ++visits[static_cast<std::size_t>(j)];
+            });
+            EXPECT_EQ(visits, std::vector<int>(static_cast<std::size_t>(nrhs), 1)) << threads;
+        }
+}
+
+} // namespace
+} // namespace qrv::test
