@@ -1,7 +1,7 @@
 # Compiler flags of the project's own targets.
 #
 #   qrv_flags(target)      what every target of ours is built with
-#   qrv_native_flags(...)  in addition, for code below the provider layer: no exceptions, no RTTI
+#   qrv_native_flags(...)  in addition, for code below the provider layer: no exceptions, no RTTI, no large frames
 #   qrv_kernel_flags(...)  in addition, for one kernel build: its instruction set, fewer conversions warned of
 
 # 32-bit code computes in SSE registers in every folder; x87 is used only where a source says long double.
@@ -16,6 +16,9 @@ function(qrv_flags target)
   target_compile_options(${target} PRIVATE
     ${QRV_ARCH_FLAGS} -ffp-contract=off -Wall -Wextra -Wpedantic -Wshadow
     $<$<COMPILE_LANGUAGE:CXX>:-Wconversion>)
+  if(CMAKE_BUILD_TYPE MATCHES "Debug|Sanitize")
+    target_compile_definitions(${target} PRIVATE QRV_CHECKED) # asserts (blas/assert.hpp)
+  endif()
   if(QRV_WARNINGS_AS_ERRORS)
     target_compile_options(${target} PRIVATE -Werror)
   endif()
@@ -24,6 +27,11 @@ endfunction()
 function(qrv_native_flags target)
   qrv_flags(${target})
   target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti -fno-math-errno -fno-trapping-math)
+  # A host may give its threads small stacks: a call takes 48 KB at most, of which one frame may have the greater part.
+  # Sanitizers enlarge frames.
+  if(NOT CMAKE_BUILD_TYPE STREQUAL "Sanitize")
+    target_compile_options(${target} PRIVATE -Wframe-larger-than=36864)
+  endif()
   if(QRV_WIDE_KERNELS)
     target_compile_definitions(${target} PRIVATE QRV_WIDE_KERNELS)
   endif()
@@ -36,6 +44,9 @@ function(qrv_kernel_flags target build)
   # address sanitizer does not, and take a sixth of the time to compile.
   if(CMAKE_BUILD_TYPE STREQUAL "Sanitize")
     target_compile_options(${target} PRIVATE -fno-sanitize=alignment,null,object-size)
+    if(build IN_LIST QRV_PLAIN_KERNEL_BUILDS)
+      target_compile_options(${target} PRIVATE -fno-sanitize=all -O0)
+    endif()
   endif()
   target_compile_definitions(${target} PRIVATE QRV_KERNEL_BUILD=${build}
                              QRV_KERNEL_VECTORS="${QRV_KERNEL_VECTORS_${build}}")

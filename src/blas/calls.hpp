@@ -1,8 +1,8 @@
 // BLAS by value, for the callers above: factorizations read like their textbook form.
 //
-// Two namespaces say which layer is meant: blas::gemm is the decision routine, which may thread; kernel::gemm is the
-// serial kernel behind its slot. A routine without a decision is its kernel in both. The element type T is that of the
-// operand that is written; sizes, options and increments are those of the published routine.
+// Two namespaces say which layer is meant: blas::gemm is the decision routine, which may thread (blas/thread);
+// kernel::gemm is the serial kernel behind its slot. A routine without a decision is its kernel in both. The element
+// type T is that of the operand that is written; sizes, options and increments are those of the published routine.
 #pragma once
 
 #include <tuple>
@@ -173,6 +173,14 @@ template <class T>
 void her2(Uplo uplo, int n, Scalar<T> alpha, VectorIn<T> x, VectorIn<T> y, Matrix<T> a) {
     native::call(Native<T>::her2, uplo, n, alpha, x, y, a);
 }
+// Their bands for a thread of a team (level2_kernels.hpp).
+inline void syr_band(Uplo uplo, int width, int length, float alpha, Vector<const float> x, Matrix<float> a) {
+    native::call(qrv_blas_ssyr_band_kernel, uplo, width, length, alpha, x, a);
+}
+inline void syr2_band(Uplo uplo, int width, int length, float alpha, Vector<const float> x, Vector<const float> y,
+                      Matrix<float> a) {
+    native::call(qrv_blas_ssyr2_band_kernel, uplo, width, length, alpha, x, y, a);
+}
 // Product x := op(A)*x and solve op(A)*x = x, A triangular
 template <class T>
 void trmv(Uplo uplo, Op op, Diag diag, int n, MatrixIn<T> a, Vector<T> x) {
@@ -182,7 +190,12 @@ template <class T>
 void trsv(Uplo uplo, Op op, Diag diag, int n, MatrixIn<T> a, Vector<T> x) {
     native::call(Native<T>::trsv, uplo, op, diag, n, a, x);
 }
-// Bands, of real elements: k diagonals beside the main one, or kl below and ku above it.
+// A band of the product for a thread of a team (level2_kernels.hpp).
+template <class T>
+void trmv_band(Uplo uplo, Op op, Diag diag, int width, int length, MatrixIn<T> a, const Scalar<T>* x, Vector<T> y) {
+    native::call(Native<T>::trmv_band, uplo, op, diag, width, length, a, x, y);
+}
+// Band matrices, of real elements: k diagonals beside the main one, or kl below and ku above it.
 inline void gbmv(Op op, int m, int n, int kl, int ku, float alpha, Matrix<const float> a, Vector<const float> x,
                  float beta, Vector<float> y) {
     native::call(qrv_blas_sgbmv_kernel, op, m, n, kl, ku, alpha, a, x, beta, y);
@@ -198,77 +211,12 @@ inline void tbsv(Uplo uplo, Op op, Diag diag, int n, int k, Matrix<const float> 
     native::call(qrv_blas_stbsv_kernel, uplo, op, diag, n, k, a, x);
 }
 
+// C := beta*C, C of m x n; beta = 0 stores zeros and does not read C.
+template <class T>
+void scale(int m, int n, Scalar<T> beta, Matrix<T> c) {
+    native::call(Native<T>::scale_c, m, n, beta, c);
+}
 // C := alpha*op(A)*op(B) + beta*C, C of m x n
-template <class T>
-void gemm(Op opA, Op opB, int m, int n, int k, Scalar<T> alpha, MatrixIn<T> a, MatrixIn<T> b, Scalar<T> beta,
-          Matrix<T> c) {
-    native::call(Native<T>::gemm, opA, opB, m, n, k, alpha, a, b, beta, c);
-}
-// B := alpha*op(A)*B or alpha*B*op(A), and the solution X of op(A)*X = alpha*B or X*op(A) = alpha*B; A triangular
-template <class T>
-void trmm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha, MatrixIn<T> a, Matrix<T> b) {
-    native::call(Native<T>::trmm, side, uplo, op, diag, m, n, alpha, a, b);
-}
-template <class T>
-void trsm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha, MatrixIn<T> a, Matrix<T> b) {
-    native::call(Native<T>::trsm, side, uplo, op, diag, m, n, alpha, a, b);
-}
-
-} // namespace kernel
-
-// ---- Decision routines
-// ------------------------------------------------------------------------------------------------
-
-namespace blas {
-
-using kernel::asum, kernel::iamax, kernel::nrm2, kernel::rotg, kernel::rotm, kernel::scal;
-using kernel::gbmv, kernel::gerc, kernel::geru, kernel::sbmv, kernel::tbmv, kernel::tbsv, kernel::trsv;
-
-template <class T>
-void swap(int n, Vector<T> x, Vector<T> y) {
-    native::call(Native<T>::swap, n, x, y);
-}
-template <class T>
-void copy(int n, VectorIn<T> x, Vector<T> y) {
-    native::call(Native<T>::copy, n, x, y);
-}
-template <class T>
-void axpy(int n, Scalar<T> alpha, VectorIn<T> x, Vector<T> y) {
-    native::call(Native<T>::axpy, n, alpha, x, y);
-}
-template <class T>
-std::remove_const_t<T> dotu(int n, Vector<T> x, VectorIn<T> y) {
-    return native::dot(Native<T>::dotu, n, x, y);
-}
-template <class T>
-std::remove_const_t<T> dotc(int n, Vector<T> x, VectorIn<T> y) {
-    return native::dot(Native<T>::dotc, n, x, y);
-}
-inline void rot(int n, Vector<float> x, Vector<float> y, float c, float s) {
-    native::call(qrv_blas_srot, n, x, y, c, s);
-}
-
-template <class T>
-void gemv(Op op, int m, int n, Scalar<T> alpha, MatrixIn<T> a, VectorIn<T> x, Scalar<T> beta, Vector<T> y) {
-    native::call(Native<T>::gemv, op, m, n, alpha, a, x, beta, y);
-}
-template <class T>
-void hemv(Uplo uplo, int n, Scalar<T> alpha, MatrixIn<T> a, VectorIn<T> x, Scalar<T> beta, Vector<T> y) {
-    native::call(Native<T>::hemv, uplo, n, alpha, a, x, beta, y);
-}
-template <class T>
-void her(Uplo uplo, int n, float alpha, VectorIn<T> x, Matrix<T> a) {
-    native::call(Native<T>::her, uplo, n, alpha, x, a);
-}
-template <class T>
-void her2(Uplo uplo, int n, Scalar<T> alpha, VectorIn<T> x, VectorIn<T> y, Matrix<T> a) {
-    native::call(Native<T>::her2, uplo, n, alpha, x, y, a);
-}
-template <class T>
-void trmv(Uplo uplo, Op op, Diag diag, int n, MatrixIn<T> a, Vector<T> x) {
-    native::call(Native<T>::trmv, uplo, op, diag, n, a, x);
-}
-
 template <class T>
 void gemm(Op opA, Op opB, int m, int n, int k, Scalar<T> alpha, MatrixIn<T> a, MatrixIn<T> b, Scalar<T> beta,
           Matrix<T> c) {
@@ -304,6 +252,7 @@ template <class T>
 void rank_2k(Uplo uplo, Op op, int n, int k, Scalar<T> alpha, MatrixIn<T> a, MatrixIn<T> b, float beta, Matrix<T> c) {
     native::call(Native<T>::her2k, uplo, op, n, k, alpha, a, b, beta, c);
 }
+// B := alpha*op(A)*B or alpha*B*op(A), and the solution X of op(A)*X = alpha*B or X*op(A) = alpha*B; A triangular
 template <class T>
 void trmm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha, MatrixIn<T> a, Matrix<T> b) {
     native::call(Native<T>::trmm, side, uplo, op, diag, m, n, alpha, a, b);
@@ -312,6 +261,63 @@ template <class T>
 void trsm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha, MatrixIn<T> a, Matrix<T> b) {
     native::call(Native<T>::trsm, side, uplo, op, diag, m, n, alpha, a, b);
 }
+
+} // namespace kernel
+
+// ---- Decision routines, defined in blas/thread
+// ------------------------------------------------------------------------
+
+namespace blas {
+
+using kernel::asum, kernel::iamax, kernel::nrm2, kernel::rotg, kernel::rotm, kernel::scal;
+using kernel::gbmv, kernel::gerc, kernel::geru, kernel::sbmv, kernel::tbmv, kernel::tbsv, kernel::trsv;
+using kernel::hemv, kernel::her, kernel::her2; // of complex elements; real ones have a decision
+
+template <class T>
+void swap(int n, Vector<T> x, Vector<T> y);
+template <class T>
+void copy(int n, VectorIn<T> x, Vector<T> y);
+template <class T>
+void axpy(int n, Scalar<T> alpha, VectorIn<T> x, Vector<T> y);
+float dotc(int n, Vector<const float> x, Vector<const float> y);
+SingleComplex dotc(int n, Vector<const SingleComplex> x, Vector<const SingleComplex> y);
+inline float dotu(int n, Vector<const float> x, Vector<const float> y) {
+    return dotc(n, x, y);
+}
+inline SingleComplex dotu(int n, Vector<const SingleComplex> x, Vector<const SingleComplex> y) {
+    return kernel::dotu(n, x, y);
+}
+void rot(int n, Vector<float> x, Vector<float> y, float c, float s);
+
+template <class T>
+void gemv(Op op, int m, int n, Scalar<T> alpha, MatrixIn<T> a, VectorIn<T> x, Scalar<T> beta, Vector<T> y);
+void hemv(Uplo uplo, int n, float alpha, Matrix<const float> a, Vector<const float> x, float beta, Vector<float> y);
+void her(Uplo uplo, int n, float alpha, Vector<const float> x, Matrix<float> a);
+void her2(Uplo uplo, int n, float alpha, Vector<const float> x, Vector<const float> y, Matrix<float> a);
+template <class T>
+void trmv(Uplo uplo, Op op, Diag diag, int n, MatrixIn<T> a, Vector<T> x);
+
+template <class T>
+void gemm(Op opA, Op opB, int m, int n, int k, Scalar<T> alpha, MatrixIn<T> a, MatrixIn<T> b, Scalar<T> beta,
+          Matrix<T> c);
+template <class T>
+void symm(Side side, Uplo uplo, int m, int n, Scalar<T> alpha, MatrixIn<T> a, MatrixIn<T> b, Scalar<T> beta,
+          Matrix<T> c);
+template <class T>
+void hemm(Side side, Uplo uplo, int m, int n, Scalar<T> alpha, MatrixIn<T> a, MatrixIn<T> b, Scalar<T> beta,
+          Matrix<T> c);
+template <class T>
+void syrk(Uplo uplo, Op op, int n, int k, Scalar<T> alpha, MatrixIn<T> a, Scalar<T> beta, Matrix<T> c);
+template <class T>
+void rank_k(Uplo uplo, Op op, int n, int k, float alpha, MatrixIn<T> a, float beta, Matrix<T> c);
+template <class T>
+void syr2k(Uplo uplo, Op op, int n, int k, Scalar<T> alpha, MatrixIn<T> a, MatrixIn<T> b, Scalar<T> beta, Matrix<T> c);
+template <class T>
+void rank_2k(Uplo uplo, Op op, int n, int k, Scalar<T> alpha, MatrixIn<T> a, MatrixIn<T> b, float beta, Matrix<T> c);
+template <class T>
+void trmm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha, MatrixIn<T> a, Matrix<T> b);
+template <class T>
+void trsm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha, MatrixIn<T> a, Matrix<T> b);
 
 } // namespace blas
 

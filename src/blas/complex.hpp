@@ -6,7 +6,7 @@
 #pragma once
 
 #include "blas/matrix.hpp"
-#include "qrv/native.h"
+#include "qrv/native/common.h"
 
 namespace qrv {
 using SingleComplex = qrv_complex;

@@ -70,7 +70,7 @@ struct OpView {
     std::ptrdiff_t rowStride;
     std::ptrdiff_t columnStride;
 
-    OpView(T* x, std::ptrdiff_t ld, bool transposed)
+    constexpr OpView(T* x, std::ptrdiff_t ld, bool transposed)
         : data(x), rowStride(transposed ? ld : 1), columnStride(transposed ? 1 : ld) {}
 
     T& operator()(int i, int j) const { return data[i * rowStride + j * columnStride]; }

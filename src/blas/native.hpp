@@ -1,8 +1,8 @@
-// The C names of BLAS by element type, so that one template serves both types: blas::Native<float>::gemm is
+// The C names of BLAS by element type, so that one template or one row serves both types: blas::Native<float>::gemm is
 // qrv_blas_sgemm, kernel::Native<float>::gemm is qrv_blas_sgemm_kernel.
 //
-// Names are those of the complex routines where the real one is a special case: ger, symv and syrk of real elements
-// are found as geru, gerc, hemv and herk too.
+// Real elements have the names of both complex routines of which theirs is the special case: geru and gerc are SGER,
+// symm and hemm are SSYMM. Where only the Hermitian one exists, it gives the name: hemv is SSYMV.
 #pragma once
 
 #include "blas/blas.hpp"
@@ -50,6 +50,15 @@ struct Native<float> {
     static constexpr auto& her2k = qrv_blas_ssyr2k_kernel;
     static constexpr auto& trmm = qrv_blas_strmm_kernel;
     static constexpr auto& trsm = qrv_blas_strsm_kernel;
+
+    // Pieces of GEMM, for its team.
+    static constexpr auto& scale_c = qrv_blas_sgemm_scale_c;
+    static constexpr auto& plan_available = qrv_blas_sgemm_plan_available;
+    static constexpr auto& plan_reset = qrv_blas_sgemm_plan_reset;
+    static constexpr auto& plan_load = qrv_blas_sgemm_plan_load;
+    static constexpr auto& plan_set_blocks = qrv_blas_sgemm_plan_set_blocks;
+    static constexpr auto& buffer_sizes = qrv_blas_sgemm_buffer_sizes;
+    static constexpr auto& blocked = qrv_blas_sgemm_blocked;
 };
 
 template <>
@@ -84,6 +93,15 @@ struct Native<SingleComplex> {
     static constexpr auto& her2k = qrv_blas_cher2k_kernel;
     static constexpr auto& trmm = qrv_blas_ctrmm_kernel;
     static constexpr auto& trsm = qrv_blas_ctrsm_kernel;
+
+    // Pieces of GEMM, for its team.
+    static constexpr auto& scale_c = qrv_blas_cgemm_scale_c;
+    static constexpr auto& plan_available = qrv_blas_cgemm_plan_available;
+    static constexpr auto& plan_reset = qrv_blas_cgemm_plan_reset;
+    static constexpr auto& plan_load = qrv_blas_cgemm_plan_load;
+    static constexpr auto& plan_set_blocks = qrv_blas_cgemm_plan_set_blocks;
+    static constexpr auto& buffer_sizes = qrv_blas_cgemm_buffer_sizes;
+    static constexpr auto& blocked = qrv_blas_cgemm_blocked;
 };
 
 } // namespace qrv::kernel

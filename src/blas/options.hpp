@@ -26,6 +26,12 @@ constexpr Uplo uplo_of(char option) {
 constexpr Op op_of(char option) {
     return !transposes(option) ? Op::none : conjugates(option) ? Op::adjoint : Op::transpose;
 }
+constexpr bool transposes(Op op) {
+    return op != Op::none;
+}
+constexpr bool conjugates(Op op) {
+    return op == Op::adjoint;
+}
 constexpr Diag diag_of(char option) {
     return is_option(option, 'U') ? Diag::unit : Diag::nonUnit;
 }

@@ -74,40 +74,7 @@ TEST(GemmGain, SmallCalls) {
             << row.sizes << " on " << row.threads;
 }
 
-// ---- Slices --------------------------------------------------------------------------------------------------
-
-TEST(GemmSlices, CoverEverythingOnceInWholeUnits) {
-    for (const int unit : {1, 2, 4})
-        for (int parts = 1; parts <= 20; ++parts)
-            for (int total = 0; total <= 300; ++total) {
-                int next = 0;
-                for (int part = 0; part < parts; ++part) {
-                    const Slice slice = equal_slice(total, parts, part, unit);
-                    ASSERT_EQ(slice.first, next) << total << ' ' << parts << ' ' << unit;
-                    ASSERT_TRUE(part == parts - 1 || slice.count == total / parts / unit * unit);
-                    // An address is taken at `first` even where nothing is there.
-                    ASSERT_TRUE(slice.first < total || total == 0) << total << ' ' << parts << ' ' << unit;
-                    next += slice.count;
-                }
-                ASSERT_EQ(next, total);
-            }
-    EXPECT_EQ(equal_slice(most, 3, 2).count, 715827883);
-}
-
-TEST(GemmSlices, BlocksCoverASlice) {
-    for (int count = 0; count <= 40; ++count)
-        for (int size = 1; size <= 12; ++size) {
-            int covered = 0;
-            for (int offset = 0; offset < 48; offset += size) {
-                const Slice block = gemm_block({7, count}, offset, size);
-                ASSERT_EQ(block.first, 7 + covered);
-                ASSERT_EQ(block.count, std::clamp(count - offset, 0, size));
-                covered += block.count;
-            }
-        }
-}
-
-TEST(GemmSlices, SplitsOfC) {
+TEST(GemmPartition, SplitsOfC) {
     using enum GemmSplit;
     // Small: rows if m > n * team. Others: rows if m > n.
     EXPECT_EQ(gemm_plain_split({40, 10, 100}, 4), columns);
@@ -135,7 +102,7 @@ TEST(GemmMachine, Classes) {
                            {64, limit + 1, 3},
                            {66, 0, 3},
                            {0, limit + 1, 0}}) {
-        const GemmMachine machine = gemm_machine_class({row.cpuMa, row.secondCache, 0});
+        const GemmMachine machine = gemm_machine_class({row.cpuMa, row.secondCache});
         EXPECT_EQ(static_cast<int>(machine), row.machine) << row.cpuMa << ' ' << row.secondCache;
         EXPECT_EQ(gemm_scales_first(machine), row.machine >= 2);
     }
@@ -146,107 +113,92 @@ TEST(GemmMachine, Classes) {
 constexpr auto row = GemmRegion::row;
 constexpr auto column = GemmRegion::column;
 constexpr auto acopy = GemmRegion::acopy;
-constexpr GemmBlocks sse42Blocks{1280, 5000, 256};
-constexpr GemmBlocks quadsBlocks{2000, 5000, 256};
+constexpr GemmBlocks blocks{2000, 5000, 256};
+constexpr GemmMachine machines[] = {GemmMachine::plain, GemmMachine::pairs, GemmMachine::quadsLargeL2,
+                                    GemmMachine::sse42, GemmMachine::quads};
 
-// `threads`: those that get work.
-struct PartitionCase {
-    GemmSizes sizes;
-    int team;
-    GemmRegion region;
-    int threads;
-};
-
-void check(int machine, const GemmBlocks& blocks, std::initializer_list<PartitionCase> cases) {
-    constexpr int copyRows[] = {0, 0, 1024, 0, 896}; // of a block, by machine; 0: the plan's
-    for (const PartitionCase& p : cases) {
-        const GemmPartition got = gemm_partition(static_cast<GemmMachine>(machine), true, p.sizes, blocks, p.team);
-        SCOPED_TRACE(testing::Message() << "class " << machine << ' ' << p.sizes << " team=" << p.team);
-        EXPECT_EQ(got.region, p.region);
-        EXPECT_EQ(got.mode, machine < 2         ? GemmMode::choose
-                            : p.region == acopy ? GemmMode::directBGivenA
-                                                : GemmMode::packA);
-        EXPECT_EQ(got.threads, p.threads);
-        EXPECT_EQ(got.blocks.mb, p.region == acopy && copyRows[machine] ? copyRows[machine] : blocks.mb);
-        EXPECT_EQ(got.blocks.nb, blocks.nb);
-        EXPECT_EQ(got.blocks.kb, blocks.kb);
-        EXPECT_EQ(got.aCopies, p.region == acopy ? p.threads : 0);
-        EXPECT_EQ(got.rowThreads, p.region == column ? 1 : p.threads);
-        EXPECT_EQ(got.colThreads, p.region == column ? p.threads : 1);
-    }
+// What holds for every product: a tall C goes by rows, another one by columns or, copied, by rows; all of an even team
+// works; only copies change the rows of a block, and they are as many as threads.
+TEST(GemmPartition, EveryProduct) {
+    for (const GemmMachine machine : machines)
+        for (const int m : {1, 7, 100, 101, 800, 5000})
+            for (const int n : {1, 3, 100, 101, 800, 5000})
+                for (const int k : {0, 1, 100, 101, 800, 9000})
+                    for (const int team : {2, 3, 4, 8, 9})
+                        for (const bool planned : {false, true}) {
+                            const GemmSizes sizes{m, n, k};
+                            const GemmPartition got = gemm_partition(machine, planned, sizes, blocks, team);
+                            SCOPED_TRACE(testing::Message() << "class " << static_cast<int>(machine) << ' ' << sizes
+                                                            << " team=" << team << " planned=" << planned);
+                            const bool byMachine = planned && gemm_scales_first(machine), copied = got.region == acopy;
+                            ASSERT_TRUE(byMachine || !copied);
+                            ASSERT_TRUE(m <= n || got.region != column || gemm_is_small(sizes));
+                            ASSERT_TRUE(m > n || got.region != row);
+                            ASSERT_EQ(got.threads, byMachine ? team / 2 * 2 : team);
+                            ASSERT_EQ(got.rowThreads, got.region == column ? 1 : got.threads);
+                            ASSERT_EQ(got.rowThreads * got.colThreads, got.threads);
+                            ASSERT_EQ(got.mode, !byMachine ? GemmMode::choose
+                                                : copied   ? GemmMode::directBGivenA
+                                                           : GemmMode::packA);
+                            ASSERT_EQ(got.aCopies, copied ? got.threads : 0);
+                            ASSERT_TRUE(got.blocks.nb == blocks.nb && got.blocks.kb == blocks.kb);
+                            ASSERT_TRUE(copied || got.blocks.mb == blocks.mb);
+                        }
 }
 
-TEST(GemmPartition, PlainClasses) {
-    for (const int machine : {0, 1})
-        check(machine, sse42Blocks,
-              {{{200, 200, 200}, 3, column, 3},
-               {{201, 200, 200}, 3, row, 3},
-               {{200, 201, 200}, 4, column, 4},
-               // Small in all dimensions: rows only if m > n * team.
-               {{100, 50, 100}, 2, column, 2},
-               {{100, 49, 100}, 2, row, 2},
-               {{100, 49, 101}, 4, row, 4}});
-    for (int machine = 0; machine <= 4; ++machine) {
-        const auto got = gemm_partition(static_cast<GemmMachine>(machine), false, {900, 900, 900}, {0, 0, 0}, 3);
-        EXPECT_TRUE(got.region == column && got.mode == GemmMode::choose && got.threads == 3 && got.aCopies == 0)
-            << "without a plan, class " << machine;
-    }
-}
-
-// A square or wide C is shared out alike in the three classes that scale first, apart from the rows of a copy.
-TEST(GemmPartition, SquareAndWide) {
-    for (const int machine : {2, 3, 4})
-        check(machine, sse42Blocks,
-              {{{799, 799, 799}, 4, column, 4}, // all equal: from 800 on
-               {{800, 800, 800}, 4, acopy, 4},
-               {{101, 101, 101}, 4, column, 4},
-               {{150, 150, 99}, 4, column, 4}, // else square and deep from 100 on
-               {{150, 150, 100}, 4, acopy, 4},
-               {{799, 799, 800}, 4, acopy, 4},
-               {{799, 799, 798}, 4, acopy, 4},
-               {{150, 151, 5000}, 4, column, 4}, // wide: never
-               {{800, 801, 800}, 4, column, 4},
-               {{800, 800, 800}, 3, acopy, 2}, // an even number of threads
-               {{799, 799, 799}, 5, column, 4},
-               {{799, 799, 799}, 2, column, 2}});
-}
-
-// min(mc, mb) * min(k, kb) * 4 up to 131072 is copied: 128 rows of 256 steps.
-TEST(GemmPartition, TallOnSse42) {
-    check(3, sse42Blocks,
-          {{{512, 100, 256}, 4, acopy, 4},
-           {{516, 100, 256}, 4, row, 4},
-           {{512, 100, 5000}, 4, acopy, 4}, // k counts up to kb
-           {{515, 100, 256}, 5, acopy, 4},  // m / threads is 128, with an even number of threads
-           {{5000, 20, 25}, 2, acopy, 2},   // rows count up to mb: 1280 * 25 * 4 = 128000
-           {{5000, 20, 26}, 2, row, 2},     // 133120
-           {{101, 3, 0}, 2, acopy, 2},
-           {{100, 99, 100}, 2, row, 2}, // small in all dimensions
-           {{100, 99, 101}, 2, acopy, 2},
-           {{101, 99, 100}, 2, acopy, 2}});
-}
-
-// min(mc, mb) * min(k, kb) * 4 up to 1572864 is copied: 1536 rows of 256 steps.
-TEST(GemmPartition, TallOnQuads) {
-    for (const int machine : {2, 4})
-        check(machine, quadsBlocks,
-              {{{3072, 100, 256}, 2, acopy, 2},
-               {{3074, 100, 256}, 2, row, 2},
-               {{3072, 100, 9000}, 2, acopy, 2},
-               {{99999, 100, 196}, 2, acopy, 2}, // 2000 * 196 * 4 = 1568000: the plan's mb counts, not the copy's
-               {{99999, 100, 197}, 2, row, 2},
-               // At most 100 rows and columns: not copied, whatever k is,
-               {{100, 99, 256}, 2, row, 2},
-               {{100, 2, 9000}, 2, row, 2},
-               {{100, 4, 9000}, 2, row, 2},
-               // but for three columns that are deep or have four rows a thread.
-               {{100, 3, 200}, 2, acopy, 2},
-               {{7, 3, 7999}, 2, row, 2}, // three rows a thread
-               {{7, 3, 8000}, 2, acopy, 2},
-               {{8, 3, 200}, 2, acopy, 2},
-               // One dimension above 100: the size decides.
-               {{101, 2, 200}, 2, acopy, 2},
-               {{101, 100, 2}, 2, acopy, 2}});
+// Where the choice turns, a pair of products on either side of each limit.
+TEST(GemmPartition, Limits) {
+    using enum GemmMachine;
+    struct Row {
+        GemmMachine machine;
+        GemmSizes sizes;
+        int team;
+        GemmRegion region;
+    };
+    for (const Row& p : {
+             // Plain: rows if m > n, small ones if m > n * team.
+             Row{plain, {200, 200, 200}, 3, column},
+             {plain, {201, 200, 200}, 3, row},
+             {pairs, {100, 50, 100}, 2, column},
+             {pairs, {100, 49, 100}, 2, row},
+             // Square and wide: copies if m = n, from k = 100 on, or 800 if all are equal.
+             {sse42, {799, 799, 799}, 4, column},
+             {quads, {800, 800, 800}, 4, acopy},
+             {sse42, {150, 150, 99}, 4, column},
+             {quadsLargeL2, {150, 150, 100}, 4, acopy},
+             {sse42, {799, 799, 798}, 4, acopy},
+             {sse42, {800, 801, 800}, 4, column},
+             // Tall: min(m / threads, mb) * min(k, kb) floats up to 128 KB are copied, on the others 1.5 MB.
+             {sse42, {512, 100, 256}, 4, acopy},
+             {sse42, {516, 100, 256}, 4, row},
+             {sse42, {512, 100, 5000}, 4, acopy}, // k counts up to kb
+             {sse42, {515, 100, 256}, 5, acopy},  // an even number of threads
+             {sse42, {5000, 20, 16}, 2, acopy},   // rows up to mb: 2000 * 16 * 4 = 128000
+             {sse42, {5000, 20, 17}, 2, row},
+             {quads, {3072, 100, 256}, 2, acopy},
+             {quads, {3074, 100, 256}, 2, row},
+             {quadsLargeL2, {99999, 100, 196}, 2, acopy}, // the plan's mb counts, not the copy's
+             {quadsLargeL2, {99999, 100, 197}, 2, row},
+             // Small in all dimensions, or on the others in two of them, is not copied,
+             {sse42, {100, 99, 100}, 2, row},
+             {sse42, {100, 99, 101}, 2, acopy},
+             {quads, {100, 99, 256}, 2, row},
+             {quads, {101, 100, 2}, 2, acopy},
+             // but for three columns that are deep or have four rows a thread.
+             {quads, {100, 2, 9000}, 2, row},
+             {quads, {7, 3, 7999}, 2, row},
+             {quads, {7, 3, 8000}, 2, acopy},
+             {quads, {8, 3, 200}, 2, acopy},
+         })
+        EXPECT_EQ(gemm_partition(p.machine, true, p.sizes, blocks, p.team).region, p.region)
+            << "class " << static_cast<int>(p.machine) << ' ' << p.sizes << " team=" << p.team;
+    // Rows of a block of a copy.
+    const auto rows = [](GemmMachine machine) {
+        return gemm_partition(machine, true, {900, 900, 900}, blocks, 4).blocks.mb;
+    };
+    EXPECT_EQ(rows(quadsLargeL2), 1024);
+    EXPECT_EQ(rows(quads), 896);
+    EXPECT_EQ(rows(sse42), blocks.mb);
 }
 
 TEST(GemmPartition, SharedBytes) {

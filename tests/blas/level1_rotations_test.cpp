@@ -144,6 +144,7 @@ TEST(Level1Rotations, EndOnAnyNumbers) {
                 build.blas_srotg_kernel(&r, &z, &c, &s);
                 EXPECT_EQ(std::isnan(r), std::isnan(a) || std::isnan(b) || std::isinf(a) || std::isinf(b))
                     << a << ' ' << b;
+                EXPECT_TRUE(z == 1 || !(std::isnan(a) || std::isnan(b))) << build << ' ' << a << ' ' << b;
                 for (float x : values)
                     for (float y : values) {
                         Srotmg p{a, b, x, y};

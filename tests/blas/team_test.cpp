@@ -180,8 +180,8 @@ INSTANTIATE_TEST_SUITE_P(Level3, Team,
 // ------------------------------------------------------------------------------------------------------------
 
 template <class T>
-GemmProblem<T> problem_of(const Call<T>& v) {
-    return {v.trans, v.transb, v.m, v.n, v.k, v.alpha, v.a, v.lda, v.b, v.ldb, v.beta, v.c, v.ldc};
+GemmCall<T> values_of(const Call<T>& v) {
+    return {op_of(v.trans), op_of(v.transb), v.m, v.n, v.k, v.alpha, {v.a, v.lda}, {v.b, v.ldb}, v.beta, {v.c, v.ldc}};
 }
 template <class T>
 void driver(const Call<T>& v) {
@@ -192,8 +192,7 @@ void driver(const Call<T>& v) {
 }
 
 // Facts of a machine of each class; the build stays the one of this run. For complex operands all classes are one.
-constexpr GemmFacts machines[] = {
-    {66, 1 << 18, 8 << 20}, {0, -1, -1}, {32, 1 << 20, 1 << 20}, {33, 6 << 20, 6 << 20}, {33, 1 << 20, 8 << 20}};
+constexpr GemmFacts machines[] = {{66, 1 << 18}, {0, -1}, {32, 1 << 20}, {33, 6 << 20}, {33, 1 << 20}};
 
 struct GemmSize {
     int m, n, k;
@@ -223,7 +222,7 @@ std::vector<NamedWay<T>> large_ways() {
     for (const GemmFacts& facts : machines)
         if (ways.empty() || !isComplex<T>)
             ways.push_back({"large region of class " + std::to_string(static_cast<int>(gemm_machine_class(facts))),
-                            [&](int team, const Call<T>& v) { gemm_large_region(problem_of(v), facts, team); }});
+                            [&](int team, const Call<T>& v) { gemm_large_region(values_of(v), facts, team); }});
     ways.push_back({"driver", [](int, const Call<T>& v) { driver(v); }});
     return ways;
 }
@@ -247,7 +246,7 @@ void add_gemm_cases(std::vector<TeamCase>& cases, std::initializer_list<GemmSize
                              }});
     };
     const std::vector<NamedWay<T>> smallWay{
-        {"small region", [](int team, const Call<T>& v) { gemm_small_region(problem_of(v), team); }}};
+        {"small region", [](int team, const Call<T>& v) { gemm_small_region(values_of(v), team); }}};
     if (few.size() == 0) {
         for (const GemmSize& s : small)
             add(s, smallWay);
@@ -307,7 +306,7 @@ TYPED_TEST(GemmTeam, UsesTheTeamItAskedFor) {
     // An odd thread is left out by the classes that scale first, if they have a plan.
     const auto of_three = [&](const GemmFacts& facts) {
         return this->workers(
-            square, [&](int team, const Call<T>& v) { gemm_large_region(problem_of(v), facts, team); }, 3);
+            square, [&](int team, const Call<T>& v) { gemm_large_region(values_of(v), facts, team); }, 3);
     };
     EXPECT_EQ(of_three(machines[0]), !isComplex<T> && qrv_blas_sgemm_plan_available() ? 2 : 3);
     EXPECT_EQ(of_three(machines[2]), 3);

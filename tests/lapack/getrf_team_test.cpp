@@ -1,12 +1,15 @@
 // LU factorization on teams: every size of team and width of block column, teams smaller than asked for, stops, refused
 // memory, and many callers at once.
 #include <algorithm>
+#include <cstring>
 #include <omp.h>
 #include <set>
 #include <thread>
 
+#include "lapack/calls/lu.hpp"
 #include "qrv/service.h"
 #include "support/lu_case.hpp"
+#include "support/teams.hpp"
 #include "support/work_memory.hpp"
 
 namespace qrv::test {
@@ -35,6 +38,35 @@ TYPED_TEST(GetrfTeam, EveryTeam) {
             for (const int nb : {8, 20, 64})
                 check(dynamic_route<TypeParam>(team, nb), m, n);
         }
+}
+
+// A block column has the bits that it gets by itself, however many a thread finds ready at once: with these sizes it
+// finds up to three, whose product would be large enough for another kernel.
+TYPED_TEST(GetrfTeam, TheSameBitsWhateverIsReadyAtOnce) {
+    using T = TypeParam;
+    const ForcedTeam forced(1); // for the products outside of the region
+    constexpr int nb = 32, rows = nb + 16, columns = 1200;
+    const LuRoute<T> oneByOne{
+        "one by one", [=](int m, int n, Matrix<T> a, int* ipiv) {
+            lapack::GetrfResult whole = lapack::getrf_recursive(m, nb, a, ipiv, {0, 0});
+            for (int j = nb; j < n; j += nb)
+                lapack::getrf_apply_panel(m, a, ipiv, {0, nb}, j, std::min(nb, n - j));
+            const auto last = lapack::getrf_recursive(m - nb, n - nb, a.block(nb, nb), ipiv + nb, {0, nb});
+            lapack::getrf_append(whole, last, {nb, m - nb}, ipiv);
+            lapack::laswp(nb, a, nb + 1, m, ipiv);
+            return whole.info;
+        }};
+    const auto known = known_pivots<T>(rows, columns, 1);
+    const auto expected = factor(oneByOne, known.a);
+    for (const int team : {2, 3, 4}) {
+        const auto f = factor(dynamic_route<T>(team, nb), known.a);
+        EXPECT_EQ(f.lu.count_bad([&](int i, int j, T value) {
+            const T other = expected.lu(i, j);
+            return std::memcmp(&value, &other, sizeof(T)) == 0;
+        }),
+                  0)
+            << "team " << team;
+    }
 }
 
 // Inside a region a team is of one thread, whatever was asked for.

@@ -3,7 +3,6 @@
 
 #include "blas/blas.hpp"
 #include "blas/thread/32/level3/level3_threads.hpp"
-#include "blas/thread/32/level3/triangle_blocks.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
 #include "blas/thread/common/machine.hpp"
 #include "support/builds.hpp"
@@ -54,7 +53,7 @@ inline const float* real_part(const SingleComplex& x) {
     QRV_DECIDED(name, arguments, threads),                                                                             \
         [](const int* team, const auto& v) { qrv_blas_##name##_omp(team, arguments(v)); }
 #define QRV_SLICED sliced_threads(v.m, v.n, ThisMachine{})
-#define QRV_BLOCKED (v.n > serialUpdateUpTo ? ThisMachine{}.budget() : 1)
+#define QRV_BLOCKED update_threads(v.n, ThisMachine{})
 
 template <class T>
 const std::vector<Routine<T>>& routines();
@@ -66,9 +65,9 @@ inline const std::vector<Routine<float>>& routines<float>() {
     static const std::vector<Routine<float>> list = {
         {"sgemv",
          {product, general, true},
-         QRV_ON_TEAM(sgemv, QRV_GEMV_OF, gemv_threads(sgemvRule, v.trans, v.m, v.n, ThisMachine{}))},
+         QRV_ON_TEAM(sgemv, QRV_GEMV_OF, gemv_threads(sgemvRule, op_of(v.trans), v.m, v.n, ThisMachine{}))},
         {"sgbmv", {product, general, true, true}, QRV_SERIAL(sgbmv, QRV_GBMV_OF)},
-        {"ssymv", {product, symmetric, true}, QRV_ON_TEAM(ssymv, QRV_SYMV_OF, symv_threads(v.n, ThisMachine{}))},
+        {"ssymv", {product, symmetric, true}, QRV_ON_TEAM(ssymv, QRV_SYMV_OF, symv_threads(ssymvRule, v.n, ThisMachine{}))},
         {"ssbmv", {product, symmetric, true, true}, QRV_SERIAL(ssbmv, QRV_SBMV_OF)},
         {"strmv",
          {inPlace, triangular, true},
@@ -77,8 +76,8 @@ inline const std::vector<Routine<float>>& routines<float>() {
         {"strsv", {solve, triangular, true}, QRV_SERIAL(strsv, QRV_TRMV_OF)},
         {"stbsv", {solve, triangular, true, true}, QRV_SERIAL(stbsv, QRV_TBMV_OF)},
         {"sger", {update, general, true}, QRV_SERIAL(sger, QRV_GER_OF)},
-        {"ssyr", {update, symmetric, true}, QRV_ON_TEAM(ssyr, QRV_SYR_OF, syr_threads(v.n, ThisMachine{}))},
-        {"ssyr2", {update2, symmetric, true}, QRV_ON_TEAM(ssyr2, QRV_SYR2_OF, syr_threads(v.n, ThisMachine{}))},
+        {"ssyr", {update, symmetric, true}, QRV_ON_TEAM(ssyr, QRV_SYR_OF, syr_threads(ssyrRule, v.n, ThisMachine{}))},
+        {"ssyr2", {update2, symmetric, true}, QRV_ON_TEAM(ssyr2, QRV_SYR2_OF, syr_threads(ssyrRule, v.n, ThisMachine{}))},
         {"strmm", {inPlace, triangular}, QRV_DECIDED(strmm, QRV_TRMM_OF, QRV_SLICED)},
         {"strsm", {solve, triangular}, QRV_DECIDED(strsm, QRV_TRMM_OF, QRV_SLICED)},
         {"ssymm", {product, symmetric}, QRV_DECIDED(ssymm, QRV_SYMM_OF, QRV_SLICED)},
@@ -95,7 +94,7 @@ inline const std::vector<Routine<SingleComplex>>& routines<SingleComplex>() {
     static const std::vector<Routine<SingleComplex>> list = {
         {"cgemv",
          {product, general, true},
-         QRV_ON_TEAM(cgemv, QRV_GEMV_OF, gemv_threads(cgemvRule, v.trans, v.m, v.n, ThisMachine{}))},
+         QRV_ON_TEAM(cgemv, QRV_GEMV_OF, gemv_threads(cgemvRule, op_of(v.trans), v.m, v.n, ThisMachine{}))},
         {"chemv", {product, hermitian, true}, QRV_SERIAL(chemv, QRV_SYMV_OF)},
         {"ctrmv",
          {inPlace, triangular, true},

@@ -12,10 +12,13 @@
 // tiles of 16, then one of 8, then singly; complex ones in half of these.
 #include <cstring>
 
+#include "blas/assert.hpp"
 #include "blas/complex.hpp"
+#include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/no_plan.hpp"
 #include "blas/kernel/kernels.hpp"
 #include "blas/matrix.hpp"
+#include "blas/options.hpp"
 #include "service/work_pool.hpp"
 
 namespace qrv::kernel::generic {
@@ -45,8 +48,8 @@ struct Operand {
     OpView<const T> view;
     bool conjugated;
 
-    Operand(const T* x, int ld, char option)
-        : view(x, ld, transposes(option)), conjugated(isComplex<T> && conjugates(option)) {}
+    Operand(Matrix<const T> x, Op op)
+        : view(x.data, x.ld, transposes(op)), conjugated(isComplex<T> && conjugates(op)) {}
     T operator()(int i, int j) const { return conjugated ? conj(view(i, j)) : view(i, j); }
     Operand block(int i, int j) const {
         Operand part = *this;
@@ -75,10 +78,6 @@ struct PanelView {
     std::ptrdiff_t stride;
     const T* column(int j) const { return data + j * stride; }
 };
-
-constexpr int smaller(int a, int b) {
-    return a < b ? a : b;
-}
 
 // A running sum of products in extended precision.
 template <class T>
@@ -192,8 +191,8 @@ constexpr KBlock next_block(int left) {
 
 template <class T>
 void multiply(int m, int n, int k, T alpha, Operand<T> a, Operand<T> b, Matrix<T> c, Work<T> work) {
-    for (int j = 0; j < n; j += columnGroup<T>) {
-        const int columns = smaller(columnGroup<T>, n - j);
+    for (int j = 0, columns; j < n; j += columns) {
+        columns = smaller(columnGroup<T>, n - j);
         for (int l = 0; l < k;) {
             KBlock block = next_block(k - l);
             if (!work.tile || !work.panel)
@@ -224,17 +223,18 @@ void scale_c(int m, int n, T beta, Matrix<T> c) {
 }
 
 template <class T>
-void gemm(QRV_GEMM_PARAMETERS(T)) {
+void gemm(const GemmCall<T>& p) {
     static_assert(rowTile<T> * kBlock * sizeof(T) <= tileBytes);
     static_assert(columnGroup<T> * kBlock * sizeof(T) <= panelBytes<T>);
-    if (*m < 1 || *n < 1)
+    if (p.is_empty())
         return;
-    scale_c(*m, *n, *beta, Matrix<T>{c, *ldc});
-    if (*alpha == scalar<T>(0) || *k < 1)
+    QRV_ASSERT(p.is_well_formed());
+    scale_c(p.m, p.n, p.beta, p.c);
+    if (p.adds_nothing())
         return;
     const Work<T> work{static_cast<T*>(qrv_serv_allocate(tileBytes, workAlignment)),
                        static_cast<T*>(qrv_serv_allocate(panelBytes<T>, workAlignment))};
-    multiply(*m, *n, *k, *alpha, Operand<T>(a, *lda, *transa), Operand<T>(b, *ldb, *transb), Matrix<T>{c, *ldc}, work);
+    multiply(p.m, p.n, p.k, p.alpha, Operand<T>(p.a, p.opA), Operand<T>(p.b, p.opB), p.c, work);
     qrv_serv_deallocate(work.panel);
     qrv_serv_deallocate(work.tile);
 }
@@ -246,7 +246,7 @@ void gemm(QRV_GEMM_PARAMETERS(T)) {
         scale_c(*m, *n, *beta, Matrix<T>{c, *ldc});                                                                    \
     }                                                                                                                  \
     void blas_##name##_kernel(QRV_GEMM_PARAMETERS(T)) {                                                                \
-        gemm(QRV_GEMM_ARGUMENTS);                                                                                      \
+        gemm(gemm_call<T>(QRV_GEMM_ARGUMENTS));                                                                        \
     }
 QRV_DEFINE_GEMM(float, sgemm)
 QRV_DEFINE_GEMM(SingleComplex, cgemm)

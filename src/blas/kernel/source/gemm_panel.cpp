@@ -7,13 +7,13 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 #define QRV_DEFINE_PANEL_GEMM(T, gemm)                                                                                 \
     void blas_##gemm##_kernel(QRV_GEMM_PARAMETERS(T)) {                                                                \
-        gemm_panel(QRV_GEMM_ARGUMENTS);                                                                                \
+        gemm_panel(gemm_call<T>(QRV_GEMM_ARGUMENTS));                                                                  \
     }                                                                                                                  \
     void blas_##gemm##_small(QRV_GEMM_PARAMETERS(T)) {                                                                 \
-        gemm_small(QRV_GEMM_ARGUMENTS);                                                                                \
+        gemm_small(gemm_call<T>(QRV_GEMM_ARGUMENTS));                                                                  \
     }                                                                                                                  \
     void blas_##gemm##_scale_c(const int* m, const int* n, const T* beta, T* c, const int* ldc) {                      \
-        gemm_scale_c(m, n, beta, c, ldc);                                                                              \
+        gemm_scale_c(*m, *n, *beta, Matrix<T>{c, *ldc});                                                               \
     }
 QRV_DEFINE_PANEL_GEMM(float, sgemm)
 QRV_DEFINE_PANEL_GEMM(SingleComplex, cgemm)

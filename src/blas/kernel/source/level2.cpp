@@ -7,26 +7,23 @@
 #include "blas/kernel/common/level2/syr.hpp"
 #include "blas/kernel/common/level2/trmv.hpp"
 #include "blas/kernel/kernels.hpp"
+#include "blas/options.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 // ---- General, symmetric and Hermitian -----------------------------------------------------------------------------
 
-constexpr bool is_upper(char uplo) {
-    return uplo == 'U' || uplo == 'u';
-}
-
 void blas_sgemv_kernel(QRV_GEMV_PARAMETERS(float)) {
-    gemv<float>(*trans, *m, *n, *alpha, {a, *lda}, x, *incx, *beta, y, *incy);
+    gemv<float>(op_of(*trans), *m, *n, *alpha, {a, *lda}, x, *incx, *beta, y, *incy);
 }
 void blas_cgemv_kernel(QRV_GEMV_PARAMETERS(SingleComplex)) {
-    gemv<SingleComplex>(*trans, *m, *n, *alpha, {a, *lda}, x, *incx, *beta, y, *incy);
+    gemv<SingleComplex>(op_of(*trans), *m, *n, *alpha, {a, *lda}, x, *incx, *beta, y, *incy);
 }
 void blas_ssymv_kernel(QRV_SYMV_PARAMETERS(float)) {
-    symv<float>(is_upper(*uplo), *n, *alpha, {a, *lda}, x, *incx, *beta, y, *incy);
+    symv<float>(uplo_of(*uplo), *n, *alpha, {a, *lda}, x, *incx, *beta, y, *incy);
 }
 void blas_chemv_kernel(QRV_SYMV_PARAMETERS(SingleComplex)) {
-    symv<SingleComplex>(is_upper(*uplo), *n, *alpha, {a, *lda}, x, *incx, *beta, y, *incy);
+    symv<SingleComplex>(uplo_of(*uplo), *n, *alpha, {a, *lda}, x, *incx, *beta, y, *incy);
 }
 void blas_sger_kernel(QRV_GER_PARAMETERS(float)) {
     ger<false, float>(*m, *n, *alpha, x, *incx, y, *incy, {a, *lda});
@@ -38,57 +35,58 @@ void blas_cgerc_kernel(QRV_GER_PARAMETERS(SingleComplex)) {
     ger<true, SingleComplex>(*m, *n, *alpha, x, *incx, y, *incy, {a, *lda});
 }
 void blas_ssyr_kernel(QRV_SYR_PARAMETERS(float)) {
-    syr<float>(whole_triangle(is_upper(*uplo), *n), *alpha, {*n, x, *incx}, {a, *lda});
+    syr<float>(whole_triangle(uplo_of(*uplo), *n), *alpha, {*n, x, *incx}, {a, *lda});
 }
 void blas_cher_kernel(QRV_SYR_PARAMETERS(SingleComplex)) {
-    syr<SingleComplex>(whole_triangle(is_upper(*uplo), *n), *alpha, {*n, x, *incx}, {a, *lda});
+    syr<SingleComplex>(whole_triangle(uplo_of(*uplo), *n), *alpha, {*n, x, *incx}, {a, *lda});
 }
 void blas_ssyr2_kernel(QRV_SYR2_PARAMETERS(float)) {
-    syr2<float>(whole_triangle(is_upper(*uplo), *n), *alpha, {*n, x, *incx}, {*n, y, *incy}, {a, *lda});
+    syr2<float>(whole_triangle(uplo_of(*uplo), *n), *alpha, {*n, x, *incx}, {*n, y, *incy}, {a, *lda});
 }
 void blas_cher2_kernel(QRV_SYR2_PARAMETERS(SingleComplex)) {
-    syr2<SingleComplex>(whole_triangle(is_upper(*uplo), *n), *alpha, {*n, x, *incx}, {*n, y, *incy}, {a, *lda});
+    syr2<SingleComplex>(whole_triangle(uplo_of(*uplo), *n), *alpha, {*n, x, *incx}, {*n, y, *incy}, {a, *lda});
 }
 void blas_ssyr_band_kernel(QRV_SYR_BAND_PARAMETERS) {
-    const TriangleBand band = last_band(is_upper(*uplo), *width, *length);
+    const TriangleBand band = last_band(uplo_of(*uplo), *width, *length);
     syr<float>(band, *alpha, {*length, x, *incx}, whole_of_band(band, a, *lda));
 }
 void blas_ssyr2_band_kernel(QRV_SYR2_BAND_PARAMETERS) {
-    const TriangleBand band = last_band(is_upper(*uplo), *width, *length);
+    const TriangleBand band = last_band(uplo_of(*uplo), *width, *length);
     syr2<float>(band, *alpha, {*length, x, *incx}, {*length, y, *incy}, whole_of_band(band, a, *lda));
 }
 
 // ---- Triangular and banded ----------------------------------------------------------------------------------------
 
 void blas_strmv_kernel(QRV_TRIANGULAR_PARAMETERS(float)) {
-    trmv(*uplo, *trans, *diag, *n, a, *lda, x, *incx);
+    trmv<float>(uplo_of(*uplo), op_of(*trans), diag_of(*diag), *n, {a, *lda}, x, *incx);
 }
 void blas_ctrmv_kernel(QRV_TRIANGULAR_PARAMETERS(SingleComplex)) {
-    trmv(*uplo, *trans, *diag, *n, a, *lda, x, *incx);
+    trmv<SingleComplex>(uplo_of(*uplo), op_of(*trans), diag_of(*diag), *n, {a, *lda}, x, *incx);
 }
 void blas_strsv_kernel(QRV_TRIANGULAR_PARAMETERS(float)) {
-    trsv(*uplo, *trans, *diag, *n, a, *lda, x, *incx);
+    trsv<float>(uplo_of(*uplo), op_of(*trans), diag_of(*diag), *n, {a, *lda}, x, *incx);
 }
 void blas_ctrsv_kernel(QRV_TRIANGULAR_PARAMETERS(SingleComplex)) {
-    trsv(*uplo, *trans, *diag, *n, a, *lda, x, *incx);
+    trsv<SingleComplex>(uplo_of(*uplo), op_of(*trans), diag_of(*diag), *n, {a, *lda}, x, *incx);
 }
 void blas_strmv_band_kernel(QRV_TRIANGLE_BAND_PARAMETERS(float)) {
-    trmv_band(*uplo, *trans, *diag, *width, *length, a, *lda, x, y, *incy);
+    trmv_band<float>(uplo_of(*uplo), op_of(*trans), diag_of(*diag), *width, *length, {a, *lda}, x, y, *incy);
 }
 void blas_ctrmv_band_kernel(QRV_TRIANGLE_BAND_PARAMETERS(SingleComplex)) {
-    trmv_band(*uplo, *trans, *diag, *width, *length, a, *lda, x, y, *incy);
+    trmv_band<SingleComplex>(uplo_of(*uplo), op_of(*trans), diag_of(*diag), *width, *length, {a, *lda}, x, y, *incy);
 }
 void blas_sgbmv_kernel(QRV_GBMV_PARAMETERS(float)) {
-    gbmv(*trans, *m, *n, *kl, *ku, *alpha, a, *lda, x, *incx, *beta, y, *incy);
+    gbmv<float>(op_of(*trans), *m, *n, *kl, *ku, *alpha, {a, *lda}, x, *incx, *beta, y, *incy);
 }
 void blas_ssbmv_kernel(QRV_SBMV_PARAMETERS(float)) {
-    sbmv(*uplo, *n, *k, *alpha, a, *lda, x, *incx, *beta, y, *incy);
+    sbmv<float>(uplo_of(*uplo), *n, *k, *alpha, {a, *lda}, x, *incx, *beta, y, *incy);
 }
 void blas_stbmv_kernel(QRV_TRIANGULAR_BAND_PARAMETERS(float)) {
-    banded_triangular<Action::multiply>(*uplo, *trans, *diag, *n, *k, a, *lda, x, *incx);
+    banded_triangular<Action::multiply, float>(uplo_of(*uplo), op_of(*trans), diag_of(*diag), *n, *k, {a, *lda}, x,
+                                               *incx);
 }
 void blas_stbsv_kernel(QRV_TRIANGULAR_BAND_PARAMETERS(float)) {
-    banded_triangular<Action::solve>(*uplo, *trans, *diag, *n, *k, a, *lda, x, *incx);
+    banded_triangular<Action::solve, float>(uplo_of(*uplo), op_of(*trans), diag_of(*diag), *n, *k, {a, *lda}, x, *incx);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -1,6 +1,7 @@
 // The micro-kernel with AVX2 and FMA.
 //
 // 16 registers hold 3 panels x 2 slivers: 12 sums, two sliver steps, two rows of A. With 8 it is 3 x 1.
+#include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/gemm_direct.hpp"
 #include "blas/kernel/common/gemm/gemm_wide_complex.hpp"
 #include "blas/kernel/common/gemm/gemm_wide_form.hpp"
@@ -72,10 +73,10 @@ void use_form(GemmPlan<SingleComplex>* plan) {
 }
 
 void direct(QRV_GEMM_PARAMETERS(float)) {
-    gemm_direct<Vec8f, float>(QRV_GEMM_ARGUMENTS);
+    gemm_direct<Vec8f, float>(gemm_call<float>(QRV_GEMM_ARGUMENTS));
 }
 void direct(QRV_GEMM_PARAMETERS(SingleComplex)) {
-    gemm_direct<Vec8f, SingleComplex>(QRV_GEMM_ARGUMENTS);
+    gemm_direct<Vec8f, SingleComplex>(gemm_call<SingleComplex>(QRV_GEMM_ARGUMENTS));
 }
 
 } // namespace qrv::kernel::sse42_avx2

@@ -3,6 +3,7 @@
 // 32 registers would hold more than 4 panels x 4 slivers, but larger tiles ran slower: 16 sums cover the latency of
 // the multiply-add, and four panels, which lie a power of two apart, leave the innermost cache to the slivers. With
 // 8 registers it is 3 x 2.
+#include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/gemm_direct.hpp"
 #include "blas/kernel/common/gemm/gemm_wide_complex.hpp"
 #include "blas/kernel/common/gemm/gemm_wide_form.hpp"
@@ -107,10 +108,10 @@ void use_form(GemmPlan<SingleComplex>* plan) {
 }
 
 void direct(QRV_GEMM_PARAMETERS(float)) {
-    gemm_direct<Vec16f, float>(QRV_GEMM_ARGUMENTS);
+    gemm_direct<Vec16f, float>(gemm_call<float>(QRV_GEMM_ARGUMENTS));
 }
 void direct(QRV_GEMM_PARAMETERS(SingleComplex)) {
-    gemm_direct<Vec16f, SingleComplex>(QRV_GEMM_ARGUMENTS);
+    gemm_direct<Vec16f, SingleComplex>(gemm_call<SingleComplex>(QRV_GEMM_ARGUMENTS));
 }
 
 } // namespace qrv::kernel::sse42_avx512

@@ -1,6 +1,7 @@
-// What the thread decisions of levels 1 and 2 ask of the machine they run on.
+// What the thread decisions ask of the machine they run on, and how they choose their numbers.
 #pragma once
 
+#include "blas/complex.hpp"
 #include "qrv/service.h"
 
 namespace qrv {
@@ -11,5 +12,14 @@ struct ThisMachine {
     static int dynamic() { return qrv_serv_get_dynamic(); }
     static int second_cache_bytes() { return qrv_serv_get_cache_size(2); }
 };
+
+// The row of numbers for an element type.
+template <class T, class Row>
+constexpr const Row& row_for(const Row& real, const Row& complex) {
+    if constexpr (isComplex<T>)
+        return complex;
+    else
+        return real;
+}
 
 } // namespace qrv

@@ -3,6 +3,8 @@
 
 #include <cstddef>
 
+#include "blas/matrix.hpp"
+
 namespace qrv {
 
 // Elements, rows, columns or steps [first, first + count).
@@ -41,6 +43,10 @@ constexpr Slice vector_slice(int n, int team, int thread) {
 constexpr std::ptrdiff_t slice_offset(Slice slice, int n, int inc) {
     const int steps = inc >= 0 ? slice.first : slice.first + slice.count - n;
     return std::ptrdiff_t{steps} * inc;
+}
+template <class T>
+constexpr Vector<T> slice_of(Vector<T> x, int n, Slice slice) {
+    return {x.data + slice_offset(slice, n, x.inc), x.inc};
 }
 
 } // namespace qrv

@@ -11,6 +11,7 @@
 #pragma once
 
 #include "blas/complex.hpp"
+#include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/gemm_blocks.hpp"
 #include "blas/kernel/common/gemm/gemm_small.hpp"
 #include "blas/kernel/common/vec/vec4f.hpp"
@@ -132,8 +133,8 @@ inline void multiply_small(int m, int n, ComplexProduct&& p, Matrix<SingleComple
     const bool asItLies = p.a.columns_contiguous() && !p.conjugatedA;
     for (int left = p.k; left > 0; left -= p.k) {
         p.k = smaller(left, smallDepth);
-        for (int i = 0; i < m; i += smallRows) {
-            const int rows = smaller(m - i, smallRows);
+        for (int i = 0, rows; i < m; i += rows) {
+            rows = smaller(m - i, smallRows);
             update_rows<2 * smallRows>(
                 2 * rows, n, p, asItLies ? TileRows{p.a.at(i, 0), p.a.columnStride} : gather_rows(p, i, rows, gathered),
                 c.block(i, 0));
@@ -144,20 +145,13 @@ inline void multiply_small(int m, int n, ComplexProduct&& p, Matrix<SingleComple
     }
 }
 
-inline void gemm_small(QRV_GEMM_PARAMETERS(SingleComplex)) {
-    if (*m <= 0 || *n <= 0)
+[[gnu::always_inline]] inline void gemm_small(const GemmCall<SingleComplex>& p) {
+    if (p.is_empty())
         return;
-    if (*k <= 0 || *alpha == scalar<SingleComplex>(0))
-        return gemm_scale_c(m, n, beta, c, ldc);
-    multiply_small(*m, *n,
-                   {*k,
-                    *alpha,
-                    *beta,
-                    {a, *lda, transposes(*transa)},
-                    {b, *ldb, transposes(*transb)},
-                    conjugates(*transa),
-                    conjugates(*transb)},
-                   Matrix<SingleComplex>{c, *ldc});
+    if (p.adds_nothing())
+        return gemm_scale_c(p.m, p.n, p.beta, p.c);
+    multiply_small(p.m, p.n, {p.k, p.alpha, p.beta, p.view_of_a(), p.view_of_b(), conjugates(p.opA), conjugates(p.opB)},
+                   p.c);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -12,11 +12,16 @@
 
 #include <cstdint>
 
+#include "blas/assert.hpp"
 #include "blas/complex.hpp"
+#include "blas/gemm_call.hpp"
+#include "blas/kernel/common/gemm/cgemm_small.hpp"
 #include "blas/kernel/common/gemm/gemm_blocks.hpp"
+#include "blas/kernel/common/gemm/gemm_scale_c.hpp"
+#include "blas/kernel/common/gemm/gemm_small.hpp"
 #include "blas/kernel/gemm_plan.hpp"
-#include "blas/kernel/kernels.hpp"
 #include "blas/matrix.hpp"
+#include "blas/options.hpp"
 #include "qrv/service.h"
 #include "service/work_pool.hpp"
 
@@ -34,28 +39,6 @@ struct GemmPlanRow {
     typename GemmPlan<T>::CopyA *copyAN, *copyAT, *copyAC;
     typename GemmPlan<T>::CopyB *copyBN, *copyBT, *copyBC;
     typename GemmPlan<T>::Micro* micro;
-};
-
-// What the core needs from the build besides the plan.
-template <class T>
-struct GemmFallback {
-    void (*small)(QRV_GEMM_PARAMETERS(T));
-    void (*scaleC)(const int* m, const int* n, const T* beta, T* c, const int* ldc);
-};
-
-// One GEMM call as the core works on it. Of beta only a micro-kernel that scales C takes notice.
-template <class T>
-struct GemmCall {
-    const char *transa, *transb;
-    int m, n, k;
-    const T* alpha;
-    const T* a;
-    int lda;
-    const T* b;
-    int ldb;
-    const T* beta;
-    T* c;
-    int ldc;
 };
 
 // ---- Blocks and buffers ------------------------------------------------------------------------------------
@@ -204,16 +187,16 @@ void store_blocks(int mb, int nb, int kb, GemmPlan<T>* plan) {
 }
 
 template <class T>
-typename GemmPlan<T>::CopyA* copy_a(const GemmPlan<T>& plan, char transa) {
-    if (!transposes(transa))
+typename GemmPlan<T>::CopyA* copy_a(const GemmPlan<T>& plan, Op op) {
+    if (!transposes(op))
         return plan.copyAN;
-    return conjugates(transa) ? plan.copyAC : plan.copyAT;
+    return conjugates(op) ? plan.copyAC : plan.copyAT;
 }
 template <class T>
-typename GemmPlan<T>::CopyB* copy_b(const GemmPlan<T>& plan, char transb) {
-    if (!transposes(transb))
+typename GemmPlan<T>::CopyB* copy_b(const GemmPlan<T>& plan, Op op) {
+    if (!transposes(op))
         return plan.copyBN;
-    return conjugates(transb) ? plan.copyBC : plan.copyBT;
+    return conjugates(op) ? plan.copyBC : plan.copyBT;
 }
 
 // ---- The blocked core --------------------------------------------------------------------------------------
@@ -268,84 +251,91 @@ bool is_small(GemmMode mode, const GemmCall<T>& p, const GemmPlan<T>& plan) {
     return mode == GemmMode::packA && (p.m < plan.smallM || p.n < plan.smallN || p.k < plan.smallK);
 }
 
-// The loop nest of all modes; buffers are there.
+// The loop nest of all modes; buffers are there. Of beta only a micro-kernel that scales C takes notice.
 template <class T>
 void multiply_blocks(const GemmCall<T>& p, const ModeTraits& mode, const GemmPlan<T>& plan) {
-    const OpView<const T> opA(p.a, p.lda, transposes(*p.transa)), opB(p.b, p.ldb, transposes(*p.transb));
-    const Matrix<T> c{p.c, p.ldc};
+    const OpView<const T> viewA = p.view_of_a(), viewB = p.view_of_b();
+    const char transa = letter(p.opA), transb = letter(p.opB);
+    const int lda = static_cast<int>(p.a.ld), ldb = static_cast<int>(p.b.ld), ldc = static_cast<int>(p.c.ld);
     const MicroForm form = mode.form();
     const T one = scalar<T>(1);
     const int columnStep = mode.givenB ? p.n : plan.nb;
     const int kStep = mode.one_k_block() ? p.k : plan.kb;
     const int rowStep = mode.givenA ? p.m : plan.mb;
-    for (int j = 0; j < p.n; j += columnStep) {
-        const int nc = smaller(columnStep, p.n - j);
-        for (int l = 0; l < p.k; l += kStep) {
-            const int kc = smaller(kStep, p.k - l);
+    for (int j = 0, nc; j < p.n; j += nc) {
+        nc = smaller(columnStep, p.n - j);
+        for (int l = 0, kc; l < p.k; l += kc) {
+            kc = smaller(kStep, p.k - l);
             // The direct form is told the true depth: it must not read B past it.
             const int depth = form == MicroForm::packedB ? round_up(kc, plan.kUnit) : kc;
-            const T* beta = l == 0 ? p.beta : &one;
-            const T* b = mode.givenB ? p.b : opB.at(l, j);
-            int ldb = p.ldb;
+            const T* beta = l == 0 ? &p.beta : &one;
+            const T* b = mode.givenB ? p.b.data : viewB.at(l, j);
+            int bStride = ldb;
             if (mode.packsB) {
-                copy_b(plan, *p.transb)(&kc, &nc, b, &p.ldb, plan.bBuffer.data, &plan.bBuffer.stride);
+                copy_b(plan, p.opB)(&kc, &nc, b, &ldb, plan.bBuffer.data, &plan.bBuffer.stride);
                 b = plan.bBuffer.data;
-                ldb = plan.bBuffer.stride;
+                bStride = plan.bBuffer.stride;
             }
-            for (int i = 0; i < p.m; i += rowStep) {
-                const int mc = smaller(rowStep, p.m - i);
-                const T* a = p.a;
-                int aStride = p.lda;
+            for (int i = 0, mc; i < p.m; i += mc) {
+                mc = smaller(rowStep, p.m - i);
+                const T* a = p.a.data;
+                int aStride = lda;
                 if (mode.packsA) {
-                    copy_a(plan, *p.transa)(&mc, &kc, opA.at(i, l), &p.lda, plan.aBuffer.data, &plan.aBuffer.stride,
-                                            p.alpha);
+                    copy_a(plan, p.opA)(&mc, &kc, viewA.at(i, l), &lda, plan.aBuffer.data, &plan.aBuffer.stride,
+                                        &p.alpha);
                     a = plan.aBuffer.data;
                     aStride = plan.aBuffer.stride;
                 }
-                plan.micro(p.transa, p.transb, &mc, &nc, &depth, p.alpha, a, &aStride, b, &ldb, beta, &c(i, j), &p.ldc,
-                           plan.sliver.data, form);
+                plan.micro(&transa, &transb, &mc, &nc, &depth, &p.alpha, a, &aStride, b, &bStride, beta, &p.c(i, j),
+                           &ldc, plan.sliver.data, form);
             }
         }
     }
 }
 
+// The unpacked path, out of line: once in a build, whoever falls back on it.
 template <class T>
-int blocked(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan, GemmFallback<T> fallback) {
-    if (*m <= 0 || *n <= 0)
+[[gnu::noinline]] void gemm_unpacked(GemmCall<T> p) {
+    gemm_small(p);
+}
+
+template <class T>
+int blocked(GemmCall<T> call, GemmMode mode, GemmPlan<T>* plan) {
+    if (call.is_empty())
         return 0;
     ModeTraits traits;
     if (!mode_traits(mode, traits))
         return 1;
     if (plan->mb == 0 || plan->nb == 0 || plan->kb == 0)
-        plan->setBlocks(m, n, k, plan);
+        plan->setBlocks(&call.m, &call.n, &call.k, plan);
     if (mode == GemmMode::choose) {
-        mode = pick_mode(*n, *k, *plan);
+        mode = pick_mode(call.n, call.k, *plan);
         mode_traits(mode, traits);
     }
     const T one = scalar<T>(1);
-    const GemmCall<T> call{transa, transb, *m, *n, *k, alpha, a, *lda, b, *ldb, beta, c, *ldc};
-    const bool nothingToAdd = *alpha == scalar<T>(0) || *k <= 0;
     const bool small = is_small(mode, call, *plan);
-    if (*beta != one && (nothingToAdd || small || !plan->microScalesC))
-        fallback.scaleC(m, n, beta, c, ldc);
-    if (nothingToAdd)
+    if (call.adds_nothing() || small || !plan->microScalesC) {
+        gemm_scale_c(call.m, call.n, call.beta, call.c);
+        call.beta = one;
+    }
+    if (call.adds_nothing())
         return 0;
     if (small) {
-        fallback.small(transa, transb, m, n, k, alpha, a, lda, b, ldb, &one, c, ldc);
+        gemm_unpacked(call);
         return 0;
     }
     // Where the caller packed an operand, k is one block, whatever the plan would cut it into.
-    if (traits.one_k_block() && plan->kb < *k)
-        plan->kb = round_up(*k, plan->kUnit);
+    if (traits.one_k_block() && plan->kb < call.k)
+        plan->kb = round_up(call.k, plan->kUnit);
     void* rawBlock = nullptr;
-    plan->bufferSizes(traits.set, BlockClip::toProblem, m, n, k, plan);
+    plan->bufferSizes(traits.set, BlockClip::toProblem, &call.m, &call.n, &call.k, plan);
     plan->allocateBuffers(traits.set, &rawBlock, plan);
     if (!rawBlock) {
-        if (*beta != one && plan->microScalesC)
-            fallback.scaleC(m, n, beta, c, ldc);
+        gemm_scale_c(call.m, call.n, call.beta, call.c);
+        call.beta = one;
         if (traits.one_k_block())
             return 1;
-        fallback.small(transa, transb, m, n, k, alpha, a, lda, b, ldb, &one, c, ldc);
+        gemm_unpacked(call);
         return 0;
     }
     multiply_blocks(call, traits, *plan);
@@ -357,21 +347,19 @@ int blocked(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan, GemmFallba
 
 // The whole operation; the plan is loaded and has no blocks yet.
 template <class T>
-void serial_gemm(QRV_GEMM_PARAMETERS(T), GemmPlan<T>* plan, GemmFallback<T> fallback) {
-    const T one = scalar<T>(1);
-    const bool small = *m < plan->mUnit || *n < plan->nUnit || *k < plan->kUnit;
-    const bool scaleNow = *alpha == scalar<T>(0) || small || !plan->microScalesC;
-    if (*beta != one && scaleNow)
-        fallback.scaleC(m, n, beta, c, ldc);
-    if (*alpha == scalar<T>(0))
-        return;
-    if (small) {
-        fallback.small(transa, transb, m, n, k, alpha, a, lda, b, ldb, &one, c, ldc);
-        return;
+void serial_gemm(GemmCall<T> call, GemmPlan<T>* plan) {
+    QRV_ASSERT(call.is_well_formed());
+    const bool small = call.m < plan->mUnit || call.n < plan->nUnit || call.k < plan->kUnit;
+    if (call.alpha == scalar<T>(0) || small || !plan->microScalesC) {
+        gemm_scale_c(call.m, call.n, call.beta, call.c);
+        call.beta = scalar<T>(1);
     }
-    plan->setBlocks(m, n, k, plan);
-    blocked(transa, transb, m, n, k, alpha, a, lda, b, ldb, scaleNow ? &one : beta, c, ldc, pick_mode(*n, *k, *plan),
-            plan, fallback);
+    if (call.alpha == scalar<T>(0))
+        return;
+    if (small)
+        return gemm_unpacked(call);
+    plan->setBlocks(&call.m, &call.n, &call.k, plan);
+    blocked(call, pick_mode(call.n, call.k, *plan), plan);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -19,12 +19,13 @@
 
 #include <cstddef>
 
+#include "blas/assert.hpp"
 #include "blas/complex.hpp"
+#include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/gemm_blocks.hpp"
 #include "blas/kernel/common/gemm/gemm_dots.hpp"
 #include "blas/kernel/common/gemm/gemm_wide_complex.hpp"
 #include "blas/kernel/common/vec/unrolling.hpp"
-#include "blas/kernel/kernels.hpp"
 #include "blas/matrix.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
@@ -321,31 +322,33 @@ template <class Vector, class T>
 
 // The whole product; m, n and k are positive.
 template <class Vector, class T>
-QRV_INLINE void gemm_direct(QRV_GEMM_PARAMETERS(T)) {
+QRV_INLINE void gemm_direct(const GemmCall<T>& call) {
+    QRV_ASSERT(call.is_well_formed());
     constexpr std::ptrdiff_t element = floatsIn<T>;
-    const bool transposedA = transposes(*transa), transposedB = transposes(*transb);
+    const bool transposedA = transposes(call.opA), transposedB = transposes(call.opB);
     if constexpr (!isComplex<T>)
-        if (*k >= dotsDepth<Vector> && pays_by_dots<Vector>(transposedA, transposedB, *m, *n, *k))
-            return gemm_by_dots<Vector>(QRV_GEMM_ARGUMENTS);
-    const std::ptrdiff_t stepA = *lda * element, stepB = *ldb * element;
+        if (call.k >= dotsDepth<Vector> && pays_by_dots<Vector>(transposedA, transposedB, call.m, call.n, call.k))
+            return gemm_by_dots<Vector>(call);
+    const std::ptrdiff_t stepA = call.a.ld * element, stepB = call.b.ld * element;
     DirectProduct<T> p;
     p.aStep = stepA;
     p.bStep = transposedB ? stepB : element;
     p.bColumn = transposedB ? element : stepB;
-    p.ldc = *ldc * element;
-    p.alpha = *alpha;
-    p.beta = *beta;
+    p.ldc = call.c.ld * element;
+    p.alpha = call.alpha;
+    p.beta = call.beta;
     if constexpr (isComplex<T>) {
-        p.conjugatedA = conjugates(*transa);
-        p.conjugatedB = conjugates(*transb);
+        p.conjugatedA = conjugates(call.opA);
+        p.conjugatedB = conjugates(call.opB);
     }
-    const auto *aFloats = reinterpret_cast<const float*>(a), *bFloats = reinterpret_cast<const float*>(b);
-    auto* cFloats = reinterpret_cast<float*>(c);
-    const int rows = *m * floatsIn<T>;
-    if (transposedA || (stepA % directConflict<T> == 0 && *n >= directRepays))
-        direct_gathered<Vector>(transposedA, rows, *n, p, *k, aFloats, stepA, bFloats, cFloats);
+    const auto *aFloats = reinterpret_cast<const float*>(call.a.data),
+               *bFloats = reinterpret_cast<const float*>(call.b.data);
+    auto* cFloats = reinterpret_cast<float*>(call.c.data);
+    const int rows = call.m * floatsIn<T>;
+    if (transposedA || (stepA % directConflict<T> == 0 && call.n >= directRepays))
+        direct_gathered<Vector>(transposedA, rows, call.n, p, call.k, aFloats, stepA, bFloats, cFloats);
     else
-        direct_straight<Vector>(rows, *n, p, *k, aFloats, bFloats, cFloats);
+        direct_straight<Vector>(rows, call.n, p, call.k, aFloats, bFloats, cFloats);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

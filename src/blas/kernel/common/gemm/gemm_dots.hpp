@@ -10,10 +10,10 @@
 
 #include <cstddef>
 
+#include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/gemm_blocks.hpp"
 #include "blas/kernel/common/gemm/gemm_wide.hpp"
 #include "blas/kernel/common/vec/unrolling.hpp"
-#include "blas/kernel/kernels.hpp"
 #include "blas/matrix.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
@@ -70,7 +70,7 @@ void dot_tile(const DotProduct& p, int rows, const float* a, const float* b, flo
         }
     };
     int l = 0;
-    for (; l + Vector::lanes <= p.k; l += Vector::lanes)
+    for (; p.k - l >= Vector::lanes; l += Vector::lanes)
         step([=](const float* x) { return Vector::load(x + l); });
     if (l < p.k) {
         const typename Vector::Mask mask = Vector::Mask::first(p.k - l);
@@ -92,8 +92,8 @@ void dot_tile(const DotProduct& p, int rows, const float* a, const float* b, flo
 template <class Vector>
 QRV_INLINE void dot_tiles(const DotProduct& p, int m, int n, const float* a, const float* b, Matrix<float> c) {
     constexpr int most = sizeof(void*) == 4 ? 1 : Vector::lanes == 16 ? 4 : 2; // of 8, 32 and 16 registers
-    for (int i = 0; i < m; i += 4) {
-        const int rows = smaller(4, m - i);
+    for (int i = 0, rows; i < m; i += rows) {
+        rows = smaller(4, m - i);
         const float* ai = a + i * p.aRow;
         int j = 0;
         for (; n - j >= most; j += most)
@@ -111,24 +111,24 @@ inline void bring_steps_together(int count, int k, const float* x, std::ptrdiff_
 }
 
 template <class Vector>
-[[gnu::noinline]] void gemm_by_dots(QRV_GEMM_PARAMETERS(float)) {
-    const bool gatherA = !transposes(*transa), gatherB = transposes(*transb);
-    const std::ptrdiff_t stepA = *lda, stepB = *ldb;
-    const int block = gatherA || gatherB ? dotsBlock : *k;
-    DotProduct p{gatherA ? dotsBlock : stepA, gatherB ? dotsBlock : stepB, 0, *alpha, *beta};
+[[gnu::noinline]] void gemm_by_dots(GemmCall<float> call) {
+    const bool gatherA = !transposes(call.opA), gatherB = transposes(call.opB);
+    const std::ptrdiff_t stepA = call.a.ld, stepB = call.b.ld;
+    const int block = gatherA || gatherB ? dotsBlock : call.k;
+    DotProduct p{gatherA ? dotsBlock : stepA, gatherB ? dotsBlock : stepB, 0, call.alpha, call.beta};
     alignas(64) float buffer[dotsMost<Vector> * dotsBlock];
-    for (int l = 0; l < *k; l += block, p.beta = 1) {
-        p.k = smaller(block, *k - l);
-        const float* aBlock = a + (gatherA ? l * stepA : l);
-        const float* bBlock = b + (gatherB ? l * stepB : l);
+    for (int l = 0; l < call.k; l += p.k, p.beta = 1) {
+        p.k = smaller(block, call.k - l);
+        const float* aBlock = call.a.data + (gatherA ? l * stepA : l);
+        const float* bBlock = call.b.data + (gatherB ? l * stepB : l);
         if (gatherA) {
-            bring_steps_together(*m, p.k, aBlock, stepA, buffer);
+            bring_steps_together(call.m, p.k, aBlock, stepA, buffer);
             aBlock = buffer;
         } else if (gatherB) {
-            bring_steps_together(*n, p.k, bBlock, stepB, buffer);
+            bring_steps_together(call.n, p.k, bBlock, stepB, buffer);
             bBlock = buffer;
         }
-        dot_tiles<Vector>(p, *m, *n, aBlock, bBlock, {c, *ldc});
+        dot_tiles<Vector>(p, call.m, call.n, aBlock, bBlock, call.c);
     }
 }
 

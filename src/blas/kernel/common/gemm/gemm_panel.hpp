@@ -21,12 +21,13 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "blas/assert.hpp"
 #include "blas/complex.hpp"
+#include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/cgemm_small.hpp"
 #include "blas/kernel/common/gemm/gemm_scale_c.hpp"
 #include "blas/kernel/common/gemm/gemm_small.hpp"
 #include "blas/kernel/common/vec/vec4f.hpp"
-#include "blas/kernel/kernels.hpp"
 #include "blas/kernel/vec.hpp"
 #include "blas/matrix.hpp"
 #include "qrv/service.h"
@@ -414,11 +415,11 @@ void multiply_panel(const PanelProduct<T>& p, const PanelWork<T>& work) {
 template <class T>
 void multiply_by_panels(const PanelProduct<T>& p, T beta, Matrix<T> c, int nb, void* block) {
     PanelWork<T> work(block, nb);
-    for (int j = 0; j < p.n; j += nb) {
-        const int columns = p.n - j < nb ? p.n - j : nb;
+    for (int j = 0, columns; j < p.n; j += columns) {
+        columns = smaller(nb, p.n - j);
         work.columns = columns;
-        for (int i = 0; i < p.m; i += panelRows) {
-            const int rows = p.m - i < panelRows ? p.m - i : panelRows;
+        for (int i = 0, rows; i < p.m; i += rows) {
+            rows = smaller(panelRows, p.m - i);
             PanelProduct<T> part = p;
             part.m = rows;
             part.n = columns;
@@ -431,22 +432,22 @@ void multiply_by_panels(const PanelProduct<T>& p, T beta, Matrix<T> c, int nb, v
     }
 }
 
+// In line, so that a tiny product is not written down and read again.
 template <class T>
-void gemm_panel(QRV_GEMM_PARAMETERS(T)) {
-    if (*m < 1 || *n < 1)
+[[gnu::always_inline]] inline void gemm_panel(const GemmCall<T>& p) {
+    if (p.is_empty())
         return;
-    if (*alpha == scalar<T>(0))
-        return gemm_scale_c(m, n, beta, c, ldc);
-    const bool aTransposed = transposes(*transa), bTransposed = transposes(*transb);
-    if (goes_unpacked<T>(aTransposed, bTransposed, *m, *n, *k))
-        return gemm_small(QRV_GEMM_ARGUMENTS);
-    const int nb = panel_columns<T>(qrv_serv_get_l2_class());
-    void* block = qrv_serv_allocate(panel_work_bytes<T>(nb), 128);
+    QRV_ASSERT(p.is_well_formed());
+    if (p.alpha == scalar<T>(0))
+        return gemm_scale_c(p.m, p.n, p.beta, p.c);
+    const bool unpacked = goes_unpacked<T>(transposes(p.opA), transposes(p.opB), p.m, p.n, p.k);
+    const int nb = unpacked ? 0 : panel_columns<T>(qrv_serv_get_l2_class());
+    void* const block = unpacked ? nullptr : qrv_serv_allocate(panel_work_bytes<T>(nb), 128);
     if (!block)
-        return gemm_small(QRV_GEMM_ARGUMENTS);
+        return gemm_small(p);
     const PanelProduct<T> product{
-        *m, *n, *k, *alpha, {a, *lda, aTransposed}, {b, *ldb, bTransposed}, conjugates(*transa), conjugates(*transb)};
-    multiply_by_panels(product, *beta, Matrix<T>{c, *ldc}, nb, block);
+        p.m, p.n, p.k, p.alpha, p.view_of_a(), p.view_of_b(), conjugates(p.opA), conjugates(p.opB)};
+    multiply_by_panels(product, p.beta, p.c, nb, block);
     qrv_serv_deallocate(block);
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "blas/complex.hpp"
+#include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/cgemm_micro.hpp"
 #include "blas/kernel/common/gemm/cgemm_pack.hpp"
 #include "blas/kernel/common/gemm/cgemm_small.hpp"
@@ -72,10 +73,10 @@ static_assert(complex_tile::columnUnit * complexSliverFactor * complex_tile::par
 
 #define QRV_DEFINE_PLANNED_GEMM(T, gemm)                                                                               \
     void blas_##gemm##_small(QRV_GEMM_PARAMETERS(T)) {                                                                 \
-        gemm_small(QRV_GEMM_ARGUMENTS);                                                                                \
+        gemm_unpacked(gemm_call<T>(QRV_GEMM_ARGUMENTS));                                                               \
     }                                                                                                                  \
     void blas_##gemm##_scale_c(const int* m, const int* n, const T* beta, T* c, const int* ldc) {                      \
-        gemm_scale_c(m, n, beta, c, ldc);                                                                              \
+        gemm_scale_c(*m, *n, *beta, Matrix<T>{c, *ldc});                                                               \
     }                                                                                                                  \
     int blas_##gemm##_plan_available() {                                                                               \
         return 1;                                                                                                      \
@@ -96,13 +97,13 @@ static_assert(complex_tile::columnUnit * complexSliverFactor * complex_tile::par
         return pick_mode(*n, *k, *plan);                                                                               \
     }                                                                                                                  \
     int blas_##gemm##_blocked(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan) {                              \
-        return blocked(QRV_GEMM_ARGUMENTS, mode, plan, {blas_##gemm##_small, blas_##gemm##_scale_c});                  \
+        return blocked(gemm_call<T>(QRV_GEMM_ARGUMENTS), mode, plan);                                                  \
     }                                                                                                                  \
     /* Out of line, so that a call that needs no plan does not pay for its frame. */                                   \
     [[gnu::noinline]] void blas_##gemm##_by_plan(QRV_GEMM_PARAMETERS(T)) {                                             \
         GemmPlan<T> plan; /* loading resets all that is read before it is set */                                       \
         blas_##gemm##_plan_load(&plan);                                                                                \
-        serial_gemm(QRV_GEMM_ARGUMENTS, &plan, {blas_##gemm##_small, blas_##gemm##_scale_c});                          \
+        serial_gemm(gemm_call<T>(QRV_GEMM_ARGUMENTS), &plan);                                                          \
     }
 
 QRV_DEFINE_PLANNED_GEMM(float, sgemm)

@@ -56,8 +56,8 @@ struct SetToZero {
 
 // Writes what `change` makes of the lanes at an address, for `columns` columns of m floats, `unit` of them an element.
 template <int unit, int columns, class Change>
-void change_columns(int m, Change change, Matrix<float> c) {
-    auto at = [&](int i, auto lanes) {
+void change_columns(std::ptrdiff_t m, Change change, Matrix<float> c) {
+    auto at = [&](std::ptrdiff_t i, auto lanes) {
         for (int j = 0; j < columns; ++j) {
             float* p = c.column(j) + i;
             store_first<lanes()>(p, change(p, lanes));
@@ -65,7 +65,7 @@ void change_columns(int m, Change change, Matrix<float> c) {
     };
     const Lanes<4> vector;
     const Lanes<unit> single;
-    int i = 0;
+    std::ptrdiff_t i = 0;
     if (m >= peelFrom)
         for (const int head = floats_to_boundary(c.data) / unit * unit; i < head; i += unit)
             at(i, single);
@@ -80,7 +80,7 @@ void change_columns(int m, Change change, Matrix<float> c) {
 }
 
 template <int unit, class Change>
-void change_matrix(int m, int n, Change change, Matrix<float> c) {
+void change_matrix(std::ptrdiff_t m, int n, Change change, Matrix<float> c) {
     int j = 0;
     for (; n - j >= 4; j += 4)
         change_columns<unit, 4>(m, change, c.block(0, j));
@@ -89,13 +89,13 @@ void change_matrix(int m, int n, Change change, Matrix<float> c) {
 }
 
 template <class T>
-void gemm_scale_c(const int* m, const int* n, const T* beta, T* c, const int* ldc) {
-    constexpr int unit = sizeof(T) / sizeof(float);
-    const Matrix<float> matrix{reinterpret_cast<float*>(c), std::ptrdiff_t{unit} * *ldc};
-    if (*beta == scalar<T>(0))
-        change_matrix<unit>(unit * *m, *n, SetToZero(), matrix);
-    else if (*beta != scalar<T>(1))
-        change_matrix<unit>(unit * *m, *n, ScaledBy<T>(*beta), matrix);
+void gemm_scale_c(int m, int n, T beta, Matrix<T> c) {
+    constexpr int unit = floatsIn<T>;
+    const Matrix<float> matrix{reinterpret_cast<float*>(c.data), unit * c.ld};
+    if (beta == scalar<T>(0))
+        change_matrix<unit>(std::ptrdiff_t{unit} * m, n, SetToZero(), matrix);
+    else if (beta != scalar<T>(1))
+        change_matrix<unit>(std::ptrdiff_t{unit} * m, n, ScaledBy<T>(beta), matrix);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -13,9 +13,9 @@
 
 #include <cstddef>
 
+#include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/gemm_scale_c.hpp"
 #include "blas/kernel/common/vec/vec4f.hpp"
-#include "blas/kernel/kernels.hpp"
 #include "blas/matrix.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
@@ -243,13 +243,12 @@ inline void multiply_small(int m, int n, SmallProduct&& p, Matrix<float> c) {
     }
 }
 
-inline void gemm_small(QRV_GEMM_PARAMETERS(float)) {
-    if (*m <= 0 || *n <= 0)
+[[gnu::always_inline]] inline void gemm_small(const GemmCall<float>& p) {
+    if (p.is_empty())
         return;
-    if (*k <= 0 || *alpha == 0)
-        return gemm_scale_c(m, n, beta, c, ldc);
-    multiply_small(*m, *n, {*k, *alpha, *beta, {a, *lda, transposes(*transa)}, {b, *ldb, transposes(*transb)}},
-                   Matrix<float>{c, *ldc});
+    if (p.adds_nothing())
+        return gemm_scale_c(p.m, p.n, p.beta, p.c);
+    multiply_small(p.m, p.n, {p.k, p.alpha, p.beta, p.view_of_a(), p.view_of_b()}, p.c);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -52,13 +52,13 @@ int first_of_magnitude(float size, int n, const T* x) {
     constexpr int L = Vec::lanes;
     const Vec wanted = Vec::splat(size);
     int i = 0;
-    for (; i + 4 * L <= n; i += 4 * L) {
+    for (; n - i >= 4 * L; i += 4 * L) {
         const T* const p = x + i;
         if (const std::uint64_t found =
                 equal_lanes(wanted, magnitudes(p), magnitudes(p + L), magnitudes(p + 2 * L), magnitudes(p + 3 * L)))
             return i + __builtin_ctzll(found);
     }
-    for (; i + L <= n; i += L)
+    for (; n - i >= L; i += L)
         if (const std::uint64_t found = equal_lanes(wanted, magnitudes(x + i)))
             return i + __builtin_ctzll(found);
     return i + __builtin_ctzll(equal_lanes(wanted, magnitudes_part(x + i, n - i)));

@@ -94,12 +94,12 @@ int iamax(int n, const T* x, int incx) {
         return 0;
     int best = 1;
     float largest = abs1(*x);
-    for (int i = 2; i <= n; ++i) {
+    for (int i = 1; i < n; ++i) {
         x += incx;
         const float size = abs1(*x);
         if (!(largest >= size)) {
             largest = size;
-            best = i;
+            best = i + 1;
         }
     }
     return best;

@@ -8,7 +8,7 @@
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 // (c, s) such that c*a + s*b = r and c*b - s*a = 0. r replaces a; z, from which (c, s) can be had again, replaces b.
-// A NaN or an infinity makes r, c and s NaN, where they depend on it.
+// A NaN or an infinity makes r, c and s NaN, where they depend on it; with a NaN z is 1.
 inline void rotg(float& a, float& b, float& c, float& s) {
     const double a0 = a, b0 = b;
     const double size = __builtin_fabs(a0) + __builtin_fabs(b0);
@@ -18,13 +18,14 @@ inline void rotg(float& a, float& b, float& c, float& s) {
         return;
     }
     const bool aIsLarger = __builtin_fabs(a0) > __builtin_fabs(b0);
+    const bool bIsLarger = __builtin_fabs(b0) >= __builtin_fabs(a0); // neither is with a NaN
     const double as = a0 / size, bs = b0 / size;
     const double r = __builtin_copysign(size * __builtin_sqrt(as * as + bs * bs), aIsLarger ? a0 : b0);
     const double cosine = a0 / r, sine = b0 / r;
     c = static_cast<float>(cosine);
     s = static_cast<float>(sine);
     a = static_cast<float>(r);
-    b = static_cast<float>(aIsLarger ? sine : c != 0 ? 1 / cosine : 1);
+    b = static_cast<float>(aIsLarger ? sine : bIsLarger && c != 0 ? 1 / cosine : 1);
 }
 
 // ---- Modified rotations -------------------------------------------------------------------------------------------

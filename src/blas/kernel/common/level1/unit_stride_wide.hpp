@@ -72,8 +72,8 @@ private:
             pieces<size / 2>(count);
     }
     [[gnu::always_inline]] void part(int count) {
-        Vec x = Step::readsX ? load_part(x_ + done_, count) : Vec::zero();
-        Vec y = Step::readsY ? load_part(y_ + done_, count) : Vec::zero();
+        Vec x = Step::readsX ? load_part<Vec>(x_ + done_, count) : Vec::zero();
+        Vec y = Step::readsY ? load_part<Vec>(y_ + done_, count) : Vec::zero();
         step_(1, x, y);
         if constexpr (Step::writesX)
             store_part(x_ + done_, x, count);

@@ -5,6 +5,7 @@
 // of a leading dimension less by one.
 #pragma once
 
+#include "blas/assert.hpp"
 #include "blas/complex.hpp"
 #include "blas/kernel/common/action.hpp"
 #include "blas/kernel/common/level2/band_columns.hpp"
@@ -12,6 +13,7 @@
 #include "blas/kernel/common/level2/triangle.hpp"
 #include "blas/kernel/common/vec/unrolling.hpp"
 #include "blas/matrix.hpp"
+#include "blas/options.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
@@ -24,8 +26,8 @@ void scaled_elements(T alpha, X x, int j, T (&s)[columns]) {
 }
 
 template <class T>
-Matrix<const T> band_matrix(const T* a, int lda, int diagonalRow) {
-    return {a + diagonalRow, std::ptrdiff_t{lda} - 1};
+Matrix<const T> band_matrix(Matrix<const T> a, int diagonalRow) {
+    return {a.data + diagonalRow, a.ld - 1};
 }
 
 // ---- General -------------------------------------------------------------------------------------------------------
@@ -45,7 +47,7 @@ struct BandShape {
     }
 };
 
-// y := y + alpha*op(A)*x, x and y being addresses or StridedVectors.
+// y := y + alpha*op(A)*x, x and y being addresses or StridedVectors. An empty column has the dot product 0.
 template <class T, class X, class Y>
 void add_band_product(bool transposed, BandShape shape, int n, T alpha, Matrix<const T> a, X x, Y y) {
     // Columns beyond have no rows.
@@ -63,20 +65,23 @@ void add_band_product(bool transposed, BandShape shape, int n, T alpha, Matrix<c
             add_band_columns<columns()>(rows, a.column(j), a.ld, s, y);
         }
     });
+    for (int j = columnsWithRows; transposed && j < n; ++j)
+        y[j] += alpha * scalar<T>(0);
 }
 
 template <class T>
-void gbmv(char trans, int m, int n, int kl, int ku, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y,
+void gbmv(Op op, int m, int n, int kl, int ku, T alpha, Matrix<const T> a, const T* x, int incx, T beta, T* y,
           int incy) {
+    QRV_ASSERT(a.ld > std::ptrdiff_t{kl} + ku);
     if (m <= 0 || n <= 0 || (alpha == scalar<T>(0) && beta == scalar<T>(1)))
         return;
-    const bool transposed = transposes(trans);
+    const bool transposed = transposes(op);
     const int nx = transposed ? m : n, ny = transposed ? n : m;
     const StridedVector<T> ys(ny, y, incy);
     scale(ys, ny, beta);
     if (alpha != scalar<T>(0))
         with_neighbours(StridedVector<const T>(nx, x, incx), nx, ys, ny, [&](auto xn, auto yn) {
-            add_band_product(transposed, {m, kl, ku}, n, alpha, band_matrix(a, lda, ku), xn, yn);
+            add_band_product(transposed, {m, kl, ku}, n, alpha, band_matrix(a, ku), xn, yn);
         });
 }
 
@@ -107,37 +112,37 @@ void add_symmetric_band_product(const Triangle<T>& t, T alpha, X x, Y y) {
         scaled_elements(alpha, x, j, s);
         dot_band_columns<columns(), false>(rows, t.a.column(j), t.a.ld, x, dots);
         add_band_columns<columns()>(rows, t.a.column(j), t.a.ld, s, y);
-        multiply_symmetric_block(t.a.block(j, j), t.upper, s, sums);
+        multiply_symmetric_block(t.a.block(j, j), t.upper(), s, sums);
         for (int k = 0; k < columns(); ++k)
             y[j + k] += alpha * dots[k] + sums[k];
     });
 }
 
 template <class T>
-Triangle<T> band_triangle(char uplo, char diag, int n, int k, const T* a, int lda) {
-    const bool upper = is_letter(uplo, 'U', 'u');
-    return {band_matrix(a, lda, upper ? k : 0), n, smaller(k, n - 1), upper, is_letter(diag, 'U', 'u')};
+Triangle<T> band_triangle(Uplo uplo, Diag diag, int n, int k, Matrix<const T> a) {
+    QRV_ASSERT(a.ld > k);
+    return {band_matrix(a, uplo == Uplo::upper ? k : 0), n, smaller(k, n - 1), uplo, diag};
 }
 
 template <class T>
-void sbmv(char uplo, int n, int k, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y, int incy) {
+void sbmv(Uplo uplo, int n, int k, T alpha, Matrix<const T> a, const T* x, int incx, T beta, T* y, int incy) {
     if (n <= 0 || (alpha == scalar<T>(0) && beta == scalar<T>(1)))
         return;
     const StridedVector<T> ys(n, y, incy);
     scale(ys, n, beta);
     if (alpha != scalar<T>(0))
         with_neighbours(StridedVector<const T>(n, x, incx), n, ys, n, [&](auto xn, auto yn) {
-            add_symmetric_band_product(band_triangle(uplo, 'N', n, k, a, lda), alpha, xn, yn);
+            add_symmetric_band_product(band_triangle(uplo, Diag::nonUnit, n, k, a), alpha, xn, yn);
         });
 }
 
 // ---- Triangular ----------------------------------------------------------------------------------------------------
 
 template <Action action, class T>
-void banded_triangular(char uplo, char trans, char diag, int n, int k, const T* a, int lda, T* x, int incx) {
+void banded_triangular(Uplo uplo, Op op, Diag diag, int n, int k, Matrix<const T> a, T* x, int incx) {
     if (n > 0)
         with_neighbours(StridedVector<T>(n, x, incx), n,
-                        [&](auto xn) { apply_triangle<action>(trans, band_triangle(uplo, diag, n, k, a, lda), xn); });
+                        [&](auto xn) { apply_triangle<action>(op, band_triangle(uplo, diag, n, k, a), xn); });
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -5,6 +5,7 @@
 // elements are apart is brought together block by block.
 #pragma once
 
+#include "blas/assert.hpp"
 #include "blas/complex.hpp"
 #include "blas/kernel/common/level2/columns.hpp"
 #include "blas/kernel/common/level2/multiples.hpp"
@@ -12,6 +13,7 @@
 #include "blas/kernel/common/vec/unrolling.hpp"
 #include "blas/kernel/pack.hpp"
 #include "blas/matrix.hpp"
+#include "blas/options.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
@@ -38,7 +40,7 @@ void add_columns(int m, const T* a, std::ptrdiff_t lda, const T* s, T* y) {
         return sum.result();
     };
     int i = 0;
-    for (; i + Pack<T>::count <= m; i += Pack<T>::count)
+    for (; m - i >= Pack<T>::count; i += Pack<T>::count)
         rows(i, [](const T* p) { return Pack<T>::load(p); }).store(y + i);
     if (i < m)
         rows(i, [=](const T* p) { return Pack<T>::load(p, m - i); }).store(y + i, m - i);
@@ -68,7 +70,7 @@ void add_to_few_rows(int m, int n, const T* a, std::ptrdiff_t lda, const T* s, T
             sums[chain][r].add(load(a + j * lda, r), factor);
     };
     int j = 0;
-    for (; j + chains <= n; j += chains) {
+    for (; n - j >= chains; j += chains) {
         QRV_UNROLL
         for (int chain = 0; chain < chains; ++chain)
             add_column(j + chain, chain);
@@ -97,7 +99,7 @@ void dot_columns(int m, const T* a, std::ptrdiff_t lda, const T* x, T* dots) {
             sums[k].add(load(column.at[k] + i), xi);
     };
     int i = 0;
-    for (; i + Pack<T>::count <= m; i += Pack<T>::count)
+    for (; m - i >= Pack<T>::count; i += Pack<T>::count)
         rows(i, [](const T* p) { return Pack<T>::load(p); });
     if (i < m)
         rows(i, [=](const T* p) { return Pack<T>::load(p, m - i); });
@@ -121,11 +123,11 @@ template <class T>
 void add_product(int m, int n, T alpha, Matrix<const T> a, StridedVector<const T> x, StridedVector<T> y) {
     constexpr int block = blockElements<T>;
     alignas(64) T scaled[block], buffer[block];
-    for (int j = 0; j < n; j += block) {
-        const int columns = smaller(block, n - j);
+    for (int j = 0, columns; j < n; j += columns) {
+        columns = smaller(block, n - j);
         scaled_copy(x, j, columns, alpha, scaled);
-        for (int i = 0; i < m; i += block) {
-            const int rows = smaller(block, m - i);
+        for (int i = 0, rows; i < m; i += rows) {
+            rows = smaller(block, m - i);
             T* const yi = gathered(y, i, rows, buffer);
             add_block_product(rows, columns, a.block(i, j), scaled, yi);
             scatter(y, i, rows, yi);
@@ -139,11 +141,11 @@ void add_transposed_product(int m, int n, T alpha, Matrix<const T> a, StridedVec
     constexpr int block = blockElements<T>;
     alignas(64) T dots[block], buffer[block];
     const int rowBlock = x.inc == 1 ? m : block;
-    for (int i = 0; i < m; i += rowBlock) {
-        const int rows = smaller(rowBlock, m - i);
+    for (int i = 0, rows; i < m; i += rows) {
+        rows = smaller(rowBlock, m - i);
         const T* const xi = gathered(x, i, rows, buffer);
-        for (int j = 0; j < n; j += block) {
-            const int columns = smaller(block, n - j);
+        for (int j = 0, columns; j < n; j += columns) {
+            columns = smaller(block, n - j);
             in_passes<columnsAtOnce<T>>(0, columns, [&](auto inPass, int k) {
                 dot_columns<inPass(), conjugated>(rows, &a(i, j + k), a.ld, xi, dots + k);
             });
@@ -152,11 +154,16 @@ void add_transposed_product(int m, int n, T alpha, Matrix<const T> a, StridedVec
     }
 }
 
+//   A        m x n, stored: op(A) is n x m if op transposes; read once, and not at all for alpha = 0
+//   x, y     as long as op(A) has columns and rows, any increments but 0; y is not read for beta = 0
+//   memory   two or three blocks of blockElements on the stack
+//   reads    nothing past the m rows of a column
 template <class T>
-void gemv(char trans, int m, int n, T alpha, Matrix<const T> a, const T* x, int incx, T beta, T* y, int incy) {
+void gemv(Op op, int m, int n, T alpha, Matrix<const T> a, const T* x, int incx, T beta, T* y, int incy) {
+    QRV_ASSERT(a.ld >= m || n <= 1);
     if (m <= 0 || n <= 0 || (alpha == scalar<T>(0) && beta == scalar<T>(1)))
         return;
-    const bool transposed = transposes(trans);
+    const bool transposed = transposes(op);
     const StridedVector<const T> xs(transposed ? m : n, x, incx);
     const StridedVector<T> ys(transposed ? n : m, y, incy);
     scale(ys, transposed ? n : m, beta);
@@ -164,7 +171,7 @@ void gemv(char trans, int m, int n, T alpha, Matrix<const T> a, const T* x, int 
         return;
     if (!transposed)
         add_product(m, n, alpha, a, xs, ys);
-    else if (isComplex<T> && conjugates(trans))
+    else if (isComplex<T> && op == Op::adjoint)
         add_transposed_product<isComplex<T>>(m, n, alpha, a, xs, ys);
     else
         add_transposed_product<false>(m, n, alpha, a, xs, ys);

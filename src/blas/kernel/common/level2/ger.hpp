@@ -1,8 +1,14 @@
 // A := alpha*x*op(y) + A for a general matrix, where op transposes, and conjugates or not.
 //
-// Several columns a pass, so that x is loaded once for all of them. Columns whose element of y is 0 are left alone.
+// Several columns a pass, so that x is loaded once for all of them. A column whose element of y is 0 is left alone; a
+// real one also where alpha times it vanishes: it is an AXPY with that factor.
+//
+//   A        m x n, read and written once, but for the columns left alone
+//   x, y     m and n elements, any increments but 0; x is read only for columns that change
+//   memory   a block of blockElements on the stack
 #pragma once
 
+#include "blas/assert.hpp"
 #include "blas/complex.hpp"
 #include "blas/kernel/common/level2/columns.hpp"
 #include "blas/kernel/common/level2/rank_update.hpp"
@@ -14,24 +20,28 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 template <bool conjugated, class T>
 void ger(int m, int n, T alpha, const T* x, int incx, const T* y, int incy, Matrix<T> a) {
+    QRV_ASSERT(a.ld >= m || n <= 1);
     if (m <= 0 || n <= 0 || alpha == scalar<T>(0))
         return;
     const StridedVector<const T> xs(m, x, incx), ys(n, y, incy);
+    const auto left_alone = [&](int j, T factor) {
+        return ys[j] == scalar<T>(0) || (!isComplex<T> && factor == scalar<T>(0));
+    };
     alignas(64) T buffer[blockElements<T>];
-    for (int i = 0; i < m; i += blockElements<T>) {
-        const int rows = smaller(blockElements<T>, m - i);
+    for (int i = 0, rows; i < m; i += rows) {
+        rows = smaller(blockElements<T>, m - i);
         const UpdateVectors<1, T> v{{gathered(xs, i, rows, buffer)}};
         in_passes<columnsOfUpdate<T, 1>>(0, n, [&](auto columns, int j) {
             T s[1][columns()];
             bool all = true;
             for (int k = 0; k < columns(); ++k) {
-                all = all && ys[j + k] != scalar<T>(0);
                 s[0][k] = alpha * conj_if<conjugated>(ys[j + k]);
+                all = all && !left_alone(j + k, s[0][k]);
             }
             if (all)
                 return update_columns<Corner::none>(rows, &a(i, j), a.ld, s, v);
             for (int k = 0; k < columns(); ++k)
-                if (const T single[1][1] = {{s[0][k]}}; ys[j + k] != scalar<T>(0))
+                if (const T single[1][1] = {{s[0][k]}}; !left_alone(j + k, s[0][k]))
                     update_columns<Corner::none>(rows, &a(i, j + k), a.ld, single, v);
         });
     }

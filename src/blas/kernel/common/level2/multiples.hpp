@@ -12,7 +12,7 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 template <class T, class Step>
 QRV_INLINE void in_packs(int n, Step step) {
     int i = 0;
-    for (; i + Pack<T>::count <= n; i += Pack<T>::count)
+    for (; n - i >= Pack<T>::count; i += Pack<T>::count)
         step(i, Pack<T>::count);
     if (i < n)
         step(i, n - i);

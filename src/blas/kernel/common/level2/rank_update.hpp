@@ -61,7 +61,7 @@ void update_columns(int m, T* a, std::ptrdiff_t lda, const T (&s)[terms][columns
             rows(i, height, [=](int k) { return Pack<T>::range(larger(k - i, 0), height); });
         }
     const int end = corner == Corner::last ? m - columns : m;
-    for (; i + count <= end; i += count)
+    for (; end - i >= count; i += count)
         rows(i, All{}, [](int) { return All{}; });
     if (i < end)
         rows(i, end - i, [=](int) { return end - i; });

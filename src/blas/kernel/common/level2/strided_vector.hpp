@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "blas/complex.hpp"
+#include "blas/kernel/common/level1/level1_strided.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
@@ -12,13 +13,13 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 template <class T>
 constexpr int blockElements = 8192 / sizeof(T);
 
-// Element i of a vector of n elements; with a negative increment element 0 lies at index (1 - n)*inc from p.
+// Element i of a vector of n elements at p; with a negative increment element 0 is at the far end.
 template <class T>
 struct StridedVector {
     T* first;
     std::ptrdiff_t inc;
 
-    StridedVector(int n, T* p, int step) : first(step < 0 ? p + std::ptrdiff_t{1 - n} * step : p), inc(step) {}
+    StridedVector(int n, T* p, int step) : first(strided::first_element(n, p, step)), inc(step) {}
     T& operator[](int i) const { return first[i * inc]; }
 };
 

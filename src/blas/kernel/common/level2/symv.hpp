@@ -4,14 +4,20 @@
 // The triangle is read once, several columns a pass: each pack of a column is added to y, for the stored half, and
 // multiplied with x, for the other half. Large matrices are cut into square blocks, so that the parts of x and y that a
 // block works on stay in the first-level cache; vectors whose elements are apart are brought together block by block.
+//
+//   A        the named triangle, read once; of a Hermitian diagonal the real parts only; not at all for alpha = 0
+//   x, y     n elements, any increments but 0; y is not read for beta = 0
+//   memory   four blocks of blockElements on the stack
 #pragma once
 
+#include "blas/assert.hpp"
 #include "blas/complex.hpp"
 #include "blas/kernel/common/level2/columns.hpp"
 #include "blas/kernel/common/level2/strided_vector.hpp"
 #include "blas/kernel/common/vec/unrolling.hpp"
 #include "blas/kernel/pack.hpp"
 #include "blas/matrix.hpp"
+#include "blas/options.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
@@ -76,7 +82,7 @@ void add_both_halves(int m, const T* a, std::ptrdiff_t lda, const T* s, VectorPa
     }
     // Before a corner in the last rows there are whole packs and some rows that fit into one pack with it.
     const int end = corner == Corner::last ? (m - columns) / count * count : m;
-    for (; i + count <= end; i += count)
+    for (; end - i >= count; i += count)
         rows(i, [](const T* p) { return Pack<T>::load(p); }).store(v.y + i);
     if (corner == Corner::last)
         ragged_rows(
@@ -88,13 +94,13 @@ void add_both_halves(int m, const T* a, std::ptrdiff_t lda, const T* s, VectorPa
 
 // A block on the diagonal.
 template <class T>
-void add_diagonal_block(bool upper, int n, T alpha, Matrix<const T> a, VectorPair<T> v) {
+void add_diagonal_block(Uplo uplo, int n, T alpha, Matrix<const T> a, VectorPair<T> v) {
     in_passes<columnsOfBothHalves<T>>(0, n, [&](auto columns, int j) {
         constexpr int count = columns();
         T s[count], dots[count];
         for (int k = 0; k < count; ++k)
             s[k] = alpha * v.x[j + k];
-        if (upper)
+        if (uplo == Uplo::upper)
             add_both_halves<count, Corner::last>(j + count, a.column(j), a.ld, s, v, dots);
         else
             add_both_halves<count, Corner::first>(n - j, &a(j, j), a.ld, s, v.from(j), dots);
@@ -118,7 +124,8 @@ void add_block_and_transpose(int m, int n, T alpha, Matrix<const T> a, VectorPai
 }
 
 template <class T>
-void symv(bool upper, int n, T alpha, Matrix<const T> a, const T* x, int incx, T beta, T* y, int incy) {
+void symv(Uplo uplo, int n, T alpha, Matrix<const T> a, const T* x, int incx, T beta, T* y, int incy) {
+    QRV_ASSERT(a.ld >= n || n <= 1);
     if (n <= 0 || (alpha == scalar<T>(0) && beta == scalar<T>(1)))
         return;
     const StridedVector<const T> xs(n, x, incx);
@@ -128,12 +135,13 @@ void symv(bool upper, int n, T alpha, Matrix<const T> a, const T* x, int incx, T
         return;
     constexpr int block = blockElements<T>;
     alignas(64) T buffers[4][block];
-    for (int j = 0; j < n; j += block) {
-        const int columns = smaller(block, n - j);
+    for (int j = 0, columns; j < n; j += columns) {
+        columns = smaller(block, n - j);
         const VectorPair<T> vj{gathered(xs, j, columns, buffers[0]), gathered(ys, j, columns, buffers[1])};
-        add_diagonal_block(upper, columns, alpha, a.block(j, j), vj);
-        for (int i = upper ? 0 : j + block; i < (upper ? j : n); i += block) {
-            const int rows = smaller(block, n - i);
+        add_diagonal_block(uplo, columns, alpha, a.block(j, j), vj);
+        const int end = uplo == Uplo::upper ? j : n;
+        for (int i = uplo == Uplo::upper ? 0 : j + columns, rows; i < end; i += rows) {
+            rows = smaller(block, end - i);
             const VectorPair<T> vi{gathered(xs, i, rows, buffers[2]), gathered(ys, i, rows, buffers[3])};
             add_block_and_transpose(rows, columns, alpha, a.block(i, j), vi, vj);
             scatter(ys, i, rows, vi.y);

@@ -6,30 +6,36 @@
 //
 // Several columns a pass. A column for which the elements of x and y are 0 is left alone, but for the imaginary part on
 // the diagonal.
+//
+//   A        of the band of the triangle, its rows and columns only; the other triangle is neither read nor written
+//   x, y     as long as the band reaches, any increments but 0
+//   memory   a block of blockElements a vector on the stack
 #pragma once
 
+#include "blas/assert.hpp"
 #include "blas/complex.hpp"
 #include "blas/kernel/common/level2/columns.hpp"
 #include "blas/kernel/common/level2/rank_update.hpp"
 #include "blas/kernel/common/level2/strided_vector.hpp"
 #include "blas/kernel/pack.hpp"
 #include "blas/matrix.hpp"
+#include "blas/options.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 // A part of a triangle: what lies in these rows and columns.
 struct TriangleBand {
-    bool upper;
+    Uplo uplo;
     int firstRow, rows, firstColumn, columns;
 };
 
 // The whole triangle; the last `width` columns of the leading upper, or rows of the leading lower triangle.
-constexpr TriangleBand whole_triangle(bool upper, int n) {
-    return {upper, 0, n, 0, n};
+constexpr TriangleBand whole_triangle(Uplo uplo, int n) {
+    return {uplo, 0, n, 0, n};
 }
-constexpr TriangleBand last_band(bool upper, int width, int length) {
-    return upper ? TriangleBand{true, 0, length, length - width, width}
-                 : TriangleBand{false, length - width, width, 0, length};
+constexpr TriangleBand last_band(Uplo uplo, int width, int length) {
+    return uplo == Uplo::upper ? TriangleBand{uplo, 0, length, length - width, width}
+                               : TriangleBand{uplo, length - width, width, 0, length};
 }
 
 // The matrix of which the band begins at a.
@@ -74,11 +80,11 @@ void update_column(int first, int end, T* column, const T (&s)[terms], const Upd
 // The columns from j on, as many as s has, as far as they lie in rows `start` to `end` - 1 of the triangle. They meet
 // the diagonal either there in full or not at all.
 template <int columns, int terms, class T>
-void update_triangle_columns(bool upper, int start, int end, int j, const T (&s)[terms][columns],
+void update_triangle_columns(Uplo uplo, int start, int end, int j, const T (&s)[terms][columns],
                              const UpdateVectors<terms, T>& v, Matrix<T> a) {
     if (j < start || j >= end)
         update_columns<Corner::none>(end - start, &a(start, j), a.ld, s, v);
-    else if (upper)
+    else if (uplo == Uplo::upper)
         update_columns<Corner::last>(j + columns - start, &a(start, j), a.ld, s, v);
     else
         update_columns<Corner::first>(end - j, &a(j, j), a.ld, s, v.from(j - start));
@@ -89,13 +95,14 @@ void update_triangle(TriangleBand band, Alpha alpha, const UpdateSources<terms, 
     constexpr int block = blockElements<T>;
     alignas(64) T buffers[terms][block];
     const int endRow = band.firstRow + band.rows, endColumn = band.firstColumn + band.columns;
-    for (int start = band.firstRow; start < endRow; start += block) {
-        const int end = smaller(start + block, endRow);
+    const bool upper = band.uplo == Uplo::upper;
+    for (int start = band.firstRow, end; start < endRow; start = end) {
+        end = start + smaller(block, endRow - start);
         UpdateVectors<terms, T> v;
         for (int t = 0; t < terms; ++t)
             v.x[t] = gathered(sources.x[t], start, end - start, buffers[t]);
-        const int from = band.upper ? larger(band.firstColumn, start) : band.firstColumn;
-        const int to = band.upper ? endColumn : smaller(endColumn, end);
+        const int from = upper ? larger(band.firstColumn, start) : band.firstColumn;
+        const int to = upper ? endColumn : smaller(endColumn, end);
         in_passes<columnsOfUpdate<T, terms>>(from, to, [&](auto columns, int j) {
             T s[terms][columns()];
             bool singly = (j < start && start < j + columns()) || (j < end && end < j + columns());
@@ -107,14 +114,14 @@ void update_triangle(TriangleBand band, Alpha alpha, const UpdateSources<terms, 
                 singly = singly || sources.all_zero(j + k);
             }
             if (!singly)
-                update_triangle_columns(band.upper, start, end, j, s, v, a);
+                update_triangle_columns(band.uplo, start, end, j, s, v, a);
             for (int k = 0; k < columns(); ++k) {
                 const int jk = j + k;
                 if (singly && !sources.all_zero(jk)) {
                     T factors[terms];
                     column_factors(alpha, sources, jk, factors);
-                    update_column(band.upper ? start : larger(jk, start), band.upper ? smaller(jk + 1, end) : end,
-                                  a.column(jk), factors, v, start);
+                    update_column(upper ? start : larger(jk, start), upper ? smaller(jk + 1, end) : end, a.column(jk),
+                                  factors, v, start);
                 }
                 if (start <= jk && jk < end)
                     make_real(a(jk, jk));
@@ -125,11 +132,13 @@ void update_triangle(TriangleBand band, Alpha alpha, const UpdateSources<terms, 
 
 template <class T>
 void syr(TriangleBand band, float alpha, StridedVector<const T> x, Matrix<T> a) {
+    QRV_ASSERT(a.ld >= band.firstRow + band.rows || band.columns <= 1);
     if (alpha != 0)
         update_triangle<1, float, T>(band, alpha, {{x}}, a);
 }
 template <class T>
 void syr2(TriangleBand band, T alpha, StridedVector<const T> x, StridedVector<const T> y, Matrix<T> a) {
+    QRV_ASSERT(a.ld >= band.firstRow + band.rows || band.columns <= 1);
     if (alpha != scalar<T>(0))
         update_triangle<2, T, T>(band, alpha, {{x, y}}, a);
 }

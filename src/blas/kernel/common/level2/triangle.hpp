@@ -12,6 +12,9 @@
 //
 // Lower triangles walk the other way. An element of the diagonal is read only if it is not taken to be 1, and then
 // divided by: there is no reciprocal.
+//
+// With op(A) = A an element of x that is 0 adds nothing and is not divided: its column is not read as long as the
+// others of its group are 0 too.
 #pragma once
 
 #include "blas/complex.hpp"
@@ -19,6 +22,7 @@
 #include "blas/kernel/common/level2/band_columns.hpp"
 #include "blas/kernel/common/vec/unrolling.hpp"
 #include "blas/matrix.hpp"
+#include "blas/options.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
@@ -29,20 +33,21 @@ struct Triangle {
     Matrix<const T> a;
     int n;
     int reach;
-    bool upper, unit;
+    Uplo uplo;
+    Diag diag;
+
+    bool upper() const { return uplo == Uplo::upper; }
 };
 
-constexpr bool ascends(Action action, bool transposed, bool upper) {
-    return (upper != transposed) == (action == Action::multiply);
-}
 constexpr bool beside_first(Action action, bool transposed) {
     return transposed == (action == Action::solve);
 }
 
 // The diagonal block of a few columns, with a at its first element: s := op(A)*s or inverse(op(A))*s. In line, so that
 // s stays in registers: its elements one by one to memory and back as a vector would wait for the store, in each group.
-template <Action action, bool transposed, bool conjugated, bool upper, int columns, class T>
-[[gnu::always_inline]] inline void diagonal_block(Matrix<const T> a, bool unit, T (&s)[columns]) {
+template <Action action, bool transposed, bool conjugated, Uplo uplo, int columns, class T>
+[[gnu::always_inline]] inline void diagonal_block(Matrix<const T> a, Diag diag, T (&s)[columns]) {
+    constexpr bool upper = uplo == Uplo::upper;
     const auto beside = [&](int j) {
         const auto add = [&](T& sum, T x, T y) { sum = action == Action::multiply ? sum + x * y : sum - x * y; };
         QRV_UNROLL
@@ -55,10 +60,12 @@ template <Action action, bool transposed, bool conjugated, bool upper, int colum
     };
     QRV_UNROLL
     for (int step = 0; step < columns; ++step) {
-        const int j = ascends(action, transposed, upper) ? step : columns - 1 - step;
+        const int j = ascends(action, is_upper(uplo, transposed)) ? step : columns - 1 - step;
+        if (!transposed && s[j] == scalar<T>(0))
+            continue;
         if (beside_first(action, transposed))
             beside(j);
-        if (!unit) {
+        if (diag == Diag::nonUnit) {
             const T pivot = conj_if<conjugated>(a(j, j));
             s[j] = action == Action::multiply ? pivot * s[j] : s[j] / pivot;
         }
@@ -74,10 +81,19 @@ template <int columns, class T>
     QRV_UNROLL
     for (int k = 0; k < columns; ++k) {
         const int column = j + k;
-        rows.from[k] = t.upper ? larger(0, column - t.reach) : j + columns + near;
-        rows.to[k] = t.upper ? j - near : column < t.n - t.reach ? column + t.reach + 1 : t.n;
+        rows.from[k] = t.upper() ? larger(0, column - t.reach) : j + columns + near;
+        rows.to[k] = t.upper() ? j - near : column < t.n - t.reach ? column + t.reach + 1 : t.n;
     }
     return rows;
+}
+
+template <int columns, class T>
+[[gnu::always_inline]] inline bool all_zero(const T (&s)[columns]) {
+    bool zero = true;
+    QRV_UNROLL
+    for (int k = 0; k < columns; ++k)
+        zero = zero && s[k] == scalar<T>(0);
+    return zero;
 }
 
 // A solve waits for the group of columns before: its values, at hand for the next group, do not go through memory. So
@@ -89,6 +105,8 @@ struct SolvedGroup {
     // s := s - op(A)*values for the block between this group, at j, and the next one, at `next`.
     template <bool transposed, bool conjugated>
     void subtract_from(T (&s)[groupColumns], Matrix<const T> a, int j, int next) const {
+        if (!transposed && all_zero(values))
+            return;
         QRV_UNROLL
         for (int step = 0; step < groupColumns; ++step) {
             const int i = j < next ? step : groupColumns - 1 - step; // the one that was solved last comes last
@@ -107,10 +125,10 @@ void apply_columns(const Triangle<T>& t, int j, X x, SolvedGroup<T>& last) {
         s[k] = x[j + k];
     int near = 0;
     if constexpr (action == Action::solve && columns == groupColumns) {
-        const bool above = j >= columns, below = j + 2 * columns <= t.n; // groups there
+        const bool above = j >= columns, below = t.n - j >= 2 * columns; // groups there
         if (t.reach >= 2 * columns - 1) {
-            near = (t.upper ? above : below) ? columns : 0;
-            const bool ascending = ascends(action, transposed, t.upper);
+            near = (t.upper() ? above : below) ? columns : 0;
+            const bool ascending = ascends(action, is_upper(t.uplo, transposed));
             if (ascending && above)
                 last.template subtract_from<transposed, conjugated>(s, t.a, j - columns, j);
             else if (!ascending && below)
@@ -118,6 +136,8 @@ void apply_columns(const Triangle<T>& t, int j, X x, SolvedGroup<T>& last) {
         }
     }
     const auto beside = [&] {
+        if (!transposed && all_zero(s))
+            return;
         const auto rows = rows_beside<columns>(t, j, near);
         T terms[columns]; // of the rest of x, respectively of these columns
         if constexpr (transposed) {
@@ -130,16 +150,16 @@ void apply_columns(const Triangle<T>& t, int j, X x, SolvedGroup<T>& last) {
             for (int k = 0; k < columns; ++k)
                 terms[k] = action == Action::multiply ? s[k] : -s[k];
             add_band_columns<columns>(rows, t.a.column(j), t.a.ld, terms, x,
-                                      t.upper && action == Action::solve ? WholeVectors::last : WholeVectors::first);
+                                      t.upper() && action == Action::solve ? WholeVectors::last : WholeVectors::first);
         }
     };
     if (beside_first(action, transposed))
         beside();
     const auto corner = t.a.block(j, j);
-    if (t.upper)
-        diagonal_block<action, transposed, conjugated, true>(corner, t.unit, s);
+    if (t.upper())
+        diagonal_block<action, transposed, conjugated, Uplo::upper>(corner, t.diag, s);
     else
-        diagonal_block<action, transposed, conjugated, false>(corner, t.unit, s);
+        diagonal_block<action, transposed, conjugated, Uplo::lower>(corner, t.diag, s);
     if (!beside_first(action, transposed))
         beside();
     QRV_UNROLL
@@ -154,21 +174,17 @@ template <Action action, bool transposed, bool conjugated, class T, class X>
 void apply_triangle(const Triangle<T>& t, X x) {
     const bool inGroups = t.reach >= groupColumns - 1; // a group's diagonal block is dense then
     SolvedGroup<T> last;
-    walk_columns(t.n, inGroups, ascends(action, transposed, t.upper),
+    walk_columns(t.n, inGroups, ascends(action, is_upper(t.uplo, transposed)),
                  [&](auto columns, int j) { apply_columns<action, transposed, conjugated, columns()>(t, j, x, last); });
 }
 template <Action action, class T, class X>
-void apply_triangle(char trans, const Triangle<T>& t, X x) {
-    if (!transposes(trans))
+void apply_triangle(Op op, const Triangle<T>& t, X x) {
+    if (!transposes(op))
         apply_triangle<action, false, false>(t, x);
-    else if (isComplex<T> && conjugates(trans))
+    else if (isComplex<T> && op == Op::adjoint)
         apply_triangle<action, true, isComplex<T>>(t, x);
     else
         apply_triangle<action, true, false>(t, x);
-}
-
-constexpr bool is_letter(char option, char upper, char lower) {
-    return option == upper || option == lower;
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -5,14 +5,20 @@
 // so that the bulk of a large solve can use threads: the one call from a kernel upward. It runs down whole columns of A
 // in either case. A solve with op(A) = A takes a block off all that is still to be solved, rather than all that is
 // solved off the next block: rows of a block only, across all columns, took four times as long from memory (n = 4096).
+//
+//   A        the named triangle, read once, its diagonal unless it is taken to be 1; ld >= n
+//   x        n elements, any increment but 0; with op(A) = A, what a block or a group of 0 would add is left out
+//   memory   32 elements on the stack, and what the general product takes
 #pragma once
 
+#include "blas/assert.hpp"
 #include "blas/blas.hpp"
 #include "blas/complex.hpp"
 #include "blas/kernel/common/level2/strided_vector.hpp"
 #include "blas/kernel/common/level2/triangle.hpp"
 #include "blas/kernel/kernels.hpp"
 #include "blas/matrix.hpp"
+#include "blas/options.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
@@ -36,16 +42,18 @@ T* address_of(StridedVector<T> x, int first, int count) {
 }
 
 template <class T>
-Triangle<T> dense_triangle(char uplo, char diag, int n, const T* a, std::ptrdiff_t lda) {
-    return {{a, lda}, n, n - 1, is_letter(uplo, 'U', 'u'), is_letter(diag, 'U', 'u')};
+Triangle<T> dense_triangle(Uplo uplo, Diag diag, int n, Matrix<const T> a) {
+    return {a, n, n - 1, uplo, diag};
 }
 
 template <Action action, class T>
-void triangular(char trans, const Triangle<T>& t, T* p, int inc) {
+void triangular(Op op, const Triangle<T>& t, T* p, int inc) {
+    QRV_ASSERT(t.a.ld >= t.n || t.n <= 1);
     constexpr int block = 32;
     const StridedVector<T> x(t.n, p, inc);
     const int lda = static_cast<int>(t.a.ld);
-    const bool transposed = transposes(trans);
+    const char trans = letter(op);
+    const bool transposed = transposes(op);
     const T one = scalar<T>(1), sign = scalar<T>(action == Action::multiply ? 1 : -1);
     // y := y +- op(A)*x for a block of A and two parts of x.
     const auto multiply_block = [&](int m, int n, const T* a, int from, int to) {
@@ -53,20 +61,27 @@ void triangular(char trans, const Triangle<T>& t, T* p, int inc) {
         gemv(&trans, &m, &n, &sign, a, &lda, address_of(x, from, transposed ? m : n), &inc, &one,
              address_of(x, to, transposed ? n : m), &inc);
     };
+    const auto all_zero = [&](int j, int count) {
+        while (count > 0 && x[j + count - 1] == scalar<T>(0))
+            --count;
+        return count == 0;
+    };
     const auto beside = [&](int j, int count) {
-        const int first = t.upper ? 0 : j + count, rows = t.upper ? j : t.n - first;
-        if (rows > 0)
+        const int first = t.upper() ? 0 : j + count, rows = t.upper() ? j : t.n - first;
+        if (rows > 0 && (transposed || !all_zero(j, count)))
             multiply_block(rows, count, &t.a(first, j), transposed ? first : j, transposed ? j : first);
     };
-    const bool ascending = ascends(action, transposed, t.upper), besideFirst = beside_first(action, transposed);
-    for (int done = 0; done < t.n; done += block) {
-        const int count = smaller(block, t.n - done), j = ascending ? done : t.n - done - count;
+    const bool ascending = ascends(action, is_upper(t.uplo, transposed)),
+               besideFirst = beside_first(action, transposed);
+    for (int done = 0, count; done < t.n; done += count) {
+        count = smaller(block, t.n - done);
+        const int j = ascending ? done : t.n - done - count;
         if (besideFirst)
             beside(j, count);
-        const Triangle<T> leaf{t.a.block(j, j), count, count - 1, t.upper, t.unit};
+        const Triangle<T> leaf{t.a.block(j, j), count, count - 1, t.uplo, t.diag};
         alignas(64) T buffer[block];
         T* const xj = gathered(x, j, count, buffer);
-        apply_triangle<action>(trans, leaf, xj);
+        apply_triangle<action>(op, leaf, xj);
         scatter(x, j, count, xj);
         if (!besideFirst)
             beside(j, count);
@@ -74,34 +89,34 @@ void triangular(char trans, const Triangle<T>& t, T* p, int inc) {
 }
 
 template <class T>
-void trmv(char uplo, char trans, char diag, int n, const T* a, int lda, T* x, int incx) {
+void trmv(Uplo uplo, Op op, Diag diag, int n, Matrix<const T> a, T* x, int incx) {
     if (n > 0)
-        triangular<Action::multiply>(trans, dense_triangle(uplo, diag, n, a, lda), x, incx);
+        triangular<Action::multiply>(op, dense_triangle(uplo, diag, n, a), x, incx);
 }
 template <class T>
-void trsv(char uplo, char trans, char diag, int n, const T* a, int lda, T* x, int incx) {
+void trsv(Uplo uplo, Op op, Diag diag, int n, Matrix<const T> a, T* x, int incx) {
     if (n > 0)
-        triangular<Action::solve>(trans, dense_triangle(uplo, diag, n, a, lda), x, incx);
+        triangular<Action::solve>(op, dense_triangle(uplo, diag, n, a), x, incx);
 }
 
 // y := the rows of op(A)*x that a band makes: `width` of them, from x of `length` elements. `a` is the band's first
 // element in storage; its diagonal block comes first if op(A) is upper triangular, last if it is lower.
 template <class T>
-void trmv_band(char uplo, char trans, char diag, int width, int length, const T* a, int lda, const T* x, T* y,
-               int incy) {
+void trmv_band(Uplo uplo, Op op, Diag diag, int width, int length, Matrix<const T> a, const T* x, T* y, int incy) {
     if (width <= 0)
         return;
-    const bool transposed = transposes(trans), diagonalFirst = is_letter(uplo, 'U', 'u') != transposed;
+    const bool transposed = transposes(op), diagonalFirst = is_upper(uplo, transposed);
     const int rest = length - width, diagonal = diagonalFirst ? 0 : rest, beside = diagonalFirst ? width : 0;
-    const auto start = [&](int across) { return a + (transposed ? across : std::ptrdiff_t{lda} * across); };
+    const auto start = [&](int across) { return transposed ? a.block(across, 0) : a.block(0, across); };
     const StridedVector<T> ys(width, y, incy);
     for (int i = 0; i < width; ++i)
         ys[i] = x[diagonal + i];
-    trmv(uplo, trans, diag, width, start(diagonal), lda, y, incy);
+    trmv(uplo, op, diag, width, start(diagonal), y, incy);
     const T one = scalar<T>(1);
-    const int unit = 1;
+    const int unit = 1, lda = static_cast<int>(a.ld);
+    const char trans = letter(op);
     TriangularFamily<T>::serial_gemv(&trans, transposed ? &rest : &width, transposed ? &width : &rest, &one,
-                                     start(beside), &lda, x + beside, &unit, &one, y, &incy);
+                                     start(beside).data, &lda, x + beside, &unit, &one, y, &incy);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

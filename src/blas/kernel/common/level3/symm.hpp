@@ -6,6 +6,7 @@
 // first. Of a Hermitian diagonal the imaginary parts are not read.
 #pragma once
 
+#include "blas/assert.hpp"
 #include "blas/complex.hpp"
 #include "blas/kernel/common/level3/own_gemm.hpp"
 #include "blas/kernel/common/level3/syrk.hpp"
@@ -169,18 +170,16 @@ template <Symmetry symmetry, class T>
 }
 
 template <Symmetry symmetry, class T>
-void symm(QRV_SYMM_PARAMETERS(T)) {
-    if (*m <= 0 || *n <= 0)
+void symm(Side side, Uplo uplo, int m, int n, T alpha, Matrix<const T> a, Matrix<const T> b, T beta, Matrix<T> c) {
+    if (m <= 0 || n <= 0)
         return;
-    const Matrix<T> result{c, *ldc};
-    scale(*m, *n, *beta, result);
-    if (*alpha == scalar<T>(0))
+    const bool left = side == Side::left;
+    const int order = left ? m : n, block = smaller(order, left ? symmRow.leftBlock : symmRow.rightBlock);
+    QRV_ASSERT(a.ld >= order && b.ld >= m && c.ld >= m);
+    scale(m, n, beta, c);
+    if (alpha == scalar<T>(0))
         return;
-    const Side where = side_of(*side);
-    const bool left = where == Side::left;
-    const int order = left ? *m : *n, block = smaller(order, left ? symmRow.leftBlock : symmRow.rightBlock);
-    SymmetricProduct<symmetry, T> product{where, uplo_of(*uplo), left ? *n : *m, *alpha, {a, *lda}, {b, *ldb}, result,
-                                          {},    block};
+    SymmetricProduct<symmetry, T> product{side, uplo, left ? n : m, alpha, a, b, c, {}, block};
     void* const memory = qrv_serv_allocate(sizeof(T) * static_cast<std::size_t>(block * block), 64);
     if (!memory)
         return add_by_small_squares(product, order);

@@ -10,12 +10,14 @@
 // The walk goes forward or backward along the diagonal as option and triangle demand. At its end are triangles of at
 // most baseSize unknowns, computed a strip of right-hand sides at a time.
 //
-//   memory     a tile and copies of coefficients on the stack, 64 KB at most, and what GEMM takes
+//   memory     a tile on the stack, 34 KB at most, work memory for copies of coefficients (none if it is refused), and
+//              what GEMM takes
 //   reads      the triangle that is named; its diagonal unless it is taken to be 1; A and B not at all for alpha = 0
 #pragma once
 
 #include <cstddef>
 
+#include "blas/assert.hpp"
 #include "blas/complex.hpp"
 #include "blas/kernel/common/action.hpp"
 #include "blas/kernel/common/level3/own_gemm.hpp"
@@ -25,6 +27,7 @@
 #include "blas/kernel/vec.hpp"
 #include "blas/matrix.hpp"
 #include "blas/options.hpp"
+#include "service/work_pool.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
@@ -53,14 +56,17 @@ template <class T>
 struct TriangularProblem {
     Side side;
     Op op;
-    bool upper, unit;
+    Uplo uplo;
+    Diag diag;
     Matrix<const T> a; // of the order `unknowns`
     Matrix<T> b;
     int unknowns, count; // count: of right-hand sides
 
     bool left() const { return side == Side::left; }
-    // Whether each equation has the coefficients of its own unknown and of those before it.
-    bool is_lower() const { return upper == swaps_indices(); }
+    // Whether the walk goes from the first unknown to the last.
+    bool ascends(Action action) const {
+        return kernel::QRV_KERNEL_BUILD::ascends(action, is_upper(uplo, swaps_indices()));
+    }
     // Whether the coefficient of unknown k in equation i is stored in A as element (k, i).
     bool swaps_indices() const { return left() == (op != Op::none); }
 
@@ -117,33 +123,38 @@ template <class Operation, template <class> class StripOfB, class T>
 void compute_strips(const TriangularProblem<T>& problem) {
     using Copies = CoefficientCopies<Operation, T>;
     alignas(64) float tile[baseSize<T> * unknownFloats<T>];
-    alignas(64) T buffer[Copies::room(copiedSize<T>)];
     T factors[baseSize<T>];
     const int n = problem.unknowns;
-    const bool ascending = problem.is_lower() == (Operation::action == Action::solve);
+    const bool ascending = problem.ascends(Operation::action);
     const Coefficients<T> a = problem.coefficients(ascending);
-    for (int k = 0; !problem.unit && k < n; ++k)
+    const bool unit = problem.diag == Diag::unit;
+    for (int k = 0; !unit && k < n; ++k)
         factors[k] = Operation::factor(*a.at(k, k));
-    const T* const diagonal = problem.unit ? nullptr : factors;
+    const T* const diagonal = unit ? nullptr : factors;
     const Unknowns x =
         ascending ? Unknowns{tile, unknownFloats<T>} : Unknowns{tile + (n - 1) * unknownFloats<T>, -unknownFloats<T>};
 
     const auto each_strip = [&](const auto& compute) {
-        for (int j = 0; j < problem.count; j += stripWidth<T>) {
-            const auto rest = problem.chunk({j, problem.count - j});
-            const StripOfB<T> strip{{rest.b.data, rest.b.ld, n, rest.count, problem.op == Op::adjoint}};
+        for (int j = 0, count; j < problem.count; j += count) {
+            count = smaller(stripWidth<T>, problem.count - j);
+            const Matrix<T> b = problem.chunk({j, count}).b;
+            const StripOfB<T> strip{{b.data, b.ld, n, count, problem.op == Op::adjoint}};
             strip.load(tile);
             compute();
             strip.store(tile);
         }
     };
-    if (n <= copiedSize<T> && Copies::repays(a, problem.count / stripWidth<T>)) {
+    T* buffer = nullptr;
+    if (n <= copiedSize<T> && Copies::repays(a, problem.count / stripWidth<T>))
+        buffer = static_cast<T*>(qrv_serv_allocate(Copies::room(n) * sizeof(T), 64));
+    if (buffer) {
         const Copies copies(n, a, buffer);
         each_strip([&] {
             Copies left = copies;
             compute_groups<Operation>(n, a, diagonal, x,
                                       [&](int, int rows, Range beside) { return left.take(rows, beside); });
         });
+        qrv_serv_deallocate(buffer);
     } else {
         each_strip([&] {
             compute_groups<Operation>(n, a, diagonal, x, [&](int first, int, Range beside) {
@@ -165,12 +176,13 @@ int base_size(const TriangularProblem<T>& problem, bool ascending) {
 template <class Operation, class T>
 void walk_triangle(const TriangularProblem<T>& problem, const BlockLevel* level, int levels) {
     const int n = problem.unknowns;
-    const bool ascending = problem.is_lower() == (Operation::action == Action::solve);
+    const bool ascending = problem.ascends(Operation::action);
     if (levels == 0 || (isWide<T> && n <= base_size<Operation>(problem, ascending)))
         return problem.left() ? compute_strips<Operation, ColumnStrip>(problem)
                               : compute_strips<Operation, RowStrip>(problem);
-    for (int j = 0; j < problem.count; j += level->chunk) {
-        const auto chunk = problem.chunk({j, smaller(level->chunk, problem.count - j)});
+    for (int j = 0, count; j < problem.count; j += count) {
+        count = smaller(level->chunk, problem.count - j);
+        const auto chunk = problem.chunk({j, count});
         for (int done = 0, size; done < n; done += size) {
             size = smaller(level->block, n - done);
             const int left = n - done - size;
@@ -191,8 +203,8 @@ void triangular(Side side, Uplo uplo, Op op, Diag diag, int m, int n, T alpha, M
     if (alpha == scalar<T>(0))
         return;
     const bool left = side == Side::left;
-    const TriangularProblem<T> problem{side, op, uplo == Uplo::upper, diag == Diag::unit,
-                                       a,    b,  left ? m : n,        left ? n : m};
+    const TriangularProblem<T> problem{side, op, uplo, diag, a, b, left ? m : n, left ? n : m};
+    QRV_ASSERT(a.ld >= problem.unknowns && b.ld >= m);
     const Blocking& blocks = left ? Operation::template left<T> : Operation::template right<T>;
     static_assert(Operation::template left<T>.innermost() <= copiedSize<T> &&
                   Operation::template right<T>.innermost() <= copiedSize<T>);

@@ -15,25 +15,6 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
-// The first `count` floats at p, at least one, and zeros behind them; nothing past them is read, respectively written.
-// Vectors without masks are for fewer than all, as those that are stored without one.
-template <class V>
-QRV_INLINE V load_part(const float* p, int count) {
-    if constexpr (V::lanes == 4)
-        return V{count == 1 ? load_first<1>(p) : count == 2 ? load_first<2>(p) : load_first<3>(p)};
-    else
-        return load_kept(p, V::Mask::first(count));
-}
-template <class V>
-QRV_INLINE void store_part(float* p, V x, int count) {
-    if constexpr (V::lanes == 4)
-        count == 1 ? store_first<1>(p, x) : count == 2 ? store_first<2>(p, x) : store_first<3>(p, x);
-    else if constexpr (V::masksStores)
-        store_kept(p, x, V::Mask::first(count));
-    else
-        store_in_pieces(p, x, count);
-}
-
 // Lanes `from` to `to` - 1 of a vector, none if to <= from.
 template <class V, int lanes = V::lanes>
 struct LaneRange { // four

@@ -210,7 +210,8 @@ inline LanePair sum_pairs(Vec16f x) {
     return sum_pairs(Vec4f{_mm_add_ps(_mm256_castps256_ps128(half), _mm256_extractf128_ps(half, 1))});
 }
 // The first `count` lanes, fewer than all; the others are 0, respectively not written.
-inline Vec16f load_part(const float* p, int count) {
+template <>
+inline Vec16f load_part<Vec16f>(const float* p, int count) {
     return {_mm512_maskz_loadu_ps(first_lanes(count), p)};
 }
 inline void store_part(float* p, Vec16f x, int count) {
@@ -233,10 +234,6 @@ void store_piece(float* p, Vec16f x) {
 
 // ---- For the routines of one vector ---------------------------------------------------------------------------------
 
-template <>
-inline Vec16f load_part<Vec16f>(const float* p, int count) {
-    return load_part(p, count);
-}
 inline Vec16f abs(Vec16f x) {
     return {_mm512_abs_ps(x.v)};
 }

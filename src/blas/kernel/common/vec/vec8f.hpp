@@ -190,7 +190,8 @@ inline LanePair sum_pairs(Vec8f x) {
     return sum_pairs(Vec4f{_mm_add_ps(_mm256_castps256_ps128(x.v), _mm256_extractf128_ps(x.v, 1))});
 }
 // The first `count` lanes, fewer than all; the others are 0, respectively not written.
-inline Vec8f load_part(const float* p, int count) {
+template <>
+inline Vec8f load_part<Vec8f>(const float* p, int count) {
     return {_mm256_maskload_ps(p, row_mask(count))};
 }
 inline void store_part(float* p, Vec8f x, int count) {
@@ -207,10 +208,6 @@ void store_piece(float* p, Vec8f x) {
 
 // ---- For the routines of one vector ---------------------------------------------------------------------------------
 
-template <>
-inline Vec8f load_part<Vec8f>(const float* p, int count) {
-    return load_part(p, count);
-}
 inline Vec8f abs(Vec8f x) {
     return {_mm256_andnot_ps(_mm256_set1_ps(-0.0F), x.v)};
 }

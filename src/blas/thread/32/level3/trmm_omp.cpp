@@ -1,12 +1,28 @@
 // Triangular product on a team: B := alpha*op(A)*B or B := alpha*B*op(A).
-#include "blas/blas.hpp"
-#include "blas/thread/32/level3/triangular_team_omp.hpp"
+#include "blas/thread/32/level3/sliced_team_omp.hpp"
+
+namespace qrv {
+
+template <class T>
+void blas::trmm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha, MatrixIn<T> a, Matrix<T> b) {
+    on_matrix_slices(side, m, n, [&](const MatrixSlice& part) {
+        kernel::trmm(side, uplo, op, diag, part.m, part.n, alpha, a, b.block(part.row, part.column));
+    });
+}
+
+template void blas::trmm(Side, Uplo, Op, Diag, int, int, float, Matrix<const float>, Matrix<float>);
+template void blas::trmm(Side, Uplo, Op, Diag, int, int, SingleComplex, Matrix<const SingleComplex>,
+                         Matrix<SingleComplex>);
+
+} // namespace qrv
 
 using namespace qrv;
 
 void qrv_blas_strmm(QRV_TRSM_PARAMETERS(float)) {
-    triangular_on_team<WithoutRows::serial>(qrv_blas_strmm_kernel, QRV_TRSM_ARGUMENTS);
+    blas::trmm<float>(side_of(*side), uplo_of(*uplo), op_of(*transa), diag_of(*diag), *m, *n, *alpha, {a, *lda},
+                      {b, *ldb});
 }
 void qrv_blas_ctrmm(QRV_TRSM_PARAMETERS(SingleComplex)) {
-    triangular_on_team<WithoutRows::serial>(qrv_blas_ctrmm_kernel, QRV_TRSM_ARGUMENTS);
+    blas::trmm<SingleComplex>(side_of(*side), uplo_of(*uplo), op_of(*transa), diag_of(*diag), *m, *n, *alpha, {a, *lda},
+                              {b, *ldb});
 }

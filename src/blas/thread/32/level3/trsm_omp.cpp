@@ -1,12 +1,28 @@
-// Triangular solve on a team: op(A)*X = alpha*B or X*op(A) = alpha*B.
-#include "blas/blas.hpp"
-#include "blas/thread/32/level3/triangular_team_omp.hpp"
+// Triangular solve on a team: op(A)*X = alpha*B or X*op(A) = alpha*B; X takes the place of B.
+#include "blas/thread/32/level3/sliced_team_omp.hpp"
+
+namespace qrv {
+
+template <class T>
+void blas::trsm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha, MatrixIn<T> a, Matrix<T> b) {
+    on_matrix_slices(side, m, n, [&](const MatrixSlice& part) {
+        kernel::trsm(side, uplo, op, diag, part.m, part.n, alpha, a, b.block(part.row, part.column));
+    });
+}
+
+template void blas::trsm(Side, Uplo, Op, Diag, int, int, float, Matrix<const float>, Matrix<float>);
+template void blas::trsm(Side, Uplo, Op, Diag, int, int, SingleComplex, Matrix<const SingleComplex>,
+                         Matrix<SingleComplex>);
+
+} // namespace qrv
 
 using namespace qrv;
 
 void qrv_blas_strsm(QRV_TRSM_PARAMETERS(float)) {
-    triangular_on_team<WithoutRows::asOthers>(qrv_blas_strsm_kernel, QRV_TRSM_ARGUMENTS);
+    blas::trsm<float>(side_of(*side), uplo_of(*uplo), op_of(*transa), diag_of(*diag), *m, *n, *alpha, {a, *lda},
+                      {b, *ldb});
 }
 void qrv_blas_ctrsm(QRV_TRSM_PARAMETERS(SingleComplex)) {
-    triangular_on_team<WithoutRows::asOthers>(qrv_blas_ctrsm_kernel, QRV_TRSM_ARGUMENTS);
+    blas::trsm<SingleComplex>(side_of(*side), uplo_of(*uplo), op_of(*transa), diag_of(*diag), *m, *n, *alpha, {a, *lda},
+                              {b, *ldb});
 }

@@ -4,26 +4,43 @@
 namespace qrv {
 namespace {
 
-template <auto& kernel, class T>
-void copy_omp(int threads, int n, VectorOperand<const T> x, VectorOperand<T> y) {
-    on_slices(threads, n, [&](Slice part) { kernel(&part.count, x.slice(part), &x.inc, y.slice(part), &y.inc); });
+template <class T>
+void copy_omp(int threads, int n, Vector<const T> x, Vector<T> y) {
+    on_slices(threads, n, [&](Slice part) { kernel::copy(part.count, slice_of(x, n, part), slice_of(y, n, part)); });
 }
 
 } // namespace
+
+template <class T>
+void blas::copy(int n, VectorIn<T> x, Vector<T> y) {
+    const int threads = vector_threads(row_for<T>(scopyRow, ccopyRow), n, x.inc, y.inc, ThisMachine{});
+    if (threads > 1)
+        copy_omp<T>(threads, n, x, y);
+    else
+        kernel::copy(n, x, y);
+}
+
+template void blas::copy(int, Vector<const float>, Vector<float>);
+template void blas::copy(int, Vector<const SingleComplex>, Vector<SingleComplex>);
+
 } // namespace qrv
 
 using namespace qrv;
 
 void qrv_blas_scopy(const int* n, const float* x, const int* incx, float* y, const int* incy) {
-    call_by_length<scopyRow, qrv_blas_scopy_kernel, qrv_blas_scopy_omp>(*n, *incx, *incy, n, x, incx, y, incy);
+    if (*n <= scopyRow.serialUpTo)
+        return qrv_blas_scopy_kernel(n, x, incx, y, incy);
+    blas::copy<float>(*n, {x, *incx}, {y, *incy});
 }
 void qrv_blas_ccopy(const int* n, const qrv_complex* x, const int* incx, qrv_complex* y, const int* incy) {
-    call_by_length<ccopyRow, qrv_blas_ccopy_kernel, qrv_blas_ccopy_omp>(*n, *incx, *incy, n, x, incx, y, incy);
+    if (*n <= ccopyRow.serialUpTo)
+        return qrv_blas_ccopy_kernel(n, x, incx, y, incy);
+    blas::copy<SingleComplex>(*n, {x, *incx}, {y, *incy});
 }
 void qrv_blas_scopy_omp(const int* threads, const int* n, const float* x, const int* incx, float* y, const int* incy) {
-    copy_omp<qrv_blas_scopy_kernel, float>(*threads, *n, {x, *n, *incx}, {y, *n, *incy});
+    copy_omp<float>(*threads, *n, {x, *incx}, {y, *incy});
 }
 void qrv_blas_ccopy_omp(const int* threads, const int* n, const qrv_complex* x, const int* incx, qrv_complex* y,
                         const int* incy) {
-    copy_omp<qrv_blas_ccopy_kernel, SingleComplex>(*threads, *n, {x, *n, *incx}, {y, *n, *incy});
+    copy_omp<SingleComplex>(*threads, *n, {x, *incx}, {y, *incy});
 }

@@ -24,10 +24,10 @@ SingleComplex sum(const SingleComplex* partial, int count) {
     return {static_cast<float>(re), static_cast<float>(im)};
 }
 
-// `dot` gives the inner product of one slice. A team of one returns it as it is, and so does the calling thread by
-// itself if there is no memory for the partial results of a very large team.
-template <class T, class Dot>
-T dot_omp(int threads, int n, const Dot& dot) {
+// A team of one returns the kernel's result as it is, and so does the calling thread by itself if there is no memory
+// for the partial results of a very large team.
+template <class T>
+T dot_omp(int threads, int n, Vector<const T> x, Vector<const T> y) {
     constexpr int slotsOnStack = 128, alignment = 128;
     std::array<T, slotsOnStack> few;
     T* partial = few.data();
@@ -36,13 +36,14 @@ T dot_omp(int threads, int n, const Dot& dot) {
         block = qrv_serv_allocate(sizeof(T) * static_cast<std::size_t>(threads), alignment);
         partial = static_cast<T*>(block);
         if (!partial)
-            return dot(Slice{0, n});
+            return kernel::dotc(n, x, y);
     }
     int team = 1;
 #pragma omp parallel num_threads(threads)
     {
         const int size = omp_get_num_threads(), thread = omp_get_thread_num();
-        partial[thread] = dot(vector_slice(n, size, thread));
+        const Slice part = vector_slice(n, size, thread);
+        partial[thread] = kernel::dotc(part.count, slice_of(x, n, part), slice_of(y, n, part));
 #pragma omp master
         team = size;
     }
@@ -51,31 +52,41 @@ T dot_omp(int threads, int n, const Dot& dot) {
     return result;
 }
 
+template <class T>
+T dot(int n, Vector<const T> x, Vector<const T> y) {
+    const int threads = vector_threads(row_for<T>(sdotRow, cdotcRow), n, x.inc, y.inc, ThisMachine{});
+    return threads > 1 ? dot_omp(threads, n, x, y) : kernel::dotc(n, x, y);
+}
+
 } // namespace
+
+float blas::dotc(int n, Vector<const float> x, Vector<const float> y) {
+    return dot(n, x, y);
+}
+SingleComplex blas::dotc(int n, Vector<const SingleComplex> x, Vector<const SingleComplex> y) {
+    return dot(n, x, y);
+}
+
 } // namespace qrv
 
 using namespace qrv;
 
 float qrv_blas_sdot(const int* n, const float* x, const int* incx, const float* y, const int* incy) {
-    return call_by_length<sdotRow, qrv_blas_sdot_kernel, qrv_blas_sdot_omp>(*n, *incx, *incy, n, x, incx, y, incy);
+    if (*n <= sdotRow.serialUpTo)
+        return qrv_blas_sdot_kernel(n, x, incx, y, incy);
+    return dot<float>(*n, {x, *incx}, {y, *incy});
 }
 void qrv_blas_cdotc(qrv_complex* result, const int* n, const qrv_complex* x, const int* incx, const qrv_complex* y,
                     const int* incy) {
-    call_by_length<cdotcRow, qrv_blas_cdotc_kernel, qrv_blas_cdotc_omp>(*n, *incx, *incy, result, n, x, incx, y, incy);
+    if (*n <= cdotcRow.serialUpTo)
+        return qrv_blas_cdotc_kernel(result, n, x, incx, y, incy);
+    *result = dot<SingleComplex>(*n, {x, *incx}, {y, *incy});
 }
 float qrv_blas_sdot_omp(const int* threads, const int* n, const float* x, const int* incx, const float* y,
                         const int* incy) {
-    const VectorOperand<const float> vx{x, *n, *incx}, vy{y, *n, *incy};
-    return dot_omp<float>(*threads, *n, [&](Slice part) {
-        return qrv_blas_sdot_kernel(&part.count, vx.slice(part), incx, vy.slice(part), incy);
-    });
+    return dot_omp<float>(*threads, *n, {x, *incx}, {y, *incy});
 }
 void qrv_blas_cdotc_omp(const int* threads, qrv_complex* result, const int* n, const qrv_complex* x, const int* incx,
                         const qrv_complex* y, const int* incy) {
-    const VectorOperand<const SingleComplex> vx{x, *n, *incx}, vy{y, *n, *incy};
-    *result = dot_omp<SingleComplex>(*threads, *n, [&](Slice part) {
-        SingleComplex slice;
-        qrv_blas_cdotc_kernel(&slice, &part.count, vx.slice(part), incx, vy.slice(part), incy);
-        return slice;
-    });
+    *result = dot_omp<SingleComplex>(*threads, *n, {x, *incx}, {y, *incy});
 }

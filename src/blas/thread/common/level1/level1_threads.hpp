@@ -10,79 +10,120 @@
 
 namespace qrv {
 
-// Lengths in elements.
+// Elements that a thread must get for a team to be worth its size: of moderate size, and of more than twelve.
+struct VectorShare {
+    int moderateTeam, largeTeam;
+};
+inline constexpr VectorShare realShare{.moderateTeam = 5000, .largeTeam = 10000};
+inline constexpr VectorShare complexShare{.moderateTeam = 2500, .largeTeam = 6500};
+
+// Lengths in elements, as measured for each routine; 0 where a length says nothing beyond the ones before it.
 struct VectorRow {
-    int serialUpTo;       // on any processor
-    int class4SerialUpTo; // CpuMa 32 and 33
+    int serialUpTo; // on any processor
 
-    // CpuMa 64: shorter vectors get at most four threads, and none for a team of two below a length of their own.
-    int class5AllFrom;
-    int class5PairFrom;
+    struct Class5 {   // CpuMa 64
+        int pairFrom; // a length that repays a team of two
+        int allFrom;  // shorter vectors get at most four threads
+    } class5;
 
-    // CpuMa 32 and 33, second cache of at most 3 MiB: a length that repays a team of two, and how many elements a
-    // thread must get for a team of moderate size and for one of more than twelve.
-    int class4PairFrom;
-    int share;
-    int largeTeamShare;
-
-    // CpuMa 32 and 33, second cache larger or unknown: two threads up to one length, all from another.
-    int largeCacheFourFrom;
-    int largeCacheAllFrom;
+    struct Class4 { // CpuMa 32 and 33
+        int serialUpTo;
+        struct SmallCache { // second level of at most 3 MiB
+            int pairFrom;
+            VectorShare share;
+        } smallCache;
+        struct LargeCache { // a larger second level, or none: two threads at first,
+            int fourFrom;   // then four,
+            int allFrom;    // then all
+        } largeCache;
+    } class4;
 };
 
-// Elements that repay a thread, by element type.
-inline constexpr int realShare = 5000, realLargeTeamShare = 10000;
-inline constexpr int complexShare = 2500, complexLargeTeamShare = 6500;
+// What holds for all of them: the second level that counts as small (two cores share one of 3 MiB on the smaller
+// processors of the class), as many threads as a vector of moderate length feeds, and the team that counts as large.
+inline constexpr int smallCacheBytes = 3 << 20;
+inline constexpr int fewThreads = 4;
+inline constexpr int moderateTeamUpTo = 12;
 
-// clang-format off
-//                                  any CpuMa | 32, 33 |  CpuMa 64: all, pair | small cache: pair, shares                  | large cache: four, all
-inline constexpr VectorRow saxpyRow{4000,       4900,     25000, 6000,          5000, realShare,    realLargeTeamShare,      6000, 18000};
-inline constexpr VectorRow scopyRow{5000,       6000,     45000, 0,             6000, realShare,    realLargeTeamShare,      8000, 20000};
-inline constexpr VectorRow sdotRow {5000,       5000,     30000, 0,             6000, realShare,    realLargeTeamShare,      8000, 20000};
-inline constexpr VectorRow srotRow {4000,       5000,     20000, 0,             0,    realShare,    realLargeTeamShare,      8000, 30000};
-inline constexpr VectorRow sswapRow{5000,       5000,     20000, 0,             0,    realShare,    realLargeTeamShare,      8000, 20000};
-inline constexpr VectorRow caxpyRow{2000,       3000,     20000, 3000,          3000, complexShare, complexLargeTeamShare,   6000, 15000};
-inline constexpr VectorRow ccopyRow{2500,       3000,     20000, 0,             3000, complexShare, complexLargeTeamShare,   5000, 8000};
-inline constexpr VectorRow cdotcRow{2000,       3000,     20000, 2500,          4000, complexShare, complexLargeTeamShare,   6000, 15000};
-inline constexpr VectorRow cswapRow{2000,       3000,     15000, 0,             3000, complexShare, complexLargeTeamShare,   5000, 10000};
-// clang-format on
+inline constexpr VectorRow saxpyRow{
+    .serialUpTo = 4000,
+    .class5 = {.pairFrom = 6000, .allFrom = 25000},
+    .class4 = {.serialUpTo = 4900, .smallCache = {5000, realShare}, .largeCache = {6000, 18000}}};
+inline constexpr VectorRow scopyRow{
+    .serialUpTo = 5000,
+    .class5 = {.pairFrom = 0, .allFrom = 45000},
+    .class4 = {.serialUpTo = 6000, .smallCache = {6000, realShare}, .largeCache = {8000, 20000}}};
+inline constexpr VectorRow sdotRow{
+    .serialUpTo = 5000,
+    .class5 = {.pairFrom = 0, .allFrom = 30000},
+    .class4 = {.serialUpTo = 5000, .smallCache = {6000, realShare}, .largeCache = {8000, 20000}}};
+inline constexpr VectorRow srotRow{
+    .serialUpTo = 4000,
+    .class5 = {.pairFrom = 0, .allFrom = 20000},
+    .class4 = {.serialUpTo = 5000, .smallCache = {0, realShare}, .largeCache = {8000, 30000}}};
+inline constexpr VectorRow sswapRow{
+    .serialUpTo = 5000,
+    .class5 = {.pairFrom = 0, .allFrom = 20000},
+    .class4 = {.serialUpTo = 5000, .smallCache = {0, realShare}, .largeCache = {8000, 20000}}};
+inline constexpr VectorRow caxpyRow{
+    .serialUpTo = 2000,
+    .class5 = {.pairFrom = 3000, .allFrom = 20000},
+    .class4 = {.serialUpTo = 3000, .smallCache = {3000, complexShare}, .largeCache = {6000, 15000}}};
+inline constexpr VectorRow ccopyRow{
+    .serialUpTo = 2500,
+    .class5 = {.pairFrom = 0, .allFrom = 20000},
+    .class4 = {.serialUpTo = 3000, .smallCache = {3000, complexShare}, .largeCache = {5000, 8000}}};
+inline constexpr VectorRow cdotcRow{
+    .serialUpTo = 2000,
+    .class5 = {.pairFrom = 2500, .allFrom = 20000},
+    .class4 = {.serialUpTo = 3000, .smallCache = {4000, complexShare}, .largeCache = {6000, 15000}}};
+inline constexpr VectorRow cswapRow{
+    .serialUpTo = 2000,
+    .class5 = {.pairFrom = 0, .allFrom = 15000},
+    .class4 = {.serialUpTo = 3000, .smallCache = {3000, complexShare}, .largeCache = {5000, 10000}}};
 
 // ---- The steps, for `threads` of at least 2 -----------------------------------------------------------------------
 
-inline constexpr int fewThreads = 4; // as many as a vector of moderate length feeds
-
 constexpr int class5_threads(const VectorRow& row, int n, int threads) {
-    if (threads == 2 && n < row.class5PairFrom)
+    if (threads == 2 && n < row.class5.pairFrom)
         return 1;
-    return n >= row.class5AllFrom ? threads : std::min(threads, fewThreads);
+    return n >= row.class5.allFrom ? threads : std::min(threads, fewThreads);
 }
 
-constexpr int small_cache_threads(const VectorRow& row, int n, int threads) {
-    constexpr int largeTeamAbove = 12;
+constexpr int small_cache_threads(const VectorRow::Class4::SmallCache& rule, int n, int threads) {
     if (threads <= fewThreads)
-        return threads == 2 && n < row.class4PairFrom ? 1 : threads;
-    if (threads > largeTeamAbove && n < std::int64_t{threads} * row.largeTeamShare)
-        return std::max(n / row.largeTeamShare, fewThreads);
-    return n >= std::int64_t{threads} * row.share ? threads : std::max(n / row.share, fewThreads);
+        return threads == 2 && n < rule.pairFrom ? 1 : threads;
+    const auto fed = [&](int share) { return std::clamp(n / share, fewThreads, threads); };
+    if (threads > moderateTeamUpTo && n < std::int64_t{threads} * rule.share.largeTeam)
+        return fed(rule.share.largeTeam);
+    return fed(rule.share.moderateTeam);
 }
 
-constexpr int large_cache_threads(const VectorRow& row, int n, int threads) {
-    if (n < row.largeCacheFourFrom)
+constexpr int large_cache_threads(const VectorRow::Class4::LargeCache& rule, int n, int threads) {
+    if (n < rule.fourFrom)
         return 2;
-    return n >= row.largeCacheAllFrom ? threads : std::min(threads, fewThreads);
+    return n >= rule.allFrom ? threads : std::min(threads, fewThreads);
 }
 
 // Threads for a vector operation, 1 for a serial one. `machine` answers cpu_ma(), budget(), dynamic() and
 // second_cache_bytes(), which is not positive if there is none.
+//
+// SAXPY with a budget of 8 and dynamic adjustment on:
+//
+//   n        CpuMa 64   CpuMa 33, 2 MiB   CpuMa 33, 6 MiB   CpuMa 66
+//   4000     1          1                 1                 1
+//   4901     4          4                 2                 1
+//   6000     4          4                 4                 1
+//   25000    8          5                 8                 1
+//   40000    8          8                 8                 1
 template <class Machine>
 constexpr int vector_threads(const VectorRow& row, int n, int incx, int incy, const Machine& machine) {
-    constexpr int smallCache = 3 << 20; // bytes
     if (n <= row.serialUpTo)
         return 1;
     // Classes that have no rule, the newest above all, run serially at any length.
     const int cpuMa = machine.cpu_ma();
     const bool class4 = cpuMa == 32 || cpuMa == 33, class5 = cpuMa == 64;
-    if ((!class4 && !class5) || (class4 && n <= row.class4SerialUpTo))
+    if ((!class4 && !class5) || (class4 && n <= row.class4.serialUpTo))
         return 1;
     if (incx == 0 || incy == 0) // all of the vector is one element: slices would not be disjoint
         return 1;
@@ -94,11 +135,8 @@ constexpr int vector_threads(const VectorRow& row, int n, int incx, int incy, co
     if (class5)
         return class5_threads(row, n, threads);
     const int cache = machine.second_cache_bytes();
-    return cache > 0 && cache <= smallCache ? small_cache_threads(row, n, threads)
-                                            : large_cache_threads(row, n, threads);
+    return cache > 0 && cache <= smallCacheBytes ? small_cache_threads(row.class4.smallCache, n, threads)
+                                                 : large_cache_threads(row.class4.largeCache, n, threads);
 }
-
-// The same on this machine, once a vector is longer than the row's serialUpTo.
-int vector_threads_here(const VectorRow& row, int n, int incx, int incy);
 
 } // namespace qrv

@@ -4,26 +4,43 @@
 namespace qrv {
 namespace {
 
-template <auto& kernel, class T>
-void swap_omp(int threads, int n, VectorOperand<T> x, VectorOperand<T> y) {
-    on_slices(threads, n, [&](Slice part) { kernel(&part.count, x.slice(part), &x.inc, y.slice(part), &y.inc); });
+template <class T>
+void swap_omp(int threads, int n, Vector<T> x, Vector<T> y) {
+    on_slices(threads, n, [&](Slice part) { kernel::swap(part.count, slice_of(x, n, part), slice_of(y, n, part)); });
 }
 
 } // namespace
+
+template <class T>
+void blas::swap(int n, Vector<T> x, Vector<T> y) {
+    const int threads = vector_threads(row_for<T>(sswapRow, cswapRow), n, x.inc, y.inc, ThisMachine{});
+    if (threads > 1)
+        swap_omp(threads, n, x, y);
+    else
+        kernel::swap(n, x, y);
+}
+
+template void blas::swap(int, Vector<float>, Vector<float>);
+template void blas::swap(int, Vector<SingleComplex>, Vector<SingleComplex>);
+
 } // namespace qrv
 
 using namespace qrv;
 
 void qrv_blas_sswap(const int* n, float* x, const int* incx, float* y, const int* incy) {
-    call_by_length<sswapRow, qrv_blas_sswap_kernel, qrv_blas_sswap_omp>(*n, *incx, *incy, n, x, incx, y, incy);
+    if (*n <= sswapRow.serialUpTo)
+        return qrv_blas_sswap_kernel(n, x, incx, y, incy);
+    blas::swap<float>(*n, {x, *incx}, {y, *incy});
 }
 void qrv_blas_cswap(const int* n, qrv_complex* x, const int* incx, qrv_complex* y, const int* incy) {
-    call_by_length<cswapRow, qrv_blas_cswap_kernel, qrv_blas_cswap_omp>(*n, *incx, *incy, n, x, incx, y, incy);
+    if (*n <= cswapRow.serialUpTo)
+        return qrv_blas_cswap_kernel(n, x, incx, y, incy);
+    blas::swap<SingleComplex>(*n, {x, *incx}, {y, *incy});
 }
 void qrv_blas_sswap_omp(const int* threads, const int* n, float* x, const int* incx, float* y, const int* incy) {
-    swap_omp<qrv_blas_sswap_kernel, float>(*threads, *n, {x, *n, *incx}, {y, *n, *incy});
+    swap_omp<float>(*threads, *n, {x, *incx}, {y, *incy});
 }
 void qrv_blas_cswap_omp(const int* threads, const int* n, qrv_complex* x, const int* incx, qrv_complex* y,
                         const int* incy) {
-    swap_omp<qrv_blas_cswap_kernel, SingleComplex>(*threads, *n, {x, *n, *incx}, {y, *n, *incy});
+    swap_omp<SingleComplex>(*threads, *n, {x, *incx}, {y, *incy});
 }

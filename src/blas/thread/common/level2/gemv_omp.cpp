@@ -5,7 +5,7 @@
 #include <omp.h>
 
 #include "blas/blas.hpp"
-#include "blas/kernel/kernels.hpp"
+#include "blas/calls.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
 #include "blas/thread/common/machine.hpp"
 
@@ -13,59 +13,47 @@ namespace qrv {
 namespace {
 
 template <class T>
-struct GemvFamily;
-
-template <>
-struct GemvFamily<float> {
-    static constexpr GemvRule rule = sgemvRule;
-    static constexpr auto& kernel = qrv_blas_sgemv_kernel;
-};
-template <>
-struct GemvFamily<SingleComplex> {
-    static constexpr GemvRule rule = cgemvRule;
-    static constexpr auto& kernel = qrv_blas_cgemv_kernel;
-};
-
-template <class T>
-void gemv_region(int threads, QRV_GEMV_PARAMETERS(T)) {
-    const bool byColumns = transposes(*trans);
-    const int length = byColumns ? *n : *m; // of y
+void gemv_omp(int threads, Op op, int m, int n, T alpha, Matrix<const T> a, Vector<const T> x, T beta, Vector<T> y) {
 #pragma omp parallel num_threads(threads)
     {
-        const Slice slice = gemv_slice(*trans, *m, *n, omp_get_num_threads(), omp_get_thread_num());
-        const Matrix<const T> all{a, *lda};
-        const Matrix<const T> band = byColumns ? all.block(0, slice.first) : all.block(slice.first, 0);
-        const int rows = byColumns ? *m : slice.count, columns = byColumns ? slice.count : *n;
-        GemvFamily<T>::kernel(trans, &rows, &columns, alpha, band.data, lda, x, incx, beta,
-                              y + slice_offset(slice, length, *incy), incy);
+        const Slice part = gemv_slice(op, m, n, omp_get_num_threads(), omp_get_thread_num());
+        if (op == Op::none)
+            kernel::gemv(op, part.count, n, alpha, a.block(part.first, 0), x, beta, slice_of(y, m, part));
+        else
+            kernel::gemv(op, m, part.count, alpha, a.block(0, part.first), x, beta, slice_of(y, n, part));
     }
 }
 
+} // namespace
+
 template <class T>
-inline void gemv(QRV_GEMV_PARAMETERS(T)) {
-    if (*m < 1 || *n < 1)
+void blas::gemv(Op op, int m, int n, Scalar<T> alpha, MatrixIn<T> a, VectorIn<T> x, Scalar<T> beta, Vector<T> y) {
+    if (m < 1 || n < 1)
         return;
-    const int threads = gemv_threads(GemvFamily<T>::rule, *trans, *m, *n, ThisMachine{});
+    const int threads = gemv_threads(row_for<T>(sgemvRule, cgemvRule), op, m, n, ThisMachine{});
     if (threads > 1)
-        gemv_region<T>(threads, QRV_GEMV_ARGUMENTS);
+        gemv_omp<T>(threads, op, m, n, alpha, a, x, beta, y);
     else
-        GemvFamily<T>::kernel(QRV_GEMV_ARGUMENTS);
+        kernel::gemv(op, m, n, alpha, a, x, beta, y);
 }
 
-} // namespace
+template void blas::gemv(Op, int, int, float, Matrix<const float>, Vector<const float>, float, Vector<float>);
+template void blas::gemv(Op, int, int, SingleComplex, Matrix<const SingleComplex>, Vector<const SingleComplex>,
+                         SingleComplex, Vector<SingleComplex>);
+
 } // namespace qrv
 
 using namespace qrv;
 
 void qrv_blas_sgemv(QRV_GEMV_PARAMETERS(float)) {
-    gemv<float>(QRV_GEMV_ARGUMENTS);
+    blas::gemv<float>(op_of(*trans), *m, *n, *alpha, {a, *lda}, {x, *incx}, *beta, {y, *incy});
 }
 void qrv_blas_cgemv(QRV_GEMV_PARAMETERS(SingleComplex)) {
-    gemv<SingleComplex>(QRV_GEMV_ARGUMENTS);
+    blas::gemv<SingleComplex>(op_of(*trans), *m, *n, *alpha, {a, *lda}, {x, *incx}, *beta, {y, *incy});
 }
 void qrv_blas_sgemv_omp(const int* threads, QRV_GEMV_PARAMETERS(float)) {
-    gemv_region<float>(*threads, QRV_GEMV_ARGUMENTS);
+    gemv_omp<float>(*threads, op_of(*trans), *m, *n, *alpha, {a, *lda}, {x, *incx}, *beta, {y, *incy});
 }
 void qrv_blas_cgemv_omp(const int* threads, QRV_GEMV_PARAMETERS(SingleComplex)) {
-    gemv_region<SingleComplex>(*threads, QRV_GEMV_ARGUMENTS);
+    gemv_omp<SingleComplex>(*threads, op_of(*trans), *m, *n, *alpha, {a, *lda}, {x, *incx}, *beta, {y, *incy});
 }

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-#include "blas/matrix.hpp"
+#include "blas/options.hpp"
 #include "blas/thread/common/slice.hpp"
 
 namespace qrv {
@@ -51,39 +51,52 @@ constexpr bool share_repays(const ShareRule& rule, int share, int length) {
     return share >= rule.wide ? work >= rule.wideWork : length >= rule.narrowLength && work >= rule.narrowWork;
 }
 
-// m and n are at least 1.
+// m and n are at least 1. On the classes with a rule, SGEMV and CGEMV with a budget of 4:
+//
+//   m x n       N: share           S, C    T: share           S, C
+//   100 x 100   below 128          1, 1    below 128          1, 1
+//   128 x 100   32 rows of 100     4, 1    25 columns of 128  4, 1
+//   128 x 48    32 rows of 48      1, 1    12 columns of 128  1, 1
+//   40 x 300    8 rows of 300      1, 4    75 columns of 40   1, 4
+//   20 x 9000   no rows            1, 1    2250 columns of 20 4, 4
 template <class Machine>
-constexpr int gemv_threads(const GemvRule& rule, char trans, int m, int n, const Machine& machine) {
-    constexpr int rowUnit = 8;
+constexpr int gemv_threads(const GemvRule& rule, Op op, int m, int n, const Machine& machine) {
+    constexpr int rowUnit = 8; // rows of a vector slice
     if (m < rule.serialBelow && n < rule.serialBelow)
         return 1;
     const int threads = level2_budget(machine);
     if (threads <= 1)
         return 1;
-    const bool repays = transposes(trans) ? share_repays(rule.colShare, n / threads, m)
-                                          : share_repays(rule.rowShare, m / threads / rowUnit * rowUnit, n);
+    const bool repays = op == Op::none ? share_repays(rule.rowShare, m / threads / rowUnit * rowUnit, n)
+                                       : share_repays(rule.colShare, n / threads, m);
     return repays ? threads : 1;
 }
 
 // Option N cuts rows, as vectors are cut; the others cut columns.
-constexpr Slice gemv_slice(char trans, int m, int n, int team, int thread) {
-    return transposes(trans) ? equal_slice(n, team, thread) : vector_slice(m, team, thread);
+constexpr Slice gemv_slice(Op op, int m, int n, int team, int thread) {
+    return op == Op::none ? vector_slice(m, team, thread) : equal_slice(n, team, thread);
 }
 
 // ---- Symmetric matrix ----------------------------------------------------------------------------------------------
 
 inline constexpr int largeTeam = 9; // threads; needs larger matrices
 
-// A large matrix is left to one thread unless the team is large.
+struct SymvRule {
+    int serialBelow;
+    int smallTeamUpTo; // a larger matrix, of which each thread reads twice its share, is left to one thread,
+    int largeTeamFrom; // unless the team is large, which in turn needs this size
+};
+
+inline constexpr SymvRule ssymvRule{.serialBelow = 256, .smallTeamUpTo = 4000, .largeTeamFrom = 301};
+
 template <class Machine>
-constexpr int symv_threads(int n, const Machine& machine) {
-    constexpr int serialBelow = 256, largeTeamFrom = 301, smallTeamUpTo = 4000;
-    if (n < serialBelow)
+constexpr int symv_threads(const SymvRule& rule, int n, const Machine& machine) {
+    if (n < rule.serialBelow)
         return 1;
     const int threads = level2_budget(machine);
     if (threads <= 1)
         return 1;
-    const bool repays = threads >= largeTeam ? n >= largeTeamFrom : n <= smallTeamUpTo;
+    const bool repays = threads >= largeTeam ? n >= rule.largeTeamFrom : n <= rule.smallTeamUpTo;
     return repays ? threads : 1;
 }
 
@@ -124,10 +137,15 @@ constexpr int trmv_threads(const TrmvRule& rule, int n, const Machine& machine) 
     return n < rule.allFrom && threads > fewThreads && machine.dynamic() == 1 ? fewThreads : threads;
 }
 
+struct SyrRule {
+    int serialBelow;
+};
+
+inline constexpr SyrRule ssyrRule{.serialBelow = 1500};
+
 template <class Machine>
-constexpr int syr_threads(int n, const Machine& machine) {
-    constexpr int serialBelow = 1500;
-    if (n < serialBelow)
+constexpr int syr_threads(const SyrRule& rule, int n, const Machine& machine) {
+    if (n < rule.serialBelow)
         return 1;
     const int threads = level2_budget(machine);
     return threads > 1 ? threads : 1;
@@ -164,20 +182,17 @@ struct TriangleBand {
     int first, length; // what it multiplies: x[first, first + length)
 };
 
-// Whether the rows of op(A) begin at the diagonal, or end there.
-constexpr bool begins_at_diagonal(bool upper, char trans) {
-    return upper != transposes(trans);
-}
-constexpr TriangleBand trmv_band(int n, int team, int thread, bool upper, char trans) {
-    const bool fromDiagonal = begins_at_diagonal(upper, trans);
+// The rows of an upper triangular op(A) begin at the diagonal, those of a lower one end there.
+constexpr TriangleBand trmv_band(int n, int team, int thread, Uplo uplo, Op op) {
+    const bool fromDiagonal = (uplo == Uplo::upper) == (op == Op::none);
     const Slice slice = triangle_slice(n, team, thread, fromDiagonal ? TriangleCut::third : TriangleCut::twoThirds);
     return fromDiagonal ? TriangleBand{slice, slice.first, n - slice.first}
                         : TriangleBand{slice, 0, slice.first + slice.count};
 }
 
 // A band of the threaded update: rows of a lower triangle, columns of an upper one, up to the diagonal.
-constexpr Slice syr_band(int n, int team, int thread, bool upper) {
-    return triangle_slice(n, team, thread, upper ? TriangleCut::twoThirds : TriangleCut::third);
+constexpr Slice syr_band(int n, int team, int thread, Uplo uplo) {
+    return triangle_slice(n, team, thread, uplo == Uplo::upper ? TriangleCut::twoThirds : TriangleCut::third);
 }
 
 } // namespace qrv

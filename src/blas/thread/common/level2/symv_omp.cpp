@@ -7,83 +7,80 @@
 #include <omp.h>
 
 #include "blas/blas.hpp"
-#include "blas/kernel/kernels.hpp"
+#include "blas/calls.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
 #include "blas/thread/common/machine.hpp"
-#include "service/options.hpp"
 
 namespace qrv {
 namespace {
 
-struct SymvProblem {
-    char uplo;
+struct SymvCall {
+    Uplo uplo;
     int n;
     float alpha;
     Matrix<const float> a;
-    int lda;
-    const float* x;
-    int incx;
+    Vector<const float> x;
     float beta;
-    float* y;
-    int incy;
+    Vector<float> y;
 
-    bool upper() const { return same_letter(uplo, 'U'); }
-    const float* x_slice(Slice slice) const { return x + slice_offset(slice, n, incx); }
-    float* y_slice(Slice slice) const { return y + slice_offset(slice, n, incy); }
+    void diagonal_block(Slice rows) const {
+        kernel::hemv(uplo, rows.count, alpha, a.block(rows.first, rows.first), slice_of(x, n, rows), beta,
+                     slice_of(y, n, rows));
+    }
+    // y(rows) += alpha * A(rows, columns) * x(columns)
+    void add_rectangle(Slice rows, Slice columns) const {
+        const bool stored = (uplo == Uplo::lower) == (columns.first < rows.first); // or else its mirror image is
+        if (stored)
+            kernel::gemv(Op::none, rows.count, columns.count, alpha, a.block(rows.first, columns.first),
+                         slice_of(x, n, columns), 1, slice_of(y, n, rows));
+        else
+            kernel::gemv(Op::transpose, columns.count, rows.count, alpha, a.block(columns.first, rows.first),
+                         slice_of(x, n, columns), 1, slice_of(y, n, rows));
+    }
 };
 
-void diagonal_block(const SymvProblem& p, Slice rows) {
-    qrv_blas_ssymv_kernel(&p.uplo, &rows.count, &p.alpha, p.a.block(rows.first, rows.first).data, &p.lda,
-                          p.x_slice(rows), &p.incx, &p.beta, p.y_slice(rows), &p.incy);
-}
-
-// y(rows) += alpha * A(rows, columns) * x(columns), where the rectangle is stored on the other side of the diagonal if
-// `mirrored`.
-void add_rectangle(const SymvProblem& p, Slice rows, Slice columns, bool mirrored) {
-    const float one = 1;
-    if (mirrored)
-        qrv_blas_sgemv_kernel("T", &columns.count, &rows.count, &p.alpha, p.a.block(columns.first, rows.first).data,
-                              &p.lda, p.x_slice(columns), &p.incx, &one, p.y_slice(rows), &p.incy);
-    else
-        qrv_blas_sgemv_kernel("N", &rows.count, &columns.count, &p.alpha, p.a.block(rows.first, columns.first).data,
-                              &p.lda, p.x_slice(columns), &p.incx, &one, p.y_slice(rows), &p.incy);
-}
-
-void symv_region(int threads, const SymvProblem& p) {
+void symv_omp(int threads, const SymvCall& call) {
+    const int n = call.n;
 #pragma omp parallel num_threads(threads)
     {
         const int team = omp_get_num_threads(), thread = omp_get_thread_num();
         if (team == 1) {
-            diagonal_block(p, {0, p.n});
+            call.diagonal_block({0, n});
         } else {
             const int blocks = symv_blocks(team);
             // All of y is scaled before anything is added: the loop ends in a barrier.
 #pragma omp for schedule(static, 1)
             for (int k = 0; k < blocks; ++k)
-                diagonal_block(p, symv_block(p.n, blocks, k).rows);
+                call.diagonal_block(symv_block(n, blocks, k).rows);
             if (thread < blocks) {
-                const auto [rows, before, after] = symv_block(p.n, blocks, thread);
+                const auto [rows, before, after] = symv_block(n, blocks, thread);
                 if (thread > 0)
-                    add_rectangle(p, rows, {0, before}, p.upper());
+                    call.add_rectangle(rows, {0, before});
                 if (thread < blocks - 1)
-                    add_rectangle(p, rows, {p.n - after, after}, !p.upper());
+                    call.add_rectangle(rows, {n - after, after});
             }
         }
     }
 }
 
 } // namespace
+
+void blas::hemv(Uplo uplo, int n, float alpha, Matrix<const float> a, Vector<const float> x, float beta,
+                Vector<float> y) {
+    const int threads = symv_threads(ssymvRule, n, ThisMachine{});
+    if (threads > 1)
+        symv_omp(threads, {uplo, n, alpha, a, x, beta, y});
+    else
+        kernel::hemv(uplo, n, alpha, a, x, beta, y);
+}
+
 } // namespace qrv
 
 using namespace qrv;
 
 void qrv_blas_ssymv(QRV_SYMV_PARAMETERS(float)) {
-    const int threads = symv_threads(*n, ThisMachine{});
-    if (threads > 1)
-        qrv_blas_ssymv_omp(&threads, QRV_SYMV_ARGUMENTS);
-    else
-        qrv_blas_ssymv_kernel(QRV_SYMV_ARGUMENTS);
+    blas::hemv(uplo_of(*uplo), *n, *alpha, {a, *lda}, {x, *incx}, *beta, {y, *incy});
 }
 void qrv_blas_ssymv_omp(const int* threads, QRV_SYMV_PARAMETERS(float)) {
-    symv_region(*threads, {*uplo, *n, *alpha, {a, *lda}, *lda, x, *incx, *beta, y, *incy});
+    symv_omp(*threads, {uplo_of(*uplo), *n, *alpha, {a, *lda}, {x, *incx}, *beta, {y, *incy}});
 }

@@ -4,76 +4,84 @@
 #include <omp.h>
 
 #include "blas/blas.hpp"
-#include "blas/kernel/kernels.hpp"
+#include "blas/calls.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
 #include "blas/thread/common/machine.hpp"
-#include "service/options.hpp"
 
 namespace qrv {
 namespace {
 
-// Calls whole() on a team of one, band(slice) on the threads of a larger one.
+// A band begins at the edge of the triangle, and reads the vectors up to its end: their leading part.
+struct UpdateBand {
+    int width, length;
+    Matrix<float> a;
+};
+
+// Calls whole() on a team of one, band(update) on the threads of a larger one.
 template <class Whole, class Band>
-void triangle_region(int threads, char uplo, int n, const Whole& whole, const Band& band) {
+void triangle_region(int threads, Uplo uplo, int n, Matrix<float> a, const Whole& whole, const Band& band) {
 #pragma omp parallel num_threads(threads)
     {
         const int team = omp_get_num_threads();
-        if (team == 1)
+        if (team == 1) {
             whole();
-        else
-            band(syr_band(n, team, omp_get_thread_num(), same_letter(uplo, 'U')));
+        } else {
+            const Slice part = syr_band(n, team, omp_get_thread_num(), uplo);
+            band(UpdateBand{part.count, part.first + part.count,
+                            uplo == Uplo::upper ? a.block(0, part.first) : a.block(part.first, 0)});
+        }
     }
 }
 
-// A band begins at the edge of the triangle, and reads the vectors up to its end: their leading part, which has an
-// address of its own if the increment is negative.
-struct UpdateBand {
-    Slice slice;
-    int length;
-    float* a;
+void syr_omp(int threads, Uplo uplo, int n, float alpha, Vector<const float> x, Matrix<float> a) {
+    triangle_region(
+        threads, uplo, n, a, [&] { kernel::her(uplo, n, alpha, x, a); },
+        [&](const UpdateBand& band) {
+            kernel::syr_band(uplo, band.width, band.length, alpha, slice_of(x, n, {0, band.length}), band.a);
+        });
+}
 
-    UpdateBand(Slice part, char uplo, float* matrix, int lda) : slice(part), length(part.first + part.count) {
-        const Matrix<float> all{matrix, lda};
-        a = (same_letter(uplo, 'U') ? all.block(0, part.first) : all.block(part.first, 0)).data;
-    }
-    const float* leading(const float* x, int n, int inc) const { return x + slice_offset({0, length}, n, inc); }
-};
+void syr2_omp(int threads, Uplo uplo, int n, float alpha, Vector<const float> x, Vector<const float> y,
+              Matrix<float> a) {
+    triangle_region(
+        threads, uplo, n, a, [&] { kernel::her2(uplo, n, alpha, x, y, a); },
+        [&](const UpdateBand& band) {
+            const Slice leading{0, band.length};
+            kernel::syr2_band(uplo, band.width, band.length, alpha, slice_of(x, n, leading), slice_of(y, n, leading),
+                              band.a);
+        });
+}
 
 } // namespace
+
+void blas::her(Uplo uplo, int n, float alpha, Vector<const float> x, Matrix<float> a) {
+    const int threads = syr_threads(ssyrRule, n, ThisMachine{});
+    if (threads > 1)
+        syr_omp(threads, uplo, n, alpha, x, a);
+    else
+        kernel::her(uplo, n, alpha, x, a);
+}
+void blas::her2(Uplo uplo, int n, float alpha, Vector<const float> x, Vector<const float> y, Matrix<float> a) {
+    const int threads = syr_threads(ssyrRule, n, ThisMachine{});
+    if (threads > 1)
+        syr2_omp(threads, uplo, n, alpha, x, y, a);
+    else
+        kernel::her2(uplo, n, alpha, x, y, a);
+}
+
 } // namespace qrv
 
 using namespace qrv;
 
 void qrv_blas_ssyr(QRV_SYR_PARAMETERS(float)) {
-    const int threads = syr_threads(*n, ThisMachine{});
-    if (threads > 1)
-        qrv_blas_ssyr_omp(&threads, QRV_SYR_ARGUMENTS);
-    else
-        qrv_blas_ssyr_kernel(QRV_SYR_ARGUMENTS);
+    blas::her(uplo_of(*uplo), *n, *alpha, {x, *incx}, {a, *lda});
+}
+void qrv_blas_ssyr2(QRV_SYR2_PARAMETERS(float)) {
+    blas::her2(uplo_of(*uplo), *n, *alpha, {x, *incx}, {y, *incy}, {a, *lda});
 }
 void qrv_blas_ssyr_omp(const int* threads, QRV_SYR_PARAMETERS(float)) {
-    triangle_region(
-        *threads, *uplo, *n, [&] { qrv_blas_ssyr_kernel(QRV_SYR_ARGUMENTS); },
-        [&](Slice slice) {
-            const UpdateBand band(slice, *uplo, a, *lda);
-            qrv_blas_ssyr_band_kernel(uplo, &slice.count, &band.length, alpha, band.leading(x, *n, *incx), incx, band.a,
-                                      lda);
-        });
-}
-
-void qrv_blas_ssyr2(QRV_SYR2_PARAMETERS(float)) {
-    const int threads = syr_threads(*n, ThisMachine{});
-    if (threads > 1)
-        qrv_blas_ssyr2_omp(&threads, QRV_SYR2_ARGUMENTS);
-    else
-        qrv_blas_ssyr2_kernel(QRV_SYR2_ARGUMENTS);
+    syr_omp(*threads, uplo_of(*uplo), *n, *alpha, {x, *incx}, {a, *lda});
 }
 void qrv_blas_ssyr2_omp(const int* threads, QRV_SYR2_PARAMETERS(float)) {
-    triangle_region(
-        *threads, *uplo, *n, [&] { qrv_blas_ssyr2_kernel(QRV_SYR2_ARGUMENTS); },
-        [&](Slice slice) {
-            const UpdateBand band(slice, *uplo, a, *lda);
-            qrv_blas_ssyr2_band_kernel(uplo, &slice.count, &band.length, alpha, band.leading(x, *n, *incx), incx,
-                                       band.leading(y, *n, *incy), incy, band.a, lda);
-        });
+    syr2_omp(*threads, uplo_of(*uplo), *n, *alpha, {x, *incx}, {y, *incy}, {a, *lda});
 }

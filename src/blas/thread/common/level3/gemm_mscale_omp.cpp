@@ -3,18 +3,13 @@
 
 #include "blas/thread/common/level3/gemm_team.hpp"
 
-namespace qrv {
-
-void gemm_scale_region(const GemmProblem<float>& problem, int threads) {
+void qrv::gemm_scale_region(const GemmCall<float>& call, int threads) {
 #pragma omp parallel num_threads(threads)
     {
-        const int team = omp_get_num_threads();
-        const int thread = omp_get_thread_num();
-        const GemmProblem<float> part = gemm_scale_split(problem.sizes(), team) == GemmSplit::rows
-                                            ? problem.rows(equal_slice(problem.m, team, thread))
-                                            : problem.columns(equal_slice(problem.n, team, thread));
-        qrv_blas_sgemm_scale_c(&part.m, &part.n, &part.beta, part.c, &part.ldc);
+        const int team = omp_get_num_threads(), thread = omp_get_thread_num();
+        const GemmCall<float> part = gemm_scale_split(call.sizes(), team) == GemmSplit::rows
+                                         ? call.rows(equal_slice(call.m, team, thread))
+                                         : call.columns(equal_slice(call.n, team, thread));
+        kernel::scale(part.m, part.n, part.beta, part.c);
     }
 }
-
-} // namespace qrv

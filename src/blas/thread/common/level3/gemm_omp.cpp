@@ -1,9 +1,9 @@
 // GEMM on a team: C := alpha*op(A)*op(B) + beta*C.
 //
-// qrv_blas_sgemm and qrv_blas_cgemm decide: tiny calls go straight to the serial kernel, small ones are cut into one
-// serial call a thread, large ones take the partition of their machine class (gemm_partition.hpp), complex ones a plain
-// one. Every thread writes its own rows or columns of C only, and sums each element in an order that depends on the
-// team's size alone, so a run is repeatable bit for bit.
+// The decision: tiny calls go straight to the serial kernel, small ones are cut into one serial call a thread, large
+// ones take the partition of their machine class (gemm_partition.hpp), complex ones a plain one. Every thread writes
+// its own rows or columns of C only, and sums each element in an order that depends on the team's size alone, so a run
+// is repeatable bit for bit.
 #include <omp.h>
 
 #include "blas/blas.hpp"
@@ -13,184 +13,157 @@
 namespace qrv {
 namespace {
 
-// What differs between the element types.
+// Whether the machine class chooses the partition and has C scaled ahead of the products.
 template <class T>
-struct GemmFamily;
-
-// `byMachine` says whether the machine class chooses the partition and whether C is scaled ahead of the products.
-#define QRV_GEMM_FAMILY(gemm)                                                                                          \
-    static constexpr auto& serial = qrv_blas_##gemm##_kernel;                                                          \
-    static constexpr auto& scale_c = qrv_blas_##gemm##_scale_c;                                                        \
-    static constexpr auto& plan_available = qrv_blas_##gemm##_plan_available;                                          \
-    static constexpr auto& plan_reset = qrv_blas_##gemm##_plan_reset;                                                  \
-    static constexpr auto& plan_load = qrv_blas_##gemm##_plan_load;                                                    \
-    static constexpr auto& plan_set_blocks = qrv_blas_##gemm##_plan_set_blocks;                                        \
-    static constexpr auto& buffer_sizes = qrv_blas_##gemm##_buffer_sizes;                                              \
-    static constexpr auto& blocked = qrv_blas_##gemm##_blocked;                                                        \
-    static constexpr auto& row = qrv_blas_##gemm##_1d_row;                                                             \
-    static constexpr auto& col = qrv_blas_##gemm##_1d_col;
-
-template <>
-struct GemmFamily<float> {
-    QRV_GEMM_FAMILY(sgemm)
-    static constexpr GemmGainRule gain = realGemmGain;
-    static constexpr bool byMachine = true;
-    static constexpr auto& scale_region = gemm_scale_region;
-    static constexpr auto& acopy = qrv_blas_sgemm_1d_acopy;
-};
-template <>
-struct GemmFamily<SingleComplex> {
-    QRV_GEMM_FAMILY(cgemm)
-    static constexpr GemmGainRule gain = complexGemmGain;
-    static constexpr bool byMachine = false;
-};
-#undef QRV_GEMM_FAMILY
-
-// The address list of a problem, for a call in the native form.
-#define QRV_GEMM_FIELDS(p)                                                                                             \
-    &(p).transa, &(p).transb, &(p).m, &(p).n, &(p).k, &(p).alpha, (p).a, &(p).lda, (p).b, &(p).ldb, &(p).beta, (p).c,  \
-        &(p).ldc
-
-template <class T>
-GemmProblem<T> problem_of(QRV_GEMM_PARAMETERS(T)) {
-    return {*transa, *transb, *m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc};
-}
-
-template <class T>
-void serial(const GemmProblem<T>& problem) {
-    GemmFamily<T>::serial(QRV_GEMM_FIELDS(problem));
-}
+inline constexpr bool byMachine = !isComplex<T>;
 
 // ---- Work routines -------------------------------------------------------------------------------------------
+
+// What a thread of the large region works from. Each has its own copy, and of the plan too: every thread then
+// computes the same partition for itself, and nothing is broadcast.
+template <class T>
+struct GemmThreadContext {
+    GemmMachine machineClass;
+    bool planAvailable; // or else each part is a serial call
+    typename GemmPlan<T>::CopyA* copyA;
+    GemmPartition partition;
+    T* aShared; // aligned base of the shared packed copies of A
+};
+
+// The blocked core. Result: 0 done, 1 no memory where the caller packed an operand.
+template <class T>
+int blocked(const GemmCall<T>& q, GemmMode mode, GemmPlan<T>* plan) {
+    const char transa = letter(q.opA), transb = letter(q.opB);
+    const int lda = static_cast<int>(q.a.ld), ldb = static_cast<int>(q.b.ld), ldc = static_cast<int>(q.c.ld);
+    return kernel::Native<T>::blocked(&transa, &transb, &q.m, &q.n, &q.k, &q.alpha, q.a.data, &lda, q.b.data, &ldb,
+                                      &q.beta, q.c.data, &ldc, mode, plan);
+}
 
 // One thread's slice of C, from the caller's operands. The core takes its own buffers and does without if it
 // must.
 template <class T>
-void work_on(const GemmProblem<T>& part, GemmPlan<T>* plan, const GemmThreadContext<T>& context) {
-    if (context.blocked)
-        context.blocked(QRV_GEMM_FIELDS(part), context.mode, plan);
+void work_on(const GemmCall<T>& part, GemmPlan<T>* plan, const GemmThreadContext<T>& context) {
+    if (context.planAvailable)
+        blocked(part, context.partition.mode, plan);
     else
-        context.serial(QRV_GEMM_FIELDS(part));
+        serial(part);
 }
 
 template <class T>
-void gemm_1d_row(const GemmProblem<T>& problem, GemmPlan<T>* plan, const GemmThreadContext<T>& context) {
+void gemm_1d_row(const GemmCall<T>& call, GemmPlan<T>* plan, const GemmThreadContext<T>& context) {
+    const int threads = context.partition.threads;
 #pragma omp for schedule(static, 1)
-    for (int i = 0; i < context.threads; ++i)
-        work_on(problem.rows(equal_slice(problem.m, context.threads, i)), plan, context);
+    for (int i = 0; i < threads; ++i)
+        work_on(call.rows(equal_slice(call.m, threads, i)), plan, context);
 }
 
 template <class T>
-void gemm_1d_col(const GemmProblem<T>& problem, GemmPlan<T>* plan, const GemmThreadContext<T>& context) {
+void gemm_1d_col(const GemmCall<T>& call, GemmPlan<T>* plan, const GemmThreadContext<T>& context) {
+    const int threads = context.partition.threads;
 #pragma omp for schedule(static, 1)
-    for (int i = 0; i < context.threads; ++i)
-        work_on(problem.columns(equal_slice(problem.n, context.threads, i)), plan, context);
+    for (int i = 0; i < threads; ++i)
+        work_on(call.columns(equal_slice(call.n, threads, i)), plan, context);
 }
 
 // Packed A of one group of threads, for the current block of rows and steps.
 template <class T>
 struct SharedBlock {
-    GemmProblem<T> part; // what the block contributes to: its rows, its steps, all columns
+    GemmCall<T> part; // what the block contributes to: its rows, its steps, all columns
     T* packed;
     int stride;
 };
 
 template <class T>
 void pack(const SharedBlock<T>& block, const GemmThreadContext<T>& context) {
-    const GemmProblem<T>& part = block.part;
+    const GemmCall<T>& part = block.part;
+    const int lda = static_cast<int>(part.a.ld);
     if (part.m > 0)
-        context.copyA(&part.m, &part.k, part.a, &part.lda, block.packed, &block.stride, &part.alpha);
+        context.copyA(&part.m, &part.k, part.a.data, &lda, block.packed, &block.stride, &part.alpha);
 }
 
 // C += packed A times B. The core answers 1 if it got no memory for its sliver: the block then goes through the
 // serial kernel, from the caller's A.
 template <class T>
 void multiply(const SharedBlock<T>& block, GemmPlan<T>* plan, const GemmThreadContext<T>& context) {
-    const GemmProblem<T>& part = block.part;
-    if (part.m <= 0)
+    if (block.part.m <= 0)
         return;
-    GemmProblem<T> packed = part;
-    packed.a = block.packed;
-    packed.lda = block.stride;
-    if (context.blocked(QRV_GEMM_FIELDS(packed), context.mode, plan) != 0)
-        serial(part);
+    GemmCall<T> packed = block.part;
+    packed.a = {block.packed, block.stride};
+    if (blocked(packed, context.partition.mode, plan) != 0)
+        serial(block.part);
 }
 
 // Rows in slices of whole panels. Block after block, A is packed into the shared copies and multiplied from
 // there; the loops end in barriers, as a copy may belong to several threads (a grid of more than one column).
 template <class T>
-void gemm_1d_acopy(const GemmProblem<T>& problem, GemmPlan<T>* plan, const GemmThreadContext<T>& context) {
-    const int threads = context.threads, groups = context.rowThreads;
+void gemm_1d_acopy(const GemmCall<T>& call, GemmPlan<T>* plan, const GemmThreadContext<T>& context) {
+    const GemmPartition& grid = context.partition;
     const std::size_t copyLength = plan->aBuffer.bytes / sizeof(T);
     const int kUnit = plan->kUnit, mUnit = plan->mUnit;
-    const int longest = equal_slice(problem.m, groups, groups - 1, mUnit).count;
-    GemmProblem<T> adding = problem;
+    const int longest = equal_slice(call.m, grid.rowThreads, grid.rowThreads - 1, mUnit).count;
+    GemmCall<T> adding = call;
     adding.beta = scalar<T>(1);
-    for (int l = 0, kc; l < problem.k; l += kc) {
-        kc = std::min(context.kb, problem.k - l);
+    for (int l = 0, kc; l < call.k; l += kc) {
+        kc = std::min(grid.blocks.kb, call.k - l);
         const int stride = (kc + kUnit - 1) / kUnit * kUnit * mUnit;
-        const GemmProblem<T> deep = adding.steps({l, kc});
+        const GemmCall<T> deep = adding.steps({l, kc});
         for (int i0 = 0, mc; i0 < longest; i0 += mc) {
-            mc = std::min(context.mb, longest - i0);
+            mc = std::min(grid.blocks.mb, longest - i0);
             const auto block = [&](int thread) -> SharedBlock<T> {
-                const int group = thread / context.colThreads;
-                const Slice rows = gemm_block(equal_slice(problem.m, groups, group, mUnit), i0, mc);
+                const int group = thread / grid.colThreads;
+                const Slice rows = gemm_block(equal_slice(call.m, grid.rowThreads, group, mUnit), i0, mc);
                 return {deep.rows(rows), context.aShared + static_cast<std::size_t>(group) * copyLength, stride};
             };
 #pragma omp for schedule(static, 1)
-            for (int t = 0; t < threads; ++t)
+            for (int t = 0; t < grid.threads; ++t)
                 pack(block(t), context);
 #pragma omp for schedule(static, 1)
-            for (int t = 0; t < threads; ++t)
+            for (int t = 0; t < grid.threads; ++t)
                 multiply(block(t), plan, context);
         }
     }
 }
 
+// The chosen one: every thread of a region calls it.
+template <class T>
+void work(const GemmCall<T>& call, GemmPlan<T>* plan, const GemmThreadContext<T>& context) {
+    switch (context.partition.region) {
+    case GemmRegion::row:
+        return gemm_1d_row(call, plan, context);
+    case GemmRegion::column:
+        return gemm_1d_col(call, plan, context);
+    case GemmRegion::acopy:
+        if constexpr (byMachine<T>)
+            gemm_1d_acopy(call, plan, context);
+    }
+}
+
 // ---- Partition -------------------------------------------------------------------------------------------------
 
+// Chooses region, mode, grid and blocks for the team, and stores the blocks in the plan.
 template <class T>
-void partition(GemmSizes sizes, GemmPlan<T>* plan, GemmThreadContext<T>* context) {
-    using Family = GemmFamily<T>;
-    const GemmBlocks blocks{context->mb, context->nb, context->kb};
-    GemmPartition chosen = gemm_plain_partition(sizes, blocks, context->threads);
-    if constexpr (Family::byMachine)
-        chosen = gemm_partition(context->machineClass, context->planAvailable != 0, sizes, blocks, context->threads);
-    context->region = chosen.region == GemmRegion::row ? Family::row : Family::col;
-    if constexpr (Family::byMachine)
-        if (chosen.region == GemmRegion::acopy)
-            context->region = Family::acopy;
-    context->mode = chosen.mode;
-    context->threads = chosen.threads;
-    context->rowThreads = chosen.rowThreads;
-    context->colThreads = chosen.colThreads;
-    context->mb = chosen.blocks.mb;
-    context->aCopies = chosen.aCopies;
-    Family::plan_set_blocks(context->mb, context->nb, context->kb, plan);
+GemmPartition partition(GemmSizes sizes, GemmPlan<T>* plan, const GemmThreadContext<T>& context, int team) {
+    const GemmBlocks blocks{plan->mb, plan->nb, plan->kb};
+    const GemmPartition chosen = byMachine<T>
+                                     ? gemm_partition(context.machineClass, context.planAvailable, sizes, blocks, team)
+                                     : gemm_plain_partition(sizes, blocks, team);
+    kernel::Native<T>::plan_set_blocks(chosen.blocks.mb, chosen.blocks.nb, chosen.blocks.kb, plan);
+    return chosen;
 }
 
 // What all threads of the large region start from. The plan is filled if the build has one.
 template <class T>
-GemmThreadContext<T> start_context(const GemmProblem<T>& problem, const GemmFacts& facts, GemmPlan<T>* plan) {
-    using Family = GemmFamily<T>;
+GemmThreadContext<T> start_context(const GemmCall<T>& call, const GemmFacts& facts, GemmPlan<T>* plan) {
+    using Native = kernel::Native<T>;
     GemmThreadContext<T> context{};
     context.machineClass = gemm_machine_class(facts);
-    context.lastCacheBytes = facts.lastCacheBytes;
-    context.planAvailable = Family::plan_available();
-    if (!context.planAvailable) {
-        context.serial = Family::serial;
+    context.planAvailable = Native::plan_available() != 0;
+    if (!context.planAvailable)
         return context;
-    }
-    Family::plan_reset(plan);
-    Family::plan_load(plan);
-    context.copyA = !transposes(problem.transa)  ? plan->copyAN
-                    : conjugates(problem.transa) ? plan->copyAC
-                                                 : plan->copyAT;
-    plan->setBlocks(&problem.m, &problem.n, &problem.k, plan);
-    context.mb = plan->mb;
-    context.nb = plan->nb;
-    context.kb = plan->kb;
-    context.blocked = Family::blocked;
+    Native::plan_reset(plan);
+    Native::plan_load(plan);
+    plan->setBlocks(&call.m, &call.n, &call.k, plan);
+    context.copyA = call.opA == Op::none ? plan->copyAN : call.opA == Op::adjoint ? plan->copyAC : plan->copyAT;
     return context;
 }
 
@@ -205,16 +178,16 @@ T* aligned(void* block, int alignShift) {
 // gives it back.
 template <class T>
 void share_copies(GemmSizes s, GemmPlan<T>* plan, GemmThreadContext<T>* context, void** cell) {
-    GemmFamily<T>::buffer_sizes(BufferSet::a, BlockClip::toProblem, &s.m, &s.n, &s.k, plan);
+    kernel::Native<T>::buffer_sizes(BufferSet::a, BlockClip::toProblem, &s.m, &s.n, &s.k, plan);
     const GemmBuffer<T>& copy = plan->aBuffer;
 #pragma omp master
-    *cell = qrv_serv_allocate(gemm_shared_bytes(context->aCopies, copy.bytes, copy.alignShift), 128);
+    *cell = qrv_serv_allocate(gemm_shared_bytes(context->partition.aCopies, copy.bytes, copy.alignShift), 128);
 #pragma omp barrier
     if (*cell) {
         context->aShared = aligned<T>(*cell, copy.alignShift);
     } else {
-        context->region = GemmFamily<T>::row;
-        context->mode = GemmMode::packA;
+        context->partition.region = GemmRegion::row;
+        context->partition.mode = GemmMode::packA;
     }
 }
 
@@ -223,64 +196,60 @@ void share_copies(GemmSizes s, GemmPlan<T>* plan, GemmThreadContext<T>* context,
 // ---- Regions ---------------------------------------------------------------------------------------------------
 
 template <class T>
-void gemm_small_region(const GemmProblem<T>& problem, int threads) {
-    using Family = GemmFamily<T>;
+void gemm_small_region(const GemmCall<T>& call, int threads) {
 #pragma omp parallel num_threads(threads)
     {
-        const int team = omp_get_num_threads();
-        const int thread = omp_get_thread_num();
+        const int team = omp_get_num_threads(), thread = omp_get_thread_num();
         if (team == 1) {
-            serial(problem);
-        } else if (gemm_plain_split(problem.sizes(), team) == GemmSplit::rows) {
-            serial(problem.rows(equal_slice(problem.m, team, thread)));
+            serial(call);
+        } else if (gemm_plain_split(call.sizes(), team) == GemmSplit::rows) {
+            serial(call.rows(equal_slice(call.m, team, thread)));
         } else {
-            GemmProblem<T> part = problem.columns(equal_slice(problem.n, team, thread));
-            if (Family::byMachine && part.beta != scalar<T>(1)) {
-                Family::scale_c(&part.m, &part.n, &part.beta, part.c, &part.ldc);
+            GemmCall<T> part = call.columns(equal_slice(call.n, team, thread));
+            if (byMachine<T> && part.beta != scalar<T>(1)) {
+                kernel::scale(part.m, part.n, part.beta, part.c);
                 part.beta = scalar<T>(1);
             }
-            if (!Family::byMachine || part.alpha != scalar<T>(0))
+            if (!byMachine<T> || part.alpha != scalar<T>(0))
                 serial(part);
         }
     }
 }
 
 template <class T>
-void gemm_large_region(GemmProblem<T> problem, const GemmFacts& facts, int threads) {
-    using Family = GemmFamily<T>;
-    if constexpr (Family::byMachine)
+void gemm_large_region(GemmCall<T> call, const GemmFacts& facts, int threads) {
+    if constexpr (byMachine<T>)
         if (gemm_scales_first(gemm_machine_class(facts))) {
-            if (problem.beta != scalar<T>(1))
-                Family::scale_region(problem, threads);
-            problem.beta = scalar<T>(1);
-            if (problem.alpha == scalar<T>(0))
+            if (call.beta != scalar<T>(1))
+                gemm_scale_region(call, threads);
+            call.beta = scalar<T>(1);
+            if (call.alpha == scalar<T>(0))
                 return;
         }
     GemmPlan<T> commonPlan{};
-    const GemmThreadContext<T> common = start_context(problem, facts, &commonPlan);
+    const GemmThreadContext<T> common = start_context(call, facts, &commonPlan);
     void* sharedCopies = nullptr;
 #pragma omp parallel num_threads(threads)
     {
         const int team = omp_get_num_threads();
         if (team == 1) {
-            serial(problem);
+            serial(call);
         } else {
             GemmPlan<T> plan = commonPlan;
             GemmThreadContext<T> context = common;
-            context.threads = team;
-            partition(problem.sizes(), &plan, &context);
-            if (context.aCopies > 0)
-                share_copies(problem.sizes(), &plan, &context, &sharedCopies);
-            context.region(QRV_GEMM_FIELDS(problem), &plan, &context);
+            context.partition = partition(call.sizes(), &plan, context, team);
+            if (context.partition.aCopies > 0)
+                share_copies(call.sizes(), &plan, &context, &sharedCopies);
+            work(call, &plan, context);
         }
     }
     qrv_serv_deallocate(sharedCopies);
 }
 
-template void gemm_small_region<float>(const GemmProblem<float>&, int);
-template void gemm_large_region<float>(GemmProblem<float>, const GemmFacts&, int);
-template void gemm_small_region<SingleComplex>(const GemmProblem<SingleComplex>&, int);
-template void gemm_large_region<SingleComplex>(GemmProblem<SingleComplex>, const GemmFacts&, int);
+template void gemm_small_region(const GemmCall<float>&, int);
+template void gemm_small_region(const GemmCall<SingleComplex>&, int);
+template void gemm_large_region(GemmCall<float>, const GemmFacts&, int);
+template void gemm_large_region(GemmCall<SingleComplex>, const GemmFacts&, int);
 
 // ---- Decision --------------------------------------------------------------------------------------------------
 
@@ -294,55 +263,55 @@ VectorForm form_in_use() {
 
 // Calls that may repay threads. Out of line, so that a tiny call pays for the gate alone.
 template <class T>
-[[gnu::noinline]] void gemm_with_budget(QRV_GEMM_PARAMETERS(T)) {
-    using Family = GemmFamily<T>;
-    const GemmSizes sizes{*m, *n, *k};
-    const int threads = qrv_serv_domain_get_max_threads(QRV_DOMAIN_BLAS);
+[[gnu::noinline]] void gemm_with_budget(const GemmCall<T>& call) {
+    const GemmSizes sizes = call.sizes();
+    const int threads = ThisMachine::budget();
     const bool small = gemm_is_small(sizes);
-    if (threads <= 1 || (small && !gemm_gains(Family::gain, sizes, threads, gemm_thread_cost(form_in_use()))))
-        return Family::serial(QRV_GEMM_ARGUMENTS);
-    const GemmProblem<T> problem = problem_of<T>(QRV_GEMM_ARGUMENTS);
+    if (threads <= 1 || (small && !gemm_gains(row_for<T>(realGemmGain, complexGemmGain), sizes, threads,
+                                              gemm_thread_cost(form_in_use()))))
+        return serial(call);
     if (small)
-        return gemm_small_region(problem, threads);
-    const GemmFacts facts{qrv_serv_get_cpu_ma(), qrv_serv_get_cache_size(2), qrv_serv_get_cache_size(0)};
-    gemm_large_region(problem, facts, threads);
+        return gemm_small_region(call, threads);
+    const GemmFacts facts{qrv_serv_get_cpu_ma(), qrv_serv_get_cache_size(2)};
+    gemm_large_region(call, facts, threads);
 }
 
-// Nothing is asked or taken before the gate; the serial way is one call with the caller's arguments.
+// With the caller's addresses: the serial way of a tiny call is one call with the arguments as they came.
 template <class T>
 inline void gemm(QRV_GEMM_PARAMETERS(T)) {
     const GemmSizes sizes{*m, *n, *k};
     if (sizes.m <= 0 || sizes.n <= 0)
         return;
     if (!gemm_may_thread(sizes))
-        return GemmFamily<T>::serial(QRV_GEMM_ARGUMENTS);
-    gemm_with_budget<T>(QRV_GEMM_ARGUMENTS);
+        return kernel::Native<T>::gemm(QRV_GEMM_ARGUMENTS);
+    gemm_with_budget<T>({op_of(*transa), op_of(*transb), *m, *n, *k, *alpha, {a, *lda}, {b, *ldb}, *beta, {c, *ldc}});
 }
 
 } // namespace
+
+template <class T>
+void blas::gemm(Op opA, Op opB, int m, int n, int k, Scalar<T> alpha, MatrixIn<T> a, MatrixIn<T> b, Scalar<T> beta,
+                Matrix<T> c) {
+    if (m <= 0 || n <= 0)
+        return;
+    const GemmCall<T> call{opA, opB, m, n, k, alpha, a, b, beta, c};
+    if (gemm_may_thread(call.sizes()))
+        gemm_with_budget(call);
+    else
+        serial(call);
+}
+
+template void blas::gemm(Op, Op, int, int, int, float, Matrix<const float>, Matrix<const float>, float, Matrix<float>);
+template void blas::gemm(Op, Op, int, int, int, SingleComplex, Matrix<const SingleComplex>, Matrix<const SingleComplex>,
+                         SingleComplex, Matrix<SingleComplex>);
+
 } // namespace qrv
 
 using namespace qrv;
 
-#define QRV_DEFINE_GEMM(T, name)                                                                                       \
-    void qrv_blas_##name(QRV_GEMM_PARAMETERS(T)) {                                                                     \
-        gemm<T>(QRV_GEMM_ARGUMENTS);                                                                                   \
-    }                                                                                                                  \
-    void qrv_blas_##name##_1d_row(QRV_GEMM_PARAMETERS(T), GemmPlan<T>* plan, const GemmThreadContext<T>* context) {    \
-        gemm_1d_row(problem_of<T>(QRV_GEMM_ARGUMENTS), plan, *context);                                                \
-    }                                                                                                                  \
-    void qrv_blas_##name##_1d_col(QRV_GEMM_PARAMETERS(T), GemmPlan<T>* plan, const GemmThreadContext<T>* context) {    \
-        gemm_1d_col(problem_of<T>(QRV_GEMM_ARGUMENTS), plan, *context);                                                \
-    }
-QRV_DEFINE_GEMM(float, sgemm)
-QRV_DEFINE_GEMM(SingleComplex, cgemm)
-#undef QRV_DEFINE_GEMM
-
-void qrv_blas_sgemm_partition(const int* m, const int* n, const int* k, GemmPlan<float>* plan,
-                              GemmThreadContext<float>* context) {
-    partition<float>({*m, *n, *k}, plan, context);
+void qrv_blas_sgemm(QRV_GEMM_PARAMETERS(float)) {
+    gemm<float>(QRV_GEMM_ARGUMENTS);
 }
-void qrv_blas_sgemm_1d_acopy(QRV_GEMM_PARAMETERS(float), GemmPlan<float>* plan,
-                             const GemmThreadContext<float>* context) {
-    gemm_1d_acopy(problem_of<float>(QRV_GEMM_ARGUMENTS), plan, *context);
+void qrv_blas_cgemm(QRV_GEMM_PARAMETERS(SingleComplex)) {
+    gemm<SingleComplex>(QRV_GEMM_ARGUMENTS);
 }

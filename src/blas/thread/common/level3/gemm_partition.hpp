@@ -119,7 +119,6 @@ constexpr GemmSplit gemm_scale_split(GemmSizes s, int team) {
 struct GemmFacts {
     int cpuMa;
     int secondCacheBytes; // -1 if there is no such level
-    int lastCacheBytes;
 };
 
 enum class GemmMachine : int {

@@ -58,9 +58,13 @@ struct TaskedMatrix {
     bool perform(const Task& task, int thread) {
         int firstPanel, lastPanel, firstBlock, lastBlock;
         qrv_lapack_getrf_sched_range(&task, &firstPanel, &lastPanel, &firstBlock, &lastBlock);
-        const int first = panel(firstBlock).k, count = std::min((lastBlock - firstBlock + 1) * nb, n - first);
-        for (int number = firstPanel; number <= lastPanel; ++number)
-            getrf_apply_panel(m, a, ipiv, panel(number), first, count);
+        // Each block column by itself: how many are ready at once depends on the timing, and a column of a wide product
+        // need not have the bits that it has in a narrow one.
+        for (int block = firstBlock; block <= lastBlock; ++block) {
+            const int first = panel(block).k, count = std::min(nb, n - first);
+            for (int number = firstPanel; number <= lastPanel; ++number)
+                getrf_apply_panel(m, a, ipiv, panel(number), first, count);
+        }
         if (task.kind != GetrfTaskKind::factor)
             return true;
         factor(panel(firstBlock), thread);

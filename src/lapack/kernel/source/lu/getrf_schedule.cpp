@@ -20,8 +20,8 @@ GetrfTask next_panel(GetrfSchedule& s) {
     return {Kind::factor, applied + 1, s.current, block, block};
 }
 
-// All panels that the first ready block column lacks, to it and those behind it that lack the same ones: one wide
-// product instead of several narrow ones. `wait` if none is ready.
+// All panels that the first ready block column lacks, to it and those behind it that lack the same ones: one task
+// instead of several. `wait` if none is ready.
 GetrfTask widest_run(GetrfSchedule& s, int first, int last) {
     while (first <= last && !s.is_ready(first))
         ++first;

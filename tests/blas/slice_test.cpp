@@ -1,0 +1,166 @@
+// What each thread of a team works on: every partition covers its matrix or vector once, in whole units.
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <limits>
+#include <vector>
+
+#include "blas/thread/32/level3/level3_threads.hpp"
+#include "blas/thread/common/level2/level2_threads.hpp"
+#include "blas/thread/common/level3/gemm_partition.hpp"
+#include "blas/thread/common/slice.hpp"
+
+namespace qrv::test {
+namespace {
+
+constexpr int most = std::numeric_limits<int>::max();
+
+// Whether slice_of(0), slice_of(1), ... follow each other from 0 to n, the inner ones of a multiple of `unit`; and an
+// address is taken at `first` even where nothing is there, so it stays inside.
+template <class SliceOf>
+void expect_cover(const char* what, int n, int parts, int unit, const SliceOf& slice_of) {
+    int next = 0;
+    for (int part = 0; part < parts; ++part) {
+        const Slice slice = slice_of(part);
+        SCOPED_TRACE(testing::Message() << what << ' ' << n << " on " << parts << ", part " << part);
+        ASSERT_EQ(slice.first, next);
+        ASSERT_TRUE(slice.first < n || n == 0);
+        ASSERT_TRUE(slice.count >= 0 && slice.count <= n - next);
+        ASSERT_TRUE(part == parts - 1 || slice.count % unit == 0);
+        next += slice.count;
+    }
+    ASSERT_EQ(next, n) << what << " on " << parts;
+}
+
+TEST(Slices, CoverEverythingOnce) {
+    for (int n = 0; n <= 300; ++n)
+        for (int team = 1; team <= 20; ++team) {
+            for (const int unit : {1, 2, 4})
+                expect_cover("equal", n, team, unit, [&](int part) { return equal_slice(n, team, part, unit); });
+            expect_cover("vector", n, team, 8, [&](int part) { return vector_slice(n, team, part); });
+            expect_cover("gemv T", n, team, 1, [&](int part) { return gemv_slice(Op::transpose, 7, n, team, part); });
+            expect_cover("gemv N", n, team, 8, [&](int part) { return gemv_slice(Op::none, n, 7, team, part); });
+            expect_cover("matrix L", n, team, 1, [&](int part) {
+                const MatrixSlice slice = matrix_slice(Side::left, 7, n, team, part);
+                EXPECT_TRUE(slice.row == 0 && slice.m == 7);
+                return Slice{slice.column, slice.n};
+            });
+            expect_cover("matrix R", n, team, 1, [&](int part) {
+                const MatrixSlice slice = matrix_slice(Side::right, n, 7, team, part);
+                EXPECT_TRUE(slice.column == 0 && slice.n == 7);
+                return Slice{slice.row, slice.m};
+            });
+            expect_cover("triangle's block rows", n, team, 1, [&](int part) {
+                const auto [rows, rest] = triangle_block_row(n, team, part);
+                EXPECT_TRUE(rest.first == rows.first + rows.count && rest.first + rest.count == n);
+                return rows;
+            });
+            if (team == 1)
+                continue;
+            for (const TriangleCut cut : {TriangleCut::third, TriangleCut::twoThirds})
+                expect_cover("triangle", n, team, 8, [&](int part) { return triangle_slice(n, team, part, cut); });
+            expect_cover("symv", n, team & ~1, 8, [&](int part) {
+                const SymvBlock block = symv_block(n, symv_blocks(team), part);
+                EXPECT_EQ(block.before, block.rows.first);
+                EXPECT_EQ(block.before + block.rows.count + block.after, n);
+                return block.rows;
+            });
+        }
+}
+
+// The parts are of one size as long as there are units for all; what remains is less than a unit a part, and one unit.
+TEST(Slices, AreEqual) {
+    for (const int n : {100, 299, 4096, most})
+        for (const int team : {1, 2, 3, 7, 20})
+            for (const int unit : {1, 4, 8}) {
+                const int first = equal_slice(n, team, 0, unit).count,
+                          last = equal_slice(n, team, team - 1, unit).count;
+                EXPECT_TRUE(last >= first && last - first < unit * team + unit) << n << ' ' << team << ' ' << unit;
+                EXPECT_EQ(equal_slice(n, team, team - 1, unit).first + last, n);
+            }
+    EXPECT_EQ(vector_slice(100, 3, 3).count, 0) << "beyond the team";
+    EXPECT_EQ(vector_slice(-5, 3, 2).count, 0);
+}
+
+// A slice handed to a routine names the elements that it names in the whole vector.
+TEST(Slices, OfAnyIncrement) {
+    const auto index = [](int n, int inc, int element) { // from the address given
+        return std::ptrdiff_t{inc >= 0 ? element : element - (n - 1)} * inc;
+    };
+    for (const int n : {1, 7, 16, 100, 299})
+        for (const int team : {1, 2, 3, 7, 20})
+            for (const int inc : {1, 2, 7, -1, -2, -7})
+                for (int thread = 0; thread < team; ++thread) {
+                    const Slice slice = vector_slice(n, team, thread);
+                    for (int i = 0; i < slice.count; ++i)
+                        EXPECT_EQ(slice_offset(slice, n, inc) + index(slice.count, inc, i),
+                                  index(n, inc, slice.first + i))
+                            << n << " on " << team << " inc=" << inc;
+                }
+    if constexpr (sizeof(std::ptrdiff_t) > sizeof(int)) {
+        EXPECT_EQ(slice_offset({1 << 30, 8}, most, 4), std::int64_t{1} << 32);
+        EXPECT_EQ(slice_offset({0, 8}, most, -4), std::int64_t{most - 8} * 4);
+    }
+}
+
+TEST(Slices, BlocksOfASlice) {
+    for (int count = 0; count <= 40; ++count)
+        for (int size = 1; size <= 12; ++size) {
+            const int blocks = 48 / size + 1;
+            int next = 7;
+            for (int i = 0; i < blocks; ++i) {
+                const Slice block = gemm_block({7, count}, i * size, size);
+                ASSERT_EQ(block.first, next) << count << " by " << size;
+                ASSERT_TRUE(block.count == size || next + block.count == 7 + count) << count << " by " << size;
+                next += block.count;
+            }
+            ASSERT_EQ(next, 7 + count) << "by " << size;
+        }
+}
+
+TEST(Slices, TrianglesAreCutWhereBothHalvesHaveAsMuch) {
+    struct Row {
+        int n, team;
+        TriangleCut cut;
+        std::vector<int> widths;
+    };
+    for (const Row& p : {
+             Row{100, 5, TriangleCut::twoThirds, {24, 24, 16, 16, 20}}, // an odd thread is in the second half
+             {1024, 2, TriangleCut::third, {512, 512}},
+             {1025, 2, TriangleCut::third, {336, 689}},
+             {1500, 2, TriangleCut::twoThirds, {1000, 500}},
+             {3000, 4, TriangleCut::third, {496, 496, 1000, 1008}},
+             {12, 8, TriangleCut::third, {0, 0, 0, 0, 0, 0, 0, 12}},
+         }) {
+        std::vector<int> widths;
+        for (int thread = 0; thread < p.team; ++thread)
+            widths.push_back(triangle_slice(p.n, p.team, thread, p.cut).count);
+        EXPECT_EQ(widths, p.widths) << p.n << " on " << p.team;
+    }
+    EXPECT_EQ(triangle_slice(2000000000, 2, 0, TriangleCut::twoThirds).count, 1333333328);
+}
+
+// A band of a product has the columns of its rows that are not zero, and no thread of two has twice as many elements.
+TEST(Slices, BandsOfATriangle) {
+    constexpr int n = 3000;
+    for (const Uplo uplo : {Uplo::upper, Uplo::lower}) {
+        const auto area = [](Slice rows, bool fromDiagonal) {
+            const std::int64_t mean = 2 * rows.first + rows.count;
+            return rows.count * (fromDiagonal ? 2 * n - mean : mean) / 2;
+        };
+        for (const Op op : {Op::none, Op::transpose, Op::adjoint}) {
+            const bool fromDiagonal = (uplo == Uplo::upper) == (op == Op::none);
+            std::int64_t areas[2];
+            for (const int thread : {0, 1}) {
+                const auto [slice, first, length] = trmv_band(n, 2, thread, uplo, op);
+                const int end = slice.first + slice.count;
+                EXPECT_TRUE(fromDiagonal ? first == slice.first && length == n - first : first == 0 && length == end);
+                areas[thread] = area(slice, fromDiagonal);
+            }
+            EXPECT_TRUE(areas[0] < 2 * areas[1] && areas[1] < 2 * areas[0]) << areas[0] << ' ' << areas[1];
+        }
+        EXPECT_EQ(syr_band(n, 2, 0, uplo).count, uplo == Uplo::upper ? 2000 : 1000);
+    }
+}
+
+} // namespace
+} // namespace qrv::test
