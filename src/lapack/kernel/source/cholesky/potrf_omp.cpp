@@ -117,9 +117,10 @@ struct TileJob {
         task.done = qrv_lapack_potrf_sched_done(x.table);
     }
     bool perform(Task& task, int thread) const {
-        const bool goesOn = lapack::perform(x, task, thread);
+        if (!lapack::perform(x, task, thread))
+            return false; // a cell that failed stays held: nobody may factor what is left of it
         qrv_lapack_potrf_sched_release(x.table, &task);
-        return goesOn;
+        return true;
     }
 };
 
