@@ -10,9 +10,10 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD::strided {
 
+// Of no elements x may be null, to which nothing may be added.
 template <class T>
 T* first_element(int n, T* x, int incx) {
-    return incx < 0 ? x + std::ptrdiff_t{1 - n} * incx : x;
+    return incx < 0 && n > 1 ? x + std::ptrdiff_t{1 - n} * incx : x;
 }
 
 // What `each` does with every pair of elements.

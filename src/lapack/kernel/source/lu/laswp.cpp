@@ -46,7 +46,7 @@ void interchange_rows(int n, Matrix<T> a, const Interchanges& rows) {
 
 template <class T>
 void laswp(int n, Matrix<T> a, int k1, int k2, const int* ipiv, int incx) {
-    if (incx == 0 || k1 > k2)
+    if (n <= 0 || incx == 0 || k1 > k2)
         return;
     const Interchanges rows = interchanges(k1, k2, ipiv, incx);
     const int columns = block_columns(a);
