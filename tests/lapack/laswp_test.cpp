@@ -49,5 +49,12 @@ TYPED_TEST(Laswp, InterchangesRowsInTheirOrder) {
                 }
 }
 
+// Counting up to the last column would pass the end of the ints. The row stays in place, so no element is touched.
+TEST(LaswpOfReal, EndsAtTheLastColumn) {
+    const int n = std::numeric_limits<int>::max(), one = 1;
+    float a = 0;
+    entry(&n, &a, &one, &one, &one, &one, &one);
+}
+
 } // namespace
 } // namespace qrv::test

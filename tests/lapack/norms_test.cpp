@@ -113,6 +113,7 @@ TYPED_TEST(Norms, NanIsReplacedByTheNext) {
     EXPECT_TRUE(std::isnan(kernel_for<T>(SLANGE, CLANGE)("M", &atNan, &one, columns.data(), &atNan, nullptr)));
     EXPECT_TRUE(std::isnan(norm_of('I', {9, nan, 2}))) << "a row sum";
     EXPECT_TRUE(std::isnan(norm_of('F', {9, nan, 2})));
+    EXPECT_EQ(norm_of('F', {infinity, 1, infinity}), infinity);
 }
 
 TYPED_TEST(Norms, SquaresAreAddedToWhatIsThere) {

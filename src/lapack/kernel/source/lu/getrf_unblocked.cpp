@@ -17,10 +17,10 @@
 namespace qrv::lapack {
 namespace {
 
-// x := x / pivot, by the reciprocal where that cannot overflow.
+// x := x / pivot, by the reciprocal where that is a normal number in full precision.
 template <class T>
 void divide(int n, T pivot, T* x) {
-    if (modulus(pivot) >= machine::safeMinimum)
+    if (const float size = modulus(pivot); size >= machine::safeMinimum && size <= 1 / machine::safeMinimum)
         kernel::scal(n, scalar<T>(1) / pivot, Vector{x});
     else
         for (int i = 0; i < n; ++i)

@@ -34,9 +34,12 @@ Interchanges interchanges(int k1, int k2, const int* ipiv, int incx) {
 template <class T>
 void interchange_rows(int n, Matrix<T> a, const Interchanges& rows) {
     const int* pivot = rows.pivot;
-    for (int k = rows.first; k != rows.last + rows.step; k += rows.step, pivot += rows.pivotStep)
+    for (int k = rows.first;; k += rows.step, pivot += rows.pivotStep) {
         if (*pivot != k)
             kernel::swap(n, a.row(k - 1, 0), a.row(*pivot - 1, 0));
+        if (k == rows.last)
+            return;
+    }
 }
 
 } // namespace
@@ -47,8 +50,8 @@ void laswp(int n, Matrix<T> a, int k1, int k2, const int* ipiv, int incx) {
         return;
     const Interchanges rows = interchanges(k1, k2, ipiv, incx);
     const int columns = block_columns(a);
-    for (int j = 0; j < n; j += columns)
-        interchange_rows(std::min(columns, n - j), a.block(0, j), rows);
+    for (int left = n; left > 0; left -= columns, a = a.block(0, columns)) // what is left, as n may end the ints
+        interchange_rows(std::min(columns, left), a, rows);
 }
 
 template void laswp(int, Matrix<float>, int, int, const int*, int);

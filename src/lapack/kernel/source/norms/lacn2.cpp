@@ -7,6 +7,7 @@
 // one-norm of a real or complex matrix, ACM TOMS 14, 1988.)
 //
 // The caller keeps the state in isave: what x holds when it calls, the column tried last (from 1), how many were tried.
+#include <algorithm>
 #include <cmath>
 
 #include "blas/calls.hpp"
@@ -72,7 +73,10 @@ void replace_by_signs(int n, float* x, int* isgn) {
 void replace_by_signs(int n, SingleComplex* x, int*) {
     for (int i = 0; i < n; ++i) {
         const float size = modulus(x[i]);
-        x[i] = size > machine::safeMinimum ? SingleComplex{x[i].re / size, x[i].im / size} : SingleComplex{1, 0};
+        // Compilers form the quotient even if it is not taken: 0/0 would raise a flag that nothing explains.
+        const float divisor = std::max(size, machine::safeMinimum);
+        const SingleComplex sign{x[i].re / divisor, x[i].im / divisor};
+        x[i] = size > machine::safeMinimum ? sign : SingleComplex{1, 0};
     }
 }
 

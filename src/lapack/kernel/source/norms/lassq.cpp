@@ -14,7 +14,7 @@ void add_square(ScaledSquares& sum, float part) {
         const float ratio = sum.scale / size;
         sum = {size, 1 + sum.sumsq * (ratio * ratio)};
     } else {
-        const float ratio = size / sum.scale;
+        const float ratio = size == sum.scale ? 1 : size / sum.scale; // of two infinities too
         sum.sumsq += ratio * ratio;
     }
 }
