@@ -4,6 +4,7 @@
 #include <cfenv>
 #include <gtest/gtest.h>
 
+#include "qrv/native.h"
 #include "support/triangular_matrix.hpp"
 
 namespace qrv::test {
