@@ -20,7 +20,7 @@ void clear_fill(const BandShape& shape, int j, Matrix<float> a) {
 
 void divide_multipliers(int n, float pivot, float* x) {
     if (std::fabs(pivot) >= machine::safeMinimum)
-        kernel::scal(n, 1 / pivot, Vector(x));
+        kernel::scal(n, 1 / pivot, Vector{x});
     else
         for (int i = 0; i < n; ++i)
             x[i] /= pivot;
