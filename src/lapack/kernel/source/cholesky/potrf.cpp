@@ -7,6 +7,7 @@
 #include "lapack/routine_name.hpp"
 #include "qrv/service.h"
 #include "service/tuning.hpp"
+#include "service/vector_form.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -17,6 +18,8 @@ struct PotrfMachine {
     int threads() const { return qrv_serv_get_max_threads(); }
     int crossover() const { return tuning::crossover(RoutineName<T>("POTRF"), n); }
     PotrfGrain grain(int threadCount) const {
+        if (vector_form() != VectorForm::sse)
+            return wide_grain(n);
         const auto of = [&](int which) { return tuning::block_size(RoutineName<T>("POTRF"), n, threadCount, which); };
         return {of(-1), of(-2), of(-3)};
     }
