@@ -2,6 +2,19 @@
 #include "blas/thread/32/level3/sliced_team_omp.hpp"
 
 namespace qrv {
+namespace {
+
+// With the caller's addresses: the serial way is one call with the arguments as they came.
+template <class T>
+inline void trmm(QRV_TRSM_PARAMETERS(T)) {
+    if (*m <= 0 || *n <= 0)
+        return;
+    if (sliced_threads(*m, *n, ThisMachine{}) <= 1)
+        return kernel::Native<T>::trmm(QRV_TRSM_ARGUMENTS);
+    blas::trmm<T>(side_of(*side), uplo_of(*uplo), op_of(*transa), diag_of(*diag), *m, *n, *alpha, {a, *lda}, {b, *ldb});
+}
+
+} // namespace
 
 template <class T>
 void blas::trmm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha, MatrixIn<T> a, Matrix<T> b) {
@@ -19,10 +32,8 @@ template void blas::trmm(Side, Uplo, Op, Diag, int, int, SingleComplex, Matrix<c
 using namespace qrv;
 
 void qrv_blas_strmm(QRV_TRSM_PARAMETERS(float)) {
-    blas::trmm<float>(side_of(*side), uplo_of(*uplo), op_of(*transa), diag_of(*diag), *m, *n, *alpha, {a, *lda},
-                      {b, *ldb});
+    trmm<float>(QRV_TRSM_ARGUMENTS);
 }
 void qrv_blas_ctrmm(QRV_TRSM_PARAMETERS(SingleComplex)) {
-    blas::trmm<SingleComplex>(side_of(*side), uplo_of(*uplo), op_of(*transa), diag_of(*diag), *m, *n, *alpha, {a, *lda},
-                              {b, *ldb});
+    trmm<SingleComplex>(QRV_TRSM_ARGUMENTS);
 }

@@ -2,6 +2,19 @@
 #include "blas/thread/32/level3/sliced_team_omp.hpp"
 
 namespace qrv {
+namespace {
+
+// With the caller's addresses: the serial way is one call with the arguments as they came.
+template <class T>
+inline void trsm(QRV_TRSM_PARAMETERS(T)) {
+    if (*m <= 0 || *n <= 0)
+        return;
+    if (sliced_threads(*m, *n, ThisMachine{}) <= 1)
+        return kernel::Native<T>::trsm(QRV_TRSM_ARGUMENTS);
+    blas::trsm<T>(side_of(*side), uplo_of(*uplo), op_of(*transa), diag_of(*diag), *m, *n, *alpha, {a, *lda}, {b, *ldb});
+}
+
+} // namespace
 
 template <class T>
 void blas::trsm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha, MatrixIn<T> a, Matrix<T> b) {
@@ -19,10 +32,8 @@ template void blas::trsm(Side, Uplo, Op, Diag, int, int, SingleComplex, Matrix<c
 using namespace qrv;
 
 void qrv_blas_strsm(QRV_TRSM_PARAMETERS(float)) {
-    blas::trsm<float>(side_of(*side), uplo_of(*uplo), op_of(*transa), diag_of(*diag), *m, *n, *alpha, {a, *lda},
-                      {b, *ldb});
+    trsm<float>(QRV_TRSM_ARGUMENTS);
 }
 void qrv_blas_ctrsm(QRV_TRSM_PARAMETERS(SingleComplex)) {
-    blas::trsm<SingleComplex>(side_of(*side), uplo_of(*uplo), op_of(*transa), diag_of(*diag), *m, *n, *alpha, {a, *lda},
-                              {b, *ldb});
+    trsm<SingleComplex>(QRV_TRSM_ARGUMENTS);
 }

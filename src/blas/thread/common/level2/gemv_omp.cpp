@@ -24,13 +24,30 @@ void gemv_omp(int threads, Op op, int m, int n, T alpha, Matrix<const T> a, Vect
     }
 }
 
+template <class T>
+int threads_for(Op op, int m, int n) {
+    return gemv_threads(row_for<T>(sgemvRule, cgemvRule), op, m, n, ThisMachine{});
+}
+
+// With the caller's addresses: the serial way is one call with the arguments as they came.
+template <class T>
+inline void gemv(QRV_GEMV_PARAMETERS(T)) {
+    if (*m < 1 || *n < 1)
+        return;
+    const Op op = op_of(*trans);
+    const int threads = threads_for<T>(op, *m, *n);
+    if (threads <= 1)
+        return kernel::Native<T>::gemv(QRV_GEMV_ARGUMENTS);
+    gemv_omp<T>(threads, op, *m, *n, *alpha, {a, *lda}, {x, *incx}, *beta, {y, *incy});
+}
+
 } // namespace
 
 template <class T>
 void blas::gemv(Op op, int m, int n, Scalar<T> alpha, MatrixIn<T> a, VectorIn<T> x, Scalar<T> beta, Vector<T> y) {
     if (m < 1 || n < 1)
         return;
-    const int threads = gemv_threads(row_for<T>(sgemvRule, cgemvRule), op, m, n, ThisMachine{});
+    const int threads = threads_for<T>(op, m, n);
     if (threads > 1)
         gemv_omp<T>(threads, op, m, n, alpha, a, x, beta, y);
     else
@@ -46,10 +63,10 @@ template void blas::gemv(Op, int, int, SingleComplex, Matrix<const SingleComplex
 using namespace qrv;
 
 void qrv_blas_sgemv(QRV_GEMV_PARAMETERS(float)) {
-    blas::gemv<float>(op_of(*trans), *m, *n, *alpha, {a, *lda}, {x, *incx}, *beta, {y, *incy});
+    gemv<float>(QRV_GEMV_ARGUMENTS);
 }
 void qrv_blas_cgemv(QRV_GEMV_PARAMETERS(SingleComplex)) {
-    blas::gemv<SingleComplex>(op_of(*trans), *m, *n, *alpha, {a, *lda}, {x, *incx}, *beta, {y, *incy});
+    gemv<SingleComplex>(QRV_GEMV_ARGUMENTS);
 }
 void qrv_blas_sgemv_omp(const int* threads, QRV_GEMV_PARAMETERS(float)) {
     gemv_omp<float>(*threads, op_of(*trans), *m, *n, *alpha, {a, *lda}, {x, *incx}, *beta, {y, *incy});
