@@ -59,4 +59,16 @@ struct EstimateWork {
     }
 };
 
+// The parts for an estimate by solves with one triangle: two vectors, the sums over its columns.
+template <class T>
+struct TriangleWork {
+    T *x, *v;
+    float* sums;
+    int* isgn;
+};
+template <class T>
+TriangleWork<T> triangle_work(int n, EstimateWork<T>& from) {
+    return {from.vector(n), from.vector(n), from.reals(n), from.signs(n)};
+}
+
 } // namespace qrv::lapack

@@ -125,7 +125,7 @@ void expect_work_lengths(std::int64_t gecon, std::int64_t geconSecond, std::int6
         gecon_work(n, general);
         EXPECT_EQ(general.work.taken, gecon * n);
         EXPECT_EQ(general.second.taken, geconSecond * n);
-        trcon_work(n, triangular);
+        triangle_work(n, triangular);
         EXPECT_EQ(triangular.work.taken, trcon * n);
         EXPECT_EQ(triangular.second.taken, trconSecond * n);
     }

@@ -48,7 +48,7 @@ TYPED_TEST(GetrfTeam, TheSameBitsWhateverIsReadyAtOnce) {
     constexpr int nb = 32, rows = nb + 16, columns = 1200;
     const LuRoute<T> oneByOne{
         "one by one", [=](int m, int n, Matrix<T> a, int* ipiv) {
-            lapack::GetrfResult whole = lapack::getrf_recursive(m, nb, a, ipiv, {0, 0});
+            lapack::FactorResult whole = lapack::getrf_recursive(m, nb, a, ipiv, {0, 0});
             for (int j = nb; j < n; j += nb)
                 lapack::getrf_apply_panel(m, a, ipiv, {0, nb}, j, std::min(nb, n - j));
             const auto last = lapack::getrf_recursive(m - nb, n - nb, a.block(nb, nb), ipiv + nb, {0, nb});
@@ -156,7 +156,7 @@ int leaves_until(int stopAt, const KnownPivots<T>& known, const Route& route) {
     const ProgressHook hook(stopAt);
     BasicGuardedMatrix<T> a = known.a;
     std::vector<int> ipiv(known.ipiv.size(), 1);
-    const lapack::GetrfResult result = route(a.rows(), a.columns(), Matrix<T>{a.data(), a.ld()}, ipiv.data());
+    const lapack::FactorResult result = route(a.rows(), a.columns(), Matrix<T>{a.data(), a.ld()}, ipiv.data());
     EXPECT_EQ(result.stopped, stopAt > 0);
     EXPECT_EQ(result.info, 0);
     EXPECT_TRUE(std::is_sorted(progress.steps.begin(), progress.steps.end()));

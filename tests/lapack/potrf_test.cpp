@@ -206,9 +206,9 @@ TEST(PotrfProgress, AStopEndsTheFactorization) {
     for (const int threads : {1, 4}) {
         const Operand<float> a = definite<float>(Uplo::lower, n);
         Operand<float> factor(a);
-        const lapack::PotrfResult result = threads == 1
-                                               ? lapack::potrf_serial(Uplo::lower, n, view(factor), {})
-                                               : lapack::potrf_tiles(threads, {8, 4, 8}, Uplo::lower, n, view(factor));
+        const lapack::FactorResult result = threads == 1
+                                                ? lapack::potrf_serial(Uplo::lower, n, view(factor), {})
+                                                : lapack::potrf_tiles(threads, {8, 4, 8}, Uplo::lower, n, view(factor));
         EXPECT_TRUE(result.stopped && result.info == 0);
         EXPECT_TRUE(same_bits(factor(n - 1, n - 1), a(n - 1, n - 1)));
     }

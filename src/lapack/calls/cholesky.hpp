@@ -22,18 +22,6 @@ void potrs(Uplo uplo, int n, int nrhs, Matrix<const T> a, Matrix<T> b);
 template <class T>
 int potri(Uplo uplo, int n, Matrix<T> a);
 
-// The parts of the work arrays of pocon: two vectors, the sums over the columns of the factor.
-template <class T>
-struct PoconWork {
-    T *x, *v;
-    float* sums;
-    int* isgn;
-};
-template <class T>
-PoconWork<T> pocon_work(int n, EstimateWork<T>& from) {
-    return {from.vector(n), from.vector(n), from.reals(n), from.signs(n)};
-}
-
 // Reciprocal condition number from the factor and the norm of A.
 template <class T>
 float pocon(Uplo uplo, int n, Matrix<const T> a, float anorm, EstimateWork<T> work);

@@ -38,18 +38,6 @@ int trtri(Uplo uplo, Diag diag, int n, Matrix<T> a);
 template <class T>
 int trtrs(Uplo uplo, Op op, Diag diag, int n, int nrhs, Matrix<const T> a, Matrix<T> b);
 
-// The parts of the work arrays of trcon: two vectors, and the row sums of the norm, then those of the columns.
-template <class T>
-struct TrconWork {
-    T *x, *v;
-    float* sums;
-    int* isgn;
-};
-template <class T>
-TrconWork<T> trcon_work(int n, EstimateWork<T>& from) {
-    return {from.vector(n), from.vector(n), from.reals(n), from.signs(n)};
-}
-
 // Reciprocal condition number.
 template <class T>
 float trcon(Norm norm, Uplo uplo, Diag diag, int n, Matrix<const T> a, EstimateWork<T> work);

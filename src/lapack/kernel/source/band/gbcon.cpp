@@ -7,18 +7,9 @@
 #include "lapack/calls/band.hpp"
 #include "lapack/kernel/source/band/band_view.hpp"
 #include "lapack/kernel/source/norms/condition.hpp"
-#include "service/machine_constants.hpp"
 
 namespace qrv::lapack {
 namespace {
-
-struct BandWork {
-    float *x, *v, *sums; // n each; of the columns of the triangles
-    int* isgn;
-};
-BandWork band_work(int n, EstimateWork<float>& from) {
-    return {from.vector(n), from.vector(n), from.reals(n), from.signs(n)};
-}
 
 // x := inv(L) x, with the interchanges between the eliminations.
 void eliminate(const BandShape& shape, Matrix<const float> a, const int* ipiv, float* x) {
@@ -43,11 +34,7 @@ void eliminate_transposed(const BandShape& shape, Matrix<const float> a, const i
 float gbcon(Norm norm, const BandShape& shape, const float* ab, int ldab, const int* ipiv, float anorm,
             EstimateWork<float> workArrays) {
     const int n = shape.n;
-    if (n == 0)
-        return 1;
-    if (anorm == 0)
-        return 0;
-    const BandWork work = band_work(n, workArrays);
+    const auto work = triangle_work(n, workArrays);
     const Matrix<const float> a = band_view(ab, ldab, shape.kv());
     bool sumsKnown = false;
     const auto solve_upper = [&](Op op) {
@@ -65,16 +52,11 @@ float gbcon(Norm norm, const BandShape& shape, const float* ab, int ldab, const 
             eliminate_transposed(shape, a, ipiv, work.x);
         return scale;
     };
-    const float inverseNorm = inverse_norm(norm, n, work.x, work.v, work.isgn, machine::safeMinimum, solve);
-    return inverseNorm != 0 ? 1 / inverseNorm / anorm : 0;
+    return reciprocal_condition(norm, n, anorm, work.x, work.v, work.isgn, solve);
 }
 
 float pbcon(Uplo uplo, int n, int kd, const float* ab, int ldab, float anorm, EstimateWork<float> workArrays) {
-    if (n == 0)
-        return 1;
-    if (anorm == 0)
-        return 0;
-    const BandWork work = band_work(n, workArrays);
+    const auto work = triangle_work(n, workArrays);
     const bool upper = uplo == Uplo::upper;
     bool sumsKnown = false;
     const auto solve_factor = [&](Op op) {
@@ -86,8 +68,7 @@ float pbcon(Uplo uplo, int n, int kd, const float* ab, int ldab, float anorm, Es
         const float first = solve_factor(upper ? Op::transpose : Op::none);
         return first * solve_factor(upper ? Op::none : Op::transpose);
     };
-    const float inverseNorm = inverse_norm(Norm::one, n, work.x, work.v, work.isgn, machine::safeMinimum, solve);
-    return inverseNorm != 0 ? 1 / inverseNorm / anorm : 0;
+    return reciprocal_condition(Norm::one, n, anorm, work.x, work.v, work.isgn, solve);
 }
 
 } // namespace qrv::lapack

@@ -4,17 +4,12 @@
 #include "lapack/calls/triangular.hpp"
 #include "lapack/elements.hpp"
 #include "lapack/kernel/source/norms/condition.hpp"
-#include "service/machine_constants.hpp"
 
 namespace qrv::lapack {
 
 template <class T>
 float pocon(Uplo uplo, int n, Matrix<const T> a, float anorm, EstimateWork<T> workArrays) {
-    if (n == 0)
-        return 1;
-    if (anorm == 0)
-        return 0;
-    const auto work = pocon_work(n, workArrays);
+    const auto work = triangle_work(n, workArrays);
     const bool upper = uplo == Uplo::upper;
     const Op first = upper ? adjoint<T> : Op::none, second = upper ? Op::none : adjoint<T>;
     bool sumsKnown = false;
@@ -27,8 +22,7 @@ float pocon(Uplo uplo, int n, Matrix<const T> a, float anorm, EstimateWork<T> wo
         const float scale = solve_factor(first);
         return scale * solve_factor(second);
     };
-    const float inverseNorm = inverse_norm(Norm::one, n, work.x, work.v, work.isgn, machine::safeMinimum, solve);
-    return inverseNorm != 0 ? 1 / inverseNorm / anorm : 0;
+    return reciprocal_condition(Norm::one, n, anorm, work.x, work.v, work.isgn, solve);
 }
 
 template float pocon(Uplo, int, Matrix<const float>, float, EstimateWork<float>);

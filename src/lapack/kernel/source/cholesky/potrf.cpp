@@ -28,7 +28,7 @@ struct PotrfMachine {
 } // namespace
 
 template <class T>
-PotrfResult potrf_any(Uplo uplo, int n, Matrix<T> a) {
+FactorResult potrf_any(Uplo uplo, int n, Matrix<T> a) {
     using Kind = PotrfRoute::Kind;
     const PotrfRoute route = potrf_route(n, PotrfMachine<T>{n});
     switch (route.kind) {
@@ -47,8 +47,8 @@ int potrf(Uplo uplo, int n, Matrix<T> a) {
     return n > 0 ? potrf_any(uplo, n, a).info : 0;
 }
 
-template PotrfResult potrf_any(Uplo, int, Matrix<float>);
-template PotrfResult potrf_any(Uplo, int, Matrix<SingleComplex>);
+template FactorResult potrf_any(Uplo, int, Matrix<float>);
+template FactorResult potrf_any(Uplo, int, Matrix<SingleComplex>);
 template int potrf(Uplo, int, Matrix<float>);
 template int potrf(Uplo, int, Matrix<SingleComplex>);
 

@@ -15,22 +15,12 @@
 
 #include "blas/matrix.hpp"
 #include "blas/options.hpp"
+#include "lapack/factorization.hpp"
 
 namespace qrv::lapack {
 
-struct PotrfResult {
-    int info = 0;
-    bool stopped = false; // by the progress routine
-};
-
-// Who factors a diagonal block and its first column in the whole matrix, counted from 0: for the progress routine.
-struct PotrfPlace {
-    int thread = 0;
-    int offset = 0;
-};
-
 template <class T>
-PotrfResult potrf_serial(Uplo uplo, int n, Matrix<T> a, PotrfPlace place);
+FactorResult potrf_serial(Uplo uplo, int n, Matrix<T> a, FactorPlace place);
 
 // How the tiled route cuts its work.
 struct PotrfGrain {
@@ -41,10 +31,10 @@ struct PotrfGrain {
 
 // On a team of at most `threads`; grain.tile < n.
 template <class T>
-PotrfResult potrf_tiles(int threads, PotrfGrain grain, Uplo uplo, int n, Matrix<T> a);
+FactorResult potrf_tiles(int threads, PotrfGrain grain, Uplo uplo, int n, Matrix<T> a);
 
 // By the route that potrf_route.hpp chooses for n >= 1: SPOTRF itself, and what a route calls for its leading block.
 template <class T>
-PotrfResult potrf_any(Uplo uplo, int n, Matrix<T> a);
+FactorResult potrf_any(Uplo uplo, int n, Matrix<T> a);
 
 } // namespace qrv::lapack

@@ -30,7 +30,7 @@ struct TiledMatrix {
     int steps; // a task takes at most
     Matrix<T> a;
     PotrfTable* table;
-    PotrfResult result{}; // of the diagonal; at most one thread factors there
+    FactorResult result{}; // of the diagonal; at most one thread factors there
 
     // Rows or columns of `tiles` tiles from `tile` on, counted from 1.
     int first(int tile) const { return (tile - 1) * nb; }
@@ -131,12 +131,12 @@ void finish_leading_cell(PotrfTable& table) {
 }
 
 template <class T>
-PotrfResult factor(TiledMatrix<T>& x, int threads, int firstBlock) {
+FactorResult factor(TiledMatrix<T>& x, int threads, int firstBlock) {
     PotrfTable& table = *x.table;
     while (table.cell > 1 && x.nb * table.cell > firstBlock)
         table.cell /= 2;
     x.steps = std::max(x.steps / table.cell, 1) * table.cell;
-    const PotrfResult leading = potrf_any(x.uplo, x.length(1, table.cell), x.a);
+    const FactorResult leading = potrf_any(x.uplo, x.length(1, table.cell), x.a);
     if (leading.info != 0 || leading.stopped)
         return leading;
     finish_leading_cell(table);
@@ -148,7 +148,7 @@ PotrfResult factor(TiledMatrix<T>& x, int threads, int firstBlock) {
 } // namespace
 
 template <class T>
-PotrfResult potrf_tiles(int threads, PotrfGrain grain, Uplo uplo, int n, Matrix<T> a) {
+FactorResult potrf_tiles(int threads, PotrfGrain grain, Uplo uplo, int n, Matrix<T> a) {
     const int tiles = (n - 1) / grain.tile + 1;
     const auto words = static_cast<std::size_t>(qrv_lapack_potrf_sched_size(&tiles));
     void* const block = qrv_serv_allocate(words * sizeof(std::int32_t), 128);
@@ -156,12 +156,12 @@ PotrfResult potrf_tiles(int threads, PotrfGrain grain, Uplo uplo, int n, Matrix<
         return potrf_serial(uplo, n, a, {});
     TiledMatrix<T> x{uplo, n, grain.tile, grain.steps, a, static_cast<PotrfTable*>(block)};
     qrv_lapack_potrf_sched_init(x.table, &tiles, &threads);
-    const PotrfResult result = factor(x, threads, grain.firstBlock);
+    const FactorResult result = factor(x, threads, grain.firstBlock);
     qrv_serv_deallocate(block);
     return result;
 }
 
-template PotrfResult potrf_tiles(int, PotrfGrain, Uplo, int, Matrix<float>);
-template PotrfResult potrf_tiles(int, PotrfGrain, Uplo, int, Matrix<SingleComplex>);
+template FactorResult potrf_tiles(int, PotrfGrain, Uplo, int, Matrix<float>);
+template FactorResult potrf_tiles(int, PotrfGrain, Uplo, int, Matrix<SingleComplex>);
 
 } // namespace qrv::lapack

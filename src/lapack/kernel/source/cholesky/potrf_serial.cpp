@@ -15,35 +15,22 @@
 #include "lapack/elements.hpp"
 #include "lapack/kernel/source/cholesky/potrf.hpp"
 #include "lapack/routine_name.hpp"
-#include "service/reporter.hpp"
 #include "service/tuning.hpp"
 
 namespace qrv::lapack {
-namespace {
 
 template <class T>
-PotrfResult leaf(Uplo uplo, int n, Matrix<T> a, PotrfPlace place) {
-    const int info = potf2(uplo, n, a);
-    const int step = place.offset + n;
-    constexpr RoutineName<T> name("POTRF");
-    constexpr int length = name.letters.size();
-    return {info, qrv_serv_progress(&place.thread, &step, name.letters.data(), length) != 0};
-}
-
-} // namespace
-
-template <class T>
-PotrfResult potrf_serial(Uplo uplo, int n, Matrix<T> a, PotrfPlace place) {
+FactorResult potrf_serial(Uplo uplo, int n, Matrix<T> a, FactorPlace place) {
     const int nb = tuning::block_size(RoutineName<T>("POTRF"), n);
     if (nb <= 1 || nb >= n)
-        return leaf(uplo, n, a, place);
+        return tell_progress(RoutineName<T>("POTRF"), n, place, potf2(uplo, n, a));
     const T one = scalar<T>(1), minusOne = scalar<T>(-1);
     const bool upper = uplo == Uplo::upper;
     for (int j = 0; j < n; j += nb) {
         const int jb = std::min(nb, n - j), rest = n - j - jb;
         const Matrix<T> done = upper ? a.block(0, j) : a.block(j, 0), diagonal = a.block(j, j);
         blas::rank_k(uplo, upper ? adjoint<T> : Op::none, jb, j, -1, done, 1, diagonal);
-        const PotrfResult block = potrf_serial(uplo, jb, diagonal, {place.thread, place.offset + j});
+        const FactorResult block = potrf_serial(uplo, jb, diagonal, {place.thread, place.offset + j});
         if (block.info != 0 || block.stopped)
             return {block.info > 0 ? block.info + j : 0, block.stopped};
         if (rest == 0)
@@ -61,7 +48,7 @@ PotrfResult potrf_serial(Uplo uplo, int n, Matrix<T> a, PotrfPlace place) {
     return {};
 }
 
-template PotrfResult potrf_serial(Uplo, int, Matrix<float>, PotrfPlace);
-template PotrfResult potrf_serial(Uplo, int, Matrix<SingleComplex>, PotrfPlace);
+template FactorResult potrf_serial(Uplo, int, Matrix<float>, FactorPlace);
+template FactorResult potrf_serial(Uplo, int, Matrix<SingleComplex>, FactorPlace);
 
 } // namespace qrv::lapack

@@ -6,16 +6,11 @@
 #include "lapack/calls/norms.hpp"
 #include "lapack/calls/triangular.hpp"
 #include "lapack/kernel/source/norms/condition.hpp"
-#include "service/machine_constants.hpp"
 
 namespace qrv::lapack {
 
 template <class T>
 float gecon(Norm norm, int n, Matrix<const T> a, float anorm, EstimateWork<T> workArrays) {
-    if (n == 0)
-        return 1;
-    if (anorm == 0)
-        return 0;
     const auto work = gecon_work(n, workArrays);
     bool sumsKnown = false;
     const auto solve_lower = [&](Op op) {
@@ -31,8 +26,7 @@ float gecon(Norm norm, int n, Matrix<const T> a, float anorm, EstimateWork<T> wo
         sumsKnown = true;
         return first * second;
     };
-    const float inverseNorm = inverse_norm(norm, n, work.x, work.v, work.isgn, machine::safeMinimum, solve);
-    return inverseNorm != 0 ? 1 / inverseNorm / anorm : 0;
+    return reciprocal_condition(norm, n, anorm, work.x, work.v, work.isgn, solve);
 }
 
 template float gecon(Norm, int, Matrix<const float>, float, EstimateWork<float>);

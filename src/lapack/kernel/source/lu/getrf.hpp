@@ -19,19 +19,9 @@
 
 #include "blas/complex.hpp"
 #include "blas/matrix.hpp"
+#include "lapack/factorization.hpp"
 
 namespace qrv::lapack {
-
-struct GetrfResult {
-    int info = 0;
-    bool stopped = false; // by the progress routine
-};
-
-// Who factors a panel and its first column in the whole matrix, counted from 0: for the progress routine.
-struct GetrfPlace {
-    int thread = 0;
-    int offset = 0;
-};
 
 // The block of columns [k, end()) from its diagonal down.
 struct Panel {
@@ -46,15 +36,15 @@ template <class T>
 int getrf_unblocked(int m, int n, Matrix<T> a, int* ipiv);
 
 template <class T>
-GetrfResult getrf_recursive(int m, int n, Matrix<T> a, int* ipiv, GetrfPlace place);
+FactorResult getrf_recursive(int m, int n, Matrix<T> a, int* ipiv, FactorPlace place);
 
 // On a team of at most `threads`.
 template <class T>
-GetrfResult getrf_ib(int threads, int m, int n, Matrix<T> a, int* ipiv);
+FactorResult getrf_ib(int threads, int m, int n, Matrix<T> a, int* ipiv);
 
 // The same, in block columns of nb < min(m, n).
 template <class T>
-GetrfResult getrf_dynamic(int threads, int nb, int m, int n, Matrix<T> a, int* ipiv);
+FactorResult getrf_dynamic(int threads, int nb, int m, int n, Matrix<T> a, int* ipiv);
 
 // ---- What they share ------------------------------------------------------------------------------------------------
 
@@ -67,10 +57,10 @@ constexpr int getrf_block_width(const int* widths, int n) {
 
 // getrf_unblocked, and the progress call after it.
 template <class T>
-GetrfResult getrf_leaf(int m, int n, Matrix<T> a, int* ipiv, GetrfPlace place);
+FactorResult getrf_leaf(int m, int n, Matrix<T> a, int* ipiv, FactorPlace place);
 
 // The panel was factored: its info, and its pivots at ipiv[k], count from row k until then.
-void getrf_append(GetrfResult& whole, GetrfResult result, Panel panel, int* ipiv);
+void getrf_append(FactorResult& whole, FactorResult result, Panel panel, int* ipiv);
 
 // Brings `count` columns from `first` on, which are to the right of the panel, up to date with it: interchanges, the
 // rows of U, and the product below them.

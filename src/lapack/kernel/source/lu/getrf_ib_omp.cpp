@@ -39,7 +39,7 @@ struct SharedMatrix {
 
 struct NextPanel {
     bool factored = false;
-    GetrfResult result;
+    FactorResult result;
 };
 
 // Applies the panel `last` to all columns behind it, which begin with the panel `next`:
@@ -83,12 +83,12 @@ void interchange_left(const SharedMatrix<T>& x, int width) {
 }
 
 template <class T>
-GetrfResult factor(const SharedMatrix<T>& x) {
+FactorResult factor(const SharedMatrix<T>& x) {
     const int width = getrf_block_width(blockWidths, x.n);
     if (width == 0)
         return getrf_leaf(x.m, x.n, x.a, x.ipiv, {0, x.offset});
     const int length = x.length();
-    GetrfResult whole;
+    FactorResult whole;
     Panel last;
     for (int j = 0; j < length; j += width) {
         const Panel panel{j, std::min(width, length - j)};
@@ -112,11 +112,11 @@ GetrfResult factor(const SharedMatrix<T>& x) {
 } // namespace
 
 template <class T>
-GetrfResult getrf_ib(int threads, int m, int n, Matrix<T> a, int* ipiv) {
+FactorResult getrf_ib(int threads, int m, int n, Matrix<T> a, int* ipiv) {
     return factor(SharedMatrix<T>{threads, m, n, a, ipiv, 0});
 }
 
-template GetrfResult getrf_ib(int, int, int, Matrix<float>, int*);
-template GetrfResult getrf_ib(int, int, int, Matrix<SingleComplex>, int*);
+template FactorResult getrf_ib(int, int, int, Matrix<float>, int*);
+template FactorResult getrf_ib(int, int, int, Matrix<SingleComplex>, int*);
 
 } // namespace qrv::lapack

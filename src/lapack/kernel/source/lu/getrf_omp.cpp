@@ -32,7 +32,7 @@ struct TaskedMatrix {
     Matrix<T> a;
     int* ipiv;
     GetrfSchedule* schedule;
-    GetrfResult result{}; // of the panels so far; at most one thread factors one
+    FactorResult result{}; // of the panels so far; at most one thread factors one
 
     int panels() const { return (std::min(m, n) - 1) / nb; }
     Panel panel(int number) const { return {(number - 1) * nb, nb}; } // counted from 1, as in the schedule
@@ -40,7 +40,7 @@ struct TaskedMatrix {
     // Factors the panel as thread `thread`, and takes its result over.
     void factor(Panel panel, int thread) {
         const int k = panel.k;
-        const GetrfResult own = getrf_recursive(m - k, panel.width, a.block(k, k), ipiv + k, {thread, k});
+        const FactorResult own = getrf_recursive(m - k, panel.width, a.block(k, k), ipiv + k, {thread, k});
         getrf_append(result, own, {k, std::min(m - k, panel.width)}, ipiv);
     }
 
@@ -84,7 +84,7 @@ void interchange_left(const TaskedMatrix<T>& x, int threads) {
 }
 
 template <class T>
-GetrfResult factor(TaskedMatrix<T>& x, int threads) {
+FactorResult factor(TaskedMatrix<T>& x, int threads) {
     x.factor(x.panel(1), 0);
     if (!x.result.stopped)
         TaskTeam(x).run(threads);
@@ -98,17 +98,17 @@ GetrfResult factor(TaskedMatrix<T>& x, int threads) {
 } // namespace
 
 template <class T>
-GetrfResult getrf_dynamic(int threads, int nb, int m, int n, Matrix<T> a, int* ipiv) {
+FactorResult getrf_dynamic(int threads, int nb, int m, int n, Matrix<T> a, int* ipiv) {
     void* const block = qrv_serv_allocate(getrf_schedule_bytes(n, nb), 128);
     if (!block)
         return getrf_ib(threads, m, n, a, ipiv);
     TaskedMatrix<T> x{m, n, nb, a, ipiv, static_cast<GetrfSchedule*>(block)};
-    const GetrfResult result = factor(x, threads);
+    const FactorResult result = factor(x, threads);
     qrv_serv_deallocate(block);
     return result;
 }
 
-template GetrfResult getrf_dynamic(int, int, int, int, Matrix<float>, int*);
-template GetrfResult getrf_dynamic(int, int, int, int, Matrix<SingleComplex>, int*);
+template FactorResult getrf_dynamic(int, int, int, int, Matrix<float>, int*);
+template FactorResult getrf_dynamic(int, int, int, int, Matrix<SingleComplex>, int*);
 
 } // namespace qrv::lapack

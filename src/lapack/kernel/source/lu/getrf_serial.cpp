@@ -28,20 +28,20 @@ constexpr int blockWidths[] = {8192, 4096, 2048, 1024, 128, 64, 32, 16, 0};
 // The step updates the panel A11, A21 with everything left of it and factors it, makes its interchanges on both sides
 // and computes the rows A12 of U. What is below them waits for its own turn as a panel.
 template <class T>
-GetrfResult getrf_recursive(int m, int n, Matrix<T> a, int* ipiv, GetrfPlace place) {
+FactorResult getrf_recursive(int m, int n, Matrix<T> a, int* ipiv, FactorPlace place) {
     const int width = getrf_block_width(blockWidths, n);
     if (width == 0)
         return getrf_leaf(m, n, a, ipiv, place);
     const T one = scalar<T>(1), minusOne = scalar<T>(-1);
     const int length = std::min(m, n);
-    GetrfResult whole;
+    FactorResult whole;
     for (int j = 0; j < length; j += width) {
         const int jb = std::min(width, length - j), right = n - j - jb;
         const Matrix<T> A01 = a.block(0, j), A02 = a.block(0, j + jb);
         const Matrix<T> A10 = a.block(j, 0), A11 = a.block(j, j), A12 = a.block(j, j + jb);
         if (j > 0) // A11 and A21 at once
             blas::gemm(Op::none, Op::none, m - j, jb, j, minusOne, A10, A01, one, A11);
-        const GetrfResult result = getrf_recursive(m - j, jb, A11, ipiv + j, {place.thread, place.offset + j});
+        const FactorResult result = getrf_recursive(m - j, jb, A11, ipiv + j, {place.thread, place.offset + j});
         if (result.stopped)
             return {whole.info, true};
         getrf_append(whole, result, {j, jb}, ipiv);
@@ -56,7 +56,7 @@ GetrfResult getrf_recursive(int m, int n, Matrix<T> a, int* ipiv, GetrfPlace pla
     return whole;
 }
 
-void getrf_append(GetrfResult& whole, GetrfResult result, Panel panel, int* ipiv) {
+void getrf_append(FactorResult& whole, FactorResult result, Panel panel, int* ipiv) {
     whole.stopped = whole.stopped || result.stopped;
     if (whole.info == 0 && result.info > 0)
         whole.info = result.info + panel.k;
@@ -76,8 +76,8 @@ void getrf_apply_panel(int m, Matrix<T> a, const int* ipiv, Panel panel, int fir
                    a.block(next, first));
 }
 
-template GetrfResult getrf_recursive(int, int, Matrix<float>, int*, GetrfPlace);
-template GetrfResult getrf_recursive(int, int, Matrix<SingleComplex>, int*, GetrfPlace);
+template FactorResult getrf_recursive(int, int, Matrix<float>, int*, FactorPlace);
+template FactorResult getrf_recursive(int, int, Matrix<SingleComplex>, int*, FactorPlace);
 template void getrf_apply_panel(int, Matrix<float>, const int*, Panel, int, int);
 template void getrf_apply_panel(int, Matrix<SingleComplex>, const int*, Panel, int, int);
 
@@ -88,8 +88,8 @@ using namespace qrv;
 namespace {
 
 template <class T>
-int recursive(int m, int n, Matrix<T> a, int* ipiv, int* info, lapack::GetrfPlace place) {
-    const auto result = m > 0 && n > 0 ? lapack::getrf_recursive(m, n, a, ipiv, place) : lapack::GetrfResult{};
+int recursive(int m, int n, Matrix<T> a, int* ipiv, int* info, lapack::FactorPlace place) {
+    const auto result = m > 0 && n > 0 ? lapack::getrf_recursive(m, n, a, ipiv, place) : lapack::FactorResult{};
     *info = result.info;
     return result.stopped ? 1 : 0;
 }

@@ -12,7 +12,6 @@
 #include "lapack/lapack.hpp"
 #include "lapack/routine_name.hpp"
 #include "service/machine_constants.hpp"
-#include "service/reporter.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -58,18 +57,14 @@ int getrf_unblocked(int m, int n, Matrix<T> a, int* ipiv) {
 }
 
 template <class T>
-GetrfResult getrf_leaf(int m, int n, Matrix<T> a, int* ipiv, GetrfPlace place) {
-    const int info = getrf_unblocked(m, n, a, ipiv);
-    const int step = place.offset + n;
-    constexpr RoutineName<T> name("GETRF");
-    constexpr int length = name.letters.size();
-    return {info, qrv_serv_progress(&place.thread, &step, name.letters.data(), length) != 0};
+FactorResult getrf_leaf(int m, int n, Matrix<T> a, int* ipiv, FactorPlace place) {
+    return tell_progress(RoutineName<T>("GETRF"), n, place, getrf_unblocked(m, n, a, ipiv));
 }
 
 template int getrf_unblocked(int, int, Matrix<float>, int*);
 template int getrf_unblocked(int, int, Matrix<SingleComplex>, int*);
-template GetrfResult getrf_leaf(int, int, Matrix<float>, int*, GetrfPlace);
-template GetrfResult getrf_leaf(int, int, Matrix<SingleComplex>, int*, GetrfPlace);
+template FactorResult getrf_leaf(int, int, Matrix<float>, int*, FactorPlace);
+template FactorResult getrf_leaf(int, int, Matrix<SingleComplex>, int*, FactorPlace);
 
 } // namespace qrv::lapack
 

@@ -4,6 +4,7 @@
 #include "blas/calls.hpp"
 #include "lapack/calls/norms.hpp"
 #include "lapack/elements.hpp"
+#include "service/machine_constants.hpp"
 
 namespace qrv::lapack {
 
@@ -29,6 +30,18 @@ float inverse_norm(Norm norm, int n, T* x, T* v, int* isgn, float smallest, cons
             rscl(n, scale, x, 1);
         }
     }
+}
+
+// The reciprocal condition number of a matrix of norm `anorm`, from solves as above: 1 for an empty one, 0 for a norm
+// of 0 and where the estimate fails.
+template <class T, class Solve>
+float reciprocal_condition(Norm norm, int n, float anorm, T* x, T* v, int* isgn, const Solve& solve) {
+    if (n == 0)
+        return 1;
+    if (anorm == 0)
+        return 0;
+    const float inverseNorm = inverse_norm(norm, n, x, v, isgn, machine::safeMinimum, solve);
+    return inverseNorm != 0 ? 1 / inverseNorm / anorm : 0;
 }
 
 } // namespace qrv::lapack

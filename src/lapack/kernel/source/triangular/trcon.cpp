@@ -10,7 +10,7 @@ template <class T>
 float trcon(Norm norm, Uplo uplo, Diag diag, int n, Matrix<const T> a, EstimateWork<T> workArrays) {
     if (n == 0)
         return 1;
-    const auto work = trcon_work(n, workArrays);
+    const auto work = triangle_work(n, workArrays);
     const float anorm = lantr(norm, uplo, diag, n, n, a, work.sums);
     if (!(anorm > 0))
         return 0;
