@@ -156,6 +156,13 @@ TEST(Level2, TriangularProductsByBands) {
 // A column is left alone where the element that it is multiplied with is exactly 0, and only there: the other vector
 // is NaN all over. In a rank-two update both elements must be 0. alpha 0 leaves all columns alone, a NaN alpha none.
 TEST(Level2, UpdatesSkipZeroElementsOnly) {
+    const int unit = 1;
+    const float little = 1e-30F, infinite = infinity;
+    for (const VectorBuild& build : vector_builds()) {
+        float a = 1; // an AXPY with the factor alpha*y, which vanishes
+        build.blas_sger_kernel(&unit, &unit, &little, &infinite, &unit, &little, &unit, &a, &unit);
+        EXPECT_EQ(a, 1) << build;
+    }
     each_routine(true, []<class T>(const Routine<T>& routine) {
         const bool general = routine.operation.kind == Form::general;
         if (!routine.operation.updates())
@@ -178,6 +185,44 @@ TEST(Level2, UpdatesSkipZeroElementsOnly) {
                     }
                 }
     });
+}
+
+// With op(A) = A what is 0 in x adds nothing and is not divided: the columns of whole blocks of zeros are not read, and
+// a zero on the diagonal beside one makes no NaN.
+TEST(Level2, TrianglesSkipZeros) {
+    each_routine(true, []<class T>(const Routine<T>& routine) {
+        if (!routine.operation.triangular())
+            return;
+        for (const int n : {2, 9, 70})
+            for (const char uplo : {'U', 'L'})
+                for (const int place : {0, n - 1})
+                    for (const int inc : {1, -2}) {
+                        Problem<T> problem(routine.operation, {.uplo = uplo, .n = n, .k = n - 1, .incx = inc});
+                        const int block = n > 32 ? 32 : 4;
+                        problem.a.set([&](int i, int j) {
+                            return scalar<T>(std::abs(j - place) >= block ? nan : i == j && j == place ? 2 : 0);
+                        });
+                        problem.before.set([&](int i, int) { return scalar<T>(i == place ? 1 : 0); });
+                        const T value = scalar<T>(routine.operation.what == What::solve ? 0.5F : 2);
+                        for (const VectorBuild& build : vector_builds()) {
+                            const auto x = problem.result([&](const Call<T>& v) { routine.kernel(build, v); });
+                            EXPECT_EQ(x.count_bad([&](int i, int, T xi) { return xi == (i == place ? value : T{}); }),
+                                      0)
+                                << build << ' ' << routine.name << ' ' << problem.p << " at " << place;
+                        }
+                    }
+    });
+}
+
+// A column without rows has the dot product 0, and alpha times that is added.
+TEST(Level2, EmptyColumnsOfABand) {
+    const int m = 1, n = 3, unit = 1, none = 0;
+    const float alpha = infinity, beta = 1, a[3] = {1, nan, nan}, x = 2;
+    for (const VectorBuild& build : vector_builds()) {
+        float y[3] = {1, 1, 1};
+        build.blas_sgbmv_kernel("T", &m, &n, &none, &none, &alpha, a, &unit, &x, &unit, &beta, y, &unit);
+        EXPECT_TRUE(y[0] == infinity && std::isnan(y[1]) && std::isnan(y[2])) << build;
+    }
 }
 
 // A solve divides by the diagonal and nothing else: powers of two come out exactly, and quotients whose squares would

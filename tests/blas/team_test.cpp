@@ -153,17 +153,18 @@ std::vector<TeamCase> cases_of_level(bool vectors, Pairs given, Pairs decided, u
     return cases;
 }
 
-INSTANTIATE_TEST_SUITE_P(Level2, Team,
-                         testing::Values(TeamFamily{
-                             "level 2",
-                             [] {
-                                 return cases_of_level(
-                                     true, {{3, 33}, {100, 129}, {1, 1}, {40, 7}, {700, 300}, {9, 1030}},
-                                     {{0, 500}, {500, 0}, {1, 1}, {127, 127}, {300, 255}, {60, 300}, {20, 1600}}, 2);
-                             },
-                             [] {
-                                 return cases_of_level(true, {{100, 129}, {40, 60}}, {}, 3);
-                             }}));
+INSTANTIATE_TEST_SUITE_P(
+    Level2, Team,
+    testing::Values(TeamFamily{
+        "level 2",
+        [] {
+            return cases_of_level(
+                true, {{3, 33}, {100, 129}, {1, 1}, {40, 7}, {700, 300}, {9, 1030}},
+                {{0, 500}, {500, 0}, {1, 1}, {127, 127}, {200, 200}, {300, 255}, {60, 300}, {20, 1600}}, 2);
+        },
+        [] {
+            return cases_of_level(true, {{100, 129}, {40, 60}}, {}, 3);
+        }}));
 INSTANTIATE_TEST_SUITE_P(Level3, Team,
                          testing::Values(TeamFamily{
                              "level 3",
