@@ -21,16 +21,7 @@ extern "C" {
     }
 #define DIRECT(Result, NAME, PARAMETERS, ...) DIRECT_NAMED(Result, QRV_MEMBER(NAME), PARAMETERS, __VA_ARGS__)
 #define QRV_ROUTINES "routines/blas.def"
-
-namespace real_members {
-using T = float;
-#include "routines/real_members.def"
-} // namespace real_members
-
-namespace complex_members {
-using T = SingleComplex;
-#include "routines/complex_members.def"
-} // namespace complex_members
+#include "routines/members.def"
 
 } // extern "C"
 } // namespace qrv::blas

@@ -34,18 +34,7 @@ extern "C" {
         __VA_ARGS__;                                                                                                   \
     }
 #define QRV_ROUTINES "routines/lapack.def"
-
-namespace real_members {
-using T = float;
-using IntOrReal = int;
-#include "routines/real_members.def"
-} // namespace real_members
-
-namespace complex_members {
-using T = SingleComplex;
-using IntOrReal = float;
-#include "routines/complex_members.def"
-} // namespace complex_members
+#include "routines/members.def"
 
 } // extern "C"
 } // namespace qrv::lapack

@@ -56,16 +56,7 @@ Routines routines;
 #define DIRECT(...)
 #define DIRECT_NAMED(...)
 #define QRV_ROUTINES "routines/blas.def"
-
-namespace real_members {
-using T = float;
-#include "routines/real_members.def"
-} // namespace real_members
-
-namespace complex_members {
-using T = SingleComplex;
-#include "routines/complex_members.def"
-} // namespace complex_members
+#include "routines/members.def"
 
 TEST(Arguments, BadOnesAreReportedInTheirOrder) {
     EXPECT_EQ(routines.size(), 34U);

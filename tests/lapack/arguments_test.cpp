@@ -100,18 +100,7 @@ Routines routines;
     CHECKED_AS(QRV_MEMBER_TEXT(NAME) ":" #name, QRV_LAPACK_MEMBER(name), name, PARAMETERS, CHECKS)
 #define UNCHECKED(...)
 #define QRV_ROUTINES "routines/lapack.def"
-
-namespace real_members {
-using T = float;
-using IntOrReal = int;
-#include "routines/real_members.def"
-} // namespace real_members
-
-namespace complex_members {
-using T = SingleComplex;
-using IntOrReal = float;
-#include "routines/complex_members.def"
-} // namespace complex_members
+#include "routines/members.def"
 
 TEST(Arguments, BadOnesAreReportedInTheirOrder) {
     expect_bad_arguments_reported(rows, routines);
