@@ -98,7 +98,7 @@ void factor_column(BlockedBand& x, const Block& b, int column) {
         x.info = x.info == 0 ? column + 1 : x.info;
         return;
     }
-    x.reach = std::max(x.reach, std::min(pivotRow + x.shape.ku, x.shape.n - 1));
+    x.reach = std::max(x.reach, pivotRow + std::min(x.shape.ku, x.shape.n - 1 - pivotRow));
     if (pivotRow != column)
         interchange_in_panel(x, b, column, pivotRow);
     divide_multipliers(below, pivot, &a(column + 1, column));
@@ -197,8 +197,8 @@ int gbtrf_blocked(int threads, int nb, const char* stage, const BandShape& shape
     clear_work(x, nb);
     clear_first_fills(x);
     const int length = std::min(shape.m, shape.n), kv = shape.kv();
-    for (int j = 0; j < length; j += nb) {
-        const int jb = std::min(nb, length - j);
+    for (int j = 0, jb; j < length; j += jb) {
+        jb = std::min(nb, length - j);
         Block b{j, jb, std::min(shape.kl - jb, shape.m - j - jb), std::min(jb, shape.m - j - shape.kl)};
         factor_panel(x, b);
         if (asks_to_stop(stage, j + jb))

@@ -14,7 +14,7 @@ void clear_first_fill(const BandShape& shape, int column, Matrix<float> a) {
 }
 
 void clear_fill(const BandShape& shape, int j, Matrix<float> a) {
-    if (j + shape.kv() < shape.n)
+    if (shape.kv() < shape.n - j)
         std::fill_n(&a(j, j + shape.kv()), std::min(shape.kl, shape.m - j), 0.0F);
 }
 
@@ -42,7 +42,7 @@ int gbtrf_unblocked(const BandShape& shape, Matrix<float> a, int* ipiv) {
             info = info == 0 ? j + 1 : info;
             continue;
         }
-        reach = std::max(reach, std::min(pivotRow + ku, n - 1));
+        reach = std::max(reach, pivotRow + std::min(ku, n - 1 - pivotRow));
         if (pivotRow != j)
             kernel::swap(reach - j + 1, a.row(j, j), a.row(pivotRow, j));
         if (below > 0) {

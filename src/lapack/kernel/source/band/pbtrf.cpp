@@ -82,8 +82,8 @@ void update(Uplo uplo, int ib, int i2, int i3, int kd, Matrix<float> a, Matrix<f
 
 int blocked(int nb, Uplo uplo, int n, int kd, Matrix<float> a) {
     float square[widest * widest] = {};
-    for (int i = 0; i < n; i += nb) {
-        const int ib = std::min(nb, n - i);
+    for (int i = 0, ib; i < n; i += ib) {
+        ib = std::min(nb, n - i);
         const Matrix<float> a11 = a.block(i, i);
         if (const int info = potf2(uplo, ib, a11))
             return i + info;

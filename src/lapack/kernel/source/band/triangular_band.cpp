@@ -90,12 +90,12 @@ void step_backward(const TriangularBand& t, int i, int ib, int columns, Matrix<f
 
 void solve_band_blocked(const TriangularBand& t, int nb, int nrhs, Matrix<float> b, float* work) {
     const Matrix<float> square{work, nb};
-    for (int first = 0; first < nrhs; first += nb) {
-        const int columns = std::min(nb, nrhs - first);
+    for (int first = 0, columns; first < nrhs; first += columns) {
+        columns = std::min(nb, nrhs - first);
         const Matrix<float> x = b.block(0, first);
         if (is_forward(t))
-            for (int i = 0; i < t.n; i += nb)
-                step_forward(t, i, std::min(nb, t.n - i), columns, x, square);
+            for (int i = 0, ib; i < t.n; i += ib)
+                step_forward(t, i, ib = std::min(nb, t.n - i), columns, x, square);
         else
             for (int end = t.n; end > 0; end -= std::min(nb, end))
                 step_backward(t, std::max(end - nb, 0), std::min(nb, end), columns, x, square);

@@ -55,8 +55,9 @@ void lauum(Uplo uplo, int n, Matrix<T> a) {
         return lauu2(uplo, n, a);
     const T one = scalar<T>(1);
     const bool upper = uplo == Uplo::upper;
-    for (int i = 0; i < n; i += nb) {
-        const int ib = std::min(nb, n - i), rest = n - i - ib;
+    for (int i = 0, ib; i < n; i += ib) {
+        ib = std::min(nb, n - i);
+        const int rest = n - i - ib;
         const Matrix<T> diagonal = a.block(i, i);
         const Matrix<T> product = upper ? a.block(0, i) : a.block(i, 0);         // P01
         const Matrix<T> right = upper ? a.block(i, i + ib) : a.block(i + ib, i); // U12

@@ -26,8 +26,9 @@ FactorResult potrf_serial(Uplo uplo, int n, Matrix<T> a, FactorPlace place) {
         return tell_progress(RoutineName<T>("POTRF"), n, place, potf2(uplo, n, a));
     const T one = scalar<T>(1), minusOne = scalar<T>(-1);
     const bool upper = uplo == Uplo::upper;
-    for (int j = 0; j < n; j += nb) {
-        const int jb = std::min(nb, n - j), rest = n - j - jb;
+    for (int j = 0, jb; j < n; j += jb) {
+        jb = std::min(nb, n - j);
+        const int rest = n - j - jb;
         const Matrix<T> done = upper ? a.block(0, j) : a.block(j, 0), diagonal = a.block(j, j);
         blas::rank_k(uplo, upper ? adjoint<T> : Op::none, jb, j, -1, done, 1, diagonal);
         const FactorResult block = potrf_serial(uplo, jb, diagonal, {place.thread, place.offset + j});
