@@ -1,14 +1,13 @@
 // The scheduler of the dynamic LU, without threads: a simulated team takes and finishes tasks in random interleavings.
 #include <gtest/gtest.h>
 #include <ostream>
-#include <random>
 #include <set>
-#include <string>
 #include <vector>
 
 #include "lapack/kernel/source/lu/getrf_schedule.hpp"
 #include "qrv/native.h"
 #include "service/tuning.hpp"
+#include "support/simulated_team.hpp"
 
 namespace qrv::test {
 namespace {
@@ -22,98 +21,65 @@ std::ostream& operator<<(std::ostream& out, const Plan& p) {
                << ", tail " << p.tail;
 }
 
-// A schedule for block columns of one column each.
-class Scheduled {
+// The schedule of block columns of one column each, and how far each of them is.
+class Scheduled : public SimulatedMatrix {
 public:
-    explicit Scheduled(const Plan& plan) : memory_(getrf_schedule_bytes(plan.blocks, 1) / sizeof(int), -99) {
-        const int m = plan.panels + 1, nb = 1;
-        qrv_lapack_getrf_sched_init(get(), &m, &plan.blocks, &nb, &plan.team, &plan.span, &plan.tail);
+    using Task = GetrfTask;
+
+    explicit Scheduled(const Plan& plan)
+        : SimulatedMatrix(plan.blocks + 1), plan_(plan), memory_(getrf_schedule_bytes(plan.blocks, 1) / sizeof(int)) {}
+
+    void begin(int team) {
+        const int m = plan_.panels + 1, nb = 1;
+        qrv_lapack_getrf_sched_init(schedule(), &m, &plan_.blocks, &nb, &team, &plan_.span, &plan_.tail);
     }
-    GetrfSchedule* get() { return reinterpret_cast<GetrfSchedule*>(memory_.data()); }
-
-private:
-    std::vector<int> memory_;
-};
-
-// Runs a factorization and tells what went wrong first, or nothing.
-class Simulation {
-public:
-    Simulation(const Plan& plan, unsigned seed)
-        : plan_(plan), random_(seed), schedule_(plan), columns_(static_cast<std::size_t>(plan.blocks) + 1),
-          tasks_(static_cast<std::size_t>(plan.team)) {}
-
-    std::string run() {
-        std::vector<int> active;
-        for (int thread = 0; thread < plan_.team; ++thread) {
-            qrv_lapack_getrf_sched_first(&thread, schedule_.get(), &task(thread));
-            if (task(thread).kind == GetrfTaskKind::wait)
-                active.push_back(thread);
-            else if (task(thread).kind != GetrfTaskKind::done)
-                return "a first task with work";
-        }
-        int waits = 0; // since something was last taken or finished
-        while (!active.empty()) {
-            const std::size_t turn = random_() % active.size();
-            GetrfTask& mine = task(active[turn]);
-            if (mine.kind != GetrfTaskKind::wait)
-                finish(mine), waits = 0;
-            qrv_lapack_getrf_sched_next(&active[turn], schedule_.get(), &mine);
-            if (mine.kind == GetrfTaskKind::done)
-                active.erase(active.begin() + static_cast<std::ptrdiff_t>(turn));
-            else if (mine.kind == GetrfTaskKind::wait)
-                ++waits;
-            else
-                take(mine), waits = 0;
-            if (!fault_.empty())
-                return fault_;
-            if (waits > 100 * plan_.team)
-                return "nobody gets on";
-        }
+    Task first(int thread) {
+        Task task;
+        qrv_lapack_getrf_sched_first(&thread, schedule(), &task);
+        expect(task.waits() || task.ends(), "a first task with work");
+        return task;
+    }
+    void next(int thread, Task& task) {
+        if (!task.waits())
+            finish(task);
+        qrv_lapack_getrf_sched_next(&thread, schedule(), &task);
+        if (!task.waits() && !task.ends())
+            check(task);
+    }
+    void perform(const Task& t, int) {
+        for (int block = t.firstBlock; block <= t.last_block(); ++block)
+            advance(block, t.lastPanel);
+    }
+    bool complete() const {
+        int complete = factored_ == plan_.panels;
         for (int block = 1; block <= plan_.blocks; ++block)
-            if (column(block).applied != std::min(block - 1, plan_.panels))
-                return "block column " + std::to_string(block) + " lacks panels";
-        return factored_ == plan_.panels ? "" : "not all panels are factored";
+            complete &= steps(block) == std::min(block - 1, plan_.panels);
+        return complete;
     }
 
 private:
-    struct Column {
-        int applied = 0;
-        bool held = false;
-    };
-    GetrfTask& task(int thread) { return tasks_[static_cast<std::size_t>(thread)]; }
-    Column& column(int block) { return columns_[static_cast<std::size_t>(block)]; }
+    GetrfSchedule* schedule() { return reinterpret_cast<GetrfSchedule*>(memory_.data()); }
 
-    void take(const GetrfTask& t) {
-        if (t.firstBlock < 2 || t.firstBlock > t.lastBlock || t.lastBlock > plan_.blocks)
-            fault_ = "no such block columns";
-        else if (t.lastPanel > factored_)
-            fault_ = "a panel that is not factored";
-        else if (t.kind == GetrfTaskKind::factor
-                     ? t.firstBlock != t.lastBlock || t.firstBlock != factored_ + 1 || t.lastPanel != factored_
-                     : t.firstPanel > t.lastPanel)
-            fault_ = "not the next panel, or nothing to apply";
-        for (int block = t.firstBlock; fault_.empty() && block <= t.lastBlock; ++block) {
-            if (column(block).held)
-                fault_ = "a block column held twice";
-            else if (t.firstPanel != column(block).applied + 1 || t.lastPanel >= block)
-                fault_ = "panels out of order";
-            column(block).held = true;
-        }
+    void check(const Task& t) {
+        const bool next = t.firstBlock == t.lastBlock && t.firstBlock == factored_ + 1 && t.lastPanel == factored_;
+        expect(t.kind == GetrfTaskKind::factor ? next : t.firstPanel <= t.lastPanel,
+               "not the next panel, or nothing to apply");
+        expect(t.lastPanel <= factored_ && t.lastPanel < t.firstBlock, "a panel that is not factored");
+        expect(2 <= t.firstBlock && t.firstBlock <= t.lastBlock && t.lastBlock <= plan_.blocks,
+               "no such block columns");
+        for (int block = t.firstBlock; fault().empty() && block <= t.lastBlock; ++block)
+            take(block, t.firstPanel);
     }
-    void finish(const GetrfTask& t) {
+    void finish(const Task& t) {
         for (int block = t.firstBlock; block <= t.lastBlock; ++block)
-            column(block) = {t.lastPanel, false};
+            give_back(block);
         if (t.kind == GetrfTaskKind::factor)
             factored_ = t.firstBlock;
     }
 
     Plan plan_;
-    std::mt19937 random_;
-    Scheduled schedule_;
-    std::vector<Column> columns_;
-    std::vector<GetrfTask> tasks_;
+    std::vector<int> memory_;
     int factored_ = 1;
-    std::string fault_;
 };
 
 // Every pair of span and tail in the tuning tables.
@@ -135,7 +101,9 @@ TEST(GetrfSchedule, AppliesEveryPanelOnceAndInOrder) {
             for (int team = 1; team <= 16; ++team)
                 for (const int panels : {blocks - 1, blocks / 2}) { // square or tall; wide
                     const Plan plan{blocks, panels, team, span, tail};
-                    ASSERT_EQ(Simulation(plan, ++seed).run(), "") << plan;
+                    Scheduled job(plan);
+                    ASSERT_EQ(simulate(job, team, ++seed), "") << plan;
+                    ASSERT_TRUE(job.complete()) << plan;
                 }
 }
 
@@ -153,8 +121,9 @@ TEST(GetrfSchedule, FirstTasks) {
                            Row{{4, 3, 4, 1, 0}, 0, done, 0, 0}, Row{{6, 5, 4, 3, 0}, 2, done, 0, 0},
                            Row{{8, 7, 4, 3, 3}, 1, wait, 4, 5}, Row{{8, 7, 4, 3, 3}, 2, wait, 6, 6},
                            Row{{8, 7, 4, 3, 8}, 0, wait, 1, 1}, Row{{8, 7, 4, 1, 1000000}, 2, wait, 1, 1}}) {
-        GetrfTask task;
-        qrv_lapack_getrf_sched_first(&row.thread, Scheduled(row.plan).get(), &task);
+        Scheduled job(row.plan);
+        job.begin(row.plan.team);
+        const GetrfTask task = job.first(row.thread);
         EXPECT_EQ(std::tuple(task.kind, task.firstBlock, task.lastBlock),
                   std::tuple(row.kind, row.firstBlock, row.lastBlock))
             << row.plan << ", thread " << row.thread;
