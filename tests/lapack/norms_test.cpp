@@ -1,13 +1,14 @@
 // Norms and copies against their definitions in double; what is not stored is NaN.
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <vector>
 
 #include "qrv/native.h"
 #include "support/level2_case.hpp"
 #include "support/matrices.hpp"
-#include "support/vectors.hpp"
+#include "support/operand.hpp"
 
 namespace qrv::test {
 namespace {
@@ -146,6 +147,106 @@ TYPED_TEST(Norms, CopiesOfWhatIsNamed) {
                 << uplo << ' ' << m << " x " << n;
             EXPECT_TRUE(b.guards_intact());
         }
+}
+
+TEST(SymmetricNorms, AreThoseOfTheWholeMatrix) {
+    std::mt19937 random(5);
+    for (const int n : {0, 1, 2, 5, 33})
+        for (const char uplo : {'U', 'l'})
+            for (const float size : {1.0F, 0x1p100F, 0x1p-120F}) {
+                Form form{n, n, Form::symmetric, uplo};
+                Operand<float> a(form, Layout{2}), whole(n, n, n + 1);
+                a.set([&](int, int) { return size * any_size_one<float>(random); });
+                whole.set([&](int i, int j) { return static_cast<float>(a.entry(i, j)); });
+                // And a tridiagonal one.
+                GuardedVector<float> d(n), e(n - 1);
+                for (auto* v : {&d, &e})
+                    v->fill([&] { return size * any_size_one<float>(random); });
+                Operand<float> three(n, n, n + 1);
+                three.set([&](int i, int j) { return i == j ? d[i] : std::abs(i - j) == 1 ? e[std::min(i, j)] : 0; });
+                for (const char* norm = "MmOo1IiFfEe"; *norm; ++norm) {
+                    GuardedVector<float> work(std::strchr("Oo1Ii", *norm) ? n : 0), unused(n);
+                    const float allowed = (n + 8) * 0x1p-23F;
+                    const float expected = SLANGE(norm, &n, &n, whole.data(), &whole.ld(), unused.data());
+                    EXPECT_NEAR(SLANSY(norm, &uplo, &n, a.data(), &a.ld(), work.data()), expected, allowed * expected)
+                        << *norm << ' ' << uplo << ' ' << n;
+                    EXPECT_TRUE(work.guards_intact());
+                    const float beside = SLANGE(norm, &n, &n, three.data(), &three.ld(), unused.data());
+                    EXPECT_NEAR(SLANST(norm, &n, d.data(), e.data()), beside, allowed * beside) << *norm << ' ' << n;
+                }
+            }
+}
+
+TYPED_TEST(Norms, PartsAreSet) {
+    using T = TypeParam;
+    const T beside = scalar_of<T>(3), diagonal = scalar_of<T>(-2);
+    for (const auto& [m, n] : {std::pair{0, 3}, {1, 1}, {4, 7}, {7, 4}})
+        for (const char uplo : {'U', 'l', 'A'}) {
+            Form form{m, n, Form::general, uplo == 'A' ? 'A' : uplo};
+            Operand<T> a(form, Layout{2});
+            kernel_for<T>(SLASET, CLASET)(&uplo, &m, &n, &beside, &diagonal, a.data(), &a.ld());
+            EXPECT_EQ(a.count_bad([&](int i, int j, T x) { return x == (i == j ? diagonal : beside); }), 0);
+            EXPECT_TRUE(a.guards_intact()) << uplo << ' ' << m << " x " << n;
+        }
+}
+
+// Quotients that no float holds, on every kind of storage.
+TYPED_TEST(Norms, MultiplesOfWhatIsStored) {
+    using T = TypeParam;
+    struct Row {
+        const char* type;
+        Form form; // of 5 rows
+        int kl, ku;
+    };
+    const Form::Kind general = Form::general;
+    const Row rows[] = {{"G", {5, 3}, 9, 9},
+                        {"l", {5, 7, general, 'L'}, 9, 9},
+                        {"L", {5, 3, general, 'L'}, 9, 9},
+                        {"U", {5, 7, general, 'U'}, 9, 9},
+                        {"u", {5, 3, general, 'U'}, 9, 9},
+                        {"B", {5, 5, general, 'L', 'N', true, 2, 0}, 2, 2},
+                        {"q", {5, 5, general, 'U', 'N', true, 0, 2}, 2, 2},
+                        {"Z", {5, 7, general, 'A', 'N', true, 2, 1}, 2, 1}};
+    std::mt19937 random(8);
+    for (const Row& row : rows)
+        for (const auto& [from, to, size] : {std::tuple{0x1p-100F, 0x1p90F, 0x1p-120F},
+                                             {0x1p120F, 0x1p-20F, 0x1p120F},
+                                             {-3.0F, 1.0F, 1.0F},
+                                             {2.0F, 0.0F, 1.0F}}) {
+            Form stored = row.form;
+            if (*row.type == 'Z')
+                stored.above += row.kl; // room that is not looked at
+            Operand<T> a(stored, Layout{1});
+            const auto in_band = [&](int i, int j) { return !stored.banded || j - i <= row.ku; };
+            a.set([&](int i, int j) {
+                return in_band(i, j) ? scalar<T>(size) * any_size_one<T>(random) : all_parts<T>(7);
+            });
+            const Operand<T> before = a;
+            int info = -99;
+            kernel_for<T>(SLASCL, CLASCL)(row.type, &row.kl, &row.ku, &from, &to, &row.form.rows, &row.form.columns,
+                                          a.data(), &a.ld(), &info);
+            EXPECT_EQ(info, 0);
+            EXPECT_EQ(a.count_bad([&](int i, int j, T x) {
+                if (!in_band(i, j))
+                    return same_bits(x, before(i, j));
+                const auto expected = widen(before(i, j)) * (double{to} / from);
+                return std::abs(widen(x) - expected) <= 0x1p-22 * std::abs(expected);
+            }),
+                      0)
+                << row.type << ' ' << to << " / " << from;
+            EXPECT_TRUE(a.guards_intact()) << row.type;
+        }
+}
+
+// The first diagonal below belongs to it too.
+TEST(Multiples, OfHessenbergMatrices) {
+    const int m = 5, n = 5, none = 0;
+    const float from = 1, to = 2;
+    Operand<float> a(m, n, m);
+    a.fill(1);
+    int info = -99;
+    SLASCL("H", &none, &none, &from, &to, &m, &n, a.data(), &a.ld(), &info);
+    EXPECT_EQ(a.count_bad([](int i, int j, float x) { return x == (i <= j + 1 ? 2 : 1); }), 0);
 }
 
 } // namespace

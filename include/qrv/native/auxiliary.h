@@ -70,6 +70,14 @@ QRV_API float SLANTR(const char* norm, const char* uplo, const char* diag, const
 QRV_API float CLANTR(const char* norm, const char* uplo, const char* diag, const int* m, const int* n,
                      const qrv_complex* a, const int* lda, float* work);
 
+/* The same of a symmetric matrix of order n, of which the triangle `uplo` is read, and of a symmetric tridiagonal one
+ * with the n elements d of the diagonal and the n - 1 elements e beside it. Norms over columns and over rows are the
+ * same.
+ *
+ * work  n floats, overwritten, for '1', 'O' and 'I'; else not touched */
+QRV_API float SLANSY(const char* norm, const char* uplo, const int* n, const float* a, const int* lda, float* work);
+QRV_API float SLANST(const char* norm, const int* n, const float* d, const float* e);
+
 /* Adds the squares of the parts of x to scale^2 * sumsq, without overflow; both are updated. incx >= 0. */
 QRV_API void SLASSQ(const int* n, const float* x, const int* incx, float* scale, float* sumsq);
 QRV_API void CLASSQ(const int* n, const qrv_complex* x, const int* incx, float* scale, float* sumsq);
@@ -80,6 +88,23 @@ QRV_API void SLACPY(const char* uplo, const int* m, const int* n, const float* a
                     const int* ldb);
 QRV_API void CLACPY(const char* uplo, const int* m, const int* n, const qrv_complex* a, const int* lda, qrv_complex* b,
                     const int* ldb);
+
+/* The same part of an m x n matrix is set: to alpha, on the diagonal to beta. Nothing is reported. */
+QRV_API void SLASET(const char* uplo, const int* m, const int* n, const float* alpha, const float* beta, float* a,
+                    const int* lda);
+QRV_API void CLASET(const char* uplo, const int* m, const int* n, const qrv_complex* alpha, const qrv_complex* beta,
+                    qrv_complex* a, const int* lda);
+
+/* A := (cto / cfrom)*A for an m x n matrix, without overflow or underflow on the way to a result that has none.
+ *
+ * type    how A is stored: 'G' all of it; 'L', 'U' a triangle; 'H' upper Hessenberg; 'B', 'Q' the lower or upper half
+ * of a symmetric band, kl = ku, m = n; 'Z' a band as SGBTRF takes it kl, ku  diagonals below and above the main one;
+ * looked at for bands only cfrom   not 0; neither it nor cto may be NaN a, lda  lda >= max(1, m); for 'B' kl + 1, 'Q'
+ * ku + 1, 'Z' 2*kl + ku + 1 Reported: 1 to 7, 9. */
+QRV_API void SLASCL(const char* type, const int* kl, const int* ku, const float* cfrom, const float* cto, const int* m,
+                    const int* n, float* a, const int* lda, int* info);
+QRV_API void CLASCL(const char* type, const int* kl, const int* ku, const float* cfrom, const float* cto, const int* m,
+                    const int* n, qrv_complex* a, const int* lda, int* info);
 
 /* x := x / *sa for a real divisor, without overflow or underflow on the way to a result that has none. incx >= 0. */
 QRV_API void SRSCL(const int* n, const float* sa, float* sx, const int* incx);

@@ -1,4 +1,4 @@
-// The four norms of a matrix of which each column stores one run of elements: SLANGE and SLANTR.
+// The four norms of a matrix of which each column stores one run of elements: SLANGE, SLANTR and SLANSY.
 //
 // Largest magnitudes and sums are chosen by one rule for all norms: a value replaces the largest so far unless it
 // compares below it. So a NaN takes its place, and what follows the NaN takes the NaN's.
@@ -94,6 +94,13 @@ float frobenius_norm(int n, Matrix<const T> a, const Stored& stored, ScaledSquar
         sum = lassq(rows.last - rows.first, &a(rows.first, j), 1, sum);
     }
     return sum.scale * std::sqrt(sum.sumsq);
+}
+
+// Of a symmetric matrix, from the squares on one side of its diagonal.
+inline float symmetric_frobenius_norm(ScaledSquares beside, int n, const float* diagonal, int inc) {
+    beside.sumsq *= 2;
+    const ScaledSquares all = lassq(n, diagonal, inc, beside);
+    return all.scale * std::sqrt(all.sumsq);
 }
 
 } // namespace qrv::lapack

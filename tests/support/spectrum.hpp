@@ -1,0 +1,195 @@
+// Matrices with a spectrum that is known, or hard: lists of values, symmetric and general matrices that have them as
+// eigenvalues or singular values, symmetric tridiagonal ones, and their eigenvalues in double.
+#pragma once
+
+#include <string>
+
+#include "support/oracle.hpp"
+
+namespace qrv::test {
+
+// ---- Spectra ------------------------------------------------------------------------------------------------------
+
+struct Spectrum {
+    std::string name;
+    std::vector<double> values;
+};
+
+// Positive values of size one, in descending order, of every kind; the condition number is about `condition`.
+inline std::vector<Spectrum> spectra(int n, double condition = 1e4) {
+    std::vector<Spectrum> list;
+    const auto add = [&](const char* name, const auto& value) {
+        Spectrum s{name, {}};
+        for (int i = 0; i < n; ++i)
+            s.values.push_back(value(i, n > 1 ? i / (n - 1.0) : 0.0)); // the place, and its share of the way
+        list.push_back(s);
+    };
+    add("equal", [](int, double) { return 1.0; });
+    add("arithmetic", [&](int, double t) { return 1 - t * (1 - 1 / condition); });
+    add("geometric", [&](int, double t) { return std::pow(condition, -t); });
+    add("one large", [&](int i, double) { return i == 0 ? 1 : 1 / condition; });
+    add("one small", [&](int i, double) { return i == n - 1 ? 1 / condition : 1; });
+    add("rank one", [](int i, double) { return i == 0 ? 1.0 : 0.0; });
+    add("clustered", [](int i, double) { return 1 / (1.0 + i / 4) + 1e-6 * (i % 4); });
+    add("repeated", [](int i, double) { return 1 / (1.0 + i / 3); });
+    add("graded", [](int, double t) { return std::pow(2.0, -60 * t); });
+    return list;
+}
+
+inline Spectrum times(double factor, Spectrum s) {
+    s.name += " times " + std::to_string(std::ilogb(factor));
+    for (double& value : s.values)
+        value *= factor;
+    return s;
+}
+
+// A product of n random reflectors, which turns the space every way, applied to a matrix stored by columns.
+class RandomTurn {
+public:
+    template <class Random>
+    RandomTurn(int n, Random& random) : n_(n) {
+        std::normal_distribution<double> component;
+        for (int k = 0; k < n; ++k) { // the k-th one leaves the first k places alone
+            std::vector<double> v(std::size_t(n), 0.0);
+            double squares = 0;
+            for (int i = k; i < n; ++i) {
+                v[std::size_t(i)] = component(random);
+                squares += v[std::size_t(i)] * v[std::size_t(i)];
+            }
+            for (double& x : v)
+                x *= std::sqrt(2 / squares); // H = I - v v'
+            reflectors_.push_back(v);
+        }
+    }
+    // X := H X for an n x count matrix, or X H for a count x n one.
+    void from_left(std::vector<double>& x, int count) const { apply(x, count, 1, n_); }
+    void from_right(std::vector<double>& x, int count) const { apply(x, count, count, 1); }
+
+private:
+    // Vectors of n elements, `step` apart, `next` from one to the next.
+    void apply(std::vector<double>& x, int count, int step, int next) const {
+        for (const std::vector<double>& v : reflectors_)
+            for (int j = 0; j < count; ++j) {
+                double* const first = x.data() + std::ptrdiff_t{j} * next;
+                double product = 0;
+                for (int i = 0; i < n_; ++i)
+                    product += v[std::size_t(i)] * first[std::ptrdiff_t{i} * step];
+                for (int i = 0; i < n_; ++i)
+                    first[std::ptrdiff_t{i} * step] -= product * v[std::size_t(i)];
+            }
+    }
+    int n_;
+    std::vector<std::vector<double>> reflectors_;
+};
+
+inline std::vector<double> diagonal_matrix(int m, int n, const std::vector<double>& values) {
+    std::vector<double> a(std::size_t(m) * std::size_t(n), 0.0);
+    for (std::size_t i = 0; i < values.size(); ++i)
+        a[i * (std::size_t(m) + 1)] = values[i];
+    return a;
+}
+
+// With these eigenvalues, symmetric, by columns.
+template <class Random>
+std::vector<double> symmetric_matrix(const std::vector<double>& eigenvalues, Random& random) {
+    const int n = static_cast<int>(eigenvalues.size());
+    const RandomTurn turn(n, random);
+    std::vector<double> a = diagonal_matrix(n, n, eigenvalues);
+    turn.from_left(a, n);
+    turn.from_right(a, n);
+    return a;
+}
+
+// m x n with these singular values, the smaller of m and n of them, by columns.
+template <class Random>
+std::vector<double> general_matrix(int m, int n, const std::vector<double>& singularValues, Random& random) {
+    std::vector<double> a = diagonal_matrix(m, n, singularValues);
+    RandomTurn(m, random).from_left(a, n);
+    RandomTurn(n, random).from_right(a, m);
+    return a;
+}
+
+// ---- Symmetric tridiagonal matrices -------------------------------------------------------------------------------
+
+struct Tridiagonal {
+    std::string name;
+    std::vector<float> d, e;
+
+    int n() const { return static_cast<int>(d.size()); }
+    // Largest sum over a row, which is at least the largest magnitude of an eigenvalue.
+    double norm() const {
+        double largest = 0;
+        for (std::size_t i = 0; i < d.size(); ++i)
+            largest = std::max(largest, std::abs(double{d[i]}) + (i > 0 ? std::abs(double{e[i - 1]}) : 0) +
+                                            (i < e.size() ? std::abs(double{e[i]}) : 0));
+        return largest;
+    }
+    // Eigenvalues below x, by the signs of the pivots of T - x.
+    int count_below(double x) const {
+        int count = 0;
+        double pivot = 1;
+        for (std::size_t i = 0; i < d.size(); ++i) {
+            const double beside = i > 0 ? double{e[i - 1]} * e[i - 1] : 0;
+            pivot = d[i] - x - (beside == 0 ? 0 : beside / pivot);
+            if (pivot == 0)
+                pivot = -std::numeric_limits<double>::min();
+            count += pivot < 0;
+        }
+        return count;
+    }
+    // All of them in ascending order, to some roundings in double of the largest.
+    std::vector<double> eigenvalues() const {
+        std::vector<double> values;
+        for (int i = 0; i < n(); ++i) {
+            double low = -norm() * (1 + 1e-12), high = -low;
+            for (int step = 0; step < 200 && low < high; ++step) {
+                const double middle = low + (high - low) / 2;
+                if (middle == low || middle == high)
+                    break;
+                (count_below(middle) > i ? high : low) = middle;
+            }
+            values.push_back(low + (high - low) / 2);
+        }
+        return values;
+    }
+};
+
+// Of every kind that solvers find hard.
+inline std::vector<Tridiagonal> tridiagonals(int n) {
+    std::vector<Tridiagonal> list;
+    const auto add = [&](const char* name, const auto& diagonal, const auto& beside) {
+        Tridiagonal t{name, {}, {}};
+        for (int i = 0; i < n; ++i)
+            t.d.push_back(static_cast<float>(diagonal(i)));
+        for (int i = 0; i + 1 < n; ++i)
+            t.e.push_back(static_cast<float>(beside(i)));
+        list.push_back(t);
+    };
+    std::mt19937 random(static_cast<unsigned>(n));
+    const auto any = [&](int) { return any_size_one<float>(random); };
+    const auto zero = [](int) { return 0; }, one = [](int) { return 1; };
+    const int half = 10, period = 2 * half + 1; // of Wilkinson's W21+
+    const auto wilkinson = [&](int i) { return std::abs(i % period - half); };
+    add("random", any, any);
+    add(
+        "1-2-1", [](int) { return 2; }, one);
+    add("Wilkinson", wilkinson, one);
+    add("glued Wilkinson", wilkinson, [&](int i) { return i % period == period - 1 ? 1e-4 : 1.0; });
+    add(
+        "clustered", [&](int i) { return 1 + 1e-6F * any(i); }, [&](int i) { return 1e-6F * any(i); });
+    add(
+        "graded", [](int i) { return std::pow(2.0, -(i % 61)); }, [](int i) { return std::pow(2.0, -(i % 61) - 1); });
+    add("diagonal", any, zero);
+    add("zero", zero, zero);
+    add("equal", one, zero);
+    add("one pair", zero, [](int i) { return i == 0 ? 1 : 0; });
+    add("Clement", zero, [n](int i) { return std::sqrt((i + 1.0) * (n - 1 - i)); });
+    add("in parts", any, [&](int i) { return i % 7 == 6 ? 0 : any(i); });
+    for (const int power : {60, -60})
+        add(
+            power > 0 ? "huge" : "tiny", [&](int i) { return std::ldexp(any(i), power); },
+            [&](int i) { return std::ldexp(any(i), power); });
+    return list;
+}
+
+} // namespace qrv::test
