@@ -64,15 +64,16 @@ constexpr SingleComplex& operator*=(SingleComplex& x, SingleComplex y) {
     return x = x * y;
 }
 
-// By the ratio of the divisor's parts, smaller over larger (Smith, 1962): its square is never formed, so it cannot
-// overflow or vanish.
+// By the ratio of the divisor's parts, smaller over larger (Smith, 1962), in double: no step of it overflows or
+// vanishes. So one infinite part of the divisor gives zeros, as published; two give NaN.
 constexpr SingleComplex operator/(SingleComplex x, SingleComplex y) {
-    if (__builtin_fabsf(y.re) >= __builtin_fabsf(y.im)) {
-        const float ratio = y.im / y.re, divisor = y.re + y.im * ratio;
-        return {(x.re + x.im * ratio) / divisor, (x.im - x.re * ratio) / divisor};
+    const double xr = x.re, xi = x.im, yr = y.re, yi = y.im;
+    if (__builtin_fabs(yr) >= __builtin_fabs(yi)) {
+        const double ratio = yi / yr, divisor = yr + yi * ratio;
+        return {static_cast<float>((xr + xi * ratio) / divisor), static_cast<float>((xi - xr * ratio) / divisor)};
     }
-    const float ratio = y.re / y.im, divisor = y.re * ratio + y.im;
-    return {(x.re * ratio + x.im) / divisor, (x.im * ratio - x.re) / divisor};
+    const double ratio = yr / yi, divisor = yr * ratio + yi;
+    return {static_cast<float>((xr * ratio + xi) / divisor), static_cast<float>((xi * ratio - xr) / divisor)};
 }
 
 constexpr float conj(float x) {

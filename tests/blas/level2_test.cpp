@@ -226,19 +226,27 @@ TEST(Level2, EmptyColumnsOfABand) {
 }
 
 // A solve divides by the diagonal and nothing else: powers of two come out exactly, and quotients whose squares would
-// overflow or vanish come out right.
+// overflow or vanish come out right. An infinite part of a divisor gives 0, two give NaN.
 TEST(Level2, DiagonalOfAnySize) {
     const int n = 1, unit = 1;
     for (const VectorBuild& build : vector_builds()) {
         float a = 0x1p-149F, x = 0x1p-140F;
         build.blas_strsv_kernel("U", "N", "N", &n, &a, &n, &x, &unit);
         EXPECT_EQ(x, 512) << build;
-        for (const float size : {0x1p-120F, 0x1p120F})
-            for (const SingleComplex pivot : {SingleComplex{size, 0.5F * size}, {-0.5F * size, size}}) {
-                SingleComplex z = pivot * SingleComplex{3, -2};
-                build.blas_ctrsv_kernel("L", "T", "N", &n, &pivot, &n, &z, &unit);
-                EXPECT_TRUE(std::abs(z.re - 3) < 1e-6F && std::abs(z.im + 2) < 1e-6F) << build << ' ' << z.re;
+        const auto quotient = [&](SingleComplex z, SingleComplex pivot) {
+            build.blas_ctrsv_kernel("L", "T", "N", &n, &pivot, &n, &z, &unit);
+            return z;
+        };
+        for (const auto& [size, exact] :
+             {std::pair{0x1p-120F, SingleComplex{3, -2}}, {0x1p120F, {3, -2}}, {0x1.8p127F, {1, 0}}})
+            for (const SingleComplex pivot : {SingleComplex{size, 0.5F * size}, {-0.5F * size, size}, {size, size}}) {
+                const SingleComplex z = quotient(pivot * exact, pivot);
+                EXPECT_TRUE(std::abs(z.re - exact.re) < 1e-6F && std::abs(z.im - exact.im) < 1e-6F)
+                    << build << ' ' << pivot.re << ' ' << z.re;
             }
+        for (const SingleComplex pivot : {SingleComplex{infinity, 1}, {1, -infinity}})
+            EXPECT_TRUE((quotient({1, 2}, pivot) == SingleComplex{0, 0})) << build;
+        EXPECT_TRUE(has_nan(quotient({1, 2}, {infinity, infinity}))) << build;
     }
 }
 

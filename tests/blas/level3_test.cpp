@@ -81,6 +81,10 @@ TEST(Level3, ReciprocalsOfTheDiagonal) {
             SingleComplex c{0, 7};
             build.blas_ctrsm_kernel(side, "L", "N", "N", &one, &one, &complexAlpha, &complexA, &one, &c, &one);
             EXPECT_TRUE((c == SingleComplex{7 * (alpha / 3), 0})) << build << ' ' << side;
+            const SingleComplex huge{0x1.8p127F, 0x1.8p127F};
+            c = huge;
+            build.blas_ctrsm_kernel(side, "L", "N", "N", &one, &one, &complexAlpha, &huge, &one, &c, &one);
+            EXPECT_TRUE(std::abs(c.re - 1) < 1e-6F && std::abs(c.im) < 1e-6F) << build << ' ' << side;
         }
 }
 

@@ -107,14 +107,16 @@ TYPED_TEST(Getrf, NanAndInfinity) {
                 }
 }
 
-// A pivot whose reciprocal would overflow divides its column.
-TYPED_TEST(Getrf, TinyPivots) {
-    const float tiny = std::numeric_limits<float>::denorm_min() * 64, column[] = {4, 2, -1};
-    BasicGuardedMatrix<TypeParam> a(3, 1, 3);
-    a.set([&](int i, int) { return scalar<TypeParam>(column[i] * tiny); });
-    for (const auto& route : routes<TypeParam>()) {
-        const auto f = factor(route, a);
-        EXPECT_TRUE(f.lu(1, 0) == scalar<TypeParam>(0.5F) && f.lu(2, 0) == scalar<TypeParam>(-0.25F)) << route;
+// A pivot whose reciprocal would overflow, or vanish, divides its column.
+TYPED_TEST(Getrf, PivotsAtTheEndsOfTheRange) {
+    for (const float size : {0x1p-143F, 0x1.8p125F}) {
+        const float column[] = {4, 2, -1};
+        BasicGuardedMatrix<TypeParam> a(3, 1, 3);
+        a.set([&](int i, int) { return all_parts<TypeParam>(column[i] * size); });
+        for (const auto& route : routes<TypeParam>()) {
+            const auto f = factor(route, a);
+            EXPECT_TRUE(f.lu(1, 0) == scalar<TypeParam>(0.5F) && f.lu(2, 0) == scalar<TypeParam>(-0.25F)) << route;
+        }
     }
 }
 
