@@ -52,5 +52,7 @@ std::vector<Case> gemm_cases(const CaseOptions& options);
 std::vector<Case> matrix_cases(const CaseOptions& options);    // the rest of level 3: triangular,
 std::vector<Case> symmetric_cases(const CaseOptions& options); // symmetric and Hermitian
 std::vector<Case> getrf_cases(const CaseOptions& options);
+std::vector<Case> cholesky_cases(const CaseOptions& options);
+std::vector<Case> band_cases(const CaseOptions& options); // LU and Cholesky of bands
 
 } // namespace bench

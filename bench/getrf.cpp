@@ -22,7 +22,7 @@ public:
     Verdict judge(const Library& library) override {
         if (!routine_.entry(library))
             return Verdict::absent;
-        restore();
+        a_.restore(before_);
         info_ = -1;
         routine_.bind<void>(library, [](auto call) { call(); });
         if (info_ != 0)
@@ -53,19 +53,11 @@ public:
         return Verdict::correct;
     }
 
-    // A factorization consumes its operand: each is timed with a copy, the same for all libraries.
     void run(benchmark::State& state, const Library& library) override {
-        routine_.bind<void>(library, [&](auto call) {
-            for (auto _ : state) {
-                restore();
-                call();
-            }
-        });
+        routine_.repeat(state, library, [&] { a_.restore(before_); });
     }
 
 private:
-    void restore() { std::copy_n(before_.data.get(), before_.count, a_.data.get()); }
-
     int n_, info_ = 0;
     Operand<T> before_, a_;
     std::vector<int> pivots_;

@@ -44,6 +44,9 @@ struct Operand {
         });
     }
 
+    // What another of the same size holds: for operands that a call consumes.
+    void restore(const Operand& from) { std::copy_n(from.data.get(), count, data.get()); }
+
     const T& operator()(int i, int j) const { return data[std::size_t(i) + std::size_t(j) * std::size_t(rows)]; }
     T& operator()(int i, int j) { return data[std::size_t(i) + std::size_t(j) * std::size_t(rows)]; }
 

@@ -62,6 +62,18 @@ public:
         });
     }
 
+    // The same for a routine that consumes an operand: each call is timed with `restore` before it, as in all
+    // libraries.
+    template <class Restore>
+    void repeat(benchmark::State& state, const Library& library, const Restore& restore) const {
+        bind<void>(library, [&](auto call) {
+            for (auto _ : state) {
+                restore();
+                call();
+            }
+        });
+    }
+
 private:
     template <std::size_t>
     using Address = void*;

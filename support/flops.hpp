@@ -75,5 +75,26 @@ constexpr Work getrf_work(double n, bool isComplex) {
 constexpr Work getri_work(double n, bool isComplex) {
     return multiply_adds(2 * n * n * n / 3, isComplex);
 }
+// Cholesky of order n, solutions and the inverse from it.
+constexpr Work potrf_work(double n, bool isComplex) {
+    return multiply_adds(n * n * n / 6, isComplex);
+}
+constexpr Work potrs_work(double n, double count, bool isComplex) {
+    return multiply_adds(n * n * count, isComplex);
+}
+constexpr Work potri_work(double n, bool isComplex) {
+    return multiply_adds(n * n * n / 3, isComplex);
+}
+// Bands of order n: LU as if no rows were interchanged, solutions from it with the diagonals that interchanges add, and
+// Cholesky. Real only.
+constexpr Work gbtrf_work(double n, double kl, double ku) {
+    return multiply_adds(n * kl * (ku + 1), false);
+}
+constexpr Work gbtrs_work(double n, double kl, double ku, double count) {
+    return multiply_adds(n * (2 * kl + ku + 1) * count, false);
+}
+constexpr Work pbtrf_work(double n, double kd) {
+    return multiply_adds(n * kd * (kd + 1) / 2, false);
+}
 
 } // namespace support
