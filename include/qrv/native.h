@@ -28,6 +28,8 @@
 #include "native/cholesky.h"
 #include "native/common.h"
 #include "native/lu.h"
+#include "native/nonsymmetric.h"
+#include "native/rotations.h"
 #include "native/triangular.h"
 
 #endif

@@ -54,6 +54,13 @@ constexpr Check leading(int position, int value, int rows) {
 constexpr Check band(int position, int value, int below, int above = 0) {
     return at_least(position, value, std::int64_t{below} + above + 1);
 }
+// The first and the last of the rows and columns, counted from 1, that a step works on: ilo and ihi.
+constexpr Check first_active(int position, int ilo, int n) {
+    return {position, ilo < 1 || ilo > (n > 1 ? n : 1)};
+}
+constexpr Check last_active(int position, int ihi, int ilo, int n) {
+    return {position, ihi < (ilo < n ? ilo : n) || ihi > n};
+}
 constexpr Check increment(int position, int value) {
     return {position, value == 0};
 }

@@ -4,7 +4,9 @@
 #include "lapack/calls/band.hpp"
 #include "lapack/calls/cholesky.hpp"
 #include "lapack/calls/lu.hpp"
+#include "lapack/calls/nonsymmetric.hpp"
 #include "lapack/calls/norms.hpp"
+#include "lapack/calls/rotations.hpp"
 #include "lapack/calls/triangular.hpp"
 
 namespace qrv::lapack {

@@ -3,7 +3,9 @@
 #include "lapack/calls/band.hpp"
 #include "lapack/calls/cholesky.hpp"
 #include "lapack/calls/lu.hpp"
+#include "lapack/calls/nonsymmetric.hpp"
 #include "lapack/calls/norms.hpp"
+#include "lapack/calls/rotations.hpp"
 #include "lapack/calls/triangular.hpp"
 #include "lapack/lapack.hpp"
 #include "support/argument_rows.hpp"
@@ -75,6 +77,14 @@ const ArgumentRow rows[] = {
      {"U N N 4 2 2 . 3 . 4", "l c u 0 2 2 . 3 . 1", "L T N 4 0 0 . 1 . 4"},
      "1=X 2=X 3=X 4=-1 5=-1 6=-1 8=2 10=3",
      {{"4=0 10=0", 10}}},
+    {"SGEBAL",
+     {"B 3 . 3 . . .", "n 0 . 1 . . .", "P 1 . 1 . . .", "s 3 . 4 . . ."},
+     "1=X 1=~ 2=-1 4=2",
+     {{"2=0 4=0", 4}}},
+    {"SGEBAK",
+     {"B R 3 1 3 . 2 . 3", "n l 0 1 0 . 0 . 1", "P L 3 3 3 . 0 . 3", "S r 3 1 1 . 2 . 3"},
+     "1=X 2=X 3=-1 4=0 4=4 5=4 7=-1 9=2",
+     {{"4=2 5=1", 5}, {"3=0 5=0 9=0", 9}, {"3=0 4=2", 4}}},
     {"SLATBS",
      {"U N N N 4 2 . 3 . . .", "l t u y 0 2 . 3 . . .", "L C N Y 2 0 . 1 . . ."},
      "1=X 2=X 3=X 4=X 5=-1 6=-1 8=2",

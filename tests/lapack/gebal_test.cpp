@@ -1,0 +1,131 @@
+// Balancing: a similarity that is exact, what it isolates and scales, and its way back to eigenvectors.
+#include <gtest/gtest.h>
+#include <numeric>
+#include <random>
+
+#include "qrv/native.h"
+#include "support/oracle.hpp"
+
+namespace qrv::test {
+namespace {
+
+struct Balanced {
+    Operand<float> a;
+    int ilo = -1, ihi = -1;
+    std::vector<float> scale;
+};
+
+Balanced balance(const Operand<float>& a, char job) {
+    Balanced b{a, -1, -1, std::vector<float>(std::size_t(a.rows()))};
+    const int n = a.rows();
+    int info = -1;
+    SGEBAL(&job, &n, b.a.data(), &b.a.ld(), &b.ilo, &b.ihi, b.scale.data(), &info);
+    EXPECT_EQ(info, 0);
+    EXPECT_TRUE(b.a.guards_intact());
+    return b;
+}
+
+// P D, or P inv(D) for left vectors.
+Operand<float> transformation(const Balanced& b, char job, char side) {
+    const int n = b.a.rows();
+    Operand<float> t(n, n, n + 2);
+    t.set([](int i, int j) { return i == j ? 1.0F : 0.0F; });
+    int info = -1;
+    SGEBAK(&job, &side, &n, &b.ilo, &b.ihi, b.scale.data(), &n, t.data(), &t.ld(), &info);
+    EXPECT_EQ(info, 0);
+    EXPECT_TRUE(t.guards_intact());
+    return t;
+}
+
+// A T = T B and T' left = I to the last bit: T is a permutation with powers of two.
+void expect_exact_similarity(const Operand<float>& a, const Balanced& b, char job) {
+    const int n = a.rows();
+    const Operand<float> t = transformation(b, job, 'R'), left = transformation(b, job, 'L');
+    for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j) {
+            double at = 0, tb = 0, unit = 0;
+            for (int k = 0; k < n; ++k) {
+                at += a.entry(i, k) * t.entry(k, j);
+                tb += t.entry(i, k) * b.a.entry(k, j);
+                unit += t.entry(k, i) * left.entry(k, j);
+            }
+            ASSERT_EQ(at, tb) << job << ' ' << i << ' ' << j;
+            ASSERT_EQ(unit, i == j ? 1 : 0) << job << ' ' << i << ' ' << j;
+        }
+    for (int j = 0; j < n; ++j)
+        for (int i = j + 1; i < n; ++i)
+            if (j + 1 < b.ilo || i + 1 > b.ihi) {
+                ASSERT_EQ(b.a(i, j), 0) << job << ' ' << i << ' ' << j;
+            }
+}
+
+// A core of `size` rows without zeros between triangles, all rows and columns shuffled, scales far apart.
+Operand<float> hidden_core(int before, int size, int behind, float spread) {
+    const int n = before + size + behind;
+    std::mt19937 random(static_cast<unsigned>(n + size));
+    std::vector<int> place(static_cast<std::size_t>(n));
+    std::iota(place.begin(), place.end(), 0);
+    std::shuffle(place.begin(), place.end(), random);
+    Operand<float> a(n, n, n + 3);
+    a.fill(0);
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < n; ++i) {
+            const bool core = i >= before && i < before + size && j >= before && j < before + size;
+            if (core || i <= j)
+                a(place[std::size_t(i)], place[std::size_t(j)]) =
+                    (1.5F + any_size_one<float>(random)) * std::pow(spread, static_cast<float>(i % 5 - j % 5));
+        }
+    return a;
+}
+
+TEST(Balancing, ResidualIsZero) {
+    for (const auto& [before, size, behind] :
+         std::vector<std::array<int, 3>>{{0, 0, 0}, {0, 0, 1}, {0, 6, 0}, {3, 4, 2}, {0, 5, 3}, {4, 7, 0}, {5, 0, 4}})
+        for (const float spread : {1.0F, 8.0F, 1000.0F}) {
+            const Operand<float> a = hidden_core(before, size, behind, spread);
+            for (const char job : {'N', 'P', 'S', 'B'}) {
+                const Balanced b = balance(a, job);
+                expect_exact_similarity(a, b, job);
+                const int n = a.rows();
+                if (job == 'N' || job == 'S' || size == n) {
+                    EXPECT_EQ(b.ilo, 1);
+                    EXPECT_EQ(b.ihi, n);
+                } else if (size == 0) {
+                    EXPECT_EQ(b.ilo, 1);
+                    EXPECT_EQ(b.ihi, 1);
+                } else {
+                    EXPECT_EQ(b.ihi - b.ilo + 1, size) << before << ' ' << behind;
+                }
+            }
+        }
+}
+
+TEST(Balancing, NormsComeNear) {
+    const Operand<float> a = hidden_core(2, 20, 3, 1000);
+    const Balanced b = balance(a, 'B');
+    for (int i = b.ilo - 1; i < b.ihi; ++i) {
+        double row = 0, column = 0;
+        for (int k = b.ilo - 1; k < b.ihi; ++k)
+            if (k != i) {
+                row += std::abs(double{b.a(i, k)});
+                column += std::abs(double{b.a(k, i)});
+            }
+        for (const double f : {2.0, 0.5})
+            EXPECT_GE(column * f + row / f, 0.94 * (column + row)) << i << " by " << f;
+    }
+}
+
+TEST(Balancing, EndsOnNaNInfinityAndExtremes) {
+    for (const float x : {nan, infinity, 3e38F, 1e-45F})
+        for (const int place : {0, 7, 12, 35}) {
+            Operand<float> a = hidden_core(0, 6, 0, 1000);
+            a(place % 6, place / 6) = x;
+            const Balanced b = balance(a, 'B');
+            EXPECT_EQ(b.ihi - b.ilo, 5);
+            for (const float s : b.scale)
+                EXPECT_TRUE(s > 0 && std::isfinite(1 / s)) << s;
+        }
+}
+
+} // namespace
+} // namespace qrv::test
