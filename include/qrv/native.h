@@ -29,6 +29,7 @@
 #include "native/common.h"
 #include "native/lu.h"
 #include "native/nonsymmetric.h"
+#include "native/qr.h"
 #include "native/rotations.h"
 #include "native/triangular.h"
 

@@ -6,6 +6,7 @@
 #include "lapack/calls/lu.hpp"
 #include "lapack/calls/nonsymmetric.hpp"
 #include "lapack/calls/norms.hpp"
+#include "lapack/calls/reflectors.hpp"
 #include "lapack/calls/rotations.hpp"
 #include "lapack/calls/triangular.hpp"
 

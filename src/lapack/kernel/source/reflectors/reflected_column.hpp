@@ -1,0 +1,82 @@
+// The column [alpha; x] that SLARFG and SLARFP turn into a multiple of the first unit vector, as both measure it and
+// leave it.
+//
+// Numbers of the column as a whole are doubles, where its length and what is added to it cannot overflow. What has to
+// be guarded is x itself: elements below the normal range have lost digits, and so has the norm of such.
+#pragma once
+
+#include <cmath>
+#include <complex>
+
+#include "blas/calls.hpp"
+#include "lapack/elements.hpp"
+#include "service/machine_constants.hpp"
+
+namespace qrv::lapack {
+
+template <class T>
+class ReflectedColumn {
+public:
+    // Elements of x; alpha stays where it is until `leave`.
+    ReflectedColumn(int length, T& alpha, Vector<T> x)
+        : n_(length), head_(alpha), x_(x), alpha_(alpha_of(alpha)), norm_(kernel::nrm2(length, x)) {}
+
+    const std::complex<double>& alpha() const { return alpha_; }
+    double norm() const { return norm_; } // of x
+    double length() const { return std::sqrt(std::norm(alpha_) + norm_ * norm_); }
+
+    // Makes alpha and x larger until the length has all its digits, as an exact zero never will.
+    void scale_up() {
+        while (length() < smallest && scalings_ < mostScalings) {
+            kernel::scal(n_, 1 / smallest, x_);
+            alpha_ *= double{1 / smallest};
+            norm_ = kernel::nrm2(n_, x_);
+            ++scalings_;
+        }
+    }
+
+    // The column becomes [beta; x / divisor], with beta on the scale of `alpha` and `norm`. A divisor whose reciprocal
+    // is no normal float takes two steps.
+    void leave(double beta, std::complex<double> divisor) {
+        const double size = std::abs(divisor), step = size < 1 / farFromOne ? farFromOne
+                                                      : size > farFromOne   ? 1 / farFromOne
+                                                                            : 1;
+        if (step != 1)
+            kernel::scal(n_, static_cast<float>(step), x_);
+        kernel::scal(n_, element(1.0 / (divisor * step)), x_);
+        for (; scalings_ > 0; --scalings_)
+            beta *= double{smallest};
+        head_ = scalar<T>(static_cast<float>(beta));
+    }
+    // The column becomes [beta; 0].
+    void leave_zeros(double beta) {
+        for (int i = 0; i < n_; ++i)
+            x_[i] = scalar<T>(0);
+        head_ = scalar<T>(static_cast<float>(beta));
+    }
+
+    static T element(std::complex<double> x) {
+        if constexpr (isComplex<T>)
+            return {static_cast<float>(x.real()), static_cast<float>(x.imag())};
+        else
+            return static_cast<float>(x.real());
+    }
+
+private:
+    // Below it a length may be that of denormal numbers, and its reciprocal need not be a float.
+    static constexpr float smallest = machine::safeMinimum / machine::epsilon;
+    static constexpr int mostScalings = 20;
+    static constexpr double farFromOne = 0x1p100;
+
+    static std::complex<double> alpha_of(float x) { return x; }
+    static std::complex<double> alpha_of(SingleComplex x) { return {x.re, x.im}; }
+
+    int n_;
+    T& head_;
+    Vector<T> x_;
+    std::complex<double> alpha_;
+    double norm_;
+    int scalings_ = 0;
+};
+
+} // namespace qrv::lapack

@@ -1,0 +1,358 @@
+// Householder reflectors: what they are told by their identities in double, and blocks of them against one after the
+// other.
+#include <gtest/gtest.h>
+
+#include "lapack/calls/reflectors.hpp"
+#include "lapack/elements.hpp"
+#include "lapack/lapack.hpp"
+#include "support/oracle.hpp"
+#include "support/shapes.hpp"
+
+namespace qrv::test {
+namespace {
+
+using lapack::Direct, lapack::StoreV, lapack::BlockWork;
+
+template <class T>
+struct Reflectors : testing::Test {};
+using Elements = testing::Types<float, SingleComplex>;
+TYPED_TEST_SUITE(Reflectors, Elements);
+
+// ---- One reflector --------------------------------------------------------------------------------------------------
+
+struct ColumnCase {
+    float alpha, x; // sizes
+    float imag = 0; // of alpha
+};
+// Ordinary, x small beside alpha down to where it is lost, tiny and denormal, near overflow, with zeros.
+constexpr ColumnCase columnCases[] = {
+    {1, 1, 1},
+    {-1, 1, 1},
+    {0, 1, 0},
+    {1, 0x1p-8F, 0},
+    {1, 0x1p-20F, 0x1p-20F},
+    {1, 0x1p-30F, 0},
+    {-1, 0x1p-30F, 0},
+    {1, 1e-20F, 0},
+    {1e-20F, 1, 0},
+    {0x1p-120F, 0x1p-118F, 0x1p-119F},
+    {0x1p-130F, 0x1p-128F, 0x1p-131F},
+    {-0x1p-130F, 0x1p-140F, 0},
+    {0x1p-149F, 0x1p-148F, 0},
+    {1, 0, 0},
+    {-1, 0, 0},
+    {-1, 0, 1},
+    {1, 0, 0x1p-20F},
+    {0, 0, 0},
+    {0, 0, 1},
+    {0, 0x1p-149F, 0},
+    {0x1p126F, 0x1p123F, 0x1p125F},
+    {-0x1.8p127F, 0x1p122F, 0},
+    {0x1.8p127F, 0x1p122F, 0},
+    {0x1.fp127F, 0x1p102F, 0},
+    {1e-38F, 1e-30F, 1e-38F},
+};
+
+template <class T>
+Wide<T> apply_row(const std::vector<Wide<T>>& v, const std::vector<Wide<T>>& x) { // v^H x
+    Wide<T> sum = 0;
+    for (std::size_t i = 0; i < v.size(); ++i)
+        sum += conjugate(v[i]) * x[i];
+    return sum;
+}
+template <class T>
+double length_of(const std::vector<Wide<T>>& x) {
+    double sum = 0;
+    for (const Wide<T>& e : x)
+        sum += std::norm(e);
+    return std::sqrt(sum);
+}
+
+template <class T, class Reflect>
+void expect_reflected(const Reflect& reflect, bool nonNegative) {
+    for (const ColumnCase& one : columnCases)
+        for (const int n : {1, 2, 3, 18, 101})
+            for (const int inc : {1, 3}) {
+                std::minstd_rand random(static_cast<unsigned>(n));
+                GuardedVector<T> x(n - 1, inc);
+                x.fill([&] { return one.x * any_size_one<T>(random); });
+                T alpha = scalar<T>(one.alpha);
+                set_imaginary(alpha, one.imag);
+                std::vector<Wide<T>> before = x.widened();
+                before.insert(before.begin(), widen(alpha));
+                const double length = length_of<T>(before);
+
+                const Wide<T> tau = widen(reflect(n, alpha, x.data(), inc));
+                std::vector<Wide<T>> v = x.widened();
+                v.insert(v.begin(), Wide<T>(1));
+                const auto where = testing::Message() << one.alpha << '+' << one.imag << "i, " << one.x << " n=" << n;
+                ASSERT_TRUE(x.guards_intact()) << where;
+                // H^H [alpha; x] = [beta; 0]
+                const Wide<T> factor = conjugate(tau) * apply_row<T>(v, before);
+                const double eps = 8 * unitRoundoff, unit = length * eps + 0x1p-149;
+                double error = std::abs(before[0] - factor - widen(alpha));
+                for (std::size_t i = 1; i < v.size(); ++i)
+                    error = std::max(error, std::abs(before[i] - factor * v[i]));
+                EXPECT_TRUE(error <= unit) << where << ": " << error / unit;
+                EXPECT_TRUE(std::abs(std::abs(widen(alpha)) - length) <= unit) << where;
+                EXPECT_EQ(std::imag(Wide<SingleComplex>(widen(alpha))), 0) << where;
+                // H is unitary
+                const double square = std::pow(length_of<T>(v), 2);
+                EXPECT_TRUE(std::abs(2 * std::real(tau) - std::norm(tau) * square) <= eps * (1 + std::abs(tau)))
+                    << where;
+                const double re = std::real(tau), sign = std::real(widen(alpha));
+                if (nonNegative) {
+                    EXPECT_TRUE(sign >= 0) << where;
+                } else if (tau != 0.0) {
+                    EXPECT_TRUE(re >= 1 && re <= 2 && !(sign * one.alpha > 0)) << where;
+                }
+            }
+}
+
+TYPED_TEST(Reflectors, OfOneColumn) {
+    using T = TypeParam;
+    expect_reflected<T>(
+        [](int n, T& alpha, T* x, int inc) {
+            return lapack::larfg(n, alpha, Vector<T>{x, inc});
+        },
+        false);
+    expect_reflected<T>(
+        [](int n, T& alpha, T* x, int inc) {
+            return lapack::larfp(n, alpha, Vector<T>{x, inc});
+        },
+        true);
+}
+
+// What is not finite ends, and shows.
+TYPED_TEST(Reflectors, OfColumnsThatAreNotFinite) {
+    using T = TypeParam;
+    for (const float bad : {nan, infinity, -infinity})
+        for (const bool inHead : {false, true}) {
+            T alpha = scalar<T>(inHead ? bad : 1), x[3] = {scalar<T>(2), scalar<T>(inHead ? 3 : bad), scalar<T>(1)};
+            const T tau = lapack::larfp(4, alpha, Vector<T>{x});
+            EXPECT_FALSE(is_finite(tau) && is_finite(alpha)) << bad << inHead;
+            alpha = scalar<T>(inHead ? bad : 1);
+            const T other = lapack::larfg(4, alpha, Vector<T>{x});
+            EXPECT_FALSE(is_finite(other) && is_finite(alpha)) << bad << inHead;
+        }
+}
+
+// H in double, from its vector.
+template <class T>
+using WideVector = std::vector<Wide<T>>;
+
+// C := H C or H^H C, C H or C H^H.
+template <class T>
+void reflect(bool left, WideMatrix<T>& c, const WideVector<T>& v, Wide<T> tau) {
+    const int across = left ? c.columns : c.rows, length = left ? c.rows : c.columns;
+    for (int j = 0; j < across; ++j) {
+        const auto at = [&](int i) -> Wide<T>& { return c.values[left ? c.at(i, j) : c.at(j, i)]; };
+        Wide<T> sum = 0;
+        for (int i = 0; i < length; ++i)
+            sum += left ? conjugate(v[std::size_t(i)]) * at(i) : at(i) * v[std::size_t(i)];
+        for (int i = 0; i < length; ++i)
+            at(i) -= tau * sum * (left ? v[std::size_t(i)] : conjugate(v[std::size_t(i)]));
+    }
+}
+
+// Relative to the largest element.
+template <class T>
+double difference(const Operand<T>& c, const WideMatrix<T>& expected) {
+    double error = 0, size = 1e-30;
+    c.each_stored([&](int i, int j) {
+        const Wide<T> x = expected.values[expected.at(i, j)];
+        const double off = std::abs(widen(c(i, j)) - x);
+        error = off <= error ? error : off; // NaN stays
+        size = std::max(size, std::abs(x));
+    });
+    return error / size;
+}
+
+TYPED_TEST(Reflectors, OneApplied) {
+    using T = TypeParam;
+    for (const bool left : {true, false})
+        for (const int m : {0, 1, 4, 33})
+            for (const int n : {0, 1, 5, 18})
+                for (const int inc : {1, -1, 2, -3})
+                    for (const int zeros : {0, 1, 3}) {
+                        std::minstd_rand random(static_cast<unsigned>(m * n + zeros));
+                        const int length = left ? m : n, across = left ? n : m;
+                        GuardedVector<T> v(length, inc), work(across);
+                        v.fill([&] { return any_size_one<T>(random); });
+                        for (int i = std::max(0, length - zeros); i < length; ++i)
+                            v[i] = T();
+                        Operand<T> c(m, n, m + 2);
+                        c.fill_random(random);
+                        for (int i = 0; i < length; ++i) // a last column or row of zeros
+                            if (zeros == 1 && across > 0)
+                                (left ? c(i, across - 1) : c(across - 1, i)) = T();
+                        for (const float size : {0.0F, 0.7F}) {
+                            const T tau = scalar_of<T>(size);
+                            WideMatrix<T> expected(c);
+                            reflect(left, expected, v.widened(), widen(tau));
+                            lapack::larf<T>(left ? Side::left : Side::right, m, n, {v.data(), inc}, tau,
+                                            {c.data(), c.ld()}, work.data());
+                            EXPECT_TRUE(difference(c, expected) < 50 * unitRoundoff)
+                                << left << ' ' << m << ' ' << n << ' ' << inc << ' ' << zeros;
+                            EXPECT_TRUE(c.guards_intact() && work.guards_intact());
+                        }
+                    }
+}
+
+// ---- Blocks ---------------------------------------------------------------------------------------------------------
+
+// k reflectors of length n as they are stored, all that must not be read NaN.
+template <class T>
+struct Block {
+    Direct direct;
+    StoreV store;
+    int n, k;
+    Operand<T> v;
+    GuardedVector<T> tau;
+
+    // The last `zeros` elements of all are 0, which counts forward; one tau is 0.
+    Block(Direct d, StoreV s, int length, int count, int zeros)
+        : direct(d), store(s), n(length), k(count),
+          v(s == StoreV::columns ? length : count, s == StoreV::columns ? count : length,
+            (s == StoreV::columns ? length : count) + 3),
+          tau(count) {
+        std::minstd_rand random(static_cast<unsigned>(n + 7 * k));
+        v.set([&](int i, int j) {
+            const int place = store == StoreV::columns ? i : j, number = store == StoreV::columns ? j : i;
+            const int unit = direct == Direct::forward ? number : n - k + number;
+            if (direct == Direct::forward ? place <= unit : place >= unit)
+                return all_parts<T>(nan);
+            return place >= n - zeros ? T() : any_size_one<T>(random);
+        });
+        // Nearly unitary: v has a square of about 1 + length / 3 a part.
+        const float square = 1 + static_cast<float>(length * int(sizeof(T) / sizeof(float))) / 3;
+        for (int i = 0; i < k; ++i) {
+            tau[i] = scalar<T>(i == k / 2 && k > 2 ? 0 : 1.6F / square);
+            set_imaginary(tau[i], tau[i] == T() ? 0 : -0.8F / square);
+        }
+    }
+    WideVector<T> vector(int number) const {
+        WideVector<T> x(std::size_t(n), Wide<T>(0));
+        const bool forward = direct == Direct::forward;
+        const int unit = forward ? number : n - k + number;
+        for (int i = forward ? unit + 1 : 0; i < (forward ? n : unit); ++i)
+            x[std::size_t(i)] = store == StoreV::columns ? widen(v(i, number)) : conjugate(widen(v(number, i)));
+        x[std::size_t(unit)] = 1;
+        return x;
+    }
+    // C := op(H) C or C op(H), one reflector after the other.
+    void apply(bool left, bool adjoint, WideMatrix<T>& c) const {
+        const bool firstOnTheLeft = (direct == Direct::forward) != adjoint; // of the product
+        for (int step = 0; step < k; ++step) {
+            const int number = firstOnTheLeft == left ? k - 1 - step : step;
+            reflect(left, c, vector(number), adjoint ? conjugate(widen(tau[number])) : widen(tau[number]));
+        }
+    }
+};
+
+template <class T>
+Operand<T> factor_of(const Block<T>& block) {
+    Operand<T> t(Form{block.k, block.k, Form::triangular, block.direct == Direct::forward ? 'U' : 'L'}, {.extra = 2});
+    lapack::larft<T>(block.direct, block.store, block.n, block.k, {block.v.data(), block.v.ld()}, block.tau.data(),
+                     {t.data(), t.ld()});
+    return t;
+}
+
+struct BlockSize {
+    int n, k, zeros;
+};
+constexpr BlockSize blockSizes[] = {{1, 1, 0},    {3, 3, 0},   {9, 2, 2},  {20, 5, 0},
+                                    {40, 16, 24}, {70, 33, 7}, {33, 32, 0}};
+
+TYPED_TEST(Reflectors, BlockResiduals) {
+    using T = TypeParam;
+    for (const BlockSize size : blockSizes)
+        for (const Direct direct : {Direct::forward, Direct::backward})
+            for (const StoreV store : {StoreV::columns, StoreV::rows}) {
+                const Block<T> block(direct, store, size.n, size.k, direct == Direct::forward ? size.zeros : 0);
+                const Operand<T> t = factor_of(block);
+                ASSERT_TRUE(t.guards_intact() && block.v.guards_intact());
+                for (const bool left : {true, false})
+                    for (const Op op : {Op::none, lapack::adjoint<T>})
+                        for (const BlockWork form : {BlockWork::published, BlockWork::upright})
+                            for (const int across : {0, 1, 7, 37}) {
+                                const int m = left ? size.n : across, n = left ? across : size.n;
+                                Operand<T> c(m, n, m + 1, 1);
+                                std::minstd_rand random(static_cast<unsigned>(across));
+                                c.fill_random(random);
+                                for (int i = 0; i < size.n; ++i) // a last column or row of zeros
+                                    if (across == 7)
+                                        (left ? c(i, 6) : c(6, i)) = T();
+                                const bool upright = left && form == BlockWork::upright;
+                                Operand<T> work(upright ? size.k : across, upright ? across : size.k,
+                                                (upright ? size.k : across) + 2);
+                                WideMatrix<T> expected(c);
+                                block.apply(left, op != Op::none, expected);
+                                lapack::larfb<T>(
+                                    left ? Side::left : Side::right, op,
+                                    {direct, store, size.k, {block.v.data(), block.v.ld()}, {t.data(), t.ld()}}, m, n,
+                                    {c.data(), c.ld()}, {work.data(), work.ld()}, form);
+                                EXPECT_TRUE(difference(c, expected) < 40 * unitRoundoff)
+                                    << "n=" << size.n << " k=" << size.k << ' ' << char(direct) << char(store) << ' '
+                                    << left << letter(op) << across << ' ' << difference(c, expected) / unitRoundoff;
+                                EXPECT_TRUE(c.guards_intact() && work.guards_intact());
+                            }
+            }
+}
+
+// Both return at once where a size is not positive, as the last strips of a team rely on.
+TYPED_TEST(Reflectors, BlocksOfNothing) {
+    using T = TypeParam;
+    T one = scalar<T>(1), kept = one;
+    const lapack::BlockReflector<T> h{Direct::forward, StoreV::columns, 1, {&one, 1}, {&one, 1}};
+    lapack::larfb<T>(Side::left, Op::none, h, 1, -3, {nullptr, 1}, {nullptr, 1});
+    lapack::larfb<T>(Side::right, Op::none, h, -1, 1, {nullptr, 1}, {nullptr, 1});
+    lapack::larft<T>(Direct::forward, StoreV::columns, 0, 1, {nullptr, 1}, &one, {&kept, 1});
+    lapack::larft<T>(Direct::backward, StoreV::rows, 1, 0, {nullptr, 1}, &one, {&kept, 1});
+    EXPECT_TRUE(same_bits(one, kept));
+}
+
+// ---- Parts ----------------------------------------------------------------------------------------------------------
+
+TYPED_TEST(Reflectors, LastRowAndColumn) {
+    using T = TypeParam;
+    struct Place {
+        int i, j;
+        float value;
+    };
+    for (const auto& [rows, columns] : {std::pair{4, 6}, {1, 1}, {5, 1}, {1, 7}, {0, 3}, {3, 0}})
+        for (const Place p :
+             {Place{0, 0, 1}, {2, 1, nan}, {3, 5, -1}, {1, 5, 1}, {3, 2, 1}, {2, 3, 0}, {2, 2, -0.0F}}) {
+            Operand<T> a(rows, columns, rows + 2);
+            a.fill(0);
+            const bool inside = p.i < rows && p.j < columns, counts = inside && !(p.value == 0);
+            if (inside)
+                set_imaginary(a(p.i, p.j) = scalar<T>(isComplex<T> ? 0 : p.value), p.value);
+            const Matrix<T> view{a.data(), a.ld()};
+            EXPECT_EQ(lapack::ilaslr(rows, columns, view), counts ? p.i + 1 : 0)
+                << rows << 'x' << columns << p.i << p.j;
+            EXPECT_EQ(lapack::ilaslc(rows, columns, view), counts ? p.j + 1 : 0)
+                << rows << 'x' << columns << p.i << p.j;
+        }
+}
+
+TEST(ReflectorParts, LengthsAndQuotients) {
+    const float huge = 0x1p127F, tiny = 0x1p-140F;
+    EXPECT_EQ(SLAPY2(&huge, &tiny), huge);
+    const float three = 3 * tiny, four = 4 * tiny, twelve = -12 * tiny;
+    EXPECT_EQ(lapack::lapy2(three, -four), 5 * tiny);
+    EXPECT_EQ(lapack::lapy3(three, four, twelve), 13 * tiny);
+    EXPECT_TRUE(std::isnan(lapack::lapy2(nan, 1)) && std::isnan(lapack::lapy3(1, 2, nan)));
+    for (const float x : {huge, tiny, 1.0F})
+        for (const float y : {huge, tiny, 1.0F})
+            for (const auto& [c, d] : {std::pair{y, y / 2}, {-y / 2, y}, {y, 0.0F}, {0.0F, -y}}) {
+                const std::complex<double> exact = std::complex<double>(x, -x / 4) / std::complex<double>(c, d);
+                const SingleComplex q = lapack::ladiv({x, -x / 4}, {c, d});
+                const bool fits = std::abs(exact) < 0x1p127 && std::abs(exact) > 0x1p-120;
+                EXPECT_TRUE(!fits || std::abs(widen(q) - exact) <= 2 * unitRoundoff * std::abs(exact))
+                    << x << ' ' << c << ' ' << d;
+            }
+}
+
+} // namespace
+} // namespace qrv::test
