@@ -43,11 +43,11 @@ void check_all(const std::vector<Sizes>& sizes) {
 TEST(Level3, Orders) {
     std::vector<Sizes> sizes;
     for (const int n : {0, 1, 2, 3, 5, 7, 8, 9, 15, 16, 17, 31, 32, 33})
-        sizes.insert(sizes.end(), {{n, 3}, {n, 18}});
+        sizes.insert(sizes.end(), {{n, 1 + n % 3}, {n, 18}});
     for (const int n : {63, 64, 65, 127, 128, 129, 191, 192, 193, 255, 256, 257})
-        sizes.insert(sizes.end(), {{n, 2 + n % 3, 3}, {n, 17, 5}});
+        sizes.insert(sizes.end(), {{n, 1 + n % 4, 3}, {n, 17, 5}});
     for (const int n : {511, 512, 513, 1023, 1024, 1025})
-        sizes.push_back({n, 3, n < 600 ? 6U : 12U});
+        sizes.push_back({n, 1 + n % 3, n < 600 ? 6U : 12U});
     check_all(sizes);
 }
 
@@ -67,25 +67,29 @@ TEST(Level3, ColumnsFarApart) {
     check_all({{11, 131, 4, 512}, {64, 131, 4, 512}, {70, 131, 4, 512}, {135, 131, 6, 512}});
 }
 
-// A solve divides once for each element of the diagonal: right-hand sides are multiplied by its reciprocal. 7 and 3
-// tell that from a quotient.
+// A solve divides once for each element of the diagonal: right-hand sides are multiplied by its reciprocal, but for a
+// few that are solved one by one. 7 and 3 tell that from a quotient.
 TEST(Level3, ReciprocalsOfTheDiagonal) {
     const int one = 1;
     const float alpha = 1, a = 3;
     const SingleComplex complexAlpha{1, 0}, complexA{0, 3};
     for (const VectorBuild& build : vector_builds())
-        for (const char* side : {"L", "R"}) {
-            float b = 7;
-            build.blas_strsm_kernel(side, "L", "N", "N", &one, &one, &alpha, &a, &one, &b, &one);
-            EXPECT_EQ(b, 7 * (alpha / 3)) << build << ' ' << side;
-            SingleComplex c{0, 7};
-            build.blas_ctrsm_kernel(side, "L", "N", "N", &one, &one, &complexAlpha, &complexA, &one, &c, &one);
-            EXPECT_TRUE((c == SingleComplex{7 * (alpha / 3), 0})) << build << ' ' << side;
-            const SingleComplex huge{0x1.8p127F, 0x1.8p127F};
-            c = huge;
-            build.blas_ctrsm_kernel(side, "L", "N", "N", &one, &one, &complexAlpha, &huge, &one, &c, &one);
-            EXPECT_TRUE(std::abs(c.re - 1) < 1e-6F && std::abs(c.im) < 1e-6F) << build << ' ' << side;
-        }
+        for (const char* side : {"L", "R"})
+            for (const int count : {1, 4}) {
+                const int m = *side == 'L' ? 1 : count, n = *side == 'L' ? count : 1;
+                const float expected = count == 1 ? alpha * 7 / 3 : 7 * (alpha / 3);
+                std::vector<float> b(4, 7);
+                build.blas_strsm_kernel(side, "L", "N", "N", &m, &n, &alpha, &a, &one, b.data(), &m);
+                EXPECT_EQ(b[count - 1], expected) << build << ' ' << side << ' ' << count;
+                std::vector<SingleComplex> c(4, {0, 7});
+                build.blas_ctrsm_kernel(side, "L", "N", "N", &m, &n, &complexAlpha, &complexA, &one, c.data(), &m);
+                EXPECT_TRUE((c[count - 1] == SingleComplex{expected, 0})) << build << ' ' << side << ' ' << count;
+                const SingleComplex huge{0x1.8p127F, 0x1.8p127F};
+                std::fill(c.begin(), c.end(), huge);
+                build.blas_ctrsm_kernel(side, "L", "N", "N", &m, &n, &complexAlpha, &huge, &one, c.data(), &m);
+                EXPECT_TRUE(std::abs(c[count - 1].re - 1) < 1e-6F && std::abs(c[count - 1].im) < 1e-6F)
+                    << build << ' ' << side << ' ' << count;
+            }
 }
 
 } // namespace

@@ -13,7 +13,7 @@
 
 #include "blas/assert.hpp"
 #include "blas/complex.hpp"
-#include "blas/kernel/common/level3/own_gemm.hpp"
+#include "blas/kernel/common/level3/own_kernels.hpp"
 #include "blas/kernel/kernels.hpp"
 #include "blas/kernel/pack.hpp"
 #include "blas/matrix.hpp"

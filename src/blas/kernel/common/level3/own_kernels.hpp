@@ -1,8 +1,9 @@
-// The serial GEMM of this build, by value: level 3 is built on it, never through the slot. Where GEMM has no form of
+// Serial kernels of this build, by value: level 3 is built on them, never through the slots. Where GEMM has no form of
 // its own for wider vectors, the plan of the sse42 build chooses one.
 #pragma once
 
 #include "blas/complex.hpp"
+#include "blas/kernel/common/action.hpp"
 #include "blas/kernel/kernels.hpp"
 #include "blas/matrix.hpp"
 #include "blas/options.hpp"
@@ -31,6 +32,22 @@ inline void scale(int m, int n, float beta, Matrix<float> c) {
 inline void scale(int m, int n, SingleComplex beta, Matrix<SingleComplex> c) {
     const int ldc = static_cast<int>(c.ld);
     blas_cgemm_scale_c(&m, &n, &beta, c.data, &ldc);
+}
+
+// x := op(A)*x or x := inverse(op(A))*x for a triangle A.
+template <Action action>
+void triangular_vector(Uplo uplo, Op op, Diag diag, int n, Matrix<const float> a, float* x, int inc) {
+    constexpr auto& kernel = action == Action::solve ? blas_strsv_kernel : blas_strmv_kernel;
+    const char uploLetter = letter(uplo), trans = letter(op), diagLetter = letter(diag);
+    const int lda = static_cast<int>(a.ld);
+    kernel(&uploLetter, &trans, &diagLetter, &n, a.data, &lda, x, &inc);
+}
+template <Action action>
+void triangular_vector(Uplo uplo, Op op, Diag diag, int n, Matrix<const SingleComplex> a, SingleComplex* x, int inc) {
+    constexpr auto& kernel = action == Action::solve ? blas_ctrsv_kernel : blas_ctrmv_kernel;
+    const char uploLetter = letter(uplo), trans = letter(op), diagLetter = letter(diag);
+    const int lda = static_cast<int>(a.ld);
+    kernel(&uploLetter, &trans, &diagLetter, &n, a.data, &lda, x, &inc);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD
