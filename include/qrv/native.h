@@ -31,6 +31,7 @@
 #include "native/nonsymmetric.h"
 #include "native/qr.h"
 #include "native/rotations.h"
+#include "native/symmetric.h"
 #include "native/triangular.h"
 
 #endif

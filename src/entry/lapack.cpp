@@ -8,6 +8,7 @@
 #include "lapack/calls/norms.hpp"
 #include "lapack/calls/reflectors.hpp"
 #include "lapack/calls/rotations.hpp"
+#include "lapack/calls/symmetric.hpp"
 #include "lapack/calls/triangular.hpp"
 
 namespace qrv::lapack {

@@ -2,8 +2,8 @@
 // what breaks them, written from the published lists and not from the checks of the rows.
 //
 // A call is its arguments as words: a letter for an option ('~' an empty one), a number for an int or a real scalar,
-// '.' for an array, 'w' for a work array whose first element may be stored although an argument is bad. info is left
-// out.
+// '.' for an array of ones, 'v' for one whose elements go down, 'w' for a work array whose first element may be stored
+// although an argument is bad. info is left out.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,6 +13,7 @@
 #include <functional>
 #include <iterator>
 #include <map>
+#include <numeric>
 #include <set>
 #include <sstream>
 #include <string>
@@ -78,19 +79,22 @@ public:
     }
 
 private:
-    bool is_array() const { return word_ == "." || word_ == "w"; }
+    bool is_array() const { return word_ == "." || word_ == "v" || word_ == "w"; }
 
     // Ones: matrices, vectors and pivots that any routine can work on.
     template <class Element>
     void fill() {
-        const std::vector<Element> ones(512, [] {
+        std::vector<Element> elements(512, [] {
             if constexpr (std::is_same_v<Element, qrv_complex>)
                 return Element{1, 0};
             else
                 return Element(1);
         }());
-        memory_.resize(ones.size() * sizeof(Element));
-        std::memcpy(memory_.data(), ones.data(), memory_.size());
+        if constexpr (!std::is_same_v<Element, qrv_complex>)
+            if (word_ == "v")
+                std::iota(elements.rbegin(), elements.rend(), Element(1));
+        memory_.resize(elements.size() * sizeof(Element));
+        std::memcpy(memory_.data(), elements.data(), memory_.size());
         before_ = memory_;
     }
 

@@ -167,7 +167,8 @@ inline std::vector<Tridiagonal> tridiagonals(int n) {
     };
     std::mt19937 random(static_cast<unsigned>(n));
     const auto any = [&](int) { return any_size_one<float>(random); };
-    const auto zero = [](int) { return 0; }, one = [](int) { return 1; };
+    const auto zero = [](int) { return 0; };
+    const auto one = [](int) { return 1; };
     const int half = 10, period = 2 * half + 1; // of Wilkinson's W21+
     const auto wilkinson = [&](int i) { return std::abs(i % period - half); };
     add("random", any, any);

@@ -1,0 +1,97 @@
+/* LAPACK: eigenvalues and eigenvectors of symmetric and symmetric tridiagonal matrices. Calling conventions: see
+ * qrv/native.h.
+ *
+ * A symmetric tridiagonal matrix T of order n is the n elements d of its diagonal and the n - 1 elements e beside it.
+ */
+#ifndef QRV_NATIVE_SYMMETRIC_H
+#define QRV_NATIVE_SYMMETRIC_H
+
+#include "common.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* All eigenvalues of T by QL iteration without square roots.
+ *
+ * d, e  T, overwritten: d by the eigenvalues in ascending order
+ * info  i > 0: i elements of e have not become 0 within 30*n sweeps; d means nothing then
+ * Reported: 1.
+ *
+ * Source: B. Parlett, The Symmetric Eigenvalue Problem, 8.15. */
+QRV_API void SSTERF(const int* n, float* d, float* e, int* info);
+
+/* Chosen eigenvalues of T by bisection, each as exactly as abstol says.
+ *
+ * range   'A': all; 'V': those in (vl, vu]; 'I': those numbered il to iu in ascending order, from 1
+ * order   'B': in ascending order within each block of a matrix that comes apart, block by block, as SSTEIN takes
+ *         them; 'E': all in ascending order
+ * vl, vu, il, iu  looked at for 'V' and 'I' only; vl < vu, 1 <= il <= iu <= n (il = 1, iu = 0 if n is 0)
+ * abstol  width of an interval that is narrow enough; if not positive, the precision times the norm of a block. The
+ *         most accurate results come with twice the smallest normal number.
+ * m       set to the number of eigenvalues found, nsplit to that of the blocks
+ * w       n floats, the first *m set to the eigenvalues
+ * iblock  n ints: the block of each, from 1, negative if it is less accurate than asked for
+ * isplit  n ints: the last row of each block, from 1
+ * work    4*n floats, iwork 3*n ints
+ * info    1: some eigenvalues are less accurate; 2: fewer than il to iu were found; 3: both; 4: the arithmetic is not
+ *         as it should be, or d or e is not finite
+ * Reported: 1, 2, 3, 5, 6, 7.
+ *
+ * Source: W. Kahan, Accurate eigenvalues of a symmetric tri-diagonal matrix, Stanford CS41 (1966). */
+QRV_API void SSTEBZ(const char* range, const char* order, const int* n, const float* vl, const float* vu, const int* il,
+                    const int* iu, const float* abstol, const float* d, const float* e, int* m, int* nsplit, float* w,
+                    int* iblock, int* isplit, float* work, int* iwork, int* info);
+
+/* Eigenvectors of T for eigenvalues from SSTEBZ with order 'B', by inverse iteration.
+ *
+ * m, w, iblock, isplit  as SSTEBZ gives them; 0 <= m <= n
+ * z, ldz  n x m, set to the eigenvectors, each of length 1; ldz >= max(1, n)
+ * work    5*n floats, iwork n ints
+ * ifail   m ints: the numbers, from 1, of vectors that have not converged; may be the same array as iwork, and then
+ * means nothing info    i > 0: i vectors have not converged within 5 solves Reported: 1, 4, 5 (values of a block not in
+ * order), 6 (blocks not in order), 9.
+ *
+ * Source: J. Wilkinson, The Algebraic Eigenvalue Problem, 5.53 to 5.58. */
+QRV_API void SSTEIN(const int* n, const float* d, const float* e, const int* m, const float* w, const int* iblock,
+                    const int* isplit, float* z, const int* ldz, float* work, int* iwork, int* ifail, int* info);
+
+/* Puts n numbers in order, ascending for id 'I', descending for 'D'; NaN comes last. Reported: 1, 2. */
+QRV_API void SLASRT(const char* id, const int* n, float* d, int* info);
+
+/* LU factorization, with interchanges of rows, of T - lambda for a tridiagonal matrix T that need not be symmetric.
+ *
+ * a, b, c  diagonal, what is above it, what is below it, overwritten by the factors
+ * tol      relative to the row, below which a pivot counts as small; at least the rounding error is taken
+ * d        n - 2 floats, the second diagonal above the main one of U
+ * in       n ints: interchanges; the last one is set to the number of the first small pivot, or 0
+ * Reported: 1. */
+QRV_API void SLAGTF(const int* n, float* a, const float* lambda, float* b, float* c, const float* tol, float* d,
+                    int* in, int* info);
+
+/* Solves with the factors of SLAGTF.
+ *
+ * job   1: T - lambda; 2: its transpose; -1, -2: the same with pivots enlarged so that nothing overflows
+ * y     right-hand side, overwritten by the solution
+ * tol   by which pivots are enlarged; set to the rounding error times the largest element of U if it is not positive
+ * info  i > 0: element i of the solution would overflow (job 1 and 2)
+ * Reported: 1, 2. */
+QRV_API void SLAGTS(const int* job, const int* n, const float* a, const float* b, const float* c, const float* d,
+                    const int* in, float* y, float* tol, int* info);
+
+/* n random numbers: idist 1 uniform in (0, 1), 2 uniform in (-1, 1), 3 normal. iseed: 4 ints from 0 to 4095, the last
+ * one odd, set to the seed of the next call. Nothing is reported.
+ *
+ * Source: G. Fishman, Multiplicative congruential random number generators with modulus 2^b, Math. Comp. 54 (1990). */
+QRV_API void SLARNV(const int* idist, int* iseed, const int* n, float* x);
+
+/* Eigenvalues of [a b; b c], the one of larger magnitude in *rt1; SLAEV2 sets (*cs1, *sn1) to an eigenvector of length
+ * 1 for that one. */
+QRV_API void SLAE2(const float* a, const float* b, const float* c, float* rt1, float* rt2);
+QRV_API void SLAEV2(const float* a, const float* b, const float* c, float* rt1, float* rt2, float* cs1, float* sn1);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,110 @@
+// Eigenvalues and eigenvectors of symmetric and symmetric tridiagonal matrices, by value, for the rows of their
+// routines and for other families. All of real elements.
+//
+// A tridiagonal matrix T of order n is its diagonal d and the n - 1 elements e beside it.
+#pragma once
+
+#include <cstdint>
+
+#include "blas/options.hpp"
+#include "service/options.hpp"
+
+namespace qrv::lapack {
+
+// ---- Small parts --------------------------------------------------------------------------------------------------
+
+// Eigenvalues of [a b; b c], the one of larger magnitude first, and a vector (cosine, sine) of length 1 for that one.
+struct Eigenvalues2 {
+    float larger, smaller;
+    void store(float* toLarger, float* toSmaller) const {
+        *toLarger = larger;
+        *toSmaller = smaller;
+    }
+};
+Eigenvalues2 lae2(float a, float b, float c);
+struct Eigenvector2 {
+    Eigenvalues2 values;
+    float cosine, sine;
+    void store(float* toLarger, float* toSmaller, float* toCosine, float* toSine) const {
+        values.store(toLarger, toSmaller);
+        *toCosine = cosine;
+        *toSine = sine;
+    }
+};
+Eigenvector2 laev2(float a, float b, float c);
+
+enum class Order : char { ascending = 'I', descending = 'D' };
+void sort(Order order, int n, float* d);
+
+enum class Distribution : int { uniform01 = 1, uniform11 = 2, normal = 3 };
+void larnv(Distribution distribution, int* seed, int n, float* x);
+
+// P L U = T - lambda for a tridiagonal T with its diagonal in a, what is above in b, below in c: U in a, b and d, the
+// multipliers of L in c, in[k] = 1 where rows k and k + 1 changed places. in[n - 1] becomes the place, from 1, of the
+// first pivot that is small beside its row, or 0.
+template <class Float, class Int>
+struct ShiftedLu {
+    Float *a, *b, *c, *d;
+    Int* in;
+};
+using ShiftedLuOut = ShiftedLu<float, int>;
+using ShiftedLuIn = ShiftedLu<const float, const int>;
+void lagtf(int n, float lambda, float tolerance, const ShiftedLuOut& f);
+
+// Solves with the factors, in place. Result: 0, or the place, from 1, where the solution overflows; a perturbed solve
+// enlarges pivots so that none does, by `tolerance`, which is chosen here unless it is positive.
+enum class Solve : int { plain = 1, transposed = 2, perturbed = -1, transposedPerturbed = -2 };
+int lagts(int n, Solve what, const ShiftedLuIn& f, float* y, float& tolerance);
+
+// ---- Tridiagonal matrices -----------------------------------------------------------------------------------------
+
+// Makes d the eigenvalues in ascending order, e is overwritten. Result: 0, or how many elements of e did not become 0.
+int sterf(int n, float* d, float* e);
+
+// Eigenvalues that are asked for: all, those in (low, high], or those numbered first to last, from 1.
+enum class Range : char { all = 'A', values = 'V', indices = 'I' };
+constexpr Range range_of(char option) {
+    return static_cast<Range>(fold_case(option));
+}
+struct Wanted {
+    Range range = Range::all;
+    float low = 0, high = 0;
+    int first = 0, last = 0;
+};
+
+struct StebzResult {
+    int found = 0, blocks = 0;
+    int info = 0; // 1: some are less accurate; 2: too few; 3: both; 4: the interval of all eigenvalues was wrong
+    void store(int* toFound, int* toBlocks, int* toInfo) const {
+        *toFound = found;
+        *toBlocks = blocks;
+        *toInfo = info;
+    }
+};
+// Eigenvalues by bisection to abstol (if not positive: as far as rounding lets): w in ascending order, or in that order
+// block by block of the matrix that has come apart; iblock: the block of each, from 1, negative if less accurate;
+// isplit: the last row of each block, from 1. work: 4 n floats, iwork: 3 n ints.
+StebzResult stebz(const Wanted& wanted, bool byBlock, int n, float abstol, const float* d, const float* e, float* w,
+                  int* iblock, int* isplit, float* work, int* iwork);
+
+// What stein needs of its values: blocks numbered upward, each with its values in ascending order.
+constexpr bool blocks_in_order(int m, const int* iblock) {
+    bool all = m <= 0 || iblock[0] >= 1;
+    for (int j = 1; j < m; ++j)
+        all = all && iblock[j] >= iblock[j - 1];
+    return all;
+}
+constexpr bool values_in_order(int m, const float* w, const int* iblock) {
+    bool all = true;
+    for (int j = 1; j < m; ++j)
+        all = all && !(iblock[j] == iblock[j - 1] && w[j] < w[j - 1]);
+    return all;
+}
+
+// Eigenvectors for m values from stebz, block by block, into the columns of z. Result: how many did not converge, whose
+// numbers, from 1, are in ifail. work: 5 n floats, iwork: n ints. ifail may be the same as iwork, and then means
+// nothing.
+int stein(int n, const float* d, const float* e, int m, const float* w, const int* iblock, const int* isplit,
+          Matrix<float> z, float* work, int* iwork, int* ifail);
+
+} // namespace qrv::lapack

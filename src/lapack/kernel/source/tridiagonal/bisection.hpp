@@ -1,0 +1,137 @@
+// Counts of eigenvalues and bisection by them, for SSTEBZ and for the roots of SSTEMR.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+
+#include "lapack/calls/symmetric.hpp"
+#include "service/machine_constants.hpp"
+
+namespace qrv::lapack {
+
+// A range of a line. Its points are never NaN, whatever they are widened by.
+struct Interval {
+    float low, high;
+
+    float size() const { return std::max(std::fabs(low), std::fabs(high)); }
+    float middle() const { return (low + high) / 2; }
+    void widen(float by) {
+        low -= by;
+        high += by;
+    }
+    void include(Interval x) {
+        low = std::min(low, x.low);
+        high = std::max(high, x.high);
+    }
+};
+
+// A symmetric tridiagonal matrix by its diagonal and the squares beside it. Pivots smaller than the least one count as
+// negative and are kept that large.
+struct Sturm {
+    int n;
+    const float *d, *e2;
+    float leastPivot;
+
+    Sturm block(int first, int last) const { return {last - first + 1, d + first, e2 + first, leastPivot}; }
+
+    // How many eigenvalues are at most x: the negative pivots of T - x.
+    int count(float x) const {
+        int negative = 0;
+        float pivot = 1;
+        for (int i = 0; i < n; ++i) {
+            pivot = d[i] - x - (i > 0 ? e2[i - 1] / pivot : 0);
+            if (pivot <= leastPivot) {
+                ++negative;
+                pivot = std::min(pivot, -leastPivot);
+            }
+        }
+        return negative;
+    }
+};
+
+// Row i of T alone says that there is no eigenvalue outside the union of these (Gershgorin).
+inline Interval row_interval(int n, const float* d, const float* e, int i) {
+    const float beside = (i > 0 ? std::fabs(e[i - 1]) : 0) + (i < n - 1 ? std::fabs(e[i]) : 0);
+    return {d[i] - beside, d[i] + beside};
+}
+
+// Halvings until an interval of this width is down to the least pivot. 2 for NaN.
+inline int bisection_steps(float width, float leastPivot) {
+    const double steps = std::log2((double{width} + leastPivot) / leastPivot);
+    return steps > 0 && steps < 1000 ? static_cast<int>(steps) + 2 : 2;
+}
+
+// When a bisection is fine enough.
+struct BisectionTolerance {
+    float absolute, relative;
+    bool met_by(Interval x) const { return x.high - x.low < std::max(absolute, relative * x.size()); }
+};
+
+// The eigenvalues counted from `first` to `last` - 1 that lie in an interval, in ascending order: store(value, half the
+// width of its interval, index, converged). stack: room for a pair of floats and of ints for each of them.
+struct CountedInterval {
+    Interval range;
+    int below, upTo; // eigenvalues up to its ends
+};
+struct BisectionStack {
+    float* floats;
+    int* ints;
+
+    void push(int place, const CountedInterval& x) const {
+        floats[2 * place] = x.range.low;
+        floats[2 * place + 1] = x.range.high;
+        ints[2 * place] = x.below;
+        ints[2 * place + 1] = x.upTo;
+    }
+    CountedInterval at(int place) const {
+        return {{floats[2 * place], floats[2 * place + 1]}, ints[2 * place], ints[2 * place + 1]};
+    }
+};
+
+template <class Store>
+void bisect(const Sturm& t, CountedInterval whole, const BisectionTolerance& tolerance, BisectionStack stack,
+            const Store& store) {
+    const int steps = bisection_steps(whole.range.high - whole.range.low, t.leastPivot);
+    int waiting = 0; // each for eigenvalues of its own, so there is room
+    for (CountedInterval now = whole; now.below < now.upTo;) {
+        bool converged = false;
+        for (int step = 0; step < steps; ++step) {
+            converged = tolerance.met_by(now.range);
+            if (converged)
+                break;
+            const float middle = now.range.middle();
+            const int count = std::clamp(t.count(middle), now.below, now.upTo);
+            if (count == now.upTo) {
+                now.range.high = middle;
+            } else if (count == now.below) {
+                now.range.low = middle;
+            } else {
+                stack.push(waiting++, {{middle, now.range.high}, count, now.upTo});
+                now = {{now.range.low, middle}, now.below, count};
+            }
+        }
+        for (int i = now.below; i < now.upTo; ++i)
+            store(now.range.middle(), (now.range.high - now.range.low) / 2, i, converged);
+        if (waiting == 0)
+            break;
+        now = stack.at(--waiting);
+    }
+}
+
+// Around the place where the number of eigenvalues passes `wanted`: at most so many up to its low end, at least so many
+// up to its high end.
+inline CountedInterval find_count(const Sturm& t, Interval range, int wanted, const BisectionTolerance& tolerance) {
+    CountedInterval now{range, t.count(range.low), t.count(range.high)};
+    const int steps = bisection_steps(range.high - range.low, t.leastPivot);
+    for (int step = 0; step < steps && !tolerance.met_by(now.range); ++step) {
+        const float middle = now.range.middle();
+        const int count = t.count(middle);
+        if (count <= wanted)
+            now.range.low = middle, now.below = count;
+        if (count >= wanted)
+            now.range.high = middle, now.upTo = count;
+    }
+    return now;
+}
+
+} // namespace qrv::lapack

@@ -1,0 +1,286 @@
+// Solvers for symmetric tridiagonal matrices: eigenvalues against bisection in double, residuals and orthogonality of
+// eigenvectors, on every kind of matrix in support/spectrum.hpp.
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <numeric>
+
+#include "qrv/native.h"
+#include "support/spectrum.hpp"
+
+namespace qrv::test {
+namespace {
+
+constexpr double ulp = 0x1p-23, rootOfSmallest = 0x1p-63;
+constexpr int sizes[] = {1, 2, 3, 4, 25, 100};
+
+// A matrix in guarded vectors, as a routine overwrites them.
+struct Overwritten {
+    GuardedVector<float> d, e;
+    explicit Overwritten(const Tridiagonal& t) : d(t.n()), e(t.n() - 1) {
+        d.set([&](int i, int) { return t.d[std::size_t(i)]; });
+        e.set([&](int i, int) { return t.e[std::size_t(i)]; });
+    }
+};
+
+// In units of the precision, the norm and the order. Bisection takes squares below the smallest normal number for 0.
+double value_error(const Tridiagonal& t, const std::vector<double>& expected, const GuardedVector<float>& w,
+                   int first = 0, double slack = 0) {
+    double worst = 0;
+    for (int i = 0; i < w.size(); ++i) {
+        const double error = std::max(std::abs(w[i] - expected[std::size_t(i + first)]) - slack, 0.0);
+        worst = error <= worst ? worst : error;
+    }
+    return worst == 0 ? 0 : worst / (t.norm() * t.n() * ulp);
+}
+
+// Largest of |T z - w z| and of |Z'Z - I| in the same units.
+struct Quality {
+    double residual = 0, orthogonality = 0;
+};
+Quality quality(const Tridiagonal& t, const GuardedVector<float>& w, const Operand<float>& z) {
+    const int n = t.n();
+    Quality q;
+    const auto raise = [](double& worst, double x) { worst = x <= worst ? worst : x; };
+    for (int j = 0; j < z.columns(); ++j) {
+        for (int i = 0; i < n; ++i) {
+            double sum = (double{t.d[std::size_t(i)]} - w[j]) * z(i, j);
+            if (i > 0)
+                sum += double{t.e[std::size_t(i - 1)]} * z(i - 1, j);
+            if (i < n - 1)
+                sum += double{t.e[std::size_t(i)]} * z(i + 1, j);
+            raise(q.residual, std::abs(sum));
+        }
+        for (int k = 0; k <= j; ++k) {
+            double product = k == j ? -1 : 0;
+            for (int i = 0; i < n; ++i)
+                product += double{z(i, j)} * z(i, k);
+            raise(q.orthogonality, std::abs(product));
+        }
+    }
+    q.residual /= t.norm() == 0 ? 1 : t.norm() * n * ulp;
+    q.orthogonality /= n * ulp;
+    return q;
+}
+
+TEST(Tridiagonal, SterfValuesAsSolutions) {
+    for (const int n : sizes)
+        for (const Tridiagonal& t : tridiagonals(n)) {
+            Overwritten x(t);
+            int info = -99;
+            SSTERF(&n, x.d.data(), x.e.data(), &info);
+            EXPECT_EQ(info, 0) << t.name << ' ' << n;
+            EXPECT_TRUE(value_error(t, t.eigenvalues(), x.d) <= 2) << t.name << ' ' << n;
+            EXPECT_TRUE(x.d.guards_intact() && x.e.guards_intact());
+        }
+}
+
+// Bisection and inverse iteration in guarded memory.
+struct Bisection {
+    int m = -1, nsplit = -1, info = -99;
+    GuardedVector<float> w, work;
+    GuardedVector<float> iblock, isplit, iwork; // ints in the place of floats
+
+    Bisection(const Tridiagonal& t, char range, char order, float vl, float vu, int il, int iu, float abstol = 0)
+        : w(t.n()), work(4 * t.n()), iblock(t.n()), isplit(t.n()), iwork(3 * t.n()) {
+        const int n = t.n();
+        SSTEBZ(&range, &order, &n, &vl, &vu, &il, &iu, &abstol, t.d.data(), t.e.data(), &m, &nsplit, w.data(),
+               ints(iblock), ints(isplit), work.data(), ints(iwork), &info);
+        EXPECT_TRUE(w.guards_intact() && work.guards_intact() && iblock.guards_intact() && isplit.guards_intact() &&
+                    iwork.guards_intact());
+    }
+    static int* ints(GuardedVector<float>& v) { return reinterpret_cast<int*>(v.data()); }
+    // What was found, in ascending order.
+    GuardedVector<float> values() const {
+        GuardedVector<float> found(std::max(m, 0));
+        found.set([&](int i, int) { return w[i]; });
+        if (m > 0)
+            std::sort(found.data(), found.data() + m);
+        return found;
+    }
+};
+
+TEST(Tridiagonal, BisectionFindsWhatIsAskedForSolutions) {
+    for (const int n : sizes)
+        for (const Tridiagonal& t : tridiagonals(n)) {
+            const std::vector<double> expected = t.eigenvalues();
+            for (const char order : {'E', 'B'}) {
+                const Bisection all(t, 'A', order, 0, 0, 0, 0);
+                EXPECT_EQ(all.info, 0) << t.name;
+                EXPECT_EQ(all.m, n) << t.name;
+                EXPECT_TRUE(value_error(t, expected, all.values(), 0, rootOfSmallest) <= 2) << t.name << ' ' << n;
+                EXPECT_TRUE(order == 'B' || std::is_sorted(all.w.data(), all.w.data() + n)) << t.name;
+                for (const auto& [first, last] :
+                     {std::pair{1, 1}, {n, n}, {1, n}, {(n + 1) / 2, std::max(1, 3 * n / 4)}}) {
+                    if (last < first)
+                        continue;
+                    const Bisection some(t, 'I', order, 0, 0, first, last);
+                    EXPECT_EQ(some.info, 0) << t.name << ' ' << n << ": " << first << " to " << last;
+                    EXPECT_EQ(some.m, last - first + 1) << t.name;
+                    EXPECT_TRUE(value_error(t, expected, some.values(), first - 1, rootOfSmallest) <= 3)
+                        << t.name << ' ' << n << ": " << first << " to " << last;
+                }
+            }
+            // Between values, well away from any.
+            for (const auto& [low, high] : {std::pair{0.25, 0.75}, {-1.0, 0.4}, {0.6, 2.0}}) {
+                const auto at = [&](double share) {
+                    const double span = expected.back() - expected.front() + 1e-3 * t.norm();
+                    return static_cast<float>(expected.front() + share * span);
+                };
+                const auto margin = n * 8 * ulp * t.norm() + rootOfSmallest;
+                const auto count = [&](double x) {
+                    return std::lower_bound(expected.begin(), expected.end(), x) - expected.begin();
+                };
+                const float vl = at(low), vu = at(high);
+                if (!(vl < vu) || count(vl - margin) != count(vl + margin) || count(vu - margin) != count(vu + margin))
+                    continue;
+                const Bisection some(t, 'V', 'B', vl, vu, 0, 0);
+                EXPECT_EQ(some.m, count(vu) - count(vl)) << t.name << ' ' << n;
+                EXPECT_TRUE(value_error(t, expected, some.values(), static_cast<int>(count(vl)), rootOfSmallest) <= 2)
+                    << t.name;
+            }
+        }
+}
+
+// The interval is open below and closed above, for blocks of one row exactly.
+TEST(Tridiagonal, IntervalsAreHalfOpen) {
+    const Tridiagonal t{"", {3, 1, 2, 5}, {0, 0, 0}};
+    const Bisection some(t, 'V', 'E', 1, 3, 0, 0);
+    EXPECT_EQ(some.m, 2);
+    EXPECT_EQ(some.nsplit, 4);
+    EXPECT_EQ(some.w[0], 2);
+    EXPECT_EQ(some.w[1], 3);
+}
+
+TEST(Tridiagonal, InverseIterationResidual) {
+    for (const int n : sizes)
+        for (const Tridiagonal& t : tridiagonals(n)) {
+            if (t.name == "tiny")
+                continue; // its values are as exact as bisection can be, not as the norm
+            Bisection values(t, 'A', 'B', 0, 0, 0, 0, 2 * 0x1p-126F);
+            Operand<float> z(n, n, n + 3);
+            GuardedVector<float> work(5 * n), iwork(n), ifail(n);
+            int info = -99;
+            SSTEIN(&n, t.d.data(), t.e.data(), &values.m, values.w.data(), Bisection::ints(values.iblock),
+                   Bisection::ints(values.isplit), z.data(), &z.ld(), work.data(), Bisection::ints(iwork),
+                   Bisection::ints(ifail), &info);
+            EXPECT_EQ(info, 0) << t.name << ' ' << n;
+            const Quality q = quality(t, values.w, z);
+            EXPECT_TRUE(q.residual <= 2) << t.name << ' ' << n << ": " << q.residual;
+            EXPECT_TRUE(q.orthogonality <= 10) << t.name << ' ' << n << ": " << q.orthogonality;
+            EXPECT_TRUE(z.guards_intact() && work.guards_intact() && iwork.guards_intact() && ifail.guards_intact());
+        }
+}
+
+TEST(Tridiagonal, SmallMatricesSolutions) {
+    std::mt19937 random(2);
+    for (int turn = 0; turn < 1000; ++turn) {
+        const float a = any_size_one<float>(random),
+                    c = turn % 5   ? any_size_one<float>(random)
+                        : turn % 2 ? a
+                                   : -a,
+                    b = turn % 7 ? any_size_one<float>(random) : 0;
+        const double half = (double{a} + c) / 2, root = std::hypot((double{a} - c) / 2, double{b});
+        const double larger = half < 0 ? half - root : half + root, smaller = half < 0 ? half + root : half - root;
+        float rt1, rt2, again1, again2, cs, sn;
+        SLAE2(&a, &b, &c, &rt1, &rt2);
+        SLAEV2(&a, &b, &c, &again1, &again2, &cs, &sn);
+        EXPECT_TRUE(std::abs(rt1 - larger) <= 4 * ulp * root + 2 * ulp * std::abs(larger));
+        EXPECT_TRUE(std::abs(rt2 - smaller) <= 4 * ulp * (root + std::abs(half)));
+        EXPECT_TRUE(same_bits(rt1, again1) && same_bits(rt2, again2));
+        EXPECT_TRUE(std::abs(double{cs} * cs + double{sn} * sn - 1) <= 4 * ulp);
+        EXPECT_TRUE(std::abs(a * double{cs} + b * double{sn} - rt1 * double{cs}) <= 8 * ulp * root + 4 * ulp);
+        EXPECT_TRUE(std::abs(b * double{cs} + c * double{sn} - rt1 * double{sn}) <= 8 * ulp * root + 4 * ulp);
+    }
+}
+
+TEST(Tridiagonal, Sorts) {
+    std::mt19937 random(6);
+    for (const int n : {0, 1, 2, 20, 21, 1000})
+        for (const char id : {'I', 'd'}) {
+            GuardedVector<float> x(n);
+            x.fill([&] { return random() % 7 == 0 ? nan : eighths<float>(random); });
+            int info = -99;
+            SLASRT(&id, &n, x.data(), &info);
+            EXPECT_EQ(info, 0);
+            for (int i = 1; i < n; ++i)
+                EXPECT_TRUE(std::isnan(x[i]) || (id == 'I' ? x[i - 1] <= x[i] : x[i - 1] >= x[i])) << id << ' ' << n;
+            EXPECT_TRUE(x.guards_intact());
+        }
+}
+
+// Against the definition with whole numbers; moments of the other distributions.
+TEST(Tridiagonal, RandomNumbers) {
+    const int n = 20000;
+    std::vector<float> x(n), rest(n);
+    int seed[] = {1, 1, 1, 1}, again[] = {1, 1, 1, 1}, kind = 1;
+    SLARNV(&kind, seed, &n, x.data());
+    std::uint64_t state = 1 + 4096 * (1 + 4096 * (1 + 4096ULL));
+    for (int i = 0; i < n; ++i) {
+        state = state * 33952834046453ULL % (1ULL << 48);
+        EXPECT_TRUE(std::abs(x[std::size_t(i)] - static_cast<double>(state) / 0x1p48) <= 0x1p-24) << i;
+        EXPECT_TRUE(x[std::size_t(i)] > 0 && x[std::size_t(i)] < 1);
+    }
+    EXPECT_EQ(seed[0] * 4096 + seed[1], static_cast<int>(state >> 24));
+    EXPECT_EQ(seed[2] * 4096 + seed[3], static_cast<int>(state % (1 << 24)));
+    const int half = n / 2; // in two calls the same
+    SLARNV(&kind, again, &half, rest.data());
+    SLARNV(&kind, again, &half, rest.data() + half);
+    EXPECT_EQ(x, rest);
+    for (const auto& [distribution, variance] : {std::pair{2, 1.0 / 3}, {3, 1.0}}) {
+        SLARNV(&distribution, seed, &n, x.data());
+        const double sum = std::accumulate(x.begin(), x.end(), 0.0);
+        const double squares = std::inner_product(x.begin(), x.end(), x.begin(), 0.0);
+        EXPECT_NEAR(sum / n, 0, 0.03);
+        EXPECT_NEAR(squares / n, variance, 0.05 * variance);
+    }
+}
+
+// P L U x = (T - lambda) x for the factors and the solves, of matrices that need interchanges.
+TEST(Tridiagonal, ShiftedSolvesResidual) {
+    std::mt19937 random(4);
+    for (const int n : {1, 2, 3, 4, 40})
+        for (const int job : {1, 2, -1, -2}) {
+            GuardedVector<float> a(n), b(n - 1), c(n - 1), d(n - 2), in(n), y(n);
+            for (auto* v : {&a, &b, &c, &y})
+                v->fill([&] { return any_size_one<float>(random); });
+            const GuardedVector<float> a0 = a, b0 = b, c0 = c, y0 = y;
+            const float lambda = 0.3F, none = 0;
+            float tolerance = 0;
+            int info = -99;
+            SLAGTF(&n, a.data(), &lambda, b.data(), c.data(), &none, d.data(), Bisection::ints(in), &info);
+            EXPECT_EQ(info, 0);
+            SLAGTS(&job, &n, a.data(), b.data(), c.data(), d.data(), Bisection::ints(in), y.data(), &tolerance, &info);
+            EXPECT_EQ(info, 0);
+            double size = 0, worst = 0;
+            for (int i = 0; i < n; ++i)
+                size = std::max(size, std::abs(double{y[i]}));
+            for (int i = 0; i < n; ++i) {
+                const auto &above = std::abs(job) == 1 ? b0 : c0, &below = std::abs(job) == 1 ? c0 : b0;
+                double sum = (double{a0[i]} - lambda) * y[i] - y0[i];
+                sum += (i > 0 ? double{below[i - 1]} * y[i - 1] : 0) + (i < n - 1 ? double{above[i]} * y[i + 1] : 0);
+                worst = std::abs(sum) <= worst ? worst : std::abs(sum);
+            }
+            EXPECT_TRUE(worst <= 20 * ulp * (1 + size)) << n << " job " << job;
+            EXPECT_TRUE(a.guards_intact() && b.guards_intact() && c.guards_intact() && d.guards_intact() &&
+                        in.guards_intact() && y.guards_intact());
+        }
+}
+
+// Of a singular matrix: reported, or with an enlarged pivot large and finite.
+TEST(Tridiagonal, SingularSolvesDoNotOverflow) {
+    const int n = 2;
+    const float lambda = 1, none = 0;
+    for (const int job : {1, 2, -1, -2}) {
+        float a[] = {1, 1}, b[] = {0}, c[] = {0}, y[] = {1, 1}, tolerance = 0;
+        int in[2], info = -99;
+        SLAGTF(&n, a, &lambda, b, c, &none, nullptr, in, &info);
+        EXPECT_EQ(in[1], 1);
+        SLAGTS(&job, &n, a, b, c, nullptr, in, y, &tolerance, &info);
+        EXPECT_EQ(info, job == 1 ? 2 : job == 2 ? 1 : 0);
+        EXPECT_TRUE(job > 0 || (std::isfinite(y[0]) && std::abs(y[0]) > 1e6));
+    }
+}
+
+} // namespace
+} // namespace qrv::test
