@@ -204,12 +204,16 @@ TEST(Level2, TrianglesSkipZeros) {
                         });
                         problem.before.set([&](int i, int) { return scalar<T>(i == place ? 1 : 0); });
                         const T value = scalar<T>(routine.operation.what == What::solve ? 0.5F : 2);
-                        for (const VectorBuild& build : vector_builds()) {
-                            const auto x = problem.result([&](const Call<T>& v) { routine.kernel(build, v); });
+                        const auto expect_skipped = [&](const auto& run, const char* where) {
+                            const auto x = problem.result(run);
                             EXPECT_EQ(x.count_bad([&](int i, int, T xi) { return xi == (i == place ? value : T{}); }),
                                       0)
-                                << build << ' ' << routine.name << ' ' << problem.p << " at " << place;
-                        }
+                                << where << ' ' << routine.name << ' ' << problem.p << " at " << place;
+                        };
+                        for (const VectorBuild& build : vector_builds())
+                            expect_skipped([&](const Call<T>& v) { routine.kernel(build, v); }, build.name);
+                        if (const int team = 3; routine.on_team)
+                            expect_skipped([&](const Call<T>& v) { routine.on_team(&team, v); }, "team");
                     }
     });
 }

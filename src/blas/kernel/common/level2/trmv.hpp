@@ -22,6 +22,8 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
+constexpr int triangleBlock = 32;
+
 template <class T>
 struct TriangularFamily;
 template <>
@@ -49,7 +51,7 @@ Triangle<T> dense_triangle(Uplo uplo, Diag diag, int n, Matrix<const T> a) {
 template <Action action, class T>
 void triangular(Op op, const Triangle<T>& t, T* p, int inc) {
     QRV_ASSERT(t.a.ld >= t.n || t.n <= 1);
-    constexpr int block = 32;
+    constexpr int block = triangleBlock;
     const StridedVector<T> x(t.n, p, inc);
     const int lda = static_cast<int>(t.a.ld);
     const char trans = letter(op);
@@ -99,6 +101,24 @@ void trsv(Uplo uplo, Op op, Diag diag, int n, Matrix<const T> a, T* x, int incx)
         triangular<Action::solve>(op, dense_triangle(uplo, diag, n, a), x, incx);
 }
 
+// each(first, count) for the runs of x between zeros: a block of zeros parts two runs.
+template <class T, class Each>
+void each_run(const T* x, int n, const Each& each) {
+    const T zero = scalar<T>(0);
+    for (int first = 0; first < n;) {
+        if (x[first] == zero) {
+            ++first;
+            continue;
+        }
+        int end = first + 1; // behind the last that is not 0
+        for (int i = end; i < n && i - end < triangleBlock; ++i)
+            if (x[i] != zero)
+                end = i + 1;
+        each(first, end - first);
+        first = end;
+    }
+}
+
 // y := the rows of op(A)*x that a band makes: `width` of them, from x of `length` elements. `a` is the band's first
 // element in storage; its diagonal block comes first if op(A) is upper triangular, last if it is lower.
 template <class T>
@@ -112,11 +132,17 @@ void trmv_band(Uplo uplo, Op op, Diag diag, int width, int length, Matrix<const 
     for (int i = 0; i < width; ++i)
         ys[i] = x[diagonal + i];
     trmv(uplo, op, diag, width, start(diagonal), y, incy);
-    const T one = scalar<T>(1);
-    const int unit = 1, lda = static_cast<int>(a.ld);
-    const char trans = letter(op);
-    TriangularFamily<T>::serial_gemv(&trans, transposed ? &rest : &width, transposed ? &width : &rest, &one,
-                                     start(beside).data, &lda, x + beside, &unit, &one, y, &incy);
+    const auto add_product = [&](int first, int count) {
+        const T one = scalar<T>(1);
+        const int unit = 1, lda = static_cast<int>(a.ld);
+        const char trans = letter(op);
+        TriangularFamily<T>::serial_gemv(&trans, transposed ? &count : &width, transposed ? &width : &count, &one,
+                                         start(first).data, &lda, x + first, &unit, &one, y, &incy);
+    };
+    if (transposed)
+        add_product(beside, rest);
+    else
+        each_run(x + beside, rest, [&](int first, int count) { add_product(beside + first, count); });
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD
