@@ -1,0 +1,90 @@
+// The estimates behind condition numbers, on matrices on which each of their steps counts.
+#include <gtest/gtest.h>
+
+#include "qrv/native.h"
+#include "support/oracle.hpp"
+
+namespace qrv::test {
+namespace {
+
+template <class T>
+struct Condition : testing::Test {};
+using ConditionElements = testing::Types<float, SingleComplex>;
+TYPED_TEST_SUITE(Condition, ConditionElements);
+
+// The 1-norm of a matrix of real numbers as SLACN2 estimates it.
+template <class T>
+float estimated_norm(const Operand<T>& a) {
+    const int n = a.rows();
+    std::vector<T> v(static_cast<std::size_t>(n)), x = v;
+    std::vector<int> isgn(v.size());
+    float estimate = 0;
+    int kase = 0, isave[3] = {};
+    for (;;) {
+        if constexpr (isComplex<T>)
+            CLACN2(&n, v.data(), x.data(), &estimate, &kase, isave);
+        else
+            SLACN2(&n, v.data(), x.data(), isgn.data(), &estimate, &kase, isave);
+        if (kase == 0)
+            return estimate;
+        const WideMatrix<T> op(a, kase == 1 ? 'N' : 'C'),
+            factor(n, 1, [&](int i, int) { return widen(x[std::size_t(i)]); });
+        const Operand<T> none({n, 1}, {});
+        const Expected<T> y = product<T>(1, op, factor, 0, none);
+        for (std::size_t i = 0; i < x.size(); ++i)
+            x[i] = scalar<T>(static_cast<float>(std::real(y.values.values[i])));
+    }
+}
+
+TYPED_TEST(Condition, EstimateOfTheOneNorm) {
+    using T = TypeParam;
+    struct Row {
+        const char* what;
+        float a[4][4], estimate;
+    };
+    for (const Row& row : {Row{"each column leads to a larger one, the last one is the norm",
+                               {{2, 0, 0, -1}, {0, -3, 3, 0}, {-1, 3, 0, 0}, {2, 0, 0, -3}},
+                               6},
+                           {"the first column is no larger than the mean, although another one is",
+                            {{-1, 0, -1, -3}, {2, 0, 0, 0}, {0, 0, 3, -2}, {0, -3, 1, -2}},
+                            4},
+                           {"alternating signs give more than any column that was tried",
+                            {{2, -2, 2, 0}, {3, -2, 0, 0}, {-3, 3, -1, 2}, {0, 2, 1, 3}},
+                            50.0F / 9}}) {
+        Operand<T> a({4, 4}, {});
+        a.set([&](int i, int j) { return scalar<T>(row.a[i][j]); });
+        EXPECT_NEAR(estimated_norm(a), row.estimate, 1e-5) << row.what;
+    }
+}
+
+// A factor whose first solve is harmless, while those that follow pass the largest float with both signs: only the sums
+// of its own columns tell that they must be scaled, so as not to be NaN.
+TYPED_TEST(Condition, SumsOfEachFactorOfItsOwn) {
+    using T = TypeParam;
+    constexpr int n = 5;
+    const float b = 0x1p100F, one = 1;
+    for (const char norm : {'1', 'I'}) { // the lower factor, the upper factor
+        std::vector<T> lu(n * n);
+        const auto put = [&](int i, int j, float x) {
+            lu[std::size_t(norm == 'I' ? i + n * j : j + n * i)] = scalar<T>(x);
+        };
+        for (int i = 0; i < n; ++i)
+            put(i, i, 1);
+        put(0, 1, 1);
+        put(1, 2, b), put(1, 3, 2 * b);
+        put(2, 4, -b), put(3, 4, b);
+        std::vector<T> work(4 * n);
+        std::vector<float> rwork(2 * n);
+        std::vector<int> iwork(n);
+        float rcond = -1;
+        int info = -1;
+        if constexpr (isComplex<T>)
+            CGECON(&norm, &n, lu.data(), &n, &one, &rcond, work.data(), rwork.data(), &info);
+        else
+            SGECON(&norm, &n, lu.data(), &n, &one, &rcond, work.data(), iwork.data(), &info);
+        EXPECT_EQ(rcond, 0) << norm;
+    }
+}
+
+} // namespace
+} // namespace qrv::test
