@@ -73,7 +73,6 @@ protected:
         check_norms(x.fill([&] { return any_size_one<T>(random); }), eps);
     }
 };
-using Elements = testing::Types<float, SingleComplex>;
 TYPED_TEST_SUITE(Level1, Elements, );
 
 // All distances of the two vectors from 16-byte boundaries, with all lengths of head, main loop and tail.

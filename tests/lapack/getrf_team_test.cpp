@@ -1,14 +1,13 @@
 // LU factorization on teams: every size of team and width of block column, teams smaller than asked for, stops, refused
 // memory, and many callers at once.
 #include <algorithm>
-#include <cstring>
 #include <omp.h>
 #include <set>
 #include <thread>
 
 #include "lapack/calls/lu.hpp"
 #include "qrv/service.h"
-#include "support/lu_case.hpp"
+#include "support/lu.hpp"
 #include "support/teams.hpp"
 #include "support/work_memory.hpp"
 
@@ -60,12 +59,7 @@ TYPED_TEST(GetrfTeam, TheSameBitsWhateverIsReadyAtOnce) {
     const auto expected = factor(oneByOne, known.a);
     for (const int team : {2, 3, 4}) {
         const auto f = factor(dynamic_route<T>(team, nb), known.a);
-        EXPECT_EQ(f.lu.count_bad([&](int i, int j, T value) {
-            const T other = expected.lu(i, j);
-            return std::memcmp(&value, &other, sizeof(T)) == 0;
-        }),
-                  0)
-            << "team " << team;
+        EXPECT_TRUE(f.lu.same_bits(expected.lu)) << "team " << team;
     }
 }
 
@@ -118,10 +112,8 @@ public:
 template <class T>
 int recursive(int m, int n, Matrix<T> a, int* ipiv, int* info, int thread, int offset) {
     const int lda = static_cast<int>(a.ld);
-    if constexpr (isComplex<T>)
-        return qrv_lapack_cgetrf_recursive(&m, &n, a.data, &lda, ipiv, info, &thread, &offset);
-    else
-        return qrv_lapack_sgetrf_recursive(&m, &n, a.data, &lda, ipiv, info, &thread, &offset);
+    return routine_for<T>(qrv_lapack_sgetrf_recursive, qrv_lapack_cgetrf_recursive)(&m, &n, a.data, &lda, ipiv, info,
+                                                                                    &thread, &offset);
 }
 
 // Columns come in leaves of at most 16; the thread and the first column are passed on.
@@ -131,7 +123,7 @@ TYPED_TEST(GetrfTeam, ProgressOfTheRecursion) {
     int info = -99;
     {
         const ProgressHook hook(0);
-        EXPECT_EQ(recursive<TypeParam>(50, 39, {known.a.data(), known.a.ld()}, ipiv.data(), &info, 3, 100), 0);
+        EXPECT_EQ(recursive<TypeParam>(50, 39, known.a.view(), ipiv.data(), &info, 3, 100), 0);
     }
     EXPECT_EQ(info, 0);
     EXPECT_EQ(ipiv, known.ipiv);
@@ -139,7 +131,7 @@ TYPED_TEST(GetrfTeam, ProgressOfTheRecursion) {
     EXPECT_EQ(progress.threads, std::set{3});
     EXPECT_EQ(progress.stages, std::set<std::string>{isComplex<TypeParam> ? "CGETRF" : "SGETRF"});
     const ProgressHook hook(2);
-    EXPECT_EQ(recursive<TypeParam>(50, 39, {known.a.data(), known.a.ld()}, ipiv.data(), &info, 0, 0), 1);
+    EXPECT_EQ(recursive<TypeParam>(50, 39, known.a.view(), ipiv.data(), &info, 0, 0), 1);
 }
 
 // Buffers that somebody still holds.
@@ -154,9 +146,9 @@ int held_buffers() {
 template <class T, class Route>
 int leaves_until(int stopAt, const KnownPivots<T>& known, const Route& route) {
     const ProgressHook hook(stopAt);
-    BasicGuardedMatrix<T> a = known.a;
+    Operand<T> a = known.a;
     std::vector<int> ipiv(known.ipiv.size(), 1);
-    const lapack::FactorResult result = route(a.rows(), a.columns(), Matrix<T>{a.data(), a.ld()}, ipiv.data());
+    const lapack::FactorResult result = route(a.rows(), a.columns(), a.view(), ipiv.data());
     EXPECT_EQ(result.stopped, stopAt > 0);
     EXPECT_EQ(result.info, 0);
     EXPECT_TRUE(std::is_sorted(progress.steps.begin(), progress.steps.end()));

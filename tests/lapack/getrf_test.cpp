@@ -6,7 +6,7 @@
 #include "lapack/kernel/source/lu/getrf_route.hpp"
 #include "qrv/native.h"
 #include "qrv/service.h"
-#include "support/lu_case.hpp"
+#include "support/lu.hpp"
 #include "support/matrix_market.hpp"
 
 namespace qrv::test {
@@ -111,7 +111,7 @@ TYPED_TEST(Getrf, NanAndInfinity) {
 TYPED_TEST(Getrf, PivotsAtTheEndsOfTheRange) {
     for (const float size : {0x1p-143F, 0x1.8p125F}) {
         const float column[] = {4, 2, -1};
-        BasicGuardedMatrix<TypeParam> a(3, 1, 3);
+        Operand<TypeParam> a(3, 1, 3);
         a.set([&](int i, int) { return all_parts<TypeParam>(column[i] * size); });
         for (const auto& route : routes<TypeParam>()) {
             const auto f = factor(route, a);

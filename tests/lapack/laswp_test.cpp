@@ -1,6 +1,8 @@
 // Row interchanges: against interchanges of whole rows one by one, in every direction and pivot spacing.
+#include <gtest/gtest.h>
+
 #include "lapack/lapack.hpp"
-#include "support/gemm_case.hpp"
+#include "support/operand.hpp"
 
 namespace qrv::test {
 namespace {
@@ -9,24 +11,16 @@ template <class T>
 class Laswp : public testing::Test {};
 TYPED_TEST_SUITE(Laswp, Elements);
 
-void entry(const int* n, float* a, const int* lda, const int* k1, const int* k2, const int* ipiv, const int* incx) {
-    SLASWP(n, a, lda, k1, k2, ipiv, incx);
-}
-void entry(const int* n, SingleComplex* a, const int* lda, const int* k1, const int* k2, const int* ipiv,
-           const int* incx) {
-    CLASWP(n, a, lda, k1, k2, ipiv, incx);
-}
-
 TYPED_TEST(Laswp, InterchangesRowsInTheirOrder) {
     constexpr int m = 23, noRow = -1; // a pivot that is read by mistake leads astray
     for (const int n : {0, 1, 15, 16, 17, 33})
         for (const int k1 : {1, 4})
             for (const int k2 : {k1 - 1, k1, 19})
                 for (const int incx : {1, -1, 3, -2, 0}) {
-                    BasicGuardedMatrix<TypeParam> a(m, n, m + n % 3, n % 4);
+                    Operand<TypeParam> a(m, n, m + n % 3, n % 4);
                     std::mt19937 random(static_cast<unsigned>(n + k2));
                     a.fill_random(random);
-                    BasicGuardedMatrix<TypeParam> expected = a;
+                    Operand<TypeParam> expected = a;
                     std::vector<int> ipiv(100, noRow);
                     const auto pivot = [&](int k) -> int& {
                         return ipiv[static_cast<std::size_t>(k1 + (k - k1) * std::abs(incx) - 1)];
@@ -41,8 +35,7 @@ TYPED_TEST(Laswp, InterchangesRowsInTheirOrder) {
                             expected(pivot(k) - 1, j) = x;
                         }
                     }
-                    const int lda = a.ld();
-                    entry(&n, a.data(), &lda, &k1, &k2, ipiv.data(), &incx);
+                    routine_for<TypeParam>(SLASWP, CLASWP)(&n, a.data(), &a.ld(), &k1, &k2, ipiv.data(), &incx);
                     EXPECT_EQ(a.count_bad([&](int i, int j, TypeParam x) { return x == expected(i, j); }), 0)
                         << "n=" << n << " k1=" << k1 << " k2=" << k2 << " incx=" << incx;
                     EXPECT_TRUE(a.guards_intact());
@@ -53,7 +46,7 @@ TYPED_TEST(Laswp, InterchangesRowsInTheirOrder) {
 TEST(LaswpOfReal, EndsAtTheLastColumn) {
     const int n = std::numeric_limits<int>::max(), one = 1;
     float a = 0;
-    entry(&n, &a, &one, &one, &one, &one, &one);
+    SLASWP(&n, &a, &one, &one, &one, &one, &one);
 }
 
 } // namespace

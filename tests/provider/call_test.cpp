@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "provider/call.hpp"
-#include "support/matrices.hpp"
+#include "support/operand.hpp"
 
 namespace qrv::test {
 namespace {

@@ -9,7 +9,6 @@ namespace qrv::test {
 
 template <class T>
 using Gemm = void(QRV_GEMM_PARAMETERS(T));
-using Elements = testing::Types<float, SingleComplex>; // of the suites that serve both
 
 // Calls a routine that has the kernel's arguments and perhaps others.
 template <class T, class Routine, class... More>

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <gtest/gtest.h>
 #include <limits>
 #include <new>
 #include <optional>
@@ -18,6 +19,7 @@
 #include <vector>
 
 #include "blas/complex.hpp"
+#include "blas/matrix.hpp"
 
 namespace qrv::test {
 
@@ -32,6 +34,8 @@ constexpr bool is_upper(char uplo) {
 }
 
 // ---- Elements of either kind, and as the oracles compute with them ------------------------------------------------
+
+using Elements = testing::Types<float, SingleComplex>; // of the suites that serve both
 
 template <class T>
 using Wide = std::conditional_t<std::is_same_v<T, float>, double, std::complex<double>>;
@@ -63,6 +67,13 @@ template <class T>
 T all_parts(float x) {
     return element<T>([x] { return x; });
 }
+// The nearest element.
+inline void round_to(double x, float& element) {
+    element = static_cast<float>(x);
+}
+inline void round_to(std::complex<double> x, SingleComplex& element) {
+    element = {static_cast<float>(x.real()), static_cast<float>(x.imag())};
+}
 inline bool has_nan(float x) {
     return std::isnan(x);
 }
@@ -79,6 +90,14 @@ inline bool is_finite(SingleComplex x) {
 inline void set_imaginary(float&, float) {}
 inline void set_imaginary(SingleComplex& x, float value) {
     x.im = value;
+}
+// Of two routines the one for an element type.
+template <class T, class Real, class Complex>
+constexpr auto routine_for(Real* real, Complex* complex) {
+    if constexpr (isComplex<T>)
+        return complex;
+    else
+        return real;
 }
 template <class T>
 bool same_bits(const T& x, const T& y) {
@@ -213,6 +232,8 @@ public:
     const int& ld() const { return ld_; } // the increment of a vector
     T* data() { return reinterpret_cast<T*>(first_); }
     const T* data() const { return reinterpret_cast<const T*>(first_); }
+    Matrix<T> view() { return {data(), ld_}; }
+    Matrix<const T> view() const { return {data(), ld_}; }
     T& operator()(int i, int j) { return data()[place(i, j)]; }
     const T& operator()(int i, int j) const { return data()[place(i, j)]; }
 

@@ -1,6 +1,8 @@
 // What routines should compute, in double precision by plain loops, and how far off a result may be.
 #pragma once
 
+#include <numeric>
+
 #include "support/operand.hpp"
 
 namespace qrv::test {
@@ -15,6 +17,11 @@ inline std::complex<double> times(std::complex<double> x, std::complex<double> y
     return {x.real() * y.real() - x.imag() * y.imag(), x.real() * y.imag() + x.imag() * y.real()};
 }
 
+// The worse of two errors; NaN if one is.
+inline double worse(double x, double y) {
+    return std::isnan(x) || x >= y ? x : y;
+}
+
 // A matrix in double by columns, with the size of each element at hand.
 template <class T>
 struct WideMatrix {
@@ -22,15 +29,13 @@ struct WideMatrix {
     std::vector<Wide<T>> values;
     std::vector<double> sizes;
 
-    template <class Entry>
-    WideMatrix(int m, int n, const Entry& entry) : rows(m), columns(n) {
-        values.reserve(std::size_t(m) * std::size_t(n));
-        for (int j = 0; j < n; ++j)
-            for (int i = 0; i < m; ++i)
-                values.push_back(entry(i, j));
+    WideMatrix(int m, int n, std::vector<Wide<T>> elements) : rows(m), columns(n), values(std::move(elements)) {
+        sizes.reserve(values.size());
         for (const Wide<T>& x : values)
             sizes.push_back(std::sqrt(std::norm(x)));
     }
+    template <class Entry, class = std::enable_if_t<std::is_invocable_v<Entry, int, int>>>
+    WideMatrix(int m, int n, const Entry& entry) : WideMatrix(m, n, listed(m, n, entry)) {}
     // op(X)
     explicit WideMatrix(const Operand<T>& x, char option = 'N')
         : WideMatrix(is_transposed(option) ? x.columns() : x.rows(), is_transposed(option) ? x.rows() : x.columns(),
@@ -40,6 +45,35 @@ struct WideMatrix {
                                                                  : x.entry(j, i);
                      }) {}
     std::size_t at(int i, int j) const { return std::size_t(i) + std::size_t(rows) * std::size_t(j); }
+    const Wide<T>& operator()(int i, int j) const { return values[at(i, j)]; }
+    WideMatrix adjoint() const {
+        return {columns, rows, [&](int i, int j) { return conjugate((*this)(j, i)); }};
+    }
+    // Terms with a zero of B are left out.
+    friend WideMatrix operator*(const WideMatrix& a, const WideMatrix& b) {
+        const auto m = std::size_t(a.rows);
+        std::vector<Wide<T>> sums(m * std::size_t(b.columns));
+        for (int j = 0; j < b.columns; ++j)
+            for (int l = 0; l < a.columns; ++l)
+                if (const Wide<T> factor = b(l, j); factor != 0.0)
+                    for (std::size_t i = 0; i < m; ++i)
+                        sums[m * std::size_t(j) + i] += times(a.values[a.at(0, l) + i], factor);
+        return {a.rows, b.columns, std::move(sums)};
+    }
+    friend WideMatrix operator-(const WideMatrix& a, const WideMatrix& b) {
+        return {a.rows, a.columns, [&](int i, int j) { return a(i, j) - b(i, j); }};
+    }
+
+private:
+    template <class Entry>
+    static std::vector<Wide<T>> listed(int m, int n, const Entry& entry) {
+        std::vector<Wide<T>> elements;
+        elements.reserve(std::size_t(m) * std::size_t(n));
+        for (int j = 0; j < n; ++j)
+            for (int i = 0; i < m; ++i)
+                elements.push_back(entry(i, j));
+        return elements;
+    }
 };
 
 // What an operand should become, and how far off each element may be.
@@ -61,7 +95,7 @@ struct Expected {
                 error = 0;
             if (c.form().kind == Form::hermitian && i == j && std::imag(found) != 0)
                 error = nan;
-            worst = std::isnan(worst) || worst >= error ? worst : error; // no later element hides a NaN
+            worst = worse(worst, error); // no later element hides a NaN
         });
         return worst;
     }
@@ -120,6 +154,99 @@ bool holds(const GuardedVector<T>& v, const std::vector<Wide<T>>& expected, cons
     for (std::size_t i = 0; i < expected.size(); ++i)
         good = good && std::abs(widen(v[static_cast<int>(i)]) - expected[i]) <= allowed(i);
     return good;
+}
+
+// ---- What LAPACK's properties are written with ----------------------------------------------------------------------
+
+template <class T>
+WideMatrix<T> identity(int n) {
+    return {n, n, [](int i, int j) { return i == j ? 1.0 : 0.0; }};
+}
+
+// The triangles of a factored matrix, of as many columns or rows as its shorter side.
+template <class T>
+WideMatrix<T> lower_factor(const Operand<T>& x, bool unit = false) {
+    return {x.rows(), std::min(x.rows(), x.columns()), [&](int i, int j) -> Wide<T> {
+                return i == j && unit ? 1 : i >= j && x.form().stored(i, j) ? widen(x(i, j)) : 0;
+            }};
+}
+template <class T>
+WideMatrix<T> upper_factor(const Operand<T>& x) {
+    return {std::min(x.rows(), x.columns()), x.columns(),
+            [&](int i, int j) -> Wide<T> { return i <= j && x.form().stored(i, j) ? widen(x(i, j)) : 0; }};
+}
+
+// What a Cholesky factorization took apart: U^H U or L L^H.
+template <class T>
+WideMatrix<T> cholesky_product(const Operand<T>& factor) {
+    if (!is_upper(factor.form().uplo))
+        return lower_factor(factor) * lower_factor(factor).adjoint();
+    return upper_factor(factor).adjoint() * upper_factor(factor);
+}
+
+// By Gauss-Jordan elimination with pivots.
+template <class T>
+WideMatrix<T> inverse(const WideMatrix<T>& a) {
+    const auto n = std::size_t(a.rows);
+    std::vector<std::vector<Wide<T>>> rows(n, std::vector<Wide<T>>(2 * n));
+    for (std::size_t i = 0; i < n; rows[i][n + i] = 1, ++i)
+        for (std::size_t j = 0; j < n; ++j)
+            rows[i][j] = a.values[i + n * j];
+    for (std::size_t k = 0; k < n; ++k) {
+        std::size_t pivot = k;
+        for (std::size_t i = k; i < n; ++i)
+            if (std::abs(rows[i][k]) > std::abs(rows[pivot][k]))
+                pivot = i;
+        std::swap(rows[k], rows[pivot]);
+        const Wide<T> head = rows[k][k];
+        for (Wide<T>& x : rows[k])
+            x /= head;
+        for (std::size_t i = 0; i < n; ++i)
+            if (const Wide<T> factor = rows[i][k]; i != k && factor != 0.0)
+                for (std::size_t j = k; j < 2 * n; ++j)
+                    rows[i][j] -= times(factor, rows[k][j]);
+    }
+    return {a.rows, a.rows, [&](int i, int j) { return rows[std::size_t(i)][n + std::size_t(j)]; }};
+}
+
+// 'M' the largest element, 'O' or 'I' the largest sum of a column or a row, 'F' the root of all squares.
+template <class T>
+double norm(const WideMatrix<T>& x, char which = 'F') {
+    std::vector<double> sums(std::size_t(std::max({x.rows, x.columns, 1})));
+    for (int j = 0; j < x.columns; ++j)
+        for (int i = 0; i < x.rows; ++i) {
+            const double size = x.sizes[x.at(i, j)];
+            double& sum = sums[which == 'O' ? std::size_t(j) : which == 'I' ? std::size_t(i) : 0];
+            sum = which == 'M' ? worse(sum, size) : sum + (which == 'F' ? size * size : size);
+        }
+    const double largest = std::accumulate(sums.begin(), sums.end(), 0.0, worse);
+    return which == 'F' ? std::sqrt(largest) : largest;
+}
+
+// An error in units of n roundings of a size: of a good factorization about 1 at most.
+inline double in_roundings(double error, int n, double size) {
+    return error == 0 ? 0 : error / (n * 2 * unitRoundoff * size);
+}
+
+// The largest |B - A X| of a column, in roundings of |A| |X|.
+template <class T>
+double solve_residual(const WideMatrix<T>& a, const WideMatrix<T>& x, const WideMatrix<T>& b) {
+    const WideMatrix<T> rest = b - a * x;
+    const double size = norm(a, 'I');
+    double worst = 0;
+    for (int j = 0; j < x.columns; ++j) {
+        const auto column = [j](const WideMatrix<T>& y) {
+            return norm(WideMatrix<T>(y.rows, 1, [&](int i, int) { return y(i, j); }), 'M');
+        };
+        worst = worse(worst, in_roundings(column(rest), a.rows, size * column(x)));
+    }
+    return worst;
+}
+
+// 1 / (|A| |inv(A)|)
+template <class T>
+double reciprocal_condition(const WideMatrix<T>& a, char which = 'O') {
+    return 1 / (norm(a, which) * norm(inverse(a), which));
 }
 
 } // namespace qrv::test

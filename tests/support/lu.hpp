@@ -2,12 +2,11 @@
 #pragma once
 
 #include <functional>
-#include <numeric>
 #include <ostream>
 
 #include "lapack/kernel/source/lu/getrf.hpp"
 #include "lapack/lapack.hpp"
-#include "support/gemm_case.hpp"
+#include "support/oracle.hpp"
 
 namespace qrv::test {
 
@@ -49,32 +48,28 @@ LuRoute<T> dynamic_route(int threads, int nb) {
 
 template <class T>
 std::vector<LuRoute<T>> native_routes() {
-    if constexpr (isComplex<T>)
-        return {native_route("cgetrf", qrv_lapack_cgetrf), native_route("ib_omp", qrv_lapack_cgetrf_ib_omp),
-                native_route("serial", qrv_lapack_cgetrf_serial),
-                native_route("unblocked", qrv_lapack_cgetrf_unblocked)};
-    else
-        return {native_route("sgetrf", qrv_lapack_sgetrf), native_route("ib_omp", qrv_lapack_sgetrf_ib_omp),
-                native_route("serial", qrv_lapack_sgetrf_serial),
-                native_route("unblocked", qrv_lapack_sgetrf_unblocked)};
+    return {native_route<T>("getrf", routine_for<T>(qrv_lapack_sgetrf, qrv_lapack_cgetrf)),
+            native_route<T>("ib_omp", routine_for<T>(qrv_lapack_sgetrf_ib_omp, qrv_lapack_cgetrf_ib_omp)),
+            native_route<T>("serial", routine_for<T>(qrv_lapack_sgetrf_serial, qrv_lapack_cgetrf_serial)),
+            native_route<T>("unblocked", routine_for<T>(qrv_lapack_sgetrf_unblocked, qrv_lapack_cgetrf_unblocked))};
 }
 
 // ---- Factors ------------------------------------------------------------------------------------------------------
 
 template <class T>
 struct LuFactors {
-    BasicGuardedMatrix<T> lu;
+    Operand<T> lu;
     std::vector<int> ipiv;
     int info;
 };
 
 template <class T>
-LuFactors<T> factor(const LuRoute<T>& route, const BasicGuardedMatrix<T>& a) {
+LuFactors<T> factor(const LuRoute<T>& route, const Operand<T>& a) {
     LuFactors<T> f{a, {}, 0};
     constexpr int untouched = -7;
     const int length = std::min(a.rows(), a.columns());
     f.ipiv.assign(static_cast<std::size_t>(length) + 1, untouched);
-    f.info = route.factor(a.rows(), a.columns(), {f.lu.data(), a.ld()}, f.ipiv.data());
+    f.info = route.factor(a.rows(), a.columns(), f.lu.view(), f.ipiv.data());
     EXPECT_TRUE(f.lu.guards_intact()) << route << ": written outside A";
     EXPECT_EQ(f.ipiv.back(), untouched) << route << ": written behind ipiv";
     f.ipiv.pop_back();
@@ -98,38 +93,16 @@ inline std::vector<int> row_order(int rows, const std::vector<int>& ipiv) {
     return order;
 }
 
-// |A - P L U| / (n |A| eps) in the Frobenius norm; NaN if a factor is. For a good factorization without great growth
-// it is around 1 at most.
+// |A - P L U| in roundings of |A|; NaN if a factor is. Without great growth it is around 1 at most.
 template <class T>
-double lu_residual(const BasicGuardedMatrix<T>& a, const LuFactors<T>& f) {
+double lu_residual(const Operand<T>& a, const LuFactors<T>& f) {
     if (!pivots_in_range(f))
-        return std::numeric_limits<double>::quiet_NaN();
-    using Wide = decltype(wide(T()));
-    const int m = a.rows(), n = a.columns(), length = std::min(m, n);
-    const std::vector<int> order = row_order(m, f.ipiv);
-    std::vector<Wide> lower(static_cast<std::size_t>(m) * static_cast<std::size_t>(length)); // by columns
-    for (int l = 0; l < length; ++l)
-        for (int i = l; i < m; ++i)
-            lower[static_cast<std::size_t>(l) * static_cast<std::size_t>(m) + static_cast<std::size_t>(i)] =
-                i == l ? Wide(1) : wide(f.lu(i, l));
-    double error = 0, size = 0;
-    std::vector<Wide> column(static_cast<std::size_t>(m));
-    for (int j = 0; j < n; ++j) {
-        for (int i = 0; i < m; ++i) {
-            const Wide x = wide(a(order[static_cast<std::size_t>(i)], j));
-            column[static_cast<std::size_t>(i)] = x;
-            size += std::norm(x);
-        }
-        for (int l = 0; l <= std::min(j, length - 1); ++l) {
-            const Wide u = wide(f.lu(l, j));
-            const Wide* const x = lower.data() + static_cast<std::size_t>(l) * static_cast<std::size_t>(m);
-            for (std::size_t i = static_cast<std::size_t>(l); i < static_cast<std::size_t>(m); ++i)
-                column[i] -= product(x[i], u);
-        }
-        for (const Wide& x : column)
-            error += std::norm(x);
-    }
-    return error == 0 ? 0 : std::sqrt(error / size) / (std::max(m, n) * double{std::numeric_limits<float>::epsilon()});
+        return nan;
+    const std::vector<int> order = row_order(a.rows(), f.ipiv);
+    const WideMatrix<T> permuted(a.rows(), a.columns(),
+                                 [&](int i, int j) { return widen(a(order[std::size_t(i)], j)); });
+    const double error = norm(permuted - lower_factor(f.lu, true) * upper_factor(f.lu));
+    return in_roundings(error, std::max(a.rows(), a.columns()), norm(permuted));
 }
 constexpr double luBound = 10;
 
@@ -140,8 +113,8 @@ constexpr LuKind luKinds[] = {LuKind::random,         LuKind::graded,   LuKind::
                               LuKind::nearlySingular, LuKind::singular, LuKind::zero};
 
 template <class T>
-BasicGuardedMatrix<T> lu_matrix(LuKind kind, int m, int n, int extra = 0, int offset = 0) {
-    BasicGuardedMatrix<T> a(m, n, m + extra, offset);
+Operand<T> lu_matrix(LuKind kind, int m, int n, int extra = 0, int offset = 0) {
+    Operand<T> a(m, n, m + extra, offset);
     std::mt19937 random(static_cast<unsigned>(m * 31 + n));
     a.fill_random(random);
     const auto scale = [&](int i, int j, float factor) { a(i, j) = factor * a(i, j); };
@@ -175,49 +148,29 @@ BasicGuardedMatrix<T> lu_matrix(LuKind kind, int m, int n, int extra = 0, int of
 // near, however the sums are rounded. L and U are close enough to diagonal to be well-conditioned.
 template <class T>
 struct KnownPivots {
-    BasicGuardedMatrix<T> a;
+    Operand<T> a;
     std::vector<int> ipiv;
 };
 
 template <class T>
 KnownPivots<T> known_pivots(int m, int n, int extra = 0) {
-    using Wide = decltype(wide(T()));
     const int length = std::min(m, n);
     std::mt19937 random(static_cast<unsigned>(m + 17 * n));
-    const double spread = std::min(0.25, 1 / std::sqrt(length));
-    std::uniform_real_distribution<double> small(-spread, spread), large(1, 2);
-    const auto part = [&]() -> Wide {
-        if constexpr (isComplex<T>)
-            return {small(random), small(random)};
-        else
-            return 2 * small(random);
+    const double spread = std::min(0.25, 1 / std::sqrt(length)) * (isComplex<T> ? 1 : 2);
+    const auto factor = [&](bool stored, bool onDiagonal, double size) -> Wide<T> {
+        return onDiagonal ? size : stored ? spread * widen(any_size_one<T>(random)) : 0;
     };
-    const auto sm = static_cast<std::size_t>(m), sn = static_cast<std::size_t>(n);
-    std::vector<Wide> product(sm * sn), upper(sn), lower(sm * sn);
-    for (Wide& x : lower)
-        x = part();
+    const WideMatrix<T> lower(m, length, [&](int i, int j) { return factor(i > j, i == j, 1); }),
+        upper(length, n,
+              [&](int i, int j) { return factor(i < j, i == j, 1.5 + 0.5 * widen(any_size_one<float>(random))); }),
+        product = lower * upper;
     KnownPivots<T> known{{m, n, m + extra}, {}};
-    for (int j = 0; j < n; ++j) {
-        for (int l = 0; l < length; ++l)
-            upper[static_cast<std::size_t>(l)] = l < j ? part() : l == j ? Wide(large(random)) : Wide(0);
-        for (int l = 0; l <= std::min(j, length - 1); ++l)
-            for (int i = l; i < m; ++i)
-                product[static_cast<std::size_t>(j) * sm + static_cast<std::size_t>(i)] +=
-                    upper[static_cast<std::size_t>(l)] *
-                    (i == l ? Wide(1) : lower[static_cast<std::size_t>(l) * sm + static_cast<std::size_t>(i)]);
-    }
     for (int k = 0; k < length; ++k)
         known.ipiv.push_back(k + 1 + static_cast<int>(random() % static_cast<unsigned>(m - k)));
     const std::vector<int> order = row_order(m, known.ipiv);
     for (int j = 0; j < n; ++j)
-        for (int i = 0; i < m; ++i) {
-            const Wide x = product[static_cast<std::size_t>(j) * sm + static_cast<std::size_t>(i)];
-            T& element = known.a(order[static_cast<std::size_t>(i)], j);
-            if constexpr (isComplex<T>)
-                element = {static_cast<float>(x.real()), static_cast<float>(x.imag())};
-            else
-                element = static_cast<float>(x);
-        }
+        for (int i = 0; i < m; ++i)
+            round_to(product(i, j), known.a(order[std::size_t(i)], j));
     return known;
 }
 

@@ -1,4 +1,0 @@
-#pragma once
-#include <gtest/gtest.h>
-
-#include "support/oracle.hpp"
