@@ -48,8 +48,9 @@ void check_norms(const GuardedVector<T>& x, double unit) {
     }
     const double norm = std::sqrt(squares);
     for (const VectorBuild& build : vector_builds()) {
-        const Norms<T> found = norms(build, x.size(), x.data(), x.inc());
-        const bool good = std::abs(found.asum - sum) <= std::max(x.size(), 0) * unit * sum &&
+        Norms<T> found;
+        const int flags = flags_raised([&] { found = norms(build, x.size(), x.data(), x.inc()); });
+        const bool good = flags == 0 && std::abs(found.asum - sum) <= std::max(x.size(), 0) * unit * sum &&
                           std::abs(found.nrm2 - norm) <= eps * norm && found.iamax == first_largest(x);
         ASSERT_TRUE(good) << build << " n=" << x.size() << " inc " << x.inc() << " address "
                           << reinterpret_cast<std::uintptr_t>(x.data()) % 64 << ": " << found.asum << " for " << sum

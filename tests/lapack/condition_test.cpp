@@ -9,8 +9,7 @@ namespace {
 
 template <class T>
 struct Condition : testing::Test {};
-using ConditionElements = testing::Types<float, SingleComplex>;
-TYPED_TEST_SUITE(Condition, ConditionElements);
+TYPED_TEST_SUITE(Condition, Elements);
 
 // The 1-norm of a matrix of real numbers as SLACN2 estimates it.
 template <class T>

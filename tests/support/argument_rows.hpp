@@ -3,17 +3,20 @@
 //
 // A call is its arguments as words: a letter for an option ('~' an empty one), a number for an int or a real scalar,
 // '.' for an array of ones, 'v' for one whose elements go down, 'w' for a work array whose first element may be stored
-// although an argument is bad. info is left out.
+// although an argument is bad. 'm' is a matrix that is large on its diagonal, with the leading dimension that follows,
+// and 'b' with a number one in band storage, with the diagonal in that row. info is left out.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <iterator>
 #include <map>
 #include <numeric>
+#include <random>
 #include <set>
 #include <sstream>
 #include <string>
@@ -48,7 +51,7 @@ inline std::vector<std::string> words_of(const std::string& text) {
 // One argument: what its word stands for, in memory of its own.
 class Argument {
 public:
-    explicit Argument(const std::string& word) : word_(word) {}
+    explicit Argument(const std::string& word, const std::string& next = "") : word_(word), next_(next) {}
 
     template <class T>
     T* address(T*) {
@@ -79,26 +82,43 @@ public:
     }
 
 private:
-    bool is_array() const { return word_ == "." || word_ == "v" || word_ == "w"; }
+    bool is_matrix() const { return word_[0] == 'm' || (word_[0] == 'b' && word_.size() > 1); }
+    bool is_array() const { return word_ == "." || word_ == "v" || word_ == "w" || is_matrix(); }
 
     // Ones: matrices, vectors and pivots that any routine can work on.
     template <class Element>
     void fill() {
-        std::vector<Element> elements(512, [] {
-            if constexpr (std::is_same_v<Element, qrv_complex>)
-                return Element{1, 0};
+        constexpr bool isReal = !std::is_same_v<Element, qrv_complex>;
+        const auto whole = [](float x) {
+            if constexpr (isReal)
+                return static_cast<Element>(x);
             else
-                return Element(1);
-        }());
-        if constexpr (!std::is_same_v<Element, qrv_complex>)
+                return Element{x, 0};
+        };
+        const long next = std::strtol(next_.c_str(), nullptr, 10); // a leading dimension, or the length of a work array
+        std::vector<Element> elements(std::max<std::size_t>(512, word_ == "w" ? std::max(next, 0L) : 0), whole(1));
+        if constexpr (isReal)
             if (word_ == "v")
                 std::iota(elements.rbegin(), elements.rend(), Element(1));
+        if (is_matrix()) {
+            const auto ld = static_cast<std::size_t>(std::abs(next));
+            std::minstd_rand random;
+            const auto any = [&] { return static_cast<float>(random() % 255) / 127 - 1; };
+            elements.resize(2 * ld * ld + 512);
+            for (std::size_t k = 0; k < elements.size(); ++k)
+                if (k % ld == (word_[0] == 'm' ? k / ld : std::stoul(word_.substr(1))))
+                    elements[k] = whole(static_cast<float>(3 * ld));
+                else if constexpr (isReal)
+                    elements[k] = static_cast<Element>(any());
+                else
+                    elements[k] = {any(), any()};
+        }
         memory_.resize(elements.size() * sizeof(Element));
         std::memcpy(memory_.data(), elements.data(), memory_.size());
         before_ = memory_;
     }
 
-    std::string word_;
+    std::string word_, next_;
     std::vector<unsigned char> memory_, before_;
 };
 
@@ -116,10 +136,12 @@ using Routines = std::map<std::string, Routine>;
 
 template <class... P>
 std::vector<Argument> arguments_of(const std::string& call) {
-    const auto words = words_of(call);
+    auto words = words_of(call);
     EXPECT_EQ(words.size(), sizeof...(P)) << call;
-    std::vector<Argument> arguments(words.begin(), words.end());
-    arguments.resize(sizeof...(P), Argument("."));
+    words.resize(sizeof...(P) + 1, ".");
+    std::vector<Argument> arguments;
+    for (std::size_t i = 0; i < sizeof...(P); ++i)
+        arguments.emplace_back(words[i], words[i + 1]);
     return arguments;
 }
 

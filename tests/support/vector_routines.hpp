@@ -8,6 +8,7 @@
 #include "blas/blas.hpp"
 #include "blas/thread/common/level1/level1_threads.hpp"
 #include "support/builds.hpp"
+#include "support/flags.hpp"
 #include "support/oracle.hpp"
 
 namespace qrv::test {
@@ -147,8 +148,8 @@ inline std::ostream& operator<<(std::ostream& out, const VectorShape& p) {
                << " guards " << static_cast<int>(p.guardx) << ',' << static_cast<int>(p.guardy);
 }
 
-// Whether run(call) does what the routine should. Elements are element(random); error(i, size) is what element i
-// may be wrong by, and the value of a function if i is -1, where `size` is the sum of |x||y|.
+// Whether run(call) does what the routine should, and raises no flags by it. Elements are element(random); error(i,
+// size) is what element i may be wrong by, and the value of a function if i is -1, where `size` is the sum of |x||y|.
 template <class T, class Element, class Error, class Run>
 bool comes_out(const VectorRoutine<T>& routine, const VectorShape& p, const Element& element, const Error& error,
                const Run& run) {
@@ -164,10 +165,11 @@ bool comes_out(const VectorRoutine<T>& routine, const VectorShape& p, const Elem
         size += std::abs(xi) * std::abs(yi);
         routine.step(xi, yi, sum);
     }
-    const T result = run(VectorCall<T>{p.n, x.data(), p.incx, y.data(), p.incy});
+    T result{};
+    const int flags = flags_raised([&] { result = run(VectorCall<T>{p.n, x.data(), p.incx, y.data(), p.incy}); });
     const auto allowed = [&](std::size_t i) { return error(static_cast<int>(i), size); };
     return holds(x, wideX, allowed) && holds(y, wideY, allowed) &&
-           std::abs(widen(result) - sum) <= (routine.sums ? error(-1, size) : 0);
+           std::abs(widen(result) - sum) <= (routine.sums ? error(-1, size) : 0) && flags == 0;
 }
 // Numbers that do not round.
 template <class T, class Run>

@@ -1,0 +1,140 @@
+// Calls of every routine with ordinary matrices. A host may have invalid operations, divisions by zero and overflows
+// trapped: no flag of these is raised, whatever is computed on the way and not used. And it may give its threads small
+// stacks.
+#include <gtest/gtest.h>
+
+#include "blas/complex.hpp"
+#include "lapack/lapack.hpp"
+#include "support/argument_rows.hpp"
+#include "support/flags.hpp"
+#include "support/stack.hpp"
+#include "support/teams.hpp"
+
+namespace qrv::test {
+namespace {
+
+struct OrdinaryCalls {
+    const char* names;
+    std::vector<const char*> calls;
+};
+
+const OrdinaryCalls rows[] = {
+    {"SGETRF CGETRF SGETRF:getrf_ib_omp CGETRF:getrf_ib_omp", {"300 280 m 301 ."}},
+    {"SGETRS CGETRS", {"N 70 9 m 70 . m 71", "T 70 9 m 70 . m 71"}},
+    {"SGETRI CGETRI", {"70 m 70 . w 70", "140 m 140 . w 9000"}},
+    {"SGECON CGECON", {"1 70 m 70 200 . . .", "I 70 m 70 200 . . ."}},
+    {"SLASWP CLASWP", {"30 m 40 1 20 . 1"}},
+    {"STRTRS CTRTRS", {"U N N 70 9 m 70 m 70", "L T U 70 9 m 70 m 70", "U C N 3 1 m 3 m 3"}},
+    {"STRTRI CTRTRI STRTI2 CTRTI2", {"U N 100 m 100", "L N 70 m 70"}},
+    {"STRCON CTRCON", {"1 U N 40 m 40 . . .", "I L N 40 m 40 . . ."}},
+    {"SLATRS CLATRS", {"U N N N 40 m 40 . . .", "L T N N 40 m 40 . . .", "U C U N 4 m 4 . . ."}},
+    {"SPOTRF CPOTRF", {"U 280 m 280", "L 280 m 280"}},
+    {"SPOTF2 CPOTF2 SPOTRI CPOTRI SLAUUM CLAUUM SLAUU2 CLAUU2", {"U 70 m 70", "L 70 m 70"}},
+    {"SPOTRS CPOTRS", {"U 70 9 m 70 m 70"}},
+    {"SPOCON CPOCON", {"L 70 m 70 200 . . ."}},
+    {"SGBTRF SGBTF2", {"90 90 2 1 b3 6 .", "90 90 36 40 b76 113 ."}},
+    {"SGBTRS", {"N 90 2 1 2 b3 6 . m 90", "T 90 2 1 2 b3 6 . m 90"}},
+    {"SGBCON", {"1 90 2 1 b3 6 . 20 . . ."}},
+    {"SPBTRF SPBTF2", {"U 90 2 b2 3", "L 90 40 b0 41"}},
+    {"SPBTRS", {"U 90 2 2 b2 3 m 90"}},
+    {"SPBCON", {"U 90 2 b2 3 12 . . ."}},
+    {"STBTRS", {"U N N 90 2 2 b2 3 m 90"}},
+    {"SLATBS", {"U N N N 90 2 b2 3 . . ."}},
+    {"SLANGE CLANGE", {"M 70 60 m 70 .", "1 70 60 m 70 .", "I 70 60 m 70 .", "F 70 60 m 70 ."}},
+    {"SLANTR CLANTR", {"M U N 60 70 m 70 .", "1 L N 70 60 m 70 .", "I U U 60 70 m 70 .", "F L N 70 60 m 70 ."}},
+    {"SLANSY", {"M U 60 m 60 .", "1 L 60 m 60 .", "F U 60 m 60 ."}},
+    {"SLANST", {"M 60 . .", "1 60 . .", "F 60 . ."}},
+    {"SLASSQ CLASSQ", {"60 m 1 0 1"}},
+    {"SLACPY CLACPY", {"A 60 70 m 70 m 60"}},
+    {"SLASET CLASET", {"A 60 70 0 1 m 70"}},
+    {"SLASCL CLASCL", {"G 0 0 3 1e-30 60 70 m 70"}},
+    {"SRSCL CSRSCL", {"60 3 m 1"}},
+    {"SLACN2", {"40 . . . . . ."}},
+    {"CLACN2", {"40 . . . . ."}},
+    {"SLARFG CLARFG SLARFP CLARFP", {"40 2 m 1 ."}},
+    {"SLARF CLARF", {"L 40 30 m 1 1 m 40 ."}},
+    {"SLARFT CLARFT", {"F C 40 8 m 40 . . 8", "B R 40 8 m 8 . . 8"}},
+    {"SLARFB CLARFB", {"L N F C 40 30 8 m 40 m 8 m 40 . 30"}},
+    {"SLAPY2", {"3 4"}},
+    {"SLAPY3", {"3 4 0"}},
+    {"SLADIV", {"3 4 2 1 . ."}},
+    {"CLADIV", {". 4 2"}},
+    {"SLARTG", {"3 4 . . .", "0 4 . . ."}},
+    {"SLANV2", {"1 2 3 4 . . . . . .", "1 -2 3 4 . . . . . ."}},
+    {"SLALN2", {"0 2 2 1e-30 1 m 2 1 1 m 2 0.5 0.5 m 2 . ."}},
+    {"SLASY2", {"0 0 1 2 2 m 2 m 2 m 2 . m 2 ."}},
+    {"SGEBAL", {"B 40 m 40 . . ."}},
+    {"SGEBAK", {"B R 40 1 40 . 30 m 40"}},
+    {"SSTERF", {"40 . ."}},
+    {"SSTEBZ", {"A B 40 0 1 9 9 0 . . . . . . . . .", "I E 40 0 0 2 3 0 . . . . . . . . ."}},
+    {"SSTEIN", {"40 . . 1 . . . . 40 . . ."}},
+    {"SLASRT", {"I 40 v"}},
+    {"SLAGTF", {"40 . 0.5 . . 0 . ."}},
+    {"SLAGTS", {"-1 3 . . . . . . 0"}},
+    {"SLARNV", {"3 . 40 ."}},
+    {"SLAE2", {"1 2 3 . ."}},
+    {"SLAEV2", {"1 2 3 . . . ."}},
+};
+
+// ---- The rows of src/routines -------------------------------------------------------------------------------------
+
+std::map<std::string, std::function<void(const std::string& call, bool onItsOwn)>> routines;
+
+template <class Result, class... P>
+bool add(const char* name, Result (*routine)(P...)) {
+    const auto expect_clean = [=](const std::string& call, bool onItsOwn) {
+        const bool hasInfo = words_of(call).size() + 1 == sizeof...(P);
+        auto arguments = arguments_of<P...>(hasInfo ? call + " -99" : call);
+        int flags = 0;
+        const auto run = [&] { flags = flags_raised([&] { apply(routine, arguments); }); };
+        if (onItsOwn)
+            EXPECT_LE(stack_taken(run), stackOfACall) << name << ' ' << call;
+        else
+            run();
+        EXPECT_EQ(flags, 0) << name << ' ' << call;
+        EXPECT_EQ(hasInfo ? arguments.back().value() : 0, 0) << name << ' ' << call << ": not ordinary";
+    };
+    return routines.insert({name, expect_clean}).second;
+}
+
+#define CHECKED(NAME, name, ...) const bool name##_added = add(QRV_MEMBER_TEXT(NAME), QRV_MEMBER(NAME));
+#define UNCHECKED(Result, NAME, name, ...) CHECKED(NAME, name)
+#define ROUTE(NAME, name, ...) const bool name##_added = add(QRV_MEMBER_TEXT(NAME) ":" #name, QRV_LAPACK_MEMBER(name));
+#define QRV_ROUTINES "routines/lapack.def"
+#include "routines/members.def"
+
+void run_all(bool onTheirOwn) {
+    for (const auto& [names, calls] : rows)
+        for (const std::string& name : words_of(names)) {
+            ASSERT_TRUE(routines.count(name)) << name << " has no row in src/routines";
+            for (const char* call : calls)
+                routines.at(name)(call, onTheirOwn);
+        }
+}
+
+TEST(Calls, RaiseNoFlags) {
+    for (const int team : {1, 2}) {
+        const ForcedTeam forced(team);
+        run_all(false);
+    }
+}
+
+TEST(Calls, TakeLittleStack) {
+#ifdef QRV_CHECKED
+    GTEST_SKIP() << "sanitizers and asserts take stack of their own";
+#endif
+    const ForcedTeam alone(1);
+    run_all(true);
+}
+
+TEST(Calls, AreToldOfEveryRoutine) {
+    auto untold = routines;
+    for (const auto& [names, calls] : rows)
+        for (const std::string& name : words_of(names))
+            untold.erase(name);
+    for (const auto& [name, routine] : untold)
+        ADD_FAILURE() << name << " has no ordinary call in the table of this file";
+}
+
+} // namespace
+} // namespace qrv::test
