@@ -6,6 +6,7 @@
 
 #include "lapack/calls/cholesky.hpp"
 #include "lapack/calls/norms.hpp"
+#include "lapack/elements.hpp"
 #include "lapack/kernel/source/cholesky/potrf.hpp"
 #include "lapack/lapack.hpp"
 #include "service/reporter.hpp"
@@ -87,6 +88,30 @@ TYPED_TEST(Potrf, ResidualsOfEveryRoute) {
                 for (int i = 0; i < n; ++i)
                     ASSERT_TRUE(std::imag(std::complex<double>(widen(factor(i, i)))) == 0) << route.name;
             }
+}
+
+// Around the blocks of the leaf and the vectors within; what it leaves where it fails.
+TYPED_TEST(Potrf, ResidualsOfLeavesOfEverySize) {
+    using T = TypeParam;
+    for (const Uplo uplo : {Uplo::upper, Uplo::lower})
+        for (int n = 1; n <= 70; ++n) {
+            const Operand<T> a = definite<T>(uplo, n);
+            Operand<T> factor(a);
+            ASSERT_EQ(lapack::potf2(uplo, n, factor.view()), 0);
+            ASSERT_TRUE(residual(a, factor) < 1 && factor.guards_intact()) << letter(uplo) << n;
+
+            Operand<T> bad(a);
+            const int k = (5 * n) % 7 * (n - 1) / 6;
+            bad(k, k) = scalar<T>(-1);
+            ASSERT_EQ(lapack::potf2(uplo, n, bad.view()), k + 1) << letter(uplo) << n;
+            EXPECT_TRUE(lapack::real_part(bad(k, k)) <= -1) << letter(uplo) << n;
+            for (int j = 0; j < k; ++j)
+                for (int i = 0; i <= j; ++i) {
+                    const T found = uplo == Uplo::upper ? bad(i, j) : bad(j, i);
+                    const T whole = uplo == Uplo::upper ? factor(i, j) : factor(j, i);
+                    ASSERT_TRUE(std::abs(widen(found) - widen(whole)) < 1e-5) << letter(uplo) << n << ' ' << i << j;
+                }
+        }
 }
 
 // The first column whose pivot is not positive decides, whatever comes later; NaN is not positive.

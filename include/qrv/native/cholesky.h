@@ -25,7 +25,7 @@ extern "C" {
 QRV_API void SPOTRF(const char* uplo, const int* n, float* a, const int* lda, int* info);
 QRV_API void CPOTRF(const char* uplo, const int* n, qrv_complex* a, const int* lda, int* info);
 
-/* The same row by row of U or column by column of L, for small matrices. info > 0: the columns before that one are
+/* The same for small matrices. info > 0: the columns before that one are
  * factored, and its pivot is in its place on the diagonal.
  * Reported: 1, 2, 4. */
 QRV_API void SPOTF2(const char* uplo, const int* n, float* a, const int* lda, int* info);

@@ -8,7 +8,7 @@
 namespace qrv::lapack {
 
 // A = U^H U or L L^H in the place of its triangle. Result: 0, or the order of the first leading block that is not
-// positive definite. potf2 works row by row or column by column and leaves the pivot of that block on the diagonal.
+// positive definite. potf2, for small matrices, leaves the pivot of that block on the diagonal.
 template <class T>
 int potrf(Uplo uplo, int n, Matrix<T> a);
 template <class T>

@@ -5,7 +5,7 @@
 // of the factor are real. info is 0, or the order of the first leading block that is not positive definite: the factor
 // is complete before that column. A pivot that is NaN is not positive.
 //
-//   unblocked   row by row of U, column by column of L; the leaf     potrf_unblocked.cpp
+//   unblocked   the leaf: blocks of 32 by the serial kernels         potrf_unblocked.cpp, potrf_left_looking.hpp
 //   serial      left-looking over blocks, recursive in the diagonal  potrf_serial.cpp
 //   tiles       tasks on square tiles, handed out as they ripen      potrf_omp.cpp, potrf_schedule.hpp
 //

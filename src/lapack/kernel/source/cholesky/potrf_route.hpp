@@ -22,6 +22,12 @@ constexpr PotrfGrain wide_grain(int n) {
     return {.tile = tile, .steps = 512 / tile, .firstBlock = 4 * tile};
 }
 
+// Columns of a block of the serial route there: the leaf takes 128, and the products of larger ones fill packed
+// kernels.
+constexpr int wide_block(int n) {
+    return n <= 128 ? 128 : n <= 700 ? 64 : n <= 1500 ? 256 : 512;
+}
+
 // `machine` tells the thread budget and, for order n, the tuned crossover and grain, asked in the order that keeps a
 // small call short.
 template <class Machine>
