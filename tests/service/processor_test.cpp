@@ -17,14 +17,19 @@ CpuidWords leaf1(std::uint32_t ecx, std::uint32_t edx = sse2Edx) {
 }
 
 TEST(CpuType, LadderTakesTheHighestClass) {
-    EXPECT_EQ(cpu_type_of(leaf1(sse42 | sse41 | ssse3 | sse3)), 5);
-    EXPECT_EQ(cpu_type_of(leaf1(sse42)), 5) << "each class has one bit of its own";
-    EXPECT_EQ(cpu_type_of(leaf1(sse41 | ssse3 | sse3)), 4);
-    EXPECT_EQ(cpu_type_of(leaf1(ssse3 | sse3)), 4);
-    EXPECT_EQ(cpu_type_of(leaf1(sse3)), 3);
-    EXPECT_EQ(cpu_type_of(leaf1(0)), 2);
-    EXPECT_EQ(cpu_type_of(leaf1(0, ~sse2Edx)), 0);
-    EXPECT_EQ(cpu_type_of({}), 0) << "a machine that answers nothing";
+    const struct {
+        CpuidWords words;
+        int type;
+    } rows[] = {{leaf1(sse42 | sse41 | ssse3 | sse3), 5},
+                {leaf1(sse42), 5}, // each class has one bit of its own
+                {leaf1(sse41 | ssse3 | sse3), 4},
+                {leaf1(ssse3), 4},
+                {leaf1(sse3), 3},
+                {leaf1(0), 2},
+                {leaf1(0, ~sse2Edx), 0},
+                {{}, 0}}; // a machine that answers nothing
+    for (const auto& row : rows)
+        EXPECT_EQ(cpu_type_of(row.words), row.type) << std::hex << row.words.ecx;
 }
 
 TEST(CpuType, Override) {
@@ -91,21 +96,13 @@ const CacheMachine cacheMachines[] = {
      .extended = {},
      .kilobytes = {32, 256, 8192},
      .highestExtended = 0x80000008},
-    {.what = "hybrid, asked on a large core",
+    {.what = "hybrid",
      .leaf4 = {{0xFC004121, 0x02C0003F, 0x3F, 0},
                {0xFC004122, 0x01C0003F, 0x3F, 0},
                {0xFC01C143, 0x0240003F, 0x7FF, 0},
                {0xFC1FC163, 0x02C0003F, 0x9FFF, 4}},
      .extended = {},
      .kilobytes = {48, 1280, 30720},
-     .highestExtended = 0x80000008},
-    {.what = "hybrid, asked on a small core",
-     .leaf4 = {{0xFC004121, 0x01C0003F, 0x3F, 0},
-               {0xFC004122, 0x01C0003F, 0x7F, 0},
-               {0xFC01C143, 0x03C0003F, 0x7FF, 0},
-               {0xFC1FC163, 0x02C0003F, 0x9FFF, 4}},
-     .extended = {},
-     .kilobytes = {32, 2048, 30720},
      .highestExtended = 0x80000008},
     {.what = "three levels in the extended leaf",
      .leaf4 = {},
@@ -186,36 +183,24 @@ TEST(Dispatch, PickKnowsTheFiveClasses) {
 }
 
 TEST(ProcessorEnvironment, ForcedClasses) {
-    const std::string detected = std::to_string(cpu_type_of(cpuid(1)));
+    const std::string detected = "cpu_type=" + std::to_string(cpu_type_of(cpuid(1)));
     const struct {
-        Environment environment;
-        const char* cpuType; // null: as detected
-        const char* cpuMa;   // null: not looked at
-    } rows[] = {
-        {{{"QRV_DEBUG_CPU_TYPE", "1"}}, "0", "0"},
-        {{{"QRV_DEBUG_CPU_TYPE", "0"}}, "0", "0"},
-        {{{"QRV_DEBUG_CPU_TYPE", "2x"}}, "2", "0"},
-        {{{"QRV_DEBUG_CPU_TYPE", "5"}, {"QRV_DEBUG_CPU_MA", "64"}}, "5", "64"},
-        {{{"QRV_DEBUG_CPU_TYPE", "5"}, {"QRV_DEBUG_CPU_MA", "66"}}, "5", "66"},
-        {{{"QRV_DEBUG_CPU_TYPE", "3"}, {"QRV_DEBUG_CPU_MA", "66"}}, "3", "0"},
-        {{{"QRV_DEBUG_CPU_TYPE", "6"}}, nullptr, nullptr},
-        {{{"QRV_DEBUG_CPU_TYPE", "00"}}, nullptr, nullptr},
-        {{{"QRV_DEBUG_CPU_TYPE", ""}}, nullptr, nullptr},
-        {{{"QRV_DEBUG_CPU_TYPE", "2                               "}}, nullptr, nullptr}, // beyond its room
-        {{}, nullptr, nullptr},
-    };
-    for (const auto& row : rows) {
-        auto found = probe({"processor"}, row.environment);
-        EXPECT_EQ(found["cpu_type"], row.cpuType ? row.cpuType : detected);
-        if (row.cpuMa) {
-            EXPECT_EQ(found["cpu_ma"], row.cpuMa);
-        }
-    }
-}
-
-TEST(ProcessorEnvironment, ReadOnce) {
-    auto found = probe({"processor", "set_QRV_DEBUG_CPU_TYPE=3", "processor"}, {{"QRV_DEBUG_CPU_TYPE", "2"}});
-    EXPECT_EQ(found["cpu_type"], "2");
+        const char *type, *ma;
+        std::string found;
+    } rows[] = {{"1", "", "cpu_type=0 cpu_ma=0"},
+                {"0", "", "cpu_type=0 cpu_ma=0"},
+                {"2x", "", "cpu_type=2 cpu_ma=0"},
+                {"5", "64", "cpu_type=5 cpu_ma=64"},
+                {"5", "66", "cpu_type=5 cpu_ma=66"},
+                {"3", "66", "cpu_type=3 cpu_ma=0"},
+                {"6", "", detected},
+                {"00", "", detected},
+                {"", "", detected},
+                {"2                               ", "", detected}}; // beyond its room
+    for (const auto& [type, ma, found] : rows)
+        expect_found({"processor"}, {{"QRV_DEBUG_CPU_TYPE", type}, {"QRV_DEBUG_CPU_MA", ma}}, found);
+    expect_found({"processor"}, {}, detected);
+    expect_found({"processor", "set_QRV_DEBUG_CPU_TYPE=3", "processor"}, {{"QRV_DEBUG_CPU_TYPE", "2"}}, "cpu_type=2");
 }
 
 TEST(VectorForms, NeedProcessorAndSystem) {

@@ -182,10 +182,11 @@ struct SimulatedMachine {
     }
 };
 
-std::vector<int> ids(int count, int step = 1) {
+// One processor after the other, as far as ids of eight bits go.
+std::vector<int> ids(int count) {
     std::vector<int> list;
     for (int i = 0; i < count; ++i)
-        list.push_back(i * step);
+        list.push_back(i % 256);
     return list;
 }
 
@@ -201,52 +202,28 @@ CoreCount count(SimulatedMachine machine) {
 TEST(CoreCount, SimulatedMachines) {
     const struct {
         const char* what;
-        SimulatedMachine machine;
+        std::vector<int> apicIds;
+        std::uint32_t logicalPerPackage, coresPerPackage;
         int physical, logical;
+        std::uint32_t highestLeaf = 11;
+        bool knownVendor = true;
     } rows[] = {
-        {"one processor", {.apicIds = ids(1)}, 1, 1},
-        {"four cores", {.apicIds = ids(4), .logicalPerPackage = 4, .coresPerPackage = 4}, 4, 4},
-        {"four cores, two threads each", {.apicIds = ids(8), .logicalPerPackage = 8, .coresPerPackage = 4}, 4, 8},
-        {"threads numbered after cores",
-         {.apicIds = {0, 2, 4, 6, 1, 3, 5, 7}, .logicalPerPackage = 8, .coresPerPackage = 4},
-         4,
-         8},
-        {"two packages of two cores, two threads each",
-         {.apicIds = ids(8), .logicalPerPackage = 4, .coresPerPackage = 2},
-         4,
-         8},
-        {"ids reserved beyond the cores there are",
-         {.apicIds = {0, 1, 2, 3, 4, 5, 16, 17, 18, 19, 20, 21}, .logicalPerPackage = 16, .coresPerPackage = 8},
-         6,
-         12},
-        {"old leaves only: one core a package",
-         {.apicIds = ids(2), .logicalPerPackage = 2, .coresPerPackage = 2, .highestLeaf = 2},
-         1,
-         2},
-        {"foreign vendor: every APIC id its own core",
-         {.apicIds = ids(8), .logicalPerPackage = 8, .coresPerPackage = 4, .knownVendor = false},
-         8,
-         8},
-        {"a hole: the last processor is not looked at",
-         {.apicIds = {0, -1, 2, 3}, .logicalPerPackage = 4, .coresPerPackage = 4},
-         2,
-         3},
-        {"leaf 1 reserves no ids at all", {.apicIds = ids(4), .logicalPerPackage = 0, .coresPerPackage = 4}, 4, 4},
-        {"48 processors", {.apicIds = ids(48), .logicalPerPackage = 48, .coresPerPackage = 24}, 24, 48},
-        {"more processors than APIC ids",
-         {.apicIds =
-              [] {
-                  auto list = ids(300);
-                  for (int& id : list)
-                      id %= 256;
-                  return list;
-              }(),
-          .knownVendor = false},
-         256,
-         300},
+        {"one processor", ids(1), 1, 1, 1, 1},
+        {"four cores", ids(4), 4, 4, 4, 4},
+        {"four cores, two threads each", ids(8), 8, 4, 4, 8},
+        {"threads numbered after cores", {0, 2, 4, 6, 1, 3, 5, 7}, 8, 4, 4, 8},
+        {"two packages of two cores, two threads each", ids(8), 4, 2, 4, 8},
+        {"ids reserved beyond the cores there are", {0, 1, 2, 3, 4, 5, 16, 17, 18, 19, 20, 21}, 16, 8, 6, 12},
+        {"old leaves only: one core a package", ids(2), 2, 2, 1, 2, 2},
+        {"foreign vendor: every APIC id its own core", ids(8), 8, 4, 8, 8, 11, false},
+        {"a hole: the last processor is not looked at", {0, -1, 2, 3}, 4, 4, 2, 3},
+        {"leaf 1 reserves no ids at all", ids(4), 0, 4, 4, 4},
+        {"48 processors", ids(48), 48, 24, 24, 48},
+        {"more processors than APIC ids", ids(300), 1, 1, 256, 300, 11, false},
     };
     for (const auto& row : rows) {
-        const CoreCount found = count(row.machine);
+        const CoreCount found =
+            count({row.apicIds, row.logicalPerPackage, row.coresPerPackage, row.highestLeaf, row.knownVendor});
         EXPECT_EQ(found.physicalCores, row.physical) << row.what;
         EXPECT_EQ(found.logicalProcessors, row.logical) << row.what;
     }
@@ -265,57 +242,36 @@ TEST(CoreCount, OneWhereNothingCanBeCounted) {
 
 // ---- A fresh process --------------------------------------------------------------------------------------
 
-TEST(BudgetEnvironment, DefaultsAndRequests) {
-    auto found = probe({"affinity", "threads", "inside"}, {});
-    EXPECT_EQ(found["affinity_kept"], "1");
-    EXPECT_EQ(found["dynamic"], "1");
-    EXPECT_EQ(std::stoi(found["all"]), std::min(std::stoi(found["omp"]), std::stoi(found["cores"])));
-    EXPECT_EQ(found["all_inside"], "1");
-    EXPECT_EQ(found["in_parallel"], "1");
-
-    found = probe({"threads", "inside"},
-                  {{"QRV_DYNAMIC", "FALSE"}, {"QRV_NUM_THREADS", "16"}, {"QRV_DOMAIN_NUM_THREADS", "QRV_BLAS=3"}});
-    EXPECT_EQ(found["all"], "16");
-    EXPECT_EQ(found["blas"], "3");
-    EXPECT_EQ(found["fft"], "16");
-    EXPECT_EQ(found["all_inside"], "16");
-}
-
-TEST(BudgetEnvironment, SettersWin) {
-    auto found = probe({"request=3", "dynamic=0", "blas=2", "threads", "domain4=2"},
-                       {{"QRV_NUM_THREADS", "7"}, {"QRV_DOMAIN_NUM_THREADS", "QRV_BLAS=8"}});
-    EXPECT_EQ(found["all"], "3");
-    EXPECT_EQ(found["blas"], "2");
-    EXPECT_EQ(found["stored"], "0") << "an unknown domain stores nothing";
-    found = probe({"dynamic=0", "request=0", "blas=0", "threads"},
-                  {{"QRV_NUM_THREADS", "7"}, {"QRV_DOMAIN_NUM_THREADS", "QRV_BLAS=8"}});
-    EXPECT_EQ(found["result"], "0");
-    EXPECT_EQ(found["all"], "7") << "0 is no request for everything";
-    EXPECT_EQ(found["blas"], "7") << "0 keeps the environment out of the domain";
-    found = probe({"mpi_threaded=0", "threads"}, {});
-    EXPECT_EQ(found["all"], "1");
-}
-
-TEST(BudgetEnvironment, ReadOnceAndConfined) {
-    auto found =
-        probe({"threads", "set_QRV_NUM_THREADS=5", "threads"}, {{"QRV_DYNAMIC", "false"}, {"QRV_NUM_THREADS", "2"}});
-    EXPECT_EQ(found["all"], "2");
-    if (std::thread::hardware_concurrency() < 2)
-        GTEST_SKIP() << "one processor: nothing to confine";
-    found = probe({"pin", "threads"}, {{"QRV_NUM_THREADS", "8"}});
-    EXPECT_EQ(found["uncounted"], "1");
-    EXPECT_EQ(found["all"], "1") << "a confined process counts as one core";
-}
-
-TEST(BudgetEnvironment, BoundThreadsDoNotConfineTheProcess) {
-    auto found = probe({"pinned_thread", "threads"}, {{"QRV_NUM_THREADS", "8"}});
-    EXPECT_EQ(found["affinity_kept"], "1") << "the caller's own mask";
-    EXPECT_EQ(found["uncounted"], "0");
+TEST(BudgetEnvironment, OfAFreshProcess) {
+    const Environment requests{{"QRV_NUM_THREADS", "7"}, {"QRV_DOMAIN_NUM_THREADS", "QRV_BLAS=8"}},
+        eight{{"QRV_NUM_THREADS", "8"}};
+    const struct {
+        std::vector<std::string> steps;
+        Environment environment;
+        const char* found;
+    } rows[] = {
+        {{"affinity", "threads", "inside"}, {}, "affinity_kept=1 dynamic=1 all_inside=1 in_parallel=1"},
+        {{"threads", "inside"},
+         {{"QRV_DYNAMIC", "FALSE"}, {"QRV_NUM_THREADS", "16"}, {"QRV_DOMAIN_NUM_THREADS", "QRV_BLAS=3"}},
+         "all=16 blas=3 fft=16 all_inside=16"},
+        // Setters win. An unknown domain stores nothing; 0 is no request, and keeps the environment out of a domain.
+        {{"request=3", "dynamic=0", "blas=2", "threads", "domain4=2"}, requests, "all=3 blas=2 stored=0"},
+        {{"dynamic=0", "request=0", "blas=0", "threads"}, requests, "result=0 all=7 blas=7"},
+        {{"mpi_threaded=0", "threads"}, {}, "all=1"},
+        {{"dynamic=0", "threads", "set_QRV_NUM_THREADS=5", "threads"}, requests, "all=7"}, // read once
+        {{"pinned_thread", "threads"}, eight, "affinity_kept=1 uncounted=0"}, // the caller's mask is not the process's,
+        {{"pin", "threads"}, eight, "uncounted=1 all=1"},                     // which counts as one core
+    };
+    for (const auto& [steps, environment, found] : rows)
+        if (steps[0] != "pin" || std::thread::hardware_concurrency() > 1)
+            expect_found(steps, environment, found);
     for (const char* bind : {"true", "spread", "false"}) {
-        found = probe({"threads"}, {{"QRV_NUM_THREADS", "8"}, {"OMP_PROC_BIND", bind}});
+        auto found = probe({"threads"}, {{"QRV_NUM_THREADS", "8"}, {"OMP_PROC_BIND", bind}});
         EXPECT_EQ(found["uncounted"], "0") << bind;
         EXPECT_EQ(found["all"], std::to_string(std::min(8, std::stoi(found["cores"])))) << bind;
     }
+    auto found = probe({"threads"}, {});
+    EXPECT_EQ(std::stoi(found["all"]), std::min(std::stoi(found["omp"]), std::stoi(found["cores"])));
 }
 
 } // namespace

@@ -289,12 +289,10 @@ TEST_F(WorkPool, RecordsOfAnEarlierGenerationAreNotUsed) {
 }
 
 TEST(WorkPoolEnvironment, SwitchedOff) {
-    EXPECT_EQ(probe({"pool"}, {})["buffers"], "1");
+    expect_found({"pool"}, {}, "buffers=1");
     for (const char* name : {"QRV_DISABLE_FAST_MM", "QRV_MM_DISABLE"}) {
-        auto found = probe({"pool"}, {{name, "0"}});
-        EXPECT_EQ(found["buffers"], "-1") << name;
-        EXPECT_EQ(found["bytes"], "0") << name;
-        EXPECT_EQ(probe({"pool"}, {{name, ""}})["buffers"], "1") << "empty is unset";
+        expect_found({"pool"}, {{name, "0"}}, "buffers=-1 bytes=0");
+        expect_found({"pool"}, {{name, ""}}, "buffers=1"); // empty is unset
     }
 }
 

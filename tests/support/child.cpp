@@ -76,4 +76,14 @@ std::map<std::string, std::string> probe(const std::vector<std::string>& argumen
     return values;
 }
 
+void expect_found(const std::vector<std::string>& arguments, const Environment& environment,
+                  const std::string& expected) {
+    auto found = probe(arguments, environment);
+    std::istringstream words(expected);
+    for (std::string word; words >> word;) {
+        const std::string name = word.substr(0, word.find('='));
+        EXPECT_EQ(name + '=' + found[name], word) << arguments[0] << ", " << testing::PrintToString(environment);
+    }
+}
+
 } // namespace qrv::test

@@ -25,4 +25,8 @@ ChildResult run_program(const std::string& path, const std::vector<std::string>&
 std::map<std::string, std::string> probe(const std::vector<std::string>& arguments,
                                          const Environment& environment = {});
 
+// Expects of these lines those that are told: "name=value name=value".
+void expect_found(const std::vector<std::string>& arguments, const Environment& environment,
+                  const std::string& expected);
+
 } // namespace qrv::test

@@ -166,43 +166,6 @@ public:
         EXPECT_TRUE(computed) << "nothing was computed";
     }
 
-    // Each native argument that can be bad, alone: an unknown letter, -1, or an increment 0.
-    void reports_bad_arguments(const std::vector<int>& positions) {
-        for (Parameter& row : state_.parameters) // the Frobenius norm is not everywhere one
-            row.value = row.kind == Parameter::option && std::string(row.text(0, name_)) == "F" ? 1 : row.value;
-        const State before = state_;
-        const int minusOne = -1, zero = 0;
-        std::vector<int> reported;
-        const std::vector<const void*> good = native_arguments();
-        const auto rejected = [&](std::size_t index, const void* bad) {
-            std::vector<const void*> arguments = good;
-            arguments[index] = bad;
-            int result = 0;
-            const std::string text = printed([&] { result = native_(arguments); });
-            const int position = static_cast<int>(index) + 1;
-            if (!text.empty()) {
-                const Parameter& last = state_.parameters.back();
-                EXPECT_EQ(text, "\nQRV ERROR: Parameter " + std::to_string(position) + " was incorrect on entry to " +
-                                    name_ + "\n");
-                EXPECT_EQ(last.kind == Parameter::info ? last.value : result,
-                          last.kind == Parameter::info ? -position : 1);
-                EXPECT_TRUE(state_.same_but_for_info(before)) << "position " << position;
-                reported.push_back(position);
-            }
-            state_ = before;
-            return !text.empty();
-        };
-        std::size_t index = returnsComplex_ ? 1 : 0; // what the method brings itself stands behind all that is checked
-        for (const Parameter& row : before.parameters) {
-            if (row.kind == Parameter::option)
-                rejected(index, "?");
-            else if (row.kind == Parameter::integer && !positions.empty() && !rejected(index, &minusOne))
-                rejected(index, &zero);
-            index += row.kind != Parameter::offset;
-        }
-        EXPECT_EQ(reported, positions);
-    }
-
     // Arrays with an offset are asked for first, then those without, whatever there is to do: each fails by itself, and
     // of two that would fail in different ways the first decides.
     void asks_for_arrays_in_order() {
@@ -364,14 +327,12 @@ public:
     explicit MethodTable(Interface* object) : object_(object) {}
 
     template <class Method, class Native>
-    void check(const char* routine, Method method, Native* native, std::vector<int> ints,
-               const std::vector<int>& positions = {}, std::vector<int> work = {}) {
+    void check(const char* routine, Method method, Native* native, std::vector<int> ints, std::vector<int> work = {}) {
         SCOPED_TRACE(routine);
         stands_in_order(method);
         MethodCheck check(routine, object_, method, native, std::move(ints), std::move(work));
         check.asks_for_arrays_in_order();
         check.agrees_with_native();
-        check.reports_bad_arguments(positions);
     }
 
     // A method whose native routine is still to come.

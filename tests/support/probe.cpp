@@ -1,4 +1,5 @@
 // Prints, as "name=value" lines, what a fresh process finds: each argument is one step, done in the order given.
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -95,47 +96,41 @@ void set_variable(std::string_view step) {
     setenv(std::string(step.substr(4, equals - 4)).c_str(), std::string(step.substr(equals + 1)).c_str(), 1);
 }
 
+const struct {
+    std::string_view name;
+    void (*act)();
+} steps[] = {
+    {"processor", print_processor},
+    {"threads", print_threads},
+    {"inside", print_inside_region},
+    {"pool", print_pool},
+    {"affinity", print_affinity_kept},
+    {"pinned_thread", query_from_pinned_thread},
+    {"pin", pin_to_first_processor},
+    {"configuration", print_configuration},
+    {"request=3", [] { qrv_serv_set_num_threads(3); }},
+    {"request=0", [] { print("result", qrv_serv_set_num_threads(0)); }},
+    {"blas=2", [] { print("stored", qrv_serv_domain_set_num_threads(2, QRV_DOMAIN_BLAS)); }},
+    {"blas=0", [] { print("stored", qrv_serv_domain_set_num_threads(0, QRV_DOMAIN_BLAS)); }},
+    {"domain4=2", [] { print("stored", qrv_serv_domain_set_num_threads(2, 4)); }},
+    {"dynamic=0", [] { qrv_serv_set_dynamic(0); }},
+    {"mpi_threaded=0", [] { qrv_serv_set_mpi_threaded(0); }},
+};
+
 } // namespace
 
 int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
-        const std::string_view step = argv[i];
-        if (step == "processor")
-            print_processor();
-        else if (step == "threads")
-            print_threads();
-        else if (step == "inside")
-            print_inside_region();
-        else if (step == "pool")
-            print_pool();
-        else if (step == "affinity")
-            print_affinity_kept();
-        else if (step == "pinned_thread")
-            query_from_pinned_thread();
-        else if (step == "pin")
-            pin_to_first_processor();
-        else if (step == "configuration")
-            print_configuration();
-        else if (step == "request=3")
-            qrv_serv_set_num_threads(3);
-        else if (step == "request=0")
-            print("result", qrv_serv_set_num_threads(0));
-        else if (step == "blas=2")
-            print("stored", qrv_serv_domain_set_num_threads(2, QRV_DOMAIN_BLAS));
-        else if (step == "blas=0")
-            print("stored", qrv_serv_domain_set_num_threads(0, QRV_DOMAIN_BLAS));
-        else if (step == "domain4=2")
-            print("stored", qrv_serv_domain_set_num_threads(2, 4));
-        else if (step == "dynamic=0")
-            qrv_serv_set_dynamic(0);
-        else if (step == "mpi_threaded=0")
-            qrv_serv_set_mpi_threaded(0);
-        else if (step.starts_with("set_"))
-            set_variable(step);
-        else {
+        const std::string_view name = argv[i];
+        const auto* const step =
+            std::find_if(std::begin(steps), std::end(steps), [&](const auto& s) { return s.name == name; });
+        if (step != std::end(steps)) {
+            step->act();
+        } else if (name.starts_with("set_")) {
+            set_variable(name);
+        } else {
             std::fprintf(stderr, "probe: unknown step %s\n", argv[i]);
             return 2;
         }
     }
-    return 0;
 }
