@@ -28,9 +28,9 @@ std::vector<int> band_widths(int n) {
     return {0, 1, 2, 3, 4, 5, 9, 17, 33, std::max(0, n - 1), n + 2};
 }
 
-// body(m, n, k, ku) for all sizes that suit a routine with so many options.
+// body(m, n, k, ku) for the small or the large sizes that suit a routine with so many options.
 template <class Body>
-void each_size(const Operation& o, unsigned options, Turns& turns, const Body& body) {
+void each_size(const Operation& o, bool largeOnes, unsigned options, Turns& turns, const Body& body) {
     const bool general = o.kind == Form::general;
     const auto add = [&](int m, int n) {
         if (!o.banded)
@@ -40,32 +40,32 @@ void each_size(const Operation& o, unsigned options, Turns& turns, const Body& b
             if (!general || turns.one_in(4))
                 body(m, n, k, general ? turns.pick(widths) : 0);
     };
-    if (general) {
+    if (largeOnes) {
+        for (const auto& [m, n] : large)
+            add(m, general ? n : m);
+        for (int round = 0; general && round < 3; ++round)
+            for (const auto& [m, n] : largest)
+                add(m, n);
+        for (const int n : largestSquares)
+            if (!general)
+                add(n, n);
+    } else if (general) {
         for (const int m : small)
             for (const int n : small)
-                add(m, n);
-        for (const auto& [m, n] : large)
-            add(m, n);
-        for (int round = 0; round < 3; ++round)
-            for (const auto& [m, n] : largest)
                 add(m, n);
     } else {
         for (unsigned round = 0; round < (o.banded ? 12 : 36) / options; ++round)
             for (const int n : small)
                 add(n, n);
-        for (const auto& [m, n] : large)
-            add(m, m);
-        for (const int n : largestSquares)
-            add(n, n);
     }
 }
 
-TEST(Level2, EveryRoutineOnEveryBuild) {
+void check_every_routine(bool largeOnes) {
     Turns turns;
     each_routine(true, [&]<class T>(const Routine<T>& routine) {
         const auto options = every_option<T>(routine.operation);
         const auto count = static_cast<unsigned>(options.size());
-        each_size(routine.operation, count, turns, [&](int m, int n, int k, int ku) {
+        each_size(routine.operation, largeOnes, count, turns, [&](int m, int n, int k, int ku) {
             for (Shape p : options) {
                 const bool isLarge = m > 300 || n > 300;
                 if (isLarge && !turns.one_in(m == n ? (count + 1) / 2 : 2))
@@ -75,6 +75,12 @@ TEST(Level2, EveryRoutineOnEveryBuild) {
             }
         });
     });
+}
+TEST(Level2, EveryRoutineOnEveryBuild) {
+    check_every_routine(false);
+}
+TEST(Level2, LargeOnesOfEveryRoutine) {
+    check_every_routine(true);
 }
 
 // ---- Bands of a team ------------------------------------------------------------------------------------------------

@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include "qrv/service.h"
 #include "service/processor.hpp"
@@ -9,6 +10,8 @@
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
+    mallopt(M_MMAP_THRESHOLD, 1 << 30); // large operands come and go: their pages stay
+    mallopt(M_TRIM_THRESHOLD, 1 << 30);
     if (const char* forced = std::getenv("QRV_DEBUG_CPU_TYPE")) {
         const int type = std::atoi(forced);
         if (type > qrv::cpu_type_of(qrv::cpuid(1))) {

@@ -17,6 +17,13 @@ inline std::complex<double> times(std::complex<double> x, std::complex<double> y
     return {x.real() * y.real() - x.imag() * y.imag(), x.real() * y.imag() + x.imag() * y.real()};
 }
 
+// |x|, without the care for the ends of the range that std::abs takes.
+inline double magnitude(double x) {
+    return std::abs(x);
+}
+inline double magnitude(std::complex<double> x) {
+    return std::sqrt(std::norm(x));
+}
 // The worse of two errors; NaN if one is.
 inline double worse(double x, double y) {
     return std::isnan(x) || x >= y ? x : y;
@@ -32,18 +39,14 @@ struct WideMatrix {
     WideMatrix(int m, int n, std::vector<Wide<T>> elements) : rows(m), columns(n), values(std::move(elements)) {
         sizes.reserve(values.size());
         for (const Wide<T>& x : values)
-            sizes.push_back(std::sqrt(std::norm(x)));
+            sizes.push_back(magnitude(x));
     }
     template <class Entry, class = std::enable_if_t<std::is_invocable_v<Entry, int, int>>>
     WideMatrix(int m, int n, const Entry& entry) : WideMatrix(m, n, listed(m, n, entry)) {}
     // op(X)
     explicit WideMatrix(const Operand<T>& x, char option = 'N')
         : WideMatrix(is_transposed(option) ? x.columns() : x.rows(), is_transposed(option) ? x.rows() : x.columns(),
-                     [&](int i, int j) {
-                         return !is_transposed(option)           ? x.entry(i, j)
-                                : option == 'C' || option == 'c' ? conjugate(x.entry(j, i))
-                                                                 : x.entry(j, i);
-                     }) {}
+                     elements_of(x, option)) {}
     std::size_t at(int i, int j) const { return std::size_t(i) + std::size_t(rows) * std::size_t(j); }
     const Wide<T>& operator()(int i, int j) const { return values[at(i, j)]; }
     WideMatrix adjoint() const {
@@ -65,6 +68,25 @@ struct WideMatrix {
     }
 
 private:
+    static std::vector<Wide<T>> elements_of(const Operand<T>& x, char option) {
+        const Form& form = x.form();
+        const auto stride = std::size_t(is_transposed(option) ? form.columns : form.rows);
+        std::vector<Wide<T>> elements(std::size_t(form.rows) * std::size_t(form.columns));
+        const auto put = [&](int i, int j) {
+            if (is_transposed(option))
+                std::swap(i, j);
+            const Wide<T> value = is_transposed(option) ? x.entry(j, i) : x.entry(i, j);
+            elements[std::size_t(i) + stride * std::size_t(j)] =
+                option == 'C' || option == 'c' ? conjugate(value) : value;
+        };
+        x.each_stored(put);
+        if (form.kind == Form::symmetric || form.kind == Form::hermitian)
+            x.each_stored([&](int i, int j) { put(j, i); });
+        if (form.kind == Form::triangular && form.unit())
+            for (int i = 0; i < std::min(form.rows, form.columns); ++i)
+                put(i, i);
+        return elements;
+    }
     template <class Entry>
     static std::vector<Wide<T>> listed(int m, int n, const Entry& entry) {
         std::vector<Wide<T>> elements;
@@ -88,10 +110,10 @@ struct Expected {
         double worst = 0;
         c.each_stored([&](int i, int j) {
             const Wide<T> expected = values.values[values.at(i, j)], found = widen(c(i, j));
-            double error = expected == found ? 0 : std::abs(found - expected) / allowed[values.at(i, j)];
+            double error = expected == found ? 0 : magnitude(found - expected) / allowed[values.at(i, j)];
             if (!fits(std::real(expected), std::real(found)) || !fits(std::imag(expected), std::imag(found)))
                 error = nan;
-            else if (!std::isfinite(std::abs(expected)))
+            else if (!std::isfinite(magnitude(expected)))
                 error = 0;
             if (c.form().kind == Form::hermitian && i == j && std::imag(found) != 0)
                 error = nan;
@@ -139,7 +161,7 @@ Expected<T> product(Wide<T> alpha, const WideMatrix<T>& a, const WideMatrix<T>& 
             if (c.form().kind == Form::hermitian && int(i) == j)
                 sum[i] = std::real(sum[i]);
             result.allowed[result.values.at(int(i), j)] =
-                unit * ((k + 3) * std::abs(alpha) * size[i] + 2 * std::abs(scaled)) +
+                unit * ((k + 3) * magnitude(alpha) * size[i] + 2 * magnitude(scaled)) +
                 std::numeric_limits<float>::denorm_min();
         }
     }
