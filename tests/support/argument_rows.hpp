@@ -38,7 +38,7 @@ struct ArgumentRow {
     std::vector<const char*> good; // calls that pass, at the limits
     const char* singles;           // changes of the first of them: each alone is reported at its position, and of two
                                    // the one that is told first
-    std::vector<Fault> faults;     // what more than one argument decides
+    std::vector<Fault> faults;     // what more than one argument decides, or is reported at another position
 };
 
 inline std::vector<std::string> words_of(const std::string& text) {
@@ -235,8 +235,10 @@ void expect_bad_arguments_reported(const Rows& rows, const Routines& routines) {
                         expect_reported(name, routine, changed(good, *first + ' ' + *second), position);
                 told[name].insert(position);
             }
-            for (const Fault& fault : row.faults)
+            for (const Fault& fault : row.faults) {
                 expect_reported(name, routine, changed(good, fault.changes), fault.reported);
+                told[name].insert(fault.reported);
+            }
             checked[name] = routine.positions(good);
         }
     for (const auto& [name, routine] : routines)

@@ -43,6 +43,28 @@ QRV_API void SSTEBZ(const char* range, const char* order, const int* n, const fl
                     const int* iu, const float* abstol, const float* d, const float* e, int* m, int* nsplit, float* w,
                     int* iblock, int* isplit, float* work, int* iwork, int* info);
 
+/* Chosen eigenvalues and, with jobz 'V', eigenvectors of T by multiple relatively robust representations, in a number
+ * of operations that grows as n times m.
+ *
+ * range, vl, vu, il, iu  as SSTEBZ
+ * d, e     T, overwritten; e has n elements, the last of which is scratch
+ * m        set to the number of eigenvalues found
+ * w        n floats, the first *m set to the eigenvalues in ascending order
+ * z, ldz   n x *m, set to the eigenvectors, each of length 1; ldz >= max(1, n). Not touched for jobz 'N', ldz >= 1.
+ * nzc      columns of z; -1 asks for how many it must have: that is stored in *z, nothing is computed. At least n for
+ * range 'A', iu - il + 1 for 'I', the eigenvalues in (vl, vu] for 'V'; 0 do for jobz 'N'. isuppz   2*m ints: the first
+ * and the last row, from 1, of each vector that are not 0 tryrac   asks for eigenvalues of full relative accuracy if
+ * not 0; set to 0 if T does not define them so work, lwork    18*n floats, 12*n for jobz 'N', at least 1; lwork = -1
+ * asks for the length iwork, liwork  10*n ints, 8*n for jobz 'N', at least 1; liwork = -1 asks for the length info 1:
+ * no representation was found for a block of T; 2: for a cluster of eigenvalues Reported: 1, 2, 3, 7 (vl, vu), 8, 9,
+ * 13, 14, 17 (lwork), 19 (liwork).
+ *
+ * Source: I. Dhillon, B. Parlett, C. Vomel, The design and implementation of the MRRR algorithm, ACM TOMS 32 (2006). */
+QRV_API void SSTEMR(const char* jobz, const char* range, const int* n, float* d, float* e, const float* vl,
+                    const float* vu, const int* il, const int* iu, int* m, float* w, float* z, const int* ldz,
+                    const int* nzc, int* isuppz, int* tryrac, float* work, const int* lwork, int* iwork,
+                    const int* liwork, int* info);
+
 /* Eigenvectors of T for eigenvalues from SSTEBZ with order 'B', by inverse iteration.
  *
  * m, w, iblock, isplit  as SSTEBZ gives them; 0 <= m <= n

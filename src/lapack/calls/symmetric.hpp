@@ -61,6 +61,10 @@ int lagts(int n, Solve what, const ShiftedLuIn& f, float* y, float& tolerance);
 // Makes d the eigenvalues in ascending order, e is overwritten. Result: 0, or how many elements of e did not become 0.
 int sterf(int n, float* d, float* e);
 
+// Eigenvalues of the tridiagonal matrix whose Cholesky factors are, squared and in turn, q(1), e(1), q(2), ... in z, 4
+// n floats: z begins with them in descending order. False if an element is negative or NaN or no end was found.
+bool lasq2(int n, float* z);
+
 // Eigenvalues that are asked for: all, those in (low, high], or those numbered first to last, from 1.
 enum class Range : char { all = 'A', values = 'V', indices = 'I' };
 constexpr Range range_of(char option) {
@@ -86,6 +90,31 @@ struct StebzResult {
 // isplit: the last row of each block, from 1. work: 4 n floats, iwork: 3 n ints.
 StebzResult stebz(const Wanted& wanted, bool byBlock, int n, float abstol, const float* d, const float* e, float* w,
                   int* iblock, int* isplit, float* work, int* iwork);
+
+constexpr std::int64_t stemr_work(bool vectors, int n) {
+    return n > 0 ? std::int64_t{n} * (vectors ? 18 : 12) : 1;
+}
+constexpr std::int64_t stemr_ints(bool vectors, int n) {
+    return n > 0 ? std::int64_t{n} * (vectors ? 10 : 8) : 1;
+}
+// Vectors that there may be.
+int stemr_columns(bool vectors, const Wanted& wanted, int n, const float* d, const float* e);
+
+struct StemrResult {
+    int found = 0;
+    int info = 0;          // 1: no representation of the matrix; 2: none of a cluster of values
+    bool relative = false; // the eigenvalues have full relative accuracy
+    void store(int* toFound, int* toRelative, int* toInfo) const {
+        *toFound = found;
+        *toRelative = relative;
+        *toInfo = info;
+    }
+};
+// Eigenvalues in ascending order and eigenvectors by relatively robust representations; d and e (n elements) are
+// overwritten. isuppz: first and last row, from 1, of each vector that are not 0. tryRelative asks for relative
+// accuracy where T allows it. work: 18 n floats, 12 n without vectors; iwork: 10 n, 8 n ints.
+StemrResult stemr(bool vectors, Wanted wanted, int n, float* d, float* e, float* w, Matrix<float> z, int* isuppz,
+                  bool tryRelative, float* work, int* iwork);
 
 // What stein needs of its values: blocks numbered upward, each with its values in ascending order.
 constexpr bool blocks_in_order(int m, const int* iblock) {

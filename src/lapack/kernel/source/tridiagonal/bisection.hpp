@@ -134,4 +134,55 @@ inline CountedInterval find_count(const Sturm& t, Interval range, int wanted, co
     return now;
 }
 
+// Around the eigenvalue with this number, from 1.
+inline Interval find_value(const Sturm& t, int number, Interval range, const BisectionTolerance& tolerance) {
+    const int steps = bisection_steps(range.high - range.low, t.leastPivot);
+    for (int step = 0; step < steps && !tolerance.met_by(range); ++step) {
+        const float middle = range.middle();
+        (t.count(middle) >= number ? range.high : range.low) = middle;
+    }
+    return range;
+}
+
+// ---- The eigenvalues that are wanted of a matrix in blocks (SLARRD) ----------------------------------------------
+
+struct BlockSearch {
+    Sturm whole;
+    const float *d, *e;
+    const int* ends; // last row of each block, from 1
+    int blocks;
+    float absolute,
+        relative; // tolerances; if `absolute` is not positive, it is the precision times the norm of a block
+};
+
+// Where they go: block by block, ascending in each. Half the width of the interval and the number in the block are kept
+// if there is room for them.
+struct Found {
+    float* w;
+    int* iblock; // from 1, negative if not converged
+    float* werr = nullptr;
+    int* index = nullptr;
+    int count = 0;
+    bool allConverged = true;
+
+    void add(float value, float halfWidth, int block, int number, bool converged) {
+        allConverged = allConverged && converged;
+        w[count] = value;
+        iblock[count] = converged ? block : -block;
+        if (werr) {
+            werr[count] = halfWidth;
+            index[count] = number;
+        }
+        ++count;
+    }
+};
+
+struct SearchResult {
+    Interval searched{}; // where they lie
+    bool lost = false;   // the interval of all eigenvalues did not hold all
+    bool tooFew = false; // for the indices that are wanted
+};
+// stack: room for 2 n floats and 2 n ints.
+SearchResult larrd(const BlockSearch& search, const Wanted& wanted, BisectionStack stack, Found& found);
+
 } // namespace qrv::lapack

@@ -1,0 +1,255 @@
+// SLARRV: eigenvectors from the roots of all blocks, by the tree of their representations.
+//
+// A node is a run of eigenvalues with a representation. It is cut where gaps are large beside the values; a single
+// value gets its vector, a cluster a representation of its own, which waits in the first two columns that its vectors
+// will take.
+#include "blas/calls.hpp"
+#include "lapack/calls/norms.hpp"
+#include "lapack/kernel/source/tridiagonal/mrrr.hpp"
+
+namespace qrv::lapack {
+namespace {
+
+constexpr float eps = machine::precision;
+constexpr float relativeGap = 3e-3F; // between values that are far enough apart
+constexpr float finest = 2 * eps;    // of a value, beyond which it is not refined
+constexpr int mostCorrections = 10;
+
+struct Node {
+    int first, last, depth;
+};
+
+// Nodes that wait, each for at least two values.
+class NodeStack {
+public:
+    explicit NodeStack(int* ints) : ints_(ints) {}
+    bool empty() const { return count_ == 0; }
+    void push(const Node& x) {
+        int* const place = ints_ + 3 * std::ptrdiff_t{count_++};
+        place[0] = x.first, place[1] = x.last, place[2] = x.depth;
+    }
+    Node pop() {
+        const int* const place = ints_ + 3 * std::ptrdiff_t{--count_};
+        return {place[0], place[1], place[2]};
+    }
+
+private:
+    int* ints_;
+    int count_ = 0;
+};
+
+// One block of T, with m values that are wanted.
+class Tree {
+public:
+    Tree(const Mrrr& x, int block, int begin, int m, const RefineTolerance& tolerance, Matrix<float> z, int* isuppz,
+         float* work, int* iwork)
+        : firstRow_(x.first_row(block)), m_(m), leastPivot_(x.leastPivot), low_(x.searched.low), tolerance_(tolerance),
+          w_(x.w + begin), relative_{work + begin, x.werr + begin, x.wgap + begin, x.indexw + begin},
+          z_(z.block(firstRow_, begin)), isuppz_(isuppz + 2 * std::ptrdiff_t{begin}),
+          scratch_(work + 3 * std::ptrdiff_t{x.n}), waiting_(iwork) {
+        const int n = x.last_row(block) - firstRow_ + 1;
+        rep_ = {n, x.d + firstRow_, x.e + firstRow_, work + x.n + firstRow_,
+                work + 2 * std::ptrdiff_t{x.n} + firstRow_};
+        shift_ = rep_.l[n - 1];
+        diameter_ = x.rows(block).high - x.rows(block).low;
+        for (int i = 0; i < m; ++i) {
+            relative_.w[i] = w_[i];
+            w_[i] += shift_;
+        }
+    }
+
+    bool grow() {
+        waiting_.push({0, m_ - 1, 0});
+        while (!waiting_.empty())
+            if (!visit(waiting_.pop()))
+                return false;
+        return true;
+    }
+
+private:
+    bool visit(const Node& node) {
+        if (node.depth > m_)
+            return false;
+        if (node.depth > 0)
+            load(node);
+        rep_.multiply();
+        if (node.depth > 0)
+            refine(node);
+        for (int first = node.first, last; first <= node.last; first = last + 1) {
+            last = end_of_cluster(first, node.last);
+            if (first == last)
+                find_vector(first);
+            else if (!make_child({first, last, node.depth + 1}))
+                return false;
+        }
+        return true;
+    }
+
+    int end_of_cluster(int first, int last) const {
+        int i = first;
+        while (i < last && !(relative_.wgap[i] >= relativeGap * std::fabs(relative_.w[i])))
+            ++i;
+        return i;
+    }
+
+    float gap_below(int i) const {
+        return i == 0 ? std::max(0.0F, w_[0] - relative_.werr[0] - low_) : relative_.wgap[i - 1];
+    }
+    // From the intervals as they are now; gaps only become larger.
+    void raise_gap(int i, float known) {
+        relative_.wgap[i] = std::max(known, w_[i + 1] - relative_.werr[i + 1] - w_[i] - relative_.werr[i]);
+    }
+
+    void larrb_on(int first, int last, const RefineTolerance& tolerance, int twist) {
+        larrb(rep_.n, rep_.d, rep_.lld, relative_, first, last, tolerance, leastPivot_, diameter_, twist);
+    }
+
+    // The representation of a cluster from where it waits.
+    void load(const Node& node) {
+        const int n = rep_.n;
+        kernel::copy(n, z_.column(0, node.first), Vector{rep_.d});
+        kernel::copy(n - 1, z_.column(0, node.first + 1), Vector{rep_.l});
+        shift_ = z_(n - 1, node.first + 1);
+        laset(Part::whole, n, 2, 0.0F, 0.0F, z_.block(0, node.first));
+    }
+
+    void refine(const Node& node) {
+        larrb_on(node.first, node.last, tolerance_, rep_.n - 1);
+        if (node.first > 0)
+            raise_gap(node.first - 1, relative_.wgap[node.first - 1]);
+        if (node.last < m_ - 1)
+            raise_gap(node.last, relative_.wgap[node.last]);
+        for (int i = node.first; i <= node.last; ++i)
+            w_[i] = relative_.w[i] + shift_;
+    }
+
+    bool make_child(const Node& child) {
+        const int n = rep_.n;
+        for (const int end : {child.first, child.last})
+            larrb_on(end, end, {finest, finest}, n - 1);
+        float shift;
+        if (!larrf(rep_, relative_, child.first, child.last, diameter_,
+                   {gap_below(child.first), relative_.wgap[child.last]}, leastPivot_, shift, &z_(0, child.first),
+                   &z_(0, child.first + 1), scratch_))
+            return false;
+        z_(n - 1, child.first + 1) = shift_ + shift;
+        for (int i = child.first; i <= child.last; ++i) {
+            float& value = relative_.w[i];
+            relative_.werr[i] += 3 * eps * std::fabs(value);
+            value -= shift;
+            relative_.werr[i] += 4 * eps * std::fabs(value);
+        }
+        waiting_.push(child);
+        return true;
+    }
+
+    // The vector of a single value, which is corrected by its Rayleigh quotient as long as that leads inward, else
+    // refined by bisection.
+    void find_vector(int i) {
+        const int n = rep_.n;
+        const bool lowest = i == 0, highest = i == m_ - 1;
+        float *const w = relative_.w, *const werr = relative_.werr, *const wgap = relative_.wgap;
+        Interval range{w[i] - werr[i], w[i] + werr[i]};
+        const float outermost = eps * range.size(), gapAbove = wgap[i];
+        const float gap = std::min(lowest ? outermost : wgap[i - 1], highest ? outermost : wgap[i]);
+        const float negligible = lowest || highest ? 0 : gap * eps;
+        const float tolerance = 4 * std::log(static_cast<float>(n)) * eps;
+        wgap[i] = gap;
+
+        float lambda = w[i], best = lambda, bestResidual = 0;
+        float* const z = &z_(0, i);
+        Twisted twisted;
+        int supportFirst = n, supportLast = -1;
+        bool bisect = false, bisected = false, corrected = false;
+        const auto compute = [&] {
+            lar1v(rep_, lambda, leastPivot_, negligible, z, twisted, scratch_);
+            supportFirst = std::min(supportFirst, twisted.first);
+            supportLast = std::max(supportLast, twisted.last);
+        };
+        for (int step = 0; step <= mostCorrections + 1; ++step) {
+            if (bisect) {
+                bisected = true;
+                larrb_on(i, i, {0, finest}, twisted.r);
+                lambda = w[i];
+                twisted.r = -1;
+            }
+            compute();
+            if (step == 0 || twisted.residual < bestResidual) {
+                bestResidual = twisted.residual;
+                best = lambda;
+            }
+            if (!(twisted.residual > tolerance * gap && std::fabs(twisted.correction) > finest * std::fabs(lambda)) ||
+                bisected)
+                break;
+            const bool down = relative_.index[i] <= twisted.below; // the value lies below lambda
+            const float next = lambda + twisted.correction;
+            if ((down ? twisted.correction <= 0 : twisted.correction >= 0) && range.low <= next && next <= range.high) {
+                corrected = true;
+                (down ? range.high : range.low) = lambda;
+                w[i] = range.middle();
+                werr[i] = (range.high - range.low) / 2;
+                lambda = next;
+            } else {
+                bisect = true;
+            }
+            if (range.high - range.low < finest * std::fabs(lambda))
+                bisected = true;
+            if (step == mostCorrections)
+                bisect = true;
+        }
+        if (corrected && bisected && bestResidual <= twisted.residual) {
+            lambda = best;
+            compute();
+        }
+        w[i] = lambda;
+        store(i, twisted, supportFirst, supportLast);
+        wgap[i] = gapAbove;
+        if (!lowest)
+            raise_gap(i - 1, wgap[i - 1]);
+        if (!highest)
+            raise_gap(i, gapAbove);
+    }
+
+    void store(int i, const Twisted& twisted, int supportFirst, int supportLast) {
+        w_[i] = relative_.w[i] + shift_;
+        float* const z = &z_(0, i);
+        std::fill(z + supportFirst, z + twisted.first, 0.0F);
+        std::fill(z + twisted.last + 1, z + supportLast + 1, 0.0F);
+        kernel::scal(twisted.last - twisted.first + 1, twisted.scale, Vector{z + twisted.first});
+        isuppz_[2 * i] = firstRow_ + twisted.first + 1;
+        isuppz_[2 * i + 1] = firstRow_ + twisted.last + 1;
+    }
+
+    int firstRow_, m_;
+    float leastPivot_, low_;
+    RefineTolerance tolerance_;
+    float* w_;        // eigenvalues of T
+    Values relative_; // of the present representation
+    Matrix<float> z_;
+    int* isuppz_;
+    float* scratch_;
+    NodeStack waiting_;
+    Representation rep_{};
+    float shift_ = 0, diameter_ = 0;
+};
+
+} // namespace
+
+bool larrv(Mrrr& x, const RefineTolerance& tolerance, Matrix<float> z, int* isuppz, float* work, int* iwork) {
+    laset(Part::whole, x.n, x.m, 0.0F, 0.0F, z);
+    for (int begin = 0, m; begin < x.m; begin += m) {
+        const int block = x.iblock[begin] - 1;
+        m = 1;
+        while (begin + m < x.m && x.iblock[begin + m] == block + 1)
+            ++m;
+        if (x.first_row(block) == x.last_row(block)) {
+            z(x.first_row(block), begin) = 1;
+            isuppz[2 * begin] = isuppz[2 * begin + 1] = x.first_row(block) + 1;
+        } else if (!Tree(x, block, begin, m, tolerance, z, isuppz, work, iwork).grow()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace qrv::lapack

@@ -1,0 +1,102 @@
+// Parts of the method of multiple relatively robust representations (SSTEMR).
+//
+// A representation is L D L' = T - shift whose small relative changes change its small eigenvalues by small relative
+// amounts only. Each block of T gets one with the shift at an end of its spectrum (SLARRE). An eigenvalue that is far
+// enough from its neighbours, beside its own size, gets its vector by a twisted factorization (SLAR1V); a cluster gets
+// a representation of its own with a shift beside it (SLARRF), relative to which its members are further apart, and so
+// on (SLARRV). Vectors computed so are orthogonal without being made so.
+// Source: I. Dhillon, B. Parlett, Multiple representations to compute orthogonal eigenvectors of symmetric tridiagonal
+// matrices, Linear Algebra Appl. 387 (2004); I. Dhillon, B. Parlett, C. Vomel, The design and implementation of the
+// MRRR algorithm, ACM TOMS 32 (2006).
+#pragma once
+
+#include "lapack/calls/symmetric.hpp"
+#include "lapack/kernel/source/tridiagonal/bisection.hpp"
+
+namespace qrv::lapack {
+
+// Of order n: the n elements of D, the n - 1 of L below its diagonal, and the products D L and D L L.
+struct Representation {
+    int n;
+    float *d, *l, *ld, *lld;
+
+    void multiply() const {
+        for (int i = 0; i < n - 1; ++i) {
+            ld[i] = d[i] * l[i];
+            lld[i] = ld[i] * l[i];
+        }
+    }
+};
+
+// Eigenvalues of a block, counted from its first one that is wanted: index[i], from 1, is the number of the i-th among
+// all of the block. w -+ werr holds it, wgap is the distance to the next interval.
+struct Values {
+    float *w, *werr, *wgap;
+    const int* index;
+};
+
+// The number of eigenvalues of L D L' below x, by a factorization twisted at row r, from 0 (SLANEG).
+int laneg(int n, const float* d, const float* lld, float x, int r);
+
+// How far refine_interval goes: to this part of the gap to the neighbours, or of the value.
+struct RefineTolerance {
+    float ofGap, ofValue;
+};
+
+// Halves the intervals of values [first, last] of L D L' until they are narrow enough (SLARRB), and tells their gaps.
+void larrb(int n, const float* d, const float* lld, const Values& values, int first, int last,
+           const RefineTolerance& tolerance, float leastPivot, float diameter, int twist);
+
+// The representation L+ D+ L+' = L D L' - shift for the cluster [first, last], with the shift beside one end of it.
+// gapLeft, gapRight: to the neighbours of the cluster. work: 2 n floats. Result: whether there is one.
+struct ClusterGaps {
+    float left, right;
+};
+bool larrf(const Representation& parent, const Values& values, int first, int last, float diameter, ClusterGaps gaps,
+           float leastPivot, float& shift, float* dPlus, float* lPlus, float* work);
+
+// A vector z with (L D L' - lambda) z = gamma e(r) / |z| for the twisted factorization at r, and what it tells of
+// lambda.
+struct Twisted {
+    int r = -1;                         // from 0; on entry -1 asks for the r with the least gamma
+    int first = 0, last = 0;            // z is 0 outside
+    int below = -1;                     // eigenvalues below lambda
+    float scale = 0;                    // 1 / |z|
+    float residual = 0, correction = 0; // of lambda, by its Rayleigh quotient
+};
+// negligible: what may be left out of z where it decays. work: 4 n floats.
+void lar1v(const Representation& rep, float lambda, float leastPivot, float negligible, float* z, Twisted& t,
+           float* work);
+
+// T as it comes to SSTEMR: a part of a sequence of blocks with what was found of it.
+struct Mrrr {
+    int n, blocks, m;
+    float *d, *e; // T; then D and L of the roots, with the shift of a block behind its L
+    float* e2;
+    float* gershgorin; // 2 n: an interval for each row of T
+    int* isplit;       // last row of each block, from 1
+    float *w, *werr, *wgap;
+    int *iblock, *indexw;
+    float leastPivot;
+    Interval searched; // what holds the values that are wanted
+
+    int first_row(int block) const { return block == 0 ? 0 : isplit[block - 1]; }
+    int last_row(int block) const { return isplit[block] - 1; }
+    // What holds all values of a block.
+    Interval rows(int block) const {
+        Interval all{gershgorin[2 * first_row(block)], gershgorin[2 * first_row(block) + 1]};
+        for (int i = first_row(block) + 1; i <= last_row(block); ++i)
+            all.include({gershgorin[2 * i], gershgorin[2 * i + 1]});
+        return all;
+    }
+};
+
+// The roots of all blocks and the eigenvalues relative to their shifts (SLARRE). work: 6 n floats, iwork: 5 n ints.
+// Result: whether all went well.
+bool larre(const Wanted& wanted, Mrrr& problem, const RefineTolerance& tolerance, float splitTolerance, float* work,
+           int* iwork);
+
+// The eigenvectors (SLARRV); w becomes absolute. work: 12 n floats, iwork: 7 n ints.
+bool larrv(Mrrr& problem, const RefineTolerance& tolerance, Matrix<float> z, int* isuppz, float* work, int* iwork);
+
+} // namespace qrv::lapack
