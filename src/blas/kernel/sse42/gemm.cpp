@@ -101,6 +101,52 @@ template DirectGemm<SingleComplex>* direct_gemm<SingleComplex>(VectorForm);
 
 namespace {
 
+// ---- A row or a column of C -----------------------------------------------------------------------------------------
+
+template <class T>
+using Gemv = void(QRV_GEMV_PARAMETERS(T));
+
+template <class T>
+Gemv<T>* gemv_of(VectorForm form) {
+    const auto kernel = [](Gemv<float>* real, Gemv<SingleComplex>* complex) {
+        if constexpr (isComplex<T>)
+            return complex;
+        else
+            return real;
+    };
+#ifdef QRV_WIDE_KERNELS
+    if (form == VectorForm::avx512)
+        return kernel(sse42_avx512::blas_sgemv_kernel, sse42_avx512::blas_cgemv_kernel);
+    if (form == VectorForm::avx2)
+        return kernel(sse42_avx2::blas_sgemv_kernel, sse42_avx2::blas_cgemv_kernel);
+#endif
+    static_cast<void>(form);
+    return kernel(blas_sgemv_kernel, blas_cgemv_kernel);
+}
+
+// Whether the vector among the operands, and the matrix on the side that it stands on, are as level 2 takes them, which
+// conjugates a matrix only on the way to its transpose.
+template <class T>
+bool goes_as_vector(int m, int n, Op opA, Op opB) {
+    return n == 1 ? !isComplex<T> || !conjugates(opB)
+                  : m == 1 && (!isComplex<T> || !(conjugates(opA) || conjugates(opB)));
+}
+
+// op(A) times a column, or op(B)^T times what was a row.
+template <class T>
+void multiply_vector(VectorForm form, QRV_GEMM_PARAMETERS(T)) {
+    const auto multiply = [&](const char* trans, bool transposed, const int* results, const T* matrix, const int* ld,
+                              const T* x, int incx, int incy) {
+        const int *rows = transposed ? k : results, *columns = transposed ? results : k;
+        gemv_of<T>(form)(trans, rows, columns, alpha, matrix, ld, x, &incx, beta, c, &incy);
+    };
+    if (*n == 1)
+        multiply(transa, transposes(*transa), m, a, lda, b, transposes(*transb) ? *ldb : 1, 1);
+    else
+        multiply(transposes(*transb) ? "N" : "T", !transposes(*transb), n, b, ldb, a, transposes(*transa) ? 1 : *lda,
+                 *ldc);
+}
+
 template <class T>
 void load_plan(VectorForm form, GemmPlan<T>* plan) {
     fill_plan(row<T>, plan);
@@ -130,6 +176,9 @@ void plan_load_for(VectorForm form, GemmPlan<SingleComplex>* plan) {
         if (*m <= 0 || *n <= 0)                                                                                        \
             return;                                                                                                    \
         const VectorForm form = vector_form();                                                                         \
+        if ((*m == 1 || *n == 1) && *k > 0 && *alpha != scalar<T>(0) &&                                                \
+            goes_as_vector<T>(*m, *n, op_of(*transa), op_of(*transb)))                                                 \
+            return multiply_vector<T>(form, QRV_GEMM_ARGUMENTS);                                                       \
         if (*k > 0 && *alpha != scalar<T>(0) &&                                                                        \
             goes_direct<T>(form, transposes(*transa), transposes(*transb), *m, *n, *k))                                \
             return direct_gemm<T>(form)(QRV_GEMM_ARGUMENTS);                                                           \

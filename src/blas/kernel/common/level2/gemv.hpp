@@ -50,7 +50,7 @@ void add_columns(int m, const T* a, std::ptrdiff_t lda, const T* s, T* y) {
 // the last of which may be partly filled.
 template <int packs, class T>
 void add_to_few_rows(int m, int n, const T* a, std::ptrdiff_t lda, const T* s, T* y) {
-    constexpr int chains = 4;
+    constexpr int chains = packs <= 2 ? 4 : 2;
     const int last = m - (packs - 1) * Pack<T>::count;
     const auto load = [=](const T* p, int r) {
         return r < packs - 1 ? Pack<T>::load(p + r * Pack<T>::count) : Pack<T>::load(p + r * Pack<T>::count, last);
@@ -80,8 +80,10 @@ void add_to_few_rows(int m, int n, const T* a, std::ptrdiff_t lda, const T* s, T
     QRV_UNROLL
     for (int r = 0; r < packs; ++r) {
         sums[0][r].join(sums[1][r]);
-        sums[2][r].join(sums[3][r]);
-        sums[0][r].join(sums[2][r]);
+        if constexpr (chains == 4) {
+            sums[2][r].join(sums[3][r]);
+            sums[0][r].join(sums[2][r]);
+        }
         sums[0][r].result().store(y + r * Pack<T>::count, r < packs - 1 ? Pack<T>::count : last);
     }
 }
@@ -106,14 +108,25 @@ void dot_columns(int m, const T* a, std::ptrdiff_t lda, const T* x, T* dots) {
     store_dots(sums, dots);
 }
 
-// y := y + A*s for a block of A.
+// The same by the instance for so many rows, from `packs` on, but of `most` packs at most.
+template <int packs, int most, class T>
+void add_to_packs(int m, int n, const T* a, std::ptrdiff_t lda, const T* s, T* y) {
+    if constexpr (packs < most)
+        if (m > packs * Pack<T>::count)
+            return add_to_packs<packs + 1, most>(m, n, a, lda, s, y);
+    add_to_few_rows<packs>(m, n, a, lda, s, y);
+}
+
+// y := y + A*s for a block of A. One that is low is cheaper a few rows at a time, as y then is read once.
 template <class T>
 void add_block_product(int m, int n, Matrix<const T> a, const T* s, T* y) {
-    constexpr int count = Pack<T>::count;
-    if (count > 1 && m <= count)
-        return add_to_few_rows<1>(m, n, a.data, a.ld, s, y);
-    if (count > 1 && m <= 2 * count)
-        return add_to_few_rows<2>(m, n, a.data, a.ld, s, y);
+    constexpr int most = isComplex<T> ? 2 : 4, few = most * Pack<T>::count;
+    if (Pack<T>::count > 1 && m <= 2 * few) {
+        add_to_packs<1, most>(smaller(few, m), n, a.data, a.ld, s, y);
+        if (m > few)
+            add_to_packs<1, most>(m - few, n, a.data + few, a.ld, s, y + few);
+        return;
+    }
     in_passes<columnsAtOnce<T>>(0, n,
                                 [&](auto columns, int j) { add_columns<columns()>(m, a.column(j), a.ld, s + j, y); });
 }

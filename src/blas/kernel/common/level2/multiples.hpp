@@ -1,5 +1,5 @@
-// Multiples of vectors, as the level 2 routines need them: out := alpha*x and y := y + alpha*x, where only x,
-// respectively y, may have an increment.
+// Multiples of vectors, as the level 2 routines need them: x := beta*x, out := alpha*x and y := y + alpha*x, where
+// only x, respectively y, may have an increment.
 #pragma once
 
 #include "blas/kernel/common/level2/strided_vector.hpp"
@@ -16,6 +16,22 @@ QRV_INLINE void in_packs(int n, Step step) {
         step(i, Pack<T>::count);
     if (i < n)
         step(i, n - i);
+}
+
+// x := beta*x. With beta = 0 x is not read.
+template <class T>
+void scale(StridedVector<T> x, int n, T beta) {
+    const T zero = scalar<T>(0);
+    if (beta == scalar<T>(1))
+        return;
+    if (x.inc == 1 && beta == zero)
+        return in_packs<T>(n, [=, p = &x[0]](int i, int count) { Pack<T>::zero().store(p + i, count); });
+    if (x.inc == 1)
+        return in_packs<T>(n, [=, p = &x[0], s = Factor<T>(beta)](int i, int count) {
+            ScaledSum<T>(Pack<T>::load(p + i, count), s).result().store(p + i, count);
+        });
+    for (int i = 0; i < n; ++i)
+        x[i] = beta == zero ? zero : beta * x[i];
 }
 
 // out[i] := alpha*x[from + i]

@@ -40,15 +40,4 @@ void scatter(StridedVector<T> x, int i, int count, const T* block) {
             x[i + k] = block[k];
 }
 
-// x := beta*x. With beta = 0 x is not read.
-template <class T>
-void scale(StridedVector<T> x, int n, T beta) {
-    if (beta == scalar<T>(0))
-        for (int i = 0; i < n; ++i)
-            x[i] = scalar<T>(0);
-    else if (beta != scalar<T>(1))
-        for (int i = 0; i < n; ++i)
-            x[i] = beta * x[i];
-}
-
 } // namespace qrv::kernel::QRV_KERNEL_BUILD
