@@ -1,4 +1,9 @@
-// y += alpha*x, a product and a sum an element; by the forms with FMA rounded once.
+// y += alpha*x, a product and a sum an element; by the forms with FMA rounded once. An alpha of 0 is the caller's to
+// leave out.
+//
+//   x, y   n elements each, at any alignment and increment; nothing is touched if n <= 0, nor anything beside them
+//   order  passes of vectors where neither has gaps, else element by element: with an increment of 0 each y is the sum
+//          that the one before has left
 #pragma once
 
 #include "blas/complex.hpp"

@@ -1,4 +1,7 @@
 // The sum of x*y, or of conj(x)*y. Vectors of a pass are summed apart, and the parts added at the end.
+//
+//   x, y    n elements each, at any alignment and increment; nothing beside them is read
+//   result  0 if n <= 0; its bits change with where y begins, as passes begin on a boundary of y
 #pragma once
 
 #include "blas/complex.hpp"

@@ -213,21 +213,37 @@ constexpr bool gemm_copies_wide(GemmSizes s) {
     return s.m >= s.n && s.k >= limit;
 }
 
-constexpr GemmPartition gemm_plain_partition(GemmSizes s, GemmBlocks blocks, int team) {
-    const bool byRows = gemm_plain_split(s, team) == GemmSplit::rows;
+// One call a thread, on its rows or columns of C.
+constexpr GemmPartition gemm_slices(GemmSplit split, GemmMode mode, GemmBlocks blocks, int threads) {
+    const bool byRows = split == GemmSplit::rows;
     return {.region = byRows ? GemmRegion::row : GemmRegion::column,
-            .mode = GemmMode::choose,
-            .threads = team,
-            .rowThreads = byRows ? team : 1,
-            .colThreads = byRows ? 1 : team,
+            .mode = mode,
+            .threads = threads,
+            .rowThreads = byRows ? threads : 1,
+            .colThreads = byRows ? 1 : threads,
             .blocks = blocks,
             .aCopies = 0};
+}
+constexpr GemmPartition gemm_plain_partition(GemmSizes s, GemmBlocks blocks, int team) {
+    return gemm_slices(gemm_plain_split(s, team), GemmMode::choose, blocks, team);
 }
 
 // Partition for a team of two or more; `planned` tells whether the build has a plan, whose blocks are given.
 //
 // The classes that scale first use an even number of threads. A tall C goes by rows, with shared copies of A
-// where a thread's block is small enough; a square or wide one by columns, or by rows with copies if it is deep.
+// where a thread's block is small enough; a square or wide one by columns, or by rows with copies if it is deep. With
+// blocks of 2000 x 5000 x 256:
+//
+//   class    m     n    k     team   region   threads
+//   plain    201   200  200   3      row      3
+//   plain    200   200  200   3      column   3
+//   sse42    515   100  256   5      acopy    4        a block of 128 x 256 floats is 128 KB
+//   sse42    516   100  256   4      row      4        one of 129 x 256 is more
+//   sse42    150   150  99    4      column   4
+//   sse42    150   150  100   4      acopy    4        square and deep
+//   sse42    799   799  799   4      column   4        but as deep as wide only from 800 on
+//   quads    7     3    7999  2      row      2        few of both, whatever k is,
+//   quads    7     3    8000  2      acopy    2        but for three columns that are this deep
 constexpr GemmPartition gemm_partition(GemmMachine machine, bool planned, GemmSizes s, GemmBlocks blocks, int team) {
     if (!planned || !gemm_scales_first(machine))
         return gemm_plain_partition(s, blocks, team);
@@ -242,13 +258,7 @@ constexpr GemmPartition gemm_partition(GemmMachine machine, bool planned, GemmSi
                 .colThreads = 1,
                 .blocks = {rule.mb != 0 ? rule.mb : blocks.mb, blocks.nb, blocks.kb},
                 .aCopies = threads};
-    return {.region = tall ? GemmRegion::row : GemmRegion::column,
-            .mode = GemmMode::packA,
-            .threads = threads,
-            .rowThreads = tall ? threads : 1,
-            .colThreads = tall ? 1 : threads,
-            .blocks = blocks,
-            .aCopies = 0};
+    return gemm_slices(tall ? GemmSplit::rows : GemmSplit::columns, GemmMode::packA, blocks, threads);
 }
 
 // Size in bytes of the block that holds all shared copies, each `bytes` long with room to align the first; 0 if
