@@ -17,12 +17,9 @@ struct Norms {
 };
 template <class T>
 Norms<T> norms(const VectorBuild& build, int n, const T* x, int inc) {
-    if constexpr (isComplex<T>)
-        return {build.blas_scasum_kernel(&n, x, &inc), build.blas_scnrm2_kernel(&n, x, &inc),
-                build.blas_icamax_kernel(&n, x, &inc)};
-    else
-        return {build.blas_sasum_kernel(&n, x, &inc), build.blas_snrm2_kernel(&n, x, &inc),
-                build.blas_isamax_kernel(&n, x, &inc)};
+    return {routine_for<T>(build.blas_sasum_kernel, build.blas_scasum_kernel)(&n, x, &inc),
+            routine_for<T>(build.blas_snrm2_kernel, build.blas_scnrm2_kernel)(&n, x, &inc),
+            routine_for<T>(build.blas_isamax_kernel, build.blas_icamax_kernel)(&n, x, &inc)};
 }
 
 // The rule of the position, element by element.
@@ -157,18 +154,13 @@ TYPED_TEST(Level1, ZeroAndNanFactors) {
     const auto is_nan = [](int, int, const T& x) { return has_nan(x); };
     for (const VectorBuild& build : vector_builds()) {
         const auto axpy = [&](const T& alpha, GuardedVector<T>& x, GuardedVector<T>& y) {
-            const int n = x.size(), incx = x.inc(), incy = y.inc();
-            if constexpr (isComplex<T>)
-                build.blas_caxpy_kernel(&n, &alpha, x.data(), &incx, y.data(), &incy);
-            else
-                build.blas_saxpy_kernel(&n, &alpha, x.data(), &incx, y.data(), &incy);
+            const int n = x.size();
+            routine_for<T>(build.blas_saxpy_kernel, build.blas_caxpy_kernel)(&n, &alpha, x.data(), &x.ld(), y.data(),
+                                                                             &y.ld());
         };
         const auto scal = [&](const T& alpha, GuardedVector<T>& x) {
-            const int n = x.size(), inc = x.inc();
-            if constexpr (isComplex<T>)
-                build.blas_cscal_kernel(&n, &alpha, x.data(), &inc);
-            else
-                build.blas_sscal_kernel(&n, &alpha, x.data(), &inc);
+            const int n = x.size();
+            routine_for<T>(build.blas_sscal_kernel, build.blas_cscal_kernel)(&n, &alpha, x.data(), &x.ld());
         };
         for (int inc : {1, 2})
             for (int n = 1; n < 70; ++n) {

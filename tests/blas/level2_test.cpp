@@ -131,12 +131,7 @@ void check_product_by_bands() {
             GuardedVector<T> x(n, 1, 3, turns.pick({Guard::pageBehind, Guard::pageInFront, Guard::canaries}));
             x.set(problem.before);
             for (const VectorBuild& build : vector_builds()) {
-                auto* const band = [&] {
-                    if constexpr (isComplex<T>)
-                        return build.blas_ctrmv_band_kernel;
-                    else
-                        return build.blas_strmv_band_kernel;
-                }();
+                auto* const band = routine_for<T>(build.blas_strmv_band_kernel, build.blas_ctrmv_band_kernel);
                 Operand<T> y = problem.before;
                 const bool transposed = is_transposed(problem.p.trans), fromDiagonal = is_upper(p.uplo) != transposed;
                 for (const auto& [first, end] : {std::pair{0, n / 4}, {n / 4, n - n / 3}, {n - n / 3, n}}) {

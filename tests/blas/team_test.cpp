@@ -186,10 +186,7 @@ GemmCall<T> problem_of(const Call<T>& v) {
 }
 template <class T>
 void driver(const Call<T>& v) {
-    if constexpr (isComplex<T>)
-        call_gemm(qrv_blas_cgemm, v);
-    else
-        call_gemm(qrv_blas_sgemm, v);
+    call_gemm(routine_for<T>(qrv_blas_sgemm, qrv_blas_cgemm), v);
 }
 
 // Facts of a machine of each class; the build stays the one of this run. For complex operands all classes are one.

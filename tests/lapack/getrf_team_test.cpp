@@ -1,15 +1,11 @@
-// LU factorization on teams: every size of team and width of block column, teams smaller than asked for, stops, refused
-// memory, and many callers at once.
+// LU factorization on teams: bits, progress and stops. That factors are right is in team_test.cpp.
 #include <algorithm>
-#include <omp.h>
 #include <set>
-#include <thread>
 
 #include "lapack/calls/lu.hpp"
 #include "qrv/service.h"
 #include "support/lu.hpp"
 #include "support/teams.hpp"
-#include "support/work_memory.hpp"
 
 namespace qrv::test {
 namespace {
@@ -17,28 +13,6 @@ namespace {
 template <class T>
 class GetrfTeam : public testing::Test {};
 TYPED_TEST_SUITE(GetrfTeam, Elements);
-template <class T>
-class GetrfTeamRaces : public testing::Test {};
-TYPED_TEST_SUITE(GetrfTeamRaces, Elements);
-
-template <class T>
-void check(const LuRoute<T>& route, int m, int n) {
-    const auto known = known_pivots<T>(m, n, 1);
-    const auto f = factor(route, known.a);
-    EXPECT_EQ(f.info, 0) << route;
-    EXPECT_EQ(f.ipiv, known.ipiv) << route << ", " << m << " x " << n;
-    EXPECT_TRUE(lu_residual(known.a, f) <= luBound) << route << ", " << m << " x " << n;
-}
-
-TYPED_TEST(GetrfTeam, EveryTeam) {
-    for (const int team : {1, 2, 3, 4, 8, 16})
-        for (const auto& [m, n] : {std::pair{200, 200}, {129, 260}, {260, 129}, {257, 257}, {9, 300}, {301, 21}}) {
-            check(ib_route<TypeParam>(team), m, n);
-            for (const int nb : {8, 20, 64})
-                check(dynamic_route<TypeParam>(team, nb), m, n);
-        }
-}
-
 // A block column has the bits that it gets by itself, however many a thread finds ready at once: with these sizes it
 // finds up to three, whose product would be large enough for another kernel.
 TYPED_TEST(GetrfTeam, TheSameBitsWhateverIsReadyAtOnce) {
@@ -61,22 +35,6 @@ TYPED_TEST(GetrfTeam, TheSameBitsWhateverIsReadyAtOnce) {
         const auto f = factor(dynamic_route<T>(team, nb), known.a);
         EXPECT_TRUE(f.lu.same_bits(expected.lu)) << "team " << team;
     }
-}
-
-// Inside a region a team is of one thread, whatever was asked for.
-TYPED_TEST(GetrfTeam, InsideARegion) {
-#pragma omp parallel num_threads(2)
-    {
-        check(ib_route<TypeParam>(4), 150, 150);
-        check(dynamic_route<TypeParam>(4, 16), 150, 150);
-    }
-}
-
-// Without memory for its schedule the dynamic route hands over to the static one.
-TYPED_TEST(GetrfTeam, RefusedMemory) {
-    const WorkMemoryProbe probe(0, anySize);
-    check(dynamic_route<TypeParam>(3, 16), 150, 130);
-    EXPECT_GT(probe.refusals(), 0);
 }
 
 // ---- Progress -----------------------------------------------------------------------------------------------------
@@ -175,25 +133,6 @@ TYPED_TEST(GetrfTeam, StopsAtEachLeaf) {
         for (const int nb : {10, 32})
             check_stops("dynamic", [=](auto... arguments) { return lapack::getrf_dynamic(team, nb, arguments...); });
     }
-}
-
-// ---- Several callers ----------------------------------------------------------------------------------------------
-
-TYPED_TEST(GetrfTeamRaces, Regions) {
-    for (const int team : {2, 4}) {
-        check(ib_route<TypeParam>(team), 150, 150);
-        check(dynamic_route<TypeParam>(team, 8), 120, 140);
-        check(dynamic_route<TypeParam>(team, 16), 160, 160);
-    }
-}
-
-// Schedules of different calls share nothing.
-TYPED_TEST(GetrfTeamRaces, HostThreads) {
-    std::vector<std::thread> callers;
-    for (int caller = 0; caller < 3; ++caller)
-        callers.emplace_back([caller] { check(dynamic_route<TypeParam>(2, 8 + caller), 90, 100); });
-    for (std::thread& caller : callers)
-        caller.join();
 }
 
 } // namespace
