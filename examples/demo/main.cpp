@@ -1,6 +1,7 @@
 // The library at work on a photograph: blurs and sharpens it as products with banded Toeplitz matrices through the
 // provider's Sgemm, checks them in double precision, and writes the pictures. Then on matrices from practice: solves
-// linear systems with them through Sgetrf and Sgetrs and tells how good the solutions are.
+// linear systems with them by LU (Sgetrf, Sgetrs), Cholesky (Spotrf, Spotrs) and band LU (Sgbtrf, Sgbtrs), and tells
+// how good the solutions are.
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>

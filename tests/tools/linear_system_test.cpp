@@ -72,5 +72,50 @@ TEST(LinearSystem, SolvesInvertsAndNamesTheZeroPivot) {
     EXPECT_THROW(tiny.solve(matrix<float>(1, 1, {1e30F})), Unsolvable);
 }
 
+// Every method solves the same system, and says which it was; their conditions are those of LU.
+TEST(LinearSystem, MethodsAgree) {
+    constexpr int n = 30;
+    Matrix<float> definite(n, n), general(n, n), indefinite(n, n);
+    for (int j = 0; j < n; ++j)
+        for (int i = std::max(0, j - 2); i <= std::min(n - 1, j + 2); ++i) {
+            definite(i, j) = indefinite(i, j) = i == j ? 5 : -1.0F / static_cast<float>(1 + std::abs(i - j));
+            general(i, j) = i == j ? 1 : static_cast<float>(2 * i - j) / n;
+        }
+    indefinite(20, 20) = 0.01F;
+    const struct {
+        const char* used;
+        const Matrix<float>& a;
+        Method method;
+    } rows[] = {{"LU", definite, Method::lu},
+                {"Cholesky", definite, Method::cholesky},
+                {"band Cholesky", definite, Method::band},
+                {"band Cholesky", definite, Method::automatic},
+                {"band LU", general, Method::band},
+                {"band LU", general, Method::automatic},
+                {"LU", general, Method::lu},
+                {"band LU", indefinite, Method::automatic}};
+    Matrix<float> x(n, 2);
+    for (int i = 0; i < n; ++i)
+        x(i, 0) = 1, x(i, 1) = static_cast<float>(i % 5) - 2;
+    for (const auto& [used, a, method] : rows) {
+        const LinearSystem<float> system("A", a, method), lu("A", a);
+        EXPECT_STREQ(system.method(), used);
+        EXPECT_EQ(system.indefinite_column(), &a == &indefinite ? 21 : 0);
+        EXPECT_LT(backward_error(a, system.solve(product(a, x)), product(a, x)).normwise, 1e-6) << used;
+        EXPECT_NEAR(system.condition() / lu.condition(), 1, 1e-3) << used;
+        EXPECT_EQ(system.saving().has_value(), used[0] == 'b');
+    }
+    EXPECT_THROW(LinearSystem<float>("A", general, Method::cholesky), Unsolvable);
+    EXPECT_THROW(LinearSystem<float>("A", indefinite, Method::cholesky), Unsolvable);
+
+    const auto hermitian = matrix<SingleComplex>(2, 2, {2, {0, 1}, {0, -1}, 3});
+    const LinearSystem<SingleComplex> system("A", hermitian, Method::automatic);
+    EXPECT_STREQ(system.method(), "Cholesky");
+    const auto y = matrix<SingleComplex>(2, 1, {{1, 2}, {3, -4}});
+    EXPECT_LT(relative_difference(system.solve(product(hermitian, y)), y), 1e-6);
+    const auto symmetric = matrix<SingleComplex>(2, 2, {2, {0, 1}, {0, 1}, 3});
+    EXPECT_STREQ(LinearSystem<SingleComplex>("A", symmetric, Method::automatic).method(), "LU");
+}
+
 } // namespace
 } // namespace tools

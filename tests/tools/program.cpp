@@ -32,6 +32,8 @@ protected:
         for (int i = 1; i <= 40; ++i)
             diagonal += std::to_string(i) + " " + std::to_string(i) + " 1\n";
         write("diagonal", diagonal);
+        write("indefinite", "array real general\n2 2\n1\n2\n2\n1\n");
+        write("band", band(60));
         write("wide", "array real general\n1 2\n1\n2\n");
         write("short", "array real general\n2 2\n1\n2\n");
         write("tiny", "array real general\n1 1\n1e-30\n");
@@ -57,6 +59,21 @@ private:
         for (int j = 0; j < n; ++j)
             for (int i = 0; i < n; ++i)
                 text += i == j || j == n - 1 ? "1\n" : i > j ? "-0.9\n" : "0\n";
+        return text;
+    }
+
+    // -1, 3, 1 around the diagonal and a link further up.
+    static std::string band(int n) {
+        std::string text = "coordinate real general\n" + std::to_string(n) + " " + std::to_string(n) + " " +
+                           std::to_string(3 * n - 1) + "\n1 3 0.5\n";
+        const auto entry = [&](int i, int j, const char* value) {
+            text += std::to_string(i) + " " + std::to_string(j) + " " + value + "\n";
+        };
+        for (int j = 1; j <= n; ++j) {
+            entry(j, j, "3");
+            if (j < n)
+                entry(j + 1, j, "-1"), entry(j, j + 1, "1");
+        }
         return text;
     }
 
@@ -97,6 +114,14 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
         {"invert overflow -o x", 1, "overflow: its factors are beyond the range"},
         {"solve growth -o x", 1, "growth: the elimination failed"},
         {"invert growth -o x", 1, "growth: the elimination failed"},
+        {"solve real --method qr", 2, "--method"},
+        {"solve real --method cholesky -o x", 1, "real is not for Cholesky: it is not symmetric or Hermitian"},
+        {"solve indefinite --method cholesky -o x", 1,
+         "indefinite is not positive definite: Cholesky ends at column 2"},
+        {"solve hermitian --method band -o x", 2, "hermitian: the band routines are for real systems"},
+        {"solve band right --method band -o x", 2, "right has 2 rows"},
+        {"solve real right --method band -o x", 2, "real: the band routines are for real systems"},
+        {"solve singular --method band -o x", 1, "singular is singular: pivot 2 of 2 is 0"},
         {"solve tiny huge -o x", 1, "the result is beyond the range"},
         {"solve real -o /dev/full", 1, "cannot write /dev/full: No space left"},
         {"solve short --picture none/x", 1, "cannot write none/x: No such file"}, // before anything is read
@@ -157,6 +182,16 @@ TEST_F(Program, ReportsAndWritesResults) {
         {"bench --sizes 8 --seconds 0.001", "Sgetrf"},
         {"solve real", "in truth"},
         {"solve hermitian right -o x --picture x.svg", "condition number"},
+        {"solve hermitian", "\n  Cholesky   "},
+        {"solve hermitian --method lu", "\n  LU   "},
+        {"solve indefinite", "ended at column 2: A is not positive definite\n  LU   "},
+        {"solve real --method auto", "\n  LU   "},
+        {"solve band", "\n  band LU   "},
+        {"solve band", "1 + 2 diagonals beside the main one: 0.083 of the numbers of a full matrix, 0.0025 of the op"},
+        {"solve band --method lu", "\n  LU   "},
+        {"solve diagonal", "\n  band Cholesky   "},
+        {"solve real --method band", "\n  band LU   "},
+        {"solve indefinite --method band", "ended at column 2: A is not positive definite\n  band LU   "},
         {"solve real right -o y --coordinate", "backward error"}, // one complex side makes both so
         {"invert hermitian -o inverse", "condition number  3.2 (1-norm), 3.2"},
         {"invert nearly_singular", "A is singular to working precision: no digit of X is sure"},

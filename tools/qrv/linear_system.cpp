@@ -1,25 +1,97 @@
 #include "linear_system.hpp"
 
+#include <algorithm>
 #include <cmath>
+#include <complex>
 #include <limits>
 #include <string>
 
-#include "routines.hpp"
 #include "support/flops.hpp"
 #include "support/timer.hpp"
 
 namespace tools {
 
+Bandwidth bandwidth_of(const Matrix<float>& a) {
+    Bandwidth band;
+    for (int j = 0; j < a.columns; ++j)
+        for (int i = 0; i < a.rows; ++i)
+            if (a(i, j) != 0) {
+                band.below = std::max(band.below, i - j);
+                band.above = std::max(band.above, j - i);
+            }
+    return band;
+}
+
+bool is_narrow(Bandwidth band, int n) {
+    return 4.0 * band.diagonals() <= n;
+}
+
 template <class T>
-LinearSystem<T>::LinearSystem(const std::string& nameOfA, const Matrix<T>& a)
-    : name(nameOfA), normOfA(norm(MatrixNorm::Infinity, a)), lu(a), pivots(static_cast<std::size_t>(a.rows)) {
-    const Timer timer;
-    const int zeroPivot = factor(lu, pivots);
-    seconds = timer.seconds();
+bool may_be_definite(const Matrix<T>& a) {
+    for (int j = 0; j < a.columns; ++j) {
+        if (!(std::real(wide(a(j, j))) > 0))
+            return false;
+        for (int i = 0; i <= j; ++i)
+            if (wide(a(i, j)) != std::conj(std::complex<double>(wide(a(j, i)))))
+                return false;
+    }
+    return true;
+}
+
+template <class T>
+LinearSystem<T>::LinearSystem(const std::string& nameOfA, const Matrix<T>& a, Method method)
+    : name(nameOfA), normOfA(norm(MatrixNorm::Infinity, a)), order(a.rows), factors(Lu<T>(Matrix<T>(0, 0))) {
+    std::optional<Bandwidth> band;
+    if constexpr (!isComplex<T>)
+        if (method == Method::band || method == Method::automatic) {
+            band = bandwidth_of(a);
+            if (method == Method::automatic && !is_narrow(*band, a.rows))
+                band.reset();
+        }
+    const bool definite = method != Method::lu && may_be_definite(a);
+    if (method == Method::cholesky && !definite)
+        throw Unsolvable(name + " is not for Cholesky: it is not symmetric or Hermitian with a positive diagonal");
+    if (!definite || !factor_definite_one(a, band)) {
+        if (method == Method::cholesky)
+            throw Unsolvable(name + " is not positive definite: Cholesky ends at column " + std::to_string(indefinite));
+        factor_general(a, band);
+    }
+    std::visit([this](const auto& f) { require_finite(f.values, "its factors are"); }, factors);
+}
+
+// Result: whether it is positive definite.
+template <class T>
+bool LinearSystem<T>::factor_definite_one(const Matrix<T>& a, [[maybe_unused]] std::optional<Bandwidth> band) {
+    if constexpr (!isComplex<T>)
+        if (band) {
+            indefinite = factor<BandCholesky>(a, *band);
+            return indefinite == 0;
+        }
+    indefinite = factor<Cholesky<T>>(a);
+    return indefinite == 0;
+}
+
+template <class T>
+void LinearSystem<T>::factor_general(const Matrix<T>& a, [[maybe_unused]] std::optional<Bandwidth> band) {
+    int zeroPivot = 0;
+    if constexpr (!isComplex<T>)
+        zeroPivot = band ? factor<BandLu>(a, *band) : factor<Lu<T>>(a);
+    else
+        zeroPivot = factor<Lu<T>>(a);
     if (zeroPivot > 0)
-        throw Unsolvable(name + " is singular: pivot " + std::to_string(zeroPivot) + " of " + std::to_string(a.rows) +
+        throw Unsolvable(name + " is singular: pivot " + std::to_string(zeroPivot) + " of " + std::to_string(order) +
                          " is 0");
-    require_finite(lu, "its factors are");
+}
+
+// In place of what was there, so that there are never two sets of factors.
+template <class T>
+template <class Kind, class... Arguments>
+int LinearSystem<T>::factor(const Arguments&... arguments) {
+    auto& untouched = factors.template emplace<Kind>(arguments...);
+    const Timer timer;
+    const int info = untouched.factor();
+    seconds = timer.seconds();
+    return info;
 }
 
 template <class T>
@@ -39,21 +111,22 @@ void LinearSystem<T>::require_solved(const BackwardError& error) const {
 
 template <class T>
 Matrix<T> LinearSystem<T>::solve(Matrix<T> b) const {
-    solve_factored(lu, pivots, b);
+    std::visit([&](const auto& f) { f.solve(b); }, factors);
     require_finite(b, "the result is");
     return b;
 }
 
 template <class T>
 Matrix<T> LinearSystem<T>::inverse() && {
-    invert_factored(lu, pivots);
-    require_finite(lu, "the result is");
-    return std::move(lu);
+    auto& lu = std::get<Lu<T>>(factors);
+    invert_factored(lu.values, lu.pivots);
+    require_finite(lu.values, "the result is");
+    return std::move(lu.values);
 }
 
 template <class T>
 double LinearSystem<T>::condition() const {
-    const float reciprocal = reciprocal_condition(MatrixNorm::Infinity, lu, normOfA);
+    const float reciprocal = std::visit([this](const auto& f) { return f.reciprocal_condition(normOfA); }, factors);
     return reciprocal > 0 ? 1.0 / reciprocal : std::numeric_limits<double>::infinity();
 }
 
@@ -65,13 +138,31 @@ double LinearSystem<T>::error_estimate(const Matrix<T>& a, const Matrix<T>& x, c
         for (int i = 0; i < b.rows; ++i)
             correction(i, k) = narrow(r[static_cast<std::size_t>(i)]);
     }
-    solve_factored(lu, pivots, correction);
+    std::visit([&](const auto& f) { f.solve(correction); }, factors);
     return ratio(largest_element(correction), largest_element(x));
 }
 
 template <class T>
 double LinearSystem<T>::gflops() const {
-    return getrf_work(lu.rows, isComplex<T>).amount / seconds * 1e-9;
+    return std::visit([](const auto& f) { return f.work().amount; }, factors) / seconds * 1e-9;
+}
+
+template <class T>
+const char* LinearSystem<T>::method() const {
+    return std::visit([](const auto& f) { return f.name; }, factors);
+}
+
+template <class T>
+auto LinearSystem<T>::saving() const -> std::optional<Saving> {
+    return std::visit(
+        [this](const auto& f) -> std::optional<Saving> {
+            if constexpr (requires { f.width; }) {
+                const double n = order;
+                return Saving{f.width, f.values.rows / n, f.work().amount / getrf_work(n, false).amount};
+            }
+            return std::nullopt;
+        },
+        factors);
 }
 
 template class LinearSystem<float>;

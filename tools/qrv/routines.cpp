@@ -76,4 +76,42 @@ float reciprocal_condition(MatrixNorm kind, const Matrix<SingleComplex>& lu, flo
     return result;
 }
 
+int factor_definite(Matrix<float>& a) {
+    int info = 0;
+    provider().Lapack()->Spotrf(MatrixTriangleMode::Lower, a.rows, a.values, 0, a.rows, info);
+    return info;
+}
+
+void solve_definite(const Matrix<float>& l, Matrix<float>& b) {
+    int info = 0;
+    provider().Lapack()->Spotrs(MatrixTriangleMode::Lower, l.rows, b.columns, l.values, 0, l.rows, b.values, 0, b.rows,
+                                info);
+}
+
+float reciprocal_condition_definite(const Matrix<float>& l, float normOfA) {
+    int info = 0;
+    float result = 0;
+    provider().Lapack()->Spocon(MatrixTriangleMode::Lower, l.rows, l.values, 0, l.rows, normOfA, result, info);
+    return result;
+}
+
+int factor_definite(Matrix<SingleComplex>& a) {
+    int info = 0;
+    provider().ComplexLapack()->Cpotrf(MatrixTriangleMode::Lower, a.rows, a.values, 0, a.rows, info);
+    return info;
+}
+
+void solve_definite(const Matrix<SingleComplex>& l, Matrix<SingleComplex>& b) {
+    int info = 0;
+    provider().ComplexLapack()->Cpotrs(MatrixTriangleMode::Lower, l.rows, b.columns, l.values, 0, l.rows, b.values, 0,
+                                       b.rows, info);
+}
+
+float reciprocal_condition_definite(const Matrix<SingleComplex>& l, float normOfA) {
+    int info = 0;
+    float result = 0;
+    provider().ComplexLapack()->Cpocon(MatrixTriangleMode::Lower, l.rows, l.values, 0, l.rows, normOfA, result, info);
+    return result;
+}
+
 } // namespace tools

@@ -10,6 +10,7 @@ namespace tools {
 using support::Matrix, support::SingleComplex, support::isComplex;
 
 using Corvex::Mathematics::LinearAlgebra::MatrixNorm;
+using Corvex::Mathematics::LinearAlgebra::MatrixTriangleMode;
 using Corvex::Mathematics::LinearAlgebra::TransposeOperation;
 
 // The provider object of this program.
@@ -33,5 +34,16 @@ int invert_factored(Matrix<SingleComplex>& lu, const std::vector<int>& pivots);
 // Estimate of 1 / (|A| |A^-1|) from the factors and |A|.
 float reciprocal_condition(MatrixNorm kind, const Matrix<float>& lu, float normOfA);
 float reciprocal_condition(MatrixNorm kind, const Matrix<SingleComplex>& lu, float normOfA);
+
+// L*L^H in the lower triangle of a symmetric or Hermitian A. Result: 0, or the order, from 1, of the first leading
+// block that is not positive definite.
+int factor_definite(Matrix<float>& a);
+int factor_definite(Matrix<SingleComplex>& a);
+
+// A^-1*B in place of B, and an estimate of 1 / (|A| |A^-1|), in the 1-norm, from this factor.
+void solve_definite(const Matrix<float>& l, Matrix<float>& b);
+void solve_definite(const Matrix<SingleComplex>& l, Matrix<SingleComplex>& b);
+float reciprocal_condition_definite(const Matrix<float>& l, float normOfA);
+float reciprocal_condition_definite(const Matrix<SingleComplex>& l, float normOfA);
 
 } // namespace tools

@@ -1,5 +1,6 @@
 // qrv solve: a linear system, and how far its solution can be trusted.
 #include <fmt/core.h>
+#include <map>
 #include <optional>
 
 #include "command.hpp"
@@ -13,6 +14,7 @@ namespace {
 struct Request {
     std::string a, b, out, picture;
     bool isCoordinate = false;
+    Method method = Method::automatic;
 
     bool has_right_hand_side() const { return !b.empty(); }
 };
@@ -43,6 +45,19 @@ void print_quality(const LinearSystem<T>& system, const Matrix<T>& a, const Matr
     print_if_singular(condition, "x");
 }
 
+template <class T>
+void print_method(const LinearSystem<T>& system) {
+    if (system.indefinite_column() > 0)
+        fmt::print("  Cholesky          ended at column {}: A is not positive definite\n", system.indefinite_column());
+    fmt::print("  {:<16}  {:.2f} ms, {:.1f} GFLOP/s\n", system.method(), 1e3 * system.factor_seconds(),
+               system.gflops());
+    if (const auto saving = system.saving())
+        fmt::print("  band              {} + {} diagonals beside the main one: {:.2g} of the numbers of a full matrix, "
+                   "{:.2g} of "
+                   "the operations of LU\n",
+                   saving->band.below, saving->band.above, saving->numbers, saving->operations);
+}
+
 struct Outputs {
     std::optional<OutputFile> x, picture;
 };
@@ -53,10 +68,10 @@ void solve(const Request& request, Outputs& outputs, const Matrix<T>& a, const s
     if (outputs.x && !request.isCoordinate)
         outputs.x->reserve(array_bytes(1.0 * b.rows * b.columns, isComplex<T>));
     std::optional<ProgressBar> progress = factoring(a.rows);
-    LinearSystem<T> system(request.a, a);
+    LinearSystem<T> system(request.a, a, request.method);
     progress.reset();
     const Matrix<T> x = system.solve(b);
-    fmt::print("  LU                {:.2f} ms, {:.1f} GFLOP/s\n", 1e3 * system.factor_seconds(), system.gflops());
+    print_method(system);
     print_quality(system, a, x, b, !given);
     if (outputs.x) {
         write_matrix_market(*outputs.x, x, request.isCoordinate ? Format::coordinate : Format::array,
@@ -87,6 +102,8 @@ void run(const Request& request) {
     // With its factors; a real one, in the worst case, is made complex first.
     const MatrixFile a = read_matrix_market(request.a, withComplex ? 5 : 2);
     check_sizes(request, a.matrix, b);
+    if (request.method == Method::band && (withComplex || std::holds_alternative<Matrix<SingleComplex>>(a.matrix)))
+        throw InputError(request.a + ": the band routines are for real systems");
     fmt::print("A: {}\nb: {}\n", description(request.a, a),
                b ? description(request.b, *b) : "A times a vector of ones");
     // A complex side makes the other one complex.
@@ -101,7 +118,7 @@ void run(const Request& request) {
 
 void add_solve(CLI::App& program) {
     CLI::App* const command = program.add_subcommand(
-        "solve", "Solves A x = b by LU, and tells condition number, backward error and a bound of the error of x");
+        "solve", "Solves A x = b, and tells condition number, backward error and a bound of the error of x");
     const auto request = std::make_shared<Request>();
     command->add_option("A", request->a, "Matrix Market file of a square matrix")->required()->check(file_name());
     command->add_option("b", request->b, "file of right-hand sides; without, A times a vector of ones")
@@ -110,6 +127,15 @@ void add_solve(CLI::App& program) {
     command->add_option("--picture", request->picture, "SVG file for the elements of x over their index")
         ->check(file_name());
     command->add_flag("--coordinate", request->isCoordinate, "write nonzeros only");
+    const std::map<std::string, Method> methods{
+        {"auto", Method::automatic}, {"lu", Method::lu}, {"cholesky", Method::cholesky}, {"band", Method::band}};
+    command
+        ->add_option(
+            "--method", request->method,
+            "auto: within the band if that is narrow; by Cholesky if A is symmetric or Hermitian with a positive "
+            "diagonal, and by LU if it turns out not to be definite")
+        ->transform(CLI::CheckedTransformer(methods))
+        ->option_text("auto|lu|cholesky|band");
     command->callback([request] { run(*request); });
 }
 
