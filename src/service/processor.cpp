@@ -117,6 +117,11 @@ VectorForm vector_form() {
     return detected < static_cast<int>(allowed) ? static_cast<VectorForm>(detected) : allowed;
 }
 
+VectorForm vector_form_in_use() {
+    constexpr int sse42Class = 5;
+    return qrv_serv_get_cpu_type() == sse42Class ? vector_form() : VectorForm::sse;
+}
+
 void restrict_vector_form(VectorForm most) {
     widestAllowed.store(most, std::memory_order_relaxed);
 }

@@ -13,6 +13,9 @@ enum class VectorForm : int {
 // Of this machine, or less if restricted. A build without wide kernels always answers `sse`.
 VectorForm vector_form();
 
+// That of the kernels that run: older processor classes have no wider ones.
+VectorForm vector_form_in_use();
+
 // No form wider than `most` from now on, so that tests reach the narrower ones.
 void restrict_vector_form(VectorForm most);
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
+#include "lapack/kernel/source/cholesky/potrf_route.hpp"
 #include "lapack/kernel/source/cholesky/potrf_schedule.hpp"
 #include "support/simulated_team.hpp"
 
@@ -120,6 +121,21 @@ TEST(PotrfSchedule, StartsCoarse) {
         EXPECT_EQ(job.table()->cell, row.cell) << row.tiles;
         EXPECT_EQ(job.table()->reach, row.reach) << row.tiles;
     }
+}
+
+// The leading block leaves coarse cells to the team, of the tuned grain and of that for wide vectors.
+TEST(PotrfSchedule, LeavesCoarseCells) {
+    for (const int n : {200, 512, 1024, 2048, 4000})
+        for (const int threads : {2, 4})
+            for (const lapack::PotrfGrain grain : {lapack::tuned_grain("SPOTRF", n, threads),
+                                                   lapack::tuned_grain("CPOTRF", n, threads), lapack::wide_grain(n)}) {
+                Tiles job((n - 1) / grain.tile + 1);
+                job.begin(threads);
+                const int span = lapack::first_span(job.table()->cell, grain);
+                EXPECT_TRUE(span > 1 || job.table()->cell == 1) << n << ' ' << threads;
+                EXPECT_TRUE(span == 1 || grain.tile * span <= grain.firstBlock) << n << ' ' << threads;
+                EXPECT_GE(grain.steps, span) << n << ' ' << threads;
+            }
 }
 
 } // namespace

@@ -255,12 +255,6 @@ template void gemm_large_region(GemmCall<SingleComplex>, const GemmFacts&, int);
 
 namespace {
 
-// The forms belong to the newest class; the others have none.
-VectorForm form_in_use() {
-    constexpr int sse42Class = 5;
-    return qrv_serv_get_cpu_type() == sse42Class ? vector_form() : VectorForm::sse;
-}
-
 // Calls that may repay threads. Out of line, so that a tiny call pays for the gate alone.
 template <class T>
 [[gnu::noinline]] void gemm_with_budget(const GemmCall<T>& call) {
@@ -268,7 +262,7 @@ template <class T>
     const int threads = ThisMachine::budget();
     const bool small = gemm_is_small(sizes);
     if (threads <= 1 || (small && !gemm_gains(row_for<T>(realGemmGain, complexGemmGain), sizes, threads,
-                                              gemm_thread_cost(form_in_use()))))
+                                              gemm_thread_cost(vector_form_in_use()))))
         return serial(call);
     if (small)
         return gemm_small_region(call, threads);

@@ -18,10 +18,8 @@ struct PotrfMachine {
     int threads() const { return qrv_serv_get_max_threads(); }
     int crossover() const { return tuning::crossover(RoutineName<T>("POTRF"), n); }
     PotrfGrain grain(int threadCount) const {
-        if (vector_form() != VectorForm::sse)
-            return wide_grain(n);
-        const auto of = [&](int which) { return tuning::block_size(RoutineName<T>("POTRF"), n, threadCount, which); };
-        return {of(-1), of(-2), of(-3)};
+        return vector_form_in_use() == VectorForm::sse ? tuned_grain(RoutineName<T>("POTRF"), n, threadCount)
+                                                       : wide_grain(n);
     }
 };
 

@@ -29,6 +29,13 @@ struct PotrfGrain {
     int firstBlock; // columns of the leading block, which the caller factors alone, at most
 };
 
+// The span of the first tasks: that of the schedule, as far as the leading block allows.
+constexpr int first_span(int span, PotrfGrain grain) {
+    while (span > 1 && grain.tile * span > grain.firstBlock)
+        span /= 2;
+    return span;
+}
+
 // On a team of at most `threads`; grain.tile < n.
 template <class T>
 FactorResult potrf_tiles(int threads, PotrfGrain grain, Uplo uplo, int n, Matrix<T> a);

@@ -2,9 +2,8 @@
 // (potrf_schedule.hpp), which says who owns what and in which order steps are taken.
 //
 //   factor the leading block   caller; its tiles are finished then
-//   tasks                      region: products with finished tiles are taken off a cell, then it is solved with, or
-//   is,
-//                              the factored cell on the diagonal
+//   tasks                      region: products with finished tiles are taken off a cell, then it is solved with the
+//                              factored cell on the diagonal, or is that and gets factored
 //
 // A task takes as many steps as are ready, up to a limit: one deep product instead of several shallow ones. Threads
 // read finished cells only, and write only to the one that they hold. A cell on the diagonal is ready to be factored
@@ -131,10 +130,9 @@ void finish_leading_cell(PotrfTable& table) {
 }
 
 template <class T>
-FactorResult factor(TiledMatrix<T>& x, int threads, int firstBlock) {
+FactorResult factor(TiledMatrix<T>& x, int threads, PotrfGrain grain) {
     PotrfTable& table = *x.table;
-    while (table.cell > 1 && x.nb * table.cell > firstBlock)
-        table.cell /= 2;
+    table.cell = first_span(table.cell, grain);
     x.steps = std::max(x.steps / table.cell, 1) * table.cell;
     const FactorResult leading = potrf_any(x.uplo, x.length(1, table.cell), x.a);
     if (leading.info != 0 || leading.stopped)
@@ -156,7 +154,7 @@ FactorResult potrf_tiles(int threads, PotrfGrain grain, Uplo uplo, int n, Matrix
         return potrf_serial(uplo, n, a, {});
     TiledMatrix<T> x{uplo, n, grain.tile, grain.steps, a, static_cast<PotrfTable*>(block)};
     qrv_lapack_potrf_sched_init(x.table, &tiles, &threads);
-    const FactorResult result = factor(x, threads, grain.firstBlock);
+    const FactorResult result = factor(x, threads, grain);
     qrv_serv_deallocate(block);
     return result;
 }

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <algorithm>
+#include <string_view>
 
 #include "lapack/kernel/source/cholesky/potrf.hpp"
+#include "service/tuning.hpp"
 
 namespace qrv::lapack {
 
@@ -13,6 +15,12 @@ struct PotrfRoute {
     int threads = 1;
     PotrfGrain grain{};
 };
+
+// The grain by the tuning table.
+inline PotrfGrain tuned_grain(std::string_view name, int n, int threads) {
+    const auto of = [&](int which) { return tuning::block_size(name, n, threads, which); };
+    return {of(-1), of(-2), of(-3)};
+}
 
 // The grain on processors with wide vectors, for which the tuned tiles are too small: the products of a tile have to
 // fill packed kernels. Two threads of an AVX-512 machine then take 0.44, 0.65, 0.75 and 1.0 of the serial route's time

@@ -12,7 +12,8 @@ namespace qrv::lapack {
 
 template <class T>
 FactorResult potrf_serial(Uplo uplo, int n, Matrix<T> a, FactorPlace place) {
-    const int nb = vector_form() == VectorForm::sse ? tuning::block_size(RoutineName<T>("POTRF"), n) : wide_block(n);
+    const int nb =
+        vector_form_in_use() == VectorForm::sse ? tuning::block_size(RoutineName<T>("POTRF"), n) : wide_block(n);
     if (nb <= 1 || nb >= n)
         return tell_progress(RoutineName<T>("POTRF"), n, place, potf2(uplo, n, a));
     return factor_left_looking<Layer::blas>(nb, uplo, n, a, [&](int j, int jb, Matrix<T> diagonal) {
