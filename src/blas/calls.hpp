@@ -43,6 +43,12 @@ inline std::tuple<char> held(Op op) {
 inline std::tuple<char> held(Diag diag) {
     return {letter(diag)};
 }
+inline std::tuple<char> held(Direct direct) {
+    return {letter(direct)};
+}
+inline std::tuple<char> held(Pivot pivot) {
+    return {letter(pivot)};
+}
 template <class T>
 std::tuple<T*, int> held(Matrix<T> a) {
     return {a.data, static_cast<int>(a.ld)};
@@ -194,6 +200,11 @@ void trsv(Uplo uplo, Op op, Diag diag, int n, MatrixIn<T> a, Vector<T> x) {
 template <class T>
 void trmv_band(Uplo uplo, Op op, Diag diag, int width, int length, MatrixIn<T> a, const Scalar<T>* x, Vector<T> y) {
     native::call(Native<T>::trmv_band, uplo, op, diag, width, length, a, x, y);
+}
+// A sequence of rotations, c[k] and s[k] in the planes that `pivot` names, on a real m x n matrix: of its rows from the
+// left, of its columns from the right. Rotations with c = 1 and s = 0 touch nothing.
+inline void lasr(Side side, Pivot pivot, Direct direct, int m, int n, const float* c, const float* s, Matrix<float> a) {
+    native::call(qrv_blas_slasr_kernel, side, pivot, direct, m, n, c, s, a);
 }
 // Band matrices, of real elements: k diagonals beside the main one, or kl below and ku above it.
 inline void gbmv(Op op, int m, int n, int kl, int ku, float alpha, Matrix<const float> a, Vector<const float> x,

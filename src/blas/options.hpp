@@ -13,6 +13,10 @@ enum class Side : char { left = 'L', right = 'R' };
 enum class Uplo : char { upper = 'U', lower = 'L' };
 enum class Op : char { none = 'N', transpose = 'T', adjoint = 'C' };
 enum class Diag : char { nonUnit = 'N', unit = 'U' };
+// Of a product of rotations or reflectors: whether the first one acts first.
+enum class Direct : char { forward = 'F', backward = 'B' };
+// The lines that rotation k of a sequence turns: k and k + 1; the top one and k + 1; k and the bottom one.
+enum class Pivot : char { variable = 'V', top = 'T', bottom = 'B' };
 
 constexpr bool is_option(char option, char upperCase) {
     return option == upperCase || option == upperCase + ('a' - 'A');
@@ -35,6 +39,12 @@ constexpr bool conjugates(Op op) {
 constexpr Diag diag_of(char option) {
     return is_option(option, 'U') ? Diag::unit : Diag::nonUnit;
 }
+constexpr Direct direct_of(char option) {
+    return is_option(option, 'F') ? Direct::forward : Direct::backward;
+}
+constexpr Pivot pivot_of(char option) {
+    return is_option(option, 'V') ? Pivot::variable : is_option(option, 'T') ? Pivot::top : Pivot::bottom;
+}
 constexpr char letter(Side side) {
     return static_cast<char>(side);
 }
@@ -46,6 +56,12 @@ constexpr char letter(Op op) {
 }
 constexpr char letter(Diag diag) {
     return static_cast<char>(diag);
+}
+constexpr char letter(Direct direct) {
+    return static_cast<char>(direct);
+}
+constexpr char letter(Pivot pivot) {
+    return static_cast<char>(pivot);
 }
 
 } // namespace QRV_VIEW_NAMESPACE

@@ -96,9 +96,17 @@
            (uplo, trans, diag, n, k, a, lda, x, incx))                                                               \
     KERNEL(void, blas_stbsv_kernel, (QRV_TRIANGULAR_BAND_PARAMETERS(float)),                                         \
            (uplo, trans, diag, n, k, a, lda, x, incx))
+
+/* A sequence of plane rotations, of LAPACK. */
+#define QRV_ROTATION_KERNELS(KERNEL)                                                                                 \
+    KERNEL(void, blas_slasr_kernel,                                                                                  \
+           (const char* side, const char* pivot, const char* direct, const int* m, const int* n, const float* c,     \
+            const float* s, float* a, const int* lda),                                                               \
+           (side, pivot, direct, m, n, c, s, a, lda))
 // clang-format on
 
 #define QRV_LEVEL2_KERNELS(KERNEL)                                                                                     \
     QRV_FULL_MATRIX_KERNELS(KERNEL)                                                                                    \
     QRV_TRIANGULAR_KERNELS(KERNEL)                                                                                     \
-    QRV_BANDED_KERNELS(KERNEL)
+    QRV_BANDED_KERNELS(KERNEL)                                                                                         \
+    QRV_ROTATION_KERNELS(KERNEL)

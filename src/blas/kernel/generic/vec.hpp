@@ -27,6 +27,13 @@ inline Vec1f subtract_product(Vec1f a, Vec1f b, Vec1f c) {
     return {c.v - a.v * b.v};
 }
 
+// A part of a vector has fewer lanes than all, so nobody asks for one here.
+template <class V>
+V load_part(const float*, int) {
+    return V::zero();
+}
+inline void store_part(float*, Vec1f, int) {}
+
 using Vec = Vec1f;
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -3,6 +3,7 @@
 #include "blas/kernel/common/level2/banded.hpp"
 #include "blas/kernel/common/level2/gemv.hpp"
 #include "blas/kernel/common/level2/ger.hpp"
+#include "blas/kernel/common/level2/lasr.hpp"
 #include "blas/kernel/common/level2/symv.hpp"
 #include "blas/kernel/common/level2/syr.hpp"
 #include "blas/kernel/common/level2/trmv.hpp"
@@ -87,6 +88,13 @@ void blas_stbmv_kernel(QRV_TRIANGULAR_BAND_PARAMETERS(float)) {
 }
 void blas_stbsv_kernel(QRV_TRIANGULAR_BAND_PARAMETERS(float)) {
     banded_triangular<Action::solve, float>(uplo_of(*uplo), op_of(*trans), diag_of(*diag), *n, *k, {a, *lda}, x, *incx);
+}
+
+// ---- Rotations ------------------------------------------------------------------------------------------------------
+
+void blas_slasr_kernel(const char* side, const char* pivot, const char* direct, const int* m, const int* n,
+                       const float* c, const float* s, float* a, const int* lda) {
+    lasr(side_of(*side), pivot_of(*pivot), direct_of(*direct), *m, *n, c, s, {a, *lda});
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD
