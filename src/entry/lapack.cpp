@@ -1,5 +1,6 @@
 // The entries of LAPACK and the routines that they frame, from their rows.
 #include "lapack/lapack.hpp"
+#include "blas/calls.hpp"
 #include "entry/checks.hpp"
 #include "lapack/calls/band.hpp"
 #include "lapack/calls/cholesky.hpp"
@@ -27,6 +28,16 @@ extern "C" {
     QRV_API void QRV_MEMBER(NAME) PARAMETERS {                                                                         \
         install_default_services();                                                                                    \
         if (Arguments{QRV_MEMBER_TEXT(NAME), info} CHECKS)                                                             \
+            __VA_ARGS__;                                                                                               \
+    }
+#define REPORTED(NAME, name, PARAMETERS, CHECKS, ...)                                                                  \
+    void QRV_LAPACK_MEMBER(name) PARAMETERS {                                                                          \
+        if (int info; Arguments{QRV_MEMBER_TEXT(NAME), &info} CHECKS)                                                  \
+            __VA_ARGS__;                                                                                               \
+    }                                                                                                                  \
+    QRV_API void QRV_MEMBER(NAME) PARAMETERS {                                                                         \
+        install_default_services();                                                                                    \
+        if (int info; Arguments{QRV_MEMBER_TEXT(NAME), &info} CHECKS)                                                  \
             __VA_ARGS__;                                                                                               \
     }
 #define UNCHECKED(Result, NAME, name, PARAMETERS, ...)                                                                 \

@@ -87,6 +87,10 @@ const ArgumentRow rows[] = {
      {"B R 3 1 3 . 2 . 3", "n l 0 1 0 . 0 . 1", "P L 3 3 3 . 0 . 3", "S r 3 1 1 . 2 . 3"},
      "1=X 2=X 3=-1 4=0 4=4 5=4 7=-1 9=2",
      {{"4=2 5=1", 5}, {"3=0 5=0 9=0", 9}, {"3=0 4=2", 4}}},
+    {"SLASR",
+     {"L V F 3 2 . . . 3", "r t b 0 2 . . . 1", "R B B 2 0 . . . 2"},
+     "1=X 2=X 3=X 4=-1 5=-1 9=2",
+     {{"4=0 9=0", 9}}},
     {"SLATBS",
      {"U N N N 4 2 . 3 . . .", "l t u y 0 2 . 3 . . .", "L C N Y 2 0 . 1 . . ."},
      "1=X 2=X 3=X 4=X 5=-1 6=-1 8=2",
@@ -139,6 +143,7 @@ Routines routines;
     const bool name##_enrolled = enroll(routines, text, entry, name##_positions);
 #define CHECKED(NAME, name, PARAMETERS, CHECKS, ...)                                                                   \
     CHECKED_AS(QRV_MEMBER_TEXT(NAME), QRV_MEMBER(NAME), name, PARAMETERS, CHECKS)
+#define REPORTED CHECKED
 #define ROUTE(NAME, name, PARAMETERS, CHECKS, ...)                                                                     \
     CHECKED_AS(QRV_MEMBER_TEXT(NAME) ":" #name, QRV_LAPACK_MEMBER(name), name, PARAMETERS, CHECKS)
 #define UNCHECKED(...)

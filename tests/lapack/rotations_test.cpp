@@ -40,5 +40,36 @@ TEST(Rotations, OfInfinityAndNaNEnd) {
         }
 }
 
+// [f g; 0 h] against its decomposition and the values of the same matrix in double.
+TEST(Rotations, DecomposeATriangle) {
+    for (const float f : numbers)
+        for (const float g : numbers)
+            for (const float h : numbers) {
+                const double fa = std::abs(double{f}), ha = std::abs(double{h}), ga = g;
+                const double sum = std::hypot(fa + ha, ga), difference = std::hypot(fa - ha, ga),
+                             largest = (sum + difference) / 2, smallest = largest == 0 ? 0 : fa * ha / largest;
+                const auto near = [](double found, double expected) {
+                    return expected > std::numeric_limits<float>::max()
+                               ? std::isinf(found)
+                               : std::abs(found - expected) <= 4 * unitRoundoff * expected + 0x1p-149;
+                };
+                float least, most, snr, csr, snl, csl;
+                SLAS2(&f, &g, &h, &least, &most);
+                EXPECT_TRUE(near(least, smallest) && near(most, largest)) << f << ' ' << g << ' ' << h;
+                EXPECT_TRUE(least >= 0 && most >= 0);
+                SLASV2(&f, &g, &h, &least, &most, &snr, &csr, &snl, &csl);
+                EXPECT_TRUE(near(std::abs(least), smallest) && near(std::abs(most), largest))
+                    << f << ' ' << g << ' ' << h;
+                if (std::isinf(most))
+                    continue;
+                const double cl = csl, sl = snl, cr = csr, sr = snr, a = cl * f, b = cl * g + sl * h, c = -sl * f,
+                             d = cl * h - sl * g;
+                EXPECT_LE(std::abs(cl * cl + sl * sl - 1) + std::abs(cr * cr + sr * sr - 1), 8 * unitRoundoff);
+                for (const double error :
+                     {a * cr + b * sr - most, b * cr - a * sr, c * cr + d * sr, d * cr - c * sr - least})
+                    EXPECT_LE(std::abs(error), 8 * unitRoundoff * largest + 0x1p-148) << f << ' ' << g << ' ' << h;
+            }
+}
+
 } // namespace
 } // namespace qrv::test

@@ -153,10 +153,10 @@ Result apply(Result (*function)(P...), std::vector<Argument>& arguments) {
     (std::index_sequence_for<P...>());
 }
 
-// Enters a routine: of LAPACK, with info as its last argument, or of BLAS with a result.
+// Enters a routine: of LAPACK, with info as its last argument or without one, or of BLAS with a result.
 template <class Result, class... P>
 bool enroll(Routines& routines, const char* name, Result (*entry)(P...), std::set<int> (*positions)(P...)) {
-    constexpr bool hasInfo = std::is_void_v<Result>;
+    constexpr bool hasInfo = std::is_same_v<int*, typename decltype((std::type_identity<P>(), ...))::type>;
     const auto complete = [](const std::string& call) { return hasInfo ? call + " -99" : call; };
     const auto run = [=](const std::string& call) {
         auto arguments = arguments_of<P...>(complete(call));
@@ -165,10 +165,14 @@ bool enroll(Routines& routines, const char* name, Result (*entry)(P...), std::se
         if constexpr (hasInfo) {
             apply(entry, arguments);
             outcome.result = arguments.back().value();
-        } else {
+        } else if constexpr (!std::is_void_v<Result>) {
             outcome.result = apply(entry, arguments);
+        } else {
+            apply(entry, arguments);
         }
         outcome.printed = testing::internal::GetCapturedStdout();
+        if (!hasInfo && std::is_void_v<Result>)
+            outcome.result = outcome.printed != "";
         outcome.touched =
             std::any_of(arguments.begin(), arguments.end(), [](const Argument& a) { return a.touched(); });
         return outcome;

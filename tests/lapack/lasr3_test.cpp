@@ -1,0 +1,149 @@
+// Several sequences of rotations applied together, on every route, against the sequences one after the other in double.
+#include "lapack/calls/rotations.hpp"
+#include "lapack/kernel/source/rotations/lasr3.hpp"
+#include "lapack/lapack.hpp"
+#include <gtest/gtest.h>
+
+#include "support/oracle.hpp"
+
+namespace qrv::test {
+namespace {
+
+using lapack::SweepRoute;
+
+// Every third sequence has rotations on a part of the planes only.
+struct Sequences {
+    Side side;
+    Direct direct;
+    int lines, across, count;
+    Operand<float> cs, before;
+    std::vector<double> expected;
+
+    Sequences(Side s, Direct d, int lineCount, int length, int sequences)
+        : side(s), direct(d), lines(lineCount), across(length), count(sequences),
+          cs(std::max(lines - 1, 0), 2 * count, std::max(1, lines + 1)),
+          before(left() ? lines : across, left() ? across : lines, (left() ? lines : across) + 3) {
+        std::mt19937 random(static_cast<unsigned>(7 * lines + across + 3 * count));
+        cs.fill(0);
+        for (int q = 0; q < count; ++q)
+            for (int i = 0; i + 1 < lines; ++i) {
+                const bool turns = q % 3 != 1 || (i > lines / 4 && i < lines - lines / 3);
+                const double angle = turns ? double(random() % 628) / 100 : 0;
+                cs(i, 2 * q) = static_cast<float>(std::cos(angle)),
+                          cs(i, 2 * q + 1) = static_cast<float>(std::sin(angle));
+            }
+        before.set([&](int, int) { return any_size_one<float>(random); });
+        before.each_stored([&](int, int) { expected.push_back(0); });
+        before.each_stored([&](int i, int j) { at(i, j) = before(i, j); });
+        apply();
+    }
+    bool left() const { return side == Side::left; }
+    double& at(int i, int j) { return expected[std::size_t(i) + std::size_t(before.rows()) * std::size_t(j)]; }
+    double& element(int line, int k) { return left() ? at(line, k) : at(k, line); }
+
+    void apply() {
+        for (int q = 0; q < count; ++q)
+            for (int step = 0; step + 1 < lines; ++step) {
+                const int i = direct == Direct::forward ? step : lines - 2 - step;
+                const double c = cs(i, 2 * q), s = cs(i, 2 * q + 1);
+                for (int k = 0; k < across; ++k) {
+                    double &x = element(i, k), &y = element(i + 1, k);
+                    const double turned = c * x + s * y;
+                    y = c * y - s * x;
+                    x = turned;
+                }
+            }
+    }
+    // Whether run(a, work) does it.
+    template <class Run>
+    bool done_by(const Run& run) {
+        Operand<float> a = before;
+        GuardedVector<float> work(static_cast<int>(lapack::lasr3_work(count, across)));
+        run(a, work);
+        const double allowed = 40 * unitRoundoff * std::sqrt(double(count) + lines);
+        const int bad = a.count_bad([&](int i, int j, float x) { return std::abs(x - at(i, j)) <= allowed; });
+        return bad == 0 && a.guards_intact() && work.guards_intact();
+    }
+    std::string name() const {
+        return std::string(1, letter(side)) + letter(direct) + ' ' + std::to_string(count) + " on " +
+               std::to_string(lines) + " of " + std::to_string(across);
+    }
+};
+
+// On either side, in either direction.
+template <class Body>
+void each_sequences(int lines, int across, int count, const Body& body) {
+    for (const Side side : {Side::left, Side::right})
+        for (const Direct direct : {Direct::forward, Direct::backward})
+            body(Sequences(side, direct, lines, across, count));
+}
+
+constexpr SweepRoute routes[] = {SweepRoute::oneByOne, SweepRoute::skewed, SweepRoute::blocked,
+                                 SweepRoute::blockedTeam};
+
+// Around one, two and more blocks, and where a block has no room for an element of all its lines.
+void expect_right(std::initializer_list<int> counts, std::initializer_list<int> lengths,
+                  std::initializer_list<int> teams) {
+    for (const int count : counts)
+        for (const int lines : {2, count, count + 1, 2 * count, 2 * count + 1, 3 * count, 3 * count + 1, 5 * count + 2})
+            for (const int across : lengths)
+                each_sequences(std::max(lines, 2), across, count, [&](Sequences q) {
+                    for (const SweepRoute route : routes)
+                        for (const int team : teams)
+                            EXPECT_TRUE(q.done_by([&](auto& a, auto& work) {
+                                lapack::apply_sweeps({q.side,
+                                                      q.direct,
+                                                      a.rows(),
+                                                      a.columns(),
+                                                      q.count,
+                                                      {q.cs.data(), q.cs.ld()},
+                                                      {a.data(), a.ld()}},
+                                                     route, team, work.data());
+                            })) << q.name()
+                                << " route " << static_cast<int>(route) << " team " << team;
+                });
+}
+
+TEST(Lasr3, SolutionsOnEveryRoute) {
+    expect_right({1, 2, 5, 36}, {1, 3, 33}, {1, 3});
+}
+
+TEST(Lasr3, Races) {
+    expect_right({3}, {9}, {2, 3});
+}
+
+TEST(Lasr3, ChoosesByLengthAndThreads) {
+    const auto route = [](int across, int team, int block, int threads) {
+        return lapack::sweep_route(across, team, block, [=] { return threads; });
+    };
+    EXPECT_EQ(route(210, 210, 210, 8), SweepRoute::oneByOne);
+    EXPECT_EQ(route(211, 210, 210, 1), SweepRoute::blocked);
+    EXPECT_EQ(route(211, 210, 210, 2), SweepRoute::blockedTeam);
+    EXPECT_EQ(route(211, 210, 300, 2), SweepRoute::skewed);
+    EXPECT_EQ(route(211, 210, 300, 1), SweepRoute::oneByOne);
+    EXPECT_EQ(route(200, 210, 100, 2), SweepRoute::blocked);
+}
+
+// By address, where options are upper-case letters: others do nothing.
+TEST(Lasr3, OptionsInTheNativeForm) {
+    for (const int across : {20, 215})
+        each_sequences(30, across, 4, [&](Sequences q) {
+            const char side = letter(q.side), direct = letter(q.direct);
+            const auto call = [&](const char* pivot, const char* direction) {
+                return q.done_by([&](auto& a, auto& work) {
+                    const int lwork = work.size();
+                    int info = 5;
+                    qrv_lapack_slasr3(&side, pivot, direction, &a.form().rows, &a.form().columns, &q.count, q.cs.data(),
+                                      &q.cs.ld(), a.data(), &a.ld(), work.data(), &lwork, &info);
+                    EXPECT_EQ(info, 5);
+                });
+            };
+            EXPECT_TRUE(call("Variable", &direct)) << q.name();
+            EXPECT_FALSE(call("v", &direct)) << q.name();
+            EXPECT_FALSE(call("T", &direct)) << q.name();
+            EXPECT_FALSE(call("V", direct == 'F' ? "f" : "b")) << q.name();
+        });
+}
+
+} // namespace
+} // namespace qrv::test
