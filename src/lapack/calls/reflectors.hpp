@@ -36,12 +36,9 @@ void larf(Side side, int m, int n, Vector<const T> v, T tau, Matrix<T> c, T* wor
 // k reflectors in a matrix V: H = H(1) H(2) .. H(k) forward, H(k) .. H(2) H(1) backward. V has column v(i) or
 // row v(i)^H for each. Forward, v(i) begins with i - 1 zeros and a 1; backward, it ends with a 1 and k - i zeros:
 // neither is stored.
-enum class Direct : char { forward = 'F', backward = 'B' };
+using qrv::Direct, qrv::direct_of;
 enum class StoreV : char { columns = 'C', rows = 'R' };
 
-constexpr Direct direct_of(char option) {
-    return is_option(option, 'F') ? Direct::forward : Direct::backward;
-}
 constexpr StoreV store_of(char option) {
     return is_option(option, 'C') ? StoreV::columns : StoreV::rows;
 }
