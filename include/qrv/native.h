@@ -24,6 +24,7 @@
 
 #include "native/auxiliary.h"
 #include "native/band.h"
+#include "native/bidiagonal.h"
 #include "native/blas.h"
 #include "native/cholesky.h"
 #include "native/common.h"
@@ -31,6 +32,7 @@
 #include "native/nonsymmetric.h"
 #include "native/qr.h"
 #include "native/rotations.h"
+#include "native/svd.h"
 #include "native/symmetric.h"
 #include "native/triangular.h"
 

@@ -1,12 +1,14 @@
 // Bad arguments of the routines of LAPACK, and the lengths of their work arrays.
 #include "entry/checks.hpp"
 #include "lapack/calls/band.hpp"
+#include "lapack/calls/bidiagonal.hpp"
 #include "lapack/calls/cholesky.hpp"
 #include "lapack/calls/lu.hpp"
 #include "lapack/calls/nonsymmetric.hpp"
 #include "lapack/calls/norms.hpp"
 #include "lapack/calls/reflectors.hpp"
 #include "lapack/calls/rotations.hpp"
+#include "lapack/calls/svd.hpp"
 #include "lapack/calls/symmetric.hpp"
 #include "lapack/calls/triangular.hpp"
 #include "lapack/lapack.hpp"
@@ -87,6 +89,21 @@ const ArgumentRow rows[] = {
      {"B R 3 1 3 . 2 . 3", "n l 0 1 0 . 0 . 1", "P L 3 3 3 . 0 . 3", "S r 3 1 1 . 2 . 3"},
      "1=X 2=X 3=-1 4=0 4=4 5=4 7=-1 9=2",
      {{"4=2 5=1", 5}, {"3=0 5=0 9=0", 9}, {"3=0 4=2", 4}}},
+    {"SGEBRD CGEBRD",
+     {"3 2 . 3 . . . . w 3", "0 2 . 1 . . . . w 2", "0 0 . 1 . . . . w -1", "3 2 . 3 . . . . w -1"},
+     "1=-1 2=-1 4=2 10=2 10=-2",
+     {}},
+    {"SGEBD2 CGEBD2", {"3 2 . 3 . . . . .", "0 2 . 1 . . . . ."}, "1=-1 2=-1 4=2", {{"1=0 4=0", 4}}},
+    {"SBDSQR",
+     {"U 3 2 2 2 . . . 3 . 2 . 3 .", "l 0 2 2 2 . . . 1 . 2 . 1 .", "L 3 0 0 0 . . . 1 . 1 . 1 ."},
+     "1=X 2=-1 3=-1 4=-1 5=-1 9=2 11=1 13=2",
+     {{"3=0 9=0", 9}, {"4=0 11=0", 11}, {"5=0 13=0", 13}}},
+    {"SLASDQ",
+     {"U 0 3 2 2 2 . . . 3 . 2 . 3 .", "l 1 0 2 2 2 . . . 1 . 2 . 1 .", "L 0 3 0 0 0 . . . 1 . 1 . 1 ."},
+     "1=X 2=2 2=-1 3=-1 4=-1 5=-1 6=-1 10=2 12=1 14=2",
+     {{"4=0 10=0", 10}, {"5=0 12=0", 12}, {"6=0 14=0", 14}}},
+    {"SLASD0", {"3 1 . . . 3 . 4 5 . .", "3 0 . . . 3 . 3 3 . ."}, "1=-1 2=2 2=-1 6=2 8=3 9=2", {}},
+    {"SLASD1", {"1 1 1 . 1 1 . 3 . 4 . . .", "1 1 0 . 1 1 . 3 . 3 . . ."}, "1=0 2=0 3=2 3=-1", {}},
     {"SLASR",
      {"L V F 3 2 . . . 3", "r t b 0 2 . . . 1", "R B B 2 0 . . . 2"},
      "1=X 2=X 3=X 4=-1 5=-1 9=2",

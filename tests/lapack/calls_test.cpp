@@ -60,6 +60,19 @@ const OrdinaryCalls rows[] = {
     {"SLADIV", {"3 4 2 1 . ."}},
     {"CLADIV", {". 4 2"}},
     {"SLARTG", {"3 4 . . .", "0 4 . . ."}},
+    {"SLAS2", {"3 4 2 . ."}},
+    {"SLASV2", {"3 4 2 . . . . . .", "0 4 2 . . . . . ."}},
+    {"SLASR", {"L V F 40 30 . . m 40", "R B B 40 30 . . m 40"}},
+    {"SGEBRD CGEBRD", {"90 70 m 90 . . . . w 5000", "40 90 m 40 . . . . w 130"}},
+    {"SGEBD2 CGEBD2", {"40 30 m 40 . . . . ."}},
+    {"SLABRD CLABRD", {"40 30 4 m 40 . . . . m 40 m 30"}},
+    {"SBDSQR", {"U 40 40 40 0 v . m 40 m 40 . 1 .", "L 40 0 0 0 v . . 1 . 1 . 1 ."}},
+    {"SLASDQ", {"U 1 20 21 20 0 v . m 21 m 20 . 1 ."}},
+    {"SLASD0", {"20 0 v . m 20 m 20 25 . ."}},
+    {"SLASD1", {"1 1 0 . 1 1 m 3 m 3 . . ."}},
+    {"SLASD4", {"1 1 . . . 1 . .", "2 2 . . . 1 . ."}},
+    {"SLASDT", {"60 . . . . . 25"}},
+    {"SLAMRG", {"3 3 . 1 1 ."}},
     {"SLANV2", {"1 2 3 4 . . . . . .", "1 -2 3 4 . . . . . ."}},
     {"SLALN2", {"0 2 2 1e-30 1 m 2 1 1 m 2 0.5 0.5 m 2 . ."}},
     {"SLASY2", {"0 0 1 2 2 m 2 m 2 m 2 . m 2 ."}},
@@ -100,6 +113,7 @@ bool add(const char* name, Result (*routine)(P...)) {
 
 #define CHECKED(NAME, name, ...) const bool name##_added = add(QRV_MEMBER_TEXT(NAME), QRV_MEMBER(NAME));
 #define UNCHECKED(Result, NAME, name, ...) CHECKED(NAME, name)
+#define REPORTED CHECKED
 #define ROUTE(NAME, name, ...) const bool name##_added = add(QRV_MEMBER_TEXT(NAME) ":" #name, QRV_LAPACK_MEMBER(name));
 #define QRV_ROUTINES "routines/lapack.def"
 #include "routines/members.def"

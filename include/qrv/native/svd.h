@@ -1,0 +1,69 @@
+/* LAPACK: singular values of bidiagonal matrices. Calling conventions: see qrv/native.h. */
+#ifndef QRV_NATIVE_SVD_H
+#define QRV_NATIVE_SVD_H
+
+#include "common.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Singular value decomposition of an n x n bidiagonal matrix B = Q S P' by the implicit QR iteration.
+ *
+ * uplo       'U': B is upper bidiagonal, 'L': lower
+ * d          diagonal of B, n; then the singular values in descending order
+ * e          elements beside it, n - 1; destroyed
+ * vt, u, c   n x ncvt, nru x n and n x ncc: become P' VT, U Q and Q' C. Not touched if that is 0.
+ * work       4*n
+ *
+ * info > 0: so many elements of e did not become zero; d and e are those of a matrix that B was turned into. */
+QRV_API void SBDSQR(const char* uplo, const int* n, const int* ncvt, const int* nru, const int* ncc, float* d, float* e,
+                    float* vt, const int* ldvt, float* u, const int* ldu, float* c, const int* ldc, float* work,
+                    int* info);
+
+/* The same for a matrix that has a column more (upper) or a row more (lower) if sqre is 1, and then n elements e; the
+ * values are in ascending order. VT has n + 1 rows for a column more, U n + 1 columns and C n + 1 rows for a row more.
+ */
+QRV_API void SLASDQ(const char* uplo, const int* sqre, const int* n, const int* ncvt, const int* nru, const int* ncc,
+                    float* d, float* e, float* vt, const int* ldvt, float* u, const int* ldu, float* c, const int* ldc,
+                    float* work, int* info);
+
+/* Singular value decomposition of an upper bidiagonal matrix, n x n or, with sqre = 1, n x (n + 1), by divide and
+ * conquer. The values come in no order.
+ *
+ * u, vt   n x n and m x m, m = n + sqre: the identity before, then the vectors
+ * smlsiz  rows from which on a problem is divided, 3 at least
+ * iwork   8*n; work: 3*m*m + 2*m
+ *
+ * info > 0: a part did not converge. */
+QRV_API void SLASD0(const int* n, const int* sqre, float* d, float* e, float* u, const int* ldu, float* vt,
+                    const int* ldvt, const int* smlsiz, int* iwork, float* work, int* info);
+
+/* Its merge of two parts of nl and nr rows with the row between them, alpha at the end of the left part and beta at the
+ * beginning of the right one: d, u and vt are those of the parts, and become those of the whole; idxq is the
+ * permutation that makes d ascending, of each part and then of the whole. iwork: 4*n, n = nl + nr + 1; work: 3*m*m +
+ * 2*m. */
+QRV_API void SLASD1(const int* nl, const int* nr, const int* sqre, float* d, const float* alpha, const float* beta,
+                    float* u, const int* ldu, float* vt, const int* ldvt, int* idxq, int* iwork, float* work,
+                    int* info);
+
+/* The i-th root sigma of 1/rho + sum of z(j)^2 / (d(j)^2 - sigma^2), d ascending from 0 on, z of length 1. delta(j)
+ * becomes d(j) - sigma and work(j) d(j) + sigma, to high relative accuracy; both are 1 if n = 1. info = 1: there is
+ * none. */
+QRV_API void SLASD4(const int* n, const int* i, const float* d, const float* z, float* delta, const float* rho,
+                    float* sigma, float* work, int* info);
+
+/* The tree of subproblems of divide and conquer on n rows: of its nd nodes on lvl levels node p has the children 2p and
+ * 2p + 1; inode is the row that it takes out, with ndiml rows of the problem before it and ndimr behind. No problem at
+ * the end of the tree has more than msub rows. */
+QRV_API void SLASDT(const int* n, int* lvl, int* nd, int* inode, int* ndiml, int* ndimr, const int* msub);
+
+/* The permutation that merges n1 elements and the n2 behind them, each ascending (strd 1) or descending (-1), into
+ * ascending order. */
+QRV_API void SLAMRG(const int* n1, const int* n2, const float* a, const int* strd1, const int* strd2, int* index);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

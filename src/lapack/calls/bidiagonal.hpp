@@ -1,0 +1,29 @@
+// Reduction to bidiagonal form by value, for the rows of its routines and for other families. Instantiated for both
+// element types.
+#pragma once
+
+#include <cstdint>
+
+#include "lapack/workspace.hpp"
+
+namespace qrv::lapack {
+
+// Q^H A P = B, in the place of A, an m x n matrix: B is upper bidiagonal if m >= n, else lower. The diagonal d and the
+// elements e beside it are real; below and beside them A keeps the reflectors of Q, tauq, and of P, taup. work:
+// max(m, n) elements.
+template <class T>
+void gebd2(int m, int n, Matrix<T> a, float* d, float* e, T* tauq, T* taup, T* work);
+
+// The same of the first nb rows and columns. X (m x nb) and Y (n x nb) tell what the rest of A becomes: A - V Y^H - X
+// U, V the reflectors of Q and U those of P, whose elements 1 are left in A in the place of d and e.
+template <class T>
+void labrd(int m, int n, int nb, Matrix<T> a, float* d, float* e, T* tauq, T* taup, Matrix<T> x, Matrix<T> y);
+
+// The same in blocks. work: lwork elements, max(m, n) at least, gebrd_work for full speed; of an
+// empty matrix work[0] becomes 1.
+template <class T>
+std::int64_t gebrd_work(int m, int n);
+template <class T>
+void gebrd(int m, int n, Matrix<T> a, float* d, float* e, T* tauq, T* taup, T* work, int lwork);
+
+} // namespace qrv::lapack

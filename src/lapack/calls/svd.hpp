@@ -1,0 +1,72 @@
+// Singular values of bidiagonal matrices by value, for the rows of their routines and for other families.
+#pragma once
+
+#include <cstdint>
+
+#include "blas/options.hpp"
+
+namespace qrv::lapack {
+
+// Matrices that follow the singular vectors: V' of ncvt columns, which is multiplied from the left, U of nru rows,
+// which is multiplied from the right, and C of ncc columns, multiplied by the adjoint of U.
+struct BidiagonalVectors {
+    int ncvt = 0, nru = 0, ncc = 0;
+    Matrix<float> vt{nullptr, 1}, u{nullptr, 1}, c{nullptr, 1};
+
+    bool any() const { return ncvt > 0 || nru > 0 || ncc > 0; }
+};
+
+// Singular values of an n x n bidiagonal matrix with diagonal d and n - 1 elements e beside it, descending, in the
+// place of d. work: 4*n floats. Result: 0, or how many elements beside the diagonal did not become zero.
+int bdsqr(Uplo uplo, int n, float* d, float* e, const BidiagonalVectors& vectors, float* work);
+
+// The same for a matrix that, if `longer`, has a column more (upper) or a row more (lower) and n elements e; ascending.
+int lasdq(Uplo uplo, bool longer, int n, float* d, float* e, const BidiagonalVectors& vectors, float* work);
+
+// Whether all elements of a square bidiagonal matrix are.
+bool all_finite(int n, const float* d, const float* e);
+
+// Makes a square bidiagonal matrix of n rows lower if it is upper, by rotations c, s of its columns, and upper if it is
+// lower, by rotations of its rows: n - 1 of them, from the first two on.
+void rotate_to_other_triangle(int n, float* d, float* e, float* c, float* s);
+
+// The tree of subproblems of at most `leaf` rows, in the order of a heap: node p has its children at 2p + 1 and 2p + 2,
+// the row `center`, counted from 1, which the division takes out, and so many rows on either side. The arrays have n
+// elements.
+struct DivisionTree {
+    int levels, nodes;
+    void store(int* toLevels, int* toNodes) const {
+        *toLevels = levels;
+        *toNodes = nodes;
+    }
+};
+DivisionTree lasdt(int n, int* center, int* left, int* right, int leaf);
+
+// The permutation, counted from 1, that merges two runs of n1 and n2 elements, one behind the other, into ascending
+// order; a run with step -1 is descending. Of equal elements those of the first run come first.
+void lamrg(int n1, int n2, const float* a, int step1, int step2, int* index);
+
+// The i-th root sigma, counted from 0, of 1/rho + sum of z(j)^2 / (d(j)^2 - sigma^2), d >= 0 ascending, z of length 1.
+// delta(j) becomes d(j) - sigma and sum(j) d(j) + sigma, each with high relative accuracy; both are 1 if n = 1. Result:
+// 0, or 1 if there is no root.
+int lasd4(int n, int i, const float* d, const float* z, float* delta, float rho, float* sigma, float* sum);
+
+// Singular values, ascending in the order of idxq, of a matrix
+//
+//   [ B1  alpha*last row  0  ]      the two triangles are those whose decompositions are in d, U and V', of nl and nr
+//   [ 0   beta*first row  B2 ]      rows, the first with a column more, and the second too if `longer`
+//
+// U is n x n and V' m x m, n = nl + nr + 1, m = n + longer. work: 3*m*m + 2*m floats, iwork: 4*n ints. Result: 0, or 1.
+int lasd1(int nl, int nr, bool longer, float* d, float alpha, float beta, Matrix<float> u, Matrix<float> vt, int* idxq,
+          int* iwork, float* work);
+
+// Singular values of an upper bidiagonal matrix of n rows, n + 1 columns if `longer`, by divide and conquer. U and V'
+// are the identity before. iwork: 8*n ints, work: 3*m*m + 2*m floats, m the columns. Result: 0, or a failure.
+int lasd0(int n, bool longer, float* d, float* e, Matrix<float> u, Matrix<float> vt, int leaf, int* iwork, float* work);
+
+// Singular values, descending, and vectors of an n x n bidiagonal matrix; the values alone. work: 3*n*n + 4*n floats
+// and 8*n ints, or 4*n floats.
+int bdsdc(Uplo uplo, int n, float* d, float* e, Matrix<float> u, Matrix<float> vt, float* work, int* iwork);
+int bdsdc_values(Uplo uplo, int n, float* d, float* e, float* work);
+
+} // namespace qrv::lapack

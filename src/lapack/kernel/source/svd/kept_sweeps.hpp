@@ -1,0 +1,96 @@
+// Sweeps of the QR iteration that are kept back, to be applied to the vectors together.
+#pragma once
+
+#include <algorithm>
+
+#include "blas/calls.hpp"
+#include "lapack/calls/rotations.hpp"
+#include "lapack/calls/svd.hpp"
+#include "qrv/service.h"
+#include "service/tuning.hpp"
+#include "service/work_pool.hpp"
+
+namespace qrv::lapack {
+
+// A table of the rotations from the right, for V', and one of those from the left, for U and C: two columns a sweep,
+// cosines and sines, with row i for the plane (i, i + 1). What is kept all goes in one direction. Behind the tables
+// lies the work of lasr3. Without that memory each sweep is applied at once, from the 4*n floats of `work`;
+// without vectors nothing is kept.
+class KeptSweeps {
+public:
+    KeptSweeps(int n, const BidiagonalVectors& vectors, float* work)
+        : n_(n), vectors_(vectors), most_(tuning::block_size("SBDSQR", n, qrv_serv_get_max_threads())) {
+        if (!vectors.any())
+            return;
+        const auto k = static_cast<std::size_t>(most_), rows = static_cast<std::size_t>(n),
+                   across = static_cast<std::size_t>(std::max({vectors.ncvt, vectors.nru, vectors.ncc}));
+        buffer_ = static_cast<float*>(qrv_serv_allocate(k * (across + 4 * (rows + k)) * sizeof(float), 128));
+        if (!buffer_)
+            most_ = 1;
+        float* const tables = buffer_ ? buffer_ : work;
+        right_ = {tables, n};
+        left_ = {tables + std::ptrdiff_t{2} * most_ * n, n};
+        rest_ = tables + std::ptrdiff_t{4} * most_ * n;
+    }
+    ~KeptSweeps() { qrv_serv_deallocate(buffer_); }
+    KeptSweeps(const KeptSweeps&) = delete;
+    KeptSweeps& operator=(const KeptSweeps&) = delete;
+
+    // A sweep on rows and columns first to last: its rotations are put, then it ends.
+    void begin(Direct direct, int first, int last) {
+        if (!vectors_.any())
+            return;
+        if (count_ > 0 && (direct != direct_ || last < first_ || first > last_))
+            apply();
+        if (count_ == 0)
+            first_ = first, last_ = last;
+        direct_ = direct;
+        first_ = std::min(first_, first);
+        last_ = std::max(last_, last);
+        for (const Matrix<float> table : {right_, left_}) {
+            std::fill_n(table.column(2 * count_), n_, 1.0F);
+            std::fill_n(table.column(2 * count_ + 1), n_, 0.0F);
+        }
+    }
+    void put(int plane, float rightC, float rightS, float leftC, float leftS) {
+        if (!vectors_.any())
+            return;
+        right_(plane, 2 * count_) = rightC, right_(plane, 2 * count_ + 1) = rightS;
+        left_(plane, 2 * count_) = leftC, left_(plane, 2 * count_ + 1) = leftS;
+    }
+    void end() {
+        if (vectors_.any() && ++count_ == most_)
+            apply();
+    }
+    void apply() {
+        if (count_ == 0)
+            return;
+        const int lines = last_ - first_ + 1;
+        apply_to(Side::left, lines, vectors_.ncvt, right_, vectors_.vt);
+        apply_to(Side::right, vectors_.nru, lines, left_, vectors_.u);
+        apply_to(Side::left, lines, vectors_.ncc, left_, vectors_.c);
+        count_ = 0;
+    }
+
+private:
+    void apply_to(Side side, int m, int n, Matrix<float> table, Matrix<float> whole) const {
+        if (m == 0 || n == 0)
+            return;
+        const Matrix<float> a = side == Side::left ? whole.block(first_, 0) : whole.block(0, first_);
+        const Matrix<float> rotations = table.block(first_, 0);
+        if (buffer_)
+            lasr3(side, direct_, m, n, count_, rotations, a, rest_);
+        else
+            kernel::lasr(side, Pivot::variable, direct_, m, n, rotations.column(0), rotations.column(1), a);
+    }
+
+    int n_;
+    BidiagonalVectors vectors_;
+    int most_, count_ = 0;
+    float *buffer_ = nullptr, *rest_ = nullptr;
+    Matrix<float> right_{nullptr, 1}, left_{nullptr, 1};
+    Direct direct_ = Direct::forward;
+    int first_ = 0, last_ = 0; // of what is kept
+};
+
+} // namespace qrv::lapack

@@ -1,0 +1,96 @@
+// SLASD3: the values of a merge, roots of the secular equation, and their vectors.
+//
+// The vectors of roots that were rounded are not orthogonal, but those of a matrix with another first row z that has
+// the rounded values exactly are: z is computed anew from them.
+#include <algorithm>
+#include <cmath>
+
+#include "blas/calls.hpp"
+#include "lapack/calls/svd.hpp"
+#include "lapack/kernel/source/svd/merge.hpp"
+
+namespace qrv::lapack {
+
+bool Merge::solve(float* d) {
+    if (kept == 1) {
+        d[0] = std::fabs(z[0]);
+        std::fill_n(u.column(0), n, 0.0F);
+        u(nl, 0) = std::copysign(1.0F, z[0]);
+        kernel::copy(m, vt2.row(0, 0), vt.row(0, 0));
+        return true;
+    }
+    if (!find_values(d))
+        return false;
+    correct_first_row();
+    form_left_vectors();
+    form_right_vectors();
+    return true;
+}
+
+// Differences d(i) - sigma(j) in U, sums in V'.
+bool Merge::find_values(float* d) {
+    const float length = kernel::nrm2(kept, Vector<float>{z});
+    for (int i = 0; i < kept; ++i)
+        z[i] /= length;
+    for (int j = 0; j < kept; ++j)
+        if (lasd4(kept, j, dsigma, z, u.column(j), length * length, &d[j], vt.column(j)) != 0)
+            return false;
+    return true;
+}
+
+// z(i)^2 = product over the roots of sigma(j)^2 - d(i)^2, by that over the other poles of d(j)^2 - d(i)^2.
+void Merge::correct_first_row() {
+    constexpr int rows = 64;
+    double product[rows];
+    for (int top = 0, size; top < kept; top += size) {
+        size = std::min(rows, kept - top);
+        for (int i = 0; i < size; ++i)
+            product[i] = double{u(top + i, kept - 1)} * vt(top + i, kept - 1);
+        for (int j = 0; j < kept - 1; ++j)
+            for (int i = 0; i < size; ++i) {
+                const int row = top + i;
+                const double own = dsigma[row], other = dsigma[row > j ? j : j + 1];
+                product[i] *= double{u(row, j)} * vt(row, j) / ((own - other) * (own + other));
+            }
+        for (int i = 0; i < size; ++i)
+            z[top + i] = std::copysign(static_cast<float>(std::sqrt(std::fabs(product[i]))), z[top + i]);
+    }
+}
+
+// Of each root, in V' the right vector and in U the left one, neither of length 1.
+void Merge::form_left_vectors() {
+    for (int j = 0; j < kept; ++j) {
+        float *const left = u.column(j), *const right = vt.column(j);
+        for (int i = 0; i < kept; ++i) {
+            right[i] = z[i] / left[i] / right[i];
+            left[i] = dsigma[i] * right[i];
+        }
+        left[0] = -1;
+        const float length = kernel::nrm2(kept, Vector<float>{left});
+        for (int r = 0; r < kept; ++r)
+            q(r, j) = left[group[r]] / length;
+    }
+    const int both = 1 + count[ofLeft], nl1 = nl + 1;
+    blas::gemm(Op::none, Op::none, nl, kept, count[ofLeft] + count[ofBoth], 1.0F, u2.block(0, 1), q.block(1, 0), 0.0F,
+               u);
+    kernel::copy(kept, q.row(0, 0), u.row(nl, 0));
+    blas::gemm(Op::none, Op::none, nr, kept, count[ofBoth] + count[ofRight], 1.0F, u2.block(nl1, both),
+               q.block(both, 0), 0.0F, u.block(nl1, 0));
+}
+
+void Merge::form_right_vectors() {
+    for (int j = 0; j < kept; ++j) {
+        const float* const right = vt.column(j);
+        const float length = kernel::nrm2(kept, Vector<const float>{right});
+        for (int r = 0; r < kept; ++r)
+            q(r, j) = right[group[r]] / length;
+    }
+    const int both = 1 + count[ofLeft], nl1 = nl + 1;
+    blas::gemm(Op::transpose, Op::none, kept, nl1, both + count[ofBoth], 1.0F, q, vt2, 0.0F, vt);
+    blas::gemm(Op::transpose, Op::none, kept, m - nl1, count[ofBoth] + count[ofRight], 1.0F, q.block(both, 0),
+               vt2.block(both, nl1), 0.0F, vt.block(0, nl1));
+    if (m > n) // only then does the first row have anything there
+        kernel::geru(kept, m - nl1, 1.0F, q.row(0, 0), vt2.row(0, nl1), vt.block(0, nl1));
+}
+
+} // namespace qrv::lapack

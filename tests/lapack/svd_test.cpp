@@ -1,0 +1,318 @@
+// Singular values of bidiagonal matrices by QR iteration and by divide and conquer.
+#include <gtest/gtest.h>
+
+#include "lapack/calls/svd.hpp"
+#include "qrv/native.h"
+#include "support/oracle.hpp"
+
+namespace qrv::test {
+namespace {
+
+struct BidiagonalMatrix {
+    std::string name;
+    char uplo;
+    std::vector<float> d, e;
+
+    int n() const { return static_cast<int>(d.size()); }
+    double entry(int i, int j) const {
+        if (i == j)
+            return i < n() ? d[std::size_t(i)] : 0;
+        const int row = uplo == 'U' ? i : j, column = uplo == 'U' ? j : i;
+        return column == row + 1 && std::size_t(row) < e.size() ? e[std::size_t(row)] : 0;
+    }
+    double norm() const {
+        double largest = 1e-300;
+        for (const float x : d)
+            largest = std::max(largest, std::abs(double{x}));
+        for (const float x : e)
+            largest = std::max(largest, std::abs(double{x}));
+        return largest;
+    }
+};
+
+// With `beyond` more elements beside the diagonal than a square has.
+std::vector<BidiagonalMatrix> matrices(int n, char uplo, int beyond = 0) {
+    std::vector<BidiagonalMatrix> list;
+    const auto add = [&](const char* name, const auto& diagonal, const auto& beside) {
+        BidiagonalMatrix b{name, uplo, {}, {}};
+        for (int i = 0; i < n; ++i)
+            b.d.push_back(static_cast<float>(diagonal(i)));
+        for (int i = 0; i + 1 < n + beyond; ++i)
+            b.e.push_back(static_cast<float>(beside(i)));
+        list.push_back(b);
+    };
+    std::mt19937 random(static_cast<unsigned>(n));
+    const auto any = [&](int) { return any_size_one<float>(random); };
+    const auto one = [](int) { return 1.0; };
+    const auto zero = [](int) { return 0.0; };
+    add("random", any, any);
+    add("zero", zero, zero);
+    add("ones", one, one);
+    add("equal, nearly diagonal", one, [&](int i) { return 1e-7 * any(i); });
+    add(
+        "graded", [n](int i) { return std::pow(10.0, -8.0 * i / n); },
+        [n](int i) { return std::pow(10.0, -8.0 * i / n); });
+    add(
+        "graded upward", [n](int i) { return std::pow(2.0, (i - n) / 2.0); }, any);
+    add("in parts", any, [&](int i) { return i % 7 == 3 ? 0.0F : any(i); });
+    add(
+        "zero inside", [&](int i) { return i == n / 2 ? 0 : any(i); }, any);
+    add(
+        "repeated", [](int i) { return 1.0 + i / 3; }, [](int) { return 1e-5; });
+    add(
+        "close", [](int i) { return 1 + i * 1.2e-7; }, [](int) { return 1e-3; });
+    add(
+        "of all sizes", [&](int i) { return std::exp(30 * any(i)); }, [&](int i) { return std::exp(30 * any(i)); });
+    add(
+        "rank one", [](int i) { return i == 0; }, [](int i) { return i == 0; });
+    add(
+        "tiny", [&](int i) { return 1e-30F * any(i); }, [&](int i) { return 1e-30F * any(i); });
+    add(
+        "huge", [&](int i) { return 1e30F * any(i); }, [&](int i) { return 1e30F * any(i); });
+    return list;
+}
+
+// Largest sum over a column of X - Y, by the sizes that the ratios of residuals have.
+template <class X>
+double largest_column(int rows, int columns, const X& x) {
+    double largest = 0;
+    for (int j = 0; j < columns; ++j) {
+        double sum = 0;
+        for (int i = 0; i < rows; ++i)
+            sum += std::abs(x(i, j));
+        largest = sum <= largest ? largest : sum;
+    }
+    return largest;
+}
+
+// U: rows x n, VT: n x columns. Ratios to n roundings: of the residual of B - U S VT, and of orthogonality of both.
+double worst_ratio(const BidiagonalMatrix& b, const std::vector<float>& s, const Operand<float>& u,
+                   const Operand<float>& vt) {
+    const int n = b.n(), rows = u.rows(), columns = vt.columns();
+    const double unit = 2 * unitRoundoff * std::max(rows, columns);
+    const double residual = largest_column(rows, columns, [&](int i, int j) {
+        double sum = -b.entry(i, j);
+        for (int k = 0; k < n; ++k)
+            sum += double{u(i, k)} * s[std::size_t(k)] * vt(k, j);
+        return sum;
+    });
+    const double left = largest_column(u.columns(), u.columns(), [&](int i, int j) {
+        double sum = i == j ? -1 : 0;
+        for (int k = 0; k < rows; ++k)
+            sum += double{u(k, i)} * u(k, j);
+        return sum;
+    });
+    const double right = largest_column(vt.rows(), vt.rows(), [&](int i, int j) {
+        double sum = i == j ? -1 : 0;
+        for (int k = 0; k < columns; ++k)
+            sum += double{vt(i, k)} * vt(j, k);
+        return sum;
+    });
+    const double ratio = std::max(residual / b.norm(), std::max(left, right)) / unit;
+    return std::isnan(residual + left + right) ? nan : ratio;
+}
+
+Operand<float> identity(int n) {
+    Operand<float> q(n, n, std::max(n, 1) + 1);
+    return q.set([](int i, int j) { return i == j ? 1.0F : 0.0F; });
+}
+
+bool descending(const std::vector<float>& s) {
+    for (std::size_t i = 0; i < s.size(); ++i)
+        if (!(s[i] >= 0) || std::signbit(s[i]) || (i > 0 && s[i] > s[i - 1]))
+            return false;
+    return true;
+}
+
+double largest_difference(const std::vector<float>& x, const std::vector<float>& y) {
+    double largest = 0;
+    for (std::size_t i = 0; i < x.size(); ++i)
+        largest = std::max(largest, std::abs(double{x[i]} - y[i]));
+    return largest;
+}
+
+// Around the size that is not divided any more, and two and four of it.
+constexpr int sizes[] = {1, 2, 3, 10, 24, 25, 26, 27, 50, 51, 52, 53, 104, 130};
+
+TEST(BidiagonalSvd, ResidualOfEveryMatrix) {
+    for (const int n : sizes)
+        for (const char uplo : {'U', 'l'})
+            for (const BidiagonalMatrix& b : matrices(n, uplo == 'l' ? 'L' : uplo)) {
+                const auto where = [&](const char* how) { return b.name + ' ' + uplo + ' ' + std::to_string(n) + how; };
+                std::vector<float> s = b.d, e = b.e, values = b.d, divided = b.d;
+                Operand<float> u = identity(n), vt = identity(n), c = identity(n);
+                GuardedVector<float> work(4 * n);
+                int info = -1;
+                SBDSQR(&uplo, &n, &n, &n, &n, s.data(), e.data(), vt.data(), &vt.ld(), u.data(), &u.ld(), c.data(),
+                       &c.ld(), work.data(), &info);
+                EXPECT_EQ(info, 0) << where(" QR");
+                EXPECT_LT(worst_ratio(b, s, u, vt), 8) << where(" QR");
+                EXPECT_TRUE(descending(s)) << where(" QR");
+                EXPECT_LT(largest_column(n, n, [&](int i, int j) { return double{c(i, j)} - u(j, i); }), 1e-4)
+                    << where(" C");
+                EXPECT_TRUE(u.guards_intact() && vt.guards_intact() && c.guards_intact() && work.guards_intact());
+
+                e = b.e;
+                const int none = 0, one = 1;
+                SBDSQR(&uplo, &n, &none, &none, &none, values.data(), e.data(), nullptr, &one, nullptr, &one, nullptr,
+                       &one, work.data(), &info);
+                EXPECT_EQ(info, 0) << where(" values");
+                EXPECT_LE(largest_difference(values, s), 10 * n * unitRoundoff * b.norm()) << where(" values");
+
+                e = b.e;
+                Operand<float> du(n, n, n + 1), dvt(n, n, n + 2);
+                GuardedVector<float> ownWork(3 * n * n + 4 * n);
+                std::vector<int> iwork(static_cast<std::size_t>(8 * n));
+                EXPECT_EQ(lapack::bdsdc(uplo_of(uplo), n, divided.data(), e.data(), {du.data(), du.ld()},
+                                        {dvt.data(), dvt.ld()}, ownWork.data(), iwork.data()),
+                          0)
+                    << where(" divided");
+                EXPECT_LT(worst_ratio(b, divided, du, dvt), 15) << where(" divided");
+                EXPECT_TRUE(descending(divided)) << where(" divided");
+                EXPECT_LE(largest_difference(divided, s), 10 * n * 2 * unitRoundoff * b.norm()) << where(" divided");
+                EXPECT_TRUE(du.guards_intact() && dvt.guards_intact() && ownWork.guards_intact()) << where(" divided");
+            }
+}
+
+// A column or a row more than the square.
+TEST(BidiagonalSvd, ResidualOfLongerMatrices) {
+    const int sqre = 1, none = 0, one = 1, leaf = 5;
+    for (const int n : {1, 2, 7, 26, 40})
+        for (const char uplo : {'U', 'L'})
+            for (const BidiagonalMatrix& b : matrices(n, uplo, 1)) {
+                const int m = n + 1, rows = uplo == 'U' ? n : m, columns = uplo == 'U' ? m : n;
+                std::vector<float> s = b.d, e = b.e;
+                Operand<float> u = identity(rows), vt = identity(columns);
+                GuardedVector<float> work(3 * m * m + 2 * m);
+                int info = -1;
+                SLASDQ(&uplo, &sqre, &n, &columns, &rows, &none, s.data(), e.data(), vt.data(), &vt.ld(), u.data(),
+                       &u.ld(), nullptr, &one, work.data(), &info);
+                EXPECT_EQ(info, 0) << b.name << ' ' << uplo << n;
+                EXPECT_LT(worst_ratio(b, s, u, vt), 8) << b.name << ' ' << uplo << n;
+                EXPECT_TRUE(descending({s.rbegin(), s.rend()})) << b.name << ' ' << uplo << n;
+                if (uplo == 'L' || b.norm() > 2 || b.norm() < 0.1)
+                    continue; // divide and conquer wants upper ones of size one
+                s = b.d, e = b.e;
+                Operand<float> du = identity(n), dvt = identity(m);
+                std::vector<int> iwork(static_cast<std::size_t>(8 * n));
+                SLASD0(&n, &sqre, s.data(), e.data(), du.data(), &du.ld(), dvt.data(), &dvt.ld(), &leaf, iwork.data(),
+                       work.data(), &info);
+                EXPECT_EQ(info, 0) << b.name << ' ' << n;
+                EXPECT_LT(worst_ratio(b, s, du, dvt), 40) << b.name << ' ' << n;
+                EXPECT_TRUE(du.guards_intact() && dvt.guards_intact() && work.guards_intact()) << b.name << ' ' << n;
+            }
+}
+
+// Sweeps are applied in blocks from 211 rows on, together with what the matrices are multiplied into.
+TEST(BidiagonalSvd, ResidualOfKeptSweeps) {
+    const int n = 230, none = 0, one = 1;
+    for (const BidiagonalMatrix& b : matrices(n, 'U')) {
+        if (b.name != "random" && b.name != "graded" && b.name != "graded upward" && b.name != "in parts")
+            continue;
+        std::vector<float> s = b.d, e = b.e, work(static_cast<std::size_t>(4 * n));
+        Operand<float> u = identity(n), vt = identity(n);
+        int info = -1;
+        SBDSQR("U", &n, &n, &n, &none, s.data(), e.data(), vt.data(), &vt.ld(), u.data(), &u.ld(), nullptr, &one,
+               work.data(), &info);
+        EXPECT_EQ(info, 0);
+        EXPECT_LT(worst_ratio(b, s, u, vt), 8) << b.name;
+    }
+}
+
+TEST(BidiagonalSvd, OfInfinityAndNaNEnds) {
+    const int one = 1, none = 0;
+    for (const int n : {1, 2, 30, 120})
+        for (const float bad : {nan, infinity, -infinity})
+            for (const bool beside : {false, true})
+                for (BidiagonalMatrix& b : matrices(n, 'U')) {
+                    if (beside && n == 1)
+                        continue;
+                    (beside ? b.e : b.d)[std::size_t(n / 2 - (beside && n == 2))] = bad;
+                    std::vector<float> s = b.d, e = b.e, work(std::size_t(3 * n * n + 4 * n));
+                    std::vector<int> iwork(static_cast<std::size_t>(8 * n));
+                    Operand<float> u = identity(n), vt = identity(n);
+                    int info = 0;
+                    SBDSQR("U", &n, &n, &none, &none, s.data(), e.data(), vt.data(), &vt.ld(), nullptr, &one, nullptr,
+                           &one, work.data(), &info);
+                    EXPECT_TRUE(info > 0 || !descending(s) || std::isinf(s[0])) << b.name << n;
+                    info = lapack::bdsdc(Uplo::upper, n, b.d.data(), b.e.data(), {u.data(), u.ld()},
+                                         {vt.data(), vt.ld()}, work.data(), iwork.data());
+                    EXPECT_TRUE(info > 0 || !descending(b.d) || std::isinf(b.d[0])) << b.name << n;
+                }
+}
+
+// Roots lie between the poles, and differences and sums are accurate where they are small.
+TEST(BidiagonalSvd, RootsOfTheSecularEquation) {
+    std::mt19937 random(5);
+    for (const int n : {1, 2, 3, 5, 20, 60})
+        for (const double gap : {1.0, 1e-3, 2e-6})
+            for (const float tiny : {1.0F, 1e-3F, 1e-6F}) {
+                std::vector<float> d(static_cast<std::size_t>(n)), z(d), delta(d), sum(d);
+                double length = 0;
+                for (int i = 0; i < n; ++i) {
+                    d[std::size_t(i)] = static_cast<float>(i == 0 ? 0 : 1 + gap * i);
+                    z[std::size_t(i)] = (i % 3 == 1 ? tiny : 1) * (0.5F + std::abs(any_size_one<float>(random)));
+                    length += double{z[std::size_t(i)]} * z[std::size_t(i)];
+                }
+                for (float& x : z)
+                    x = static_cast<float>(x / std::sqrt(length));
+                const float rho = 0.7F;
+                for (int i = 1; i <= n; ++i) {
+                    float sigma = nan;
+                    int info = -1;
+                    SLASD4(&n, &i, d.data(), z.data(), delta.data(), &rho, &sigma, sum.data(), &info);
+                    EXPECT_EQ(info, 0);
+                    double value = 1 / double{rho}, size = value;
+                    for (int j = 0; j < n && n > 1; ++j) {
+                        const double z2 = double{z[std::size_t(j)]} * z[std::size_t(j)];
+                        value += z2 / (double{delta[std::size_t(j)]} * sum[std::size_t(j)]);
+                        size += std::abs(z2 / (double{delta[std::size_t(j)]} * sum[std::size_t(j)]));
+                        EXPECT_GT(sum[std::size_t(j)], 0);
+                        EXPECT_EQ(delta[std::size_t(j)] > 0, j >= i) << n << ' ' << i << ' ' << j;
+                    }
+                    EXPECT_TRUE(n == 1 || std::abs(value) <= 8 * unitRoundoff * size)
+                        << n << ' ' << i << ' ' << gap << ' ' << tiny;
+                }
+            }
+}
+
+TEST(BidiagonalSvd, TreesCoverAllRows) {
+    for (int n = 4; n < 300; n += n < 60 ? 1 : 13)
+        for (const int leaf : {3, 25}) {
+            std::vector<int> center(static_cast<std::size_t>(n)), left(center), right(center);
+            int levels = 0, nodes = 0;
+            if (n <= leaf)
+                continue;
+            SLASDT(&n, &levels, &nodes, center.data(), left.data(), right.data(), &leaf);
+            EXPECT_EQ(nodes, (1 << levels) - 1);
+            std::vector<int> covered(static_cast<std::size_t>(n));
+            for (int p = 0; p < nodes; ++p) {
+                const auto at = std::size_t(p);
+                ++covered[std::size_t(center[at] - 1)];
+                if (p >= nodes / 2) {
+                    for (int i = center[at] - left[at]; i <= center[at] + right[at]; ++i)
+                        covered[std::size_t(i - 1)] += i != center[at];
+                    EXPECT_TRUE(left[at] > 0 && right[at] > 0 && left[at] <= leaf && right[at] <= leaf)
+                        << n << ' ' << leaf;
+                }
+            }
+            EXPECT_EQ(std::count(covered.begin(), covered.end(), 1), n) << n << ' ' << leaf;
+        }
+}
+
+TEST(BidiagonalSvd, MergesRunsInEitherDirection) {
+    const float a[] = {1, 3, 3, 7, 9, 3, 2, 0};
+    const int n1 = 5, n2 = 3, up = 1, down = -1;
+    int index[8];
+    SLAMRG(&n1, &n2, a, &up, &down, index);
+    const int expected[] = {8, 1, 7, 2, 3, 6, 4, 5};
+    EXPECT_TRUE(std::equal(index, index + 8, expected));
+    const float b[] = {5, 4, 1, 2, 6};
+    const int two = 2, three = 3;
+    SLAMRG(&two, &three, b, &down, &up, index);
+    const int second[] = {3, 4, 2, 1, 5};
+    EXPECT_TRUE(std::equal(index, index + 5, second));
+}
+
+} // namespace
+} // namespace qrv::test
