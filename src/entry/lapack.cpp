@@ -8,6 +8,7 @@
 #include "lapack/calls/lu.hpp"
 #include "lapack/calls/nonsymmetric.hpp"
 #include "lapack/calls/norms.hpp"
+#include "lapack/calls/qr.hpp"
 #include "lapack/calls/reflectors.hpp"
 #include "lapack/calls/rotations.hpp"
 #include "lapack/calls/svd.hpp"

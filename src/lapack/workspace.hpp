@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "blas/complex.hpp"
+#include "service/work_pool.hpp"
 
 namespace qrv::lapack {
 
@@ -33,6 +34,33 @@ T work_size(std::int64_t size) {
         value = std::nextafter(value, std::numeric_limits<float>::max());
     return scalar<T>(value);
 }
+
+// The caller's work array if it has the length that is wanted, else as much memory of the routine's own. data() is null
+// if there is none.
+template <class T>
+class WorkArea {
+public:
+    WorkArea(T* given, std::int64_t length, std::int64_t wanted) : own_(length < wanted), data_(given) {
+        if (own_)
+            data_ = static_cast<T*>(wanted <= mostElements
+                                        ? qrv_serv_allocate(static_cast<std::size_t>(wanted) * sizeof(T), 128)
+                                        : nullptr);
+    }
+    ~WorkArea() {
+        if (own_)
+            qrv_serv_deallocate(data_);
+    }
+    WorkArea(const WorkArea&) = delete;
+    WorkArea& operator=(const WorkArea&) = delete;
+
+    T* data() const { return data_; }
+
+private:
+    static constexpr auto mostElements =
+        static_cast<std::int64_t>(std::numeric_limits<std::ptrdiff_t>::max() / sizeof(T));
+    bool own_;
+    T* data_;
+};
 
 // The two work arrays of a condition estimate: WORK, and IWORK with real elements or RWORK with complex ones.
 template <class T>

@@ -36,7 +36,7 @@ void NativeComplexLapack::Cgecon(MatrixNorm norm, int n, ProviderArray<const Sin
 
 void NativeComplexLapack::Cgeqrf(int m, int n, ProviderArray<SingleComplex> a, int aOffset, int lda,
                                  ProviderArray<SingleComplex> tau, int tauOffset, int& info) {
-    pending("CGEQRF", m, n, At(a, aOffset), lda, At(tau, tauOffset), Queried<qrv_complex>(), Info(info));
+    call(CGEQRF, m, n, At(a, aOffset), lda, At(tau, tauOffset), Queried<qrv_complex>(), Info(info));
 }
 
 void NativeComplexLapack::Ctrtrs(MatrixTriangleMode uplo, TransposeOperation trans, MatrixDiagonalMode diag, int n,
@@ -82,8 +82,8 @@ void NativeComplexLapack::Cunmqr(MatrixOperationSide side, TransposeOperation tr
                                  ProviderArray<const SingleComplex> a, int aOffset, int lda,
                                  ProviderArray<const SingleComplex> tau, int tauOffset, ProviderArray<SingleComplex> c,
                                  int cOffset, int ldc, int& info) {
-    pending("CUNMQR", side, rule_c(trans), m, n, k, At(a, aOffset), lda, At(tau, tauOffset), At(c, cOffset), ldc,
-            Queried<qrv_complex>(), Info(info));
+    call(CUNMQR, side, rule_c(trans), m, n, k, At(a, aOffset), lda, At(tau, tauOffset), At(c, cOffset), ldc,
+         Queried<qrv_complex>(), Info(info));
 }
 
 void NativeComplexLapack::Cgesdd(char16_t jobz, int m, int n, ProviderArray<SingleComplex> a, int aOffset, int lda,

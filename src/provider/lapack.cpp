@@ -40,7 +40,7 @@ float ParallelX86SingleLapack::Slange(MatrixNorm norm, int m, int n, ProviderArr
 
 void ParallelX86SingleLapack::Sgeqrf(int m, int n, ProviderArray<float> a, int aOffset, int lda,
                                      ProviderArray<float> tau, int tauOffset, int& info) {
-    pending("SGEQRF", m, n, At(a, aOffset), lda, At(tau, tauOffset), Queried<float>(), Info(info));
+    call(SGEQRF, m, n, At(a, aOffset), lda, At(tau, tauOffset), Queried<float>(), Info(info));
 }
 
 void ParallelX86SingleLapack::Sgeqp3(int m, int n, ProviderArray<float> a, int aOffset, int lda,
@@ -53,8 +53,8 @@ void ParallelX86SingleLapack::Sgeqp3(int m, int n, ProviderArray<float> a, int a
 void ParallelX86SingleLapack::Sormqr(MatrixOperationSide side, TransposeOperation trans, int m, int n, int k,
                                      ProviderArray<const float> a, int aOffset, int lda, ProviderArray<const float> tau,
                                      int tauOffset, ProviderArray<float> c, int cOffset, int Ldc, int& info) {
-    pending("SORMQR", side, rule_r(trans), m, n, k, At(a, aOffset), lda, At(tau, tauOffset), At(c, cOffset), Ldc,
-            Queried<float>(), Info(info));
+    call(SORMQR, side, rule_r(trans), m, n, k, At(a, aOffset), lda, At(tau, tauOffset), At(c, cOffset), Ldc,
+         Queried<float>(), Info(info));
 }
 
 void ParallelX86SingleLapack::Strtrs(MatrixTriangleMode triangleMode, TransposeOperation trans, MatrixDiagonalMode diag,

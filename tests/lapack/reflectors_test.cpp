@@ -5,8 +5,7 @@
 #include "lapack/calls/reflectors.hpp"
 #include "lapack/elements.hpp"
 #include "lapack/lapack.hpp"
-#include "support/oracle.hpp"
-#include "support/shapes.hpp"
+#include "support/stored_q.hpp"
 
 namespace qrv::test {
 namespace {
@@ -137,37 +136,6 @@ TYPED_TEST(Reflectors, OfColumnsThatAreNotFinite) {
         }
 }
 
-// H in double, from its vector.
-template <class T>
-using WideVector = std::vector<Wide<T>>;
-
-// C := H C or H^H C, C H or C H^H.
-template <class T>
-void reflect(bool left, WideMatrix<T>& c, const WideVector<T>& v, Wide<T> tau) {
-    const int across = left ? c.columns : c.rows, length = left ? c.rows : c.columns;
-    for (int j = 0; j < across; ++j) {
-        const auto at = [&](int i) -> Wide<T>& { return c.values[left ? c.at(i, j) : c.at(j, i)]; };
-        Wide<T> sum = 0;
-        for (int i = 0; i < length; ++i)
-            sum += left ? conjugate(v[std::size_t(i)]) * at(i) : at(i) * v[std::size_t(i)];
-        for (int i = 0; i < length; ++i)
-            at(i) -= tau * sum * (left ? v[std::size_t(i)] : conjugate(v[std::size_t(i)]));
-    }
-}
-
-// Relative to the largest element.
-template <class T>
-double difference(const Operand<T>& c, const WideMatrix<T>& expected) {
-    double error = 0, size = 1e-30;
-    c.each_stored([&](int i, int j) {
-        const Wide<T> x = expected.values[expected.at(i, j)];
-        const double off = std::abs(widen(c(i, j)) - x);
-        error = off <= error ? error : off; // NaN stays
-        size = std::max(size, std::abs(x));
-    });
-    return error / size;
-}
-
 TYPED_TEST(Reflectors, OneApplied) {
     using T = TypeParam;
     for (const bool left : {true, false})
@@ -201,60 +169,10 @@ TYPED_TEST(Reflectors, OneApplied) {
 
 // ---- Blocks ---------------------------------------------------------------------------------------------------------
 
-// k reflectors of length n as they are stored, all that must not be read NaN.
 template <class T>
-struct Block {
-    Direct direct;
-    StoreV store;
-    int n, k;
-    Operand<T> v;
-    GuardedVector<T> tau;
-
-    // The last `zeros` elements of all are 0, which counts forward; one tau is 0.
-    Block(Direct d, StoreV s, int length, int count, int zeros)
-        : direct(d), store(s), n(length), k(count),
-          v(s == StoreV::columns ? length : count, s == StoreV::columns ? count : length,
-            (s == StoreV::columns ? length : count) + 3),
-          tau(count) {
-        std::minstd_rand random(static_cast<unsigned>(n + 7 * k));
-        v.set([&](int i, int j) {
-            const int place = store == StoreV::columns ? i : j, number = store == StoreV::columns ? j : i;
-            const int unit = direct == Direct::forward ? number : n - k + number;
-            if (direct == Direct::forward ? place <= unit : place >= unit)
-                return all_parts<T>(nan);
-            return place >= n - zeros ? T() : any_size_one<T>(random);
-        });
-        // Nearly unitary: v has a square of about 1 + length / 3 a part.
-        const float square = 1 + static_cast<float>(length * int(sizeof(T) / sizeof(float))) / 3;
-        for (int i = 0; i < k; ++i) {
-            tau[i] = scalar<T>(i == k / 2 && k > 2 ? 0 : 1.6F / square);
-            set_imaginary(tau[i], tau[i] == T() ? 0 : -0.8F / square);
-        }
-    }
-    WideVector<T> vector(int number) const {
-        WideVector<T> x(std::size_t(n), Wide<T>(0));
-        const bool forward = direct == Direct::forward;
-        const int unit = forward ? number : n - k + number;
-        for (int i = forward ? unit + 1 : 0; i < (forward ? n : unit); ++i)
-            x[std::size_t(i)] = store == StoreV::columns ? widen(v(i, number)) : conjugate(widen(v(number, i)));
-        x[std::size_t(unit)] = 1;
-        return x;
-    }
-    // C := op(H) C or C op(H), one reflector after the other.
-    void apply(bool left, bool adjoint, WideMatrix<T>& c) const {
-        const bool firstOnTheLeft = (direct == Direct::forward) != adjoint; // of the product
-        for (int step = 0; step < k; ++step) {
-            const int number = firstOnTheLeft == left ? k - 1 - step : step;
-            reflect(left, c, vector(number), adjoint ? conjugate(widen(tau[number])) : widen(tau[number]));
-        }
-    }
-};
-
-template <class T>
-Operand<T> factor_of(const Block<T>& block) {
-    Operand<T> t(Form{block.k, block.k, Form::triangular, block.direct == Direct::forward ? 'U' : 'L'}, {.extra = 2});
-    lapack::larft<T>(block.direct, block.store, block.n, block.k, {block.v.data(), block.v.ld()}, block.tau.data(),
-                     {t.data(), t.ld()});
+Operand<T> factor_of(const StoredQ<T>& q) {
+    Operand<T> t(Form{q.k, q.k, Form::triangular, q.forward() ? 'U' : 'L'}, {.extra = 2});
+    lapack::larft<T>(q.direct, q.store, q.n, q.k, {q.v.data(), q.v.ld()}, q.tau, {t.data(), t.ld()});
     return t;
 }
 
@@ -269,8 +187,9 @@ TYPED_TEST(Reflectors, BlockResiduals) {
     for (const BlockSize size : blockSizes)
         for (const Direct direct : {Direct::forward, Direct::backward})
             for (const StoreV store : {StoreV::columns, StoreV::rows}) {
-                const Block<T> block(direct, store, size.n, size.k, direct == Direct::forward ? size.zeros : 0);
-                const Operand<T> t = factor_of(block);
+                const RandomReflectors<T> block(direct, store, size.n, size.k,
+                                                direct == Direct::forward ? size.zeros : 0);
+                const Operand<T> t = factor_of(block.q);
                 ASSERT_TRUE(t.guards_intact() && block.v.guards_intact());
                 for (const bool left : {true, false})
                     for (const Op op : {Op::none, lapack::adjoint<T>})
@@ -287,7 +206,7 @@ TYPED_TEST(Reflectors, BlockResiduals) {
                                 Operand<T> work(upright ? size.k : across, upright ? across : size.k,
                                                 (upright ? size.k : across) + 2);
                                 WideMatrix<T> expected(c);
-                                block.apply(left, op != Op::none, expected);
+                                block.q.apply(left, op != Op::none, expected);
                                 lapack::larfb<T>(
                                     left ? Side::left : Side::right, op,
                                     {direct, store, size.k, {block.v.data(), block.v.ld()}, {t.data(), t.ld()}}, m, n,

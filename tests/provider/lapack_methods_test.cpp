@@ -17,9 +17,9 @@ TEST_F(LapackMethods, Real) {
     methods.check("SGETRI", &Class::Sgetri, SGETRI, {6, at, 8}, {5, 6});
     methods.check("SGECON", &Class::Sgecon, SGECON, {6, at, 8}, {7, 8});
     methods.check("SLANGE", &Class::Slange, SLANGE, {6, 7, at, 9}, {6});
-    methods.pending("SGEQRF", &Class::Sgeqrf, {9, 7, at, 11, at});
+    methods.check("SGEQRF", &Class::Sgeqrf, SGEQRF, {9, 7, at, 11, at}, {6, 7});
     methods.pending("SGEQP3", &Class::Sgeqp3, {9, 7, at, 11, at});
-    methods.pending("SORMQR", &Class::Sormqr, {9, 7, 5, at, 11, at, at, 12});
+    methods.check("SORMQR", &Class::Sormqr, SORMQR, {9, 7, 5, at, 11, at, at, 12}, {11, 12});
     methods.check("STRTRS", &Class::Strtrs, STRTRS, {6, 4, at, 8, at, 9});
     methods.check("STRTRI", &Class::Strtri, STRTRI, {6, at, 8});
     methods.check("STRCON", &Class::Strcon, STRCON, {6, at, 8}, {8, 9});
@@ -35,7 +35,7 @@ TEST_F(LapackMethods, Real) {
     methods.check("SPBTRF", &Class::Spbtrf, SPBTRF, {6, 2, at, 8});
     methods.check("SPBTRS", &Class::Spbtrs, SPBTRS, {6, 2, 4, at, 8, at, 9});
     methods.check("SPBCON", &Class::Spbcon, SPBCON, {6, 2, at, 8}, {8, 9});
-    methods.pending("SGESDD", &Class::Sgesdd, {9, 7, at, 11, 10, 8});
+    methods.check("SGESDD", &Class::Sgesdd, SGESDD, {9, 7, at, 11, 10, 8}, {11, 12, 13});
     methods.pending("SSYEVR", &Class::Ssyevr, {6, at, 8, 1, 2, at, at, 7});
     methods.pending("SGEEV", &Class::Sgeev, {6, at, 8, 7, 9});
     methods.check("SLACPY", &Class::Slacpy, SLACPY, {26, 7, at, 30, at, 28});
@@ -48,7 +48,7 @@ TEST_F(LapackMethods, Complex) {
     methods.check("CGETRS", &Class::Cgetrs, CGETRS, {6, 4, at, 8, at, 9});
     methods.check("CGETRI", &Class::Cgetri, CGETRI, {6, at, 8}, {5, 6});
     methods.check("CGECON", &Class::Cgecon, CGECON, {6, at, 8}, {7, 8});
-    methods.pending("CGEQRF", &Class::Cgeqrf, {9, 7, at, 11, at});
+    methods.check("CGEQRF", &Class::Cgeqrf, CGEQRF, {9, 7, at, 11, at}, {6, 7});
     methods.check("CTRTRS", &Class::Ctrtrs, CTRTRS, {6, 4, at, 8, at, 9});
     methods.check("CTRTRI", &Class::Ctrtri, CTRTRI, {6, at, 8});
     methods.check("CTRCON", &Class::Ctrcon, CTRCON, {6, at, 8}, {8, 9});
@@ -56,8 +56,8 @@ TEST_F(LapackMethods, Complex) {
     methods.check("CPOTRI", &Class::Cpotri, CPOTRI, {6, at, 8});
     methods.check("CPOTRS", &Class::Cpotrs, CPOTRS, {6, 4, at, 8, at, 9});
     methods.check("CPOCON", &Class::Cpocon, CPOCON, {6, at, 8}, {7, 8});
-    methods.pending("CUNMQR", &Class::Cunmqr, {9, 7, 5, at, 11, at, at, 12});
-    methods.pending("CGESDD", &Class::Cgesdd, {9, 7, at, 11, 10, 8});
+    methods.check("CUNMQR", &Class::Cunmqr, CUNMQR, {9, 7, 5, at, 11, at, at, 12}, {11, 12});
+    methods.check("CGESDD", &Class::Cgesdd, CGESDD, {9, 7, at, 11, 10, 8}, {11, 12, 13, 14});
     methods.check("CLACPY", &Class::Clacpy, CLACPY, {26, 7, at, 30, at, 28});
 }
 

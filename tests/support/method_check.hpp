@@ -147,11 +147,19 @@ public:
                     option = option / 4 + turn;
                 }
             const State given = state_;
-            const std::string byHost = printed([&] { host_(); });
+            std::string failed;
+            const std::string byHost = printed([&] { failed = failure(); });
             State afterHost = state_;
             state_ = given;
             const std::string byNative = printed([&] { native_(native_arguments()); });
             EXPECT_EQ(byHost, byNative) << "turn " << turn;
+            // Asked for the length of its work array, it rejects an option before it tells one: an array of nothing.
+            EXPECT_EQ(failed, name_ == "CUNMQR" && !byNative.empty() ? "empty" : "") << "turn " << turn;
+            if (!failed.empty()) {
+                EXPECT_TRUE(afterHost == given) << "turn " << turn;
+                state_ = before;
+                continue;
+            }
             if (!byHost.empty())
                 for (std::size_t i = 0; i < state_.parameters.size(); ++i)
                     if (given.parameters[i].kind == Parameter::reference) { // a result that there is not

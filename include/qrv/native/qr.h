@@ -1,7 +1,13 @@
-/* LAPACK: Householder reflectors. Calling conventions: see qrv/native.h.
+/* LAPACK: QR, QL and LQ factorizations, their Q applied and generated, and Householder reflectors. Calling conventions:
+ * see qrv/native.h.
  *
- * A reflector is H = I - tau*v*v^H with v(1) = 1; tau = 0 gives the identity. It is unitary, and symmetric for real
- * elements. The routines of this part check no arguments. */
+ * Q is a product of reflectors H(i) = I - tau(i)*v(i)*v(i)^H with one element of v(i) equal to 1; tau(i) = 0 gives the
+ * identity. From QR it is H(1)*H(2)*...*H(k): v(i) begins with i - 1 zeros and the 1, and the rest lies below the
+ * diagonal in column i. From LQ it is H(k)^H*...*H(2)^H*H(1)^H: v(i)^H lies likewise right of the diagonal in row i.
+ * From QL it is H(k)*...*H(2)*H(1): v(i) ends with the 1 and k - i zeros, and what is before that lies in column i.
+ *
+ * work has lwork elements. lwork = -1 asks for the length for full speed in work(1) and does nothing else; otherwise
+ * work(1) tells it in the end. */
 #ifndef QRV_NATIVE_QR_H
 #define QRV_NATIVE_QR_H
 
@@ -10,6 +16,126 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* QR factorization, A = Q*R, of a general m x n matrix; R is upper triangular (trapezoidal if m < n), with a diagonal
+ * that is not negative. May use all threads of the budget and calls the progress routine after each panel; if that asks
+ * to stop, A and tau stay as they are then, and info is 0.
+ *
+ * a, lda  A, overwritten by R and, below its diagonal, by the vectors of Q; lda >= max(1, m)
+ * tau     min(m, n) elements, set
+ * lwork   at least max(1, n). Between that and the length for full speed it takes memory of its own
+ * Reported: 1, 2, 4, 7; work(1) is set even so.
+ *
+ * Source: A. Buttari, J. Langou, J. Kurzak, J. Dongarra, Parallel tiled QR factorization for multicore architectures,
+ * Concurrency and Computation 20 (2008), for the order of tasks; E. Elmroth, F. Gustavson, IBM J. Res. Dev. 44 (2000),
+ * for the recursive panels. */
+QRV_API void SGEQRF(const int* m, const int* n, float* a, const int* lda, float* tau, float* work, const int* lwork,
+                    int* info);
+QRV_API void CGEQRF(const int* m, const int* n, qrv_complex* a, const int* lda, qrv_complex* tau, qrv_complex* work,
+                    const int* lwork, int* info);
+
+/* LQ factorization, A = L*Q, of a general m x n matrix; L is lower triangular (trapezoidal if m > n), with a diagonal
+ * that is not negative.
+ *
+ * a, lda  A, overwritten by L and, right of its diagonal, by the vectors of Q; lda >= max(1, m)
+ * tau     min(m, n) elements, set
+ * lwork   at least max(1, m)
+ * Reported: 1, 2, 4, 7; work(1) is set even so. */
+QRV_API void SGELQF(const int* m, const int* n, float* a, const int* lda, float* tau, float* work, const int* lwork,
+                    int* info);
+QRV_API void CGELQF(const int* m, const int* n, qrv_complex* a, const int* lda, qrv_complex* tau, qrv_complex* work,
+                    const int* lwork, int* info);
+
+/* The same factorizations column by column and row by row. work: n elements, for LQ m. Reported: 1, 2, 4. */
+QRV_API void SGEQR2(const int* m, const int* n, float* a, const int* lda, float* tau, float* work, int* info);
+QRV_API void CGEQR2(const int* m, const int* n, qrv_complex* a, const int* lda, qrv_complex* tau, qrv_complex* work,
+                    int* info);
+QRV_API void SGELQ2(const int* m, const int* n, float* a, const int* lda, float* tau, float* work, int* info);
+QRV_API void CGELQ2(const int* m, const int* n, qrv_complex* a, const int* lda, qrv_complex* tau, qrv_complex* work,
+                    int* info);
+
+/* C := op(Q)*C for side 'L', C*op(Q) for 'R', with Q from QR (..QR), QL (..QL) or LQ (..LQ). May use all threads of the
+ * budget; each column (or row) of C is computed in the same order on any number of them.
+ *
+ * trans    'N': op(Q) = Q; 'T', for complex elements 'C': its adjoint
+ * m, n     rows and columns of C
+ * k        number of reflectors, at most the order of Q, which is m for 'L' and n for 'R'
+ * a, lda   the vectors: k columns, lda >= max(1, order of Q); for LQ k rows, lda >= max(1, k)
+ * tau      k elements
+ * c, ldc   C, overwritten; ldc >= max(1, m)
+ * lwork    at least max(1, n) for 'L', max(1, m) for 'R'. Between that and the length for full speed they take memory
+ *          of their own
+ * Reported: 1, 2, 3, 4, 5, 7, 10, 12. */
+QRV_API void SORMQR(const char* side, const char* trans, const int* m, const int* n, const int* k, const float* a,
+                    const int* lda, const float* tau, float* c, const int* ldc, float* work, const int* lwork,
+                    int* info);
+QRV_API void CUNMQR(const char* side, const char* trans, const int* m, const int* n, const int* k, const qrv_complex* a,
+                    const int* lda, const qrv_complex* tau, qrv_complex* c, const int* ldc, qrv_complex* work,
+                    const int* lwork, int* info);
+QRV_API void SORMQL(const char* side, const char* trans, const int* m, const int* n, const int* k, const float* a,
+                    const int* lda, const float* tau, float* c, const int* ldc, float* work, const int* lwork,
+                    int* info);
+QRV_API void CUNMQL(const char* side, const char* trans, const int* m, const int* n, const int* k, const qrv_complex* a,
+                    const int* lda, const qrv_complex* tau, qrv_complex* c, const int* ldc, qrv_complex* work,
+                    const int* lwork, int* info);
+QRV_API void SORMLQ(const char* side, const char* trans, const int* m, const int* n, const int* k, const float* a,
+                    const int* lda, const float* tau, float* c, const int* ldc, float* work, const int* lwork,
+                    int* info);
+QRV_API void CUNMLQ(const char* side, const char* trans, const int* m, const int* n, const int* k, const qrv_complex* a,
+                    const int* lda, const qrv_complex* tau, qrv_complex* c, const int* ldc, qrv_complex* work,
+                    const int* lwork, int* info);
+
+/* The same, a reflector at a time. work: n elements for 'L', m for 'R'. Reported: 1, 2, 3, 4, 5, 7, 10. */
+QRV_API void SORM2R(const char* side, const char* trans, const int* m, const int* n, const int* k, const float* a,
+                    const int* lda, const float* tau, float* c, const int* ldc, float* work, int* info);
+QRV_API void CUNM2R(const char* side, const char* trans, const int* m, const int* n, const int* k, const qrv_complex* a,
+                    const int* lda, const qrv_complex* tau, qrv_complex* c, const int* ldc, qrv_complex* work,
+                    int* info);
+QRV_API void SORM2L(const char* side, const char* trans, const int* m, const int* n, const int* k, const float* a,
+                    const int* lda, const float* tau, float* c, const int* ldc, float* work, int* info);
+QRV_API void CUNM2L(const char* side, const char* trans, const int* m, const int* n, const int* k, const qrv_complex* a,
+                    const int* lda, const qrv_complex* tau, qrv_complex* c, const int* ldc, qrv_complex* work,
+                    int* info);
+QRV_API void SORML2(const char* side, const char* trans, const int* m, const int* n, const int* k, const float* a,
+                    const int* lda, const float* tau, float* c, const int* ldc, float* work, int* info);
+QRV_API void CUNML2(const char* side, const char* trans, const int* m, const int* n, const int* k, const qrv_complex* a,
+                    const int* lda, const qrv_complex* tau, qrv_complex* c, const int* ldc, qrv_complex* work,
+                    int* info);
+
+/* The first n columns of the Q of k reflectors from QR, an m x n matrix, m >= n >= k, in the place of their vectors.
+ *
+ * a, lda   the vectors in the first k columns, overwritten by the columns of Q; lda >= max(1, m)
+ * tau      k elements
+ * lwork    at least max(1, n)
+ * Reported: 1, 2, 3, 5, 8; work(1) is set even so. */
+QRV_API void SORGQR(const int* m, const int* n, const int* k, float* a, const int* lda, const float* tau, float* work,
+                    const int* lwork, int* info);
+QRV_API void CUNGQR(const int* m, const int* n, const int* k, qrv_complex* a, const int* lda, const qrv_complex* tau,
+                    qrv_complex* work, const int* lwork, int* info);
+
+/* The first m rows of the Q of k reflectors from LQ, an m x n matrix, n >= m >= k, in the place of their vectors.
+ *
+ * a, lda   the vectors in the first k rows, overwritten by the rows of Q; lda >= max(1, m)
+ * tau      k elements
+ * lwork    at least max(1, m)
+ * Reported: 1, 2, 3, 5, 8; work(1) is set even so. */
+QRV_API void SORGLQ(const int* m, const int* n, const int* k, float* a, const int* lda, const float* tau, float* work,
+                    const int* lwork, int* info);
+QRV_API void CUNGLQ(const int* m, const int* n, const int* k, qrv_complex* a, const int* lda, const qrv_complex* tau,
+                    qrv_complex* work, const int* lwork, int* info);
+
+/* The same, a reflector at a time. work: n elements, for LQ m. Reported: 1, 2, 3, 5. */
+QRV_API void SORG2R(const int* m, const int* n, const int* k, float* a, const int* lda, const float* tau, float* work,
+                    int* info);
+QRV_API void CUNG2R(const int* m, const int* n, const int* k, qrv_complex* a, const int* lda, const qrv_complex* tau,
+                    qrv_complex* work, int* info);
+QRV_API void SORGL2(const int* m, const int* n, const int* k, float* a, const int* lda, const float* tau, float* work,
+                    int* info);
+QRV_API void CUNGL2(const int* m, const int* n, const int* k, qrv_complex* a, const int* lda, const qrv_complex* tau,
+                    qrv_complex* work, int* info);
+
+/* ---- Reflectors: these routines check no arguments ----------------------------------------------------------------
+ */
 
 /* The reflector with H^H * (alpha, x) = (beta, 0), beta real.
  *

@@ -1,0 +1,71 @@
+// QR, QL and LQ factorizations by value, for the rows of their routines and for other families. Instantiated for both
+// element types. Reflectors and their tau: see lapack/calls/reflectors.hpp.
+#pragma once
+
+#include <cstdint>
+
+#include "lapack/calls/reflectors.hpp"
+#include "lapack/workspace.hpp"
+
+namespace qrv::lapack {
+
+// A = Q R and A = L Q in the place of A, an m x n matrix, column by column or row by row, with a diagonal of R or L
+// that is not negative. work: n elements for geqr2, m for gelq2.
+template <class T>
+void geqr2(int m, int n, Matrix<T> a, T* tau, T* work);
+template <class T>
+void gelq2(int m, int n, Matrix<T> a, T* tau, T* work);
+
+// The same in blocks, geqrf on a team. work: lwork elements, n or m at least, ge.._work for full speed, of which
+// work[0] tells in the end. With less, geqrf takes memory of its own. geqrf_team_work is what a team would want,
+// whatever the sizes.
+template <class T>
+std::int64_t geqrf_work(int m, int n);
+template <class T>
+std::int64_t geqrf_team_work(int m, int n);
+template <class T>
+std::int64_t gelqf_work(int m, int n);
+template <class T>
+void geqrf(int m, int n, Matrix<T> a, T* tau, T* work, int lwork);
+template <class T>
+void gelqf(int m, int n, Matrix<T> a, T* tau, T* work, int lwork);
+
+// The forms in which k reflectors make a Q: H(1) H(2) .. H(k) by columns from QR, H(k) .. H(2) H(1) by columns that end
+// with their 1 from QL, H(k)^H .. H(2)^H H(1)^H by rows from LQ.
+enum class QForm { qr, ql, lq };
+
+// The order of Q, if C is m x n; the other dimension of C.
+constexpr int order_of_q(char side, int m, int n) {
+    return side_of(side) == Side::left ? m : n;
+}
+constexpr int across_q(char side, int m, int n) {
+    return side_of(side) == Side::left ? n : m;
+}
+
+// C := op(Q) C or C op(Q), C of m x n, one reflector after the other. work: n elements on the left, m on the right.
+template <class T>
+void orm2(QForm form, Side side, Op op, int m, int n, int k, Matrix<const T> a, const T* tau, Matrix<T> c, T* work);
+
+// The same in blocks on a team. work: as many elements at least, orm_work for full speed; with less, memory of its own.
+template <class T>
+std::int64_t orm_work(QForm form, Side side, int m, int n, int k);
+template <class T>
+void orm(QForm form, Side side, Op op, int m, int n, int k, Matrix<const T> a, const T* tau, Matrix<T> c, T* work,
+         int lwork);
+
+// The first n columns of the Q of k reflectors from QR, m x n; the first m rows of that from LQ: in the place of the
+// reflectors, one by one, and in blocks. work: n elements or m, org.._work for full speed.
+template <class T>
+void org2r(int m, int n, int k, Matrix<T> a, const T* tau, T* work);
+template <class T>
+void orgl2(int m, int n, int k, Matrix<T> a, const T* tau, T* work);
+template <class T>
+std::int64_t orgqr_work(int m, int n, int k);
+template <class T>
+std::int64_t orglq_work(int m, int n, int k);
+template <class T>
+void orgqr(int m, int n, int k, Matrix<T> a, const T* tau, T* work, int lwork);
+template <class T>
+void orglq(int m, int n, int k, Matrix<T> a, const T* tau, T* work, int lwork);
+
+} // namespace qrv::lapack

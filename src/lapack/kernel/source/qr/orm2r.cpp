@@ -1,0 +1,65 @@
+// SORM2R, CUNM2R, SORM2L, CUNM2L, SORML2, CUNML2: a Q from QR, QL or LQ applied to a matrix, a reflector at a time. Its
+// vectors are only read, so several threads may apply the same Q.
+#include "blas/calls.hpp"
+#include "lapack/kernel/source/qr/apply_q.hpp"
+
+namespace qrv::lapack {
+namespace {
+
+// A reflector whose vector is v with a 1 in front or behind: C in the row or column that meets the 1, and the rest.
+template <class T>
+void reflect(Side side, int rest, int across, Vector<const T> v, T tau, Vector<T> one, Matrix<T> c, T* work) {
+    if (tau == scalar<T>(0) || across <= 0)
+        return;
+    const T unit = scalar<T>(1);
+    const Vector<T> w{work};
+    kernel::copy(across, one, w);
+    if (side == Side::left) { // w = C^H v
+        conjugate(across, w);
+        blas::gemv(adjoint<T>, rest, across, unit, c, v, unit, w);
+        blas::gerc(rest, across, -tau, v, w, c);
+        conjugate(across, w);
+    } else { // w = C v
+        blas::gemv(Op::none, across, rest, unit, c, v, unit, w);
+        blas::gerc(across, rest, -tau, w, v, c);
+    }
+    kernel::axpy(across, -tau, w, one);
+}
+
+template <class T>
+void apply_column(Side side, Op op, int m, int n, const QPanel<T>& panel, bool oneBehind, T tau, Matrix<T> c, T* work) {
+    const bool left = side == Side::left;
+    const int rest = panel.length - 1, across = left ? n : m;
+    const int one = panel.row + (oneBehind ? rest : 0), others = panel.row + (oneBehind ? 0 : 1);
+    const Vector<const T> v = panel.v.column(oneBehind ? 0 : smaller(1, rest), 0);
+    const Vector<T> meetsOne = left ? c.row(one, 0) : c.column(0, one);
+    const Matrix<T> other = rest == 0 ? c : left ? c.block(others, 0) : c.block(0, others);
+    reflect(side, rest, across, v, op == Op::none ? tau : conj(tau), meetsOne, other, work);
+}
+
+} // namespace
+
+template <class T>
+void orm2(QForm form, Side side, Op op, int m, int n, int k, Matrix<const T> a, const T* tau, Matrix<T> c, T* work) {
+    const bool left = side == Side::left;
+    const ReflectorsOfQ<T> q{form, left ? m : n, k, a, tau};
+    const bool up = q.first_comes_first(side, op);
+    const Op opOfProduct = q.op_of_product(op);
+    for (int step = 0; step < k; ++step) {
+        const int i = up ? step : k - 1 - step;
+        const QPanel<T> panel = q.panel(i, 1);
+        if (form != QForm::lq) {
+            apply_column(side, opOfProduct, m, n, panel, form == QForm::ql, tau[i], c, work);
+        } else { // a row is v^H, which level 2 would want conjugated
+            const Matrix<T> touched = left ? c.block(panel.row, 0) : c.block(0, panel.row);
+            larfb<T>(side, opOfProduct, {q.direct(), q.store(), 1, panel.v, {tau + i, 1}}, left ? panel.length : m,
+                     left ? n : panel.length, touched, {work, left ? n : m});
+        }
+    }
+}
+
+template void orm2(QForm, Side, Op, int, int, int, Matrix<const float>, const float*, Matrix<float>, float*);
+template void orm2(QForm, Side, Op, int, int, int, Matrix<const SingleComplex>, const SingleComplex*,
+                   Matrix<SingleComplex>, SingleComplex*);
+
+} // namespace qrv::lapack

@@ -1,0 +1,402 @@
+// QR and LQ factorizations, their Q applied and generated: in double against the reflectors as they are stored, which
+// must be unitary; all routes, work lengths, teams, refused memory, stops.
+#include <functional>
+#include <gtest/gtest.h>
+
+#include "lapack/elements.hpp"
+#include "lapack/kernel/source/qr/geqrf.hpp"
+#include "lapack/lapack.hpp"
+#include "support/stored_q.hpp"
+#include "support/work_memory.hpp"
+
+namespace qrv::test {
+namespace {
+
+using lapack::Direct, lapack::StoreV, lapack::QForm;
+
+template <class T>
+struct Qr : testing::Test {};
+using Elements = testing::Types<float, SingleComplex>;
+TYPED_TEST_SUITE(Qr, Elements);
+template <class T>
+struct QrRaces : testing::Test {};
+TYPED_TEST_SUITE(QrRaces, Elements);
+
+// As long as it lives, LAPACK asks for so many threads.
+struct BudgetOf {
+    explicit BudgetOf(int threads) {
+        qrv_serv_set_dynamic(0);
+        qrv_serv_domain_set_num_threads(threads, QRV_DOMAIN_ALL);
+    }
+    ~BudgetOf() {
+        qrv_serv_domain_set_num_threads(0, QRV_DOMAIN_ALL);
+        qrv_serv_set_dynamic(dynamic);
+    }
+    BudgetOf(const BudgetOf&) = delete;
+    BudgetOf& operator=(const BudgetOf&) = delete;
+    int dynamic = qrv_serv_get_dynamic();
+};
+
+template <class T>
+Matrix<T> view(Operand<T>& a) {
+    return {a.data(), a.ld()};
+}
+template <class T>
+Matrix<const T> view(const Operand<T>& a) {
+    return {a.data(), a.ld()};
+}
+
+// ---- Matrices -------------------------------------------------------------------------------------------------------
+
+// Ordinary, near overflow and underflow, with columns of sizes far apart, equal, zero, and zero but for their head.
+enum class Kind { plain, huge, tiny, graded, equal, sparse };
+constexpr Kind kinds[] = {Kind::plain, Kind::huge, Kind::tiny, Kind::graded, Kind::equal, Kind::sparse};
+
+template <class T>
+Operand<T> matrix(int m, int n, Kind kind = Kind::plain) {
+    Operand<T> a(m, n, m + 3, 1);
+    std::minstd_rand random(static_cast<unsigned>(m + 3 * n));
+    const float size = kind == Kind::huge ? 0x1p120F : kind == Kind::tiny ? 0x1p-121F : 1;
+    a.set([&](int, int) { return size * any_size_one<T>(random); });
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < m; ++i) {
+            if (kind == Kind::graded)
+                a(i, j) = std::ldexp(1.0F, -4 * (j % 25)) * a(i, j);
+            if (kind == Kind::equal && j % 3 > 0)
+                a(i, j) = a(i, j - j % 3);
+            if (kind == Kind::sparse && (j % 4 == 1 || (j % 4 == 2 && i > 0)))
+                a(i, j) = T();
+        }
+    return a;
+}
+
+template <class T>
+struct Factors {
+    Operand<T> a;
+    GuardedVector<T> tau, work;
+    Factors(const Operand<T>& of, std::int64_t workLength)
+        : a(of), tau(std::min(of.rows(), of.columns())), work(int(workLength)) {}
+    bool guards_intact() const { return a.guards_intact() && tau.guards_intact() && work.guards_intact(); }
+};
+
+template <class T>
+struct Route {
+    std::string name;
+    std::function<void(Factors<T>&)> factor;
+    std::function<std::int64_t(int m, int n)> work = [](int, int n) { return n; };
+    bool lq = false;
+};
+
+template <class T>
+void on_team(Factors<T>& f, int threads, int nb, int group) {
+    const lapack::GeqrfPlan plan{f.a.rows(), f.a.columns(), threads, nb, group, 2, 0};
+    std::vector<T> area(std::size_t(plan.work()), all_parts<T>(nan));
+    ASSERT_TRUE(lapack::geqrf_team(plan, view(f.a), f.tau.data(), area.data()));
+}
+
+template <class T>
+std::vector<Route<T>> routes() {
+    const auto serial = [](Factors<T>& f) {
+        lapack::geqrf_serial(f.a.rows(), f.a.columns(), view(f.a), f.tau.data(), f.work.data(), f.work.size());
+    };
+    const auto rowwise = [](Factors<T>& f) {
+        lapack::gelqf(f.a.rows(), f.a.columns(), view(f.a), f.tau.data(), f.work.data(), f.work.size());
+    };
+    const auto rows = [](int m, int) { return m; };
+    std::vector<Route<T>> all{
+        {"geqr2",
+         [](Factors<T>& f) { lapack::geqr2(f.a.rows(), f.a.columns(), view(f.a), f.tau.data(), f.work.data()); }},
+        {"serial, least work", serial},
+        {"serial, full work", serial, lapack::geqrf_serial_work<T>},
+        {"laqrf",
+         [](Factors<T>& f) {
+             Operand<T> t(f.a.columns(), f.a.columns(), f.a.columns());
+             lapack::laqrf(f.a.rows(), f.a.columns(), view(f.a), f.tau.data(), view(t));
+             EXPECT_TRUE(t.guards_intact());
+         }},
+        {"gelq2",
+         [](Factors<T>& f) { lapack::gelq2(f.a.rows(), f.a.columns(), view(f.a), f.tau.data(), f.work.data()); }, rows,
+         true},
+        {"gelqf, least work", rowwise, rows, true},
+        {"gelqf, some work", rowwise, [](int m, int) { return 5 * m + 2; }, true},
+        {"gelqf, full work", rowwise, lapack::gelqf_work<T>, true}};
+    for (const int threads : {1, 2, 3, 8})
+        for (const auto& [nb, group] : {std::pair{8, 2}, {20, 1}, {5, 4}})
+            all.push_back({"team of " + std::to_string(threads) + ", blocks of " + std::to_string(nb),
+                           [=, nb = nb, group = group](Factors<T>& f) { on_team(f, threads, nb, group); }});
+    return all;
+}
+
+// |A - Q R| or |A - L Q| in units of what n roundings of the largest element make; infinite if the diagonal is not as
+// it must be.
+template <class T>
+double residual(const Operand<T>& a, const Factors<T>& f, bool lq) {
+    const int m = a.rows(), n = a.columns(), k = std::min(m, n);
+    WideMatrix<T> product(m, n, [&](int i, int j) { return (lq ? j <= i : i <= j) ? widen(f.a(i, j)) : Wide<T>(0); });
+    for (int i = 0; i < k; ++i)
+        if (!(std::real(widen(f.a(i, i))) >= 0) || std::imag(Wide<SingleComplex>(widen(f.a(i, i)))) != 0)
+            return infinity;
+    const StoredQ<T> q{Direct::forward, lq ? StoreV::rows : StoreV::columns, lq ? n : m, k, f.a, f.tau.data()};
+    q.apply(!lq, lq, product);
+    return std::max(difference(a, product) / 4, q.far_from_unitary()) / (16 * unitRoundoff);
+}
+
+constexpr std::pair<int, int> shapes[] = {{1, 1}, {1, 5}, {5, 1}, {7, 7}, {40, 17}, {33, 70}, {96, 96}, {150, 40}};
+
+TYPED_TEST(Qr, ResidualsOfEveryRoute) {
+    using T = TypeParam;
+    for (const auto& route : routes<T>())
+        for (const auto& [m, n] : shapes)
+            for (const Kind kind : kinds) {
+                if (route.name.starts_with("team") && std::min(m, n) < 20)
+                    continue;
+                const Operand<T> a = matrix<T>(m, n, kind);
+                Factors<T> f(a, route.work(m, n));
+                route.factor(f);
+                ASSERT_TRUE(f.guards_intact()) << route.name;
+                EXPECT_TRUE(residual(a, f, route.lq) < 1)
+                    << route.name << ' ' << m << 'x' << n << " kind " << int(kind) << ": " << residual(a, f, route.lq);
+            }
+}
+
+// Large enough for panels in steps, whose T is work at the same time, and for a narrow last step.
+TYPED_TEST(Qr, ResidualsOfTallPanels) {
+    using T = TypeParam;
+    const Operand<T> a = matrix<T>(400, 40);
+    for (const auto& route : routes<T>())
+        if (route.name == "laqrf" || route.name.ends_with("of 20")) {
+            Factors<T> f(a, 40);
+            route.factor(f);
+            EXPECT_TRUE(f.guards_intact() && residual(a, f, false) < 1) << route.name << residual(a, f, false);
+        }
+}
+
+// By the driver, at its own block sizes: any legal length of work gives the same bits.
+TYPED_TEST(Qr, ResidualsWithAnyWork) {
+    using T = TypeParam;
+    for (const int threads : {1, 2, 4}) {
+        const BudgetOf budget(threads);
+        for (const auto& [m, n] : {std::pair{180, 170}, {300, 40}, {60, 330}, {90, 20}}) {
+            const Operand<T> a = matrix<T>(m, n);
+            const std::int64_t full = lapack::geqrf_work<T>(m, n);
+            std::optional<Factors<T>> first;
+            for (const std::int64_t length : {std::int64_t{n}, full - 1, full}) {
+                Factors<T> f(a, length);
+                lapack::geqrf(m, n, view(f.a), f.tau.data(), f.work.data(), int(length));
+                EXPECT_TRUE(f.guards_intact() && residual(a, f, false) < 1) << m << 'x' << n << " work " << length;
+                EXPECT_EQ(lapack::real_part(f.work[0]), static_cast<float>(full));
+                if (!first)
+                    first.emplace(f);
+                EXPECT_TRUE(f.a.same_bits(first->a)) << m << 'x' << n << " work " << length;
+            }
+            const WorkMemoryProbe refusing(0, anySize);
+            Factors<T> f(a, n);
+            lapack::geqrf(m, n, view(f.a), f.tau.data(), f.work.data(), n);
+            EXPECT_TRUE(f.guards_intact() && residual(a, f, false) < 1) << m << 'x' << n << " without memory";
+        }
+    }
+}
+
+// ---- Q applied and generated --------------------------------------------------------------------------------------
+
+struct FormOfQ {
+    QForm form;
+    Direct direct;
+    StoreV store;
+};
+constexpr FormOfQ forms[] = {{QForm::qr, Direct::forward, StoreV::columns},
+                             {QForm::ql, Direct::backward, StoreV::columns},
+                             {QForm::lq, Direct::forward, StoreV::rows}};
+
+template <class T, class Apply>
+void expect_applied(const Apply& apply, std::initializer_list<std::pair<int, int>> ordersAndCounts) {
+    for (const auto& form : forms)
+        for (const auto& [order, k] : ordersAndCounts) {
+            const RandomReflectors<T> reflectors(form.direct, form.store, order, k);
+            for (const bool left : {true, false})
+                for (const Op op : {Op::none, lapack::adjoint<T>})
+                    for (const int across : {1, 9, 40}) {
+                        const int m = left ? order : across, n = left ? across : order;
+                        Operand<T> c = matrix<T>(m, n);
+                        WideMatrix<T> expected(c);
+                        reflectors.q.apply(left, (op != Op::none) != (form.form == QForm::lq), expected);
+                        apply(form.form, left ? Side::left : Side::right, op, m, n, k, reflectors, c);
+                        EXPECT_TRUE(difference(c, expected) < 60 * unitRoundoff)
+                            << "form " << int(form.form) << ' ' << left << letter(op) << ' ' << m << 'x' << n
+                            << " k=" << k << ": " << difference(c, expected) / unitRoundoff;
+                        EXPECT_TRUE(c.guards_intact() && reflectors.v.guards_intact());
+                    }
+        }
+}
+
+TYPED_TEST(Qr, ResidualsOfQApplied) {
+    using T = TypeParam;
+    expect_applied<T>(
+        [](QForm form, Side side, Op op, int m, int n, int k, const auto& reflectors, Operand<T>& c) {
+            GuardedVector<T> work(side == Side::left ? n : m);
+            lapack::orm2<T>(form, side, op, m, n, k, view(reflectors.v), reflectors.tau.data(), view(c), work.data());
+            EXPECT_TRUE(work.guards_intact());
+        },
+        {{1, 1}, {6, 3}, {12, 12}});
+    for (const int threads : {1, 2, 3, 8})
+        for (const bool enough : {true, false}) {
+            const BudgetOf budget(threads);
+            expect_applied<T>(
+                [&](QForm form, Side side, Op op, int m, int n, int k, const auto& reflectors, Operand<T>& c) {
+                    const std::int64_t full = lapack::orm_work<T>(form, side, m, n, k);
+                    GuardedVector<T> work(enough ? int(full) : side == Side::left ? n : m);
+                    lapack::orm<T>(form, side, op, m, n, k, view(reflectors.v), reflectors.tau.data(), view(c),
+                                   work.data(), work.size());
+                    EXPECT_TRUE(work.guards_intact());
+                    EXPECT_EQ(lapack::real_part(work[0]), static_cast<float>(full));
+                },
+                {{6, 3}, {90, 70}, {66, 66}});
+        }
+}
+
+// Strips of a wide matrix.
+TYPED_TEST(Qr, ResidualsOfQAppliedInStrips) {
+    using T = TypeParam;
+    const RandomReflectors<T> reflectors(Direct::forward, StoreV::columns, 40, 35);
+    for (const int threads : {1, 3}) {
+        const BudgetOf budget(threads);
+        Operand<T> c = matrix<T>(40, 900);
+        WideMatrix<T> expected(c);
+        reflectors.q.apply(true, true, expected);
+        GuardedVector<T> work(900);
+        const WorkMemoryProbe probe;
+        lapack::orm<T>(QForm::qr, Side::left, lapack::adjoint<T>, 40, 900, 35, view(reflectors.v),
+                       reflectors.tau.data(), view(c), work.data(), 900);
+        EXPECT_TRUE(difference(c, expected) < 60 * unitRoundoff);
+    }
+}
+
+TYPED_TEST(Qr, ResidualsOfQGenerated) {
+    using T = TypeParam;
+    struct Size {
+        int length, lines, k;
+    };
+    for (const StoreV store : {StoreV::columns, StoreV::rows})
+        for (const Size s : {Size{1, 1, 1}, {5, 3, 0}, {9, 9, 4}, {40, 25, 25}, {150, 130, 90}, {100, 100, 100}})
+            for (const int method : {0, 1, 2, 3}) { // unblocked, then with least, some and full work
+                const bool columns = store == StoreV::columns;
+                const RandomReflectors<T> reflectors(Direct::forward, store, s.length, s.k);
+                const int m = columns ? s.length : s.lines, n = columns ? s.lines : s.length;
+                WideMatrix<T> expected(m, n, [](int i, int j) { return i == j ? 1 : 0; });
+                reflectors.q.apply(columns, !columns, expected);
+                Operand<T> q(m, n, m + 1);
+                q.set([&](int i, int j) { // only the vectors are read
+                    const int place = columns ? i : j, line = columns ? j : i;
+                    return line < s.k && place > line ? reflectors.v(i, j) : all_parts<T>(nan);
+                });
+                const std::int64_t full = columns ? lapack::orgqr_work<T>(m, n, s.k) : lapack::orglq_work<T>(m, n, s.k);
+                GuardedVector<T> work(method < 2 ? s.lines : method == 2 ? 7 * s.lines + 1 : int(full));
+                const T* const tau = reflectors.tau.data();
+                if (method == 0)
+                    columns ? lapack::org2r(m, n, s.k, view(q), tau, work.data())
+                            : lapack::orgl2(m, n, s.k, view(q), tau, work.data());
+                else
+                    columns ? lapack::orgqr(m, n, s.k, view(q), tau, work.data(), work.size())
+                            : lapack::orglq(m, n, s.k, view(q), tau, work.data(), work.size());
+                EXPECT_TRUE(difference(q, expected) < 60 * unitRoundoff)
+                    << char(store) << m << 'x' << n << " k=" << s.k << " method " << method << ": "
+                    << difference(q, expected) / unitRoundoff;
+                EXPECT_TRUE(q.guards_intact() && work.guards_intact());
+            }
+}
+
+// ---- What is not finite, stops, queries ---------------------------------------------------------------------------
+
+TYPED_TEST(Qr, EndsWithNanAndInfinity) {
+    using T = TypeParam;
+    for (const auto& route : routes<T>())
+        for (const float x : {nan, infinity}) {
+            Operand<T> a = matrix<T>(60, 50);
+            a(30, 20) = scalar<T>(x);
+            Factors<T> f(a, route.work(60, 50));
+            route.factor(f);
+            EXPECT_FALSE(is_finite(f.a(49, 49))) << route.name << x;
+        }
+}
+
+int callsLeft;
+std::vector<int> steps;
+int count_calls(const int*, const int* step, const char*, int) {
+    steps.push_back(*step);
+    return --callsLeft == 0 ? 1 : 0;
+}
+
+// Panel by panel, and once at the end. After a stop nothing more is done.
+TEST(QrProgress, ToldAfterEachPanelAndStops) {
+    constexpr int m = 190, n = 180;
+    for (const int threads : {1, 2, 4})
+        for (const int stopAt : {0, 1, 3}) {
+            callsLeft = stopAt;
+            steps.clear();
+            qrv_serv_set_progress(count_calls);
+            const Operand<float> a = matrix<float>(m, n);
+            Factors<float> f(a, lapack::geqrf_serial_work<float>(m, n));
+            if (threads == 1)
+                lapack::geqrf_serial(m, n, view(f.a), f.tau.data(), f.work.data(), f.work.size());
+            else
+                on_team(f, threads, 16, 2);
+            qrv_serv_set_progress(nullptr);
+            std::vector<int> expected{16, 32}; // what is left then goes column by column in the serial route
+            for (int step = 48; threads > 1 && step < n; step += 16)
+                expected.push_back(step);
+            if (threads > 1)
+                expected.push_back(n); // the last panel
+            expected.push_back(n);
+            if (stopAt > 0)
+                expected.resize(static_cast<std::size_t>(stopAt));
+            EXPECT_EQ(steps, expected) << threads << " threads, stop " << stopAt;
+            EXPECT_EQ(same_bits(f.a(m - 1, n - 1), a(m - 1, n - 1)), stopAt == 1) << threads << ' ' << stopAt;
+        }
+}
+
+// The lengths that a caller is told, through the entry; nothing of the matrix is looked at.
+TEST(QrWork, Queries) {
+    const auto asked = [](int m, int n) {
+        const int lda = std::max(1, m), query = -1;
+        int info = -99;
+        float work = -1;
+        SGEQRF(&m, &n, nullptr, &lda, nullptr, &work, &query, &info);
+        EXPECT_EQ(info, 0);
+        return work;
+    };
+    const BudgetOf budget(3);
+    EXPECT_EQ(asked(0, 7), 1);
+    EXPECT_EQ(asked(7, 0), 1);
+    EXPECT_EQ(asked(60, 50), 50) << "too small for a team: no blocks either";
+    EXPECT_EQ(asked(300, 200), 200 * 16 + 3 * 2 * 16 * 16);
+    const auto sormqr = [](int m, int n, int k) {
+        const int lda = std::max(1, m), query = -1;
+        int info = -99;
+        float work = -1;
+        SORMQR("L", "T", &m, &n, &k, nullptr, &lda, nullptr, nullptr, &lda, &work, &query, &info);
+        EXPECT_EQ(info, 0);
+        return work;
+    };
+    EXPECT_EQ(sormqr(300, 200, 100), (200 * 3 + 100) * 32);
+    // Above 2^31, and no float: rounded up.
+    EXPECT_EQ(sormqr(2'000'000'000, 2'000'000'001, 1), std::nextafter(768'000'000'000.0F, 1e30F));
+}
+
+TYPED_TEST(QrRaces, Teams) {
+    using T = TypeParam;
+    for (const int team : {2, 4}) {
+        const Operand<T> a = matrix<T>(100, 90);
+        Factors<T> f(a, 90);
+        on_team(f, team, 8, 2);
+        EXPECT_TRUE(residual(a, f, false) < 1);
+        const BudgetOf budget(team);
+        Operand<T> c = matrix<T>(100, 60);
+        std::vector<T> work(60);
+        lapack::orm<T>(QForm::qr, Side::left, lapack::adjoint<T>, 100, 60, 90, view(f.a), f.tau.data(), view(c),
+                       work.data(), 60);
+        EXPECT_TRUE(c.guards_intact());
+    }
+}
+
+} // namespace
+} // namespace qrv::test
