@@ -33,6 +33,12 @@ int qrv_lapack_sgetrf_recursive(const int* m, const int* n, float* a, const int*
 int qrv_lapack_cgetrf_recursive(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info,
                                 const int* thread, const int* offset);
 
+// ---- Work sizes
+// -------------------------------------------------------------------------------------------------------
+
+// n as a float that is not below it.
+float qrv_lapack_sroundup_work(const int* n);
+
 // ---- Rotations ------------------------------------------------------------------------------------------------------
 
 // k sequences of rotations one after the other on an m x n matrix, in the planes of neighbouring rows (side 'L') or

@@ -94,8 +94,8 @@ void NativeComplexLapack::Cgesdd(char16_t jobz, int m, int n, ProviderArray<Sing
     const std::int64_t least = std::min(m, n), t = std::max<std::int64_t>(1, 5 * least);
     const std::int64_t side = std::min<std::int64_t>(t, 1 << 20); // a larger square is no array's size either
     const std::int64_t lrwork = jobz == u'N' ? t : side * side + 7 * least;
-    pending("CGESDD", narrow(jobz), m, n, At(a, aOffset), lda, s, u, ldu, vt, ldvt, Queried<qrv_complex>(),
-            Work<float>(lrwork), Work<int>(8, std::min(m, n)), Info(info));
+    call(CGESDD, narrow(jobz), m, n, At(a, aOffset), lda, s, u, ldu, vt, ldvt, Queried<qrv_complex>(),
+         Work<float>(lrwork), Work<int>(8, std::min(m, n)), Info(info));
 }
 
 void NativeComplexLapack::Clacpy(MatrixTriangleMode triangleMode, int m, int n, ProviderArray<const SingleComplex> a,

@@ -143,8 +143,8 @@ void ParallelX86SingleLapack::Spbcon(MatrixTriangleMode triangleMode, int n, int
 void ParallelX86SingleLapack::Sgesdd(char16_t jobz, int m, int n, ProviderArray<float> a, int aOffset, int lda,
                                      ProviderArray<float> s, ProviderArray<float> u, int ldu, ProviderArray<float> vt,
                                      int ldvt, int& info) {
-    pending("SGESDD", narrow(jobz), m, n, At(a, aOffset), lda, s, u, ldu, vt, ldvt, Queried<float>(),
-            Work<int>(8, std::min(m, n)), Info(info));
+    call(SGESDD, narrow(jobz), m, n, At(a, aOffset), lda, s, u, ldu, vt, ldvt, Queried<float>(),
+         Work<int>(8, std::min(m, n)), Info(info));
 }
 
 // Always the whole spectrum, and the supports of the eigenvectors stay here: bounds and array of the host are dropped.

@@ -35,6 +35,28 @@ QRV_API void CLABRD(const int* m, const int* n, const int* nb, qrv_complex* a, c
                     qrv_complex* tauq, qrv_complex* taup, qrv_complex* x, const int* ldx, qrv_complex* y,
                     const int* ldy);
 
+/* Q (vect 'Q') or P^H ('P') of a reduction, generated in the place of its reflectors: m x n, m >= n >= min(m, k) for Q
+ * and n >= m >= min(n, k) for P^H, where k is the other dimension of the matrix that was reduced, its columns for Q and
+ * its rows for P^H.
+ *
+ * tau    tauq or taup
+ * work   lwork elements, max(1, min(m, n)) at least; the block size times that for full speed, which WORK(1) tells;
+ *        lwork = -1 asks for that only */
+QRV_API void SORGBR(const char* vect, const int* m, const int* n, const int* k, float* a, const int* lda,
+                    const float* tau, float* work, const int* lwork, int* info);
+QRV_API void CUNGBR(const char* vect, const int* m, const int* n, const int* k, qrv_complex* a, const int* lda,
+                    const qrv_complex* tau, qrv_complex* work, const int* lwork, int* info);
+
+/* C := op(Q) C or C op(Q), with vect 'P' op(P) in the place of op(Q), C of m x n. a, tau and k as for SORGBR. trans is
+ * 'N', 'T' with real and 'C' with complex elements. work: lwork elements, n from the left and m from the right at
+ * least; WORK(1) tells how many for full speed, lwork = -1 asks for that only. */
+QRV_API void SORMBR(const char* vect, const char* side, const char* trans, const int* m, const int* n, const int* k,
+                    const float* a, const int* lda, const float* tau, float* c, const int* ldc, float* work,
+                    const int* lwork, int* info);
+QRV_API void CUNMBR(const char* vect, const char* side, const char* trans, const int* m, const int* n, const int* k,
+                    const qrv_complex* a, const int* lda, const qrv_complex* tau, qrv_complex* c, const int* ldc,
+                    qrv_complex* work, const int* lwork, int* info);
+
 #ifdef __cplusplus
 }
 #endif

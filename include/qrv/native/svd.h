@@ -62,6 +62,36 @@ QRV_API void SLASDT(const int* n, int* lvl, int* nd, int* inode, int* ndiml, int
  * ascending order. */
 QRV_API void SLAMRG(const int* n1, const int* n2, const float* a, const int* strd1, const int* strd2, int* index);
 
+/* Singular value decomposition A = U S V^H of an m x n matrix by divide and conquer; k = min(m, n).
+ *
+ * jobz    'A': all of U and V^H; 'S': the first k columns of U and rows of V^H; 'O': the same, the longer ones (U if
+ *         m >= n, else V^H) in the place of A; 'N': singular values only
+ * a       destroyed, but with 'O'
+ * s       singular values in descending order, k
+ * u, vt   U and V^H: m x m and n x n, m x k and k x n, or with 'O' the square one of them. Not touched otherwise.
+ * work    lwork elements; WORK(1) tells how many for full speed, lwork = -1 asks for that only. At least, with real
+ *         elements and max(m, n) large, about 8*k ('N'), 4*k*k + 7*k ('S', 'A') and 5*k*k + 7*k ('O')
+ * rwork   complex elements: 5*k ('N'), 5*k*k + 7*k
+ * iwork   8*k
+ *
+ * info > 0: divide and conquer did not converge. */
+QRV_API void SGESDD(const char* jobz, const int* m, const int* n, float* a, const int* lda, float* s, float* u,
+                    const int* ldu, float* vt, const int* ldvt, float* work, const int* lwork, int* iwork, int* info);
+QRV_API void CGESDD(const char* jobz, const int* m, const int* n, qrv_complex* a, const int* lda, float* s,
+                    qrv_complex* u, const int* ldu, qrv_complex* vt, const int* ldvt, qrv_complex* work,
+                    const int* lwork, float* rwork, int* iwork, int* info);
+
+/* Products of a complex matrix and a real one: C := A B, A of m x n and B of n x n, and A of m x m and B of m x n.
+ * rwork: 2*m*n. */
+QRV_API void CLACRM(const int* m, const int* n, const qrv_complex* a, const int* lda, const float* b, const int* ldb,
+                    qrv_complex* c, const int* ldc, float* rwork);
+QRV_API void CLARCM(const int* m, const int* n, const float* a, const int* lda, const qrv_complex* b, const int* ldb,
+                    qrv_complex* c, const int* ldc, float* rwork);
+
+/* B := A, a real m x n matrix; its upper triangle (uplo 'U'), its lower one ('L'), or all. */
+QRV_API void CLACP2(const char* uplo, const int* m, const int* n, const float* a, const int* lda, qrv_complex* b,
+                    const int* ldb);
+
 #ifdef __cplusplus
 }
 #endif

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "blas/options.hpp"
 #include "lapack/workspace.hpp"
 
 namespace qrv::lapack {
@@ -25,5 +26,27 @@ template <class T>
 std::int64_t gebrd_work(int m, int n);
 template <class T>
 void gebrd(int m, int n, Matrix<T> a, float* d, float* e, T* tauq, T* taup, T* work, int lwork);
+
+// The two factors of a reduction. As stored, Q is that of a QR factorization and P^H that of an LQ factorization.
+enum class BidiagonalFactor : char { q = 'Q', p = 'P' };
+
+constexpr BidiagonalFactor factor_of(char option) {
+    return is_option(option, 'Q') ? BidiagonalFactor::q : BidiagonalFactor::p;
+}
+
+// Columns of Q, or rows of P^H, in the place of their reflectors, m x n; k is the other dimension of the matrix that
+// was reduced. work: lwork elements, min(m, n) at least, orgbr_work for full speed.
+template <class T>
+std::int64_t orgbr_work(BidiagonalFactor factor, int m, int n, int k);
+template <class T>
+void orgbr(BidiagonalFactor factor, int m, int n, int k, Matrix<T> a, const T* tau, T* work, int lwork);
+
+// C := op(Q) C, op(P) C, C op(Q) or C op(P), C of m x n; k as for orgbr. work: lwork elements, n on the left and m on
+// the right at least, ormbr_work for full speed.
+template <class T>
+std::int64_t ormbr_work(BidiagonalFactor factor, Side side, int m, int n);
+template <class T>
+void ormbr(BidiagonalFactor factor, Side side, Op op, int m, int n, int k, Matrix<const T> a, const T* tau, Matrix<T> c,
+           T* work, int lwork);
 
 } // namespace qrv::lapack

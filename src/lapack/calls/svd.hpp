@@ -3,7 +3,9 @@
 
 #include <cstdint>
 
+#include "blas/complex.hpp"
 #include "blas/options.hpp"
+#include "lapack/calls/norms.hpp"
 
 namespace qrv::lapack {
 
@@ -68,5 +70,50 @@ int lasd0(int n, bool longer, float* d, float* e, Matrix<float> u, Matrix<float>
 // and 8*n ints, or 4*n floats.
 int bdsdc(Uplo uplo, int n, float* d, float* e, Matrix<float> u, Matrix<float> vt, float* work, int* iwork);
 int bdsdc_values(Uplo uplo, int n, float* d, float* e, float* work);
+
+// Products of a complex and a real matrix: C := A B, A of m x n and B square, or A square and B of m x n. work: 2*m*n.
+void lacrm(int m, int n, Matrix<const SingleComplex> a, Matrix<const float> b, Matrix<SingleComplex> c, float* work);
+void larcm(int m, int n, Matrix<const float> a, Matrix<const SingleComplex> b, Matrix<SingleComplex> c, float* work);
+// B := A, the named part of an m x n matrix.
+void lacp2(Part part, int m, int n, Matrix<const float> a, Matrix<SingleComplex> b);
+
+// Which vectors of an m x n matrix A = U S V^H: all; the smaller number of m and n; the same, those of the longer side
+// in the place of A; none.
+enum class SvdJob : char { all = 'A', some = 'S', overwrite = 'O', none = 'N' };
+
+constexpr SvdJob svd_job_of(char option) {
+    return is_option(option, 'A')   ? SvdJob::all
+           : is_option(option, 'S') ? SvdJob::some
+           : is_option(option, 'O') ? SvdJob::overwrite
+                                    : SvdJob::none;
+}
+// The rows that the matrices of vectors have at least: 1 if there is none.
+constexpr int rows_of_u(SvdJob job, int m, int n) {
+    const bool any = job == SvdJob::all || job == SvdJob::some || (job == SvdJob::overwrite && m < n);
+    return any && m > 1 ? m : 1;
+}
+constexpr int rows_of_vt(SvdJob job, int m, int n) {
+    const int rows = job == SvdJob::all || (job == SvdJob::overwrite && m >= n) ? n
+                     : job == SvdJob::some                                      ? smaller(m, n)
+                                                                                : 1;
+    return larger(rows, 1);
+}
+
+// Elements of work that are needed, and those for full speed.
+struct SvdWork {
+    std::int64_t least, best;
+};
+template <class T>
+SvdWork gesdd_work(SvdJob job, int m, int n);
+
+// Singular values, descending, and vectors. iwork: 8*k ints, k = min(m, n); rwork, for complex elements: 5*k floats for
+// values alone, else 5*k*k + 5*k. Result: 0, or a failure of divide and conquer.
+template <class T>
+int gesdd(SvdJob job, int m, int n, Matrix<T> a, float* s, Matrix<T> u, Matrix<T> vt, T* work, int lwork, float* rwork,
+          int* iwork);
+
+// A work size as a float that is not below it, by the steps of the routines that tell theirs so; work_size takes the
+// next float.
+float roundup_work(std::int64_t size);
 
 } // namespace qrv::lapack

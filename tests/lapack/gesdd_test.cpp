@@ -1,0 +1,216 @@
+// Singular value decompositions: every path, at the least work and at full speed.
+#include <gtest/gtest.h>
+
+#include "lapack/calls/svd.hpp"
+#include "lapack/kernel/source/svd/gesdd.hpp"
+#include "lapack/lapack.hpp"
+#include "qrv/native.h"
+#include "support/spectrum.hpp"
+#include "support/teams.hpp"
+
+namespace qrv::test {
+namespace {
+
+template <class T>
+struct Svd : testing::Test {};
+TYPED_TEST_SUITE(Svd, Elements);
+
+// The largest sum over a column.
+template <class X>
+double norm_of(int rows, int columns, const X& x) {
+    double largest = 0;
+    for (int j = 0; j < columns; ++j) {
+        double sum = 0;
+        for (int i = 0; i < rows; ++i)
+            sum += std::abs(x(i, j));
+        largest = sum <= largest ? largest : sum;
+    }
+    return largest;
+}
+
+template <class T>
+struct Decomposed {
+    char job;
+    int m, n, k;
+    Operand<T> a, u, vt;
+    std::vector<float> s;
+    int info = -99;
+    bool intact = false;
+
+    // With so many elements of work: 0 for the least, 1 for the best.
+    Decomposed(char option, const Operand<T>& before, bool best)
+        : job(option), m(before.rows()), n(before.columns()), k(std::min(m, n)), a(before),
+          u(stored(m < n) ? m : 0, job == 'A' ? m : k, std::max(m, 1) + 1),
+          vt(stored(m >= n) ? (job == 'A' ? n : k) : 0, n, std::max(n, 1) + 2), s(static_cast<std::size_t>(k)) {
+        const auto sizes = lapack::gesdd_work<T>(lapack::svd_job_of(job), m, n);
+        const int lwork = static_cast<int>(best ? sizes.best : sizes.least);
+        Operand<T> work(lwork, 1, lwork);
+        std::vector<int> iwork(static_cast<std::size_t>(8 * k));
+        if constexpr (isComplex<T>) {
+            GuardedVector<float> rwork(job == 'N' ? 5 * k : 5 * k * k + 7 * k);
+            CGESDD(&job, &m, &n, a.data(), &a.ld(), s.data(), u.data(), &u.ld(), vt.data(), &vt.ld(), work.data(),
+                   &lwork, rwork.data(), iwork.data(), &info);
+            intact = rwork.guards_intact();
+        } else {
+            SGESDD(&job, &m, &n, a.data(), &a.ld(), s.data(), u.data(), &u.ld(), vt.data(), &vt.ld(), work.data(),
+                   &lwork, iwork.data(), &info);
+            intact = true;
+        }
+        intact = intact && work.guards_intact() && a.guards_intact() && u.guards_intact() && vt.guards_intact();
+    }
+    const Operand<T>& left() const { return job == 'O' && m >= n ? a : u; }
+    const Operand<T>& right() const { return job == 'O' && m < n ? a : vt; }
+
+    bool descending() const {
+        for (std::size_t i = 0; i < s.size(); ++i)
+            if (!(s[i] >= 0) || std::signbit(s[i]) || (i > 0 && s[i] > s[i - 1]))
+                return false;
+        return true;
+    }
+    // Residual and departures from orthogonality, in roundings for each row or column.
+    double worst_ratio(const Operand<T>& before) const {
+        const Operand<T>&x = left(), &y = right();
+        const int longest = std::max(m, n), columns = job == 'A' ? m : k, rows = job == 'A' ? n : k;
+        const double size = std::max(norm_of(m, n, [&](int i, int j) { return widen(before(i, j)); }), 1e-300);
+        const double residual = norm_of(m, n, [&](int i, int j) {
+            Wide<T> sum = -widen(before(i, j));
+            for (int l = 0; l < k; ++l)
+                sum += times(widen(x(i, l)) * double{s[std::size_t(l)]}, widen(y(l, j)));
+            return sum;
+        });
+        const double ofLeft = norm_of(columns, columns, [&](int i, int j) {
+            Wide<T> sum = i == j ? -1 : 0;
+            for (int l = 0; l < m; ++l)
+                sum += times(conjugate(widen(x(l, i))), widen(x(l, j)));
+            return sum;
+        });
+        const double ofRight = norm_of(rows, rows, [&](int i, int j) {
+            Wide<T> sum = i == j ? -1 : 0;
+            for (int l = 0; l < n; ++l)
+                sum += times(widen(y(i, l)), conjugate(widen(y(j, l))));
+            return sum;
+        });
+        const double all = residual / size + ofLeft + ofRight;
+        return std::isnan(all) ? all : std::max({residual / size, ofLeft, ofRight}) / (longest * 2 * unitRoundoff);
+    }
+
+private:
+    // S and A have both matrices, O the square one.
+    bool stored(bool square) const { return job == 'A' || job == 'S' || (job == 'O' && square); }
+};
+
+template <class T>
+Operand<T> matrix_of(int m, int n, const std::vector<double>& values, unsigned seed) {
+    std::mt19937 random(seed);
+    const std::vector<double> whole = general_matrix(m, n, values, random);
+    Operand<T> a(m, n, std::max(m, 1) + 3);
+    // Complex ones: with phases for rows and columns, which change no singular value.
+    return a.set([&](int i, int j) {
+        const double x = whole[std::size_t(i) + std::size_t(m) * std::size_t(j)], phase = 0.7 * i - 1.3 * j;
+        int part = 0;
+        return element<T>([&] {
+            return static_cast<float>(!isComplex<T> ? x : part++ == 0 ? x * std::cos(phase) : x * std::sin(phase));
+        });
+    });
+}
+
+template <class T>
+void expect_decomposed(int m, int n, const Spectrum& spectrum, unsigned seed) {
+    const Operand<T> before = matrix_of<T>(m, n, spectrum.values, seed);
+    const double largest = norm_of(m, n, [&](int i, int j) { return widen(before(i, j)); });
+    std::vector<float> first;
+    for (const char job : {'A', 'S', 'O', 'N'})
+        for (const bool best : {false, true}) {
+            const Decomposed<T> d(job, before, best);
+            const auto where = spectrum.name + ' ' + job + ' ' + std::to_string(m) + 'x' + std::to_string(n) +
+                               (best ? " best" : " least");
+            EXPECT_EQ(d.info, 0) << where;
+            EXPECT_TRUE(d.intact && d.descending()) << where;
+            EXPECT_LT(job == 'N' ? 0 : d.worst_ratio(before), 15) << where;
+            if (first.empty())
+                first = d.s;
+            for (std::size_t i = 0; i < first.size(); ++i)
+                EXPECT_NEAR(d.s[i], first[i], 10 * std::max(m, n) * 2 * unitRoundoff * largest) << where << ' ' << i;
+        }
+}
+
+// Tall and wide beyond every ratio that decides on a path, at it, and below; undivided and divided.
+TYPED_TEST(Svd, ResidualOfEveryPath) {
+    using T = TypeParam;
+    unsigned seed = 1;
+    for (const auto& [longer, shorter] : {std::pair{1, 1},
+                                          {4, 1},
+                                          {5, 4},
+                                          {22, 12},
+                                          {21, 12},
+                                          {23, 12},
+                                          {20, 12},
+                                          {19, 12},
+                                          {60, 30},
+                                          {34, 30},
+                                          {50, 30},
+                                          {54, 30},
+                                          {150, 4}})
+        for (const bool tall : {true, false}) {
+            const int m = tall ? longer : shorter, n = tall ? shorter : longer;
+            Spectrum spectrum{"geometric", {}};
+            for (int i = 0; i < shorter; ++i)
+                spectrum.values.push_back(std::pow(0.8, i));
+            expect_decomposed<T>(m, n, spectrum, ++seed);
+        }
+}
+
+TYPED_TEST(Svd, ResidualOfEverySpectrum) {
+    using T = TypeParam;
+    for (const auto& [m, n] : {std::pair{26, 26}, {24, 25}, {27, 27}, {60, 52}})
+        for (const Spectrum& spectrum : spectra(std::min(m, n))) {
+            expect_decomposed<T>(m, n, spectrum, 7);
+            if (m == 26)
+                for (const double factor : {0x1p-100, 0x1p100})
+                    expect_decomposed<T>(m, n, test::times(factor, spectrum), 7);
+        }
+    expect_decomposed<T>(30, 28, {"zero", std::vector<double>(28, 0.0)}, 3);
+}
+
+TYPED_TEST(Svd, OfInfinityAndNaNEnds) {
+    using T = TypeParam;
+    for (const auto& [m, n] : {std::pair{1, 1}, {30, 30}, {80, 30}, {30, 80}})
+        for (const float bad : {nan, infinity})
+            for (const char job : {'A', 'O', 'N'}) {
+                Operand<T> a = matrix_of<T>(m, n, std::vector<double>(std::size_t(std::min(m, n)), 1.0), 5);
+                a(m / 2, n / 2) = scalar<T>(bad);
+                const Decomposed<T> d(job, a, true);
+                EXPECT_TRUE(d.info > 0 || !std::isfinite(d.s[0]) || !d.descending()) << m << 'x' << n << ' ' << job;
+                EXPECT_TRUE(d.intact);
+            }
+}
+
+TEST(Svd, ChoosesItsPathInSinglePrecision) {
+    using lapack::SvdKind, lapack::svd_kind;
+    EXPECT_EQ(svd_kind<float>(22, 12), SvdKind::longest);
+    EXPECT_EQ(svd_kind<float>(12, 22), SvdKind::longest);
+    EXPECT_EQ(svd_kind<float>(21, 12), SvdKind::square);
+    EXPECT_EQ(svd_kind<SingleComplex>(17, 9), SvdKind::longest);
+    EXPECT_EQ(svd_kind<SingleComplex>(16, 9), SvdKind::middle);
+    EXPECT_EQ(svd_kind<SingleComplex>(15, 9), SvdKind::middle);
+    EXPECT_EQ(svd_kind<SingleComplex>(14, 9), SvdKind::square);
+}
+
+TEST(Svd, TellsWorkThatNoFloatHasAsALargerOne) {
+    for (const int n : {0, 1, 1 << 24, (1 << 24) + 1, 33554433, 33554435, 100000001, 2147483647}) {
+        const float told = qrv_lapack_sroundup_work(&n);
+        EXPECT_GE(double{told}, n);
+        EXPECT_LE(double{told}, n * (1 + 0x1p-21));
+    }
+    const int between = 33554433;
+    EXPECT_EQ(qrv_lapack_sroundup_work(&between), 33554440.0F);
+    EXPECT_EQ(lapack::gesdd_work<float>(lapack::SvdJob::overwrite, 40000, 40000).least > 2147483647, true);
+}
+
+TEST(Svd, WorkOfPathsOnATeamRaces) {
+    const ForcedTeam forced(3);
+    expect_decomposed<float>(70, 30, {"equal", std::vector<double>(30, 1.0)}, 9);
+}
+
+} // namespace
+} // namespace qrv::test
