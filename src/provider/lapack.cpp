@@ -161,8 +161,8 @@ void ParallelX86SingleLapack::Ssyevr(char16_t jobz, char16_t range, MatrixTriang
 void ParallelX86SingleLapack::Sgeev(char16_t jobvl, char16_t jobvr, int n, ProviderArray<float> a, int aOffset, int lda,
                                     ProviderArray<float> wr, ProviderArray<float> wi, ProviderArray<float> vl, int ldvl,
                                     ProviderArray<float> vr, int ldvr, int& info) {
-    pending("SGEEV", narrow(jobvl), narrow(jobvr), n, At(a, aOffset), lda, wr, wi, vl, ldvl, vr, ldvr, Queried<float>(),
-            Info(info));
+    call(SGEEV, narrow(jobvl), narrow(jobvr), n, At(a, aOffset), lda, wr, wi, vl, ldvl, vr, ldvr, Queried<float>(),
+         Info(info));
 }
 
 void ParallelX86SingleLapack::Slacpy(MatrixTriangleMode triangleMode, int m, int n, ProviderArray<const float> a,

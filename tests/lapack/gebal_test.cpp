@@ -105,11 +105,10 @@ TEST(Balancing, NormsComeNear) {
     const Balanced b = balance(a, 'B');
     for (int i = b.ilo - 1; i < b.ihi; ++i) {
         double row = 0, column = 0;
-        for (int k = b.ilo - 1; k < b.ihi; ++k)
-            if (k != i) {
-                row += std::abs(double{b.a(i, k)});
-                column += std::abs(double{b.a(k, i)});
-            }
+        for (int k = b.ilo - 1; k < b.ihi; ++k) {
+            row = std::hypot(row, double{b.a(i, k)});
+            column = std::hypot(column, double{b.a(k, i)});
+        }
         for (const double f : {2.0, 0.5})
             EXPECT_GE(column * f + row / f, 0.94 * (column + row)) << i << " by " << f;
     }

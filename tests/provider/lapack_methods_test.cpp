@@ -37,7 +37,7 @@ TEST_F(LapackMethods, Real) {
     methods.check("SPBCON", &Class::Spbcon, SPBCON, {6, 2, at, 8}, {8, 9});
     methods.check("SGESDD", &Class::Sgesdd, SGESDD, {9, 7, at, 11, 10, 8}, {11, 12, 13});
     methods.pending("SSYEVR", &Class::Ssyevr, {6, at, 8, 1, 2, at, at, 7});
-    methods.pending("SGEEV", &Class::Sgeev, {6, at, 8, 7, 9});
+    methods.check("SGEEV", &Class::Sgeev, SGEEV, {6, at, 8, 7, 9}, {12, 13});
     methods.check("SLACPY", &Class::Slacpy, SLACPY, {26, 7, at, 30, at, 28});
 }
 

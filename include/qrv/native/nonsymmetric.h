@@ -11,6 +11,23 @@
 extern "C" {
 #endif
 
+/* Eigenvalues and, if they are wanted, eigenvectors of a matrix A of order n: A*v = w*v, u^H*A = w*u^H.
+ *
+ * jobvl, jobvr      'V': the left vectors u, the right vectors v are computed; 'N': they are not
+ * a, lda            A, overwritten; lda >= max(1, n)
+ * wr, wi            n floats each: real and imaginary parts; of a pair of conjugates the one with wi > 0 comes first
+ * vl, ldvl          n x n, the left vectors in the order of the eigenvalues: column j, or for a pair the real part in
+ * vr, ldvr          column j and the imaginary part in j + 1, the second vector being its conjugate. Each has length 1,
+ *                   and a complex one a real element of the largest size. Right ones in vr. What is not computed is not
+ *                   touched; ldvl, ldvr >= n if it is, else >= 1
+ * work              lwork floats; work[0] is set to the lwork for full speed, also if lwork is too small
+ * lwork             at least 4*n with vectors, 3*n without, and 1; -1 asks for the length only
+ * info              i > 0: the iteration did not converge; there are no vectors, and of wr and wi only what is behind
+ *                   element i is good, besides some at the begin
+ * Reported: 1, 2, 3, 5, 9, 11, 13. */
+QRV_API void SGEEV(const char* jobvl, const char* jobvr, const int* n, float* a, const int* lda, float* wr, float* wi,
+                   float* vl, const int* ldvl, float* vr, const int* ldvr, float* work, const int* lwork, int* info);
+
 /* Balances a matrix A of order n: a permutation that isolates eigenvalues, and a diagonal scaling that makes the norms
  * of rows and columns nearly equal. The eigenvalues stay the same, those of the scaled matrix are often more accurate.
  *
@@ -23,8 +40,9 @@ extern "C" {
  * A NaN ends the scaling, with *info = 0.
  * Reported: 1, 2, 4.
  *
- * Source: B. Parlett, C. Reinsch, Balancing a matrix for calculation of eigenvalues and eigenvectors, Numer. Math. 13
- * (1969). */
+ * Sources: B. Parlett, C. Reinsch, Balancing a matrix for calculation of eigenvalues and eigenvectors, Numer. Math. 13
+ * (1969); R. James, J. Langou, B. Lowery, On matrix balancing and eigenvector computation (2014), for the norms, which
+ * are Euclidean and have the diagonal in them. */
 QRV_API void SGEBAL(const char* job, const int* n, float* a, const int* lda, int* ilo, int* ihi, float* scale,
                     int* info);
 
@@ -71,6 +89,121 @@ QRV_API void SLALN2(const int* ltrans, const int* na, const int* nw, const float
 QRV_API void SLASY2(const int* ltranl, const int* ltranr, const int* isgn, const int* n1, const int* n2,
                     const float* tl, const int* ldtl, const float* tr, const int* ldtr, const float* b, const int* ldb,
                     float* scale, float* x, const int* ldx, float* xnorm, int* info);
+
+/* Hessenberg form H = Q'*A*Q of a matrix A of order n that is upper triangular outside of rows and columns ilo to ihi.
+ * SGEHD2 works column by column, with work of n floats and without lwork.
+ *
+ * a, lda  A, overwritten by H and, below its subdiagonal, by the reflectors that make Q: column j < ihi (from 1) has
+ *         those elements of v(j) that are behind v(j)[j + 1] = 1; lda >= max(1, n)
+ * tau     n - 1 floats, of which those of columns ilo to ihi - 1 are the reflectors' factors, the others 0
+ * work    lwork floats; work[0] is set to the lwork for full speed, also when a later argument is bad
+ * lwork   at least max(1, n); -1 asks for the length only
+ * Reported: 1, 2, 3, 5, 8.
+ *
+ * Source: G. Quintana-Orti, R. van de Geijn, Improving the performance of reduction to Hessenberg form, ACM TOMS 32
+ * (2006). */
+QRV_API void SGEHRD(const int* n, const int* ilo, const int* ihi, float* a, const int* lda, float* tau, float* work,
+                    const int* lwork, int* info);
+QRV_API void SGEHD2(const int* n, const int* ilo, const int* ihi, float* a, const int* lda, float* tau, float* work,
+                    int* info);
+
+/* A panel of SGEHRD: reduces the first nb columns of a matrix of n rows and n - k + 1 columns below row k by a product
+ * Q = I - V*T*V' of nb reflectors, and tells T and Y = A*V*T.
+ *
+ * a, lda  the matrix; of its first nb columns, what is below row k is overwritten by their new elements and V
+ * tau     nb floats
+ * t, ldt  nb x nb, upper triangular
+ * y, ldy  n x nb */
+QRV_API void SLAHR2(const int* n, const int* k, const int* nb, float* a, const int* lda, float* tau, float* t,
+                    const int* ldt, float* y, const int* ldy);
+
+/* The matrix Q of SGEHRD, of order n.
+ *
+ * a, lda, tau  of SGEHRD; a is overwritten by Q
+ * work         lwork floats; work[0] is set to the lwork for full speed
+ * lwork        at least max(1, ihi - ilo); -1 asks for the length only
+ * Reported: 1, 2, 3, 5, 8. */
+QRV_API void SORGHR(const int* n, const int* ilo, const int* ihi, float* a, const int* lda, const float* tau,
+                    float* work, const int* lwork, int* info);
+
+/* C := Q*C, Q'*C, C*Q or C*Q' with the matrix Q of SGEHRD; C is m x n.
+ *
+ * side          'L': Q, of order m, stands on the left; 'R': on the right, of order n
+ * trans         'N': Q; 'T': Q'
+ * a, lda, tau   of SGEHRD
+ * c, ldc        C, overwritten; ldc >= max(1, m)
+ * work          lwork floats; work[0] is set to the lwork for full speed
+ * lwork         at least max(1, n) for side 'L', max(1, m) for 'R'; -1 asks for the length only
+ * Reported: 1 to 6, 8, 11, 13. */
+QRV_API void SORMHR(const char* side, const char* trans, const int* m, const int* n, const int* ilo, const int* ihi,
+                    const float* a, const int* lda, const float* tau, float* c, const int* ldc, float* work,
+                    const int* lwork, int* info);
+
+/* Eigenvalues of a Hessenberg matrix H of order n that is upper triangular outside of rows and columns ilo to ihi, and
+ * its Schur form T = Z'*H*Z: upper triangular but for blocks of order 2 in standard form (see SLANV2), one for each
+ * pair of complex eigenvalues.
+ *
+ * job      'E': eigenvalues only, H is overwritten by something else; 'S': H is overwritten by T
+ * compz    'N': no Z; 'I': Z is set to the transformation; 'V': Z, which makes H of another matrix, is multiplied by it
+ * wr, wi   n floats each: real and imaginary parts; of a pair, the one with wi > 0 comes first
+ * z, ldz   n x n, not touched for compz 'N'; ldz >= max(1, n), or 1 for 'N'
+ * work     lwork floats; work[0] is set to the lwork for full speed
+ * lwork    at least max(1, n); -1 asks for the length only
+ * info     i > 0: no convergence; wr and wi are good before row ilo and behind row i, and H and Z hold a similarity
+ * that is not finished Reported: 1 to 5, 7, 11, 13.
+ *
+ * Sources: G. Golub, C. Van Loan, Matrix Computations, 7.5; K. Braman, R. Byers, R. Mathias, The multishift QR
+ * algorithm I and II, SIAM J. Matrix Anal. Appl. 23 (2002). */
+QRV_API void SHSEQR(const char* job, const char* compz, const int* n, const int* ilo, const int* ihi, float* h,
+                    const int* ldh, float* wr, float* wi, float* z, const int* ldz, float* work, const int* lwork,
+                    int* info);
+
+/* The same for small matrices, by the double-shift iteration, on wantt 0 or 1 (T) and wantz 0 or 1 (rows iloz to ihiz
+ * of Z are multiplied). Nothing is reported. info: as for SHSEQR. */
+QRV_API void SLAHQR(const int* wantt, const int* wantz, const int* n, const int* ilo, const int* ihi, float* h,
+                    const int* ldh, float* wr, float* wi, const int* iloz, const int* ihiz, float* z, const int* ldz,
+                    int* info);
+
+/* Eigenvectors of a Schur form T of order n, or of A = Q*T*Q'.
+ *
+ * side      'R': right, 'L': left, 'B': both
+ * howmny    'A': all of T; 'B': all of A, whose Q is in vl and vr on entry; 'S': those of T that are selected
+ * select    n ints, for 'S' only: not 0 selects; of a pair either one does, and the first is 1 then, the second 0
+ * t, ldt    T with blocks in standard form (see SLANV2); ldt >= max(1, n)
+ * vl, ldvl  the vectors one behind the other as for SGEEV; each has a largest element of size 1. The array that is not
+ * vr, ldvr  asked for is not touched; its leading dimension is at least 1, that of the other n
+ * mm, m     columns of vl and vr; set to the number of those that are used, n but for 'S', which mm must not be below
+ * work      3*n floats
+ * Reported: 1, 2, 4, 6, 8, 10, 11.
+ *
+ * Source: G. Golub, C. Van Loan, Matrix Computations, 7.6.4. */
+QRV_API void STREVC(const char* side, const char* howmny, int* select, const int* n, const float* t, const int* ldt,
+                    float* vl, const int* ldvl, float* vr, const int* ldvr, const int* mm, int* m, float* work,
+                    int* info);
+
+/* Moves a block of a Schur form T = Q'*A*Q to another place by orthogonal transformations.
+ *
+ * compq       'V': Q is multiplied by them; 'N': it is not touched
+ * t, ldt      T, overwritten; ldt >= max(1, n)
+ * q, ldq      Q; ldq >= n for 'V', else >= 1
+ * ifst, ilst  a row of the block, a row of the place (from 1); become those of the first rows of the blocks
+ * work        not used
+ * info        1: two blocks have nearly the same eigenvalues and were not exchanged; the block is at ilst then
+ * Reported: 1, 2, 4, 6, 7, 8.
+ *
+ * Source: Z. Bai, J. Demmel, On swapping diagonal blocks in real Schur form, Linear Algebra Appl. 186 (1993). */
+QRV_API void STREXC(const char* compq, const int* n, float* t, const int* ldt, float* q, const int* ldq, int* ifst,
+                    int* ilst, float* work, int* info);
+
+/* Exchanges the block of order n1 at row j1 (from 1) with the one of order n2 behind it. wantq: not 0 updates Q. work
+ * is not used. info: 1: the two have nearly the same eigenvalues, nothing is done. */
+QRV_API void SLAEXC(const int* wantq, const int* n, float* t, const int* ldt, float* q, const int* ldq, const int* j1,
+                    const int* n1, const int* n2, float* work, int* info);
+
+/* C := H*C (side 'L') or C*H ('R') for the reflector H = I - tau*v*v' of whole vectors v; C is m x n. work: n or m
+ * floats if H has an order above 10; else not touched. */
+QRV_API void SLARFX(const char* side, const int* m, const int* n, const float* v, const float* tau, float* c,
+                    const int* ldc, float* work);
 
 #ifdef __cplusplus
 }

@@ -1,8 +1,10 @@
 // SGEBAL: isolates eigenvalues by permutation, and makes the norms of the other rows and columns nearly equal.
 //
-// Source: B. Parlett, C. Reinsch, Balancing a matrix for calculation of eigenvalues and eigenvectors, Numer. Math. 13
-// (1969). Rows and columns are told by sums of magnitudes without the diagonal, and are scaled by powers of two only,
-// so that nothing is rounded. A NaN ends the scaling.
+// Sources: B. Parlett, C. Reinsch, Balancing a matrix for calculation of eigenvalues and eigenvectors, Numer. Math. 13
+// (1969); R. James, J. Langou, B. Lowery, On matrix balancing and eigenvector computation, arXiv:1401.5766 (2014): with
+// the Euclidean norms of whole rows and columns. By sums beside the diagonal a matrix that is all but triangular is
+// scaled until its eigenvectors are lost. Factors are powers of two, so that nothing is rounded. A NaN ends the
+// scaling.
 #include <algorithm>
 #include <cmath>
 
@@ -65,18 +67,15 @@ constexpr float step = 2, enough = 0.95F; // the sum of both norms must fall bel
 constexpr float leastScale = machine::safeMinimum / machine::precision, largestScale = 1 / leastScale;
 constexpr float lower = leastScale * step, upper = 1 / lower;
 
-// Sums of magnitudes beside the diagonal, and largest magnitudes, of a column and the row with the same number.
+// Euclidean norms, and largest magnitudes, of a column and the row with the same number.
 struct Norms {
     float column, row;
     float columnMax, rowMax;
 };
 
 Norms norms_of(int i, ActiveRange range, int n, Matrix<const float> a) {
-    const auto sum = [&](Vector<const float> first, Vector<const float> second) {
-        return kernel::asum(i - range.begin, first) + kernel::asum(range.end - i - 1, second);
-    };
     const auto largest = [](int count, Vector<const float> x) { return std::fabs(x[kernel::iamax(count, x) - 1]); };
-    return {sum(a.column(range.begin, i), a.column(i + 1, i)), sum(a.row(i, range.begin), a.row(i, i + 1)),
+    return {kernel::nrm2(range.size(), a.column(range.begin, i)), kernel::nrm2(range.size(), a.row(i, range.begin)),
             largest(range.end, a.column(0, i)), largest(n - range.begin, a.row(i, range.begin))};
 }
 

@@ -40,16 +40,14 @@ bool same_sign(double x, double y) {
 // Eigenvalues that are real and well apart: the block becomes a triangle. False if they are not.
 bool separate(Block& x) {
     const double p = 0.5 * (x.a - x.d);
-    const double larger = std::fmax(std::fabs(x.b), std::fabs(x.c));
-    const double smaller = std::copysign(std::fmin(std::fabs(x.b), std::fabs(x.c)), same_sign(x.b, x.c) ? 1.0 : -1.0);
-    const double scale = std::fmax(std::fabs(p), larger);
-    const double discriminant = p / scale * p + larger / scale * smaller;
+    const double scale = std::fmax(std::fabs(p), std::fmax(std::fabs(x.b), std::fabs(x.c)));
+    const double product = x.b * x.c, discriminant = (p * p + product) / scale;
     if (!(discriminant >= 4 * double{machine::precision}))
         return false;
     const double z = p + std::copysign(std::sqrt(scale) * std::sqrt(discriminant), p);
     const double tau = length(x.c, z);
     x.a = x.d + z;
-    x.d -= larger / z * smaller;
+    x.d -= product / z;
     x.b -= x.c;
     x.cs = z / tau, x.sn = x.c / tau;
     x.c = 0;

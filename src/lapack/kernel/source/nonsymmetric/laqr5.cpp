@@ -1,0 +1,253 @@
+// SLAQR5: a sweep of small bulges down a Hessenberg matrix, several pairs of shifts at a time; SLAQR1: the vector with
+// which a pair enters.
+//
+// A chain of bulges stands 3 rows apart. It moves by 3 bulges - 2 columns at a time, through a window of 6 bulges - 3
+// rows in which its reflectors are multiplied into U; what of H and Z lies outside the window then takes one product
+// with U. Without accumulation the reflectors go over all of H and Z at once.
+//
+//   for each place of the chain
+//     for each column that it moves by
+//       make the reflectors         each bulge's next one, or the first one of a pair that enters
+//       apply them                  from the left and the right, within the window
+//       watch                       a subdiagonal element behind a bulge that has become negligible is set to zero
+//       complete the bulges         the row that each has grown by
+//     multiply by U                 the rest of H, and Z
+//
+// The blocks of U that are zero are multiplied like the others: one large product is faster than several small ones.
+//
+// Source: K. Braman, R. Byers, R. Mathias, The multishift QR algorithm I, SIAM J. Matrix Anal. Appl. 23 (2002).
+#include "lapack/calls/norms.hpp"
+#include "lapack/kernel/source/nonsymmetric/qr_iteration.hpp"
+#include "lapack/kernel/source/nonsymmetric/reflector3.hpp"
+
+namespace qrv::lapack {
+
+void laqr1(int n, Matrix<const float> h, const ShiftPair& shifts, float* v) {
+    const auto [r1, i1] = shifts.first;
+    const auto [r2, i2] = shifts.second;
+    const float below3 = n == 3 ? std::fabs(h(2, 0)) : 0;
+    const float s = std::fabs(h(0, 0) - r2) + std::fabs(i2) + std::fabs(h(1, 0)) + below3;
+    if (s == 0) {
+        std::fill(v, v + n, 0.0F);
+        return;
+    }
+    const float h21 = h(1, 0) / s;
+    v[0] = (h(0, 0) - r1) * ((h(0, 0) - r2) / s) - i1 * (i2 / s) + h(0, 1) * h21;
+    v[1] = h21 * (h(0, 0) + h(1, 1) - r1 - r2);
+    if (n == 3) {
+        const float h31 = h(2, 0) / s;
+        v[0] += h(0, 2) * h31;
+        v[1] += h(1, 2) * h31;
+        v[2] = h31 * (h(0, 0) + h(2, 2) - r1 - r2) + h21 * h(2, 1);
+    }
+}
+
+namespace {
+
+constexpr float ulp = machine::precision;
+
+// Conjugates come to lie side by side, from an even place on; real shifts keep their order.
+void pair_shifts(int ns, float* sr, float* si) {
+    for (int i = 0; i + 2 < ns; i += 2)
+        if (si[i] != -si[i + 1]) {
+            std::rotate(sr + i, sr + i + 1, sr + i + 3);
+            std::rotate(si + i, si + i + 1, si + i + 3);
+        }
+}
+
+class Sweep {
+public:
+    Sweep(const SchurProblem& problem, int ns, const float* sr, const float* si, const SweepWork& work)
+        : p_(problem), h_(problem.h), w_(work), sr_(sr), si_(si), bulges_(ns / 2), order_(3 * ns - 3),
+          top_(problem.range.begin), bottom_(problem.range.end - 1), smallest_(negligible_size(problem.n)) {}
+
+    void run() {
+        if (bottom_ - top_ >= 2)
+            h_(top_ + 2, top_) = 0; // a bulge may enter as soon as its column is clear
+        for (window_ = 3 * (1 - bulges_) + top_; window_ < bottom_; window_ += 3 * bulges_ - 2) {
+            if (w_.accumulates)
+                laset<float>(Part::whole, order_, order_, 0, 1, w_.u);
+            const int lastColumn = std::min(window_ + 3 * bulges_ - 3, bottom_ - 1);
+            for (int column = window_; column <= lastColumn; ++column)
+                advance(column);
+            if (w_.accumulates)
+                multiply_rest();
+        }
+    }
+
+private:
+    // Bulges [begin, end) of three rows are inside; the one after them has two, at the last rows.
+    struct Chain {
+        int column, begin, end;
+        bool short2;
+        int row(int bulge) const { return column + 3 * bulge; } // its first; it reduces the column before
+    };
+
+    void advance(int column) {
+        Chain c{column, std::max(0, (top_ - column + 2) / 3), std::min(bulges_, (bottom_ + 1 - column) / 3), false};
+        c.short2 = c.end < bulges_ && c.row(c.end) == bottom_ - 1;
+        make_reflectors(c);
+        apply_left(c);
+        apply_right(c);
+        watch(c);
+        complete(c);
+    }
+
+    ShiftPair shifts(int bulge) const {
+        const int i = 2 * bulge;
+        return {{sr_[i], si_[i]}, {sr_[i + 1], si_[i + 1]}};
+    }
+    Reflector3 reflector(int bulge) const { return {w_.v(0, bulge), w_.v(1, bulge), w_.v(2, bulge), 0}; }
+    void set_reflector(int bulge, const Reflector3& h) const {
+        w_.v(0, bulge) = h.tau, w_.v(1, bulge) = h.v2, w_.v(2, bulge) = h.v3;
+    }
+    Reflector3 entering(int order, int row, int bulge) const {
+        float v[3] = {};
+        laqr1(order, h_.block(row, row), shifts(bulge), v);
+        return reflector3(v[0], v[1], v[2]);
+    }
+
+    void make_reflectors(const Chain& c) const {
+        for (int bulge = c.begin; bulge < c.end; ++bulge) {
+            const int r = c.row(bulge);
+            set_reflector(bulge, r == top_ ? entering(3, r, bulge) : next(r, bulge));
+        }
+        if (c.short2) {
+            const int r = c.row(c.end);
+            if (r == top_) {
+                set_reflector(c.end, entering(2, r, c.end));
+            } else {
+                const Reflector3 h = reflector3(h_(r, r - 1), h_(r + 1, r - 1));
+                h_(r, r - 1) = h.beta, h_(r + 1, r - 1) = 0;
+                set_reflector(c.end, h);
+            }
+        }
+    }
+    // Of a bulge under way. One that has collapsed, as its last row is zero, is begun anew if what that throws away is
+    // negligible.
+    Reflector3 next(int r, int bulge) const {
+        float* const x = &h_(r, r - 1);
+        const bool collapsed = x[2] == 0 && h_(r + 2, r) == 0 && h_(r + 2, r + 1) != 0;
+        if (collapsed) {
+            const Reflector3 h = entering(3, r, bulge);
+            const float moved = h.tau * (x[0] + h.v2 * x[1]);
+            const float thrown = std::fabs(x[1] - moved * h.v2) + std::fabs(moved * h.v3);
+            const float size = std::fabs(h_(r - 1, r - 1)) + std::fabs(h_(r, r)) + std::fabs(h_(r + 1, r + 1));
+            if (!(thrown > ulp * size)) {
+                x[0] -= moved, x[1] = 0, x[2] = 0;
+                return h;
+            }
+        }
+        const Reflector3 h = reflector3(x[0], x[1], x[2]);
+        x[0] = h.beta, x[1] = 0, x[2] = 0;
+        return h;
+    }
+
+    int end_column() const { return p_.wantT ? p_.n : bottom_ + 1; }
+    int first_row() const { return p_.wantT ? 0 : top_; }
+    // Columns behind those, and rows before those, which the window takes with it.
+    int window_end() const { return std::min(window_ + order_, bottom_ + 1); }
+    int window_first_row() const { return std::max(top_, window_ - 1); }
+    int window_clear() const { return std::max(0, top_ - window_); } // rows and columns of U that stay those of I
+
+    // Bulges have rows of their own, so a column takes all of them at once.
+    void apply_left(const Chain& c) const {
+        const int end = w_.accumulates ? window_end() : end_column();
+        for (int j = std::max(top_, c.row(c.begin)); j < end; ++j)
+            for (int bulge = c.begin; bulge < c.end && c.row(bulge) <= j; ++bulge)
+                reflect_rows<3>(reflector(bulge), c.row(bulge), j, j + 1, h_);
+        if (c.short2)
+            reflect_rows<2>(reflector(c.end), c.row(c.end), c.row(c.end), end, h_);
+    }
+    void apply_right(const Chain& c) const {
+        for (int bulge = c.begin; bulge < c.end; ++bulge)
+            apply_right<3>(c.row(bulge), reflector(bulge));
+        if (c.short2)
+            apply_right<2>(c.row(c.end), reflector(c.end));
+    }
+    template <int order>
+    void apply_right(int r, const Reflector3& h) const {
+        if (h.tau == 0)
+            return;
+        const int begin = w_.accumulates ? window_first_row() : first_row();
+        reflect_columns<order>(h, r, begin, std::min(bottom_ + 1, r + 3), h_);
+        if (w_.accumulates)
+            reflect_columns<order>(h, r - window_, window_clear(), order_, w_.u);
+        else if (p_.wantZ)
+            reflect_columns<order>(h, r, p_.zRows.begin, p_.zRows.end, p_.z);
+    }
+
+    void watch(const Chain& c) const {
+        const int end = c.end + (c.short2 ? 1 : 0) + (c.column == bottom_ - 1 ? 1 : 0);
+        for (int bulge = c.begin; bulge < end; ++bulge) {
+            const int k = std::min(bottom_, c.row(bulge));
+            if (k > top_ && h_(k, k - 1) != 0 && is_negligible(k))
+                h_(k, k - 1) = 0;
+        }
+    }
+    bool is_negligible(int k) const {
+        float size = std::fabs(h_(k - 1, k - 1)) + std::fabs(h_(k, k));
+        if (size == 0) { // what else the bulges leave near by
+            for (int j = std::max(top_, k - 4); j < k - 1; ++j)
+                size += std::fabs(h_(k - 1, j));
+            for (int i = k + 1; i <= std::min(bottom_, k + 3); ++i)
+                size += std::fabs(h_(i, k));
+        }
+        if (!(std::fabs(h_(k, k - 1)) <= std::max(smallest_, ulp * size)))
+            return false;
+        const DeflationTest test(k, h_);
+        return test.allowed == 0 || test.passes(smallest_);
+    }
+
+    void complete(const Chain& c) const {
+        const int end = std::min(bulges_, (bottom_ - c.column) / 3);
+        for (int bulge = c.begin; bulge < end; ++bulge) {
+            const auto [tau, v2, v3, unused] = reflector(bulge);
+            float* const at = &h_(c.row(bulge) + 3, c.row(bulge));
+            float &x = at[0], &y = at[h_.ld], &z = at[2 * h_.ld];
+            const float moved = tau * v3 * z;
+            x = -moved, y = -moved * v2, z -= moved * v3;
+        }
+    }
+
+    void multiply_rest() const {
+        const int skipped = window_clear(), at = window_ + skipped, order = window_end() - at;
+        const Matrix<float> u = w_.u.block(skipped, skipped);
+        for (int j = window_end(), count; j < end_column(); j += count) {
+            count = std::min(w_.columns, end_column() - j);
+            const Matrix<float> rows = h_.block(at, j);
+            blas::gemm(Op::transpose, Op::none, order, count, order, 1, u, rows, 0, w_.wh);
+            lacpy<float>(Part::whole, order, count, w_.wh, rows);
+        }
+        multiply_columns(first_row(), window_first_row(), h_.block(0, at), order, u);
+        if (p_.wantZ)
+            multiply_columns(p_.zRows.begin, p_.zRows.end, p_.z.block(0, at), order, u);
+    }
+    void multiply_columns(int begin, int end, Matrix<float> a, int order, Matrix<float> u) const {
+        for (int i = begin, count; i < end; i += count) {
+            count = std::min(w_.rows, end - i);
+            const Matrix<float> columns = a.block(i, 0);
+            blas::gemm(Op::none, Op::none, count, order, order, 1, columns, u, 0, w_.wv);
+            lacpy<float>(Part::whole, count, order, w_.wv, columns);
+        }
+    }
+
+    const SchurProblem& p_;
+    const Matrix<float> h_;
+    const SweepWork& w_;
+    const float *sr_, *si_;
+    const int bulges_, order_, top_, bottom_;
+    const float smallest_;
+    int window_ = 0; // its first row; before the matrix while the chain enters
+};
+
+} // namespace
+
+void laqr5(const SchurProblem& p, int ns, float* sr, float* si, const SweepWork& work) {
+    if (ns < 2 || p.range.size() < 2)
+        return;
+    pair_shifts(ns, sr, si);
+    Sweep(p, ns - ns % 2, sr, si, work).run();
+}
+
+} // namespace qrv::lapack

@@ -1,0 +1,276 @@
+// Eigenvectors: of Schur forms and of general matrices.
+#include <gtest/gtest.h>
+
+#include "qrv/native.h"
+#include "support/unsymmetric.hpp"
+
+namespace qrv::test {
+namespace {
+
+using std::abs;
+using Complex = std::complex<double>;
+
+struct Eigen {
+    GuardedVector<float> wr, wi;
+    Operand<float> left, right;
+    int info = -1;
+
+    explicit Eigen(int n) : wr(n), wi(n), left(n, n, n + 1), right(n, n, n + 2) {}
+};
+
+// Element i of the vector that begins in column j.
+Complex element_of(const Operand<float>& v, const GuardedVector<float>& wi, int i, int j) {
+    return {v(i, j), wi[j] > 0 ? v(i, j + 1) : 0.0F};
+}
+
+// The largest |A x - w x| / (n |A| |x| ulp), or with A' and the conjugate of w.
+double residual(const WideMatrix<float>& a, bool left, const Eigen& e) {
+    const int n = a.rows;
+    const Operand<float>& v = left ? e.left : e.right;
+    const WideMatrix<float> op(n, n, [&](int i, int j) { return a.values[left ? a.at(j, i) : a.at(i, j)]; });
+    const WideMatrix<float> image = wide_product(op, WideMatrix<float>(v)), zero(n, n, [](int, int) { return 0.0; });
+    const double size = column_sum_of_difference(op, zero);
+    double worst = 0;
+    for (int j = 0; j<n; j += e.wi[j]> 0 ? 2 : 1) {
+        const Complex w(e.wr[j], left ? -double{e.wi[j]} : e.wi[j]);
+        double error = 0, length = 0;
+        for (int i = 0; i < n; ++i) {
+            const Complex x = element_of(v, e.wi, i, j);
+            const Complex y(image.values[image.at(i, j)], e.wi[j] > 0 ? image.values[image.at(i, j + 1)] : 0);
+            error += abs(y - w * x);
+            length += abs(x);
+        }
+        if (!(length > 0))
+            return nan;
+        worst = worse(worst, error == 0 ? 0 : error / (n * size * length * unitInLastPlace));
+    }
+    return worst;
+}
+
+// Vectors have length 1; of complex ones the largest element is real.
+void expect_normalized(const Operand<float>& v, const GuardedVector<float>& wi, const std::string& what) {
+    const int n = v.rows();
+    for (int j = 0; j<n; j += wi[j]> 0 ? 2 : 1) {
+        double squares = 0, largest = 0, largestReal = 0;
+        for (int i = 0; i < n; ++i) {
+            const Complex x = element_of(v, wi, i, j);
+            squares += std::norm(x);
+            largest = std::max(largest, abs(x));
+            if (x.imag() == 0)
+                largestReal = std::max(largestReal, abs(x));
+        }
+        EXPECT_LE(abs(std::sqrt(squares) - 1), 10 * unitInLastPlace) << what << " column " << j;
+        EXPECT_GE(largestReal, (1 - 10 * unitInLastPlace) * largest) << what << " column " << j;
+    }
+}
+
+constexpr int fullSpeed = -1, least = 1;
+
+Eigen eigen_of(const Operand<float>& a, char jobvl, char jobvr, int workLength = fullSpeed) {
+    const int n = a.rows(), query = -1;
+    Eigen e(n);
+    Operand<float> overwritten = a;
+    const auto call = [&](float* work, const int* lwork) {
+        SGEEV(&jobvl, &jobvr, &n, overwritten.data(), &overwritten.ld(), e.wr.data(), e.wi.data(), e.left.data(),
+              &e.left.ld(), e.right.data(), &e.right.ld(), work, lwork, &e.info);
+    };
+    int lwork = std::max(1, n * (jobvl == 'V' || jobvr == 'V' ? 4 : 3));
+    if (workLength == fullSpeed) {
+        float answer = 0;
+        call(&answer, &query);
+        EXPECT_GE(answer, lwork);
+        lwork = static_cast<int>(answer);
+    }
+    GuardedVector<float> work(lwork);
+    call(work.data(), &lwork);
+    EXPECT_TRUE(overwritten.guards_intact() && e.wr.guards_intact() && e.wi.guards_intact() && e.left.guards_intact() &&
+                e.right.guards_intact() && work.guards_intact());
+    return e;
+}
+
+bool same_values(const Eigen& x, const Eigen& y) {
+    return x.wr.same_bits(y.wr) && x.wi.same_bits(y.wi);
+}
+
+// `left` as an allowance: vectors of badly scaled matrices are good for the balanced matrix only.
+void expect_eigen(const Operand<float>& a, const std::string& what) {
+    const WideMatrix<float> wide(a);
+    const Eigen both = eigen_of(a, 'V', 'V');
+    ASSERT_EQ(both.info, 0) << what;
+    EXPECT_LE(residual(wide, false, both), 5) << what;
+    EXPECT_LE(residual(wide, true, both), 5) << what;
+    expect_normalized(both.right, both.wi, what + " right");
+    expect_normalized(both.left, both.wi, what + " left");
+    const Eigen left = eigen_of(a, 'V', 'N'), right = eigen_of(a, 'N', 'V');
+    EXPECT_TRUE(same_values(left, both) && left.left.same_bits(both.left)) << what;
+    EXPECT_TRUE(same_values(right, both) && right.right.same_bits(both.right)) << what;
+    const Eigen short_ = eigen_of(a, 'V', 'V', least);
+    EXPECT_LE(residual(wide, false, short_), 5) << what << " least work";
+    EXPECT_EQ(eigen_of(a, 'N', 'N').info, 0) << what;
+    EXPECT_EQ(eigen_of(a, 'N', 'N', least).info, 0) << what;
+}
+
+TEST(Geev, Residual) {
+    for (const int n : {0, 1, 2, 3, 10, 11, 12, 49, 50, 65, 76, 150})
+        for (const auto& [name, a] : unsymmetric_matrices(n))
+            if (name != "badly scaled" || n <= 12)
+                expect_eigen(a, name + ' ' + std::to_string(n));
+}
+
+// Sizes at which the matrix has to be scaled, and vectors on the way to overflow.
+TEST(Geev, ResidualOfHugeAndTinyMatrices) {
+    for (const int n : {5, 30, 80})
+        for (const float size : {0x1p-126F, 0x1p-80F, 0x1p90F, 0x1p122F}) {
+            Operand<float> a = unsymmetric_matrices(n)[0].a;
+            a.each_stored([&](int i, int j) { a(i, j) *= size; });
+            const Eigen e = eigen_of(a, 'V', 'V');
+            EXPECT_EQ(e.info, 0);
+            if (size > 1e-30F) { // the results of smaller ones are denormal
+                EXPECT_LE(residual(WideMatrix<float>(a), false, e), 5) << n << ' ' << size;
+                EXPECT_LE(residual(WideMatrix<float>(a), true, e), 5) << n << ' ' << size;
+            }
+            expect_normalized(e.right, e.wi, "right");
+            expect_normalized(e.left, e.wi, "left");
+        }
+}
+
+TEST(Geev, SolutionsThatAreKnown) {
+    Operand<float> a(3, 3, 3);
+    const float rows[3][3] = {{0, 0, 6}, {1, 0, -11}, {0, 1, 6}}; // (x - 1) (x - 2) (x - 3)
+    a.set([&](int i, int j) { return rows[i][j]; });
+    const Eigen e = eigen_of(a, 'N', 'N');
+    std::vector<float> values{e.wr[0], e.wr[1], e.wr[2]};
+    std::sort(values.begin(), values.end());
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_NEAR(values[std::size_t(i)], 1 + i, 2e-5);
+        EXPECT_EQ(e.wi[i], 0);
+    }
+}
+
+TEST(Geev, OfNaNAndInfinityEnds) {
+    for (const int n : {1, 2, 20, 130})
+        for (const float x : {nan, infinity})
+            for (const char job : {'N', 'V'}) {
+                Operand<float> a = unsymmetric_matrices(n)[0].a;
+                a(n / 2, n / 3) = x;
+                const Eigen e = eigen_of(a, job, job);
+                EXPECT_TRUE(e.info >= 0 && e.info <= n) << n;
+                bool finite = e.info == 0;
+                for (int i = 0; i < n; ++i)
+                    finite = finite && std::isfinite(e.wr[i]);
+                EXPECT_FALSE(finite) << n << ' ' << x;
+            }
+}
+
+// ---- Vectors of Schur forms ---------------------------------------------------------------------------------------
+
+// Triangles with what makes the substitution scale its vectors, and the Schur forms of general matrices.
+std::vector<NamedMatrix> schur_forms(int n) {
+    std::vector<NamedMatrix> all;
+    std::mt19937 random(9);
+    std::normal_distribution<float> normal;
+    const auto add = [&](const char* name, const auto& element) {
+        all.push_back({name, Operand<float>(n, n, n + 1)});
+        all.back().a.set([&](int i, int j) { return i > j ? 0 : element(i, j); });
+    };
+    add("huge to tiny values",
+        [&](int i, int j) { return i == j ? std::ldexp(1.0F, i * 37 % 200 - 100) : normal(random); });
+    add("all but nilpotent", [&](int i, int j) { return (i == j ? 1e-30F : 1e30F) * normal(random); });
+    add("one value", [](int i, int j) { return i == j ? 3 : 1e20F; });
+    for (const NamedMatrix& general : unsymmetric_matrices(n)) {
+        Operand<float> t(n, n, n + 1), z(n, n, n);
+        t.set([&](int i, int j) { return i > j + 1 ? 0 : general.a(i, j); });
+        const char job = 'S', compz = 'N';
+        const int one = 1, lwork = 64 * n + 1;
+        GuardedVector<float> wr(n), wi(n), work(lwork);
+        int info = -1;
+        SHSEQR(&job, &compz, &n, &one, &n, t.data(), &t.ld(), wr.data(), wi.data(), z.data(), &z.ld(), work.data(),
+               &lwork, &info);
+        all.push_back({general.name, t});
+    }
+    return all;
+}
+
+struct Vectors {
+    Operand<float> left, right;
+    int m = -1;
+    std::vector<int> select;
+};
+Vectors vectors_of(const Operand<float>& t, char side, char howmny, std::vector<int> select = {}) {
+    const int n = t.rows(), mm = n;
+    Vectors v{Operand<float>(n, n, n + 2), Operand<float>(n, n, n + 3), -1, std::move(select)};
+    for (Operand<float>* const x : {&v.left, &v.right})
+        if (howmny == 'B')
+            x->set([](int i, int j) { return i == j ? 1.0F : 0.0F; });
+    GuardedVector<float> work(3 * n);
+    int info = -1;
+    STREVC(&side, &howmny, v.select.data(), &n, t.data(), &t.ld(), v.left.data(), &v.left.ld(), v.right.data(),
+           &v.right.ld(), &mm, &v.m, work.data(), &info);
+    EXPECT_EQ(info, 0);
+    EXPECT_TRUE(v.left.guards_intact() && v.right.guards_intact() && work.guards_intact());
+    return v;
+}
+
+TEST(VectorsOfSchurForms, Residual) {
+    for (const int n : {1, 2, 7, 40, 64, 65, 130})
+        for (const auto& [name, t] : schur_forms(n)) {
+            const std::string what = name + ' ' + std::to_string(n);
+            Eigen e(n);
+            for (int k = 0; k < n; ++k) {
+                e.wr[k] = t(k, k);
+                e.wi[k] = 0;
+                if (k + 1 < n && t(k + 1, k) != 0) {
+                    e.wi[k] = std::sqrt(abs(t(k, k + 1))) * std::sqrt(abs(t(k + 1, k)));
+                    e.wr[k + 1] = e.wr[k];
+                    e.wi[k + 1] = -e.wi[k];
+                    ++k;
+                }
+            }
+            for (const char howmny : {'A', 'B'}) { // the second with Q = I
+                const Vectors v = vectors_of(t, 'B', howmny);
+                EXPECT_EQ(v.m, n);
+                e.right.set(v.right);
+                e.left.set(v.left);
+                EXPECT_LE(residual(WideMatrix<float>(t), false, e), 5) << what << howmny;
+                EXPECT_LE(residual(WideMatrix<float>(t), true, e), 5) << what << howmny;
+                for (int j = 0; j<n; j += e.wi[j]> 0 ? 2 : 1)
+                    for (const Operand<float>* const x : {&v.left, &v.right}) {
+                        double largest = 0;
+                        for (int i = 0; i < n; ++i)
+                            largest =
+                                std::max(largest, e.wi[j] > 0 ? abs(double{(*x)(i, j)}) + abs(double{(*x)(i, j + 1)})
+                                                              : abs(double{(*x)(i, j)}));
+                        EXPECT_NEAR(largest, 1, 4 * unitInLastPlace) << what << howmny << j;
+                    }
+            }
+        }
+}
+
+// Every third row is selected, which may be either one of a pair.
+TEST(VectorsOfSchurForms, SolutionsThatAreSelected) {
+    const int n = 40;
+    for (const auto& [name, t] : schur_forms(n)) {
+        const Vectors all = vectors_of(t, 'B', 'A');
+        for (int shift = 0; shift < 3; ++shift) {
+            std::vector<int> select(std::size_t(n), 0);
+            for (int i = shift; i < n; i += 3)
+                select[std::size_t(i)] = 1;
+            const Vectors some = vectors_of(t, 'B', 'S', select);
+            int column = 0;
+            for (int k = 0, order; k < n; k += order) {
+                order = k + 1 < n && t(k + 1, k) != 0 ? 2 : 1;
+                const bool wanted = select[std::size_t(k)] || (order == 2 && select[std::size_t(k + 1)]);
+                EXPECT_EQ(some.select[std::size_t(k)] != 0, wanted) << name << k;
+                for (int c = 0; wanted && c < order; ++c, ++column)
+                    for (int i = 0; i < n; ++i) {
+                        ASSERT_EQ(some.right(i, column), all.right(i, k + c)) << name << ' ' << i << ' ' << k;
+                        ASSERT_EQ(some.left(i, column), all.left(i, k + c)) << name << ' ' << i << ' ' << k;
+                    }
+            }
+            EXPECT_EQ(some.m, column) << name;
+        }
+    }
+}
+
+} // namespace
+} // namespace qrv::test

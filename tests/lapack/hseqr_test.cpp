@@ -1,0 +1,297 @@
+// Hessenberg and Schur forms: similarity and orthogonality in double, the shape of the forms, blocks moved within them.
+#include <gtest/gtest.h>
+
+#include "lapack/calls/nonsymmetric.hpp"
+#include "qrv/native.h"
+#include "support/unsymmetric.hpp"
+
+namespace qrv::test {
+namespace {
+
+constexpr int fullSpeed = -1, least = 1;
+
+// The length of work of a routine: all that it can use, or the least.
+template <class Ask>
+int work_length(int which, int leastLength, const Ask& ask) {
+    float answer = 0;
+    if (which == fullSpeed)
+        ask(&answer);
+    return std::max(leastLength, static_cast<int>(answer));
+}
+
+struct Hessenberg {
+    Operand<float> h, q;
+};
+
+Hessenberg hessenberg_of(const Operand<float>& a, int ilo, int ihi, int workLength) {
+    const int n = a.rows();
+    Hessenberg form{a, a};
+    GuardedVector<float> tau(std::max(0, n - 1));
+    int info = -1;
+    const int query = -1;
+    const int lwork = work_length(workLength, std::max(1, n), [&](float* answer) {
+        SGEHRD(&n, &ilo, &ihi, form.h.data(), &form.h.ld(), tau.data(), answer, &query, &info);
+    });
+    GuardedVector<float> work(lwork);
+    SGEHRD(&n, &ilo, &ihi, form.h.data(), &form.h.ld(), tau.data(), work.data(), &lwork, &info);
+    EXPECT_EQ(info, 0);
+    form.q.set(form.h);
+    const int order = std::max(1, ihi - ilo), generatorWork = workLength == fullSpeed ? 64 * order : order;
+    GuardedVector<float> second(generatorWork);
+    SORGHR(&n, &ilo, &ihi, form.q.data(), &form.q.ld(), tau.data(), second.data(), &generatorWork, &info);
+    EXPECT_EQ(info, 0);
+    EXPECT_TRUE(form.h.guards_intact() && form.q.guards_intact() && tau.guards_intact() && work.guards_intact() &&
+                second.guards_intact());
+    return form;
+}
+
+TEST(HessenbergForm, Residual) {
+    for (const int n : {0, 1, 2, 3, 10, 33, 65, 100, 161})
+        for (const int workLength : {fullSpeed, least})
+            for (const auto& [name, a] : unsymmetric_matrices(n)) {
+                const Hessenberg form = hessenberg_of(a, 1, n, workLength);
+                const WideMatrix<float> q(form.q);
+                EXPECT_LE(similarity_error(WideMatrix<float>(a), q, upper_part(form.h, 1)), 5) << name << ' ' << n;
+                EXPECT_LE(orthogonality_error(q), 5) << name << ' ' << n;
+            }
+}
+
+// Triangular outside of rows 5 to n - 3.
+Operand<float> partly_triangular(int n) {
+    Operand<float> a = unsymmetric_matrices(n)[0].a;
+    for (int j = 0; j < n; ++j)
+        for (int i = j + 1; i < n; ++i)
+            if (j < 4 || i >= n - 3)
+                a(i, j) = 0;
+    return a;
+}
+
+TEST(HessenbergForm, ResidualWithinARange) {
+    for (const int n : {9, 50, 120}) {
+        const Operand<float> a = partly_triangular(n);
+        const Hessenberg form = hessenberg_of(a, 5, n - 3, fullSpeed);
+        const WideMatrix<float> q(form.q);
+        EXPECT_LE(similarity_error(WideMatrix<float>(a), q, upper_part(form.h, 1)), 5) << n;
+        EXPECT_LE(orthogonality_error(q), 5) << n;
+        form.q.each_stored([&](int i, int j) {
+            if (i < 5 || j < 5 || i >= n - 3 || j >= n - 3) {
+                ASSERT_EQ(form.q(i, j), i == j ? 1 : 0) << i << ' ' << j;
+            }
+        });
+    }
+}
+
+TEST(HessenbergForm, SolutionsAreProductsWithQ) {
+    for (const int n : {6, 40, 90})
+        for (const char side : {'L', 'R'})
+            for (const char trans : {'N', 'T'}) {
+                const Operand<float> a = partly_triangular(n);
+                const int ilo = 5, ihi = n - 3 < 5 ? 5 : n - 3, m = side == 'L' ? n : 7, columns = side == 'L' ? 7 : n;
+                Operand<float> h = a;
+                GuardedVector<float> tau(n - 1), work(64 * n);
+                const int lwork = 64 * n;
+                int info = -1;
+                SGEHRD(&n, &ilo, &ihi, h.data(), &h.ld(), tau.data(), work.data(), &lwork, &info);
+                Operand<float> c(m, columns, m + 2);
+                std::mt19937 random(3);
+                c.fill_random(random);
+                const WideMatrix<float> before(c), q(hessenberg_of(a, ilo, ihi, fullSpeed).q, 'N'),
+                    opQ(n, n, [&](int i, int j) { return trans == 'N' ? q.values[q.at(i, j)] : q.values[q.at(j, i)]; });
+                SORMHR(&side, &trans, &m, &columns, &ilo, &ihi, h.data(), &h.ld(), tau.data(), c.data(), &c.ld(),
+                       work.data(), &lwork, &info);
+                EXPECT_EQ(info, 0);
+                const WideMatrix<float> expected = side == 'L' ? wide_product(opQ, before) : wide_product(before, opQ);
+                EXPECT_LE(column_sum_of_difference(WideMatrix<float>(c), expected), 20 * n * unitRoundoff)
+                    << side << trans << n;
+                EXPECT_TRUE(c.guards_intact());
+            }
+}
+
+// ---- Schur forms ----------------------------------------------------------------------------------------------------
+
+struct Schur {
+    Operand<float> t, z;
+    GuardedVector<float> wr, wi;
+    int info = -1;
+};
+
+Schur schur_of(const Operand<float>& h, const Operand<float>& q, char job, char compz, int ilo, int ihi,
+               int workLength) {
+    const int n = h.rows(), query = -1;
+    Schur s{h, q, GuardedVector<float>(n), GuardedVector<float>(n)};
+    for (int j = 0; j < n; ++j)
+        for (int i = j + 2; i < n; ++i)
+            s.t(i, j) = 0;
+    const auto call = [&](float* work, const int* lwork) {
+        SHSEQR(&job, &compz, &n, &ilo, &ihi, s.t.data(), &s.t.ld(), s.wr.data(), s.wi.data(), s.z.data(), &s.z.ld(),
+               work, lwork, &s.info);
+    };
+    const int lwork = work_length(workLength, std::max(1, n), [&](float* answer) { call(answer, &query); });
+    GuardedVector<float> work(lwork);
+    call(work.data(), &lwork);
+    EXPECT_TRUE(s.t.guards_intact() && s.z.guards_intact() && s.wr.guards_intact() && s.wi.guards_intact() &&
+                work.guards_intact());
+    return s;
+}
+
+void expect_schur(const WideMatrix<float>& a, const Schur& s, const std::string& what) {
+    EXPECT_EQ(s.info, 0) << what;
+    EXPECT_TRUE(is_schur_form(s.t, s.wr, s.wi)) << what;
+    const WideMatrix<float> z(s.z);
+    EXPECT_LE(similarity_error(a, z, upper_part(s.t, 1)), 10) << what;
+    EXPECT_LE(orthogonality_error(z), 10) << what;
+}
+
+// Each value is near to one of the others.
+void expect_same_values(const Schur& one, const Schur& other, double allowed, const std::string& what) {
+    for (int i = 0; i < one.wr.size(); ++i) {
+        double nearest = infinity;
+        for (int j = 0; j < other.wr.size(); ++j)
+            nearest = std::min(nearest, std::hypot(double{one.wr[i]} - other.wr[j], double{one.wi[i]} - other.wi[j]));
+        EXPECT_LE(nearest, allowed) << what << ' ' << i;
+    }
+}
+
+TEST(SchurForm, Residual) {
+    for (const int n : {0, 1, 2, 3, 10, 11, 12, 49, 50, 51, 75, 76, 150})
+        for (const auto& [name, a] : unsymmetric_matrices(n)) {
+            const std::string what = name + ' ' + std::to_string(n);
+            const Hessenberg form = hessenberg_of(a, 1, n, fullSpeed);
+            const Schur s = schur_of(form.h, form.q, 'S', 'V', 1, n, fullSpeed);
+            expect_schur(WideMatrix<float>(a), s, what);
+            const Schur alone = schur_of(form.h, Operand<float>(n, n, n + 1), 'S', 'I', 1, n, least);
+            expect_schur(upper_part(form.h, 1), alone, what + " least work");
+            const Schur values = schur_of(form.h, Operand<float>(n, n, n + 1), 'E', 'N', 1, n, fullSpeed);
+            EXPECT_EQ(values.info, 0) << what;
+            if (name == "random")
+                expect_same_values(values, s, 1e-4 * std::sqrt(n + 1), what);
+        }
+}
+
+TEST(SchurForm, ResidualOfALargeMatrix) {
+    for (const auto& [name, a] : unsymmetric_matrices(590))
+        if (name == "random") {
+            const Hessenberg form = hessenberg_of(a, 1, 590, fullSpeed);
+            expect_schur(WideMatrix<float>(a), schur_of(form.h, form.q, 'S', 'V', 1, 590, fullSpeed), name);
+        }
+}
+
+TEST(SchurForm, ResidualWithinARange) {
+    for (const int n : {9, 70, 130}) {
+        const Operand<float> a = partly_triangular(n);
+        const Hessenberg form = hessenberg_of(a, 5, n - 3, fullSpeed);
+        expect_schur(WideMatrix<float>(a), schur_of(form.h, form.q, 'S', 'V', 5, n - 3, fullSpeed), std::to_string(n));
+    }
+}
+
+// Small matrices on which the double-shift iteration fails go on to the other one, in a larger array.
+TEST(SchurForm, ResidualOfTheMultishiftIteration) {
+    for (const int n : {12, 13, 30, 60})
+        for (const auto& [name, a] : unsymmetric_matrices(n)) {
+            const Hessenberg form = hessenberg_of(a, 1, n, fullSpeed);
+            Schur s{form.h, form.q, GuardedVector<float>(n), GuardedVector<float>(n)};
+            GuardedVector<float> work(n);
+            for (const bool recurses : {true, false}) {
+                s.t.set([&](int i, int j) { return i > j + 1 ? 0 : form.h(i, j); });
+                s.z.set(form.q);
+                s.info = lapack::laqr0({true,
+                                        true,
+                                        n,
+                                        {0, n},
+                                        {s.t.data(), s.t.ld()},
+                                        s.wr.data(),
+                                        s.wi.data(),
+                                        {0, n},
+                                        {s.z.data(), s.z.ld()}},
+                                       recurses, work.data(), n);
+                for (int j = 0; j < n; ++j)
+                    for (int i = j + 2; i < n; ++i)
+                        s.t(i, j) = 0; // scratch
+                expect_schur(WideMatrix<float>(a), s, name + ' ' + std::to_string(n));
+                EXPECT_TRUE(work.guards_intact());
+            }
+        }
+}
+
+TEST(SchurForm, OfNaNAndInfinityEnds) {
+    for (const int n : {3, 40, 120, 300})
+        for (const float x : {nan, infinity})
+            for (const int place : {0, n / 2, n - 1}) {
+                Operand<float> h(n, n, n);
+                std::mt19937 random(5);
+                h.fill_random(random);
+                h(place, place) = x;
+                const Schur s = schur_of(h, h, 'S', 'I', 1, n, fullSpeed);
+                EXPECT_TRUE(s.info >= 0 && s.info <= n) << n << ' ' << x << ' ' << place << ": " << s.info;
+                bool finite = s.info == 0;
+                for (int i = 0; i < n; ++i)
+                    finite = finite && std::isfinite(s.wr[i]) && std::isfinite(s.wi[i]);
+                EXPECT_FALSE(finite) << n << ' ' << x << ' ' << place;
+            }
+}
+
+// ---- Blocks moved ---------------------------------------------------------------------------------------------------
+
+// The first row of the block at row i.
+int block_row(const Operand<float>& t, int i) {
+    return i > 0 && t(i, i - 1) != 0 ? i - 1 : i;
+}
+
+TEST(SchurForm, ResidualOfBlocksMoved) {
+    const int n = 14;
+    const char compq = 'V';
+    for (const auto& [name, a] : unsymmetric_matrices(n)) {
+        const Hessenberg form = hessenberg_of(a, 1, n, fullSpeed);
+        const Schur s = schur_of(form.h, form.q, 'S', 'V', 1, n, fullSpeed);
+        for (int from = 0; from < n; ++from)
+            for (int to = 0; to < n; ++to) {
+                const std::string what = name + ' ' + std::to_string(from) + " to " + std::to_string(to);
+                Schur moved = s;
+                int ifst = from + 1, ilst = to + 1, info = -1;
+                float unused;
+                STREXC(&compq, &n, moved.t.data(), &moved.t.ld(), moved.z.data(), &moved.z.ld(), &ifst, &ilst, &unused,
+                       &info);
+                ASSERT_TRUE(moved.t.guards_intact() && moved.z.guards_intact()) << what;
+                for (int k = 0; k < n; ++k) { // told by the form itself
+                    moved.wr[k] = moved.t(k, k);
+                    const bool first = k + 1 < n && moved.t(k + 1, k) != 0;
+                    const int row = first ? k : k - 1;
+                    moved.wi[k] = !first && (k == 0 || moved.t(k, k - 1) == 0)
+                                      ? 0
+                                      : (first ? 1 : -1) * std::sqrt(std::abs(moved.t(row, row + 1))) *
+                                            std::sqrt(std::abs(moved.t(row + 1, row)));
+                }
+                moved.info = 0;
+                expect_schur(WideMatrix<float>(a), moved, what);
+                EXPECT_EQ(ifst, block_row(s.t, from) + 1) << what;
+                if (name == "random") { // its eigenvalue has come along
+                    EXPECT_EQ(info, 0) << what;
+                    const int at = ilst - 1, was = ifst - 1;
+                    EXPECT_EQ(at, block_row(moved.t, at)) << what;
+                    EXPECT_LE(std::hypot(moved.wr[at] - s.wr[was], moved.wi[at] - s.wi[was]), 1e-4) << what;
+                    EXPECT_LE(std::abs(at - to), 1) << what;
+                }
+            }
+    }
+}
+
+TEST(SchurForm, SolutionsAreReflectorsOfEveryOrder) {
+    for (const char side : {'L', 'R'})
+        for (const int order : {1, 2, 3, 5, 10, 11, 15}) {
+            const int m = side == 'L' ? order : 6, n = side == 'L' ? 6 : order;
+            Operand<float> c(m, n, m + 1);
+            std::mt19937 random(7);
+            c.fill_random(random);
+            std::vector<float> v(std::size_t(order), 0.5F), work(16, nan);
+            const float tau = 0.75F;
+            const WideMatrix<float> before(c),
+                h(order, order, [&](int i, int j) { return (i == j ? 1 : 0) - double{tau} * 0.25; });
+            SLARFX(&side, &m, &n, v.data(), &tau, c.data(), &c.ld(), work.data());
+            const WideMatrix<float> expected = side == 'L' ? wide_product(h, before) : wide_product(before, h);
+            EXPECT_LE(column_sum_of_difference(WideMatrix<float>(c), expected), 100 * unitRoundoff) << side << order;
+            EXPECT_TRUE(c.guards_intact());
+        }
+}
+
+} // namespace
+} // namespace qrv::test

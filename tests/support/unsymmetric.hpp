@@ -1,0 +1,108 @@
+// Matrices on which the nonsymmetric eigenvalue iterations have a hard time, and what should hold of their results, in
+// the units of the published tests: good up to 20.
+#pragma once
+
+#include <cmath>
+#include <string>
+
+#include "support/oracle.hpp"
+
+namespace qrv::test {
+
+struct NamedMatrix {
+    std::string name;
+    Operand<float> a;
+};
+
+inline std::vector<NamedMatrix> unsymmetric_matrices(int n) {
+    std::vector<NamedMatrix> all;
+    std::mt19937 random(static_cast<unsigned>(n) + 1);
+    std::normal_distribution<float> normal;
+    const auto add = [&](const char* name, const auto& element) {
+        all.push_back({name, Operand<float>(n, n, n + 3, 1)});
+        all.back().a.set(element);
+    };
+    const auto power = [](int e) { return std::ldexp(1.0F, e); };
+    add("random", [&](int, int) { return normal(random); });
+    add("companion", [&](int i, int j) { return i == 0 ? normal(random) : i == j + 1 ? 1 : 0; });
+    add("cycle", [&](int i, int j) { return i == (j + 1) % n ? 1 : 0; }); // every shift is exceptional or zero
+    add("Grcar", [](int i, int j) { return i == j + 1 ? -1 : j >= i && j <= i + 3 ? 1 : 0; });
+    add("Jordan block", [](int i, int j) { return i == j ? 2 : j == i + 1 ? 1 : 0; });
+    add("Frank", [n](int i, int j) { return i <= j + 1 ? static_cast<float>(n - std::max(i, j)) : 0; });
+    add("graded", [&](int i, int j) { return normal(random) * power(-i - j); });
+    add("badly scaled", [&](int i, int j) {
+        return normal(random) * power((i * 7 % 13 - i * 5 % 11) * 2 - (j * 7 % 13 - j * 5 % 11) * 2);
+    });
+    add("nearly equal", [&](int i, int j) {
+        const float x = normal(random);
+        return i == j ? 1 + 1e-6F * x : i < j ? 0.1F * x : i == j + 1 && j % 2 == 0 ? 1e-7F * x : 0;
+    });
+    add("nearly decoupled", [&](int i, int j) {
+        return i / 4 == j / 4 ? normal(random) : i <= j ? 1 : i == j + 1 ? 1e-20F : 0;
+    });
+    add("zero", [](int, int) { return 0; });
+    return all;
+}
+
+constexpr double unitInLastPlace = 2 * unitRoundoff;
+
+// The matrix that is meant is the upper part, from so many diagonals below the main one on.
+inline WideMatrix<float> upper_part(const Operand<float>& x, int below) {
+    return {x.rows(), x.columns(), [&](int i, int j) { return i <= j + below ? x.entry(i, j) : 0.0; }};
+}
+inline WideMatrix<float> wide_product(const WideMatrix<float>& a, const WideMatrix<float>& b) {
+    WideMatrix<float> c(a.rows, b.columns, [](int, int) { return 0.0; });
+    for (int j = 0; j < b.columns; ++j)
+        for (int k = 0; k < a.columns; ++k)
+            if (const double factor = b.values[b.at(k, j)]; factor != 0)
+                for (int i = 0; i < a.rows; ++i)
+                    c.values[c.at(i, j)] += a.values[a.at(i, k)] * factor;
+    return c;
+}
+inline double column_sum_of_difference(const WideMatrix<float>& a, const WideMatrix<float>& b) {
+    double largest = 0;
+    for (int j = 0; j < a.columns; ++j) {
+        double sum = 0;
+        for (int i = 0; i < a.rows; ++i)
+            sum += std::abs(a.values[a.at(i, j)] - b.values[b.at(i, j)]);
+        largest = worse(largest, sum);
+    }
+    return largest;
+}
+
+// |A Q - Q B| / (n |A| ulp)
+inline double similarity_error(const WideMatrix<float>& a, const WideMatrix<float>& q, const WideMatrix<float>& b) {
+    const double error = column_sum_of_difference(wide_product(a, q), wide_product(q, b));
+    const double size = column_sum_of_difference(a, {a.rows, a.columns, [](int, int) { return 0.0; }});
+    return error == 0 ? 0 : error / (a.rows * size * unitInLastPlace);
+}
+// |Q' Q - I| / (n ulp)
+inline double orthogonality_error(const WideMatrix<float>& q) {
+    const WideMatrix<float> adjoint(q.columns, q.rows, [&](int i, int j) { return q.values[q.at(j, i)]; });
+    return column_sum_of_difference(wide_product(adjoint, q), identity<float>(q.columns)) /
+           (std::max(1, q.rows) * unitInLastPlace);
+}
+
+// Whether T is a Schur form with blocks in standard form, and wr and wi are its eigenvalues.
+inline bool is_schur_form(const Operand<float>& t, const GuardedVector<float>& wr, const GuardedVector<float>& wi) {
+    bool good = true;
+    const int n = t.rows();
+    for (int j = 0; j < n; ++j)
+        for (int i = j + 2; i < n; ++i)
+            good = good && t(i, j) == 0;
+    for (int k = 0; k < n; ++k) {
+        good = good && wr[k] == t(k, k);
+        if (k + 1 == n || t(k + 1, k) == 0) {
+            good = good && wi[k] == 0;
+            continue;
+        }
+        const double b = t(k, k + 1), c = t(k + 1, k), im = std::sqrt(std::abs(b)) * std::sqrt(std::abs(c));
+        good = good && t(k, k) == t(k + 1, k + 1) && wr[k + 1] == wr[k] && b * c < 0 && wi[k] > 0 &&
+               wi[k + 1] == -wi[k] && std::abs(wi[k] - im) <= 4 * unitRoundoff * im &&
+               (k + 2 == n || t(k + 2, k + 1) == 0);
+        ++k;
+    }
+    return good;
+}
+
+} // namespace qrv::test
