@@ -47,6 +47,7 @@ TYPED_TEST(Latrs, ShrinksAsFarAsNeeded) {
           {"a tiny divisor before a column", 'N', 'N', 1, 0x1p10F, 0x1p-120F, 0, 1, 0x1p-27F, -big, 0x1p93F},
           {"a row", 'T', 'U', 1, big / 2, 1, 4, 0, 0.125F, 0.5F, -0.25F * big},
           {"a row with a large divisor", 'T', 'N', 1, big / 2, 4, 4, 0, 0.5F, 2, -0.25F * big},
+          {"a sum near overflow beside ones", 'N', 'U', 1, 2 * big, 1, 0, 1, 0.5F, -big, 0.5F},
           {"nothing", 'N', 'N', 2, 1, 4, 5, 4, 1, 2, 1}}) {
         Solve<T> solve{row.op,
                        row.diag,

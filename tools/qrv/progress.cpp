@@ -27,13 +27,6 @@ int note(const int*, const int* step, const char*, int) {
     return 0;
 }
 
-// Each LAPACK entry begins by taking the progress routine of the process away, so it is put into its place again and
-// again while the factorization runs.
-double share_factored(int n) {
-    qrv_serv_set_progress(note);
-    return share_done(columnsDone.load(std::memory_order_relaxed), n);
-}
-
 void draw(const char* work, double share) {
     const auto filled = static_cast<std::size_t>(std::lround(share * width));
     const std::string bar = std::string(filled, '#') + std::string(width - filled, '.');
@@ -53,19 +46,21 @@ void watch(const std::stop_token& stop, const char* work, const std::function<do
     do
         draw(work, share());
     while (!finished(period));
-    qrv_serv_set_progress(nullptr);
     fmt::print(stderr, "\r\033[K");
 }
 
 } // namespace
 
-double share_done(int columns, int n) {
-    return 1 - std::pow(1 - std::clamp(static_cast<double>(columns) / n, 0.0, 1.0), 3);
+double share_done(int columns, int n, bool onTeam) {
+    const double done = std::clamp(static_cast<double>(columns) / n, 0.0, 1.0);
+    return onTeam ? 1 - std::pow(1 - done, 3) : done * done * (3 - done) / 2;
 }
 
 ProgressBar factoring(int n) {
     columnsDone = 0;
-    return {"factoring", [n] { return share_factored(n); }};
+    qrv_serv_set_default_progress(note);
+    const bool onTeam = qrv_serv_domain_get_max_threads(QRV_DOMAIN_BLAS) > 1;
+    return {"factoring", [=] { return share_done(columnsDone.load(std::memory_order_relaxed), n, onTeam); }};
 }
 
 ProgressBar inverting(double factorSeconds) {

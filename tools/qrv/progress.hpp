@@ -23,7 +23,8 @@ ProgressBar factoring(int n);
 // An inversion from factors that took so long: it reports nothing, but does twice the operations at about that speed.
 ProgressBar inverting(double factorSeconds);
 
-// Share of the operations of an LU factorization of order n that are done after so many columns.
-double share_done(int columns, int n);
+// Share of the operations of an LU factorization of order n that are done after so many columns: a team takes each from
+// all that is left, one thread factors the left half before it touches the right one.
+double share_done(int columns, int n, bool onTeam);
 
 } // namespace tools
