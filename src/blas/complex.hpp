@@ -64,16 +64,15 @@ constexpr SingleComplex& operator*=(SingleComplex& x, SingleComplex y) {
     return x = x * y;
 }
 
-// By the ratio of the divisor's parts, smaller over larger (Smith, 1962), in double: no step of it overflows or
-// vanishes. So one infinite part of the divisor gives zeros, as published; two give NaN.
+// Products of floats are exact in double and neither overflow nor vanish. A divisor with one infinite part gives zeros,
+// with two NaN, as the published method does.
 constexpr SingleComplex operator/(SingleComplex x, SingleComplex y) {
-    const double xr = x.re, xi = x.im, yr = y.re, yi = y.im;
-    if (__builtin_fabs(yr) >= __builtin_fabs(yi)) {
-        const double ratio = yi / yr, divisor = yr + yi * ratio;
-        return {static_cast<float>((xr + xi * ratio) / divisor), static_cast<float>((xi - xr * ratio) / divisor)};
+    const double a = x.re, b = x.im, c = y.re, d = y.im, square = c * c + d * d;
+    if (square == __builtin_inf()) {
+        const float none = c * c == d * d ? __builtin_nanf("") : 0;
+        return {x.re * none, x.im * none};
     }
-    const double ratio = yr / yi, divisor = yr * ratio + yi;
-    return {static_cast<float>((xr * ratio + xi) / divisor), static_cast<float>((xi * ratio - xr) / divisor)};
+    return {static_cast<float>((a * c + b * d) / square), static_cast<float>((b * c - a * d) / square)};
 }
 
 constexpr float conj(float x) {

@@ -271,6 +271,9 @@ TEST(ReflectorParts, LengthsAndQuotients) {
                 EXPECT_TRUE(!fits || std::abs(widen(q) - exact) <= 2 * unitRoundoff * std::abs(exact))
                     << x << ' ' << c << ' ' << d;
             }
+    // The terms of the real part nearly cancel: 1 is left, over the square of the divisor.
+    EXPECT_FLOAT_EQ(lapack::ladiv({-5576465, 7557631}, {16006694, 11810681}).re, 2.5271259e-15F);
+    EXPECT_TRUE((lapack::ladiv({1, 2}, {infinity, 1}) == SingleComplex{0, 0}));
 }
 
 } // namespace
