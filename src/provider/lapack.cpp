@@ -152,10 +152,9 @@ void ParallelX86SingleLapack::Ssyevr(char16_t jobz, char16_t range, MatrixTriang
                                      ProviderArray<float> a, int aOffset, int lda, float, float, int, int, float,
                                      int& m, ProviderArray<float> w, int wOffset, ProviderArray<float> z, int zOffset,
                                      int ldz, ProviderArray<int>, int& info) {
-    pending("SSYEVR", narrow(jobz), narrow(range), triangleMode, n, At(a, aOffset), lda,
-            -std::numeric_limits<float>::max(), std::numeric_limits<float>::max(), 1, n, 0.0F, Result(m),
-            At(w, wOffset), At(z, zOffset), ldz, Work<int>(2, n), SizedWork<float>(36, n), SizedWork<int>(10, n),
-            Info(info));
+    call(SSYEVR, narrow(jobz), narrow(range), triangleMode, n, At(a, aOffset), lda, -std::numeric_limits<float>::max(),
+         std::numeric_limits<float>::max(), 1, n, 0.0F, Result(m), At(w, wOffset), At(z, zOffset), ldz, Work<int>(2, n),
+         SizedWork<float>(36, n), SizedWork<int>(10, n), Info(info));
 }
 
 void ParallelX86SingleLapack::Sgeev(char16_t jobvl, char16_t jobvr, int n, ProviderArray<float> a, int aOffset, int lda,

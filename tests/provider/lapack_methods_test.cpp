@@ -1,4 +1,6 @@
 // Every LAPACK method of the provider classes against its native routine.
+#include <cmath>
+
 #include "support/method_check.hpp"
 
 namespace qrv::test {
@@ -36,7 +38,7 @@ TEST_F(LapackMethods, Real) {
     methods.check("SPBTRS", &Class::Spbtrs, SPBTRS, {6, 2, 4, at, 8, at, 9});
     methods.check("SPBCON", &Class::Spbcon, SPBCON, {6, 2, at, 8}, {8, 9});
     methods.check("SGESDD", &Class::Sgesdd, SGESDD, {9, 7, at, 11, 10, 8}, {11, 12, 13});
-    methods.pending("SSYEVR", &Class::Ssyevr, {6, at, 8, 1, 2, at, at, 7});
+    methods.check_arrays("SSYEVR", &Class::Ssyevr, {6, at, 8, 1, 2, at, at, 7});
     methods.check("SGEEV", &Class::Sgeev, SGEEV, {6, at, 8, 7, 9}, {12, 13});
     methods.check("SLACPY", &Class::Slacpy, SLACPY, {26, 7, at, 30, at, 28});
 }
@@ -69,6 +71,50 @@ TEST_F(LapackMethods, NormsOfNothing) {
               0);
     EXPECT_THROW(lapack.Slange(MatrixNorm::Infinity, 0, 0, a, 0, 1), IndexOutOfRangeError) << "an empty work array";
     EXPECT_THROW(lapack.Slange(MatrixNorm::Infinity, -1, 1, a, 0, 1), InvalidArraySizeError);
+}
+
+// Bounds and the array of supports are not handed on: all eigenvalues come, whatever was asked for.
+TEST_F(LapackMethods, SsyevrIsOfTheWholeSpectrum) {
+    constexpr int n = 6, lda = 8;
+    const MatrixTriangleMode lower = static_cast<MatrixTriangleMode>(1);
+    std::vector<float> a(lda * n), w(n + 1), z(n * n + 2), whole(n), vectors(n * n);
+    const auto fill = [&] {
+        for (int k = 0; k < lda * n; ++k)
+            a[std::size_t(k)] = k % lda == k / lda ? 3 : 1 / (1.0F + static_cast<float>(k));
+    };
+    std::vector<float> work(36 * n);
+    std::vector<int> iwork(10 * n), isuppz(2 * n, -7);
+    const int lwork = 36 * n, liwork = 10 * n, none = 0;
+    const float zero = 0;
+    int m = 777, info = 777;
+    fill();
+    SSYEVR("V", "A", "L", &n, a.data(), &lda, &zero, &zero, &none, &none, &zero, &m, whole.data(), vectors.data(), &n,
+           isuppz.data(), work.data(), &lwork, iwork.data(), &liwork, &info);
+    ASSERT_EQ(info, 0);
+    isuppz.assign(2 * n, -7);
+    for (const char16_t range : {u'A', u'I', u'V'})
+        for (const bool given : {true, false}) {
+            fill();
+            m = info = 777;
+            const auto supports = given ? ProviderArray<int>(isuppz.data(), isuppz.size()) : ProviderArray<int>();
+            provider.Lapack()->Ssyevr(u'V', range, lower, n, {a.data(), a.size()}, 0, lda, 2.0F, 1.0F, 2, 3, 9.0F, m,
+                                      {w.data(), w.size()}, 1, {z.data(), z.size()}, 2, n, supports, info);
+            EXPECT_EQ(info, 0);
+            EXPECT_EQ(m, n);
+            for (int i = 0; i < n; ++i)
+                EXPECT_NEAR(w[std::size_t(i + 1)], whole[std::size_t(i)], 1e-5F) << i;
+            for (int j = 0; j < n; ++j) {
+                float product = 0;
+                for (int i = 0; i < n; ++i)
+                    product += z[std::size_t(i + n * j + 2)] * vectors[std::size_t(i + n * j)];
+                EXPECT_NEAR(std::abs(product), 1, 1e-4F) << j;
+            }
+            EXPECT_EQ(isuppz, std::vector<int>(2 * n, -7));
+        }
+    fill();
+    provider.Lapack()->Ssyevr(u'X', u'A', lower, n, {a.data(), a.size()}, 0, lda, 0, 0, 0, 0, 0, m,
+                              {w.data(), w.size()}, 0, {z.data(), z.size()}, 0, n, {}, info);
+    EXPECT_EQ(info, -1);
 }
 
 } // namespace

@@ -344,6 +344,15 @@ public:
         check.agrees_with_native();
     }
 
+    // A method that does not hand on all that it is given.
+    template <class Method>
+    void check_arrays(const char* routine, Method method, std::vector<int> ints) {
+        SCOPED_TRACE(routine);
+        stands_in_order(method);
+        MethodCheck(routine, object_, method, static_cast<void (*)()>(nullptr), std::move(ints), {})
+            .asks_for_arrays_in_order();
+    }
+
     // A method whose native routine is still to come.
     template <class Method>
     void pending(const char* routine, Method method, std::vector<int> ints) {

@@ -78,6 +78,69 @@ QRV_API void SSTEMR(const char* jobz, const char* range, const int* n, float* d,
 QRV_API void SSTEIN(const int* n, const float* d, const float* e, const int* m, const float* w, const int* iblock,
                     const int* isplit, float* z, const int* ldz, float* work, int* iwork, int* ifail, int* info);
 
+/* Reduction of a symmetric matrix A of order n, of which the triangle `uplo` is read and written, to a tridiagonal
+ * matrix T = Q'*A*Q. Q is a product of reflectors I - tau*v*v': H(1)*H(2)*..*H(n-1) for uplo 'L', where v(i) begins
+ * with i zeros and a 1, H(n-1)*..*H(2)*H(1) for 'U', where it ends with a 1 and n - i zeros. May use all threads of the
+ * budget.
+ *
+ * a, lda       the triangle of A, overwritten: T in its three diagonals, the rest of v(i) in column i below it, or in
+ *              column i + 1 above it; lda >= max(1, n)
+ * d, e, tau    n, n - 1 and n - 1 floats, set to T and the factors of the reflectors
+ * work, lwork  at least 1 float; -1 asks for the length for full speed, which *work tells in the end too
+ * Reported: 1, 2, 4, 9.
+ *
+ * Source: J. Dongarra, S. Hammarling, D. Sorensen, Block reduction of matrices to condensed forms for eigenvalue
+ * computations, J. Comput. Appl. Math. 27 (1989). */
+QRV_API void SSYTRD(const char* uplo, const int* n, float* a, const int* lda, float* d, float* e, float* tau,
+                    float* work, const int* lwork, int* info);
+
+/* The same one reflector after the other. Reported: 1, 2, 4. */
+QRV_API void SSYTD2(const char* uplo, const int* n, float* a, const int* lda, float* d, float* e, float* tau,
+                    int* info);
+
+/* Of the same, the first nb columns of a lower triangle or the last nb ones of an upper one. With V of their vectors,
+ * the rest is to become A - V*W' - W*V'; 1 stands in the place of the elements beside the diagonal, which are in e.
+ *
+ * w, ldw  n x nb, set to W; ldw >= max(1, n) */
+QRV_API void SLATRD(const char* uplo, const int* n, const int* nb, float* a, const int* lda, float* e, float* tau,
+                    float* w, const int* ldw);
+
+/* C := Q*C, Q'*C (side 'L'), C*Q or C*Q' ('R') with the Q of SSYTRD, by trans 'N' or 'T'.
+ *
+ * m, n         rows and columns of C; Q is of order m for side 'L', of order n for 'R'
+ * a, lda, tau  from SSYTRD with the same uplo
+ * c, ldc       C, overwritten; ldc >= max(1, m)
+ * work, lwork  n floats for side 'L', m for 'R', at least 1; -1 asks for the length for full speed
+ * Reported: 1, 2, 3, 4, 5, 7, 10, 12. */
+QRV_API void SORMTR(const char* side, const char* uplo, const char* trans, const int* m, const int* n, const float* a,
+                    const int* lda, const float* tau, float* c, const int* ldc, float* work, const int* lwork,
+                    int* info);
+
+/* Eigenvalues and, with jobz 'V', eigenvectors of a symmetric matrix of order n.
+ *
+ * range, vl, vu, il, iu  'A': all; 'V': those in (vl, vu]; 'I': those numbered il to iu in ascending order, from 1.
+ *          'V' and 'I' are slower for more than a few, as they take bisection and inverse iteration.
+ * uplo     the triangle of A that is read
+ * a, lda   A, overwritten; lda >= max(1, n)
+ * abstol   as SSTEBZ; looked at for 'V' and 'I', and up to 2*n*2^-23 it allows eigenvalues of full relative accuracy
+ *          where the matrix defines them
+ * m        set to the number of eigenvalues found
+ * w        n floats, the first *m set to the eigenvalues in ascending order
+ * z, ldz   n x *m, set to the eigenvectors, each of length 1; ldz >= max(1, n). Not touched for jobz 'N', ldz >= 1.
+ * isuppz   2*n ints: for jobz 'V' and all eigenvalues, the first and the last row, from 1, that are not 0 of each
+ *          eigenvector of the tridiagonal matrix; else not touched
+ * work, lwork    26*n floats, at least 1; lwork = -1 asks for the length for full speed
+ * iwork, liwork  10*n ints, at least 1; liwork = -1 asks for the length
+ * info     i > 0: i eigenvectors have not converged, or as SSTEBZ; only i - 1 eigenvalues mean something if A was far
+ *          from size 1
+ * Reported: 1, 2, 3, 4, 6, 8 (vl, vu), 9, 10, 15, 18, 20.
+ *
+ * Sources: with SSYTRD, SSTERF, SSTEMR, SSTEBZ and SSTEIN. */
+QRV_API void SSYEVR(const char* jobz, const char* range, const char* uplo, const int* n, float* a, const int* lda,
+                    const float* vl, const float* vu, const int* il, const int* iu, const float* abstol, int* m,
+                    float* w, float* z, const int* ldz, int* isuppz, float* work, const int* lwork, int* iwork,
+                    const int* liwork, int* info);
+
 /* Puts n numbers in order, ascending for id 'I', descending for 'D'; NaN comes last. Reported: 1, 2. */
 QRV_API void SLASRT(const char* id, const int* n, float* d, int* info);
 

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "blas/options.hpp"
+#include "lapack/workspace.hpp"
 #include "service/options.hpp"
 
 namespace qrv::lapack {
@@ -135,5 +136,44 @@ constexpr bool values_in_order(int m, const float* w, const int* iblock) {
 // nothing.
 int stein(int n, const float* d, const float* e, int m, const float* w, const int* iblock, const int* isplit,
           Matrix<float> z, float* work, int* iwork, int* ifail);
+
+// ---- Dense matrices, of which one triangle is read and written ----------------------------------------------------
+
+// Q' A Q = T: d and e of T, whose elements stay in the triangle too; the vectors of the reflectors of Q in its other
+// elements, tau: n - 1 floats. sytd2 one by one; sytrd in panels, work: lwork >= 1 floats, sytrd_work for full speed.
+void sytd2(Uplo uplo, int n, Matrix<float> a, float* d, float* e, float* tau);
+std::int64_t sytrd_work(int n);
+void sytrd(Uplo uplo, int n, Matrix<float> a, float* d, float* e, float* tau, float* work, int lwork);
+
+// The first nb columns of a lower triangle, or the last ones of an upper one, and in w, n x nb, what the rest is to be
+// updated with. The elements beside the diagonal are in e, and 1 in their places.
+void latrd(Uplo uplo, int n, int nb, Matrix<float> a, float* e, float* tau, Matrix<float> w);
+
+// C := op(Q) C or C op(Q), C of m x n, with the Q of sytrd. work: n elements on the left, m on the right, ormtr_work
+// for full speed.
+std::int64_t ormtr_work(Side side, Uplo uplo, int m, int n);
+void ormtr(Side side, Uplo uplo, Op op, int m, int n, Matrix<const float> a, const float* tau, Matrix<float> c,
+           float* work, int lwork);
+
+constexpr std::int64_t syevr_least_work(int n) {
+    return n > 0 ? 26 * std::int64_t{n} : 1;
+}
+constexpr std::int64_t syevr_ints(int n) {
+    return n > 0 ? 10 * std::int64_t{n} : 1;
+}
+std::int64_t syevr_work(int n);
+
+struct SyevrResult {
+    int found = 0;
+    int info = 0;
+    void store(int* toFound, int* toInfo) const {
+        *toFound = found;
+        *toInfo = info;
+    }
+};
+// Eigenvalues in ascending order and eigenvectors; a is overwritten. isuppz is written only where all values and
+// vectors are wanted. info: of stein, or of stebz.
+SyevrResult syevr(bool vectors, Wanted wanted, Uplo uplo, int n, Matrix<float> a, float abstol, float* w,
+                  Matrix<float> z, int* isuppz, float* work, int lwork, int* iwork);
 
 } // namespace qrv::lapack

@@ -1,0 +1,299 @@
+// Reduction to tridiagonal form, and eigenvalues and eigenvectors of symmetric matrices: residuals and orthogonality in
+// double, on spectra of every kind.
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <gtest/gtest.h>
+
+#include "qrv/native.h"
+#include "support/spectrum.hpp"
+#include "support/teams.hpp"
+
+namespace qrv::test {
+namespace {
+
+constexpr double ulp = 0x1p-23;
+
+// A dense symmetric matrix in double, and as a routine takes it.
+struct Symmetric {
+    int n;
+    double norm = 0; // largest sum over a column
+    std::vector<double> a;
+    std::vector<double> eigenvalues; // ascending
+
+    explicit Symmetric(const Spectrum& s) : n(static_cast<int>(s.values.size())), eigenvalues(s.values) {
+        std::mt19937 random(9);
+        a = symmetric_matrix(s.values, random);
+        for (double& x : a)
+            x = static_cast<float>(x);
+        for (int j = 0; j < n; ++j) {
+            double sum = 0;
+            for (int i = 0; i < n; ++i) {
+                a[at(j, i)] = a[at(i, j)];
+                sum += std::abs(a[at(i, j)]);
+            }
+            norm = std::max(norm, sum);
+        }
+        std::sort(eigenvalues.begin(), eigenvalues.end());
+    }
+    std::size_t at(int i, int j) const { return std::size_t(i) + std::size_t(n) * std::size_t(j); }
+    Operand<float> stored(char uplo, int extra = 3) const {
+        Operand<float> x(Form{n, n, Form::symmetric, uplo}, Layout{extra});
+        return x.set([&](int i, int j) { return static_cast<float>(a[at(i, j)]); });
+    }
+};
+
+// |A Z - Z B| for a tridiagonal B, and |Z'Z - I|, the largest element beside what rounding explains.
+struct Quality {
+    double residual = 0, orthogonality = 0;
+};
+Quality quality(const Symmetric& s, const Operand<float>& z, const std::vector<double>& d,
+                const std::vector<double>& e = {}) {
+    const int n = s.n;
+    Quality q;
+    const auto raise = [](double& worst, double x) { worst = x <= worst ? worst : x; };
+    const auto beside = [&](int i) { return i < 0 || std::size_t(i) >= e.size() ? 0 : e[std::size_t(i)]; };
+    std::vector<double> sum(std::size_t(n), 0.0);
+    for (int j = 0; j < z.columns(); ++j) {
+        for (int i = 0; i < n; ++i)
+            sum[std::size_t(i)] = -d[std::size_t(j)] * z(i, j) - (j > 0 ? beside(j - 1) * z(i, j - 1) : 0) -
+                                  (j < z.columns() - 1 ? beside(j) * z(i, j + 1) : 0);
+        for (int k = 0; k < n; ++k)
+            for (int i = 0; i < n; ++i)
+                sum[std::size_t(i)] += s.a[s.at(i, k)] * z(k, j);
+        for (int i = 0; i < n; ++i)
+            raise(q.residual, std::abs(sum[std::size_t(i)]));
+        for (int k = 0; k <= j; ++k) {
+            double product = k == j ? -1 : 0;
+            for (int i = 0; i < n; ++i)
+                product += double{z(i, j)} * z(i, k);
+            raise(q.orthogonality, std::abs(product));
+        }
+    }
+    q.residual /= s.norm == 0 ? 1 : s.norm * n * ulp;
+    q.orthogonality /= std::max(1, n) * ulp;
+    return q;
+}
+
+// SSYTRD with work of this length, and its Q by SORMTR on the identity.
+struct Reduction {
+    Operand<float> a, q;
+    GuardedVector<float> d, e, tau;
+    int info = -99;
+
+    Reduction(const Symmetric& s, char uplo, bool leastWork)
+        : a(s.stored(uplo)), q(s.n, s.n, s.n + 1), d(s.n), e(s.n - 1), tau(s.n - 1) {
+        const int n = s.n, ask = -1;
+        float wanted = 0;
+        SSYTRD(&uplo, &n, nullptr, &a.ld(), nullptr, nullptr, nullptr, &wanted, &ask, &info);
+        EXPECT_EQ(info, 0);
+        const int lwork = leastWork ? 1 : static_cast<int>(wanted);
+        GuardedVector<float> work(lwork);
+        SSYTRD(&uplo, &n, a.data(), &a.ld(), d.data(), e.data(), tau.data(), work.data(), &lwork, &info);
+        EXPECT_EQ(info, 0);
+        q.set([](int i, int j) { return i == j; });
+        const int least = std::max(1, n);
+        GuardedVector<float> more(least);
+        SORMTR("L", &uplo, "N", &n, &n, a.data(), &a.ld(), tau.data(), q.data(), &q.ld(), more.data(), &least, &info);
+        EXPECT_EQ(info, 0);
+        EXPECT_TRUE(a.guards_intact() && q.guards_intact() && d.guards_intact() && e.guards_intact() &&
+                    tau.guards_intact() && work.guards_intact() && more.guards_intact());
+    }
+};
+
+void expect_reduced(const Symmetric& s, char uplo, bool leastWork, const std::string& what) {
+    const Reduction r(s, uplo, leastWork);
+    const Quality q = quality(s, r.q, r.d.widened(), r.e.widened());
+    EXPECT_TRUE(q.residual <= 5) << what << ' ' << s.n << ' ' << uplo << ": " << q.residual;
+    EXPECT_TRUE(q.orthogonality <= 5) << what << ' ' << s.n << ' ' << uplo << ": " << q.orthogonality;
+    for (int i = 0; i < s.n; ++i) { // T stands in the triangle too
+        EXPECT_EQ(r.a(i, i), r.d[i]);
+        EXPECT_TRUE(i == s.n - 1 || (uplo == 'U' ? r.a(i, i + 1) : r.a(i + 1, i)) == r.e[i]);
+    }
+}
+
+// Around panels and the crossover, with work for panels and without.
+TEST(SymmetricReduction, Residual) {
+    for (const int n : {0, 1, 2, 3, 31, 32, 33, 100, 250, 251, 271, 300})
+        for (const char uplo : {'U', 'L'})
+            for (const bool leastWork : {false, true}) {
+                if (leastWork && n > 250 && n != 271)
+                    continue;
+                expect_reduced(Symmetric(spectra(n)[1]), uplo, leastWork, "");
+            }
+    for (const Spectrum& s : spectra(60))
+        for (const double scale : {1.0, 0x1p60, 0x1p-60})
+            for (const char uplo : {'U', 'L'})
+                expect_reduced(Symmetric(times(scale, s)), uplo, false, s.name);
+}
+
+TEST(SymmetricReduction, OnTeamsOfEverySizeResidual) {
+    for (const int team : {2, 3, 8}) {
+        const ForcedTeam forced(team);
+        for (const int n : {31, 32, 33, 280})
+            for (const char uplo : {'U', 'L'})
+                expect_reduced(Symmetric(spectra(n)[2]), uplo, false, "team of " + std::to_string(team));
+    }
+}
+
+// A matrix that is tridiagonal already stays as it is.
+TEST(SymmetricReduction, LeavesTridiagonalMatricesAlone) {
+    const int n = 40;
+    for (const char uplo : {'U', 'L'}) {
+        Symmetric s(spectra(n)[1]);
+        for (int j = 0; j < n; ++j)
+            for (int i = 0; i < n; ++i)
+                s.a[s.at(i, j)] = i == j ? 2 : std::abs(i - j) == 1 ? 1 : 0;
+        const Reduction r(s, uplo, false);
+        for (int i = 0; i < n; ++i)
+            EXPECT_EQ(r.d[i], 2);
+        for (int i = 0; i < n - 1; ++i) {
+            EXPECT_EQ(r.e[i], 1);
+            EXPECT_EQ(r.tau[i], 0);
+        }
+    }
+}
+
+// Q applied from both sides, transposed or not: all agree with Q itself.
+TEST(SymmetricReduction, ProductsWithQSolutions) {
+    std::mt19937 random(7);
+    for (const int n : {1, 2, 30, 70})
+        for (const char uplo : {'U', 'L'}) {
+            const Reduction r(Symmetric(spectra(n)[1]), uplo, false);
+            for (const char side : {'L', 'R'})
+                for (const char trans : {'N', 'T'}) {
+                    const int other = 5, m = side == 'L' ? n : other, k = side == 'L' ? other : n;
+                    Operand<float> c(m, k, m + 2);
+                    c.fill_random(random);
+                    const WideMatrix<float> q(r.q, trans), before(c);
+                    const Expected<float> expected =
+                        side == 'L' ? product(1.0, q, before, 0.0, c) : product(1.0, before, q, 0.0, c);
+                    const int lwork = std::max(1, 100 * other);
+                    std::vector<float> work(std::size_t(lwork), 0.0F);
+                    int info = -99;
+                    SORMTR(&side, &uplo, &trans, &m, &k, r.a.data(), &r.a.ld(), r.tau.data(), c.data(), &c.ld(),
+                           work.data(), &lwork, &info);
+                    EXPECT_EQ(info, 0);
+                    EXPECT_TRUE(expected.error(c) <= 20 && c.guards_intact()) << n << side << uplo << trans;
+                }
+        }
+}
+
+// SSYEVR in guarded memory.
+struct Eigen {
+    int m = -1, info = -99;
+    GuardedVector<float> w, isuppz;
+    Operand<float> z;
+
+    Eigen(const Symmetric& s, char jobz, char range, char uplo, float vl = 0, float vu = 0, int il = 0, int iu = 0,
+          bool leastWork = false, float abstol = 0)
+        : w(s.n), isuppz(2 * s.n), z(jobz == 'V' ? s.n : 0, jobz == 'V' ? s.n : 0, s.n + 1) {
+        const int n = s.n, ask = -1;
+        Operand<float> a = s.stored(uplo);
+        float wanted = 0;
+        int ints = 0;
+        SSYEVR(&jobz, &range, &uplo, &n, nullptr, &a.ld(), &vl, &vu, &il, &iu, &abstol, nullptr, nullptr, nullptr,
+               &z.ld(), nullptr, &wanted, &ask, &ints, &ask, &info);
+        EXPECT_EQ(ints, std::max(1, 10 * n));
+        const int lwork = leastWork ? std::max(1, 26 * n) : static_cast<int>(wanted);
+        GuardedVector<float> work(lwork), iwork(ints);
+        SSYEVR(&jobz, &range, &uplo, &n, a.data(), &a.ld(), &vl, &vu, &il, &iu, &abstol, &m, w.data(), z.data(),
+               &z.ld(), reinterpret_cast<int*>(isuppz.data()), work.data(), &lwork,
+               reinterpret_cast<int*>(iwork.data()), &ints, &info);
+        EXPECT_TRUE(a.guards_intact() && w.guards_intact() && z.guards_intact() && isuppz.guards_intact() &&
+                    work.guards_intact() && iwork.guards_intact());
+    }
+};
+
+// Of all of them or a part: order, values beside those of the whole spectrum, vectors.
+void expect_eigen(const Symmetric& s, const Eigen& x, bool vectors, int first, int count, const std::string& what) {
+    EXPECT_EQ(x.info, 0) << what;
+    ASSERT_EQ(x.m, count) << what;
+    EXPECT_TRUE(std::is_sorted(x.w.data(), x.w.data() + count)) << what;
+    std::vector<double> w;
+    for (int i = 0; i < count; ++i) {
+        w.push_back(x.w[i]);
+        const double expected = s.eigenvalues[std::size_t(first + i)];
+        EXPECT_TRUE(std::abs(w.back() - expected) <= 3 * s.n * ulp * s.norm + 1e-300) << what << ' ' << i;
+    }
+    if (!vectors)
+        return;
+    Operand<float> z(s.n, count, s.n);
+    z.set([&](int i, int j) { return x.z(i, j); });
+    const Quality q = quality(s, z, w);
+    EXPECT_TRUE(q.residual <= 10) << what << ": " << q.residual;
+    EXPECT_TRUE(q.orthogonality <= 50) << what << ": " << q.orthogonality;
+}
+
+TEST(SymmetricEigen, Residual) {
+    for (const int n : {1, 2, 3, 25, 100})
+        for (const Spectrum& kind : spectra(n))
+            for (const double scale : {1.0, 0x1p60, -0x1p-60}) {
+                if (n == 100 && scale > 1)
+                    continue;
+                const Symmetric s(times(scale, kind));
+                for (const char uplo : {'U', 'L'}) {
+                    const std::string what = kind.name + ' ' + std::to_string(n) + uplo + std::to_string(scale);
+                    expect_eigen(s, Eigen(s, 'V', 'A', uplo, 0, 0, 0, 0, uplo == 'L'), true, 0, n, what);
+                    expect_eigen(s, Eigen(s, 'N', 'A', uplo, 0, 0, 0, 0, uplo == 'U'), false, 0, n, what);
+                }
+            }
+}
+
+TEST(SymmetricEigen, ByIndexAndIntervalResidual) {
+    for (const int n : {1, 2, 3, 25, 60})
+        for (const Spectrum& kind : {spectra(n)[1], spectra(n)[2], spectra(n)[6], times(0x1p60, spectra(n)[1])}) {
+            const Symmetric s(kind);
+            for (const char jobz : {'V', 'N'})
+                for (const char uplo : {'U', 'L'}) {
+                    for (const auto& [il, iu] :
+                         {std::pair{1, 1}, {n, n}, {1, n}, {(n + 1) / 2, std::max(1, 3 * n / 4)}})
+                        if (il <= iu)
+                            expect_eigen(s, Eigen(s, jobz, 'I', uplo, 0, 0, il, iu, true), jobz == 'V', il - 1,
+                                         iu - il + 1, kind.name + " by index " + std::to_string(n));
+                    // From below the second value to above the last but one.
+                    if (n < 3)
+                        continue;
+                    const auto& v = s.eigenvalues;
+                    const auto last = std::size_t(n - 1);
+                    const auto from = static_cast<float>((v[0] + v[1]) / 2);
+                    const auto to = static_cast<float>((v[last] + v[last - 1]) / 2);
+                    if (v[1] - v[0] > 1e-4 * s.norm && v[last] - v[last - 1] > 1e-4 * s.norm)
+                        expect_eigen(s, Eigen(s, jobz, 'V', uplo, from, to), jobz == 'V', 1, n - 2,
+                                     kind.name + " by interval " + std::to_string(n));
+                }
+        }
+}
+
+TEST(SymmetricEigen, OfOneRow) {
+    const Symmetric s(Spectrum{"", {2}});
+    EXPECT_EQ(Eigen(s, 'V', 'V', 'U', 2, 3).m, 0); // open below
+    EXPECT_EQ(Eigen(s, 'V', 'V', 'U', 1, 2).m, 1); // closed above
+    const Eigen x(s, 'V', 'A', 'L');
+    int support[2];
+    std::memcpy(support, x.isuppz.data(), sizeof support);
+    EXPECT_TRUE(x.w[0] == 2 && x.z(0, 0) == 1 && support[0] == 1 && support[1] == 1);
+}
+
+// A large tolerance only makes relative accuracy not asked for.
+TEST(SymmetricEigen, WithToleranceResidual) {
+    const Symmetric s(spectra(50)[2]);
+    expect_eigen(s, Eigen(s, 'V', 'A', 'L', 0, 0, 0, 0, false, 1e-3F), true, 0, 50, "tolerance");
+}
+
+// A result or an info, in time.
+TEST(SymmetricEigen, NonFiniteEnds) {
+    for (const float bad : {nan, infinity, -infinity})
+        for (const int n : {1, 2, 3, 40})
+            for (const int row : {0, n / 2, n - 1})
+                for (const char jobz : {'V', 'N'})
+                    for (const char range : {'A', 'I', 'V'}) {
+                        Symmetric s(spectra(n)[1]);
+                        s.a[s.at(n - 1, row)] = s.a[s.at(row, n - 1)] = bad;
+                        const Eigen x(s, jobz, range, 'L', -1, 1, 1, (n + 1) / 2);
+                        EXPECT_TRUE(x.m >= 0 && x.m <= n && x.info >= 0) << bad << ' ' << n << jobz << range;
+                    }
+}
+
+} // namespace
+} // namespace qrv::test
