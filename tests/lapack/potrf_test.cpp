@@ -143,7 +143,7 @@ int stop_at_once(const int*, const int*, const char*, int) {
     return 1;
 }
 TEST(PotrfProgress, AStopEndsTheFactorization) {
-    constexpr int n = 150;
+    constexpr int n = 600;
     qrv_serv_set_progress(stop_at_once);
     for (const int threads : {1, 4}) {
         const Operand<float> a = definite<float>(Uplo::lower, n);

@@ -23,6 +23,19 @@ namespace qrv::lapack {
 namespace {
 
 constexpr int widest = 32; // columns of a block
+constexpr int narrow = 16; // diagonals for which the call of a kernel costs more than its work
+
+// x := factor * x, and the rank-one update of the `count` columns that row x of U, or column x of L, reaches.
+void eliminate_narrow(Uplo uplo, int count, float factor, Vector<float> x, Matrix<float> a) {
+    float row[narrow];
+    for (int i = 0; i < count; ++i)
+        row[i] = x[i] *= factor;
+    for (int j = 0; j < count; ++j) {
+        const int first = uplo == Uplo::upper ? 0 : j, end = uplo == Uplo::upper ? j + 1 : count;
+        for (int i = first; i < end; ++i)
+            a(i, j) -= row[i] * row[j];
+    }
+}
 
 int unblocked(Uplo uplo, int n, int kd, Matrix<float> a) {
     const bool upper = uplo == Uplo::upper;
@@ -36,6 +49,10 @@ int unblocked(Uplo uplo, int n, int kd, Matrix<float> a) {
         if (rest == 0)
             continue;
         const Vector<float> next = upper ? a.row(j, j + 1) : a.column(j + 1, j);
+        if (kd <= narrow) {
+            eliminate_narrow(uplo, rest, 1 / root, next, a.block(j + 1, j + 1));
+            continue;
+        }
         kernel::scal(rest, 1 / root, next);
         kernel::her(uplo, rest, -1, next, a.block(j + 1, j + 1));
     }

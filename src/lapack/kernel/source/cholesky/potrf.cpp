@@ -16,10 +16,10 @@ template <class T>
 struct PotrfMachine {
     int n;
     int threads() const { return qrv_serv_get_max_threads(); }
-    int crossover() const { return tuning::crossover(RoutineName<T>("POTRF"), n); }
+    bool wide() const { return vector_form_in_use() != VectorForm::sse; }
+    int crossover() const { return wide() ? wideCrossover : tuning::crossover(RoutineName<T>("POTRF"), n); }
     PotrfGrain grain(int threadCount) const {
-        return vector_form_in_use() == VectorForm::sse ? tuned_grain(RoutineName<T>("POTRF"), n, threadCount)
-                                                       : wide_grain(n);
+        return wide() ? wide_grain(n) : tuned_grain(RoutineName<T>("POTRF"), n, threadCount);
     }
 };
 

@@ -22,18 +22,20 @@ inline PotrfGrain tuned_grain(std::string_view name, int n, int threads) {
     return {of(-1), of(-2), of(-3)};
 }
 
-// The grain on processors with wide vectors, for which the tuned tiles are too small: the products of a tile have to
-// fill packed kernels. Two threads of an AVX-512 machine then take 0.44, 0.65, 0.75 and 1.0 of the serial route's time
-// at n = 256, 512, 1024 and 2048 (whose own products may thread too); with the tuned tiles 0.8, 0.9, 1.8 and 5.
+// The same for wide vectors, for which the tuned tiles are too small: the products of a tile have to fill packed
+// kernels.
 constexpr PotrfGrain wide_grain(int n) {
     const int tile = n <= 700 ? 32 : n <= 1500 ? 64 : 128;
     return {.tile = tile, .steps = 512 / tile, .firstBlock = 4 * tile};
 }
 
-// Columns of a block of the serial route there: the leaf takes 128, and the products of larger ones fill packed
-// kernels.
+// Orders below take the leaf there, whose kernels are as fast as any blocks: on two threads n = 128 took 1.4 to 1.8 and
+// n = 256 1.2 to 1.4 of its time, n = 512 the same.
+constexpr int wideCrossover = 512;
+
+// Columns of a block of the serial route there.
 constexpr int wide_block(int n) {
-    return n <= 128 ? 128 : n <= 700 ? 64 : n <= 1500 ? 256 : 512;
+    return n < wideCrossover ? n : n <= 1500 ? 256 : 512;
 }
 
 // `machine` tells the thread budget and, for order n, the tuned crossover and grain, asked in the order that keeps a
