@@ -157,5 +157,65 @@ TYPED_TEST(Bidiagonal, ResidualOfAPanel) {
         }
 }
 
+// Q and P^H generated, and applied to the identity.
+TYPED_TEST(Bidiagonal, ResidualOfItsFactors) {
+    using T = TypeParam;
+    const char adjoint = isComplex<T> ? 'C' : 'T';
+    for (const auto& [rows, columns] : shapes) {
+        const int m = rows, n = columns;
+        const Operand<T> before = random_matrix<T>(m, n);
+        Reduced<T> r(before);
+        const int k = r.size(), lwork = 64 * (m + n);
+        std::vector<T> work(static_cast<std::size_t>(lwork));
+        int info = -1;
+        routine_for<T>(SGEBRD, CGEBRD)(&m, &n, r.a.data(), &r.a.ld(), r.d.data(), r.e.data(), r.tauq.data(),
+                                       r.taup.data(), work.data(), &lwork, &info);
+        Operand<T> q(m, k, m + 1), ph(k, n, k + 2);
+        q.set([&](int i, int j) { return r.a(i, j); });
+        ph.set([&](int i, int j) { return r.a(i, j); });
+        routine_for<T>(SORGBR, CUNGBR)("Q", &m, &k, &n, q.data(), &q.ld(), r.tauq.data(), work.data(), &lwork, &info);
+        EXPECT_EQ(info, 0);
+        routine_for<T>(SORGBR, CUNGBR)("P", &k, &n, &m, ph.data(), &ph.ld(), r.taup.data(), work.data(), &lwork, &info);
+        EXPECT_EQ(info, 0);
+        const auto b = [&](int i, int j) -> double {
+            return i == j ? r.d[i] : j == i + (m >= n ? 1 : -1) ? r.e[std::min(i, j)] : 0;
+        };
+        double error = 0;
+        for (int j = 0; j < n; ++j)
+            for (int i = 0; i < m; ++i) {
+                Wide<T> sum = -widen(before(i, j));
+                for (int x = 0; x < k; ++x)
+                    for (int y = std::max(0, x - 1); y < std::min(k, x + 2); ++y)
+                        sum += times(widen(q(i, x)) * b(x, y), widen(ph(y, j)));
+                error = std::abs(sum) <= error ? error : std::abs(sum);
+            }
+        EXPECT_LT(error, 50 * unitRoundoff * std::sqrt(double(m) * n)) << m << 'x' << n;
+
+        const auto identity = [](int size) {
+            Operand<T> x(size, size, size + 1);
+            x.set([](int i, int j) { return scalar<T>(i == j); });
+            return x;
+        };
+        Operand<T> left = identity(m), right = identity(n), back = identity(m);
+        const auto apply = routine_for<T>(SORMBR, CUNMBR);
+        apply("Q", "L", "N", &m, &m, &n, r.a.data(), &r.a.ld(), r.tauq.data(), left.data(), &left.ld(), work.data(),
+              &lwork, &info);
+        apply("P", "R", &adjoint, &n, &n, &m, r.a.data(), &r.a.ld(), r.taup.data(), right.data(), &right.ld(),
+              work.data(), &lwork, &info);
+        apply("Q", "R", &adjoint, &m, &m, &n, r.a.data(), &r.a.ld(), r.tauq.data(), back.data(), &back.ld(),
+              work.data(), &lwork, &info);
+        const auto near = [](Wide<T> x, Wide<T> y) { return std::abs(x - y) <= 1e-5; };
+        EXPECT_EQ(q.count_bad([&](int i, int j, T x) { return near(widen(x), widen(left(i, j))); }), 0)
+            << m << 'x' << n;
+        EXPECT_EQ(ph.count_bad([&](int i, int j, T x) { return near(widen(x), widen(right(i, j))); }), 0)
+            << m << 'x' << n;
+        EXPECT_EQ(back.count_bad([&](int i, int j, T x) { return near(widen(x), conjugate(widen(left(j, i)))); }), 0)
+            << m << 'x' << n;
+        EXPECT_TRUE(q.guards_intact() && ph.guards_intact() && left.guards_intact() && right.guards_intact() &&
+                    back.guards_intact())
+            << m << 'x' << n;
+    }
+}
+
 } // namespace
 } // namespace qrv::test

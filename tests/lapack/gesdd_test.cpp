@@ -196,6 +196,34 @@ TEST(Svd, ChoosesItsPathInSinglePrecision) {
     EXPECT_EQ(svd_kind<SingleComplex>(14, 9), SvdKind::square);
 }
 
+// The published numbers, whatever is needed.
+TEST(Svd, NeedsThePublishedWork) {
+    using lapack::SvdJob, lapack::gesdd_work;
+    struct Least {
+        int m, n;
+        std::int64_t none, overwrite, some, all;
+    };
+    for (const Least& row : {Least{60, 30, 240, 4710, 3810, 3810}, {40, 30, 300, 3810, 2910, 2910}})
+        for (const bool tall : {true, false}) {
+            const int m = tall ? row.m : row.n, n = tall ? row.n : row.m;
+            const auto least = [=](SvdJob job) { return gesdd_work<float>(job, m, n).least; };
+            EXPECT_EQ(least(SvdJob::none), row.none);
+            EXPECT_EQ(least(SvdJob::overwrite), row.overwrite);
+            EXPECT_EQ(least(SvdJob::some), row.some);
+            EXPECT_EQ(least(SvdJob::all), row.all);
+        }
+    for (const Least& row :
+         {Least{60, 30, 90, 1890, 990, 1020}, {52, 30, 112, 1012, 112, 112}, {34, 30, 94, 994, 94, 94}})
+        for (const bool tall : {true, false}) {
+            const int m = tall ? row.m : row.n, n = tall ? row.n : row.m;
+            const auto least = [=](SvdJob job) { return gesdd_work<SingleComplex>(job, m, n).least; };
+            EXPECT_EQ(least(SvdJob::none), row.none);
+            EXPECT_EQ(least(SvdJob::overwrite), row.overwrite);
+            EXPECT_EQ(least(SvdJob::some), row.some);
+            EXPECT_EQ(least(SvdJob::all), row.all);
+        }
+}
+
 TEST(Svd, TellsWorkThatNoFloatHasAsALargerOne) {
     for (const int n : {0, 1, 1 << 24, (1 << 24) + 1, 33554433, 33554435, 100000001, 2147483647}) {
         const float told = qrv_lapack_sroundup_work(&n);

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "lapack/calls/svd.hpp"
+#include "lapack/kernel/source/svd/kept_sweeps.hpp"
 #include "qrv/native.h"
 #include "support/oracle.hpp"
 
@@ -217,6 +218,41 @@ TEST(BidiagonalSvd, ResidualOfKeptSweeps) {
         EXPECT_EQ(info, 0);
         EXPECT_LT(worst_ratio(b, s, u, vt), 8) << b.name;
     }
+}
+
+// Sweeps of either direction and on any rows, kept back or not, are what they are one by one.
+TEST(BidiagonalSvd, KeptSweepsStayInOrder) {
+    struct Sweep {
+        Direct direct;
+        int first, last;
+    };
+    constexpr Sweep sweeps[] = {{Direct::forward, 0, 11}, {Direct::forward, 2, 10}, {Direct::backward, 1, 9},
+                                {Direct::backward, 0, 8}, {Direct::forward, 0, 3},  {Direct::forward, 5, 6}};
+    const int n = 12;
+    Operand<float> u = identity(n), vt = identity(n), expectedU = identity(n), expectedVt = identity(n);
+    std::vector<float> work(4 * n), c(n), s(n);
+    lapack::KeptSweeps kept(n, {n, n, 0, {vt.data(), vt.ld()}, {u.data(), u.ld()}}, work.data());
+    for (const auto& [direct, first, last] : sweeps) {
+        kept.begin(direct, first, last);
+        for (int i = first; i < last; ++i) {
+            c[std::size_t(i)] = std::cos(0.3F * float(i + last)), s[std::size_t(i)] = std::sin(0.3F * float(i + last));
+            kept.put(i, c[std::size_t(i)], s[std::size_t(i)], c[std::size_t(i)], -s[std::size_t(i)]);
+        }
+        kept.end();
+        const int lines = last - first + 1;
+        kernel::lasr(Side::left, Pivot::variable, direct, lines, n, &c[std::size_t(first)], &s[std::size_t(first)],
+                     {&expectedVt(first, 0), expectedVt.ld()});
+        for (int i = first; i < last; ++i)
+            s[std::size_t(i)] = -s[std::size_t(i)];
+        kernel::lasr(Side::right, Pivot::variable, direct, n, lines, &c[std::size_t(first)], &s[std::size_t(first)],
+                     {&expectedU(0, first), expectedU.ld()});
+    }
+    kept.apply();
+    const auto near = [](const Operand<float>& x) {
+        return [&](int i, int j, float y) { return std::abs(x(i, j) - y) <= 1e-5F; };
+    };
+    EXPECT_EQ(vt.count_bad(near(expectedVt)), 0);
+    EXPECT_EQ(u.count_bad(near(expectedU)), 0);
 }
 
 TEST(BidiagonalSvd, OfInfinityAndNaNEnds) {

@@ -36,7 +36,8 @@ public:
     KeptSweeps(const KeptSweeps&) = delete;
     KeptSweeps& operator=(const KeptSweeps&) = delete;
 
-    // A sweep on rows and columns first to last: its rotations are put, then it ends.
+    // A sweep on rows and columns first to last: its rotations are put, then it ends. None reaches further down than
+    // those that are kept, as the iteration works its way up.
     void begin(Direct direct, int first, int last) {
         if (!vectors_.any())
             return;
@@ -46,7 +47,6 @@ public:
             first_ = first, last_ = last;
         direct_ = direct;
         first_ = std::min(first_, first);
-        last_ = std::max(last_, last);
         for (const Matrix<float> table : {right_, left_}) {
             std::fill_n(table.column(2 * count_), n_, 1.0F);
             std::fill_n(table.column(2 * count_ + 1), n_, 0.0F);
