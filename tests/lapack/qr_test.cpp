@@ -138,7 +138,7 @@ double residual(const Operand<T>& a, const Factors<T>& f, bool lq) {
             return infinity;
     const StoredQ<T> q{Direct::forward, lq ? StoreV::rows : StoreV::columns, lq ? n : m, k, f.a, f.tau.data()};
     q.apply(!lq, lq, product);
-    return std::max(difference(a, product) / 4, q.far_from_unitary()) / (16 * unitRoundoff);
+    return std::max(difference(a, product) / 8, q.far_from_unitary() / 2) / (16 * unitRoundoff);
 }
 
 constexpr std::pair<int, int> shapes[] = {{1, 1}, {1, 5}, {5, 1}, {7, 7}, {40, 17}, {33, 70}, {96, 96}, {150, 40}};
