@@ -47,7 +47,7 @@ void ParallelX86SingleLapack::Sgeqp3(int m, int n, ProviderArray<float> a, int a
                                      ProviderArray<int> jpvt, ProviderArray<float> tau, int tauOffset, int& info) {
     if (m == 0 || n == 0)
         return;
-    pending("SGEQP3", m, n, At(a, aOffset), lda, jpvt, At(tau, tauOffset), Queried<float>(), Info(info));
+    call(SGEQP3, m, n, At(a, aOffset), lda, jpvt, At(tau, tauOffset), Queried<float>(), Info(info));
 }
 
 void ParallelX86SingleLapack::Sormqr(MatrixOperationSide side, TransposeOperation trans, int m, int n, int k,

@@ -197,6 +197,73 @@ TYPED_TEST(Qr, ResidualsWithAnyWork) {
     }
 }
 
+// ---- Column pivoting ------------------------------------------------------------------------------------------------
+
+// Every column free, some fixed, more fixed than there are rows.
+bool is_fixed(int pattern, int j) {
+    return pattern == 1 ? j % 5 == 2 : pattern == 2 && j % 4 > 0;
+}
+
+TYPED_TEST(Qr, ResidualsOfPivoting) {
+    using T = TypeParam;
+    for (const auto& [m, n] : shapes)
+        for (const Kind kind : kinds)
+            for (const int pattern : {0, 1, 2})
+                for (const int method : {0, 1, 2}) { // least, some and full work
+                    const Operand<T> a = matrix<T>(m, n, kind);
+                    const std::int64_t least = lapack::geqp3_least_work<T>(m, n), full = lapack::geqp3_work<T>(m, n);
+                    Factors<T> f(a, method == 0 ? least : method == 1 ? std::min(full, least + 5 * n + 1) : full);
+                    std::vector<int> jpvt;
+                    for (int j = 0; j < n; ++j)
+                        jpvt.push_back(is_fixed(pattern, j));
+                    std::vector<float> norms(std::size_t(2 * n));
+                    if constexpr (isComplex<T>)
+                        lapack::geqp3(m, n, view(f.a), jpvt.data(), f.tau.data(), f.work.data(), f.work.size(),
+                                      norms.data());
+                    else
+                        lapack::geqp3(m, n, view(f.a), jpvt.data(), f.tau.data(), f.work.data(), f.work.size(),
+                                      f.work.data());
+                    const auto where = testing::Message() << m << 'x' << n << " kind " << int(kind) << " fixed "
+                                                          << pattern << " work " << method;
+                    ASSERT_TRUE(f.guards_intact()) << where;
+                    auto sorted = jpvt;
+                    std::sort(sorted.begin(), sorted.end());
+                    for (int j = 0; j < n; ++j)
+                        ASSERT_EQ(sorted[std::size_t(j)], j + 1) << where;
+                    Operand<T> permuted(a);
+                    permuted.set([&](int i, int j) { return a(i, jpvt[std::size_t(j)] - 1); });
+                    EXPECT_TRUE(residual(permuted, f, false) < 1) << where << residual(permuted, f, false);
+                    int fixed = 0;
+                    for (int j = 0; j < n; ++j)
+                        fixed += is_fixed(pattern, j);
+                    for (int j = 0; j < fixed; ++j)
+                        EXPECT_TRUE(is_fixed(pattern, jpvt[std::size_t(j)] - 1)) << where;
+                    // Each pivot was the longest, up to what an updated norm may be off.
+                    for (int i = fixed; i < std::min(m, n); ++i)
+                        for (int j = i + 1; j < n; ++j) {
+                            double square = 0;
+                            for (int l = i; l <= std::min(j, m - 1); ++l)
+                                square += std::norm(widen(f.a(l, j)));
+                            const double pivot = std::real(widen(f.a(i, i))), smallest = std::real(widen(f.a(0, 0)));
+                            EXPECT_TRUE(std::sqrt(square) <= 1.01 * pivot + 1e-5 * smallest)
+                                << where << ' ' << i << ' ' << j;
+                        }
+                }
+}
+
+TYPED_TEST(Qr, PivotingEndsWithNanAndInfinity) {
+    using T = TypeParam;
+    for (const float x : {nan, infinity}) {
+        Operand<T> a = matrix<T>(60, 50);
+        a(30, 20) = scalar<T>(x);
+        std::vector<int> jpvt(50);
+        std::vector<T> tau(50), work(std::size_t(lapack::geqp3_work<T>(60, 50)));
+        std::vector<float> norms(100);
+        lapack::geqp3(60, 50, view(a), jpvt.data(), tau.data(), work.data(), int(work.size()), norms.data());
+        EXPECT_EQ(jpvt[0], 21) << x;
+    }
+}
+
 // ---- Q applied and generated --------------------------------------------------------------------------------------
 
 struct FormOfQ {

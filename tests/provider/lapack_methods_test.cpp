@@ -20,7 +20,7 @@ TEST_F(LapackMethods, Real) {
     methods.check("SGECON", &Class::Sgecon, SGECON, {6, at, 8}, {7, 8});
     methods.check("SLANGE", &Class::Slange, SLANGE, {6, 7, at, 9}, {6});
     methods.check("SGEQRF", &Class::Sgeqrf, SGEQRF, {9, 7, at, 11, at}, {6, 7});
-    methods.pending("SGEQP3", &Class::Sgeqp3, {9, 7, at, 11, at});
+    methods.check("SGEQP3", &Class::Sgeqp3, SGEQP3, {9, 7, at, 11, at}, {7, 8});
     methods.check("SORMQR", &Class::Sormqr, SORMQR, {9, 7, 5, at, 11, at, at, 12}, {11, 12});
     methods.check("STRTRS", &Class::Strtrs, STRTRS, {6, 4, at, 8, at, 9});
     methods.check("STRTRI", &Class::Strtri, STRTRI, {6, at, 8});

@@ -34,6 +34,40 @@ QRV_API void SGEQRF(const int* m, const int* n, float* a, const int* lda, float*
 QRV_API void CGEQRF(const int* m, const int* n, qrv_complex* a, const int* lda, qrv_complex* tau, qrv_complex* work,
                     const int* lwork, int* info);
 
+/* QR factorization with column pivoting, A*P = Q*R, of a general m x n matrix. The diagonal of R is not negative, and
+ * each element of it is at least as large as what is below and right of it in any column.
+ *
+ * a, lda  A, overwritten as by SGEQRF; lda >= max(1, m)
+ * jpvt    n ints: a column whose element is not 0 comes first, before any that is free to be chosen; overwritten by the
+ *         number, from 1, of the column of A that stands in each place
+ * tau     min(m, n) elements, set
+ * lwork   at least 3*n + 1, for CGEQP3 n + 1; at least 1 if m or n is 0
+ * rwork   2*n floats
+ * Reported: 1, 2, 4, 8; work(1) is set for the last one even so.
+ *
+ * Sources: G. Quintana-Orti, X. Sun, C. Bischof, SIAM J. Sci. Comput. 19 (1998); Z. Drmac, Z. Bujanovic, ACM TOMS 35
+ * (2008), for the norms of columns. */
+QRV_API void SGEQP3(const int* m, const int* n, float* a, const int* lda, int* jpvt, float* tau, float* work,
+                    const int* lwork, int* info);
+QRV_API void CGEQP3(const int* m, const int* n, qrv_complex* a, const int* lda, int* jpvt, qrv_complex* tau,
+                    qrv_complex* work, const int* lwork, float* rwork, int* info);
+
+/* Its steps on the n columns of an m-row matrix that are left when `offset` rows are done, with norms of these columns
+ * below those rows in vn1 and vn2; both are updated, and jpvt goes with the columns. SLAQP2 takes all columns, SLAQPS
+ * at most nb, and sets kb to their number: it ends early where a norm must be computed anew. They check no arguments.
+ *
+ * work     n elements
+ * auxv     nb elements; f, ldf n x nb elements of work, ldf >= n */
+QRV_API void SLAQPS(const int* m, const int* n, const int* offset, const int* nb, int* kb, float* a, const int* lda,
+                    int* jpvt, float* tau, float* vn1, float* vn2, float* auxv, float* f, const int* ldf);
+QRV_API void CLAQPS(const int* m, const int* n, const int* offset, const int* nb, int* kb, qrv_complex* a,
+                    const int* lda, int* jpvt, qrv_complex* tau, float* vn1, float* vn2, qrv_complex* auxv,
+                    qrv_complex* f, const int* ldf);
+QRV_API void SLAQP2(const int* m, const int* n, const int* offset, float* a, const int* lda, int* jpvt, float* tau,
+                    float* vn1, float* vn2, float* work);
+QRV_API void CLAQP2(const int* m, const int* n, const int* offset, qrv_complex* a, const int* lda, int* jpvt,
+                    qrv_complex* tau, float* vn1, float* vn2, qrv_complex* work);
+
 /* LQ factorization, A = L*Q, of a general m x n matrix; L is lower triangular (trapezoidal if m > n), with a diagonal
  * that is not negative.
  *

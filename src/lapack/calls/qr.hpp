@@ -30,6 +30,25 @@ void geqrf(int m, int n, Matrix<T> a, T* tau, T* work, int lwork);
 template <class T>
 void gelqf(int m, int n, Matrix<T> a, T* tau, T* work, int lwork);
 
+// A P = Q R with column pivoting. Columns whose jpvt is not 0 come first; in the end jpvt(j) is the column, from 1,
+// that stands in place j. work: lwork elements, geqp3_least_work at least, geqp3_work for full speed, of which work[0]
+// tells in the end. norms: 2n floats, with which the work of real elements begins.
+template <class T>
+std::int64_t geqp3_least_work(int m, int n);
+template <class T>
+std::int64_t geqp3_work(int m, int n);
+template <class T>
+void geqp3(int m, int n, Matrix<T> a, int* jpvt, T* tau, T* work, int lwork, float* norms);
+
+// Its steps on the n columns that are left when `offset` rows are done; vn1 and vn2 are their norms below these. laqp2
+// takes all of them; work: n elements. laqps takes a block of at most nb and tells how many it took; aux: nb elements,
+// f: n x nb.
+template <class T>
+void laqp2(int m, int n, int offset, Matrix<T> a, int* jpvt, T* tau, float* vn1, float* vn2, T* work);
+template <class T>
+int laqps(int m, int n, int offset, int nb, Matrix<T> a, int* jpvt, T* tau, float* vn1, float* vn2, T* aux,
+          Matrix<T> f);
+
 // The forms in which k reflectors make a Q: H(1) H(2) .. H(k) by columns from QR, H(k) .. H(2) H(1) by columns that end
 // with their 1 from QL, H(k)^H .. H(2)^H H(1)^H by rows from LQ.
 enum class QForm { qr, ql, lq };
