@@ -56,13 +56,15 @@ struct BlockColumns {
     }
 
 private:
+    // Each block column by itself: how many a job has depends on the timing, and a column of a wide product need not
+    // have the bits that it has in a narrow one.
     void apply(const Task& task, int thread) const {
         const int row = column(task.panel), reflectors = std::min(plan.nb, plan.k() - row);
         T* const work = area + plan.factors() + thread * plan.scratch();
-        larfb<T>(Side::left, adjoint<T>,
-                 {Direct::forward, StoreV::columns, reflectors, a.block(row, row), t(task.panel)}, plan.m - row,
-                 columns(task.first, task.count), a.block(row, column(task.first)), {work, reflectors},
-                 BlockWork::upright);
+        for (int block = task.first; block < task.first + task.count; ++block)
+            larfb<T>(Side::left, adjoint<T>,
+                     {Direct::forward, StoreV::columns, reflectors, a.block(row, row), t(task.panel)}, plan.m - row,
+                     columns(block, 1), a.block(row, column(block)), {work, reflectors}, BlockWork::upright);
     }
 };
 
