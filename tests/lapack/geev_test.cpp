@@ -102,8 +102,12 @@ void expect_eigen(const Operand<float>& a, const std::string& what) {
     expect_normalized(both.right, both.wi, what + " right");
     expect_normalized(both.left, both.wi, what + " left");
     const Eigen left = eigen_of(a, 'V', 'N'), right = eigen_of(a, 'N', 'V');
-    EXPECT_TRUE(same_values(left, both) && left.left.same_bits(both.left)) << what;
-    EXPECT_TRUE(same_values(right, both) && right.right.same_bits(both.right)) << what;
+    if (bits_are_free_of_alignment()) {
+        EXPECT_TRUE(same_values(left, both) && left.left.same_bits(both.left)) << what;
+        EXPECT_TRUE(same_values(right, both) && right.right.same_bits(both.right)) << what;
+    }
+    EXPECT_LE(residual(wide, true, left), 5) << what << " left alone";
+    EXPECT_LE(residual(wide, false, right), 5) << what << " right alone";
     const Eigen short_ = eigen_of(a, 'V', 'V', least);
     EXPECT_LE(residual(wide, false, short_), 5) << what << " least work";
     EXPECT_EQ(eigen_of(a, 'N', 'N').info, 0) << what;

@@ -5,7 +5,7 @@
 #include "lapack/kernel/source/svd/gesdd.hpp"
 #include "lapack/lapack.hpp"
 #include "qrv/native.h"
-#include "support/spectrum.hpp"
+#include "support/known_values.hpp"
 #include "support/teams.hpp"
 
 namespace qrv::test {

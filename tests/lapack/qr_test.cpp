@@ -187,7 +187,8 @@ TYPED_TEST(Qr, ResidualsWithAnyWork) {
                 EXPECT_EQ(lapack::real_part(f.work[0]), static_cast<float>(full));
                 if (!first)
                     first.emplace(f);
-                EXPECT_TRUE(f.a.same_bits(first->a)) << m << 'x' << n << " work " << length;
+                EXPECT_TRUE(!bits_are_free_of_alignment() || f.a.same_bits(first->a))
+                    << m << 'x' << n << " work " << length;
             }
             const WorkMemoryProbe refusing(0, anySize);
             Factors<T> f(a, n);

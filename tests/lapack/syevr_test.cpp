@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "qrv/native.h"
-#include "support/spectrum.hpp"
+#include "support/known_values.hpp"
 #include "support/teams.hpp"
 
 namespace qrv::test {

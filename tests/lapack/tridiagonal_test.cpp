@@ -1,5 +1,5 @@
 // Solvers for symmetric tridiagonal matrices: eigenvalues against bisection in double, residuals and orthogonality of
-// eigenvectors, on every kind of matrix in support/spectrum.hpp.
+// eigenvectors, on every kind of matrix in support/known_values.hpp.
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -7,7 +7,7 @@
 #include <numeric>
 
 #include "qrv/native.h"
-#include "support/spectrum.hpp"
+#include "support/known_values.hpp"
 
 namespace qrv::test {
 namespace {
