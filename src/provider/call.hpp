@@ -266,12 +266,4 @@ R call(R (*routine)(N...), A&&... arguments) {
     }
 }
 
-// Stands for `call` in a method whose native routine is still to come, with the same arguments. Asks for the arrays;
-// raises NotImplementedError.
-template <class... A>
-[[noreturn]] void pending(const char* routine, const A&... arguments) {
-    ask_for_arrays(arguments...);
-    throw host::Providers::NotImplementedError(std::string(routine) + " is not in this version");
-}
-
 } // namespace qrv::provider

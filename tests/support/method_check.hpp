@@ -208,8 +208,6 @@ public:
                 }
     }
 
-    void is_pending() { EXPECT_EQ(failure(), name_ + " is not in this version"); }
-
 private:
     // What calls may write, and what they are given.
     struct State {
@@ -234,8 +232,6 @@ private:
             return "null";
         } catch (const IndexOutOfRangeError&) {
             return "empty";
-        } catch (const NotImplementedError& error) {
-            return error.what();
         }
         return "";
     }
@@ -351,16 +347,6 @@ public:
         stands_in_order(method);
         MethodCheck(routine, object_, method, static_cast<void (*)()>(nullptr), std::move(ints), {})
             .asks_for_arrays_in_order();
-    }
-
-    // A method whose native routine is still to come.
-    template <class Method>
-    void pending(const char* routine, Method method, std::vector<int> ints) {
-        SCOPED_TRACE(routine);
-        stands_in_order(method);
-        MethodCheck check(routine, object_, method, static_cast<void (*)()>(nullptr), std::move(ints), {});
-        check.asks_for_arrays_in_order();
-        check.is_pending();
     }
 
 private:

@@ -66,13 +66,6 @@ public:
     using std::length_error::length_error;
 };
 
-// The method is declared, so that the order of a class's methods is final, but its native routine is not in this
-// version. The text names it.
-class QRV_API NotImplementedError : public std::logic_error {
-public:
-    using std::logic_error::logic_error;
-};
-
 // View of a host array: the address of element 0 and the number of elements, or null. Made from a pointer and
 // a count, a span, or anything a span is made from (vector, std::array, built-in array). It owns nothing.
 template <class T>
