@@ -26,10 +26,16 @@ struct WorkParts {
     }
 };
 
+// The nearest float. By way of memory: the registers of 32-bit builds keep more digits than a float has.
+inline float nearest_float(std::int64_t x) {
+    const volatile float nearest = static_cast<float>(x);
+    return nearest;
+}
+
 // A work size as a routine returns it, in an element: rounded up, so that whoever takes it for a length gets enough.
 template <class T>
 T work_size(std::int64_t size) {
-    float value = static_cast<float>(size);
+    float value = nearest_float(size);
     if (static_cast<double>(value) < static_cast<double>(size))
         value = std::nextafter(value, std::numeric_limits<float>::max());
     return scalar<T>(value);

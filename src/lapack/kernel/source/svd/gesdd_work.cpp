@@ -4,6 +4,7 @@
 #include "lapack/calls/svd.hpp"
 #include "lapack/kernel/source/svd/gesdd.hpp"
 #include "lapack/lapack.hpp"
+#include "lapack/workspace.hpp"
 
 namespace qrv::lapack {
 
@@ -76,12 +77,12 @@ template SvdWork gesdd_work<float>(SvdJob, int, int);
 template SvdWork gesdd_work<SingleComplex>(SvdJob, int, int);
 
 float roundup_work(std::int64_t size) {
-    float told = static_cast<float>(size);
+    float told = nearest_float(size);
     const auto missing = [&](std::int64_t asked) { return asked - static_cast<std::int64_t>(told); };
     std::int64_t asked = size;
     for (std::int64_t step = missing(size); missing(size) > 0; step = 2 * missing(asked)) {
         asked += step;
-        told = static_cast<float>(asked);
+        told = nearest_float(asked);
     }
     return told;
 }
