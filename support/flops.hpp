@@ -97,4 +97,15 @@ constexpr Work pbtrf_work(double n, double kd) {
     return multiply_adds(n * kd * (kd + 1) / 2, false);
 }
 
+// Reduction of an m x n matrix to bidiagonal form, which is nearly all of singular values alone; with vectors, the
+// products that apply the reflectors too. QR iteration on a bidiagonal matrix with both sides' vectors: two sweeps a
+// value.
+constexpr Work gesdd_work(double m, double n, bool vectors, bool isComplex) {
+    const double k = m < n ? m : n, l = m < n ? n : m;
+    return multiply_adds(2 * (l - k / 3) * k * k + (vectors ? 2 * (l + k) * k * k : 0), isComplex);
+}
+constexpr Work bdsqr_work(double n) {
+    return multiply_adds(6 * n * n * n, false);
+}
+
 } // namespace support
