@@ -96,6 +96,16 @@ constexpr Work gbtrs_work(double n, double kl, double ku, double count) {
 constexpr Work pbtrf_work(double n, double kd) {
     return multiply_adds(n * kd * (kd + 1) / 2, false);
 }
+// Hessenberg form. QR iteration and eigenvalues: the usual estimates, for the number of sweeps is not known.
+constexpr Work gehrd_work(double n) {
+    return multiply_adds(5 * n * n * n / 3, false);
+}
+constexpr Work hseqr_work(double n, bool schurForm) {
+    return multiply_adds((schurForm ? 10 : 3.5) * n * n * n, false);
+}
+constexpr Work geev_work(double n, bool vectors) {
+    return multiply_adds((vectors ? 12.5 : 5) * n * n * n, false);
+}
 
 // Reduction of an m x n matrix to bidiagonal form, which is nearly all of singular values alone; with vectors, the
 // products that apply the reflectors too. QR iteration on a bidiagonal matrix with both sides' vectors: two sweeps a
