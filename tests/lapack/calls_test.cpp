@@ -143,23 +143,25 @@ const OrdinaryCalls rows[] = {
 
 // ---- The rows of src/routines -------------------------------------------------------------------------------------
 
-std::map<std::string, std::function<void(const std::string& call, bool onItsOwn)>> routines;
+std::map<std::string, Function<int>> routines;
 
-template <class Result, class... P>
-bool add(const char* name, Result (*routine)(P...)) {
-    const auto expect_clean = [=](const std::string& call, bool onItsOwn) {
-        const bool hasInfo = words_of(call).size() + 1 == sizeof...(P);
-        auto arguments = arguments_of<P...>(hasInfo ? call + " -99" : call);
-        int flags = 0;
-        const auto run = [&] { flags = flags_raised([&] { apply(routine, arguments); }); };
-        if (onItsOwn)
-            EXPECT_LE(stack_taken(run), stackOfACall) << name << ' ' << call;
-        else
-            run();
-        EXPECT_EQ(flags, 0) << name << ' ' << call;
-        EXPECT_EQ(hasInfo ? arguments.back().value() : 0, 0) << name << ' ' << call << ": not ordinary";
-    };
-    return routines.insert({name, expect_clean}).second;
+template <class Entry>
+bool add(const char* name, Entry* routine) {
+    return routines.insert({name, function_of<int>(routine)}).second;
+}
+
+void expect_clean(const std::string& name, const std::string& call, bool onItsOwn) {
+    const Function<int>& routine = routines.at(name);
+    const bool hasInfo = words_of(call).size() + 1 == routine.kinds.size();
+    auto arguments = arguments_of(routine.kinds, hasInfo ? call + " -99" : call);
+    int flags = 0;
+    const auto run = [&] { flags = flags_raised([&] { routine(arguments); }); };
+    if (onItsOwn)
+        EXPECT_LE(stack_taken(run), stackOfACall) << name << ' ' << call;
+    else
+        run();
+    EXPECT_EQ(flags, 0) << name << ' ' << call;
+    EXPECT_EQ(hasInfo ? arguments.back().value() : 0, 0) << name << ' ' << call << ": not ordinary";
 }
 
 #define CHECKED(NAME, name, ...) const bool name##_added = add(QRV_MEMBER_TEXT(NAME), QRV_MEMBER(NAME));
@@ -174,7 +176,7 @@ void run_all(bool onTheirOwn) {
         for (const std::string& name : words_of(names)) {
             ASSERT_TRUE(routines.count(name)) << name << " has no row in src/routines";
             for (const char* call : calls)
-                routines.at(name)(call, onTheirOwn);
+                expect_clean(name, call, onTheirOwn);
         }
 }
 

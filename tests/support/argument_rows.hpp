@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <iterator>
 #include <map>
 #include <numeric>
@@ -48,32 +47,43 @@ inline std::vector<std::string> words_of(const std::string& text) {
 
 // ---- A call -------------------------------------------------------------------------------------------------------
 
+enum class Kind { text, whole, real, complex };
+
+template <class Pointer>
+constexpr Kind kind_of() {
+    using Element = std::remove_const_t<std::remove_pointer_t<Pointer>>;
+    if constexpr (std::is_same_v<Element, char>)
+        return Kind::text;
+    else if constexpr (std::is_same_v<Element, int>)
+        return Kind::whole;
+    else if constexpr (std::is_same_v<Element, float>)
+        return Kind::real;
+    else
+        return std::is_same_v<Element, qrv_complex> ? Kind::complex : throw "a type without words";
+}
+
 // One argument: what its word stands for, in memory of its own.
 class Argument {
 public:
-    explicit Argument(const std::string& word, const std::string& next = "") : word_(word), next_(next) {}
-
-    template <class T>
-    T* address(T*) {
-        using Element = std::remove_const_t<T>;
-        if constexpr (std::is_same_v<Element, char>) {
-            return word_ == "~" ? "" : word_.c_str();
-        } else if (is_array()) {
-            fill<Element>();
-            return reinterpret_cast<T*>(memory_.data());
-        } else {
-            const double value = std::stod(word_);
-            memory_.resize(sizeof(Element));
-            if constexpr (std::is_same_v<Element, qrv_complex>)
-                new (memory_.data()) Element{static_cast<float>(value), 0};
-            else
-                new (memory_.data()) Element(static_cast<Element>(value));
-            return reinterpret_cast<T*>(memory_.data());
-        }
+    Argument(Kind kind, const std::string& word, const std::string& next) : kind_(kind), word_(word) {
+        if (kind == Kind::text)
+            memory_.assign(word.c_str(), word.c_str() + word.size() + 1);
+        if (word == "~")
+            memory_[0] = '\0';
+        if (kind == Kind::text)
+            return;
+        if (is_array())
+            fill(std::strtol(next.c_str(), nullptr, 10)); // a leading dimension, or the length of a work array
+        else
+            store(0, std::stod(word));
+        before_ = memory_;
     }
+
+    void* address() { return memory_.data(); }
     bool touched() const {
         const std::size_t first = word_ == "w" ? sizeof(qrv_complex) : 0;
-        return is_array() && std::memcmp(memory_.data() + first, before_.data() + first, before_.size() - first) != 0;
+        return kind_ != Kind::text && is_array() &&
+               std::memcmp(memory_.data() + first, before_.data() + first, before_.size() - first) != 0;
     }
     int value() const {
         int x;
@@ -85,42 +95,83 @@ private:
     bool is_matrix() const { return word_[0] == 'm' || (word_[0] == 'b' && word_.size() > 1); }
     bool is_array() const { return word_ == "." || word_ == "v" || word_ == "w" || is_matrix(); }
 
-    // Ones: matrices, vectors and pivots that any routine can work on.
-    template <class Element>
-    void fill() {
-        constexpr bool isReal = !std::is_same_v<Element, qrv_complex>;
-        const auto whole = [](float x) {
-            if constexpr (isReal)
-                return static_cast<Element>(x);
-            else
-                return Element{x, 0};
-        };
-        const long next = std::strtol(next_.c_str(), nullptr, 10); // a leading dimension, or the length of a work array
-        std::vector<Element> elements(std::max<std::size_t>(512, word_ == "w" ? std::max(next, 0L) : 0), whole(1));
-        if constexpr (isReal)
-            if (word_ == "v")
-                std::iota(elements.rbegin(), elements.rend(), Element(1));
-        if (is_matrix()) {
-            const auto ld = static_cast<std::size_t>(std::abs(next));
-            std::minstd_rand random;
-            const auto any = [&] { return static_cast<float>(random() % 255) / 127 - 1; };
-            elements.resize(2 * ld * ld + 512);
-            for (std::size_t k = 0; k < elements.size(); ++k)
-                if (k % ld == (word_[0] == 'm' ? k / ld : std::stoul(word_.substr(1))))
-                    elements[k] = whole(static_cast<float>(3 * ld));
-                else if constexpr (isReal)
-                    elements[k] = static_cast<Element>(any());
-                else
-                    elements[k] = {any(), any()};
-        }
-        memory_.resize(elements.size() * sizeof(Element));
-        std::memcpy(memory_.data(), elements.data(), memory_.size());
-        before_ = memory_;
+    void store(std::size_t k, double value, double imaginary = 0) {
+        const int whole = kind_ == Kind::whole ? static_cast<int>(value) : 0;
+        const float parts[] = {static_cast<float>(value), static_cast<float>(imaginary)};
+        const std::size_t size = kind_ == Kind::complex ? sizeof parts : sizeof whole;
+        memory_.resize(std::max(memory_.size(), (k + 1) * size));
+        std::memcpy(memory_.data() + k * size, kind_ == Kind::whole ? static_cast<const void*>(&whole) : parts, size);
     }
 
-    std::string word_, next_;
+    // Ones: matrices, vectors and pivots that any routine can work on.
+    void fill(long next) {
+        const auto ld = static_cast<std::size_t>(std::abs(next));
+        const std::size_t size = is_matrix()    ? 2 * ld * ld + 512
+                                 : word_ == "w" ? static_cast<std::size_t>(std::max(512L, next))
+                                                : 512;
+        const std::size_t diagonal = word_[0] == 'b' ? std::stoul(word_.substr(1)) : 0;
+        memory_.reserve(size * sizeof(qrv_complex));
+        std::minstd_rand random;
+        const auto any = [&] { return static_cast<double>(random() % 255) / 127 - 1; };
+        for (std::size_t k = 0; k < size; ++k)
+            if (!is_matrix())
+                store(k, word_ == "v" && kind_ != Kind::complex ? static_cast<double>(size - k) : 1);
+            else if (k % ld == (word_[0] == 'm' ? k / ld : diagonal))
+                store(k, static_cast<double>(3 * ld));
+            else if (kind_ == Kind::complex)
+                store(k, any(), any());
+            else
+                store(k, any());
+    }
+
+    Kind kind_;
+    std::string word_;
     std::vector<unsigned char> memory_, before_;
 };
+
+// A function whose arguments are all addresses. Its type is known here alone, for there are hundreds of them.
+template <class Result>
+struct Function {
+    std::vector<Kind> kinds;
+    bool hasInfo; // as its last argument
+    bool hasResult;
+    void (*function)();
+    Result (*invoke)(void (*function)(), void* const* arguments);
+
+    Result operator()(std::vector<Argument>& arguments) const {
+        std::vector<void*> addresses;
+        for (Argument& a : arguments)
+            addresses.push_back(a.address());
+        return invoke(function, addresses.data());
+    }
+};
+
+// With its result, or 0 for one that is no Result.
+template <class Result, class R, class... P>
+Function<Result> function_of(R (*function)(P...)) {
+    constexpr bool hasInfo = std::is_same_v<int*, typename decltype((std::type_identity<P>(), ...))::type>;
+    const auto invoke = [](void (*f)(), void* const* arguments) {
+        return [&]<std::size_t... I>(std::index_sequence<I...>) {
+            const auto call = [&] { return reinterpret_cast<R (*)(P...)>(f)(static_cast<P>(arguments[I])...); };
+            if constexpr (std::is_same_v<R, Result>)
+                return call();
+            else
+                return static_cast<void>(call()), Result{};
+        }
+        (std::index_sequence_for<P...>());
+    };
+    return {{kind_of<P>()...}, hasInfo, !std::is_void_v<R>, reinterpret_cast<void (*)()>(function), invoke};
+}
+
+inline std::vector<Argument> arguments_of(const std::vector<Kind>& kinds, const std::string& call) {
+    auto words = words_of(call);
+    EXPECT_EQ(words.size(), kinds.size()) << call;
+    words.resize(kinds.size() + 1, ".");
+    std::vector<Argument> arguments;
+    for (std::size_t i = 0; i < kinds.size(); ++i)
+        arguments.emplace_back(kinds[i], words[i], words[i + 1]);
+    return arguments;
+}
 
 struct Outcome {
     int result;          // info, or what a BLAS entry returns
@@ -128,60 +179,36 @@ struct Outcome {
     bool touched;        // any array
 };
 
+// A routine of LAPACK, with info as its last argument or without one, or of BLAS with a result.
 struct Routine {
-    std::function<Outcome(const std::string& call)> run;
-    std::function<std::set<int>(const std::string& call)> positions; // that the row checks
+    Function<int> entry;
+    Function<std::set<int>> checked; // the positions that its row checks
+
+    std::vector<Argument> arguments(const std::string& call) const {
+        return arguments_of(entry.kinds, entry.hasInfo ? call + " -99" : call);
+    }
+    Outcome run(const std::string& call) const {
+        auto given = arguments(call);
+        testing::internal::CaptureStdout();
+        const int result = entry(given);
+        Outcome outcome{result, testing::internal::GetCapturedStdout(), false};
+        if (entry.hasInfo)
+            outcome.result = given.back().value();
+        else if (!entry.hasResult)
+            outcome.result = outcome.printed != "";
+        outcome.touched = std::any_of(given.begin(), given.end(), [](const Argument& a) { return a.touched(); });
+        return outcome;
+    }
+    std::set<int> positions(const std::string& call) const {
+        auto given = arguments(call);
+        return checked(given);
+    }
 };
 using Routines = std::map<std::string, Routine>;
 
-template <class... P>
-std::vector<Argument> arguments_of(const std::string& call) {
-    auto words = words_of(call);
-    EXPECT_EQ(words.size(), sizeof...(P)) << call;
-    words.resize(sizeof...(P) + 1, ".");
-    std::vector<Argument> arguments;
-    for (std::size_t i = 0; i < sizeof...(P); ++i)
-        arguments.emplace_back(words[i], words[i + 1]);
-    return arguments;
-}
-
-template <class Result, class... P>
-Result apply(Result (*function)(P...), std::vector<Argument>& arguments) {
-    return [&]<std::size_t... I>(std::index_sequence<I...>) {
-        return function(arguments[I].address(P())...);
-    }
-    (std::index_sequence_for<P...>());
-}
-
-// Enters a routine: of LAPACK, with info as its last argument or without one, or of BLAS with a result.
-template <class Result, class... P>
-bool enroll(Routines& routines, const char* name, Result (*entry)(P...), std::set<int> (*positions)(P...)) {
-    constexpr bool hasInfo = std::is_same_v<int*, typename decltype((std::type_identity<P>(), ...))::type>;
-    const auto complete = [](const std::string& call) { return hasInfo ? call + " -99" : call; };
-    const auto run = [=](const std::string& call) {
-        auto arguments = arguments_of<P...>(complete(call));
-        testing::internal::CaptureStdout();
-        Outcome outcome{};
-        if constexpr (hasInfo) {
-            apply(entry, arguments);
-            outcome.result = arguments.back().value();
-        } else if constexpr (!std::is_void_v<Result>) {
-            outcome.result = apply(entry, arguments);
-        } else {
-            apply(entry, arguments);
-        }
-        outcome.printed = testing::internal::GetCapturedStdout();
-        if (!hasInfo && std::is_void_v<Result>)
-            outcome.result = outcome.printed != "";
-        outcome.touched =
-            std::any_of(arguments.begin(), arguments.end(), [](const Argument& a) { return a.touched(); });
-        return outcome;
-    };
-    const auto checked = [=](const std::string& call) {
-        auto arguments = arguments_of<P...>(complete(call));
-        return apply(positions, arguments);
-    };
-    return routines.insert({name, {run, checked}}).second;
+template <class Entry, class Positions>
+bool enroll(Routines& routines, const char* name, Entry* entry, Positions* positions) {
+    return routines.insert({name, {function_of<int>(entry), function_of<std::set<int>>(positions)}}).second;
 }
 
 // The positions of a row's checks: used as positions_of(checks...).
