@@ -53,7 +53,8 @@ std::vector<Case> matrix_cases(const CaseOptions& options);    // the rest of le
 std::vector<Case> symmetric_cases(const CaseOptions& options); // symmetric and Hermitian
 std::vector<Case> getrf_cases(const CaseOptions& options);
 std::vector<Case> cholesky_cases(const CaseOptions& options);
-std::vector<Case> band_cases(const CaseOptions& options);         // LU and Cholesky of bands
+std::vector<Case> band_cases(const CaseOptions& options); // LU and Cholesky of bands
+std::vector<Case> qr_cases(const CaseOptions& options);
 std::vector<Case> singular_cases(const CaseOptions& options);     // singular values
 std::vector<Case> nonsymmetric_cases(const CaseOptions& options); // eigenvalues of general matrices
 

@@ -106,6 +106,17 @@ constexpr Work hseqr_work(double n, bool schurForm) {
 constexpr Work geev_work(double n, bool vectors) {
     return multiply_adds((vectors ? 12.5 : 5) * n * n * n, false);
 }
+// QR of an m x n matrix; Q of k reflectors from the left applied to m x n, and its first n columns.
+constexpr Work geqrf_work(double m, double n, bool isComplex) {
+    const double k = m < n ? m : n, other = m < n ? n : m;
+    return multiply_adds(k * k * (other - k / 3), isComplex);
+}
+constexpr Work ormqr_work(double m, double n, double k, bool isComplex) {
+    return multiply_adds(n * k * (2 * m - k), isComplex);
+}
+constexpr Work orgqr_work(double m, double n, double k, bool isComplex) {
+    return multiply_adds(2 * m * n * k - (m + n) * k * k + 2 * k * k * k / 3, isComplex);
+}
 
 // Reduction of an m x n matrix to bidiagonal form, which is nearly all of singular values alone; with vectors, the
 // products that apply the reflectors too. QR iteration on a bidiagonal matrix with both sides' vectors: two sweeps a
