@@ -85,5 +85,50 @@ TYPED_TEST(Condition, SumsOfEachFactorOfItsOwn) {
     }
 }
 
+// A solve with the first factor alone passes what can be computed with, and the inverse does not: both scales count.
+// The elements are powers of two, the largest one of the inverse is 2^124.
+TYPED_TEST(Condition, ScalesOfBothFactors) {
+    using T = TypeParam;
+    constexpr int n = 2, kd = 1;
+    const float anorm = 1;
+    for (const char uplo : {'U', 'L'}) {
+        const float first = 0x1p-50F, beside = 0x1p58F, second = 0x1p46F;
+        const T full[] = {scalar<T>(first), scalar<T>(beside), scalar<T>(beside), scalar<T>(second)};
+        std::vector<T> work(3 * n);
+        std::vector<float> rwork(n);
+        std::vector<int> iwork(n);
+        float rcond = -1;
+        int info = -1;
+        if constexpr (isComplex<T>) {
+            CPOCON(&uplo, &n, full, &n, &anorm, &rcond, work.data(), rwork.data(), &info);
+        } else {
+            SPOCON(&uplo, &n, full, &n, &anorm, &rcond, work.data(), iwork.data(), &info);
+            const float upper[] = {nan, first, beside, second}, lower[] = {first, beside, second, nan};
+            float banded = -1;
+            SPBCON(&uplo, &n, &kd, uplo == 'U' ? upper : lower, &n, &anorm, &banded, work.data(), iwork.data(), &info);
+            EXPECT_EQ(banded, rcond) << uplo;
+        }
+        EXPECT_EQ(rcond, 0x1p-124F) << uplo;
+    }
+}
+
+// Every multiplier and interchange of a band's L, to the last: U is the unit matrix.
+TEST(BandCondition, EveryMultiplierCounts) {
+    constexpr int n = 3, kl = 1, ku = 0, ldab = 3;
+    const float anorm = 1;
+    for (const int column : {0, 1})
+        for (const bool interchanged : {false, true})
+            for (const char norm : {'1', 'I'}) {
+                float ab[ldab * n] = {nan, 1, 0, 0, 1, 0, 0, 1, nan};
+                ab[ldab * column + 2] = 4;
+                int ipiv[n] = {1, 2, 3};
+                ipiv[column] += interchanged ? 1 : 0;
+                float work[3 * n], rcond = -1;
+                int iwork[n], info = -1;
+                SGBCON(&norm, &n, &kl, &ku, ab, &ldab, ipiv, &anorm, &rcond, work, iwork, &info);
+                EXPECT_EQ(rcond, 0.2F) << column << interchanged << norm;
+            }
+}
+
 } // namespace
 } // namespace qrv::test

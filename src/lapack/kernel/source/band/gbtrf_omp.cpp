@@ -2,10 +2,12 @@
 // [j, j + jb):
 //
 //           jb   j2   j3
-//     jb  [ A11  A12  A13 ]   A13 is a lower triangle, A31 an upper one: the band ends in them, so they are worked on
-//     in i2  [ A21  A22  A23 ]   squares W13 and W31, whose other triangles are 0. Row i2 ends at the last row that
-//     column i3  [ A31  A32  A33 ]   j has, column j2 at the last column that row j has. Each of i2, i3, j2, j3 may be
-//     empty.
+//     jb  [ A11  A12  A13 ]
+//     i2  [ A21  A22  A23 ]
+//     i3  [ A31  A32  A33 ]
+//
+// A13 is a lower triangle and A31 an upper one: the band ends in them, so they are worked on in squares W13 and W31,
+// whose other triangles are 0. Each of i2, i3, j2 and j3 may be 0 or less: there is no such block then.
 //
 // The panel A11, A21, A31 is factored column by column by the calling thread, with interchanges in its own columns
 // only; elements of A31 go to W31 as soon as their column is done, and rows of W31 take part in later interchanges.
