@@ -57,5 +57,6 @@ std::vector<Case> band_cases(const CaseOptions& options); // LU and Cholesky of 
 std::vector<Case> qr_cases(const CaseOptions& options);
 std::vector<Case> singular_cases(const CaseOptions& options);     // singular values
 std::vector<Case> nonsymmetric_cases(const CaseOptions& options); // eigenvalues of general matrices
+std::vector<Case> syevr_cases(const CaseOptions& options);        // symmetric eigenproblem
 
 } // namespace bench

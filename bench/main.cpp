@@ -269,7 +269,7 @@ int run(Options& options) {
     const CaseOptions caseOptions{options.threads, static_cast<float>(options.beta), options.quick};
     std::vector<Case> cases;
     for (auto* family : {vector_cases, matrix_vector_cases, gemm_cases, matrix_cases, symmetric_cases, getrf_cases,
-                         cholesky_cases, band_cases, qr_cases, singular_cases, nonsymmetric_cases})
+                         cholesky_cases, band_cases, qr_cases, singular_cases, nonsymmetric_cases, syevr_cases})
         for (Case& work : family(caseOptions))
             cases.push_back(std::move(work));
     const std::regex filter(options.filter);

@@ -77,7 +77,7 @@ public:
 private:
     template <std::size_t>
     using Address = void*;
-    static constexpr std::size_t most = 17;
+    static constexpr std::size_t most = 25; // one more than the longest list, of addresses and lengths of texts
     static constexpr auto counts = std::make_index_sequence<most>{};
 
     template <class Result, class Use, std::size_t... Count>

@@ -129,4 +129,13 @@ constexpr Work bdsqr_work(double n) {
     return multiply_adds(6 * n * n * n, false);
 }
 
+// Reduction of a symmetric matrix to tridiagonal form, its eigenvalues from that, and its vectors: the reduction and
+// the product with its Q, as what is done to the tridiagonal matrix is of lower order. Real only.
+constexpr Work sytrd_work(double n) {
+    return multiply_adds(2 * n * n * n / 3, false);
+}
+constexpr Work syevr_work(double n, bool vectors) {
+    return multiply_adds(n * n * n * (vectors ? 5.0 / 3 : 2.0 / 3), false);
+}
+
 } // namespace support
