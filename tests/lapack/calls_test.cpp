@@ -1,12 +1,19 @@
-// Calls of every routine with ordinary matrices. A host may have invalid operations, divisions by zero and overflows
-// trapped: no flag of these is raised, whatever is computed on the way and not used. And it may give its threads small
-// stacks.
+// Calls of every routine. With ordinary matrices: a host may have invalid operations, divisions by zero and overflows
+// trapped, so that no flag of these is raised, whatever is computed on the way and not used; it may give its threads
+// small stacks, and call on many of them. With numbers that are none, and without memory, calls end all the same.
+#include <atomic>
+#include <csignal>
 #include <gtest/gtest.h>
+#include <thread>
+#include <unistd.h>
 
 #include "blas/complex.hpp"
 #include "lapack/lapack.hpp"
+#include "service/work_pool.hpp"
 #include "support/argument_rows.hpp"
 #include "support/flags.hpp"
+#include "support/operand.hpp"
+#include "support/sample.hpp"
 #include "support/stack.hpp"
 #include "support/teams.hpp"
 
@@ -150,20 +157,6 @@ bool add(const char* name, Entry* routine) {
     return routines.insert({name, function_of<int>(routine)}).second;
 }
 
-void expect_clean(const std::string& name, const std::string& call, bool onItsOwn) {
-    const Function<int>& routine = routines.at(name);
-    const bool hasInfo = words_of(call).size() + 1 == routine.kinds.size();
-    auto arguments = arguments_of(routine.kinds, hasInfo ? call + " -99" : call);
-    int flags = 0;
-    const auto run = [&] { flags = flags_raised([&] { routine(arguments); }); };
-    if (onItsOwn)
-        EXPECT_LE(stack_taken(run), stackOfACall) << name << ' ' << call;
-    else
-        run();
-    EXPECT_EQ(flags, 0) << name << ' ' << call;
-    EXPECT_EQ(hasInfo ? arguments.back().value() : 0, 0) << name << ' ' << call << ": not ordinary";
-}
-
 #define CHECKED(NAME, name, ...) const bool name##_added = add(QRV_MEMBER_TEXT(NAME), QRV_MEMBER(NAME));
 #define UNCHECKED(Result, NAME, name, ...) CHECKED(NAME, name)
 #define REPORTED CHECKED
@@ -171,28 +164,30 @@ void expect_clean(const std::string& name, const std::string& call, bool onItsOw
 #define QRV_ROUTINES "routines/lapack.def"
 #include "routines/members.def"
 
-void run_all(bool onTheirOwn) {
-    for (const auto& [names, calls] : rows)
-        for (const std::string& name : words_of(names)) {
-            ASSERT_TRUE(routines.count(name)) << name << " has no row in src/routines";
-            for (const char* call : calls)
-                expect_clean(name, call, onTheirOwn);
-        }
-}
+using Arguments = std::vector<Argument>;
 
-TEST(Calls, RaiseNoFlags) {
-    for (const int team : {1, 2}) {
-        const ForcedTeam forced(team);
-        run_all(false);
+struct Case {
+    std::string text;
+    const Function<int>* routine;
+    bool hasInfo;
+    Arguments given, found; // before a call and after one
+
+    Case(const std::string& name, const std::string& call) : text(name + ' ' + call), routine(&routines.at(name)) {
+        hasInfo = words_of(call).size() + 1 == routine->kinds.size();
+        given = arguments_of(routine->kinds, hasInfo ? call + " -99" : call);
+        found = given;
     }
-}
+    void run(Arguments& arguments) const { (*routine)(arguments); }
+    int info(const Arguments& arguments) const { return hasInfo ? arguments.back().value() : 0; }
+};
 
-TEST(Calls, TakeLittleStack) {
-#ifdef QRV_CHECKED
-    GTEST_SKIP() << "sanitizers and asserts take stack of their own";
-#endif
-    const ForcedTeam alone(1);
-    run_all(true);
+std::vector<Case> all_cases() {
+    std::vector<Case> cases;
+    for (const auto& [names, calls] : rows)
+        for (const std::string& name : words_of(names))
+            for (const char* call : calls)
+                cases.emplace_back(name, call);
+    return cases;
 }
 
 TEST(Calls, AreToldOfEveryRoutine) {
@@ -202,6 +197,133 @@ TEST(Calls, AreToldOfEveryRoutine) {
             untold.erase(name);
     for (const auto& [name, routine] : untold)
         ADD_FAILURE() << name << " has no ordinary call in the table of this file";
+}
+
+// ---- Ordinary matrices ----------------------------------------------------------------------------------------------
+
+TEST(Calls, RaiseNoFlags) {
+    for (const int team : {1, 2}) {
+        const ForcedTeam forced(team);
+        for (Case& c : all_cases()) {
+            EXPECT_EQ(flags_raised([&] { c.run(c.found); }), 0) << c.text;
+            EXPECT_EQ(c.info(c.found), 0) << c.text << ": not ordinary";
+        }
+    }
+}
+
+TEST(Calls, TakeLittleStack) {
+#ifdef QRV_CHECKED
+    GTEST_SKIP() << "sanitizers and asserts take stack of their own";
+#endif
+    const ForcedTeam alone(1);
+    for (Case& c : all_cases())
+        EXPECT_LE(stack_taken([&] { c.run(c.found); }), stackOfACall) << c.text;
+}
+
+void expect_the_same_bits(const Case& c) {
+    auto arguments = c.given;
+    c.run(arguments);
+    for (std::size_t i = 0; i < arguments.size(); ++i)
+        EXPECT_TRUE(arguments[i].same_bits(c.found[i])) << c.text << ": argument " << i + 1;
+}
+
+TEST(Calls, BitsOfATeam) {
+    Sample sample(4);
+    for (const int team : {2, 3, 5}) {
+        const ForcedTeam forced(team);
+        for (Case& c : all_cases()) {
+            if (c.text.substr(1, 5) == "POTRF" || !sample.takes()) // the one whose bits a team may change
+                continue;
+            c.run(c.found);
+            for (int repeated = 0; repeated < 3; ++repeated)
+                expect_the_same_bits(c);
+        }
+    }
+}
+
+// Threads of a host that call everything in orders of their own find what one finds alone.
+TEST(Calls, ConcurrencyOfHostThreads) {
+    const ForcedTeam alone(1);
+    auto cases = all_cases();
+    for (Case& c : cases)
+        c.run(c.found);
+    std::vector<std::thread> threads;
+    for (unsigned t = 0; t < 8; ++t)
+        threads.emplace_back([&, t] {
+            std::minstd_rand random(t + 1);
+            for (int k = 0; k < 500; ++k)
+                expect_the_same_bits(cases[random() % cases.size()]);
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+// ---- What goes wrong ------------------------------------------------------------------------------------------------
+
+char underWay[200]; // for the message of a call that does not end
+
+void say_what_does_not_end(int) {
+    if (write(STDERR_FILENO, underWay, std::strlen(underWay)) >= 0)
+        _exit(1);
+}
+
+TEST(Calls, EndWhateverTheNumbers) {
+    const auto saved = std::signal(SIGALRM, say_what_does_not_end);
+    Sample sample(11);
+    for (const Case& c : all_cases())
+        for (std::size_t k = 0; k < c.given.size(); ++k)
+            for (const float value : {nan, infinity, -infinity, 0x1.fp127F, 0x1p-149F, -0.0F})
+                for (const std::size_t step : {1 << 30, 37, 1}) { // one element, some, all
+                    if (!c.given[k].is_floating() || !sample.takes())
+                        continue;
+                    auto arguments = c.given;
+                    arguments[k].replace(step, value);
+                    std::snprintf(underWay, sizeof underWay, "%s: %g at argument %d, step %zu, does not end\n",
+                                  c.text.c_str(), static_cast<double>(value), static_cast<int>(k + 1), step);
+                    alarm(60);
+                    c.run(arguments);
+                    alarm(0);
+                }
+    std::signal(SIGALRM, saved);
+}
+
+std::atomic<int> requests, refused;
+
+void* refusing_malloc(std::size_t size) {
+    return ++requests == refused ? nullptr : std::malloc(size);
+}
+
+// A request for memory that is refused is done without, and the result is that of another order of the same sums, or
+// info tells.
+TEST(Calls, BearRefusedMemory) {
+    const AllocatorSlots saved = allocatorSlots;
+    allocatorSlots.malloc = refusing_malloc;
+    const auto run = [](const Case& c, Arguments& arguments, int which) {
+        qrv_serv_free_buffers();
+        requests = 0;
+        refused = which;
+        c.run(arguments);
+        return requests.load();
+    };
+    Sample sample(11);
+    for (const int team : {1, 2}) {
+        const ForcedTeam forced(team);
+        for (Case& c : all_cases()) {
+            const int made = run(c, c.found, 0);
+            for (int which = 1; which <= made; ++which) {
+                if (!sample.takes())
+                    continue;
+                auto arguments = c.given;
+                run(c, arguments, which);
+                for (std::size_t k = 0; k < arguments.size(); ++k)
+                    EXPECT_TRUE(c.info(arguments) != 0 || arguments[k].distance(c.found[k]) <= 0.02)
+                        << c.text << ": request " << which << " of " << made << " refused, team " << team
+                        << ", argument " << k + 1 << " off by " << arguments[k].distance(c.found[k]);
+            }
+        }
+    }
+    qrv_serv_free_buffers();
+    allocatorSlots = saved;
 }
 
 } // namespace

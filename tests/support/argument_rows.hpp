@@ -14,6 +14,7 @@
 #include <cstring>
 #include <iterator>
 #include <map>
+#include <new>
 #include <numeric>
 #include <random>
 #include <set>
@@ -62,6 +63,18 @@ constexpr Kind kind_of() {
         return std::is_same_v<Element, qrv_complex> ? Kind::complex : throw "a type without words";
 }
 
+// Memory from a line of the caches on: where arrays lie must not tell calls apart.
+template <class T>
+struct OnLines {
+    using value_type = T;
+    OnLines() = default;
+    template <class U>
+    OnLines(const OnLines<U>&) {}
+    T* allocate(std::size_t n) { return static_cast<T*>(::operator new(n * sizeof(T), std::align_val_t(64))); }
+    void deallocate(T* memory, std::size_t) { ::operator delete(memory, std::align_val_t(64)); }
+    bool operator==(const OnLines&) const = default;
+};
+
 // One argument: what its word stands for, in memory of its own.
 class Argument {
 public:
@@ -89,6 +102,27 @@ public:
         int x;
         std::memcpy(&x, memory_.data(), sizeof x);
         return x;
+    }
+    // Of the elements of a matrix, from those of another call: the largest, against the largest element.
+    double distance(const Argument& other) const {
+        float largest = 0, distance = 0;
+        if (is_floating() && is_matrix())
+            for (std::size_t k = 0; k < memory_.size(); k += sizeof(float)) {
+                float x, y;
+                std::memcpy(&x, memory_.data() + k, sizeof x);
+                std::memcpy(&y, other.memory_.data() + k, sizeof y);
+                largest = std::max({largest, std::abs(x), std::abs(y)});
+                distance = std::max(distance, std::abs(x - y));
+            }
+        return static_cast<double>(distance) / std::max(1e-30F, largest);
+    }
+    bool same_bits(const Argument& other) const { return memory_ == other.memory_; }
+    bool is_floating() const { return kind_ == Kind::real || kind_ == Kind::complex; }
+    // Every step-th element becomes x.
+    void replace(std::size_t step, float x) {
+        const std::size_t size = kind_ == Kind::complex ? 2 * sizeof x : sizeof x;
+        for (std::size_t k = step % 5; k * size < memory_.size(); k += step)
+            store(k, x, x);
     }
 
 private:
@@ -126,7 +160,7 @@ private:
 
     Kind kind_;
     std::string word_;
-    std::vector<unsigned char> memory_, before_;
+    std::vector<unsigned char, OnLines<unsigned char>> memory_, before_;
 };
 
 // A function whose arguments are all addresses. Its type is known here alone, for there are hundreds of them.

@@ -16,15 +16,15 @@ void each_of(const Real& real, const Complex& complex, const Body& body) {
         body(routine);
 }
 
-// As long as it lives, BLAS routines ask for `threads`, whatever the machine has.
+// As long as it lives, routines ask for `threads`, whatever the machine has.
 class ForcedTeam {
 public:
     explicit ForcedTeam(int threads) : dynamic_(qrv_serv_get_dynamic()) {
         qrv_serv_set_dynamic(0);
-        qrv_serv_domain_set_num_threads(threads, QRV_DOMAIN_BLAS);
+        qrv_serv_set_num_threads(threads);
     }
     ~ForcedTeam() {
-        qrv_serv_domain_set_num_threads(0, QRV_DOMAIN_BLAS);
+        qrv_serv_set_num_threads(0);
         qrv_serv_set_dynamic(dynamic_);
     }
     ForcedTeam(const ForcedTeam&) = delete;
