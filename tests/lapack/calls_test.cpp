@@ -4,6 +4,7 @@
 #include <atomic>
 #include <csignal>
 #include <gtest/gtest.h>
+#include <memory>
 #include <thread>
 #include <unistd.h>
 
@@ -13,6 +14,7 @@
 #include "support/argument_rows.hpp"
 #include "support/flags.hpp"
 #include "support/operand.hpp"
+#include "support/reserved.hpp"
 #include "support/sample.hpp"
 #include "support/stack.hpp"
 #include "support/teams.hpp"
@@ -256,6 +258,86 @@ TEST(Calls, ConcurrencyOfHostThreads) {
         });
     for (std::thread& thread : threads)
         thread.join();
+}
+
+// ---- Wide indices ---------------------------------------------------------------------------------------------------
+
+// The matrices of a call with their columns so far apart that offsets pass 2^31 elements.
+class FarApart {
+public:
+    static constexpr int gap = 1 << 29;
+
+    explicit FarApart(const Case& c) : arguments_(c.given) {
+        for (std::size_t k = 0; k < arguments_.size(); ++k) {
+            addresses_.push_back(arguments_[k].address());
+            if (!arguments_[k].is_floating() || !arguments_[k].is_matrix())
+                continue;
+            const std::size_t element = c.routine->kinds[k] == Kind::complex ? 8 : 4;
+            const auto ld = static_cast<std::size_t>(arguments_[k + 1].value());
+            far_.push_back({k, ld * element, (ld + gap) * element, arguments_[k].bytes() / (ld * element)});
+            const Far& far = far_.back();
+            memory_.push_back(std::make_unique<Reserved>(far.columns * far.distance));
+            ok_ = ok_ && memory_.back()->ok();
+        }
+        for (std::size_t m = 0; ok_ && m < far_.size(); ++m) {
+            addresses_[far_[m].position] = memory_[m]->floats();
+            move(m, [](char* far, char* near, std::size_t bytes) { std::memcpy(far, near, bytes); });
+        }
+        for (const Far& far : far_)
+            arguments_[far.position + 1].store(0, arguments_[far.position + 1].value() + gap);
+    }
+    bool ok() const { return ok_; }
+    bool any() const { return !far_.empty(); }
+
+    // With the columns put together again.
+    const Arguments& call(const Function<int>& routine) {
+        routine.invoke(routine.function, addresses_.data());
+        for (std::size_t m = 0; m < far_.size(); ++m)
+            move(m, [](char* far, char* near, std::size_t bytes) { std::memcpy(near, far, bytes); });
+        return arguments_;
+    }
+
+private:
+    struct Far {
+        std::size_t position, bytes, distance, columns;
+    };
+
+    template <class Copy>
+    void move(std::size_t m, Copy copy) {
+        auto* const far = reinterpret_cast<char*>(memory_[m]->floats());
+        auto* const near = static_cast<char*>(arguments_[far_[m].position].address());
+        for (std::size_t j = 0; j < far_[m].columns; ++j)
+            copy(far + j * far_[m].distance, near + j * far_[m].bytes, far_[m].bytes);
+    }
+
+    Arguments arguments_;
+    std::vector<void*> addresses_;
+    std::vector<Far> far_;
+    std::vector<std::unique_ptr<Reserved>> memory_;
+    bool ok_ = true;
+};
+
+TEST(Calls, ReachFarColumns) {
+#ifdef QRV_CHECKED
+    GTEST_SKIP() << "the sanitizer keeps a shadow of all addresses";
+#endif
+    if (sizeof(void*) == 4)
+        GTEST_SKIP() << "no such addresses";
+    Sample sample(2);
+    for (Case& c : all_cases()) {
+        if (!sample.takes())
+            continue;
+        FarApart far(c);
+        if (!far.any())
+            continue;
+        if (!far.ok())
+            GTEST_SKIP() << "no room for such matrices";
+        c.run(c.found);
+        const Arguments& found = far.call(*c.routine);
+        for (std::size_t k = 0; k < found.size(); ++k)
+            EXPECT_TRUE(found[k].distance(c.found[k]) <= 1e-3)
+                << c.text << ": argument " << k + 1 << " off by " << found[k].distance(c.found[k]);
+    }
 }
 
 // ---- What goes wrong ------------------------------------------------------------------------------------------------

@@ -118,17 +118,6 @@ public:
     }
     bool same_bits(const Argument& other) const { return memory_ == other.memory_; }
     bool is_floating() const { return kind_ == Kind::real || kind_ == Kind::complex; }
-    // Every step-th element becomes x.
-    void replace(std::size_t step, float x) {
-        const std::size_t size = kind_ == Kind::complex ? 2 * sizeof x : sizeof x;
-        for (std::size_t k = step % 5; k * size < memory_.size(); k += step)
-            store(k, x, x);
-    }
-
-private:
-    bool is_matrix() const { return word_[0] == 'm' || (word_[0] == 'b' && word_.size() > 1); }
-    bool is_array() const { return word_ == "." || word_ == "v" || word_ == "w" || is_matrix(); }
-
     void store(std::size_t k, double value, double imaginary = 0) {
         const int whole = kind_ == Kind::whole ? static_cast<int>(value) : 0;
         const float parts[] = {static_cast<float>(value), static_cast<float>(imaginary)};
@@ -136,6 +125,19 @@ private:
         memory_.resize(std::max(memory_.size(), (k + 1) * size));
         std::memcpy(memory_.data() + k * size, kind_ == Kind::whole ? static_cast<const void*>(&whole) : parts, size);
     }
+
+    // Every step-th element becomes x.
+    void replace(std::size_t step, float x) {
+        const std::size_t size = kind_ == Kind::complex ? 2 * sizeof x : sizeof x;
+        for (std::size_t k = step % 5; k * size < memory_.size(); k += step)
+            store(k, x, x);
+    }
+
+    bool is_matrix() const { return word_[0] == 'm' || (word_[0] == 'b' && word_.size() > 1); }
+    std::size_t bytes() const { return memory_.size(); }
+
+private:
+    bool is_array() const { return word_ == "." || word_ == "v" || word_ == "w" || is_matrix(); }
 
     // Ones: matrices, vectors and pivots that any routine can work on.
     void fill(long next) {
