@@ -41,6 +41,16 @@ QRV_API void SGBTF2(const int* m, const int* n, const int* kl, const int* ku, fl
 QRV_API void SGBTRS(const char* trans, const int* n, const int* kl, const int* ku, const int* nrhs, const float* ab,
                     const int* ldab, const int* ipiv, float* b, const int* ldb, int* info);
 
+/* Solution of A*X = B by SGBTRF and SGBTRS.
+ *
+ * n, nrhs   order of A, columns of B; at least 0
+ * ab, ldab  A, overwritten by its factors; ipiv n ints, the interchanges
+ * b, ldb    B, n x nrhs, overwritten by X; ldb >= max(1, n)
+ * info      i > 0: u(i, i) is exactly 0; A is factored, and B unchanged
+ * Reported: 1, 2, 3, 4, 6, 9. */
+QRV_API void SGBSV(const int* n, const int* kl, const int* ku, const int* nrhs, float* ab, const int* ldab, int* ipiv,
+                   float* b, const int* ldb, int* info);
+
 /* Reciprocal condition number of a band matrix of order n from its norm and the factors of SGBTRF, as SGECON.
  *
  * norm   '1', 'O': of the 1-norms; 'I': of the infinity norms
@@ -64,6 +74,16 @@ QRV_API void SPBTF2(const char* uplo, const int* n, const int* kd, float* ab, co
  * Reported: 1, 2, 3, 4, 6, 8. */
 QRV_API void SPBTRS(const char* uplo, const int* n, const int* kd, const int* nrhs, const float* ab, const int* ldab,
                     float* b, const int* ldb, int* info);
+
+/* Solution of A*X = B by SPBTRF and SPBTRS.
+ *
+ * n, nrhs   order of A, columns of B; at least 0
+ * ab, ldab  the triangle of A, overwritten by its factor
+ * b, ldb    B, n x nrhs, overwritten by X; ldb >= max(1, n)
+ * info      i > 0: as for SPBTRF; B is unchanged
+ * Reported: 1, 2, 3, 4, 6, 8. */
+QRV_API void SPBSV(const char* uplo, const int* n, const int* kd, const int* nrhs, float* ab, const int* ldab, float* b,
+                   const int* ldb, int* info);
 
 /* Reciprocal condition number in the 1-norm of a positive definite band matrix, from its norm and the factor of
  * SPBTRF, as SPOCON. work: 3*n floats; iwork: n ints.

@@ -42,6 +42,18 @@ QRV_API void SPOTRS(const char* uplo, const int* n, const int* nrhs, const float
 QRV_API void CPOTRS(const char* uplo, const int* n, const int* nrhs, const qrv_complex* a, const int* lda,
                     qrv_complex* b, const int* ldb, int* info);
 
+/* Solution of A*X = B by SPOTRF and SPOTRS.
+ *
+ * n, nrhs  order of A, columns of B; at least 0
+ * a, lda   the triangle of A, overwritten by its factor
+ * b, ldb   B, n x nrhs, overwritten by X; ldb >= max(1, n)
+ * info     i > 0: as for SPOTRF; B is unchanged
+ * Reported: 1, 2, 3, 5, 7. */
+QRV_API void SPOSV(const char* uplo, const int* n, const int* nrhs, float* a, const int* lda, float* b, const int* ldb,
+                   int* info);
+QRV_API void CPOSV(const char* uplo, const int* n, const int* nrhs, qrv_complex* a, const int* lda, qrv_complex* b,
+                   const int* ldb, int* info);
+
 /* Inverse of A from the factor of SPOTRF: its triangle takes the place of the factor.
  *
  * info  i > 0: element i of the diagonal of the factor is exactly 0; there is no inverse, and the factor is unchanged

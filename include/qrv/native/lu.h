@@ -37,6 +37,19 @@ QRV_API void SGETRS(const char* trans, const int* n, const int* nrhs, const floa
 QRV_API void CGETRS(const char* trans, const int* n, const int* nrhs, const qrv_complex* a, const int* lda,
                     const int* ipiv, qrv_complex* b, const int* ldb, int* info);
 
+/* Solution of A*X = B by SGETRF and SGETRS.
+ *
+ * n, nrhs   order of A, columns of B; at least 0
+ * a, lda    A, overwritten by its factors; lda >= max(1, n)
+ * ipiv      n ints, the interchanges
+ * b, ldb    B, n x nrhs, overwritten by X; ldb >= max(1, n)
+ * info      i > 0: u(i, i) is exactly 0; A is factored, and B unchanged
+ * Reported: 1, 2, 4, 7. */
+QRV_API void SGESV(const int* n, const int* nrhs, float* a, const int* lda, int* ipiv, float* b, const int* ldb,
+                   int* info);
+QRV_API void CGESV(const int* n, const int* nrhs, qrv_complex* a, const int* lda, int* ipiv, qrv_complex* b,
+                   const int* ldb, int* info);
+
 /* Inverse of a matrix from the factors of SGETRF, in their place.
  *
  * n         order of A, at least 0

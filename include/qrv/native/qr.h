@@ -34,6 +34,25 @@ QRV_API void SGEQRF(const int* m, const int* n, float* a, const int* lda, float*
 QRV_API void CGEQRF(const int* m, const int* n, qrv_complex* a, const int* lda, qrv_complex* tau, qrv_complex* work,
                     const int* lwork, int* info);
 
+/* Least squares: X of least norm(B - op(A)*X), column by column, where op(A) has at least as many rows as columns;
+ * else, of the solutions of op(A)*X = B, that of least norm. A, m x n, has full rank.
+ *
+ * trans     'N': op(A) = A; 'T', for CGELS 'C': its conjugate transpose
+ * nrhs      columns of B and X, at least 0
+ * a, lda    A, overwritten by its factors of SGEQRF, or of SGELQF if m < n; lda >= max(1, m)
+ * b, ldb    B, with as many rows as op(A), overwritten by X; ldb >= max(1, m, n). Of a least squares solution what
+ *           stands below X has the norm of the residual, column by column
+ * lwork     at least max(1, k + max(k, nrhs)), k the lesser of m and n
+ * info      i > 0: element i on the diagonal of the triangle is exactly 0, so that A has not full rank; there is no
+ *           solution
+ * Reported: 1, 2, 3, 4, 6, 8, 10; work(1) is set for the last one even so.
+ *
+ * Source: G. Golub, C. Van Loan, Matrix Computations, 5.3. */
+QRV_API void SGELS(const char* trans, const int* m, const int* n, const int* nrhs, float* a, const int* lda, float* b,
+                   const int* ldb, float* work, const int* lwork, int* info);
+QRV_API void CGELS(const char* trans, const int* m, const int* n, const int* nrhs, qrv_complex* a, const int* lda,
+                   qrv_complex* b, const int* ldb, qrv_complex* work, const int* lwork, int* info);
+
 /* QR factorization with column pivoting, A*P = Q*R, of a general m x n matrix. The diagonal of R is not negative, and
  * each element of it is at least as large as what is below and right of it in any column.
  *

@@ -27,6 +27,10 @@ void gbtrs(Op op, const BandShape& shape, int nrhs, const float* ab, int ldab, c
 void pbtrs(Uplo uplo, int n, int kd, int nrhs, const float* ab, int ldab, Matrix<float> b);
 int tbtrs(Uplo uplo, Op op, Diag diag, int n, int kd, int nrhs, const float* ab, int ldab, Matrix<float> b);
 
+// Factor A and overwrite B with the solution of A X = B. Result: that of the factorization; without one B stays.
+int gbsv(const BandShape& shape, int nrhs, float* ab, int ldab, int* ipiv, Matrix<float> b);
+int pbsv(Uplo uplo, int n, int kd, int nrhs, float* ab, int ldab, Matrix<float> b);
+
 // latrs for a triangle with kd diagonals beside the main one.
 float latbs(Uplo uplo, Op op, Diag diag, bool cnormGiven, int n, int kd, const float* ab, int ldab, float* x,
             float* cnorm);

@@ -18,6 +18,10 @@ int potf2(Uplo uplo, int n, Matrix<T> a);
 template <class T>
 void potrs(Uplo uplo, int n, int nrhs, Matrix<const T> a, Matrix<T> b);
 
+// Factors A and overwrites B with the solution of A X = B. Result: that of potrf; without one B stays.
+template <class T>
+int posv(Uplo uplo, int n, int nrhs, Matrix<T> a, Matrix<T> b);
+
 // A := inv(A), from the factor. Result: 0, or the position of a zero on its diagonal, with nothing done.
 template <class T>
 int potri(Uplo uplo, int n, Matrix<T> a);

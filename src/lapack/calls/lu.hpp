@@ -25,6 +25,10 @@ void laswp(int n, Matrix<T> a, int k1, int k2, const int* ipiv, int incx = 1);
 template <class T>
 void getrs(Op op, int n, int nrhs, Matrix<const T> a, const int* ipiv, Matrix<T> b);
 
+// Factors A and overwrites B with the solution of A X = B. Result: that of getrf; without one B stays.
+template <class T>
+int gesv(int n, int nrhs, Matrix<T> a, int* ipiv, Matrix<T> b);
+
 // Elements of work with which the inverse runs at full speed; n do.
 template <class T>
 std::int64_t getri_work(int n);

@@ -87,4 +87,13 @@ void orgqr(int m, int n, int k, Matrix<T> a, const T* tau, T* work, int lwork);
 template <class T>
 void orglq(int m, int n, int k, Matrix<T> a, const T* tau, T* work, int lwork);
 
+// X of least |B - op(A) X|, or of least |X| among the solutions of op(A) X = B, in the place of the columns of B, which
+// has room for the larger of m and n rows; A, of full rank, becomes its QR or LQ. work: lwork elements, as many as the
+// lesser of m and n and the larger of that and nrhs at least, gels_work for full speed. Result: 0, or the position of a
+// zero on the diagonal of the triangle.
+template <class T>
+std::int64_t gels_work(int m, int n, int nrhs);
+template <class T>
+int gels(Op op, int m, int n, int nrhs, Matrix<T> a, Matrix<T> b, T* work, int lwork);
+
 } // namespace qrv::lapack

@@ -13,36 +13,13 @@
 #include "lapack/calls/norms.hpp"
 #include "lapack/calls/reflectors.hpp"
 #include "lapack/calls/rotations.hpp"
+#include "lapack/kernel/source/norms/scaling.hpp"
 #include "service/machine_constants.hpp"
 
 namespace qrv::lapack {
 namespace {
 
 constexpr Balance both{true, true};
-
-// What the matrix is scaled to, and from; equal if it is not.
-struct Scaling {
-    float from, to;
-    bool needed() const { return from != to; }
-    void forth(int n, Matrix<float> a) const {
-        if (needed())
-            lascl<float>({}, from, to, n, n, a);
-    }
-    void back(int begin, int end, float* values) const {
-        if (needed() && end > begin)
-            lascl<float>({}, to, from, end - begin, 1, {values + begin, end - begin});
-    }
-};
-
-Scaling scaling_for(int n, Matrix<const float> a) {
-    const float least = std::sqrt(machine::safeMinimum) / machine::precision, largest = 1 / least;
-    const float size = lange<float>(Norm::maximum, n, n, a, nullptr);
-    if (size > 0 && size < least)
-        return {size, least};
-    if (size > largest)
-        return {size, largest};
-    return {1, 1};
-}
 
 // A complex vector in two columns: its largest element becomes real.
 void turn(int n, Matrix<float> v, float* squares) {
@@ -115,8 +92,9 @@ int geev(bool left, bool right, int n, Matrix<float> a, float* wr, float* wi, Ma
     if (n == 0)
         return 0;
     const Parts parts = parts_of(n, work, lwork);
-    const Scaling scaling = scaling_for(n, a);
-    scaling.forth(n, a);
+    const Scaling scaling = scaling_within(std::sqrt(machine::safeMinimum) / machine::precision,
+                                           lange<float>(Norm::maximum, n, n, a, nullptr));
+    scaling.forth(n, n, a);
     const ActiveRange range = gebal(both, n, a, parts.scale);
     const int info = reduce(left, right, n, range, a, wr, wi, vl, vr, parts);
     if (info == 0 && (left || right)) {
@@ -129,9 +107,9 @@ int geev(bool left, bool right, int n, Matrix<float> a, float* wr, float* wi, Ma
             }
     }
     for (float* const values : {wr, wi}) {
-        scaling.back(info, n, values); // of those that are known
+        scaling.back(n - info, 1, Matrix<float>{values + info, n}); // of those that are known
         if (info > 0)
-            scaling.back(0, range.begin, values);
+            scaling.back(range.begin, 1, Matrix<float>{values, n});
     }
     return info;
 }

@@ -20,6 +20,7 @@
 #include "lapack/calls/qr.hpp"
 #include "lapack/calls/svd.hpp"
 #include "lapack/elements.hpp"
+#include "lapack/kernel/source/norms/scaling.hpp"
 #include "service/machine_constants.hpp"
 
 namespace qrv::lapack {
@@ -336,12 +337,6 @@ private:
     Matrix<float> realFar_{nullptr, 1}, realNear_{nullptr, 1};
 };
 
-// The size that a matrix is scaled to whose largest element is too small or too large for what is squared on the way.
-float size_to_work_with(float largest) {
-    const float small = std::sqrt(machine::safeMinimum) / machine::precision;
-    return largest > 0 && largest < small ? small : largest > 1 / small ? 1 / small : largest;
-}
-
 } // namespace
 
 template <class T>
@@ -350,17 +345,14 @@ int gesdd(SvdJob job, int m, int n, Matrix<T> a, float* s, Matrix<T> u, Matrix<T
     if (m == 0 || n == 0)
         return 0;
     const int k = std::min(m, n);
-    const float largest = lange<T>(Norm::maximum, m, n, a, nullptr), size = size_to_work_with(largest);
-    const bool scaled = size < largest || size > largest;
-    if (scaled)
-        lascl({}, largest, size, m, n, a);
+    const Scaling scaling =
+        scaling_within(std::sqrt(machine::safeMinimum) / machine::precision, lange<T>(Norm::maximum, m, n, a, nullptr));
+    scaling.forth(m, n, a);
     Decomposition<T> decomposition(job, m, n, a, s, u, vt, {work, lwork}, rwork, iwork);
     const int info = decomposition.run();
-    if (scaled) {
-        lascl({}, size, largest, k, 1, Matrix<float>{s, k});
-        if (info > 0)
-            lascl({}, size, largest, k - 1, 1, Matrix<float>{decomposition.beside(), k});
-    }
+    scaling.back(k, 1, Matrix<float>{s, k});
+    if (info > 0)
+        scaling.back(k - 1, 1, Matrix<float>{decomposition.beside(), k});
     return info;
 }
 
