@@ -1,7 +1,7 @@
 // The library at work on a photograph: blurs and sharpens it as products with banded Toeplitz matrices through the
 // provider's Sgemm, checks them in double precision, and writes the pictures. Then on matrices from practice: solves
 // linear systems with them by LU (Sgetrf, Sgetrs), Cholesky (Spotrf, Spotrs) and band LU (Sgbtrf, Sgbtrs), and tells
-// how good the solutions are.
+// how good the solutions are; and draws spectra and modes of vibration (Ssyevr, Sgeev).
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
@@ -12,6 +12,7 @@
 #include <qrv/service.h>
 
 #include "picture.hpp"
+#include "spectra.hpp"
 #include "systems.hpp"
 #include "toeplitz.hpp"
 
@@ -76,7 +77,7 @@ void show_pictures(const std::string& image, const std::filesystem::path& folder
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Blurs and sharpens a picture, and solves linear systems, through the provider."};
+    CLI::App app{"Blurs and sharpens a picture, solves linear systems and draws spectra, through the provider."};
     std::string image, folder = "demo-output", data = "examples/data";
     app.add_option("image", image, "PNG picture to read")->required();
     app.add_option("--out", folder, "folder for the pictures")->capture_default_str();
@@ -85,6 +86,7 @@ int main(int argc, char** argv) {
     try {
         show_pictures(image, folder);
         show_systems(data);
+        show_spectra(data, folder);
         fmt::print("{}", configuration());
     } catch (const std::exception& error) {
         fmt::print(stderr, "qrv_demo: {}\n", error.what());

@@ -27,6 +27,7 @@ protected:
         write("singular", "array real general\n2 2\n1\n2\n2\n4\n");
         write("nearly_singular", "array real general\n2 2\n1\n1\n1\n1.0000001\n");
         write("overflow", "array real general\n2 2\n3e38\n3e38\n-3e38\n3e38\n"); // condition 2, but u(2, 2) is 6e38
+        write("beyond", "array real general\n2 2\n3e38\n3e38\n3e38\n3e38\n");    // 6e38 and 0
         write("growth", growth(60));
         std::string diagonal = "coordinate real general\n40 40 40\n";
         for (int i = 1; i <= 40; ++i)
@@ -34,6 +35,7 @@ protected:
         write("diagonal", diagonal);
         write("indefinite", "array real general\n2 2\n1\n2\n2\n1\n");
         write("band", band(60));
+        write("rotation", "array real general\n2 2\n1\n2\n-2\n1\n"); // 1 + 2i and its conjugate
         write("wide", "array real general\n1 2\n1\n2\n");
         write("short", "array real general\n2 2\n1\n2\n");
         write("tiny", "array real general\n1 1\n1e-30\n");
@@ -123,6 +125,13 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
         {"solve real right --method band -o x", 2, "real: the band routines are for real systems"},
         {"solve singular --method band -o x", 1, "singular is singular: pivot 2 of 2 is 0"},
         {"solve tiny huge -o x", 1, "the result is beyond the range"},
+        {"eig wide -o x", 2, "wide is 1 x 2"},
+        {"eig real --vectors up", 2, "--vectors"},
+        {"eig real -o x --left ./x", 2, "./x would take two results"},
+        {"eig real --right y --picture y", 2, "y would take two results"},
+        {"eig right -o x", 2, "right is complex; the library has no complex nonsymmetric eigenvalue solver"},
+        {"eig hermitian -o x", 2, "hermitian is complex; the library has no complex Hermitian eigenvalue solver"},
+        {"eig beyond -o x", 1, "beyond: its eigenvalues are beyond the range"},
         {"solve real -o /dev/full", 1, "cannot write /dev/full: No space left"},
         {"solve short --picture none/x", 1, "cannot write none/x: No such file"}, // before anything is read
         {"solve short -o none/x", 1, "cannot write none/x: No such file"},
@@ -196,6 +205,15 @@ TEST_F(Program, ReportsAndWritesResults) {
         {"invert hermitian -o inverse", "condition number  3.2 (1-norm), 3.2"},
         {"invert nearly_singular", "A is singular to working precision: no digit of X is sure"},
         {"solve nearly_singular", "A is singular to working precision: no digit of x is sure"},
+        {"eig rotation", "2: 0 real, 1 conjugate pairs; the largest has size 2.23607"},
+        {"eig rotation", "\n    1 +2i\n    1 -2i\n"},
+        {"eig rotation --vectors both", "residual, left"},
+        {"eig indefinite --vectors left", "2, from -1 to 3"},
+        {"eig indefinite --vectors left", "orthogonality"},
+        {"eig diagonal", "    1\n    ... 20 more; -o gives all\n    1\n"},
+        {"eig rotation -o values --left left --right right_vectors", "Right vectors     right_vectors"},
+        {"eig indefinite -o real_values --right real_vectors --picture real.svg", "picture           real.svg"},
+        {"eig rotation --picture plane.svg", "trace"},
     };
     for (const auto& [command, says] : cases) {
         const ChildResult result = run(command);
@@ -203,7 +221,7 @@ TEST_F(Program, ReportsAndWritesResults) {
         EXPECT_EQ(result.err, "") << command;
         EXPECT_THAT(result.out, HasSubstr(says)) << command;
     }
-    EXPECT_EQ(folder.count(), files + 4);
+    EXPECT_EQ(folder.count(), files + 11);
     const std::string picture = content(folder.file("x.svg")); // the unit matrix: two columns, two parts each
     EXPECT_THAT(picture, StartsWith("<svg"));
     EXPECT_THAT(picture, HasSubstr("points='80.0,50.0 690.0,420.0 '"));
@@ -216,6 +234,24 @@ TEST_F(Program, ReportsAndWritesResults) {
     EXPECT_LT(relative_difference(product(read("real"), read("y")), read("right")), 1e-6);
     EXPECT_LT(relative_difference(product(read("hermitian"), read("inverse")), unit), 1e-6);
     EXPECT_EQ(read_matrix_market(folder.file("y")).format, Format::coordinate);
+
+    EXPECT_THAT(content(folder.file("real.svg")), HasSubstr("cy='420.0'"));  // -1 of -1 and 3
+    EXPECT_THAT(content(folder.file("plane.svg")), HasSubstr("cy='420.0'")); // 1 - 2i
+    EXPECT_THAT(content(folder.file("plane.svg")), HasSubstr("imaginary part"));
+    const auto product_with = [&](const char* matrix, bool transposed, const char* values, const char* vectors) {
+        Matrix<SingleComplex> a = read(matrix), scaled = read(vectors);
+        if (transposed)
+            std::swap(a(0, 1), a(1, 0));
+        const Matrix<SingleComplex> w = read(values);
+        for (int k = 0; k < 2; ++k)
+            for (int i = 0; i < 2; ++i)
+                scaled(i, k) = narrow(wide(scaled(i, k)) * (transposed ? std::conj(wide(w(k, 0))) : wide(w(k, 0))));
+        return relative_difference(product(a, read(vectors)), scaled);
+    };
+    EXPECT_LT(product_with("rotation", false, "values", "right_vectors"), 1e-6);
+    EXPECT_LT(product_with("rotation", true, "values", "left"), 1e-6);
+    EXPECT_LT(product_with("indefinite", false, "real_values", "real_vectors"), 1e-6);
+    EXPECT_TRUE(std::holds_alternative<Matrix<float>>(read_matrix_market(folder.file("real_vectors")).matrix));
 }
 
 } // namespace

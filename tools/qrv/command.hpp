@@ -17,6 +17,7 @@ void add_info(CLI::App& program);
 void add_norm(CLI::App& program);
 void add_solve(CLI::App& program);
 void add_invert(CLI::App& program);
+void add_eig(CLI::App& program);
 void add_bench(CLI::App& program);
 
 // A validator of options: an unset shell variable must not count as an option that is not given.

@@ -63,12 +63,16 @@ ProgressBar factoring(int n) {
     return {"factoring", [=] { return share_done(columnsDone.load(std::memory_order_relaxed), n, onTeam); }};
 }
 
-ProgressBar inverting(double factorSeconds) {
+ProgressBar expecting(const char* work, double seconds) {
     const auto start = std::chrono::steady_clock::now();
-    return {"inverting", [=] {
+    return {work, [=] {
                 const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
-                return std::min(passed.count() / (2 * factorSeconds), 0.99); // an estimate is never at its end
+                return std::min(passed.count() / seconds, 0.99); // an estimate is never at its end
             }};
+}
+
+ProgressBar inverting(double factorSeconds) {
+    return expecting("inverting", 2 * factorSeconds);
 }
 
 ProgressBar::ProgressBar(const char* work, std::function<double()> share) {

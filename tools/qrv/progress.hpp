@@ -20,7 +20,10 @@ private:
 // A factorization of order n, by the columns that it reports as done.
 ProgressBar factoring(int n);
 
-// An inversion from factors that took so long: it reports nothing, but does twice the operations at about that speed.
+// Work that reports nothing, by the seconds that it may take.
+ProgressBar expecting(const char* work, double seconds);
+
+// An inversion from factors that took so long: it does twice the operations at about that speed.
 ProgressBar inverting(double factorSeconds);
 
 // Share of the operations of an LU factorization of order n that are done after so many columns: a team takes each from
