@@ -5,6 +5,7 @@
 #include <csignal>
 #include <gtest/gtest.h>
 #include <memory>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -264,6 +265,31 @@ TEST(Calls, ConcurrencyOfHostThreads) {
         });
     for (std::thread& thread : threads)
         thread.join();
+}
+
+// A child of a process whose teams are warm computes alone.
+TEST(Calls, InAChildOfATeam) {
+    auto cases = all_cases();
+    {
+        const ForcedTeam alone(1);
+        for (Case& c : cases)
+            c.run(c.found);
+    }
+    const ForcedTeam forced(2);
+    for (const Case& c : cases) {
+        auto arguments = c.given;
+        c.run(arguments);
+    }
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(120);
+        for (const Case& c : cases)
+            expect_the_same_bits(c);
+        _exit(testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
 }
 
 // ---- Wide indices ---------------------------------------------------------------------------------------------------
