@@ -5,9 +5,18 @@
 
 namespace qrv::test {
 
+inline bool whole_batteries() {
+    return std::getenv("QRV_SOAK") != nullptr;
+}
+
+// How many of cases that are drawn at random.
+inline int of_many(int few, int many) {
+    return whole_batteries() ? many : few;
+}
+
 class Sample {
 public:
-    explicit Sample(int oneOf) : oneOf_(std::getenv("QRV_SOAK") ? 1 : oneOf) {}
+    explicit Sample(int oneOf) : oneOf_(whole_batteries() ? 1 : oneOf) {}
     bool takes() { return ++count_ % oneOf_ == 0; }
 
 private:
