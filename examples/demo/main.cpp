@@ -11,8 +11,8 @@
 #include <qrv/providers.hpp>
 #include <qrv/service.h>
 
+#include "eigenvalues.hpp"
 #include "picture.hpp"
-#include "spectra.hpp"
 #include "systems.hpp"
 #include "toeplitz.hpp"
 
@@ -86,7 +86,7 @@ int main(int argc, char** argv) {
     try {
         show_pictures(image, folder);
         show_systems(data);
-        show_spectra(data, folder);
+        show_eigenvalues(data, folder);
         fmt::print("{}", configuration());
     } catch (const std::exception& error) {
         fmt::print(stderr, "qrv_demo: {}\n", error.what());

@@ -1,4 +1,4 @@
-#include "spectra.hpp"
+#include "eigenvalues.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -62,7 +62,7 @@ void show(const char* what, const Matrix<float>& a, const Eigensystem& system) {
 
 } // namespace
 
-void show_spectra(const std::filesystem::path& data, const std::filesystem::path& pictures) {
+void show_eigenvalues(const std::filesystem::path& data, const std::filesystem::path& pictures) {
     fmt::print("Eigenvalues and eigenvectors\n");
     const Matrix<float> network = read(data / "494_bus.mtx"), flow = read(data / "olm500.mtx");
     const Eigensystem vibration("494_bus", network, {.right = true}), stability("olm500", flow, {.right = true});
