@@ -1,4 +1,6 @@
 // LAPACK's own regions on teams: factors are right, whatever the team and the work memory that is there.
+#include "lapack/calls/bidiagonal.hpp"
+#include "lapack/kernel/source/bidiagonal/labrd.hpp"
 #include "lapack/kernel/source/cholesky/potrf.hpp"
 #include "support/cholesky.hpp"
 #include "support/lu.hpp"
@@ -43,13 +45,57 @@ void add_cholesky(std::vector<TeamCase>& cases, std::initializer_list<int> order
             }
 }
 
+// A bidiagonal panel with its reflectors, X and Y: from a team, or without one (or without memory) from the routine.
+template <class T>
+struct BidiagonalResult {
+    Operand<T> a, x, y, tau;
+    GuardedVector<float> d, e;
+
+    BidiagonalResult(const Operand<T>& before, int nb, int team = 0)
+        : a(before), x(a.rows(), nb, a.rows() + 1), y(a.columns(), nb, a.columns() + 2), tau(nb, 2, nb), d(nb), e(nb) {
+        for (Operand<T>* const part : {&x, &y, &tau})
+            part->set([](int, int) { return scalar<T>(0); });
+        e.fill([] { return 0.0F; });
+        T *const tauq = tau.view().column(0), *const taup = tau.view().column(1);
+        const lapack::BidiagonalPanel<T> panel{a.rows(), a.columns(), a.view(), x.view(), y.view()};
+        if (team == 0 || !lapack::labrd_on_team(team, 3, panel, nb, d.data(), e.data(), tauq, taup))
+            lapack::labrd(panel.m, panel.n, nb, panel.a, d.data(), e.data(), tauq, taup, panel.x, panel.y);
+    }
+    bool near(const BidiagonalResult& other, double bound) const {
+        const auto part_is_near = [=](const auto& mine, const auto& its) {
+            return mine.guards_intact() && mine.count_bad([&](int i, int j, auto value) {
+                return std::abs(widen(value) - widen(its(i, j))) <= bound;
+            }) == 0;
+        };
+        return part_is_near(a, other.a) && part_is_near(x, other.x) && part_is_near(y, other.y) &&
+               part_is_near(tau, other.tau) && part_is_near(d, other.d) && part_is_near(e, other.e);
+    }
+};
+template <class T>
+void add_bidiagonal(std::vector<TeamCase>& cases, Sizes sizes) {
+    for (const auto& [m, n] : sizes) {
+        std::mt19937 random(7);
+        const auto before = std::make_shared<Operand<T>>(m, n, m + 3);
+        before->set([&](int, int) { return any_size_one<T>(random); });
+        const int nb = std::min({m, n, 6});
+        const ForcedTeam alone(1);
+        const auto expected = std::make_shared<const BidiagonalResult<T>>(*before, nb);
+        cases.push_back({"labrd, " + std::to_string(m) + " x " + std::to_string(n), [=](int team, bool twice) {
+                             const BidiagonalResult<T> r(*before, nb, team);
+                             return r.near(*expected, 1e-3) && (!twice || r.near({*before, nb, team}, 0));
+                         }});
+    }
+}
+
 template <class T>
 void add_all(std::vector<TeamCase>& cases) {
+    add_bidiagonal<T>(cases, {{40, 40}, {61, 17}, {17, 61}, {6, 6}, {9, 5}, {5, 9}, {1, 4}});
     add_lu<T>(cases, {{200, 200}, {129, 260}, {260, 129}, {257, 257}, {300, 9}, {9, 300}, {301, 21}}, {8, 20, 64});
     add_cholesky<T>(cases, {17, 33, 128, 150});
 }
 template <class T>
 void add_few(std::vector<TeamCase>& cases) {
+    add_bidiagonal<T>(cases, {{40, 33}, {20, 31}});
     add_lu<T>(cases, {{150, 130}, {90, 100}}, {8, 16});
     add_cholesky<T>(cases, {100});
 }
