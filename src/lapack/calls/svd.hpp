@@ -22,7 +22,12 @@ struct BidiagonalVectors {
 // place of d. work: 4*n floats. Result: 0, or how many elements beside the diagonal did not become zero.
 int bdsqr(Uplo uplo, int n, float* d, float* e, const BidiagonalVectors& vectors, float* work);
 
-// The same for a matrix that, if `longer`, has a column more (upper) or a row more (lower) and n elements e; ascending.
+// The values of an upper bidiagonal matrix alone, faster. work: 4*n floats. If it comes to no end, which is false, d is
+// as it was; e is always.
+bool lasq1(int n, float* d, const float* e, float* work);
+
+// The same as bdsqr for a matrix that, if `longer`, has a column more (upper) or a row more (lower) and n elements e;
+// ascending.
 int lasdq(Uplo uplo, bool longer, int n, float* d, float* e, const BidiagonalVectors& vectors, float* work);
 
 // Whether all elements of a square bidiagonal matrix are.

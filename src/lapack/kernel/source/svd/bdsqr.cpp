@@ -21,6 +21,8 @@ namespace {
 
 constexpr float tolerance = 10 * machine::epsilon; // the eighth root of 1/epsilon, which is below 10, times epsilon
 constexpr int sweepsPerValue = 6;
+constexpr int fewValues =
+    8; // up to these the sweeps are as fast without vectors too, and come nearer to those with them
 
 // A lower bidiagonal matrix made upper by rotations of its rows.
 void make_upper(const BidiagonalVectors& vectors, int n, float* d, float* e, float* work) {
@@ -262,6 +264,8 @@ int bdsqr(Uplo uplo, int n, float* d, float* e, const BidiagonalVectors& vectors
     if (n > 1) {
         if (uplo == Uplo::lower)
             make_upper(vectors, n, d, e, work);
+        if (!vectors.any() && n > fewValues && all_finite(n, d, e) && lasq1(n, d, e, work))
+            return 0;
         Iteration iteration(n, d, e, vectors, work);
         const bool ended = iteration.run();
         iteration.apply_kept();
