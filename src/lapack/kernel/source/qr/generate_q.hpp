@@ -2,13 +2,18 @@
 //
 // The blocks of reflectors are applied from the last one to the first. When a block comes, the lines behind it are
 // those of the Q of the reflectors behind it, with zeros in front: it is applied to them, its own lines are generated,
-// and zeros put in front of these.
+// and zeros put in front of these. Its own lines are those of I - V T V^H, of which V is the only large part:
+//
+//   columns   [ I - V1 W ]   W = T V1^H, upper triangular like T     rows   the adjoint
+//             [   - V2 W ]
 #pragma once
 
 #include <algorithm>
 
+#include "blas/calls.hpp"
+#include "lapack/calls/norms.hpp"
 #include "lapack/calls/qr.hpp"
-#include "lapack/elements.hpp"
+#include "lapack/kernel/source/reflectors/stored_reflectors.hpp"
 #include "lapack/routine_name.hpp"
 #include "service/tuning.hpp"
 
@@ -43,17 +48,49 @@ struct GeneratedQ {
         else
             orgl2(lastLine - first, length - first, last - first, from, tau + first, work);
     }
-    // The reflectors from i on to the lines behind them.
-    void apply(int i, int count, T* work) const {
-        const int behind = lines - i - count;
-        const Matrix<T> v = at(i, i), t{work, count}, c = at(i, i + count);
-        const BlockReflector<T> h{Direct::forward, store, count, v, t};
+    // The block of reflectors at i: to the lines behind it, and its own lines. work: count * max(lines - i, 2 * count).
+    void take_block(int i, int count, T* work) const {
+        const Matrix<T> v = at(i, i), t{work, count};
         T* const rest = work + count * count;
         larft<T>(Direct::forward, store, length - i, count, v, tau + i, t);
+        apply_block(i, {Direct::forward, store, count, v, t}, rest);
+        generate_block(length - i - count, count, v, t, {rest, count});
+    }
+
+private:
+    void apply_block(int i, const BlockReflector<T>& h, T* work) const {
+        const int behind = lines - i - h.k;
+        if (behind == 0)
+            return;
+        const Matrix<T> c = at(i, i + h.k);
         if (store == StoreV::columns)
-            larfb<T>(Side::left, Op::none, h, length - i, behind, c, {rest, count}, BlockWork::upright);
+            larfb<T>(Side::left, Op::none, h, length - i, behind, c, {work, h.k}, BlockWork::upright);
         else
-            larfb<T>(Side::right, adjoint<T>, h, behind, length - i, c, {rest, behind}, BlockWork::upright);
+            larfb<T>(Side::right, adjoint<T>, h, behind, length - i, c, {work, behind}, BlockWork::upright);
+    }
+    // Lines in the place of their vectors, with `below` elements behind the square; W in the place of T. square: of its
+    // size.
+    void generate_block(int below, int count, Matrix<T> lines1, Matrix<T> w, Matrix<T> square) const {
+        const StoredReflectors<T> v{Direct::forward, store, lines1};
+        const T zero = scalar<T>(0), one = scalar<T>(1), minusOne = scalar<T>(-1);
+        for (int j = 0; j < count; ++j)
+            std::fill_n(w.column(j) + j + 1, count - j - 1, zero);
+        blas::trmm(Side::right, v.triangle(), v.adjoint_op(), Diag::unit, count, count, one, v.v, w);
+        lacpy<T>(Part::whole, count, count, w, square);
+        blas::trmm(Side::left, v.triangle(), v.op(), Diag::unit, count, count, minusOne, v.v, square);
+        for (int j = 0; j < count; ++j) {
+            square(j, j) += one;
+            for (int i = 0; i < count; ++i)
+                v.by_columns() ? lines1(i, j) = square(i, j) : lines1(j, i) = conj(square(i, j));
+        }
+        if (below == 0)
+            return;
+        if (v.by_columns())
+            blas::trmm(Side::right, Uplo::upper, Op::none, Diag::nonUnit, below, count, minusOne, w,
+                       lines1.block(count, 0));
+        else
+            blas::trmm(Side::left, Uplo::upper, adjoint<T>, Diag::nonUnit, count, below, minusOne, w,
+                       lines1.block(0, count));
     }
 };
 
@@ -67,9 +104,10 @@ void generate_q(const RoutineName<T>& name, int nb, const GeneratedQ<T>& q, T* w
     }
     int least = 2, tail = 0; // reflectors that are applied one by one
     if (nb > 1 && nb < q.k) {
+        nb = std::min(nb, q.lines / 2); // T and W take two squares
         tail = std::max(0, tuning::crossover(name, q.length, q.lines, q.k));
         if (tail < q.k && lwork < wanted) {
-            nb = lwork / q.lines;
+            nb = std::min(nb, lwork / q.lines);
             least = std::max(least, tuning::minimum_block_size(name));
         }
     }
@@ -81,9 +119,7 @@ void generate_q(const RoutineName<T>& name, int nb, const GeneratedQ<T>& q, T* w
         q.generate(inBlocks, q.k, q.lines, work);
     for (int i = last; i >= 0; i -= nb) {
         const int count = std::min(nb, q.k - i);
-        if (i + count < q.lines)
-            q.apply(i, count, work);
-        q.generate(i, i + count, i + count, work);
+        q.take_block(i, count, work);
         q.clear(0, i, i, i + count);
     }
     work[0] = work_size<T>(wanted);
