@@ -66,7 +66,7 @@ bool is_large(const std::string& text) {
 TEST(HostileFiles, AreReadOrRefusedWithALine) {
     std::mt19937 random(1);
     int read = 0;
-    for (int k = qrv::test::of_many(5'000, 1'000'000); k > 0; --k) {
+    for (int k = qrv::test::Sample::of_many(5'000, 1'000'000); k > 0; --k) {
         const std::string text = damaged(random);
         try {
             const MatrixFile file = is_large(text) ? MatrixFile{} : parse_matrix_market("name", text);
@@ -94,7 +94,7 @@ TEST(HostileFiles, EndEveryCommandWithALine) {
                                                  {"invert", a, "-o", out},
                                                  {"eig", a, "--vectors", "both"}};
     std::mt19937 random(2);
-    for (int k = qrv::test::of_many(25, 20'000); k > 0; --k) {
+    for (int k = qrv::test::Sample::of_many(25, 20'000); k > 0; --k) {
         const std::string text = damaged(random);
         if (is_large(text))
             continue;
