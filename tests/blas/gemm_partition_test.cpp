@@ -88,6 +88,25 @@ TEST(GemmPartition, SplitsOfC) {
     EXPECT_EQ(gemm_scale_split({most, 5, 5}, 1 << 30), columns);
 }
 
+// ---- By work ---------------------------------------------------------------------------------------------------
+
+TEST(GemmGrid, LeavesTheLargestPartTheLeast) {
+    struct Row {
+        GemmSizes sizes;
+        int team, rows, transposed;
+    };
+    for (const Row& row : {Row{{1000, 1000, 50}, 2, 1, 2}, Row{{2000, 32, 9}, 2, 2, 2}, Row{{32, 2000, 9}, 2, 1, 1},
+                           Row{{2048, 2048, 9}, 16, 4, 4}, Row{{100, 8, 9}, 7, 7, 7}, Row{{1000, 1000, 9}, 1, 1, 1},
+                           Row{{16, 16, 5000}, 2, 1, 1}, // two halves of eight columns, but one tile of rows
+                           Row{{2000, 1000, 9}, 7, 7, 7}}) {
+        for (const bool transposed : {false, true}) {
+            const GemmGrid grid = gemm_grid(row.sizes, transposed, row.team);
+            EXPECT_EQ(grid.rows, transposed ? row.transposed : row.rows) << row.sizes << " on " << row.team;
+            EXPECT_EQ(grid.rows * grid.columns, row.team);
+        }
+    }
+}
+
 // ---- Machine classes -----------------------------------------------------------------------------------------
 
 TEST(GemmMachine, Classes) {

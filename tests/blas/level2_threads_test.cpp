@@ -7,6 +7,7 @@
 
 #include "blas/thread/32/level3/level3_threads.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
+#include "blas/thread/common/level3/gemm_partition.hpp"
 #include "support/recorded_machine.hpp"
 
 namespace qrv::test {
@@ -137,14 +138,46 @@ TEST(Level2Threads, EveryRoutine) {
 }
 
 TEST(Level3Threads, SmallCallsAskForNothing) {
-    const RecordedMachine machine{66, 4};
-    EXPECT_EQ(sliced_threads(16, 16, machine), 1);
-    EXPECT_EQ(update_threads(16, machine), 1);
-    EXPECT_EQ(machine.asked, "");
-    EXPECT_EQ(sliced_threads(17, 1, machine), 4);
-    EXPECT_EQ(sliced_threads(1, 17, machine), 4);
-    EXPECT_EQ(update_threads(17, machine), 4);
-    EXPECT_EQ(machine.asked, "bbb");
+    for (const int cpuMa : {64, 66}) {
+        const RecordedMachine machine{cpuMa, 4};
+        EXPECT_EQ(sliced_team(symmetric_call<float>(Side::left, 16, 16), machine).threads, 1);
+        EXPECT_EQ(update_team(16, 1e9, machine).threads, 1);
+        EXPECT_EQ(machine.asked, "");
+    }
+    const RecordedMachine machine{64, 4};
+    EXPECT_EQ(sliced_team(solve_call<float>(Side::left, 17, 1), machine).threads, 4);
+    EXPECT_EQ(sliced_team(product_call<float>(Side::right, 1, 17), machine).threads, 4);
+    EXPECT_EQ(update_team(17, 1, machine).threads, 4);
+    EXPECT_EQ(machine.asked, "cbcbcb");
+}
+
+// The newest class: a thread gets a least share of multiply-adds, and eight columns or rows.
+TEST(Level3Threads, ByWork) {
+    using enum VectorForm;
+    struct Row {
+        VectorForm form;
+        double work;
+        int budget, threads;
+    };
+    for (const Row& row :
+         {Row{avx512, 64.0 * 64 * 64, 4, 1}, Row{avx512, 299999, 4, 1}, Row{avx512, 300000, 4, 2},
+          Row{avx512, 128.0 * 128 * 128, 16, 13}, Row{avx512, 1e30, 16, 16}, Row{avx2, 239999, 4, 1},
+          Row{avx2, 240000, 4, 2}, Row{sse, 99999, 4, 1}, Row{sse, 150000, 4, 3}, Row{sse, 1e9, 1, 1}}) {
+        const RecordedMachine machine{66, row.budget, true, -1, row.form};
+        EXPECT_EQ(threads_by_work(row.work, machine), row.threads) << row.work;
+        EXPECT_EQ(machine.asked, row.threads == 1 && row.budget > 1 ? "f" : "fb") << row.work;
+    }
+    const RecordedMachine machine{66, 8};
+    EXPECT_EQ(sliced_team(symmetric_call<float>(Side::left, 1000, 31), machine).threads, 3);
+    EXPECT_EQ(sliced_team(symmetric_call<float>(Side::left, 1000, 15), machine).threads, 1);
+    EXPECT_EQ(sliced_team(symmetric_call<float>(Side::right, 31, 1000), machine).threads, 3);
+    EXPECT_EQ(sliced_team(product_call<float>(Side::left, 64, 64), machine).threads, 2);
+    EXPECT_EQ(sliced_team(solve_call<float>(Side::left, 64, 64), machine).threads, 1);
+    EXPECT_EQ(sliced_team(solve_call<SingleComplex>(Side::left, 64, 64), machine).threads, 5);
+    EXPECT_EQ(update_team(31, 1e9, machine).threads, 3);
+    EXPECT_EQ(gemm_threads_by_work({1, 5000, 5000}, 25e6, machine), 1);
+    EXPECT_EQ(gemm_threads_by_work({5000, 1, 5000}, 25e6, machine), 1);
+    EXPECT_EQ(gemm_threads_by_work({2, 5000, 5000}, 50e6, machine), 8);
 }
 
 } // namespace

@@ -22,10 +22,10 @@ void expect_cover(const char* what, int n, int parts, int unit, const SliceOf& s
     for (int part = 0; part < parts; ++part) {
         const Slice slice = slice_of(part);
         SCOPED_TRACE(testing::Message() << what << ' ' << n << " on " << parts << ", part " << part);
-        ASSERT_EQ(slice.first, next);
+        ASSERT_TRUE(slice.first == next || (slice.count == 0 && next == n));
         ASSERT_TRUE(slice.first < n || n == 0);
         ASSERT_TRUE(slice.count >= 0 && slice.count <= n - next);
-        ASSERT_TRUE(part == parts - 1 || slice.count % unit == 0);
+        ASSERT_TRUE(part == parts - 1 || next + slice.count == n || slice.count % unit == 0);
         next += slice.count;
     }
     ASSERT_EQ(next, n) << what << " on " << parts;
@@ -39,16 +39,31 @@ TEST(Slices, CoverEverythingOnce) {
             expect_cover("vector", n, team, 8, [&](int part) { return vector_slice(n, team, part); });
             expect_cover("gemv T", n, team, 1, [&](int part) { return gemv_slice(Op::transpose, 7, n, team, part); });
             expect_cover("gemv N", n, team, 8, [&](int part) { return gemv_slice(Op::none, n, 7, team, part); });
-            expect_cover("matrix L", n, team, 1, [&](int part) {
-                const MatrixSlice slice = matrix_slice(Side::left, 7, n, team, part);
-                EXPECT_TRUE(slice.row == 0 && slice.m == 7);
-                return Slice{slice.column, slice.n};
-            });
-            expect_cover("matrix R", n, team, 1, [&](int part) {
-                const MatrixSlice slice = matrix_slice(Side::right, n, 7, team, part);
-                EXPECT_TRUE(slice.column == 0 && slice.n == 7);
-                return Slice{slice.row, slice.m};
-            });
+            for (const int unit : {8, 16})
+                expect_cover("tiles", n, team, unit, [&](int part) { return tile_slice(n, team, part, unit); });
+            for (const bool byWork : {false, true}) {
+                expect_cover("matrix L", n, team, byWork ? 4 : 1, [&](int part) {
+                    const MatrixSlice slice = matrix_slice({Side::left, 7, n, 0}, byWork, team, part);
+                    EXPECT_TRUE(slice.row == 0 && slice.m == 7);
+                    return Slice{slice.column, slice.n};
+                });
+                expect_cover("matrix R", n, team, byWork ? 16 : 1, [&](int part) {
+                    const MatrixSlice slice = matrix_slice({Side::right, n, 7, 0}, byWork, team, part);
+                    EXPECT_TRUE(slice.column == 0 && slice.n == 7);
+                    return Slice{slice.row, slice.m};
+                });
+            }
+            for (const Uplo uplo : {Uplo::upper, Uplo::lower}) {
+                int next = 0;
+                for (int part = 0; part < team; ++part) {
+                    const auto [columns, beside] = trapezoid(uplo, n, team, part);
+                    ASSERT_TRUE(columns.first == next && columns.count >= 0) << n << ' ' << team << ' ' << part;
+                    next += columns.count;
+                    ASSERT_EQ(beside.first, uplo == Uplo::upper ? 0 : next);
+                    ASSERT_EQ(beside.count, uplo == Uplo::upper ? columns.first : n - next);
+                }
+                ASSERT_EQ(next, n) << team;
+            }
             expect_cover("triangle's block rows", n, team, 1, [&](int part) {
                 const auto [rows, rest] = triangle_block_row(n, team, part);
                 EXPECT_TRUE(rest.first == rows.first + rows.count && rest.first + rest.count == n);
@@ -65,6 +80,20 @@ TEST(Slices, CoverEverythingOnce) {
                 return block.rows;
             });
         }
+}
+
+// Tiles are dealt out evenly, trapezoids have about equal areas.
+TEST(Slices, AreOfEqualWork) {
+    for (const int n : {1000, 4096})
+        for (const int team : {2, 3, 8})
+            for (int part = 0; part < team; ++part) {
+                EXPECT_NEAR(tile_slice(n, team, part, 16).count, static_cast<double>(n) / team, 32);
+                for (const Uplo uplo : {Uplo::upper, Uplo::lower}) {
+                    const auto [columns, beside] = trapezoid(uplo, n, team, part);
+                    EXPECT_NEAR(columns.count * (beside.count + columns.count / 2.0), 0.5 * n * n / team, 32.0 * n)
+                        << n << ' ' << team << ' ' << part;
+                }
+            }
 }
 
 // The parts are of one size as long as there are units for all; what remains is less than a unit a part, and one unit.

@@ -132,8 +132,13 @@ TYPED_TEST(Getrf, NothingToFactor) {
 // ---- Decisions ----------------------------------------------------------------------------------------------------
 
 struct RecordedMachine {
-    int budget, serialCrossover, threadedCrossover, nb;
-    int threads() const { return budget; }
+    int threads, serialCrossover, threadedCrossover, nb;
+    int cpuMa = 64;
+    VectorForm vectors = VectorForm::sse;
+    int cpu_ma() const { return cpuMa; }
+    VectorForm form() const { return vectors; }
+    int budget() const { return threads; }
+    static double products() { return 1; }
     int crossover(int threadCount) const { return threadCount < 0 ? serialCrossover : threadedCrossover; }
     int block_size(int) const { return nb; }
 };
@@ -145,13 +150,20 @@ TEST(GetrfRoute, FollowsThreadsAndTuning) {
         RecordedMachine machine;
         Kind kind;
     };
-    for (const Row& row : {Row{500, 64, {4, 64, 64, 64}, Kind::serial}, Row{500, 500, {1, 64, 64, 64}, Kind::serial},
-                           Row{500, 100, {4, 64, 100, 64}, Kind::ib}, Row{500, 101, {4, 64, 100, 64}, Kind::dynamic},
-                           Row{65, 500, {2, 64, 64, 64}, Kind::dynamic}, Row{64, 500, {2, 64, 64, 64}, Kind::unblocked},
-                           Row{500, 500, {4, 64, 64, 1}, Kind::unblocked}}) {
+    for (const Row& row :
+         {Row{500, 64, {4, 64, 64, 64}, Kind::serial}, Row{500, 500, {1, 64, 64, 64}, Kind::serial},
+          Row{500, 100, {4, 64, 100, 64}, Kind::ib}, Row{500, 101, {4, 64, 100, 64}, Kind::dynamic},
+          Row{65, 500, {2, 64, 64, 64}, Kind::dynamic}, Row{64, 500, {2, 64, 64, 64}, Kind::unblocked},
+          Row{500, 500, {4, 64, 64, 1}, Kind::unblocked},
+          // By work: 351^3 / 3 products are two threads' with AVX-512, 350^3 / 3 are not.
+          Row{350, 350, {2, 64, 64, 64, 66, VectorForm::avx512}, Kind::serial},
+          Row{351, 351, {2, 64, 64, 64, 66, VectorForm::avx512}, Kind::dynamic},
+          Row{160, 1500, {2, 64, 64, 64, 66, VectorForm::avx512}, Kind::dynamic},
+          Row{1500, 160, {2, 64, 64, 64, 66, VectorForm::avx512}, Kind::dynamic},
+          Row{250, 250, {2, 64, 64, 64, 66}, Kind::dynamic}, Row{1000, 1000, {8, 64, 64, 64, 66}, Kind::dynamic}}) {
         const auto route = lapack::getrf_route(row.m, row.n, row.machine);
         EXPECT_EQ(route.kind, row.kind) << row.m << " x " << row.n;
-        EXPECT_EQ(route.threads, row.kind == Kind::ib || row.kind == Kind::dynamic ? row.machine.budget : 1);
+        EXPECT_EQ(route.threads, row.kind == Kind::ib || row.kind == Kind::dynamic ? row.machine.threads : 1);
     }
 }
 

@@ -52,8 +52,16 @@ inline const float* real_part(const SingleComplex& x) {
 #define QRV_ON_TEAM(name, arguments, threads)                                                                          \
     QRV_DECIDED(name, arguments, threads),                                                                             \
         [](const int* team, const auto& v) { qrv_blas_##name##_omp(team, arguments(v)); }
-#define QRV_SLICED sliced_threads(v.m, v.n, ThisMachine{})
-#define QRV_BLOCKED update_threads(v.n, ThisMachine{})
+
+// What the routines of level 3 decide for a call.
+template <SlicedCall slice(Side, int, int), class T>
+int sliced_threads(const Call<T>& v) {
+    return sliced_team(slice(side_of(v.side), v.m, v.n), ThisMachine{}).threads;
+}
+template <class T>
+int update_threads(const Call<T>& v, int products) {
+    return update_team(v.n, products * work_of<T>(v.n, v.n, v.k) / 2, ThisMachine{}).threads;
+}
 
 template <class T>
 const std::vector<Routine<T>>& routines();
@@ -82,11 +90,11 @@ inline const std::vector<Routine<float>>& routines<float>() {
         {"ssyr2",
          {update2, symmetric, true},
          QRV_ON_TEAM(ssyr2, QRV_SYR2_OF, syr_threads(ssyrRule, v.n, ThisMachine{}))},
-        {"strmm", {inPlace, triangular}, QRV_DECIDED(strmm, QRV_TRMM_OF, QRV_SLICED)},
-        {"strsm", {solve, triangular}, QRV_DECIDED(strsm, QRV_TRMM_OF, QRV_SLICED)},
-        {"ssymm", {product, symmetric}, QRV_DECIDED(ssymm, QRV_SYMM_OF, QRV_SLICED)},
-        {"ssyrk", {update, symmetric}, QRV_DECIDED(ssyrk, QRV_SYRK_OF, QRV_BLOCKED)},
-        {"ssyr2k", {update2, symmetric}, QRV_DECIDED(ssyr2k, QRV_SYR2K_OF, QRV_BLOCKED)},
+        {"strmm", {inPlace, triangular}, QRV_DECIDED(strmm, QRV_TRMM_OF, sliced_threads<product_call<float>>(v))},
+        {"strsm", {solve, triangular}, QRV_DECIDED(strsm, QRV_TRMM_OF, sliced_threads<solve_call<float>>(v))},
+        {"ssymm", {product, symmetric}, QRV_DECIDED(ssymm, QRV_SYMM_OF, sliced_threads<symmetric_call<float>>(v))},
+        {"ssyrk", {update, symmetric}, QRV_DECIDED(ssyrk, QRV_SYRK_OF, update_threads(v, 1))},
+        {"ssyr2k", {update2, symmetric}, QRV_DECIDED(ssyr2k, QRV_SYR2K_OF, update_threads(v, 2))},
     };
     return list;
 }
@@ -108,14 +116,20 @@ inline const std::vector<Routine<SingleComplex>>& routines<SingleComplex>() {
         {"cgerc", {update, general, true, false, true}, QRV_SERIAL(cgerc, QRV_GER_OF)},
         {"cher", {update, hermitian, true}, QRV_SERIAL(cher, QRV_SYR_OF)},
         {"cher2", {update2, hermitian, true}, QRV_SERIAL(cher2, QRV_SYR2_OF)},
-        {"ctrmm", {inPlace, triangular}, QRV_DECIDED(ctrmm, QRV_TRMM_OF, QRV_SLICED)},
-        {"ctrsm", {solve, triangular}, QRV_DECIDED(ctrsm, QRV_TRMM_OF, QRV_SLICED)},
-        {"csymm", {product, symmetric}, QRV_DECIDED(csymm, QRV_SYMM_OF, QRV_SLICED)},
-        {"chemm", {product, hermitian}, QRV_DECIDED(chemm, QRV_SYMM_OF, QRV_SLICED)},
-        {"csyrk", {update, symmetric}, QRV_DECIDED(csyrk, QRV_SYRK_OF, QRV_BLOCKED)},
-        {"cherk", {update, hermitian}, QRV_DECIDED(cherk, QRV_HERK_OF, QRV_BLOCKED)},
-        {"csyr2k", {update2, symmetric}, QRV_DECIDED(csyr2k, QRV_SYR2K_OF, QRV_BLOCKED)},
-        {"cher2k", {update2, hermitian}, QRV_DECIDED(cher2k, QRV_HER2K_OF, QRV_BLOCKED)},
+        {"ctrmm",
+         {inPlace, triangular},
+         QRV_DECIDED(ctrmm, QRV_TRMM_OF, sliced_threads<product_call<SingleComplex>>(v))},
+        {"ctrsm", {solve, triangular}, QRV_DECIDED(ctrsm, QRV_TRMM_OF, sliced_threads<solve_call<SingleComplex>>(v))},
+        {"csymm",
+         {product, symmetric},
+         QRV_DECIDED(csymm, QRV_SYMM_OF, sliced_threads<symmetric_call<SingleComplex>>(v))},
+        {"chemm",
+         {product, hermitian},
+         QRV_DECIDED(chemm, QRV_SYMM_OF, sliced_threads<symmetric_call<SingleComplex>>(v))},
+        {"csyrk", {update, symmetric}, QRV_DECIDED(csyrk, QRV_SYRK_OF, update_threads(v, 1))},
+        {"cherk", {update, hermitian}, QRV_DECIDED(cherk, QRV_HERK_OF, update_threads(v, 1))},
+        {"csyr2k", {update2, symmetric}, QRV_DECIDED(csyr2k, QRV_SYR2K_OF, update_threads(v, 2))},
+        {"cher2k", {update2, hermitian}, QRV_DECIDED(cher2k, QRV_HER2K_OF, update_threads(v, 2))},
     };
     return list;
 }

@@ -35,6 +35,29 @@ constexpr Slice even_slice(int total, int parts, int part) {
     return {part * quotient + smaller(part, rest), quotient + (part < rest)};
 }
 
+// Even slices in whole register tiles of `unit` rows or columns; the last one ends with the total. Beyond the tiles
+// slices are empty.
+//
+//   total parts unit   slices
+//   200   3     16     0+80  80+64  144+56
+//   100   3     8      0+40  40+32  72+28
+//   5     2     8      0+5   none
+constexpr Slice tile_slice(int total, int parts, int part, int unit) {
+    const Slice tiles = even_slice(total / unit + (total % unit != 0), parts, part);
+    if (tiles.count == 0)
+        return {total > 0 ? total - 1 : 0, 0};
+    const int first = tiles.first * unit;
+    return {first, smaller(tiles.count * unit, total - first)};
+}
+
+// The same of rows and of columns of C, of which narrow slices take few at once.
+constexpr Slice row_slice(int rows, int parts, int part) {
+    return tile_slice(rows, parts, part, 16);
+}
+constexpr Slice column_slice(int columns, int parts, int part) {
+    return tile_slice(columns, parts, part, columns / parts >= 64 ? 16 : 4);
+}
+
 // A thread's slice of a vector of n elements: equal chunks of a multiple of 8, so that all begin with the alignment of
 // the vector, the last thread taking what remains. A thread beyond the team gets nothing.
 //

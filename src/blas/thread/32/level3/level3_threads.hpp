@@ -2,8 +2,11 @@
 // of the matrices a thread takes.
 #pragma once
 
+#include <cmath>
+
 #include "blas/options.hpp"
 #include "blas/thread/common/slice.hpp"
+#include "blas/thread/common/work_threads.hpp"
 
 namespace qrv {
 
@@ -15,28 +18,68 @@ struct Level3Rule {
 inline constexpr Level3Rule slicedRule{.serialUpTo = 16};
 inline constexpr Level3Rule updateRule{.serialUpTo = 16};
 
-// Threads, 1 for a serial call. The budget is asked for last: `machine` answers budget().
-template <class Machine>
-constexpr int sliced_threads(int m, int n, const Machine& machine) {
-    return m <= slicedRule.serialUpTo && n <= slicedRule.serialUpTo ? 1 : machine.budget();
+// A call whose columns (other operand on the left) or rows are independent.
+struct SlicedCall {
+    Side side;
+    int m, n;
+    double work; // multiply-adds of real numbers
+};
+// That of a product with a symmetric matrix, with a triangle, of a triangular solve.
+template <class T>
+constexpr SlicedCall symmetric_call(Side side, int m, int n) {
+    return {side, m, n, work_of<T>(m, n, side == Side::left ? m : n)};
 }
-template <class Machine>
-constexpr int update_threads(int n, const Machine& machine) {
-    return n <= updateRule.serialUpTo ? 1 : machine.budget();
+template <class T>
+constexpr SlicedCall product_call(Side side, int m, int n) {
+    return {side, m, n, work_of<T>(m, n, side == Side::left ? m : n) / 2};
+}
+// Each thread of a solve prepares the coefficients for itself: it must get twice the work.
+template <class T>
+constexpr SlicedCall solve_call(Side side, int m, int n) {
+    return {side, m, n, work_of<T>(m, n, side == Side::left ? m : n) / 4};
 }
 
-// A thread's part of a matrix of m x n: columns where the other operand stands on the left, else rows; the last thread
-// takes what remains.
+// Columns or rows below which a slice is as slow as one of this many.
+inline constexpr int leastSlice = 8;
+
+// How a call is shared out: on how many threads, 1 for a serial call, and by which of two rules.
+struct Level3Team {
+    int threads;
+    bool byWork; // in whole tiles and trapezoids; or else in plain shares
+};
+
+// The budget is asked for last.
+template <class Machine>
+constexpr Level3Team sliced_team(const SlicedCall& call, const Machine& machine) {
+    if (call.m <= slicedRule.serialUpTo && call.n <= slicedRule.serialUpTo)
+        return {1, false};
+    if (!goes_by_work(machine))
+        return {machine.budget(), false};
+    const int slices = (call.side == Side::left ? call.n : call.m) / leastSlice;
+    return {slices < 2 ? 1 : smaller(slices, threads_by_work(call.work, machine)), true};
+}
+template <class Machine>
+constexpr Level3Team update_team(int n, double work, const Machine& machine) {
+    if (n <= updateRule.serialUpTo)
+        return {1, false};
+    if (!goes_by_work(machine))
+        return {machine.budget(), false};
+    return {smaller(n / leastSlice, threads_by_work(work, machine)), true};
+}
+
+// A thread's part of a matrix of m x n: columns where the other operand stands on the left, else rows.
 //
-//   columns team   slices
-//   10      3      0+3  3+3  6+4
-//   2       3      0+0  0+0  0+2
+//   columns team   plain slices      by work
+//   40      3      0+13 13+13 26+14   0+16 16+16 32+8
 struct MatrixSlice {
     int row, column, m, n;
 };
-constexpr MatrixSlice matrix_slice(Side side, int m, int n, int team, int thread) {
-    const bool byColumns = side == Side::left;
-    const Slice slice = equal_slice(byColumns ? n : m, team, thread);
+constexpr MatrixSlice matrix_slice(const SlicedCall& call, bool byWork, int team, int thread) {
+    const bool byColumns = call.side == Side::left;
+    const int m = call.m, n = call.n, total = byColumns ? n : m;
+    const Slice slice = !byWork     ? equal_slice(total, team, thread)
+                        : byColumns ? column_slice(total, team, thread)
+                                    : row_slice(total, team, thread);
     return byColumns ? MatrixSlice{0, slice.first, m, slice.count} : MatrixSlice{slice.first, 0, slice.count, n};
 }
 
@@ -53,6 +96,25 @@ constexpr TriangleBlockRow triangle_block_row(int n, int team, int part) {
     const Slice rows = equal_slice(n, team, part);
     const int end = rows.first + rows.count;
     return {rows, {end, n - end}};
+}
+
+// The columns of a part of a triangle of order n, of about equal areas: a block on the diagonal, and above it (upper
+// triangle) or below it a rectangle of these rows.
+//
+//   n     team   upper: columns, rectangle's rows
+//   1000  2      0+704, 0+0     704+296, 0+704
+//   100   3      0+64, 0+0      64+16, 0+64     80+20, 0+80
+struct Trapezoid {
+    Slice columns, rectangle;
+};
+inline Trapezoid trapezoid(Uplo uplo, int n, int team, int part) {
+    constexpr int tile = 16;
+    const auto left_of = [=](int parts) {
+        return parts == team ? n : static_cast<int>(n * std::sqrt(static_cast<double>(parts) / team)) / tile * tile;
+    };
+    const int first = uplo == Uplo::upper ? left_of(part) : n - left_of(team - part);
+    const int end = uplo == Uplo::upper ? left_of(part + 1) : n - left_of(team - part - 1);
+    return {{first, end - first}, uplo == Uplo::upper ? Slice{0, first} : Slice{end, n - end}};
 }
 
 } // namespace qrv

@@ -1,5 +1,6 @@
-// Rank-k and rank-2k updates on a team, told once for all. Only the diagonal blocks of the triangle are special, and
-// they are few: one kernel call for each thread. The rest is rectangles, which then go through the threaded GEMM.
+// Rank-k and rank-2k updates on a team, told once for all. By work, each thread has a trapezoid of the triangle: a
+// block on the diagonal and the rectangle beside it, a kernel call each. Otherwise each thread has a block on the
+// diagonal, and the rectangles then go through the threaded GEMM.
 #pragma once
 
 #include <omp.h>
@@ -32,37 +33,46 @@ Matrix<const T> rows_from(int i, Op op, Matrix<const T> a) {
     return op == Op::none ? a.block(i, 0) : a.block(0, i);
 }
 
-// c(rows, columns) := alpha*X*Y' + beta*c(rows, columns) with these rows of X = op(A) and Y = op(B). The ' is that of
-// the kind of matrix: transposes, or conjugates too; operands that are not taken as they are, are taken with it.
-template <Op mirror, class T>
-void multiply(Op op, Slice rows, Slice columns, int k, T alpha, Matrix<const T> a, Matrix<const T> b, T beta,
-              Matrix<T> c) {
+// c(rows, columns) := alpha*X*Y' + beta*c(rows, columns) with these rows of X = op(A) and Y = op(B), by a GEMM. The '
+// is that of the kind of matrix: transposes, or conjugates too; operands that are not taken as they are, are taken with
+// it.
+template <Op mirror, class T, class Gemm>
+void multiply(const Gemm& gemm, Op op, Slice rows, Slice columns, int k, T alpha, Matrix<const T> a, Matrix<const T> b,
+              T beta, Matrix<T> c) {
     const bool plain = op == Op::none;
-    blas::gemm(plain ? Op::none : mirror, plain ? mirror : Op::none, rows.count, columns.count, k, alpha,
-               rows_from(rows.first, op, a), rows_from(columns.first, op, b), beta, c.block(rows.first, columns.first));
+    gemm(plain ? Op::none : mirror, plain ? mirror : Op::none, rows.count, columns.count, k, alpha,
+         rows_from(rows.first, op, a), rows_from(columns.first, op, b), beta, c.block(rows.first, columns.first));
 }
 
-// Calls block(rows) for each block on the diagonal in parallel, then rectangle(rows, columns) for what is beside them.
-// On one thread the whole is one block.
-template <class Block, class Rectangle>
-void update_on_team(Uplo uplo, int n, const Block& block, const Rectangle& rectangle) {
-    const int threads = update_threads(n, ThisMachine{});
-    if (threads <= 1)
+// Calls block(rows) for blocks on the diagonal and rectangle(gemm, rows, columns) for what is beside them; `work` is
+// that of the whole, which on one thread is one block.
+template <class T, class Block, class Rectangle>
+void update_on_team(Uplo uplo, int n, double work, const Block& block, const Rectangle& rectangle) {
+    const Level3Team team = update_team(n, work, ThisMachine{});
+    if (team.threads <= 1)
         return block(Slice{0, n});
     int size = 1;
-#pragma omp parallel num_threads(threads)
+#pragma omp parallel num_threads(team.threads)
     {
-        const int team = omp_get_num_threads(), thread = omp_get_thread_num();
+        const int threads = omp_get_num_threads(), thread = omp_get_thread_num();
         if (thread == 0)
-            size = team;
-        block(triangle_block_row(n, team, thread).rows);
+            size = threads;
+        if (team.byWork) {
+            const Trapezoid part = trapezoid(uplo, n, threads, thread);
+            if (part.columns.count > 0)
+                block(part.columns);
+            if (part.columns.count > 0 && part.rectangle.count > 0)
+                rectangle(kernel::gemm<T>, part.rectangle, part.columns);
+        } else {
+            block(triangle_block_row(n, threads, thread).rows);
+        }
     }
-    for (int i = 0; i < size - 1; ++i) {
+    for (int i = 0; !team.byWork && i < size - 1; ++i) {
         const TriangleBlockRow row = triangle_block_row(n, size, i);
         if (uplo == Uplo::upper)
-            rectangle(row.rows, row.rest);
+            rectangle(blas::gemm<T>, row.rows, row.rest);
         else
-            rectangle(row.rest, row.rows);
+            rectangle(blas::gemm<T>, row.rest, row.rows);
     }
 }
 

@@ -11,16 +11,16 @@
 
 namespace qrv {
 
-// Calls part(slice) for the slices of a matrix of m x n, which is the left or the right operand's partner.
+// Calls part(slice) for the slices of the matrix of a call.
 template <class Part>
-void on_matrix_slices(Side side, int m, int n, const Part& part) {
-    if (m <= 0 || n <= 0)
+void on_matrix_slices(const SlicedCall& call, const Part& part) {
+    if (call.m <= 0 || call.n <= 0)
         return;
-    const int threads = sliced_threads(m, n, ThisMachine{});
-    if (threads <= 1)
-        return part(MatrixSlice{0, 0, m, n});
-#pragma omp parallel num_threads(threads)
-    part(matrix_slice(side, m, n, omp_get_num_threads(), omp_get_thread_num()));
+    const Level3Team team = sliced_team(call, ThisMachine{});
+    if (team.threads <= 1)
+        return part(MatrixSlice{0, 0, call.m, call.n});
+#pragma omp parallel num_threads(team.threads)
+    part(matrix_slice(call, team.byWork, omp_get_num_threads(), omp_get_thread_num()));
 }
 
 } // namespace qrv

@@ -8,7 +8,7 @@ void blas::symm(Side side, Uplo uplo, int m, int n, Scalar<T> alpha, MatrixIn<T>
                 Matrix<T> c) {
     if (alpha == scalar<T>(0) && beta == scalar<T>(1))
         return;
-    on_matrix_slices(side, m, n, [&](const MatrixSlice& part) {
+    on_matrix_slices(symmetric_call<T>(side, m, n), [&](const MatrixSlice& part) {
         kernel::symm(side, uplo, part.m, part.n, alpha, a, b.block(part.row, part.column), beta,
                      c.block(part.row, part.column));
     });
@@ -18,7 +18,7 @@ void blas::hemm(Side side, Uplo uplo, int m, int n, Scalar<T> alpha, MatrixIn<T>
                 Matrix<T> c) {
     if (alpha == scalar<T>(0) && beta == scalar<T>(1))
         return;
-    on_matrix_slices(side, m, n, [&](const MatrixSlice& part) {
+    on_matrix_slices(symmetric_call<T>(side, m, n), [&](const MatrixSlice& part) {
         kernel::hemm(side, uplo, part.m, part.n, alpha, a, b.block(part.row, part.column), beta,
                      c.block(part.row, part.column));
     });

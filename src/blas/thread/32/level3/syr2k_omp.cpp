@@ -11,15 +11,15 @@ void update(Uplo uplo, Op op, int n, int k, T alpha, Matrix<const T> a, Matrix<c
             const Kernel& kernel) {
     if (changes_nothing(n, k, alpha, beta))
         return;
-    update_on_team(
-        uplo, n,
+    update_on_team<T>(
+        uplo, n, work_of<T>(n, n, k),
         [&](Slice rows) {
             kernel(uplo, op, rows.count, k, alpha, rows_from(rows.first, op, a), rows_from(rows.first, op, b), beta,
                    c.block(rows.first, rows.first));
         },
-        [&](Slice rows, Slice columns) {
-            multiply<mirror>(op, rows, columns, k, alpha, a, b, as_element<T>(beta), c);
-            multiply<mirror>(op, rows, columns, k, conj_if<mirror == Op::adjoint>(alpha), b, a, scalar<T>(1), c);
+        [&](const auto& gemm, Slice rows, Slice columns) {
+            multiply<mirror>(gemm, op, rows, columns, k, alpha, a, b, as_element<T>(beta), c);
+            multiply<mirror>(gemm, op, rows, columns, k, conj_if<mirror == Op::adjoint>(alpha), b, a, scalar<T>(1), c);
         });
 }
 

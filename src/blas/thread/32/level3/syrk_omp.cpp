@@ -9,13 +9,13 @@ template <Op mirror, class T, class S, class Kernel>
 void update(Uplo uplo, Op op, int n, int k, S alpha, Matrix<const T> a, S beta, Matrix<T> c, const Kernel& kernel) {
     if (changes_nothing(n, k, alpha, beta))
         return;
-    update_on_team(
-        uplo, n,
+    update_on_team<T>(
+        uplo, n, work_of<T>(n, n, k) / 2,
         [&](Slice rows) {
             kernel(uplo, op, rows.count, k, alpha, rows_from(rows.first, op, a), beta, c.block(rows.first, rows.first));
         },
-        [&](Slice rows, Slice columns) {
-            multiply<mirror>(op, rows, columns, k, as_element<T>(alpha), a, a, as_element<T>(beta), c);
+        [&](const auto& gemm, Slice rows, Slice columns) {
+            multiply<mirror>(gemm, op, rows, columns, k, as_element<T>(alpha), a, a, as_element<T>(beta), c);
         });
 }
 

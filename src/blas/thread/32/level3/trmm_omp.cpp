@@ -9,7 +9,7 @@ template <class T>
 inline void trmm(QRV_TRSM_PARAMETERS(T)) {
     if (*m <= 0 || *n <= 0)
         return;
-    if (sliced_threads(*m, *n, ThisMachine{}) <= 1)
+    if (sliced_team(product_call<T>(side_of(*side), *m, *n), ThisMachine{}).threads <= 1)
         return kernel::Native<T>::trmm(QRV_TRSM_ARGUMENTS);
     blas::trmm<T>(side_of(*side), uplo_of(*uplo), op_of(*transa), diag_of(*diag), *m, *n, *alpha, {a, *lda}, {b, *ldb});
 }
@@ -18,7 +18,7 @@ inline void trmm(QRV_TRSM_PARAMETERS(T)) {
 
 template <class T>
 void blas::trmm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha, MatrixIn<T> a, Matrix<T> b) {
-    on_matrix_slices(side, m, n, [&](const MatrixSlice& part) {
+    on_matrix_slices(product_call<T>(side, m, n), [&](const MatrixSlice& part) {
         kernel::trmm(side, uplo, op, diag, part.m, part.n, alpha, a, b.block(part.row, part.column));
     });
 }

@@ -9,7 +9,7 @@ template <class T>
 inline void trsm(QRV_TRSM_PARAMETERS(T)) {
     if (*m <= 0 || *n <= 0)
         return;
-    if (sliced_threads(*m, *n, ThisMachine{}) <= 1)
+    if (sliced_team(solve_call<T>(side_of(*side), *m, *n), ThisMachine{}).threads <= 1)
         return kernel::Native<T>::trsm(QRV_TRSM_ARGUMENTS);
     blas::trsm<T>(side_of(*side), uplo_of(*uplo), op_of(*transa), diag_of(*diag), *m, *n, *alpha, {a, *lda}, {b, *ldb});
 }
@@ -18,7 +18,7 @@ inline void trsm(QRV_TRSM_PARAMETERS(T)) {
 
 template <class T>
 void blas::trsm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha, MatrixIn<T> a, Matrix<T> b) {
-    on_matrix_slices(side, m, n, [&](const MatrixSlice& part) {
+    on_matrix_slices(solve_call<T>(side, m, n), [&](const MatrixSlice& part) {
         kernel::trsm(side, uplo, op, diag, part.m, part.n, alpha, a, b.block(part.row, part.column));
     });
 }

@@ -196,6 +196,17 @@ void share_copies(GemmSizes s, GemmPlan<T>* plan, GemmThreadContext<T>* context,
 // ---- Regions ---------------------------------------------------------------------------------------------------
 
 template <class T>
+void gemm_grid_region(const GemmCall<T>& call, int threads) {
+#pragma omp parallel num_threads(threads)
+    {
+        const GemmGrid grid = gemm_grid(sizes_of(call), call.opA != Op::none, omp_get_num_threads());
+        const int thread = omp_get_thread_num();
+        serial(columns_of(rows_of(call, row_slice(call.m, grid.rows, thread % grid.rows)),
+                          column_slice(call.n, grid.columns, thread / grid.rows)));
+    }
+}
+
+template <class T>
 void gemm_small_region(const GemmCall<T>& call, int threads) {
 #pragma omp parallel num_threads(threads)
     {
@@ -246,6 +257,8 @@ void gemm_large_region(GemmCall<T> call, const GemmFacts& facts, int threads) {
     qrv_serv_deallocate(sharedCopies);
 }
 
+template void gemm_grid_region(const GemmCall<float>&, int);
+template void gemm_grid_region(const GemmCall<SingleComplex>&, int);
 template void gemm_small_region(const GemmCall<float>&, int);
 template void gemm_small_region(const GemmCall<SingleComplex>&, int);
 template void gemm_large_region(GemmCall<float>, const GemmFacts&, int);
@@ -259,6 +272,10 @@ namespace {
 template <class T>
 [[gnu::noinline]] void gemm_with_budget(const GemmCall<T>& call) {
     const GemmSizes sizes = sizes_of(call);
+    if (goes_by_work(ThisMachine{})) {
+        const int threads = gemm_threads_by_work(sizes, work_of<T>(call.m, call.n, call.k), ThisMachine{});
+        return threads <= 1 ? serial(call) : gemm_grid_region(call, threads);
+    }
     const int threads = ThisMachine::budget();
     const bool small = gemm_is_small(sizes);
     if (threads <= 1 || (small && !gemm_gains(row_for<T>(realGemmGain, complexGemmGain), sizes, threads,

@@ -11,6 +11,7 @@
 
 #include "blas/kernel/gemm_plan.hpp"
 #include "blas/thread/common/slice.hpp"
+#include "blas/thread/common/work_threads.hpp"
 #include "service/vector_form.hpp"
 
 namespace qrv {
@@ -99,6 +100,44 @@ constexpr bool gemm_gains(const GemmGainRule& rule, GemmSizes s, int threads, in
         byRows ? gemm_work(rule, s.m / threads, s.n, s.k) : gemm_work(rule, s.m, s.n / threads, s.k);
     const std::int64_t threaded = std::int64_t{threadCost} * threads + share;
     return static_cast<double>(gemm_work(rule, s.m, s.n, s.k)) / static_cast<double>(threaded) > wanted;
+}
+
+// ---- By work -----------------------------------------------------------------------------------------------
+
+// A row or a column of C is level 2's, whose threads that class has not.
+template <class Machine>
+constexpr int gemm_threads_by_work(GemmSizes s, double work, const Machine& machine) {
+    return s.m == 1 || s.n == 1 ? 1 : threads_by_work(work, machine);
+}
+
+// How C is shared out where threads go by work: over rows and columns of threads, in whole tiles.
+struct GemmGrid {
+    int rows, columns;
+};
+
+// The grid of the whole team in which the thread with the largest part has least to do: products, and the rows and
+// columns that it must bring together, of which those of a transposed A cost more.
+//
+//   m     n     team   grid, A as it lies, transposed
+//   1000  1000  2      1 x 2     2 x 1
+//   2000  32    2      2 x 1     2 x 1
+//   2048  2048  16     4 x 4     4 x 4
+//   100   4     8      8 x 1     8 x 1
+constexpr GemmGrid gemm_grid(GemmSizes s, bool transposedA, int team) {
+    constexpr double column = 16; // of an element, in products
+    const double row = transposedA ? 24 : 16;
+    GemmGrid best{1, team};
+    double least = std::numeric_limits<double>::max();
+    for (int rows = 1; rows <= team; ++rows)
+        if (team % rows == 0) {
+            const double m = row_slice(s.m, rows, 0).count, n = column_slice(s.n, team / rows, 0).count;
+            const double cost = m * n + row * m + column * n;
+            if (cost < least) {
+                least = cost;
+                best = {rows, team / rows};
+            }
+        }
+    return best;
 }
 
 // ---- Slices ------------------------------------------------------------------------------------------------

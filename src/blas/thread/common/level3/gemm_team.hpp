@@ -6,6 +6,7 @@
 #include "blas/gemm_call.hpp"
 #include "blas/thread/common/level3/gemm_partition.hpp"
 #include "blas/thread/common/machine.hpp"
+#include "blas/thread/common/work_threads.hpp"
 
 namespace qrv {
 
@@ -45,7 +46,10 @@ void serial(const GemmCall<T>& q) {
 // C := beta*C on a team.
 void gemm_scale_region(const GemmCall<float>& call, int threads);
 
-// The whole product on a team of at most `threads`, for a call that gemm_is_small, respectively for others.
+// The whole product on a team of at most `threads`: where threads go by work, and elsewhere for a call that
+// gemm_is_small, respectively for others.
+template <class T>
+void gemm_grid_region(const GemmCall<T>& call, int threads);
 template <class T>
 void gemm_small_region(const GemmCall<T>& call, int threads);
 template <class T>

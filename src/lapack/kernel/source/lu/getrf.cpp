@@ -1,6 +1,7 @@
 // SGETRF, CGETRF: the choice of a route.
 #include "lapack/kernel/source/lu/getrf.hpp"
 
+#include "blas/thread/common/machine.hpp"
 #include "lapack/calls/lu.hpp"
 #include "lapack/kernel/source/lu/getrf_route.hpp"
 #include "lapack/routine_name.hpp"
@@ -11,9 +12,11 @@ namespace qrv::lapack {
 namespace {
 
 template <class T>
-struct GetrfMachine {
+struct GetrfMachine : ThisMachine {
     int m, n;
-    int threads() const { return qrv_serv_get_max_threads(); }
+    GetrfMachine(int rows, int columns) : m(rows), n(columns) {}
+    static int budget() { return qrv_serv_get_max_threads(); }
+    static double products() { return work_of<T>(1, 1, 1); }
     int crossover(int threadCount) const { return tuning::crossover(RoutineName<T>("GETRF"), m, n, threadCount); }
     int block_size(int threadCount) const { return tuning::block_size(RoutineName<T>("GETRF"), m, n, threadCount); }
 };
@@ -36,7 +39,7 @@ int factor(const GetrfRoute& route, int m, int n, Matrix<T> a, int* ipiv) {
 
 template <class T>
 int getrf(int m, int n, Matrix<T> a, int* ipiv) {
-    return m > 0 && n > 0 ? factor<T>(getrf_route(m, n, GetrfMachine<T>{m, n}), m, n, a, ipiv) : 0;
+    return m > 0 && n > 0 ? factor<T>(getrf_route(m, n, GetrfMachine<T>(m, n)), m, n, a, ipiv) : 0;
 }
 
 template <class T>

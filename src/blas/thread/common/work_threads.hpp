@@ -1,0 +1,53 @@
+// Threads by work: how many a call of level 3 gets on the processors of the newest class, whose kernels are so fast
+// that sizes alone tell little.
+#pragma once
+
+#include <algorithm>
+
+#include "blas/complex.hpp"
+#include "service/vector_form.hpp"
+
+namespace qrv {
+
+// Whether this class has threads by work; the others have the sizes that their routines name.
+template <class Machine>
+constexpr bool goes_by_work(const Machine& machine) {
+    constexpr int newest = 66;
+    return machine.cpu_ma() == newest;
+}
+
+// Multiply-adds of real numbers that each thread must get. A team of two then gains at least half, and squares of 64
+// with AVX-512 are still one thread's: on cores that are busy a team costs a time slice, however small the call.
+constexpr double least_share(VectorForm form) {
+    switch (form) {
+    case VectorForm::avx512:
+        return 150000;
+    case VectorForm::avx2:
+        return 120000;
+    case VectorForm::sse:
+        break;
+    }
+    return 50000;
+}
+
+// Threads for `work`, 1 for a serial call. The budget is asked for last.
+//
+//   form      work        budget   threads
+//   avx512    64^3        4        1
+//   avx512    72^3        4        2
+//   avx512    128^3       16       13
+//   sse       48^3        4        2
+template <class Machine>
+constexpr int threads_by_work(double work, const Machine& machine) {
+    const double shares = work / least_share(machine.form());
+    return shares < 2 ? 1 : static_cast<int>(std::min<double>(shares, machine.budget()));
+}
+
+// The work of m*n*k products of elements.
+template <class T>
+constexpr double work_of(int m, int n, int k) {
+    constexpr double products = isComplex<T> ? 4 : 1;
+    return products * m * n * k;
+}
+
+} // namespace qrv
