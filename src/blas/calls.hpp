@@ -187,6 +187,15 @@ inline void syr2_band(Uplo uplo, int width, int length, float alpha, Vector<cons
                       Matrix<float> a) {
     native::call(qrv_blas_ssyr2_band_kernel, uplo, width, length, alpha, x, y, a);
 }
+// Their strips, and that of the product: the last columns of an upper, or the first ones of a lower triangle.
+inline void symv_strip(Uplo uplo, int n, int columns, float alpha, Matrix<const float> a, Vector<const float> x,
+                       float beta, Vector<float> y) {
+    native::call(qrv_blas_ssymv_strip, uplo, n, columns, alpha, a, x, beta, y);
+}
+inline void syr2_strip(Uplo uplo, int n, int columns, float alpha, Vector<const float> x, Vector<const float> y,
+                       Matrix<float> a) {
+    native::call(qrv_blas_ssyr2_strip, uplo, n, columns, alpha, x, y, a);
+}
 // Product x := op(A)*x and solve op(A)*x = x, A triangular
 template <class T>
 void trmv(Uplo uplo, Op op, Diag diag, int n, MatrixIn<T> a, Vector<T> x) {

@@ -33,6 +33,10 @@ int qrv_lapack_sgetrf_recursive(const int* m, const int* n, float* a, const int*
 int qrv_lapack_cgetrf_recursive(const int* m, const int* n, qrv_complex* a, const int* lda, int* ipiv, int* info,
                                 const int* thread, const int* offset);
 
+// ---- Reduction to tridiagonal form: SSYTD2 on a team ---------------------------------------------------------------
+
+decltype(qrv_lapack_ssytd2) qrv_lapack_ssytd3;
+
 // ---- Work sizes
 // -------------------------------------------------------------------------------------------------------
 

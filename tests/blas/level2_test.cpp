@@ -119,6 +119,47 @@ TEST(Level2, UpdatesByBands) {
                 }
 }
 
+// Columns of a symmetric matrix with their mirror images, all others NaN: what is not of the strip is not read.
+TEST(Level2, StripsOfSymmetricMatrices) {
+    Turns turns;
+    std::mt19937 random(1);
+    const int unit = 1;
+    for (const int n : {1, 2, 5, 16, 17, 33, 100, 301, 600})
+        for (const char uplo : {'U', 'L'})
+            for (const int columns : {0, 1, n / 3, n})
+                for (const float beta : {0.F, 1.F, 0.5F}) {
+                    const int first = is_upper(uplo) ? n - columns : 0;
+                    const auto inside = [&](int j) { return first <= j && j < first + columns; };
+                    const Layout layout{turns.pick({0, 1, 3, 4}), turns.pick({0, 1, 2})};
+                    Operand<float> a(Form{n, n, Form::symmetric, uplo}, layout);
+                    a.set([&](int, int j) { return inside(j) ? eighths<float>(random) : nan; });
+                    GuardedVector<float> x(n, 1, turns.pick({0, 1, 3})), y(n, 1, turns.pick({0, 1, 3}));
+                    x.fill([&] { return eighths<float>(random); });
+                    y.fill([&] { return beta == 0 ? nan : eighths<float>(random); });
+                    const WideMatrix<float> strip(n, n, [&](int i, int j) {
+                        const double element = a.entry(i, j);
+                        return inside(is_upper(uplo) ? std::max(i, j) : std::min(i, j)) ? element : 0.0;
+                    });
+                    const float alpha = -0.75F;
+                    const auto expected = product<float>(alpha, strip, WideMatrix<float>(x), beta, y);
+                    const WideMatrix<float> left(n, 2, [&](int i, int j) { return j ? y[i] : x[i]; }),
+                        right(2, n, [&](int i, int j) { return i ? x[j] : y[j]; });
+                    const auto updated = product<float>(alpha, left, right, 1, a);
+                    for (const VectorBuild& build : vector_builds()) {
+                        GuardedVector<float> result(y);
+                        build.blas_ssymv_strip(&uplo, &n, &columns, &alpha, a.data(), &a.ld(), x.data(), &unit, &beta,
+                                               result.data(), &unit);
+                        EXPECT_TRUE(expected.held_by(result)) << build << ' ' << uplo << n << ' ' << columns;
+                        if (beta == 0)
+                            continue;
+                        Operand<float> b(a);
+                        build.blas_ssyr2_strip(&uplo, &n, &columns, &alpha, x.data(), &unit, y.data(), &unit, b.data(),
+                                               &b.ld());
+                        EXPECT_TRUE(updated.held_by(b)) << build << ' ' << uplo << n << ' ' << columns;
+                    }
+                }
+}
+
 // Some elements of a triangular product, from a copy of x, at either end of the triangle and inside.
 template <class T>
 void check_product_by_bands() {

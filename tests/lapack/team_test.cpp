@@ -1,9 +1,11 @@
 // LAPACK's own regions on teams: factors are right, whatever the team and the work memory that is there.
 #include "lapack/calls/bidiagonal.hpp"
+#include "lapack/calls/symmetric.hpp"
 #include "lapack/kernel/source/bidiagonal/labrd.hpp"
 #include "lapack/kernel/source/cholesky/potrf.hpp"
 #include "support/cholesky.hpp"
 #include "support/lu.hpp"
+#include "support/reduced.hpp"
 #include "support/team_battery.hpp"
 
 namespace qrv::test {
@@ -87,6 +89,35 @@ void add_bidiagonal(std::vector<TeamCase>& cases, Sizes sizes) {
     }
 }
 
+// In panels, with the unblocked form behind them or by itself; and as SSYTRD decides, which takes a team above 100.
+void add_tridiagonal(std::vector<TeamCase>& cases, std::initializer_list<int> orders) {
+    for (const int n : orders)
+        for (const Uplo uplo : {Uplo::upper, Uplo::lower}) {
+            const auto given = std::make_shared<const Operand<float>>(symmetric(uplo, n));
+            const auto add = [&](const char* what, const auto& reduce, std::function<int()> threads = nullptr) {
+                cases.push_back({std::string(what) + letter(uplo) + std::to_string(n),
+                                 [=](int team, bool twice) {
+                                     const auto on_team = [&](Reduced& t) { reduce(team, t); };
+                                     const Reduced t(uplo, *given, on_team);
+                                     return t.error(*given) < reducedBound && t.guards_intact() &&
+                                            (!twice || t.same_bits({uplo, *given, on_team}));
+                                 },
+                                 threads});
+            };
+            if (n > 100) {
+                const auto decided = [](int, Reduced& t) {
+                    std::vector<float> work(std::size_t(t.n) * 24);
+                    lapack::sytrd(t.uplo, t.n, t.a.view(), t.d.data(), t.e.data(), t.tau.data(), work.data(),
+                                  static_cast<int>(work.size()));
+                };
+                add("sytrd, ", decided, qrv_serv_get_max_threads);
+                continue;
+            }
+            add("sytrd in panels, ", [](int team, Reduced& t) { t.in_panels(team, {.width = 7, .rest = 25}, 10); });
+            add("sytd3, ", [=](int team, Reduced& t) { t.in_panels(team, {.width = 7, .rest = n}, 5); });
+        }
+}
+
 template <class T>
 void add_all(std::vector<TeamCase>& cases) {
     add_bidiagonal<T>(cases, {{40, 40}, {61, 17}, {17, 61}, {6, 6}, {9, 5}, {5, 9}, {1, 4}});
@@ -105,12 +136,14 @@ INSTANTIATE_TEST_SUITE_P(Lapack, Team,
                                                         std::vector<TeamCase> cases;
                                                         add_all<float>(cases);
                                                         add_all<SingleComplex>(cases);
+                                                        add_tridiagonal(cases, {2, 40, 105});
                                                         return cases;
                                                     },
                                                     [] {
                                                         std::vector<TeamCase> cases;
                                                         add_few<float>(cases);
                                                         add_few<SingleComplex>(cases);
+                                                        add_tridiagonal(cases, {30});
                                                         return cases;
                                                     }}));
 

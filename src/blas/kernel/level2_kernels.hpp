@@ -29,6 +29,15 @@
     const char *uplo, const int *width, const int *length, const float *alpha, const float *x, const int *incx,      \
         const float *y, const int *incy, float *a, const int *lda
 
+/* A strip of a symmetric matrix of order n, with its mirror image: the last `columns` columns of an upper triangle, or the
+   first ones of a lower triangle. y, and A of the update, become what they would with zeros in all other columns. */
+#define QRV_SYMV_STRIP_PARAMETERS                                                                                    \
+    const char *uplo, const int *n, const int *columns, const float *alpha, const float *a, const int *lda,          \
+        const float *x, const int *incx, const float *beta, float *y, const int *incy
+#define QRV_SYR2_STRIP_PARAMETERS                                                                                    \
+    const char *uplo, const int *n, const int *columns, const float *alpha, const float *x, const int *incx,         \
+        const float *y, const int *incy, float *a, const int *lda
+
 #define QRV_GEMV_ARGUMENTS trans, m, n, alpha, a, lda, x, incx, beta, y, incy
 #define QRV_SYMV_ARGUMENTS uplo, n, alpha, a, lda, x, incx, beta, y, incy
 #define QRV_SYR_ARGUMENTS uplo, n, alpha, x, incx, a, lda
@@ -53,7 +62,11 @@
            (QRV_SYR2_ARGUMENTS))                                                               \
     KERNEL(void, blas_ssyr_band_kernel, (QRV_SYR_BAND_PARAMETERS), (uplo, width, length, alpha, x, incx, a, lda))    \
     KERNEL(void, blas_ssyr2_band_kernel, (QRV_SYR2_BAND_PARAMETERS),                                                 \
-           (uplo, width, length, alpha, x, incx, y, incy, a, lda))
+           (uplo, width, length, alpha, x, incx, y, incy, a, lda))                                                  \
+    KERNEL(void, blas_ssymv_strip, (QRV_SYMV_STRIP_PARAMETERS),                                                      \
+           (uplo, n, columns, alpha, a, lda, x, incx, beta, y, incy))                                                \
+    KERNEL(void, blas_ssyr2_strip, (QRV_SYR2_STRIP_PARAMETERS),                                                      \
+           (uplo, n, columns, alpha, x, incx, y, incy, a, lda))
 /* Triangular and banded matrices. */
 #define QRV_TRIANGULAR_PARAMETERS(T)                                                                                 \
     const char *uplo, const char *trans, const char *diag, const int *n, const T *a, const int *lda, T *x,           \

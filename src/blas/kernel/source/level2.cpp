@@ -55,6 +55,13 @@ void blas_ssyr2_band_kernel(QRV_SYR2_BAND_PARAMETERS) {
     const TriangleBand band = last_band(uplo_of(*uplo), *width, *length);
     syr2<float>(band, *alpha, {*length, x, *incx}, {*length, y, *incy}, whole_of_band(band, a, *lda));
 }
+void blas_ssymv_strip(QRV_SYMV_STRIP_PARAMETERS) {
+    symv_strip<float>(uplo_of(*uplo), *n, *columns, *alpha, {a, *lda}, x, *incx, *beta, y, *incy);
+}
+void blas_ssyr2_strip(QRV_SYR2_STRIP_PARAMETERS) {
+    const TriangleBand strip = strip_of_triangle(uplo_of(*uplo), *n, *columns);
+    syr2<float>(strip, *alpha, {*n, x, *incx}, {*n, y, *incy}, {a, *lda});
+}
 
 // ---- Triangular and banded ----------------------------------------------------------------------------------------
 

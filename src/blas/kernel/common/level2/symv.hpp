@@ -5,7 +5,9 @@
 // multiplied with x, for the other half. Large matrices are cut into square blocks, so that the parts of x and y that a
 // block works on stay in the first-level cache; vectors whose elements are apart are brought together block by block.
 //
-//   A        the named triangle, read once; of a Hermitian diagonal the real parts only; not at all for alpha = 0
+//   A        the named triangle or strip, read once; of a Hermitian diagonal the real parts only; by SYMV not at all
+//   for
+//            alpha = 0
 //   x, y     n elements, any increments but 0; y is not read for beta = 0
 //   memory   four blocks of blockElements on the stack
 #pragma once
@@ -123,31 +125,50 @@ void add_block_and_transpose(int m, int n, T alpha, Matrix<const T> a, VectorPai
     });
 }
 
+// What the columns of a strip of the triangle stand for, with their mirror images: y := alpha*A*x + y for these.
+template <class T>
+void add_strip(Uplo uplo, int n, int firstColumn, int endColumn, T alpha, Matrix<const T> a, StridedVector<const T> x,
+               StridedVector<T> y) {
+    constexpr int block = blockElements<T>;
+    alignas(64) T buffers[4][block];
+    for (int j = firstColumn, columns; j < endColumn; j += columns) {
+        columns = smaller(block, endColumn - j);
+        const VectorPair<T> vj{gathered(x, j, columns, buffers[0]), gathered(y, j, columns, buffers[1])};
+        add_diagonal_block(uplo, columns, alpha, a.block(j, j), vj);
+        const int end = uplo == Uplo::upper ? j : n;
+        for (int i = uplo == Uplo::upper ? 0 : j + columns, rows; i < end; i += rows) {
+            rows = smaller(block, end - i);
+            const VectorPair<T> vi{gathered(x, i, rows, buffers[2]), gathered(y, i, rows, buffers[3])};
+            add_block_and_transpose(rows, columns, alpha, a.block(i, j), vi, vj);
+            scatter(y, i, rows, vi.y);
+        }
+        scatter(y, j, columns, vj.y);
+    }
+}
+
 template <class T>
 void symv(Uplo uplo, int n, T alpha, Matrix<const T> a, const T* x, int incx, T beta, T* y, int incy) {
     QRV_ASSERT(a.ld >= n || n <= 1);
     if (n <= 0 || (alpha == scalar<T>(0) && beta == scalar<T>(1)))
         return;
-    const StridedVector<const T> xs(n, x, incx);
     const StridedVector<T> ys(n, y, incy);
     scale(ys, n, beta);
-    if (alpha == scalar<T>(0))
+    if (alpha != scalar<T>(0))
+        add_strip<T>(uplo, n, 0, n, alpha, a, {n, x, incx}, ys);
+}
+
+// The same with a strip alone: the last columns of an upper triangle, or the first ones of a lower triangle. All of y
+// is scaled.
+template <class T>
+void symv_strip(Uplo uplo, int n, int columns, T alpha, Matrix<const T> a, const T* x, int incx, T beta, T* y,
+                int incy) {
+    QRV_ASSERT(columns <= n && (a.ld >= n || n <= 1));
+    if (n <= 0)
         return;
-    constexpr int block = blockElements<T>;
-    alignas(64) T buffers[4][block];
-    for (int j = 0, columns; j < n; j += columns) {
-        columns = smaller(block, n - j);
-        const VectorPair<T> vj{gathered(xs, j, columns, buffers[0]), gathered(ys, j, columns, buffers[1])};
-        add_diagonal_block(uplo, columns, alpha, a.block(j, j), vj);
-        const int end = uplo == Uplo::upper ? j : n;
-        for (int i = uplo == Uplo::upper ? 0 : j + columns, rows; i < end; i += rows) {
-            rows = smaller(block, end - i);
-            const VectorPair<T> vi{gathered(xs, i, rows, buffers[2]), gathered(ys, i, rows, buffers[3])};
-            add_block_and_transpose(rows, columns, alpha, a.block(i, j), vi, vj);
-            scatter(ys, i, rows, vi.y);
-        }
-        scatter(ys, j, columns, vj.y);
-    }
+    const StridedVector<T> ys(n, y, incy);
+    scale(ys, n, beta);
+    const int first = uplo == Uplo::upper ? n - columns : 0;
+    add_strip<T>(uplo, n, first, first + columns, alpha, a, {n, x, incx}, ys);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -29,13 +29,18 @@ struct TriangleBand {
     int firstRow, rows, firstColumn, columns;
 };
 
-// The whole triangle; the last `width` columns of the leading upper, or rows of the leading lower triangle.
+// The whole triangle; the last `width` columns of the leading upper, or rows of the leading lower triangle; the last
+// columns of an upper, or the first ones of a lower triangle of order n.
 constexpr TriangleBand whole_triangle(Uplo uplo, int n) {
     return {uplo, 0, n, 0, n};
 }
 constexpr TriangleBand last_band(Uplo uplo, int width, int length) {
     return uplo == Uplo::upper ? TriangleBand{uplo, 0, length, length - width, width}
                                : TriangleBand{uplo, length - width, width, 0, length};
+}
+
+constexpr TriangleBand strip_of_triangle(Uplo uplo, int n, int columns) {
+    return {uplo, 0, n, uplo == Uplo::upper ? n - columns : 0, columns};
 }
 
 // The matrix of which the band begins at a.

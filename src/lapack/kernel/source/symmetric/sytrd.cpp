@@ -1,71 +1,96 @@
 // SSYTRD: reduction of a symmetric matrix to tridiagonal form Q' A Q in panels.
 //
 // SLATRD makes the reflectors of a panel, the rest is brought up to date with all of them at once, by a rank-2k update;
-// what is smaller than the crossover is left to SSYTD2. A lower triangle is worked on from its first columns, an upper
-// one from its last.
+// what is smaller than the crossover is left to the unblocked form. A lower triangle is worked on from its first
+// columns, an upper one from its last. On a team the products of a panel, the updates and the unblocked form are
+// shared out in strips of columns (strips.hpp), each in regions of its own.
 // Source: J. Dongarra, S. Hammarling, D. Sorensen, Block reduction of matrices to condensed forms for eigenvalue
 // computations, J. Comput. Appl. Math. 27 (1989).
 #include <algorithm>
 
-#include "blas/calls.hpp"
 #include "lapack/calls/symmetric.hpp"
+#include "lapack/kernel/source/symmetric/sytrd.hpp"
+#include "lapack/workspace.hpp"
+#include "qrv/service.h"
 #include "service/tuning.hpp"
 
 namespace qrv::lapack {
 namespace {
 
-// Columns of a panel, and the order that is left to the unblocked form.
-struct Panels {
-    int width, rest;
-};
-Panels choose_panels(int n, int lwork) {
-    const int nb = tuning::block_size("SSYTRD", n);
+int sytrd_threads(int n) {
+    return n < tuning::crossover("SSYTRD", -1) ? 1 : std::max(1, qrv_serv_get_max_threads());
+}
+
+// As the tuning values are asked for: of threads, one is not told.
+int told(int threads) {
+    return threads > 1 ? threads : -1;
+}
+
+std::int64_t sytrd_work(int n, int threads) {
+    return std::max<std::int64_t>(1, std::int64_t{n} * tuning::block_size("SSYTRD", n, told(threads)));
+}
+
+} // namespace
+
+Panels choose_panels(int n, int lwork, int threads) {
+    const int nb = tuning::block_size("SSYTRD", n, told(threads));
     if (nb <= 1 || nb >= n)
-        return {1, n};
-    const int rest = std::max(nb, tuning::crossover("SSYTRD", n));
+        return {1, threads > 1 ? 0 : n};
+    const int rest = std::max(nb, tuning::crossover("SSYTRD", n, told(threads)));
     if (rest >= n || lwork >= std::int64_t{n} * nb)
         return {nb, rest};
     const int fitting = std::max(lwork / n, 1);
     return {fitting, fitting < tuning::minimum_block_size("SSYTRD") ? n : rest};
 }
 
-} // namespace
+void sytrd_in_panels(int threads, const Panels& panels, int tail, Uplo uplo, int n, Matrix<float> a, float* d, float* e,
+                     float* tau, Matrix<float> w) {
+    const int nb = panels.width;
+    const auto update = [&](int order, Matrix<const float> v, Matrix<const float> wPart, Matrix<float> rest) {
+        if (threads > 1)
+            update_on_team(threads, uplo, order, nb, v, wPart, rest);
+        else
+            blas::rank_2k(uplo, Op::none, order, nb, -1.0F, v, wPart, 1.0F, rest);
+    };
+    int done = 0;
+    for (; done < n - panels.rest; done += nb) {
+        const int left = n - done, order = left - nb;
+        if (uplo == Uplo::upper) {
+            latrd(uplo, left, nb, a, e, tau, w);
+            update(order, a.block(0, order), w, a);
+            for (int j = order; j < left; ++j) {
+                if (j > 0)
+                    a(j - 1, j) = e[j - 1];
+                d[j] = a(j, j);
+            }
+        } else {
+            latrd(uplo, left, nb, a.block(done, done), e + done, tau + done, w);
+            update(order, a.block(done + nb, done), w.block(nb, 0), a.block(done + nb, done + nb));
+            for (int j = done; j < done + nb; ++j) {
+                if (j < n - 1)
+                    a(j + 1, j) = e[j];
+                d[j] = a(j, j);
+            }
+        }
+    }
+    const int at = uplo == Uplo::upper ? 0 : done;
+    if (threads > 1)
+        sytd3(threads, tail, uplo, n - done, a.block(at, at), d + at, e + at, tau + at);
+    else
+        sytd2(uplo, n - done, a.block(at, at), d + at, e + at, tau + at);
+}
 
 std::int64_t sytrd_work(int n) {
-    return std::max<std::int64_t>(1, std::int64_t{n} * tuning::block_size("SSYTRD", n));
+    return sytrd_work(n, sytrd_threads(n));
 }
 
 void sytrd(Uplo uplo, int n, Matrix<float> a, float* d, float* e, float* tau, float* work, int lwork) {
     if (n == 0)
         return;
-    const auto [nb, rest] = choose_panels(n, lwork);
-    const Matrix<float> w{work, n};
-    if (uplo == Uplo::upper) {
-        int left = n;
-        for (; left > rest; left -= nb) {
-            const int i = left - nb; // the panel's first column
-            latrd(uplo, left, nb, a, e, tau, w);
-            blas::rank_2k(uplo, Op::none, i, nb, -1.0F, a.block(0, i), w, 1.0F, a);
-            for (int j = i; j < left; ++j) {
-                a(j - 1, j) = e[j - 1];
-                d[j] = a(j, j);
-            }
-        }
-        sytd2(uplo, left, a, d, e, tau);
-    } else {
-        int i = 0;
-        for (; i < n - rest; i += nb) {
-            latrd(uplo, n - i, nb, a.block(i, i), e + i, tau + i, w);
-            blas::rank_2k(uplo, Op::none, n - i - nb, nb, -1.0F, a.block(i + nb, i), w.block(nb, 0), 1.0F,
-                          a.block(i + nb, i + nb));
-            for (int j = i; j < i + nb; ++j) {
-                a(j + 1, j) = e[j];
-                d[j] = a(j, j);
-            }
-        }
-        sytd2(uplo, n - i, a.block(i, i), d + i, e + i, tau + i);
-    }
-    work[0] = work_size<float>(sytrd_work(n));
+    const int threads = sytrd_threads(n);
+    sytrd_in_panels(threads, choose_panels(n, lwork, threads), std::max(1, tuning::crossover("SSYTD2", n)), uplo, n, a,
+                    d, e, tau, {work, n});
+    work[0] = work_size<float>(sytrd_work(n, threads));
 }
 
 } // namespace qrv::lapack
