@@ -3,11 +3,10 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-install(TARGETS qrv qrv_static EXPORT qrvTargets
+install(TARGETS qrv qrv_static qrv_blas EXPORT qrvTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(TARGETS qrv_blas LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}) # no package: programs are linked with, or preload it
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/qrv DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/qrv)
@@ -21,8 +20,10 @@ install(FILES ${PROJECT_BINARY_DIR}/qrvConfig.cmake ${PROJECT_BINARY_DIR}/qrvCon
 # From <libdir>/pkgconfig back to the prefix, whatever depth the library folder has.
 file(RELATIVE_PATH QRV_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 string(REGEX REPLACE "/$" "" QRV_PC_TO_PREFIX "${QRV_PC_TO_PREFIX}")
-configure_file(${CMAKE_CURRENT_LIST_DIR}/qrv.pc.in ${PROJECT_BINARY_DIR}/qrv.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/qrv.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(package qrv qrv-blas)
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
 
 if(TARGET qrv_tool)
   file(RELATIVE_PATH lib_from_bin /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})

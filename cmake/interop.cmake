@@ -7,8 +7,17 @@ file(STRINGS ${names} exported REGEX "^export ")
 list(TRANSFORM exported REPLACE "^export +" "")
 string(REGEX REPLACE "[ ;]+" ";" exported "${exported}")
 
+set(controls ${PROJECT_SOURCE_DIR}/include/qrv/service.h)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${controls})
+file(STRINGS ${controls} control_names REGEX "^QRV_API ")
+list(TRANSFORM control_names REPLACE "^QRV_API .*(qrv_serv_[a-z0-9_]+)\\(.*" "\\1")
+
 set(aliases "")
 set(global "cdotc_; cdotu_; cblas_*;")
+foreach(control IN LISTS control_names)
+  string(APPEND aliases "-Wl,--undefined=${control}\n")
+  string(APPEND global " ${control};")
+endforeach()
 foreach(entry IN LISTS exported)
   string(TOLOWER ${entry}_ name)
   string(APPEND aliases "-Wl,--defsym=${name}=${entry}\n-Wl,--undefined=${entry}\n")
@@ -17,12 +26,17 @@ endforeach()
 set(generated ${PROJECT_BINARY_DIR}/src/generated)
 file(CONFIGURE OUTPUT ${generated}/qrv_blas.aliases CONTENT "${aliases}")
 file(CONFIGURE OUTPUT ${generated}/qrv_blas.map CONTENT "{ global: ${global} local: *; };\n")
+file(CONFIGURE OUTPUT ${generated}/qrv_blas.replaceable CONTENT "{ cblas_xerbla; };\n") # by a program's
 
-add_library(qrv_blas SHARED ${PROJECT_SOURCE_DIR}/src/interop/cblas.cpp ${PROJECT_SOURCE_DIR}/src/interop/fortran.cpp)
-target_include_directories(qrv_blas PRIVATE ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
-target_link_libraries(qrv_blas PRIVATE qrv_static OpenMP::OpenMP_CXX Threads::Threads)
+set(interop ${PROJECT_SOURCE_DIR}/src/interop)
+add_library(qrv_blas SHARED ${interop}/cblas.cpp ${interop}/fortran.cpp ${interop}/reporter.cpp ${interop}/thread_end.cpp)
+add_library(qrv::qrv_blas ALIAS qrv_blas)
+target_include_directories(qrv_blas
+  PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+  PRIVATE ${PROJECT_SOURCE_DIR}/src)
+target_link_libraries(qrv_blas PRIVATE qrv_static OpenMP::OpenMP_CXX Threads::Threads ${CMAKE_DL_LIBS})
 target_link_options(qrv_blas PRIVATE @${generated}/qrv_blas.aliases LINKER:--version-script=${generated}/qrv_blas.map
-  ${QRV_STAYS_LOADED})
+  LINKER:--dynamic-list=${generated}/qrv_blas.replaceable ${QRV_STAYS_LOADED})
 set_target_properties(qrv_blas PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
-  LINK_DEPENDS "${generated}/qrv_blas.aliases;${generated}/qrv_blas.map")
+  LINK_DEPENDS "${generated}/qrv_blas.aliases;${generated}/qrv_blas.map;${generated}/qrv_blas.replaceable")
 qrv_native_flags(qrv_blas)

@@ -106,7 +106,8 @@ QRV_API int qrv_serv_in_parallel(void);
 
 /* ---- Work memory ---------------------------------------------------------------------------------------- */
 
-/* Each thread keeps up to five work buffers for reuse, of at most 40 MB each, and they stay when it ends.
+/* Each thread keeps up to five work buffers for reuse, of at most 40 MB each, and they stay when it ends, but for
+ * libqrv_blas, where they are released then.
  *
  * qrv_serv_free_buffers releases those of all threads. No other call into the library may run meanwhile.
  * qrv_serv_free_thread_buffers releases those of the calling thread, at any time: the last thing a thread does that

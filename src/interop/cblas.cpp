@@ -8,11 +8,12 @@
 // An option that is none reaches the entry as an empty one and is reported with the position it has there.
 #include <cstddef>
 #include <cstdlib>
-#include <cstring>
 #include <utility>
 
 #include "blas/complex.hpp"
 #include "qrv/native.h"
+
+extern "C" void cblas_xerbla(int position, const char* name, const char* form, ...);
 
 namespace qrv {
 namespace {
@@ -53,7 +54,7 @@ constexpr char turned_side(char side) {
 }
 
 void report(const char* name, int info) {
-    XERBLA(name, &info, static_cast<int>(std::strlen(name)));
+    cblas_xerbla(info, name, "");
 }
 
 // How a call sees its matrices; a layout that is none is reported.

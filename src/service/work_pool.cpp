@@ -170,8 +170,11 @@ void* qrv_serv_allocate(std::size_t size, int alignment) {
     if (!pool_enabled() || size > pooledLimit)
         return allocatorSlots.malloc(size);
     WorkPoolRecord* record = own_record();
-    if (!record)
+    if (!record) {
         record = make_record();
+        if (record)
+            keep_buffers_of_thread();
+    }
     const Alignment normal = normalised(alignment);
     PoolSlot* slot = record ? find_slot(*record, static_cast<std::uint32_t>(size) + normal.allowance) : nullptr;
     return slot ? take(*slot, normal) : allocatorSlots.malloc(size);

@@ -60,6 +60,10 @@ struct AllocatorSlots {
 };
 extern AllocatorSlots allocatorSlots;
 
+// Called on a thread that begins to keep buffers. They stay when it ends; in libqrv_blas, whose callers do not know of
+// them, they are freed then (interop/thread_end.cpp).
+void keep_buffers_of_thread();
+
 // Whether buffers are kept at all; reads the environment on first use.
 bool pool_enabled();
 

@@ -14,6 +14,7 @@ cmake -S "$package" -B "$scratch/consumer" -G Ninja -DCMAKE_CXX_COMPILER="$compi
 cmake --build "$scratch/consumer" > "$scratch/build.log" || { cat "$scratch/build.log"; exit 1; }
 "$scratch/consumer/host_shared"
 "$scratch/consumer/host_static"
+"$scratch/consumer/host_blas"
 
 if ! command -v pkg-config > /dev/null; then
   echo "pkg-config is not installed: its file was not tried"
@@ -24,6 +25,9 @@ export PKG_CONFIG_PATH="$libraries/pkgconfig"
 $compiler $flags -std=c++20 "$package/host.cpp" -o "$scratch/host_pc" \
   $(pkg-config --cflags --libs qrv) -Wl,-rpath,"$libraries"
 "$scratch/host_pc"
+$compiler $flags -std=c++20 "$package/blas_host.cpp" -o "$scratch/blas_host_pc" \
+  $(pkg-config --cflags --libs qrv-blas) -Wl,-rpath,"$libraries"
+"$scratch/blas_host_pc"
 mkdir "$scratch/static" && cp "$libraries/libqrv.a" "$scratch/static/"
 $compiler $flags -std=c++20 "$package/host.cpp" -o "$scratch/host_pc_static" \
   -L"$scratch/static" $(pkg-config --static --cflags --libs qrv | sed "s# -L[^ ]*# #; s#-lqrv#$scratch/static/libqrv.a#")
