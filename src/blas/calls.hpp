@@ -215,6 +215,14 @@ void trmv_band(Uplo uplo, Op op, Diag diag, int width, int length, MatrixIn<T> a
 inline void lasr(Side side, Pivot pivot, Direct direct, int m, int n, const float* c, const float* s, Matrix<float> a) {
     native::call(qrv_blas_slasr_kernel, side, pivot, direct, m, n, c, s, a);
 }
+// Reflectors of order 3 side by side (larf3.hpp).
+inline void larf3_left(int count, int n, Matrix<const float> v, Matrix<float> a) {
+    native::call(qrv_blas_slarf3_left_kernel, count, n, v, a);
+}
+inline void larf3_right(int count, int begin, int end, int beginStep, int endStep, Matrix<const float> v,
+                        Matrix<float> a) {
+    native::call(qrv_blas_slarf3_right_kernel, count, begin, end, beginStep, endStep, v, a);
+}
 // Band matrices, of real elements: k diagonals beside the main one, or kl below and ku above it.
 inline void gbmv(Op op, int m, int n, int kl, int ku, float alpha, Matrix<const float> a, Vector<const float> x,
                  float beta, Vector<float> y) {

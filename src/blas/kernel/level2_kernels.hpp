@@ -116,10 +116,21 @@
            (const char* side, const char* pivot, const char* direct, const int* m, const int* n, const float* c,     \
             const float* s, float* a, const int* lda),                                                               \
            (side, pivot, direct, m, n, c, s, a, lda))
+
+/* Reflectors of order 3 side by side, of LAPACK (larf3.hpp). */
+#define QRV_REFLECTOR_KERNELS(KERNEL)                                                                                \
+    KERNEL(void, blas_slarf3_left_kernel,                                                                            \
+           (const int* count, const int* n, const float* v, const int* ldv, float* a, const int* lda),               \
+           (count, n, v, ldv, a, lda))                                                                               \
+    KERNEL(void, blas_slarf3_right_kernel,                                                                           \
+           (const int* count, const int* begin, const int* end, const int* beginStep, const int* endStep,            \
+            const float* v, const int* ldv, float* a, const int* lda),                                               \
+           (count, begin, end, beginStep, endStep, v, ldv, a, lda))
 // clang-format on
 
 #define QRV_LEVEL2_KERNELS(KERNEL)                                                                                     \
     QRV_FULL_MATRIX_KERNELS(KERNEL)                                                                                    \
     QRV_TRIANGULAR_KERNELS(KERNEL)                                                                                     \
     QRV_BANDED_KERNELS(KERNEL)                                                                                         \
-    QRV_ROTATION_KERNELS(KERNEL)
+    QRV_ROTATION_KERNELS(KERNEL)                                                                                       \
+    QRV_REFLECTOR_KERNELS(KERNEL)

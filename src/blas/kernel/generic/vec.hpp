@@ -27,6 +27,13 @@ inline Vec1f subtract_product(Vec1f a, Vec1f b, Vec1f c) {
     return {c.v - a.v * b.v};
 }
 
+inline void load_triples(const float* p, Vec1f& x, Vec1f& y, Vec1f& z) {
+    x.v = p[0], y.v = p[1], z.v = p[2];
+}
+inline void store_triples(float* p, Vec1f x, Vec1f y, Vec1f z) {
+    p[0] = x.v, p[1] = y.v, p[2] = z.v;
+}
+
 // A part of a vector has fewer lanes than all, so nobody asks for one here.
 template <class V>
 V load_part(const float*, int) {

@@ -3,6 +3,7 @@
 #include "blas/kernel/common/level2/banded.hpp"
 #include "blas/kernel/common/level2/gemv.hpp"
 #include "blas/kernel/common/level2/ger.hpp"
+#include "blas/kernel/common/level2/larf3.hpp"
 #include "blas/kernel/common/level2/lasr.hpp"
 #include "blas/kernel/common/level2/symv.hpp"
 #include "blas/kernel/common/level2/syr.hpp"
@@ -102,6 +103,16 @@ void blas_stbsv_kernel(QRV_TRIANGULAR_BAND_PARAMETERS(float)) {
 void blas_slasr_kernel(const char* side, const char* pivot, const char* direct, const int* m, const int* n,
                        const float* c, const float* s, float* a, const int* lda) {
     lasr(side_of(*side), pivot_of(*pivot), direct_of(*direct), *m, *n, c, s, {a, *lda});
+}
+
+// ---- Reflectors -----------------------------------------------------------------------------------------------------
+
+void blas_slarf3_left_kernel(const int* count, const int* n, const float* v, const int* ldv, float* a, const int* lda) {
+    larf3_left(*count, *n, {v, *ldv}, {a, *lda});
+}
+void blas_slarf3_right_kernel(const int* count, const int* begin, const int* end, const int* beginStep,
+                              const int* endStep, const float* v, const int* ldv, float* a, const int* lda) {
+    larf3_right(*count, {*begin, *end, *beginStep, *endStep}, {v, *ldv}, {a, *lda});
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

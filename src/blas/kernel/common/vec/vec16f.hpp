@@ -198,6 +198,31 @@ inline void transpose_rows(const float* const (&row)[4], int l, int count, Vec16
     x[0].v = _mm512_permutexvar_ps(order, join_quads(quad(row[0]), quad(row[1]), quad(row[2]), quad(row[3])));
 }
 
+// Lane i of x, y and z is element 3 i, 3 i + 1 and 3 i + 2 of p.
+inline void load_triples(const float* p, Vec16f& x, Vec16f& y, Vec16f& z) {
+    const __m512 a = _mm512_loadu_ps(p), b = _mm512_loadu_ps(p + 16), c = _mm512_loadu_ps(p + 32);
+    const auto pick = [=](__m512i fromAB, __m512i andC) {
+        return _mm512_permutex2var_ps(_mm512_permutex2var_ps(a, fromAB, b), andC, c);
+    };
+    x.v = pick(_mm512_setr_epi32(0, 3, 6, 9, 12, 15, 18, 21, 24, 27, 30, 0, 0, 0, 0, 0),
+               _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 17, 20, 23, 26, 29));
+    y.v = pick(_mm512_setr_epi32(1, 4, 7, 10, 13, 16, 19, 22, 25, 28, 31, 0, 0, 0, 0, 0),
+               _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 18, 21, 24, 27, 30));
+    z.v = pick(_mm512_setr_epi32(2, 5, 8, 11, 14, 17, 20, 23, 26, 29, 0, 0, 0, 0, 0, 0),
+               _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 16, 19, 22, 25, 28, 31));
+}
+inline void store_triples(float* p, Vec16f x, Vec16f y, Vec16f z) {
+    const auto store = [=](float* to, __m512i fromXY, __m512i andZ) {
+        _mm512_storeu_ps(to, _mm512_permutex2var_ps(_mm512_permutex2var_ps(x.v, fromXY, y.v), andZ, z.v));
+    };
+    store(p + 0, _mm512_setr_epi32(0, 16, 0, 1, 17, 0, 2, 18, 0, 3, 19, 0, 4, 20, 0, 5),
+          _mm512_setr_epi32(0, 1, 16, 3, 4, 17, 6, 7, 18, 9, 10, 19, 12, 13, 20, 15));
+    store(p + 16, _mm512_setr_epi32(21, 0, 6, 22, 0, 7, 23, 0, 8, 24, 0, 9, 25, 0, 10, 26),
+          _mm512_setr_epi32(0, 21, 2, 3, 22, 5, 6, 23, 8, 9, 24, 11, 12, 25, 14, 15));
+    store(p + 32, _mm512_setr_epi32(0, 11, 27, 0, 12, 28, 0, 13, 29, 0, 14, 30, 0, 15, 31, 0),
+          _mm512_setr_epi32(26, 1, 2, 27, 4, 5, 28, 7, 8, 29, 10, 11, 30, 13, 14, 31));
+}
+
 // ---- For level 1 --------------------------------------------------------------------------------------------------
 
 inline Vec16f loaded_once(Vec16f x) {

@@ -125,6 +125,24 @@ void store_first(float* p, Vec4f x) {
     }
 }
 
+// Lane i of x, y and z is element 3 i, 3 i + 1 and 3 i + 2 of p.
+inline void load_triples(const float* p, Vec4f& x, Vec4f& y, Vec4f& z) {
+    const __m128 a = _mm_loadu_ps(p), b = _mm_loadu_ps(p + 4), c = _mm_loadu_ps(p + 8); // xyzx yzxy zxyz
+    const __m128 xy = _mm_shuffle_ps(b, c, _MM_SHUFFLE(2, 1, 3, 2));                    // x2 y2 x3 y3
+    const __m128 yz = _mm_shuffle_ps(a, b, _MM_SHUFFLE(1, 0, 2, 1));                    // y0 z0 y1 z1
+    x.v = _mm_shuffle_ps(a, xy, _MM_SHUFFLE(2, 0, 3, 0));
+    y.v = _mm_shuffle_ps(yz, xy, _MM_SHUFFLE(3, 1, 2, 0));
+    z.v = _mm_shuffle_ps(yz, c, _MM_SHUFFLE(3, 0, 3, 1));
+}
+inline void store_triples(float* p, Vec4f x, Vec4f y, Vec4f z) {
+    const __m128 xy = _mm_shuffle_ps(x.v, y.v, _MM_SHUFFLE(2, 0, 2, 0)); // x0 x2 y0 y2
+    const __m128 yz = _mm_shuffle_ps(y.v, z.v, _MM_SHUFFLE(3, 1, 3, 1)); // y1 y3 z1 z3
+    const __m128 zx = _mm_shuffle_ps(z.v, x.v, _MM_SHUFFLE(3, 1, 2, 0)); // z0 z2 x1 x3
+    _mm_storeu_ps(p, _mm_shuffle_ps(xy, zx, _MM_SHUFFLE(2, 0, 2, 0)));
+    _mm_storeu_ps(p + 4, _mm_shuffle_ps(yz, xy, _MM_SHUFFLE(3, 1, 2, 0)));
+    _mm_storeu_ps(p + 8, _mm_shuffle_ps(zx, yz, _MM_SHUFFLE(3, 1, 3, 1)));
+}
+
 // ---- For level 1 --------------------------------------------------------------------------------------------------
 
 // a*b + c, rounded twice

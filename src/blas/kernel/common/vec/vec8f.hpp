@@ -179,6 +179,31 @@ inline void transpose_rows(const float* const (&row)[4], int l, int count, Vec8f
     x[1] = in_order(_mm256_unpackhi_ps(even, odd));
 }
 
+// Lane i of x, y and z is element 3 i, 3 i + 1 and 3 i + 2 of p: as Vec4f's in either half.
+inline void load_triples(const float* p, Vec8f& x, Vec8f& y, Vec8f& z) {
+    const auto halves = [=](int i) {
+        return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(p + i)), _mm_loadu_ps(p + 12 + i), 1);
+    };
+    const __m256 a = halves(0), b = halves(4), c = halves(8);
+    const __m256 xy = _mm256_shuffle_ps(b, c, _MM_SHUFFLE(2, 1, 3, 2));
+    const __m256 yz = _mm256_shuffle_ps(a, b, _MM_SHUFFLE(1, 0, 2, 1));
+    x.v = _mm256_shuffle_ps(a, xy, _MM_SHUFFLE(2, 0, 3, 0));
+    y.v = _mm256_shuffle_ps(yz, xy, _MM_SHUFFLE(3, 1, 2, 0));
+    z.v = _mm256_shuffle_ps(yz, c, _MM_SHUFFLE(3, 0, 3, 1));
+}
+inline void store_triples(float* p, Vec8f x, Vec8f y, Vec8f z) {
+    const __m256 xy = _mm256_shuffle_ps(x.v, y.v, _MM_SHUFFLE(2, 0, 2, 0));
+    const __m256 yz = _mm256_shuffle_ps(y.v, z.v, _MM_SHUFFLE(3, 1, 3, 1));
+    const __m256 zx = _mm256_shuffle_ps(z.v, x.v, _MM_SHUFFLE(3, 1, 2, 0));
+    const auto store_halves = [=](int i, __m256 half) {
+        _mm_storeu_ps(p + i, _mm256_castps256_ps128(half));
+        _mm_storeu_ps(p + 12 + i, _mm256_extractf128_ps(half, 1));
+    };
+    store_halves(0, _mm256_shuffle_ps(xy, zx, _MM_SHUFFLE(2, 0, 2, 0)));
+    store_halves(4, _mm256_shuffle_ps(yz, xy, _MM_SHUFFLE(3, 1, 2, 0)));
+    store_halves(8, _mm256_shuffle_ps(zx, yz, _MM_SHUFFLE(3, 1, 3, 1)));
+}
+
 // ---- For level 1 --------------------------------------------------------------------------------------------------
 
 inline Vec8f loaded_once(Vec8f x) {

@@ -19,10 +19,26 @@
 namespace qrv::lapack {
 namespace {
 
-// A reflector of three rows from row `offset` of the blocks on, with its whole vector.
+// A reflector of three rows from row `offset` of the blocks on: of the last one, the middle and the first if reversed.
 struct Step {
     int offset;
-    float tau, v[3];
+    bool reversed;
+    Reflector3 reflector;
+
+    // Rows [k, k + 3), columns [first, last); and columns [k, k + 3), rows [0, last).
+    void apply_left(int k, int first, int last, Matrix<float> a) const {
+        const auto [tau, v2, v3, unused] = reflector;
+        const int top = reversed ? 2 : 0;
+        for (int j = first; j < last; ++j) {
+            float* const x = a.column(j) + k;
+            const float sum = tau * (x[top] + v2 * x[1] + v3 * x[2 - top]);
+            x[top] -= sum, x[1] -= sum * v2, x[2 - top] -= sum * v3;
+        }
+    }
+    void apply_right(int k, int last, Matrix<float> a) const {
+        const Matrix<float> columns = a.block(0, reversed ? k + 2 : k);
+        reflect_columns<3>(reflector, 0, 0, last, {columns.data, reversed ? -columns.ld : columns.ld});
+    }
 };
 struct Steps {
     int count;
@@ -31,22 +47,14 @@ struct Steps {
     const Step* end() const { return steps + count; }
 };
 
-// Turns (x, y, z) into (*, 0, 0).
-Step to_first(int offset, float x, float y, float z) {
-    const Reflector3 h = reflector3(x, y, z);
-    return {offset, h.tau, {1, h.v2, h.v3}};
-}
-
 Steps steps_for(int n1, int n2, float scale, Matrix<const float> x) {
-    if (n1 == 1) { // the row (scale, X) becomes (0, 0, *)
-        const Reflector3 h = reflector3(x(0, 1), scale, x(0, 0));
-        return {1, {{0, h.tau, {h.v2, h.v3, 1}}, {}}};
-    }
-    const Step first = to_first(0, -x(0, 0), -x(1, 0), scale);
+    if (n1 == 1) // the row (scale, X) becomes (0, 0, *)
+        return {1, {{0, true, reflector3(x(0, 1), x(0, 0), scale)}, {}}};
+    const Reflector3 first = reflector3(-x(0, 0), -x(1, 0), scale);
     if (n2 == 1)
-        return {1, {first, {}}};
-    const float moved = -first.tau * (x(0, 1) + first.v[1] * x(1, 1)); // of the second column, by the first reflector
-    return {2, {first, to_first(1, -moved * first.v[1] - x(1, 1), -moved * first.v[2], scale)}};
+        return {1, {{0, false, first}, {}}};
+    const float moved = -first.tau * (x(0, 1) + first.v2 * x(1, 1)); // of the second column, by the first reflector
+    return {2, {{0, false, first}, {1, false, reflector3(-moved * first.v2 - x(1, 1), -moved * first.v3, scale)}}};
 }
 
 constexpr int most = 4;
@@ -67,8 +75,8 @@ float largest(std::initializer_list<float> numbers) {
 bool exchanges(const Steps& steps, int n1, int n2, Matrix<float> d, float allowed, float kept) {
     const int order = n1 + n2;
     for (const Step& s : steps) {
-        larfx(Side::left, 3, order, s.v, s.tau, d.block(s.offset, 0), nullptr);
-        larfx(Side::right, order, 3, s.v, s.tau, d.block(0, s.offset), nullptr);
+        s.apply_left(s.offset, 0, order, d);
+        s.apply_right(s.offset, order, d);
     }
     const float lost = n1 == 1   ? largest({d(2, 0), d(2, 1), d(2, 2) - kept})
                        : n2 == 1 ? largest({d(1, 0), d(2, 0), d(0, 0) - kept})
@@ -114,10 +122,10 @@ bool exchange_blocks(int j, int n1, int n2, int n, Matrix<float> t, bool wantQ, 
 
     for (const Step& s : steps) {
         const int k = j + s.offset;
-        larfx(Side::left, 3, n - j, s.v, s.tau, t.block(k, j), nullptr);
-        larfx(Side::right, j + order, 3, s.v, s.tau, t.block(0, k), nullptr);
+        s.apply_left(k, j, n, t);
+        s.apply_right(k, j + order, t);
         if (wantQ)
-            larfx(Side::right, n, 3, s.v, s.tau, q.block(0, k), nullptr);
+            s.apply_right(k, n, q);
     }
     for (int i = n2; i < order; ++i)
         for (int k = 0; k < n2; ++k)

@@ -150,31 +150,41 @@ private:
     int window_first_row() const { return std::max(top_, window_ - 1); }
     int window_clear() const { return std::max(0, top_ - window_); } // rows and columns of U that stay those of I
 
-    // Bulges have rows of their own, so a column takes all of them at once.
+    // Bulges have rows of their own, so those of a chain go over each column and row together.
     void apply_left(const Chain& c) const {
-        const int end = w_.accumulates ? window_end() : end_column();
-        for (int j = std::max(top_, c.row(c.begin)); j < end; ++j)
-            for (int bulge = c.begin; bulge < c.end && c.row(bulge) <= j; ++bulge)
-                reflect_rows<3>(reflector(bulge), c.row(bulge), j, j + 1, h_);
+        const int end = w_.accumulates ? window_end() : end_column(), first = c.row(c.begin);
+        if (c.end > c.begin)
+            kernel::larf3_left(c.end - c.begin, end - first, w_.v.block(0, c.begin), h_.block(first, first));
         if (c.short2)
             reflect_rows<2>(reflector(c.end), c.row(c.end), c.row(c.end), end, h_);
     }
     void apply_right(const Chain& c) const {
-        for (int bulge = c.begin; bulge < c.end; ++bulge)
-            apply_right<3>(c.row(bulge), reflector(bulge));
+        const int begin = w_.accumulates ? window_first_row() : first_row(), first = c.row(c.begin);
+        if (c.end > c.begin) {
+            const auto apply = [&](int from, int to, int fromStep, int toStep, Matrix<float> a) {
+                kernel::larf3_right(c.end - c.begin, from, to, fromStep, toStep, w_.v.block(0, c.begin), a);
+            };
+            apply(begin, first + 3, 0, 3, h_.block(0, first));
+            if (w_.accumulates) // a column of U has come from where its bulge began, and got no further than the first
+                                // one
+                apply(window_clear() > 0 ? window_clear() : 3 * c.begin, reached(c), window_clear() > 0 ? 0 : 3, 0,
+                      w_.u.block(0, first - window_));
+            else if (p_.wantZ)
+                apply(p_.zRows.begin, p_.zRows.end, 0, 0, p_.z.block(0, first));
+        }
         if (c.short2)
-            apply_right<2>(c.row(c.end), reflector(c.end));
+            apply_right_short(c.row(c.end), reflector(c.end), begin);
     }
-    template <int order>
-    void apply_right(int r, const Reflector3& h) const {
+    // Rows of U that the chain has come to.
+    int reached(const Chain& c) const { return (c.end < bulges_ ? window_end() : c.row(c.end)) - window_; }
+    void apply_right_short(int r, const Reflector3& h, int begin) const {
         if (h.tau == 0)
             return;
-        const int begin = w_.accumulates ? window_first_row() : first_row();
-        reflect_columns<order>(h, r, begin, std::min(bottom_ + 1, r + 3), h_);
+        reflect_columns<2>(h, r, begin, bottom_ + 1, h_);
         if (w_.accumulates)
-            reflect_columns<order>(h, r - window_, window_clear(), order_, w_.u);
+            reflect_columns<2>(h, r - window_, window_clear(), order_, w_.u);
         else if (p_.wantZ)
-            reflect_columns<order>(h, r, p_.zRows.begin, p_.zRows.end, p_.z);
+            reflect_columns<2>(h, r, p_.zRows.begin, p_.zRows.end, p_.z);
     }
 
     void watch(const Chain& c) const {

@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "blas/matrix.hpp"
+#include "blas/calls.hpp"
 
 namespace qrv::lapack {
 
@@ -22,6 +22,9 @@ inline Reflector3 reflector3(float alpha, float x, float y = 0) {
     return {static_cast<float>((beta - alpha) / beta), static_cast<float>(x * scale), static_cast<float>(y * scale),
             static_cast<float>(beta)};
 }
+
+// From so many elements on a kernel is worth its call.
+inline constexpr int leastForKernel = 12;
 
 // Rows k to k + order - 1, in columns [first, last).
 template <int order>
@@ -43,9 +46,14 @@ void reflect_rows(const Reflector3& h, int k, int first, int last, Matrix<float>
 template <int order>
 void reflect_columns(const Reflector3& h, int k, int first, int last, Matrix<float> a) {
     const float v2 = h.v2, v3 = h.v3, t1 = h.tau, t2 = t1 * v2, t3 = t1 * v3;
-    float* __restrict const x = a.column(k), * __restrict const y = a.column(k + 1);
+    float *const x = a.column(k), *const y = a.column(k + 1);
     if constexpr (order == 3) {
-        float* __restrict const z = a.column(k + 2);
+        if (last - first >= leastForKernel) {
+            const float v[] = {t1, v2, v3};
+            kernel::larf3_right(1, first, last, 0, 0, {v, 3}, a.block(0, k));
+            return;
+        }
+        float* const z = a.column(k + 2);
         for (int i = first; i < last; ++i) {
             const float sum = x[i] + v2 * y[i] + v3 * z[i];
             x[i] -= sum * t1, y[i] -= sum * t2, z[i] -= sum * t3;
