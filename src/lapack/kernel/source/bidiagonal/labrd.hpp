@@ -84,7 +84,7 @@ struct BidiagonalPanel {
     // columns i, where nothing is needed any more.
 
     enum Short { withV, withX };
-    static constexpr Short bothShort[] = {withV, withX};
+    static constexpr Short bothShort[2] = {withV, withX};
 
     void form_short_of_y(int i, Short which) const {
         if (which == withV)
