@@ -129,7 +129,7 @@ public:
     // Every step-th element becomes x.
     void replace(std::size_t step, float x) {
         const std::size_t size = kind_ == Kind::complex ? 2 * sizeof x : sizeof x;
-        for (std::size_t k = step % 5; k * size < memory_.size(); k += step)
+        for (std::size_t k = step % 5; k < memory_.size() / size; k += step)
             store(k, x, x);
     }
 
