@@ -138,5 +138,55 @@ TEST(PotrfSchedule, LeavesCoarseCells) {
             }
 }
 
+struct RouteFacts {
+    int least, budget, tile;
+    int crossover() const { return least; }
+    int threads() const { return budget; }
+    lapack::PotrfGrain grain(int) const { return {tile, 1, tile}; }
+};
+TEST(PotrfRoute, ByOrderThreadsAndGrain) {
+    using Kind = lapack::PotrfRoute::Kind;
+    struct Row {
+        int n;
+        RouteFacts facts;
+        Kind kind;
+        int threads;
+    };
+    for (const Row& row : {Row{127, {128, 4, 16}, Kind::unblocked, 1},
+                           {128, {128, 4, 16}, Kind::tiles, 4},
+                           {128, {128, 1, 16}, Kind::serial, 1},
+                           {128, {128, 0, 16}, Kind::serial, 1},
+                           {128, {128, 4, 128}, Kind::serial, 1},
+                           {129, {128, 4, 128}, Kind::tiles, 4},
+                           {500, {128, 4, 1}, Kind::serial, 1}}) {
+        const lapack::PotrfRoute route = lapack::potrf_route(row.n, row.facts);
+        EXPECT_TRUE(route.kind == row.kind && route.threads == row.threads) << row.n << ' ' << row.facts.tile;
+    }
+}
+
+// A lower triangle goes aside whose columns are pages apart; its copy does not.
+TEST(PotrfRoute, GoesAside) {
+    struct Row {
+        Uplo uplo;
+        int n, ld, size;
+        bool aside;
+    };
+    for (const Row& row : {Row{Uplo::lower, 1024, 1024, 4, true},
+                           {Uplo::upper, 1024, 1024, 4, false},
+                           {Uplo::lower, 1000, 1040, 4, false},
+                           {Uplo::lower, 160, 2048, 4, true},
+                           {Uplo::lower, 159, 2048, 4, false},
+                           {Uplo::lower, 512, 512, 4, false},
+                           {Uplo::lower, 511, 512, 4, false},
+                           {Uplo::lower, 80, 512, 8, true},
+                           {Uplo::lower, 256, 256, 8, false},
+                           {Uplo::lower, 2048, 2048, 8, true},
+                           {Uplo::lower, 4096, 4096, 4, false}}) {
+        EXPECT_EQ(lapack::goes_aside(row.uplo, row.n, row.ld, row.size), row.aside) << row.n << ' ' << row.ld;
+        const int ld = lapack::dimension_aside(row.n, row.size);
+        EXPECT_TRUE(ld >= row.n && !lapack::goes_aside(row.uplo, row.n, ld, row.size)) << row.n << ' ' << ld;
+    }
+}
+
 } // namespace
 } // namespace qrv::test

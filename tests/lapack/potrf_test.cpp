@@ -138,6 +138,20 @@ TYPED_TEST(Potrf, SolutionsInversesAndEstimates) {
         }
 }
 
+// In a copy: columns a page apart. The other triangle and what lies below are nobody's.
+TYPED_TEST(Potrf, ResidualsOfAliasedColumns) {
+    using T = TypeParam;
+    constexpr int n = 170, ld = 4096 / sizeof(T);
+    const Operand<T> a = definite<T>(Uplo::lower, n);
+    for (const int bad : {-1, 99}) {
+        Operand<T> factor(Form{n, n, isComplex<T> ? Form::hermitian : Form::symmetric, 'L'}, {.extra = ld - n});
+        factor.set([&](int i, int j) { return i < j ? T() : i == j && i == bad ? scalar<T>(-1) : a(i, j); });
+        ASSERT_EQ(lapack::potrf(Uplo::lower, n, factor.view()), bad + 1);
+        EXPECT_TRUE(bad >= 0 || cholesky_residual(a, factor) < choleskyBound);
+        EXPECT_TRUE(factor.guards_intact());
+    }
+}
+
 // A stop leaves the rest of the matrix alone and info 0.
 int stop_at_once(const int*, const int*, const char*, int) {
     return 1;

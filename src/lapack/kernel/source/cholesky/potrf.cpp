@@ -3,6 +3,7 @@
 
 #include "blas/complex.hpp"
 #include "lapack/calls/cholesky.hpp"
+#include "lapack/kernel/source/cholesky/potrf_aside.hpp"
 #include "lapack/kernel/source/cholesky/potrf_route.hpp"
 #include "lapack/routine_name.hpp"
 #include "qrv/service.h"
@@ -37,7 +38,7 @@ FactorResult potrf_any(Uplo uplo, int n, Matrix<T> a) {
     case Kind::unblocked:
         break;
     }
-    return {potf2(uplo, n, a)};
+    return factor_aside(uplo, n, a, [&](Matrix<T> x) { return FactorResult{potf2(uplo, n, x)}; });
 }
 
 template <class T>

@@ -20,6 +20,12 @@ namespace qrv::lapack {
 // Who computes the products and solves: the decision routines, which may thread, or the kernels.
 enum class Layer { blas, kernel };
 
+// Half of n, in whole blocks of kernels: with blocks of so many the steps are two, and the products as large as can be.
+constexpr int half_in_blocks(int n) {
+    constexpr int block = 32;
+    return (n / 2 + block - 1) / block * block;
+}
+
 // In blocks of nb; factor(j, jb, block) factors the one on the diagonal.
 template <Layer layer, class T, class Factor>
 FactorResult factor_left_looking(int nb, Uplo uplo, int n, Matrix<T> a, const Factor& factor) {

@@ -1,7 +1,9 @@
-// The Cholesky factorization on the calling thread: left-looking over blocks, recursive in the diagonal block. The
-// products and the solves decide on threads for themselves; inside a parallel region they get one.
+// The Cholesky factorization on the calling thread: left-looking over blocks, recursive in the diagonal block; with
+// wide vectors over halves. The products and the solves decide on threads for themselves; inside a parallel region they
+// get one.
 #include "lapack/calls/cholesky.hpp"
 #include "lapack/kernel/source/cholesky/potrf.hpp"
+#include "lapack/kernel/source/cholesky/potrf_aside.hpp"
 #include "lapack/kernel/source/cholesky/potrf_left_looking.hpp"
 #include "lapack/kernel/source/cholesky/potrf_route.hpp"
 #include "lapack/routine_name.hpp"
@@ -12,12 +14,15 @@ namespace qrv::lapack {
 
 template <class T>
 FactorResult potrf_serial(Uplo uplo, int n, Matrix<T> a, FactorPlace place) {
-    const int nb =
-        vector_form_in_use() == VectorForm::sse ? tuning::block_size(RoutineName<T>("POTRF"), n) : wide_block(n);
-    if (nb <= 1 || nb >= n)
-        return tell_progress(RoutineName<T>("POTRF"), n, place, potf2(uplo, n, a));
-    return factor_left_looking<Layer::blas>(nb, uplo, n, a, [&](int j, int jb, Matrix<T> diagonal) {
-        return potrf_serial(uplo, jb, diagonal, {place.thread, place.offset + j});
+    const bool wide = vector_form_in_use() != VectorForm::sse;
+    const int tuned = wide ? n : tuning::block_size(RoutineName<T>("POTRF"), n);
+    const int nb = wide && n >= wideCrossover ? half_in_blocks(n) : tuned;
+    return factor_aside(uplo, n, a, [&](Matrix<T> x) {
+        if (nb <= 1 || nb >= n)
+            return tell_progress(RoutineName<T>("POTRF"), n, place, potf2(uplo, n, x));
+        return factor_left_looking<Layer::blas>(nb, uplo, n, x, [&](int j, int jb, Matrix<T> diagonal) {
+            return potrf_serial(uplo, jb, diagonal, {place.thread, place.offset + j});
+        });
     });
 }
 

@@ -7,8 +7,6 @@ namespace qrv::lapack {
 
 template <class T>
 void potrs(Uplo uplo, int n, int nrhs, Matrix<const T> a, Matrix<T> b) {
-    if (n == 0 || nrhs == 0)
-        return;
     const bool upper = uplo == Uplo::upper;
     const Op first = upper ? adjoint<T> : Op::none, second = upper ? Op::none : adjoint<T>;
     blas::trsm(Side::left, uplo, first, Diag::nonUnit, n, nrhs, scalar<T>(1), a, b);
