@@ -44,7 +44,7 @@ const OrdinaryCalls rows[] = {
     {"SPOTRS CPOTRS", {"U 70 9 m 70 m 70"}},
     {"SPOSV CPOSV", {"U 70 9 m 70 m 70"}},
     {"SPOCON CPOCON", {"L 70 m 70 200 . . ."}},
-    {"SGBTRF SGBTF2", {"90 90 2 1 b3 6 .", "90 90 36 40 b76 113 ."}},
+    {"SGBTRF SGBTF2", {"90 90 2 1 b3 6 .", "90 90 36 40 b76 113 .", "90 90 36 70 b106 143 ."}},
     {"SGBTRS", {"N 90 2 1 2 b3 6 . m 90", "T 90 2 1 2 b3 6 . m 90"}},
     {"SGBSV", {"90 2 1 2 b3 6 . m 90"}},
     {"SGBCON", {"1 90 2 1 b3 6 . 20 . . ."}},

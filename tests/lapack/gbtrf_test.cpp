@@ -7,6 +7,8 @@
 #include "lapack/calls/band.hpp"
 #include "lapack/kernel/source/band/band_view.hpp"
 #include "lapack/kernel/source/band/gbtrf.hpp"
+#include "lapack/kernel/source/band/gbtrf_route.hpp"
+#include "lapack/kernel/source/band/pbtrf_route.hpp"
 #include "lapack/kernel/source/band/right_hand_sides.hpp"
 #include "lapack/kernel/source/band/triangular_band.hpp"
 #include "support/oracle.hpp"
@@ -116,6 +118,31 @@ TEST(Band, ResidualsOfLuByEveryRoute) {
     });
 }
 
+TEST(Band, Routes) {
+    struct Row {
+        int kl, ku, threads, tuned;
+        bool wide;
+        int team, nb;
+    };
+    for (const Row& row : {Row{32, 65, 2, 32, true, 2, 32},
+                           {31, 65, 2, 32, true, 1, 1},
+                           {100, 100, 0, 32, false, 1, 32},
+                           {200, 200, 4, 128, false, 4, 32},
+                           {64, 64, 2, 1, false, 1, 1},
+                           {64, 64, 2, 1, true, 1, 16},
+                           {32, 31, 2, 1, true, 1, 1},
+                           {31, 40, 2, 1, true, 1, 1},
+                           {0, 0, 2, 1, true, 1, 1}}) {
+        const lapack::GbtrfRoute route = lapack::gbtrf_route(row.kl, row.ku, row.threads, row.tuned, row.wide);
+        EXPECT_TRUE(route.threads == row.team && route.nb == row.nb) << row.kl << ' ' << row.ku << ' ' << route.nb;
+    }
+    EXPECT_EQ(lapack::pbtrf_block(16, 1, true), 1);
+    EXPECT_EQ(lapack::pbtrf_block(17, 1, true), 16);
+    EXPECT_EQ(lapack::pbtrf_block(64, 1, false), 1);
+    EXPECT_EQ(lapack::pbtrf_block(65, 32, true), 32);
+    EXPECT_EQ(lapack::pbtrf_block(200, 64, false), 32);
+}
+
 // A column of zeros gives info, and the factorization goes on.
 TEST(Band, LuTellsTheFirstZeroPivot) {
     const BandShape s{80, 80, 20, 10};
@@ -195,7 +222,7 @@ TEST(Band, TriangularSolveTellsTheFirstZero) {
 
 TEST(Band, ResidualsOfCholesky) {
     for (const int n : {1, 3, 10, 64, 150})
-        for (const int kd : {0, 1, 5, 40, 70, 100})
+        for (const int kd : {0, 1, 5, 17, 40, 70, 100})
             for (const Uplo uplo : {Uplo::upper, Uplo::lower})
                 for (auto* const factor : {&lapack::pbtrf, &lapack::pbtf2}) {
                     const Band a = definite_band(uplo, n, kd);

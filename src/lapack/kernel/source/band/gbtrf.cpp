@@ -6,6 +6,7 @@
 #include "lapack/kernel/source/band/gbtrf_route.hpp"
 #include "qrv/service.h"
 #include "service/tuning.hpp"
+#include "service/vector_form.hpp"
 
 namespace qrv::lapack {
 
@@ -18,7 +19,8 @@ int gbtrf(const BandShape& shape, float* ab, int ldab, int* ipiv) {
         return 0;
     const Matrix<float> a = band_view(ab, ldab, shape.kv());
     const int tunedBlock = tuning::block_size("SGBTRF", shape.m, shape.n, shape.kl, shape.ku);
-    const GbtrfRoute route = gbtrf_route(shape.kl, qrv_serv_get_max_threads(), tunedBlock);
+    const bool wide = vector_form_in_use() != VectorForm::sse;
+    const GbtrfRoute route = gbtrf_route(shape.kl, shape.ku, qrv_serv_get_max_threads(), tunedBlock, wide);
     if (route.nb == 1)
         return gbtrf_unblocked(shape, a, ipiv);
     return gbtrf_blocked(route.threads, route.nb, route.threads > 1 ? "SGBTRF" : "XSGBTRF", shape, a, ipiv);

@@ -32,7 +32,10 @@ void eliminate(const BandFactors& f, int nrhs, Matrix<float> b) {
     for (int j = 0; j < f.n - 1; ++j) {
         interchange(nrhs, b, j, f.ipiv[j] - 1);
         const int below = std::min(f.kl, f.n - j - 1);
-        kernel::geru(below, nrhs, -1, f.a.column(j + 1, j), b.row(j, 0), b.block(j + 1, 0));
+        if (nrhs == 1)
+            kernel::axpy(below, -b(j, 0), f.a.column(j + 1, j), b.column(j + 1, 0));
+        else
+            kernel::geru(below, nrhs, -1, f.a.column(j + 1, j), b.row(j, 0), b.block(j + 1, 0));
     }
 }
 
@@ -42,7 +45,10 @@ void eliminate_transposed(const BandFactors& f, int nrhs, Matrix<float> b) {
         return;
     for (int j = f.n - 2; j >= 0; --j) {
         const int below = std::min(f.kl, f.n - j - 1);
-        kernel::gemv(Op::transpose, below, nrhs, -1, b.block(j + 1, 0), f.a.column(j + 1, j), 1, b.row(j, 0));
+        if (nrhs == 1)
+            b(j, 0) -= kernel::dotu(below, f.a.column(j + 1, j), b.column(j + 1, 0));
+        else
+            kernel::gemv(Op::transpose, below, nrhs, -1, b.block(j + 1, 0), f.a.column(j + 1, j), 1, b.row(j, 0));
         interchange(nrhs, b, j, f.ipiv[j] - 1);
     }
 }

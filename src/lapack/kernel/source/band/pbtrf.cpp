@@ -17,17 +17,16 @@
 #include "lapack/calls/band.hpp"
 #include "lapack/calls/cholesky.hpp"
 #include "lapack/kernel/source/band/band_view.hpp"
+#include "lapack/kernel/source/band/pbtrf_route.hpp"
 #include "service/tuning.hpp"
+#include "service/vector_form.hpp"
 
 namespace qrv::lapack {
 namespace {
 
-constexpr int widest = 32; // columns of a block
-constexpr int narrow = 16; // diagonals for which the call of a kernel costs more than its work
-
 // x := factor * x, and the rank-one update of the `count` columns that row x of U, or column x of L, reaches.
 void eliminate_narrow(Uplo uplo, int count, float factor, Vector<float> x, Matrix<float> a) {
-    float row[narrow];
+    float row[pbtrfNarrow];
     for (int i = 0; i < count; ++i)
         row[i] = x[i] *= factor;
     for (int j = 0; j < count; ++j) {
@@ -49,7 +48,7 @@ int unblocked(Uplo uplo, int n, int kd, Matrix<float> a) {
         if (rest == 0)
             continue;
         const Vector<float> next = upper ? a.row(j, j + 1) : a.column(j + 1, j);
-        if (kd <= narrow) {
+        if (kd <= pbtrfNarrow) {
             eliminate_narrow(uplo, rest, 1 / root, next, a.block(j + 1, j + 1));
             continue;
         }
@@ -98,13 +97,13 @@ void update(Uplo uplo, int ib, int i2, int i3, int kd, Matrix<float> a, Matrix<f
 }
 
 int blocked(int nb, Uplo uplo, int n, int kd, Matrix<float> a) {
-    float square[widest * widest] = {};
+    float square[pbtrfWidest * pbtrfWidest] = {};
     for (int i = 0, ib; i < n; i += ib) {
         ib = std::min(nb, n - i);
         const Matrix<float> a11 = a.block(i, i);
         if (const int info = potf2(uplo, ib, a11))
             return i + info;
-        update(uplo, ib, std::min(kd - ib, n - i - ib), std::min(ib, n - i - kd), kd, a11, {square, widest});
+        update(uplo, ib, std::min(kd - ib, n - i - ib), std::min(ib, n - i - kd), kd, a11, {square, pbtrfWidest});
     }
     return 0;
 }
@@ -116,8 +115,8 @@ int pbtf2(Uplo uplo, int n, int kd, float* ab, int ldab) {
 }
 
 int pbtrf(Uplo uplo, int n, int kd, float* ab, int ldab) {
-    const int nb = std::min(tuning::block_size("SPBTRF", n, kd), widest);
-    if (nb < 2 || kd < nb)
+    const int nb = pbtrf_block(kd, tuning::block_size("SPBTRF", n, kd), vector_form_in_use() != VectorForm::sse);
+    if (nb == 1)
         return pbtf2(uplo, n, kd, ab, ldab);
     return blocked(nb, uplo, n, kd, band_view(ab, ldab, uplo == Uplo::upper ? kd : 0));
 }
