@@ -1,5 +1,6 @@
 // The entries of BLAS, from their rows.
 #include "blas/native.hpp"
+#include "blas/stored_columns.hpp"
 #include "entry/checks.hpp"
 
 namespace qrv::blas {

@@ -151,8 +151,9 @@ void gemv(Entry* entry, const char* name, int order, int transa, int m, int n, S
     entry(&trans, &m, &n, address(alpha), a, &lda, x, &incx, address(beta), y, &incy);
 }
 
-void gbmv(const char* name, int order, int transa, int m, int n, int kl, int ku, float alpha, const float* a, int lda,
-          const float* x, int incx, float beta, float* y, int incy) {
+template <class T, class Entry>
+void gbmv(Entry* entry, const char* name, int order, int transa, int m, int n, int kl, int ku, Scalar<T> alpha,
+          const T* a, int lda, const T* x, int incx, Scalar<T> beta, T* y, int incy) {
     const Layout layout(name, order);
     if (!layout.valid)
         return;
@@ -160,14 +161,22 @@ void gbmv(const char* name, int order, int transa, int m, int n, int kl, int ku,
     if (layout.byRows) {
         std::swap(m, n);
         std::swap(kl, ku);
+        const bool conjugated = trans == 'C';
         trans = turned(trans);
+        if constexpr (isComplex<T>)
+            if (conjugated)
+                return by_conjugates(name, m, n, *alpha, x, incx, *beta, y, incy,
+                                     [&](const T* p, const T* z, const int* incz, const T* q) {
+                                         entry(&trans, &m, &n, &kl, &ku, p, a, &lda, z, incz, q, y, &incy);
+                                     });
     }
-    SGBMV(&trans, &m, &n, &kl, &ku, &alpha, a, &lda, x, &incx, &beta, y, &incy);
+    entry(&trans, &m, &n, &kl, &ku, address(alpha), a, &lda, x, &incx, address(beta), y, &incy);
 }
 
+// Symmetric and Hermitian products: entry(uplo, alpha, x, incx, beta) has the matrix, and adds to y.
 template <class T, class Entry>
-void symv(Entry* entry, const char* name, int order, int uploOption, int n, Scalar<T> alpha, const T* a, int lda,
-          const T* x, int incx, Scalar<T> beta, T* y, int incy) {
+void symv(const Entry& entry, const char* name, int order, int uploOption, int n, Scalar<T> alpha, const T* x, int incx,
+          Scalar<T> beta, T* y, int incy) {
     const Layout layout(name, order);
     if (!layout.valid)
         return;
@@ -175,25 +184,15 @@ void symv(Entry* entry, const char* name, int order, int uploOption, int n, Scal
     if (layout.byRows) {
         uplo = turned(uplo);
         if constexpr (isComplex<T>)
-            return by_conjugates(name, n, n, *alpha, x, incx, *beta, y, incy,
-                                 [&](const T* p, const T* z, const int* incz, const T* q) {
-                                     entry(&uplo, &n, p, a, &lda, z, incz, q, y, &incy);
-                                 });
+            return by_conjugates(
+                name, n, n, *alpha, x, incx, *beta, y, incy,
+                [&](const T* p, const T* z, const int* incz, const T* q) { entry(&uplo, p, z, incz, q); });
     }
-    entry(&uplo, &n, address(alpha), a, &lda, x, &incx, address(beta), y, &incy);
+    entry(&uplo, address(alpha), x, &incx, address(beta));
 }
 
-void sbmv(const char* name, int order, int uploOption, int n, int k, float alpha, const float* a, int lda,
-          const float* x, int incx, float beta, float* y, int incy) {
-    const Layout layout(name, order);
-    if (!layout.valid)
-        return;
-    const char uplo = layout.byRows ? turned(uplo_of(uploOption)) : uplo_of(uploOption);
-    SSBMV(&uplo, &n, &k, &alpha, a, &lda, x, &incx, &beta, y, &incy);
-}
-
-// Products and solves, dense or banded: `rest` is n, the count of diagonals if there is one, A and its leading
-// dimension.
+// Products and solves, dense, banded or packed: `rest` is the count of diagonals if there is one, A, and its leading
+// dimension if it has one.
 template <class T, class Entry, class... Rest>
 void trmv(Entry* entry, const char* name, int order, int uploOption, int transa, int diagOption, int n, T* x, int incx,
           const Rest*... rest) {
@@ -245,54 +244,41 @@ void gerc(const char* name, int order, int m, int n, const SingleComplex* alpha,
         CGERU(&n, &m, alpha, z.data(), &step, x, &incx, a, &lda);
 }
 
-void syr(const char* name, int order, int uploOption, int n, float alpha, const float* x, int incx, float* a, int lda) {
+// Symmetric and Hermitian updates: entry(uplo, x, incx) and entry(uplo, x, incx, y, incy) have the rest. By rows the
+// conjugates of complex x and y take part, and change places.
+template <class T, class Entry>
+void syr(const Entry& entry, const char* name, int order, int uploOption, [[maybe_unused]] int n, const T* x,
+         int incx) {
     const Layout layout(name, order);
     if (!layout.valid)
         return;
     const char uplo = layout.byRows ? turned(uplo_of(uploOption)) : uplo_of(uploOption);
-    SSYR(&uplo, &n, &alpha, x, &incx, a, &lda);
+    if constexpr (isComplex<T>)
+        if (layout.byRows) {
+            const Conjugate z(name, incx == 0 ? 0 : n, x, incx);
+            const int step = incx == 0 ? 0 : 1;
+            if (z.data())
+                entry(&uplo, z.data(), &step);
+            return;
+        }
+    entry(&uplo, x, &incx);
 }
-void syr2(const char* name, int order, int uploOption, int n, float alpha, const float* x, int incx, const float* y,
-          int incy, float* a, int lda) {
+template <class T, class Entry>
+void syr2(const Entry& entry, const char* name, int order, int uploOption, [[maybe_unused]] int n, const T* x, int incx,
+          const T* y, int incy) {
     const Layout layout(name, order);
     if (!layout.valid)
         return;
     const char uplo = layout.byRows ? turned(uplo_of(uploOption)) : uplo_of(uploOption);
-    SSYR2(&uplo, &n, &alpha, x, &incx, y, &incy, a, &lda);
-}
-
-// By rows the conjugates of x and y take part, and change places.
-void her(const char* name, int order, int uploOption, int n, float alpha, const SingleComplex* x, int incx,
-         SingleComplex* a, int lda) {
-    const Layout layout(name, order);
-    if (!layout.valid)
-        return;
-    char uplo = uplo_of(uploOption);
-    if (!layout.byRows) {
-        CHER(&uplo, &n, &alpha, x, &incx, a, &lda);
-        return;
-    }
-    uplo = turned(uplo);
-    const Conjugate z(name, incx == 0 ? 0 : n, x, incx);
-    const int step = incx == 0 ? 0 : 1;
-    if (z.data())
-        CHER(&uplo, &n, &alpha, z.data(), &step, a, &lda);
-}
-void her2(const char* name, int order, int uploOption, int n, const SingleComplex* alpha, const SingleComplex* x,
-          int incx, const SingleComplex* y, int incy, SingleComplex* a, int lda) {
-    const Layout layout(name, order);
-    if (!layout.valid)
-        return;
-    char uplo = uplo_of(uploOption);
-    if (!layout.byRows) {
-        CHER2(&uplo, &n, alpha, x, &incx, y, &incy, a, &lda);
-        return;
-    }
-    uplo = turned(uplo);
-    const Conjugate z(name, incx == 0 ? 0 : n, x, incx), w(name, incy == 0 ? 0 : n, y, incy);
-    const int stepX = incx == 0 ? 0 : 1, stepY = incy == 0 ? 0 : 1;
-    if (z.data() && w.data())
-        CHER2(&uplo, &n, alpha, w.data(), &stepY, z.data(), &stepX, a, &lda);
+    if constexpr (isComplex<T>)
+        if (layout.byRows) {
+            const Conjugate z(name, incx == 0 ? 0 : n, x, incx), w(name, incy == 0 ? 0 : n, y, incy);
+            const int stepX = incx == 0 ? 0 : 1, stepY = incy == 0 ? 0 : 1;
+            if (z.data() && w.data())
+                entry(&uplo, w.data(), &stepY, z.data(), &stepX);
+            return;
+        }
+    entry(&uplo, x, &incx, y, &incy);
 }
 
 // ---- Level 3 ------------------------------------------------------------------------------------------------------
@@ -426,6 +412,15 @@ QRV_CBLAS void cblas_csscal(int n, float alpha, SingleComplex* x, int incx) {
 QRV_CBLAS float cblas_sdot(int n, const float* x, int incx, const float* y, int incy) {
     return SDOT(&n, x, &incx, y, &incy);
 }
+QRV_CBLAS float cblas_sdsdot(int n, float sb, const float* x, int incx, const float* y, int incy) {
+    return SDSDOT(&n, &sb, x, &incx, y, &incy);
+}
+QRV_CBLAS double cblas_dsdot(int n, const float* x, int incx, const float* y, int incy) {
+    return DSDOT(&n, x, &incx, y, &incy);
+}
+QRV_CBLAS float cblas_scabs1(const SingleComplex* z) {
+    return SCABS1(z);
+}
 QRV_CBLAS void cblas_cdotu_sub(int n, const SingleComplex* x, int incx, const SingleComplex* y, int incy,
                                SingleComplex* result) {
     CDOTU(result, &n, x, &incx, y, &incy);
@@ -436,6 +431,12 @@ QRV_CBLAS void cblas_cdotc_sub(int n, const SingleComplex* x, int incx, const Si
 }
 QRV_CBLAS void cblas_srot(int n, float* x, int incx, float* y, int incy, float c, float s) {
     SROT(&n, x, &incx, y, &incy, &c, &s);
+}
+QRV_CBLAS void cblas_csrot(int n, SingleComplex* x, int incx, SingleComplex* y, int incy, float c, float s) {
+    CSROT(&n, x, &incx, y, &incy, &c, &s);
+}
+QRV_CBLAS void cblas_crotg(SingleComplex* a, const SingleComplex* b, float* c, SingleComplex* s) {
+    CROTG(a, b, c, s);
 }
 QRV_CBLAS void cblas_srotg(float* a, float* b, float* c, float* s) {
     SROTG(a, b, c, s);
@@ -456,16 +457,65 @@ QRV_CBLAS void cblas_srotmg(float* d1, float* d2, float* x1, float y1, float* pa
 #define QRV_CBLAS_SYMV(T, name, ENTRY)                                                                                 \
     QRV_CBLAS void cblas_##name(int order, int uplo, int n, Scalar<T> alpha, const T* a, int lda, const T* x,          \
                                 int incx, Scalar<T> beta, T* y, int incy) {                                            \
-        symv<T>(ENTRY, "cblas_" #name, order, uplo, n, alpha, a, lda, x, incx, beta, y, incy);                         \
+        symv<T>([&](const char* u, const T* p, const T* z, const int* incz,                                            \
+                    const T* q) { ENTRY(u, &n, p, a, &lda, z, incz, q, y, &incy); },                                   \
+                "cblas_" #name, order, uplo, n, alpha, x, incx, beta, y, incy);                                        \
+    }
+#define QRV_CBLAS_SBMV(T, name, ENTRY)                                                                                 \
+    QRV_CBLAS void cblas_##name(int order, int uplo, int n, int k, Scalar<T> alpha, const T* a, int lda, const T* x,   \
+                                int incx, Scalar<T> beta, T* y, int incy) {                                            \
+        symv<T>([&](const char* u, const T* p, const T* z, const int* incz,                                            \
+                    const T* q) { ENTRY(u, &n, &k, p, a, &lda, z, incz, q, y, &incy); },                               \
+                "cblas_" #name, order, uplo, n, alpha, x, incx, beta, y, incy);                                        \
+    }
+#define QRV_CBLAS_SPMV(T, name, ENTRY)                                                                                 \
+    QRV_CBLAS void cblas_##name(int order, int uplo, int n, Scalar<T> alpha, const T* ap, const T* x, int incx,        \
+                                Scalar<T> beta, T* y, int incy) {                                                      \
+        symv<T>([&](const char* u, const T* p, const T* z, const int* incz,                                            \
+                    const T* q) { ENTRY(u, &n, p, ap, z, incz, q, y, &incy); },                                        \
+                "cblas_" #name, order, uplo, n, alpha, x, incx, beta, y, incy);                                        \
+    }
+#define QRV_CBLAS_SYR(T, name, ENTRY)                                                                                  \
+    QRV_CBLAS void cblas_##name(int order, int uplo, int n, float alpha, const T* x, int incx, T* a, int lda) {        \
+        syr([&](const char* u, const T* z, const int* incz) { ENTRY(u, &n, &alpha, z, incz, a, &lda); },               \
+            "cblas_" #name, order, uplo, n, x, incx);                                                                  \
+    }
+#define QRV_CBLAS_SPR(T, name, ENTRY)                                                                                  \
+    QRV_CBLAS void cblas_##name(int order, int uplo, int n, float alpha, const T* x, int incx, T* ap) {                \
+        syr([&](const char* u, const T* z, const int* incz) { ENTRY(u, &n, &alpha, z, incz, ap); }, "cblas_" #name,    \
+            order, uplo, n, x, incx);                                                                                  \
+    }
+#define QRV_CBLAS_SYR2(T, name, ENTRY)                                                                                 \
+    QRV_CBLAS void cblas_##name(int order, int uplo, int n, Scalar<T> alpha, const T* x, int incx, const T* y,         \
+                                int incy, T* a, int lda) {                                                             \
+        syr2([&](const char* u, const T* v, const int* incv, const T* w,                                               \
+                 const int* incw) { ENTRY(u, &n, address(alpha), v, incv, w, incw, a, &lda); },                        \
+             "cblas_" #name, order, uplo, n, x, incx, y, incy);                                                        \
+    }
+#define QRV_CBLAS_SPR2(T, name, ENTRY)                                                                                 \
+    QRV_CBLAS void cblas_##name(int order, int uplo, int n, Scalar<T> alpha, const T* x, int incx, const T* y,         \
+                                int incy, T* ap) {                                                                     \
+        syr2([&](const char* u, const T* v, const int* incv, const T* w,                                               \
+                 const int* incw) { ENTRY(u, &n, address(alpha), v, incv, w, incw, ap); },                             \
+             "cblas_" #name, order, uplo, n, x, incx, y, incy);                                                        \
+    }
+#define QRV_CBLAS_GBMV(T, name, ENTRY)                                                                                 \
+    QRV_CBLAS void cblas_##name(int order, int trans, int m, int n, int kl, int ku, Scalar<T> alpha, const T* a,       \
+                                int lda, const T* x, int incx, Scalar<T> beta, T* y, int incy) {                       \
+        gbmv<T>(ENTRY, "cblas_" #name, order, trans, m, n, kl, ku, alpha, a, lda, x, incx, beta, y, incy);             \
+    }
+#define QRV_CBLAS_TPMV(T, name, ENTRY)                                                                                 \
+    QRV_CBLAS void cblas_##name(int order, int uplo, int trans, int diag, int n, const T* ap, T* x, int incx) {        \
+        trmv(ENTRY, "cblas_" #name, order, uplo, trans, diag, n, x, incx, ap);                                         \
     }
 #define QRV_CBLAS_TRMV(T, name, ENTRY)                                                                                 \
     QRV_CBLAS void cblas_##name(int order, int uplo, int trans, int diag, int n, const T* a, int lda, T* x,            \
                                 int incx) {                                                                            \
         trmv(ENTRY, "cblas_" #name, order, uplo, trans, diag, n, x, incx, a, &lda);                                    \
     }
-#define QRV_CBLAS_TBMV(name, ENTRY)                                                                                    \
-    QRV_CBLAS void cblas_##name(int order, int uplo, int trans, int diag, int n, int k, const float* a, int lda,       \
-                                float* x, int incx) {                                                                  \
+#define QRV_CBLAS_TBMV(T, name, ENTRY)                                                                                 \
+    QRV_CBLAS void cblas_##name(int order, int uplo, int trans, int diag, int n, int k, const T* a, int lda, T* x,     \
+                                int incx) {                                                                            \
         trmv(ENTRY, "cblas_" #name, order, uplo, trans, diag, n, x, incx, &k, a, &lda);                                \
     }
 #define QRV_CBLAS_GER(T, name, ENTRY)                                                                                  \
@@ -501,43 +551,40 @@ QRV_CBLAS void cblas_srotmg(float* d1, float* d2, float* x1, float y1, float* pa
 
 QRV_CBLAS_GEMV(float, sgemv, SGEMV)
 QRV_CBLAS_GEMV(SingleComplex, cgemv, CGEMV)
-QRV_CBLAS void cblas_sgbmv(int order, int trans, int m, int n, int kl, int ku, float alpha, const float* a, int lda,
-                           const float* x, int incx, float beta, float* y, int incy) {
-    gbmv("cblas_sgbmv", order, trans, m, n, kl, ku, alpha, a, lda, x, incx, beta, y, incy);
-}
+QRV_CBLAS_GBMV(float, sgbmv, SGBMV)
+QRV_CBLAS_GBMV(SingleComplex, cgbmv, CGBMV)
 QRV_CBLAS_SYMV(float, ssymv, SSYMV)
 QRV_CBLAS_SYMV(SingleComplex, chemv, CHEMV)
-QRV_CBLAS void cblas_ssbmv(int order, int uplo, int n, int k, float alpha, const float* a, int lda, const float* x,
-                           int incx, float beta, float* y, int incy) {
-    sbmv("cblas_ssbmv", order, uplo, n, k, alpha, a, lda, x, incx, beta, y, incy);
-}
+QRV_CBLAS_SBMV(float, ssbmv, SSBMV)
+QRV_CBLAS_SBMV(SingleComplex, chbmv, CHBMV)
+QRV_CBLAS_SPMV(float, sspmv, SSPMV)
+QRV_CBLAS_SPMV(SingleComplex, chpmv, CHPMV)
 QRV_CBLAS_TRMV(float, strmv, STRMV)
 QRV_CBLAS_TRMV(float, strsv, STRSV)
 QRV_CBLAS_TRMV(SingleComplex, ctrmv, CTRMV)
 QRV_CBLAS_TRMV(SingleComplex, ctrsv, CTRSV)
-QRV_CBLAS_TBMV(stbmv, STBMV)
-QRV_CBLAS_TBMV(stbsv, STBSV)
+QRV_CBLAS_TBMV(float, stbmv, STBMV)
+QRV_CBLAS_TBMV(float, stbsv, STBSV)
+QRV_CBLAS_TBMV(SingleComplex, ctbmv, CTBMV)
+QRV_CBLAS_TBMV(SingleComplex, ctbsv, CTBSV)
+QRV_CBLAS_TPMV(float, stpmv, STPMV)
+QRV_CBLAS_TPMV(float, stpsv, STPSV)
+QRV_CBLAS_TPMV(SingleComplex, ctpmv, CTPMV)
+QRV_CBLAS_TPMV(SingleComplex, ctpsv, CTPSV)
 QRV_CBLAS_GER(float, sger, SGER)
 QRV_CBLAS_GER(SingleComplex, cgeru, CGERU)
 QRV_CBLAS void cblas_cgerc(int order, int m, int n, const SingleComplex* alpha, const SingleComplex* x, int incx,
                            const SingleComplex* y, int incy, SingleComplex* a, int lda) {
     gerc("cblas_cgerc", order, m, n, alpha, x, incx, y, incy, a, lda);
 }
-QRV_CBLAS void cblas_ssyr(int order, int uplo, int n, float alpha, const float* x, int incx, float* a, int lda) {
-    syr("cblas_ssyr", order, uplo, n, alpha, x, incx, a, lda);
-}
-QRV_CBLAS void cblas_ssyr2(int order, int uplo, int n, float alpha, const float* x, int incx, const float* y, int incy,
-                           float* a, int lda) {
-    syr2("cblas_ssyr2", order, uplo, n, alpha, x, incx, y, incy, a, lda);
-}
-QRV_CBLAS void cblas_cher(int order, int uplo, int n, float alpha, const SingleComplex* x, int incx, SingleComplex* a,
-                          int lda) {
-    her("cblas_cher", order, uplo, n, alpha, x, incx, a, lda);
-}
-QRV_CBLAS void cblas_cher2(int order, int uplo, int n, const SingleComplex* alpha, const SingleComplex* x, int incx,
-                           const SingleComplex* y, int incy, SingleComplex* a, int lda) {
-    her2("cblas_cher2", order, uplo, n, alpha, x, incx, y, incy, a, lda);
-}
+QRV_CBLAS_SYR(float, ssyr, SSYR)
+QRV_CBLAS_SYR(SingleComplex, cher, CHER)
+QRV_CBLAS_SYR2(float, ssyr2, SSYR2)
+QRV_CBLAS_SYR2(SingleComplex, cher2, CHER2)
+QRV_CBLAS_SPR(float, sspr, SSPR)
+QRV_CBLAS_SPR(SingleComplex, chpr, CHPR)
+QRV_CBLAS_SPR2(float, sspr2, SSPR2)
+QRV_CBLAS_SPR2(SingleComplex, chpr2, CHPR2)
 QRV_CBLAS_GEMM(float, sgemm, SGEMM)
 QRV_CBLAS_GEMM(SingleComplex, cgemm, CGEMM)
 QRV_CBLAS_SYMM(float, ssymm, SSYMM)

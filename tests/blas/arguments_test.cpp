@@ -35,6 +35,16 @@ const ArgumentRow rows[] = {
     {"SSYMV CHEMV", {"U 3 . . 3 . 1 . . 1"}, "1=X 2=-1 5=2 7=0 10=0", {{"2=0 5=0", 5}}},
     {"SSBMV", {"U 3 1 . . 2 . 1 . . 1", "l 3 0 . . 1 . 1 . . 1"}, "1=X 2=-1 3=-1 6=1 8=0 11=0", {{"3=0 6=0", 6}}},
     {"STRMV STRSV CTRMV CTRSV", {"U N N 3 . 3 . 1", "L c u 3 . 3 . -2"}, "1=X 2=X 3=X 4=-1 6=2 8=0", {}},
+    {"CGBMV",
+     {"N 3 4 1 2 . . 4 . 1 . . 1", "C 3 4 0 0 . . 1 . -1 . . 1"},
+     "1=X 2=-1 3=-1 4=-1 5=-1 8=3 10=0 13=0",
+     {{"4=0 5=0 8=0", 8}}},
+    {"CHBMV", {"U 3 1 . . 2 . 1 . . 1", "l 3 0 . . 1 . 1 . . 1"}, "1=X 2=-1 3=-1 6=1 8=0 11=0", {}},
+    {"CTBMV CTBSV", {"U N N 3 1 . 2 . 1", "l c u 3 0 . 1 . 1"}, "1=X 2=X 3=X 4=-1 5=-1 7=1 9=0", {}},
+    {"SSPMV CHPMV", {"U 3 . . . 1 . . 1", "l 0 . . . -1 . . 1"}, "1=X 2=-1 6=0 9=0", {}},
+    {"STPMV STPSV CTPMV CTPSV", {"U N N 3 . . 1", "L c u 3 . . -2"}, "1=X 2=X 3=X 4=-1 7=0", {}},
+    {"SSPR CHPR", {"U 3 . . 1 ."}, "1=X 2=-1 5=0", {}},
+    {"SSPR2 CHPR2", {"U 3 . . 1 . 1 ."}, "1=X 2=-1 5=0 7=0", {}},
     {"STBMV STBSV", {"U N N 3 1 . 2 . 1"}, "1=X 2=X 3=X 4=-1 5=-1 7=1 9=0", {}},
     {"SGER CGERU CGERC", {"3 4 . . 1 . 1 . 3"}, "1=-1 2=-1 5=0 7=0 9=2", {}},
     {"SSYR CHER", {"U 3 . . 1 . 3"}, "1=X 2=-1 5=0 7=2", {}},
@@ -59,7 +69,7 @@ Routines routines;
 #include "routines/members.def"
 
 TEST(Arguments, BadOnesAreReportedInTheirOrder) {
-    EXPECT_EQ(routines.size(), 34U);
+    EXPECT_EQ(routines.size(), 48U);
     expect_bad_arguments_reported(rows, routines);
 }
 

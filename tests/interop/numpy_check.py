@@ -67,6 +67,15 @@ def band(layout, a, kl, ku, shape, dtype):
     return stored
 
 
+PACKED = {"syr": "sspr", "her": "chpr"}
+
+
+def packed(layout, uplo, a):
+    """The triangle of a in the storage of its layout: line by line."""
+    indices = np.tril_indices(len(a)) if (uplo == LOWER) == (layout == ROWS) else np.triu_indices(len(a))
+    return (a if layout == ROWS else a.T)[indices].copy()
+
+
 class Call:
     """One call: arrays in a layout with their leading dimensions, complex scalars by address."""
 
@@ -122,13 +131,12 @@ def general_matrix_vector(kind, layout):
         out, inputs = strided(y, incy), strided(x, incx)
         call.run(kind + "gemv", trans, m, n, alpha, call.matrix(a), inputs, incx, beta, out, incy)
         expect(unstrided(out, incy), alpha * op(trans, wide(a)) @ wide(x) + beta * wide(y), f"{kind}gemv {layout} {trans}")
-        if kind == "s":
-            kl, ku = 1, 2
-            banded = np.triu(np.tril(a, ku), -kl)
-            out = strided(y, incy)
-            stored = band(layout, a, kl, ku, (m, n), np.float32)
-            call.run("sgbmv", trans, m, n, kl, ku, alpha, stored, inputs, incx, beta, out, incy)
-            expect(unstrided(out, incy), alpha * op(trans, banded) @ x + beta * y, f"sgbmv {layout} {trans}")
+        kl, ku = 1, 2
+        banded = np.triu(np.tril(wide(a), ku), -kl)
+        out = strided(y, incy)
+        stored = band(layout, a, kl, ku, (m, n), a.dtype)
+        call.run(kind + "gbmv", trans, m, n, kl, ku, alpha, stored, inputs, incx, beta, out, incy)
+        expect(unstrided(out, incy), alpha * op(trans, banded) @ wide(x) + beta * wide(y), f"{kind}gbmv {layout} {trans}")
 
 
 def structured_matrix_vector(kind, layout):
@@ -142,22 +150,30 @@ def structured_matrix_vector(kind, layout):
         call.run("chemv" if kind == "c" else "ssymv", uplo, n, alpha, stored, inputs, incx, beta, out, incy)
         expect(unstrided(out, incy), alpha * full @ wide(x) + beta * wide(y), f"{kind} symv {layout} {uplo}")
         below, above = (0, k) if uplo == UPPER else (k, 0)
-        if kind == "s":
-            banded = np.triu(np.tril(full.real, k), -k)
-            out = strided(y, incy)
-            call.run("ssbmv", uplo, n, k, alpha, band(layout, a, below, above, (n, n), np.float32), inputs, incx, beta,
-                     out, incy)
-            expect(unstrided(out, incy), alpha * banded @ x + beta * y, f"ssbmv {layout} {uplo}")
+        product = alpha * np.triu(np.tril(full, k), -k) @ wide(x) + beta * wide(y)
+        out = strided(y, incy)
+        call.run("chbmv" if kind == "c" else "ssbmv", uplo, n, k, alpha, band(layout, a, below, above, (n, n), a.dtype), inputs,
+                 incx, beta, out, incy)
+        expect(unstrided(out, incy), product, f"{kind} sbmv {layout} {uplo}")
+        out = strided(y, incy)
+        call.run("chpmv" if kind == "c" else "sspmv", uplo, n, alpha, packed(layout, uplo, a), inputs, incx, beta, out, incy)
+        expect(unstrided(out, incy), alpha * full @ wide(x) + beta * wide(y), f"{kind} spmv {layout} {uplo}")
         for name, hermitian, scalar in (("her", True, 0.5),) if kind == "c" else (("syr", False, 0.5),):
             stored = call.matrix(a)
             call.run(kind + name, uplo, n, scalar, inputs, incx, stored)
             update = full + scalar * np.outer(wide(x), wide(x).conj() if hermitian else wide(x))
             expect(triangle(uplo, NON_UNIT, call.value(stored)), triangle(uplo, NON_UNIT, update), f"{kind}{name} {layout}")
+            stored = packed(layout, uplo, a)
+            call.run(PACKED[name], uplo, n, scalar, inputs, incx, stored)
+            expect(stored, packed(layout, uplo, update), f"{PACKED[name]} {layout}")
             stored = call.matrix(a)
             call.run(kind + name + "2", uplo, n, alpha, inputs, incx, strided(y, incy), incy, stored)
             update = full + alpha * np.outer(wide(x), wide(y).conj() if hermitian else wide(y))
             update += np.conj(alpha) * np.outer(wide(y), wide(x).conj() if hermitian else wide(x))
             expect(triangle(uplo, NON_UNIT, call.value(stored)), triangle(uplo, NON_UNIT, update), f"{kind}{name}2 {layout}")
+            stored = packed(layout, uplo, a)
+            call.run(PACKED[name] + "2", uplo, n, alpha, inputs, incx, strided(y, incy), incy, stored)
+            expect(stored, packed(layout, uplo, update), f"{PACKED[name]}2 {layout}")
         for trans, diag in itertools.product((NONE, TRANSPOSE, ADJOINT), (NON_UNIT, UNIT)):
             t = a / 4 + 2 * np.eye(n, dtype=a.dtype)
             whole = op(trans, triangle(uplo, diag, wide(t)))
@@ -165,13 +181,16 @@ def structured_matrix_vector(kind, layout):
                 out = strided(x, incx)
                 call.run(kind + name, uplo, trans, diag, n, call.matrix(t), out, incx)
                 expect(unstrided(out, incx), expected, f"{kind}{name} {layout} {uplo} {trans} {diag}")
-            if kind == "s":
-                whole = op(trans, np.triu(np.tril(triangle(uplo, diag, wide(t)), k), -k)).real
-                for name, expected in (("tbmv", whole @ x), ("tbsv", np.linalg.solve(whole, x))):
-                    out = strided(x, incx)
-                    stored = band(layout, t, below, above, (n, n), np.float32)
-                    call.run(kind + name, uplo, trans, diag, n, k, stored, out, incx)
-                    expect(unstrided(out, incx), expected, f"s{name} {layout} {uplo} {trans} {diag}")
+            for name, expected in (("tpmv", whole @ wide(x)), ("tpsv", np.linalg.solve(whole, wide(x)))):
+                out = strided(x, incx)
+                call.run(kind + name, uplo, trans, diag, n, packed(layout, uplo, t), out, incx)
+                expect(unstrided(out, incx), expected, f"{kind}{name} {layout} {uplo} {trans} {diag}")
+            whole = op(trans, np.triu(np.tril(triangle(uplo, diag, wide(t)), k), -k))
+            for name, expected in (("tbmv", whole @ wide(x)), ("tbsv", np.linalg.solve(whole, wide(x)))):
+                out = strided(x, incx)
+                stored = band(layout, t, below, above, (n, n), a.dtype)
+                call.run(kind + name, uplo, trans, diag, n, k, stored, out, incx)
+                expect(unstrided(out, incx), expected, f"{kind}{name} {layout} {uplo} {trans} {diag}")
     m, x, y, a = 5, sample(kind, 5), sample(kind, n), sample(kind, 5, n)
     for name, second in (("ger", y),) if kind == "s" else (("geru", y), ("gerc", y.conj())):
         call = Call(kind, layout)

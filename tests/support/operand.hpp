@@ -181,6 +181,7 @@ struct Form {
     bool banded = false;         // in band storage,
     int below = 0, above = 0;    // with so many diagonals on either side of the main one
     int inc = 1;                 // of a vector, which is one column
+    bool packed = false;         // a triangle, its columns one behind the other
 
     bool unit() const { return diag == 'U' || diag == 'u'; }
     // Rows of column j that are stored: [first, second).
@@ -213,6 +214,8 @@ public:
             length_ = form.kind == Form::vector
                           ? 1 + std::size_t(form.rows - 1) * std::size_t(std::abs(form.inc))
                           : std::size_t(ld_) * std::size_t(form.columns - 1) + std::size_t(height);
+        if (form.packed)
+            length_ = std::size_t(form.rows) * std::size_t(form.rows + 1) / 2;
         const std::size_t floats = parts * length_;
         if (layout.guard == Guard::canaries) {
             plain_.resize(floats + 3 * band);
@@ -328,6 +331,9 @@ protected:
     std::ptrdiff_t place(int i, int j) const {
         if (form_.kind == Form::vector)
             return std::ptrdiff_t{form_.inc < 0 ? i - form_.rows + 1 : i} * form_.inc;
+        if (form_.packed)
+            return is_upper(form_.uplo) ? i + std::ptrdiff_t{j} * (j + 1) / 2
+                                        : i - j + std::ptrdiff_t{j} * (2 * form_.rows - j + 1) / 2;
         return (form_.banded ? form_.above + i - j : i) + std::ptrdiff_t{ld_} * j;
     }
 

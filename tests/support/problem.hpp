@@ -41,6 +41,7 @@ struct Operation {
     bool vectors = false; // level 2: B and C of a product are vectors, A and B of an update
     bool banded = false;
     bool conjugated = kind == Form::hermitian;
+    bool packed = false; // the matrix with structure
 
     bool updates() const { return what == What::update || what == What::update2; }
     bool triangular() const { return kind == Form::triangular; }
@@ -155,6 +156,7 @@ private:
             f.uplo = p.uplo;
         if (f.kind == Form::triangular)
             f.diag = p.diag;
+        f.packed = operation.packed;
         if (operation.banded) {
             f.banded = true;
             f.below = f.kind == Form::general || !is_upper(p.uplo) ? p.k : 0;

@@ -82,6 +82,19 @@ QRV_API void SROTM(const int* n, float* x, const int* incx, float* y, const int*
  * param   5 floats, overwritten in the form of SROTM */
 QRV_API void SROTMG(float* d1, float* d2, float* x1, const float* y1, float* param);
 
+/* Sum of x(i)*y(i) with every product and sum in double; SDSDOT rounds it to a float, and begins with sb. */
+QRV_API double DSDOT(const int* n, const float* x, const int* incx, const float* y, const int* incy);
+QRV_API float SDSDOT(const int* n, const float* sb, const float* x, const int* incx, const float* y, const int* incy);
+
+/* |re(z)| + |im(z)|. */
+QRV_API float SCABS1(const qrv_complex* z);
+
+/* SROT and SROTG for complex elements, with real c. CROTG leaves b alone, turns (a, b) into (r, 0) by (c*a + s*b,
+ * c*b - conj(s)*a), and stores r in a; for a = 0 c is 0 and s is 1. */
+QRV_API void CSROT(const int* n, qrv_complex* x, const int* incx, qrv_complex* y, const int* incy, const float* c,
+                   const float* s);
+QRV_API void CROTG(qrv_complex* a, const qrv_complex* b, float* c, qrv_complex* s);
+
 /* ---- BLAS level 2 ---------------------------------------------------------------------------------------- */
 
 /* Operations with a matrix and vectors. The arguments mean the same everywhere:
@@ -172,6 +185,43 @@ QRV_API int SSYR2(const char* uplo, const int* n, const float* alpha, const floa
                   const int* incy, float* a, const int* lda);
 QRV_API int CHER2(const char* uplo, const int* n, const qrv_complex* alpha, const qrv_complex* x, const int* incx,
                   const qrv_complex* y, const int* incy, qrv_complex* a, const int* lda);
+
+/* The same for complex elements: SGBMV; SSBMV, for a Hermitian matrix; STBMV and STBSV. Positions as there. */
+QRV_API int CGBMV(const char* trans, const int* m, const int* n, const int* kl, const int* ku, const qrv_complex* alpha,
+                  const qrv_complex* a, const int* lda, const qrv_complex* x, const int* incx, const qrv_complex* beta,
+                  qrv_complex* y, const int* incy);
+QRV_API int CHBMV(const char* uplo, const int* n, const int* k, const qrv_complex* alpha, const qrv_complex* a,
+                  const int* lda, const qrv_complex* x, const int* incx, const qrv_complex* beta, qrv_complex* y,
+                  const int* incy);
+QRV_API int CTBMV(const char* uplo, const char* trans, const char* diag, const int* n, const int* k,
+                  const qrv_complex* a, const int* lda, qrv_complex* x, const int* incx);
+QRV_API int CTBSV(const char* uplo, const char* trans, const char* diag, const int* n, const int* k,
+                  const qrv_complex* a, const int* lda, qrv_complex* x, const int* incx);
+
+/* The same for a packed triangle, of which ap holds the n*(n + 1)/2 elements column by column: element (i, j), from 0,
+ * is ap[i + j*(j + 1)/2] of an upper one, ap[i - j + j*(2*n - j + 1)/2] of a lower one.
+ *
+ * SSPMV and CHPMV as SSYMV, reported: 1, 2, 6, 9. STPMV and STPSV as STRMV and STRSV, reported: 1, 2, 3, 4, 7. SSPR and
+ * CHPR as SSYR and CHER, reported: 1, 2, 5. SSPR2 and CHPR2 as SSYR2 and CHER2, reported: 1, 2, 5, 7. */
+QRV_API int SSPMV(const char* uplo, const int* n, const float* alpha, const float* ap, const float* x, const int* incx,
+                  const float* beta, float* y, const int* incy);
+QRV_API int CHPMV(const char* uplo, const int* n, const qrv_complex* alpha, const qrv_complex* ap, const qrv_complex* x,
+                  const int* incx, const qrv_complex* beta, qrv_complex* y, const int* incy);
+QRV_API int STPMV(const char* uplo, const char* trans, const char* diag, const int* n, const float* ap, float* x,
+                  const int* incx);
+QRV_API int CTPMV(const char* uplo, const char* trans, const char* diag, const int* n, const qrv_complex* ap,
+                  qrv_complex* x, const int* incx);
+QRV_API int STPSV(const char* uplo, const char* trans, const char* diag, const int* n, const float* ap, float* x,
+                  const int* incx);
+QRV_API int CTPSV(const char* uplo, const char* trans, const char* diag, const int* n, const qrv_complex* ap,
+                  qrv_complex* x, const int* incx);
+QRV_API int SSPR(const char* uplo, const int* n, const float* alpha, const float* x, const int* incx, float* ap);
+QRV_API int CHPR(const char* uplo, const int* n, const float* alpha, const qrv_complex* x, const int* incx,
+                 qrv_complex* ap);
+QRV_API int SSPR2(const char* uplo, const int* n, const float* alpha, const float* x, const int* incx, const float* y,
+                  const int* incy, float* ap);
+QRV_API int CHPR2(const char* uplo, const int* n, const qrv_complex* alpha, const qrv_complex* x, const int* incx,
+                  const qrv_complex* y, const int* incy, qrv_complex* ap);
 
 /* ---- BLAS level 3 ---------------------------------------------------------------------------------------- */
 
