@@ -164,6 +164,57 @@ QRV_API void SLAHQR(const int* wantt, const int* wantz, const int* n, const int*
                     const int* ldh, float* wr, float* wi, const int* iloz, const int* ihiz, float* z, const int* ldz,
                     int* info);
 
+/* The same for large ones, by the multishift iteration, with the arguments of SLAHQR. SLAQR4 does not call itself on
+ * its deflation windows. What is below the subdiagonal of H is scratch.
+ *
+ * work     lwork floats; work[0] is set to the lwork for full speed
+ * lwork    at least max(1, n); -1 asks for the length only
+ * Nothing is reported.
+ *
+ * Source: K. Braman, R. Byers, R. Mathias, The multishift QR algorithm I and II, SIAM J. Matrix Anal. Appl. 23 (2002).
+ */
+QRV_API void SLAQR0(const int* wantt, const int* wantz, const int* n, const int* ilo, const int* ihi, float* h,
+                    const int* ldh, float* wr, float* wi, const int* iloz, const int* ihiz, float* z, const int* ldz,
+                    float* work, const int* lwork, int* info);
+QRV_API void SLAQR4(const int* wantt, const int* wantz, const int* n, const int* ilo, const int* ihi, float* h,
+                    const int* ldh, float* wr, float* wi, const int* iloz, const int* ihiz, float* z, const int* ldz,
+                    float* work, const int* lwork, int* info);
+
+/* Aggressive early deflation in the last nw of the rows ktop to kbot of H, as a part of SLAQR0; SLAQR2, which uses
+ * the double-shift iteration only, as a part of SLAQR4.
+ *
+ * ns, nd   set to the number of eigenvalues that may serve as shifts, and of those that are deflated
+ * sr, si   kbot floats each: the shifts in rows kbot - nd - ns + 1 to kbot - nd, then the deflated ones
+ * v, t, wv scratch: nw x nw; nw x nh, nh >= nw; nv x nw, nv >= 1
+ * work     lwork floats, at least 2*nw; work[0] is set to the lwork for full speed, for which -1 asks
+ * Nothing is reported. Source: as above. */
+QRV_API void SLAQR3(const int* wantt, const int* wantz, const int* n, const int* ktop, const int* kbot, const int* nw,
+                    float* h, const int* ldh, const int* iloz, const int* ihiz, float* z, const int* ldz, int* ns,
+                    int* nd, float* sr, float* si, float* v, const int* ldv, const int* nh, float* t, const int* ldt,
+                    const int* nv, float* wv, const int* ldwv, float* work, const int* lwork);
+QRV_API void SLAQR2(const int* wantt, const int* wantz, const int* n, const int* ktop, const int* kbot, const int* nw,
+                    float* h, const int* ldh, const int* iloz, const int* ihiz, float* z, const int* ldz, int* ns,
+                    int* nd, float* sr, float* si, float* v, const int* ldv, const int* nh, float* t, const int* ldt,
+                    const int* nv, float* wv, const int* ldwv, float* work, const int* lwork);
+
+/* One sweep of nshfts shifts, an even number, over the rows ktop to kbot of H, as a part of SLAQR0.
+ *
+ * kacc22      0: reflectors are applied one by one; 1, 2: they are multiplied first
+ * sr, si      nshfts floats each: the shifts; conjugates come to lie side by side
+ * v, u        scratch: 3 x nshfts/2; square, of order 3*nshfts - 3
+ * nv, wv      nv x (3*nshfts - 3), nv >= 1
+ * nh, wh      (3*nshfts - 3) x nh, nh >= 1
+ * Nothing is reported. Source: as above. */
+QRV_API void SLAQR5(const int* wantt, const int* wantz, const int* kacc22, const int* n, const int* ktop,
+                    const int* kbot, const int* nshfts, float* sr, float* si, float* h, const int* ldh, const int* iloz,
+                    const int* ihiz, float* z, const int* ldz, float* v, const int* ldv, float* u, const int* ldu,
+                    const int* nv, float* wv, const int* ldwv, const int* nh, float* wh, const int* ldwh);
+
+/* v, of n elements, n being 2 or 3, is a multiple of the first column of (H - s1)*(H - s2), which is scaled to avoid
+ * overflow. The shifts sr1 + i*si1 and sr2 + i*si2 are real or conjugates. Nothing is reported. */
+QRV_API void SLAQR1(const int* n, const float* h, const int* ldh, const float* sr1, const float* si1, const float* sr2,
+                    const float* si2, float* v);
+
 /* Eigenvectors of a Schur form T of order n, or of A = Q*T*Q'.
  *
  * side      'R': right, 'L': left, 'B': both

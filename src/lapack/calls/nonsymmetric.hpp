@@ -136,6 +136,8 @@ struct SchurProblem {
 int lahqr(const SchurProblem& problem);
 int laqr0(const SchurProblem& problem, bool recurses, float* work, int lwork);
 std::int64_t laqr0_work(int n, ActiveRange range, bool recurses);
+// As published: work[0] becomes the length for full speed; lwork = -1 asks for nothing else.
+int laqr0_telling(const SchurProblem& problem, bool recurses, float* work, int lwork);
 
 // A Hessenberg matrix of order 2 or 3: a multiple of the first column of (H - s1)(H - s2). The shifts are real, or a
 // pair of conjugates.
@@ -160,6 +162,8 @@ struct Deflation {
 };
 Deflation laqr3(const SchurProblem& problem, bool recurses, int nw, const DeflationWork& work);
 std::int64_t laqr3_work(ActiveRange range, int nw, bool recurses);
+void laqr3_telling(const SchurProblem& problem, bool recurses, int nw, const DeflationWork& work, int* shifts,
+                   int* deflated); // as laqr0_telling
 
 // One sweep of ns / 2 small bulges over the range, with the shifts in wr and wi [0, ns).
 struct SweepWork {

@@ -13,6 +13,7 @@
 // Source: K. Braman, R. Byers, R. Mathias, The multishift QR algorithm I and II, SIAM J. Matrix Anal. Appl. 23 (2002).
 #include "lapack/calls/norms.hpp"
 #include "lapack/kernel/source/nonsymmetric/qr_iteration.hpp"
+#include "lapack/workspace.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -249,6 +250,12 @@ std::int64_t laqr0_work(int n, ActiveRange range, bool recurses) {
         return 1;
     const int window = window_wanted(n, range) + 1;
     return std::max(std::int64_t{3} * shifts_wanted(n, range) / 2, laqr3_work(range, window, recurses));
+}
+
+int laqr0_telling(const SchurProblem& p, bool recurses, float* work, int lwork) {
+    const int info = lwork == -1 ? 0 : laqr0(p, recurses, work, lwork);
+    *work = work_size<float>(std::max(std::int64_t{p.n}, laqr0_work(p.n, p.range, recurses)));
+    return info;
 }
 
 } // namespace qrv::lapack

@@ -14,6 +14,7 @@
 #include "lapack/calls/norms.hpp"
 #include "lapack/calls/reflectors.hpp"
 #include "lapack/kernel/source/nonsymmetric/qr_iteration.hpp"
+#include "lapack/workspace.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -206,6 +207,15 @@ std::int64_t laqr3_work(ActiveRange range, int nw, bool recurses) {
     const ActiveRange all{0, order - 1};
     const std::int64_t reduction = order + std::max(gehrd_work(order, all), ormhr_work(Side::right, order, order, all));
     return recurses ? std::max(reduction, laqr0_work(order, {0, order}, false)) : reduction;
+}
+
+void laqr3_telling(const SchurProblem& p, bool recurses, int nw, const DeflationWork& work, int* shifts,
+                   int* deflated) {
+    if (work.lwork != -1) {
+        const Deflation found = laqr3(p, recurses, nw, work);
+        *shifts = found.shifts, *deflated = found.deflated;
+    }
+    *work.work = work_size<float>(std::max(std::int64_t{2} * nw, laqr3_work(p.range, nw, recurses)));
 }
 
 } // namespace qrv::lapack
