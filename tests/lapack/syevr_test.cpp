@@ -116,6 +116,7 @@ void expect_reduced(const Symmetric& s, char uplo, bool leastWork, const std::st
 
 // Around panels and the crossover, with work for panels and without.
 TEST(SymmetricReduction, Residual) {
+    const ForcedTeam alone(1);
     for (const int n : {0, 1, 2, 3, 31, 32, 33, 100, 250, 251, 271, 300})
         for (const char uplo : {'U', 'L'})
             for (const bool leastWork : {false, true}) {
@@ -144,12 +145,14 @@ TEST(SymmetricReduction, PanelsOnTeamsResidual) {
         const ForcedTeam forced(team);
         for (const int n : {1, 5, 40})
             for (const Uplo uplo : {Uplo::upper, Uplo::lower})
-                for (const lapack::Panels panels : {lapack::Panels{1, 0}, {16, 16}, {36, 5}}) {
-                    const Operand<float> given = symmetric(uplo, n);
-                    const auto in_panels = [&](Reduced& t) { t.in_panels(team, panels, 6); };
-                    const double error = Reduced(uplo, given, in_panels).error(given);
-                    EXPECT_TRUE(error < reducedBound) << team << ' ' << n << ' ' << panels.width << ": " << error;
-                }
+                for (const lapack::Panels panels : {lapack::Panels{1, 0}, {16, 16}, {36, 5}, {4, n}})
+                    for (const int block : {n, 7}) {
+                        const Operand<float> given = symmetric(uplo, n, block);
+                        const auto in_panels = [&](Reduced& t) { t.in_panels(team, panels, 6); };
+                        const Reduced t(uplo, given, in_panels);
+                        EXPECT_TRUE(t.error(given) < reducedBound && t.guards_intact())
+                            << team << ' ' << n << ' ' << panels.width << ' ' << block << ": " << t.error(given);
+                    }
     }
 }
 

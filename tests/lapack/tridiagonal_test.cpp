@@ -229,21 +229,32 @@ TEST(Tridiagonal, SomeRepresentationsResidual) {
             for (const auto& [first, last] : {std::pair{1, 1}, {n, n}, {1, n}, {(n + 1) / 2, std::max(1, 3 * n / 4)}}) {
                 if (last < first)
                     continue;
-                for (const char jobz : {'V', 'N'}) {
-                    const Representations some(t, jobz, 'I', 0, 0, first, last);
-                    EXPECT_EQ(some.info, 0) << t.name << ' ' << n;
-                    EXPECT_EQ(some.m, last - first + 1) << t.name << ' ' << n;
-                    GuardedVector<float> w(some.m);
-                    w.set([&](int i, int) { return some.w[i]; });
-                    EXPECT_TRUE(value_error(t, expected, w, first - 1) <= 3) << t.name << ' ' << n << jobz << first;
-                    if (jobz == 'N')
-                        continue;
-                    Operand<float> z(n, some.m, n);
-                    z.set([&](int i, int j) { return some.z(i, j); });
-                    const Quality q = quality(t, w, z);
-                    EXPECT_TRUE(q.residual <= 10) << t.name << ' ' << n << ": " << q.residual;
-                    EXPECT_TRUE(q.orthogonality <= 50) << t.name << ' ' << n << ": " << q.orthogonality;
-                }
+                // From and to the middles of the gaps on either side, if they are wide enough for these to be in them.
+                const double size = std::max(std::abs(expected.front()), std::abs(expected.back()));
+                const double below = first > 1 ? expected[std::size_t(first - 2)] : -2 * size,
+                             above = last < n ? expected[std::size_t(last)] : 2 * size;
+                const double least = expected[std::size_t(first - 1)], largest = expected[std::size_t(last - 1)];
+                const bool apart = std::min(least - below, above - largest) > 1e-3 * size && size > 0;
+                const auto low = static_cast<float>((below + least) / 2),
+                           high = static_cast<float>((largest + above) / 2);
+                for (const char jobz : {'V', 'N'})
+                    for (const char range : {'I', 'V'}) {
+                        if (range == 'V' && !apart)
+                            continue;
+                        const Representations some(t, jobz, range, low, high, first, last);
+                        EXPECT_EQ(some.info, 0) << t.name << ' ' << n;
+                        ASSERT_EQ(some.m, last - first + 1) << t.name << ' ' << n << range << first;
+                        GuardedVector<float> w(some.m);
+                        w.set([&](int i, int) { return some.w[i]; });
+                        EXPECT_TRUE(value_error(t, expected, w, first - 1) <= 3) << t.name << ' ' << n << jobz << first;
+                        if (jobz == 'N')
+                            continue;
+                        Operand<float> z(n, some.m, n);
+                        z.set([&](int i, int j) { return some.z(i, j); });
+                        const Quality q = quality(t, w, z);
+                        EXPECT_TRUE(q.residual <= 10) << t.name << ' ' << n << ": " << q.residual;
+                        EXPECT_TRUE(q.orthogonality <= 50) << t.name << ' ' << n << ": " << q.orthogonality;
+                    }
             }
         }
 }
@@ -356,6 +367,53 @@ TEST(Tridiagonal, SingularSolvesDoNotOverflow) {
         EXPECT_EQ(info, job == 1 ? 2 : job == 2 ? 1 : 0);
         EXPECT_TRUE(job > 0 || (std::isfinite(y[0]) && std::abs(y[0]) > 1e6));
     }
+}
+
+// Of the matrix with 2 and -1, whose eigenvalues are 2 - 2 cos(k pi / (n + 1)), and of its factors.
+TEST(Tridiagonal, CountsAndSingleValues) {
+    for (const int n : {1, 2, 9, 40, 300}) {
+        std::vector<float> d(std::size_t(n), 2.0F), e(std::size_t(n), -1.0F), squares(std::size_t(n), 1.0F), pivots, l,
+            lld;
+        for (int i = 1; i <= n; ++i) { // of L D L'
+            pivots.push_back(static_cast<float>(1.0 + 1.0 / i));
+            l.push_back(static_cast<float>(-i / (i + 1.0)));
+            lld.push_back(pivots.back() * l.back() * l.back());
+        }
+        const float tiny = 1e-30F, low = 0.5F, high = 3.1F, bottom = 0, top = 4, tolerance = 1e-6F;
+        const auto value = [n](int k) { return 2 - 2 * std::cos(k * 3.14159265358979 / (n + 1)); };
+        int upToLow = 0, upToHigh = 0;
+        for (int k = 1; k <= n; ++k) {
+            upToLow += value(k) <= low;
+            upToHigh += value(k) <= high;
+        }
+        for (const char* job : {"T", "L"}) {
+            int inside = -1, left = -1, right = -1, info = -1;
+            const float *diagonal = *job == 'T' ? d.data() : pivots.data(), *beside = *job == 'T' ? e.data() : l.data();
+            SLARRC(job, &n, &low, &high, diagonal, beside, &tiny, &inside, &left, &right, &info);
+            EXPECT_TRUE(left == upToLow && right == upToHigh && inside == right - left && info == 0) << job << n;
+        }
+        for (const int k : {1, (n + 1) / 2, n}) {
+            float w = 0, werr = 0;
+            int info = -9;
+            SLARRK(&n, &k, &bottom, &top, d.data(), squares.data(), &tiny, &tolerance, &w, &werr, &info);
+            EXPECT_TRUE(info == 0 && std::abs(w - value(k)) <= 8 * ulp * 4 && werr <= 1e-5F) << n << ' ' << k;
+            for (const int r : {1, (n + 1) / 2, n})
+                for (const float x : {low, high})
+                    EXPECT_EQ(SLANEG(&n, pivots.data(), lld.data(), &x, &tiny, &r), x == low ? upToLow : upToHigh);
+        }
+        int info = -1;
+        SLARRR(&n, d.data(), e.data(), &info);
+        EXPECT_EQ(info, n > 2);
+    }
+    const int three = 3; // a pivot is 0, and the next two quotients are not numbers
+    const float d[] = {1, 2, 0.5F}, lld[] = {1, 5}, one = 1;
+    for (const int r : {1, 2, 3})
+        EXPECT_EQ(SLANEG(&three, d, lld, &one, &one, &r), 1);
+    int seeds[2][4] = {{1, 2, 3, 5}, {1, 2, 3, 5}}, kind = 1, count = 200;
+    float x[200], y[200] = {};
+    SLARNV(&kind, seeds[0], &count, x);
+    SLARUV(seeds[1], &count, y);
+    EXPECT_TRUE(std::equal(x, x + 128, y) && y[128] == 0);
 }
 
 } // namespace

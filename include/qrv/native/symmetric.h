@@ -52,12 +52,13 @@ QRV_API void SSTEBZ(const char* range, const char* order, const int* n, const fl
  * w        n floats, the first *m set to the eigenvalues in ascending order
  * z, ldz   n x *m, set to the eigenvectors, each of length 1; ldz >= max(1, n). Not touched for jobz 'N', ldz >= 1.
  * nzc      columns of z; -1 asks for how many it must have: that is stored in *z, nothing is computed. At least n for
- * range 'A', iu - il + 1 for 'I', the eigenvalues in (vl, vu] for 'V'; 0 do for jobz 'N'. isuppz   2*m ints: the first
- * and the last row, from 1, of each vector that are not 0 tryrac   asks for eigenvalues of full relative accuracy if
- * not 0; set to 0 if T does not define them so work, lwork    18*n floats, 12*n for jobz 'N', at least 1; lwork = -1
- * asks for the length iwork, liwork  10*n ints, 8*n for jobz 'N', at least 1; liwork = -1 asks for the length info 1:
- * no representation was found for a block of T; 2: for a cluster of eigenvalues Reported: 1, 2, 3, 7 (vl, vu), 8, 9,
- * 13, 14, 17 (lwork), 19 (liwork).
+ *          range 'A', iu - il + 1 for 'I', the eigenvalues in (vl, vu] for 'V'; 0 do for jobz 'N'.
+ * isuppz   2*m ints: the first and the last row, from 1, of each vector that are not 0
+ * tryrac   asks for eigenvalues of full relative accuracy if not 0; set to 0 if T does not define them so
+ * work, lwork    18*n floats, 12*n for jobz 'N', at least 1; lwork = -1 asks for the length
+ * iwork, liwork  10*n ints, 8*n for jobz 'N', at least 1; liwork = -1 asks for the length
+ * info     1: no representation was found for a block of T; 2: for a cluster of eigenvalues
+ * Reported: 1, 2, 3, 7 (vl, vu), 8, 9, 13, 14, 17 (lwork), 19 (liwork).
  *
  * Source: I. Dhillon, B. Parlett, C. Vomel, The design and implementation of the MRRR algorithm, ACM TOMS 32 (2006). */
 QRV_API void SSTEMR(const char* jobz, const char* range, const int* n, float* d, float* e, const float* vl,
@@ -71,8 +72,9 @@ QRV_API void SSTEMR(const char* jobz, const char* range, const int* n, float* d,
  * z, ldz  n x m, set to the eigenvectors, each of length 1; ldz >= max(1, n)
  * work    5*n floats, iwork n ints
  * ifail   m ints: the numbers, from 1, of vectors that have not converged; may be the same array as iwork, and then
- * means nothing info    i > 0: i vectors have not converged within 5 solves Reported: 1, 4, 5 (values of a block not in
- * order), 6 (blocks not in order), 9.
+ *         means nothing
+ * info    i > 0: i vectors have not converged within 5 solves
+ * Reported: 1, 4, 5 (values of a block not in order), 6 (blocks not in order), 9.
  *
  * Source: J. Wilkinson, The Algebraic Eigenvalue Problem, 5.53 to 5.58. */
 QRV_API void SSTEIN(const int* n, const float* d, const float* e, const int* m, const float* w, const int* iblock,
@@ -169,6 +171,43 @@ QRV_API void SLAGTS(const int* job, const int* n, const float* a, const float* b
  *
  * Source: G. Fishman, Multiplicative congruential random number generators with modulus 2^b, Math. Comp. 54 (1990). */
 QRV_API void SLARNV(const int* idist, int* iseed, const int* n, float* x);
+
+/* The same, uniform in (0, 1), of which at most 128 are made in a call. */
+QRV_API void SLARUV(int* iseed, const int* n, float* x);
+
+/* Singular values of the upper bidiagonal matrix with diagonal d and e above it, each to high relative accuracy.
+ *
+ * d     n floats, overwritten by the singular values in descending order
+ * e     n - 1 floats; work: 4*n floats
+ * info  2: not all were found; d means nothing then
+ * Reported: 1.
+ *
+ * Source: B. Parlett, O. Marques, An implementation of the dqds algorithm (positive case), Linear Algebra Appl. 309
+ * (2000). */
+QRV_API void SLASQ1(const int* n, float* d, float* e, float* work, int* info);
+
+/* info 0 if small relative changes of T change its eigenvalues by small relative amounts only, else 1. */
+QRV_API void SLARRR(const int* n, float* d, float* e, int* info);
+
+/* Counts eigenvalues: those in (vl, vu], up to vl and up to vu, of T for jobt 'T', of L*D*L' with D in d and L below
+ * its diagonal in e for 'L'. pivmin is not looked at; info is set to 0. */
+QRV_API void SLARRC(const char* jobt, const int* n, const float* vl, const float* vu, const float* d, const float* e,
+                    const float* pivmin, int* eigcnt, int* lcnt, int* rcnt, int* info);
+
+/* The iw-th eigenvalue, from 1, of T by bisection.
+ *
+ * gl, gu  hold all eigenvalues, but for rounding
+ * e2      the squares of e
+ * pivmin  smallest pivot that counts; reltol: the width that is narrow enough, beside the value
+ * w, werr set to the value and half the width of its interval
+ * info    -1: not as narrow as asked for */
+QRV_API void SLARRK(const int* n, const int* iw, const float* gl, const float* gu, const float* d, const float* e2,
+                    const float* pivmin, const float* reltol, float* w, float* werr, int* info);
+
+/* The number of eigenvalues of L*D*L' below sigma, by a factorization that is twisted at row r, from 1 to n. d: D;
+ * lld: the n - 1 products of D and the squares of L. pivmin is not looked at. */
+QRV_API int SLANEG(const int* n, const float* d, const float* lld, const float* sigma, const float* pivmin,
+                   const int* r);
 
 /* Eigenvalues of [a b; b c], the one of larger magnitude in *rt1; SLAEV2 sets (*cs1, *sn1) to an eigenvector of length
  * 1 for that one. */

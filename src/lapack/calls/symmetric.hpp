@@ -117,6 +117,37 @@ struct StemrResult {
 StemrResult stemr(bool vectors, Wanted wanted, int n, float* d, float* e, float* w, Matrix<float> z, int* isuppz,
                   bool tryRelative, float* work, int* iwork);
 
+// Parts of it by themselves. Whether small relative changes of T change its eigenvalues by small relative amounts.
+bool larrr(int n, const float* d, const float* e);
+
+// Eigenvalues in (low, high], up to low and up to high, of T with diagonal d and e beside it or, `factored`, of L D L'
+// with D in d and L below its diagonal in e.
+struct EndCounts {
+    int inside = 0, upToLow = 0, upToHigh = 0;
+    void store(int* toInside, int* toLow, int* toHigh) const {
+        *toInside = inside;
+        *toLow = upToLow;
+        *toHigh = upToHigh;
+    }
+};
+EndCounts larrc(bool factored, int n, float low, float high, const float* d, const float* e);
+
+// The eigenvalue of this number, from 1, of T with the squares e2, from an interval that holds all.
+struct FoundValue {
+    float value = 0, halfWidth = 0;
+    bool converged = true;
+    void store(float* toValue, float* toHalfWidth, int* toInfo) const {
+        *toValue = value;
+        *toHalfWidth = halfWidth;
+        *toInfo = converged ? 0 : -1;
+    }
+};
+FoundValue larrk(int n, int number, float low, float high, const float* d, const float* e2, float leastPivot,
+                 float relativeTolerance);
+
+// Eigenvalues of L D L' below x, by a factorization twisted at row r, from 0; lld: the products D L L.
+int laneg(int n, const float* d, const float* lld, float x, int r);
+
 // What stein needs of its values: blocks numbered upward, each with its values in ascending order.
 constexpr bool blocks_in_order(int m, const int* iblock) {
     bool all = m <= 0 || iblock[0] >= 1;

@@ -35,9 +35,11 @@ struct Product {
         if (!all)
             blas::gemv(Op::transpose, c.m, c.earlier, 1.0F, c.w, v, 0.0F, c.products);
         blas::gemv(Op::none, c.m, c.earlier, -1.0F, c.v, c.products, 1.0F, c.x);
-        if (!all)
+        if (all)
+            kernel::copy(c.earlier, results.column(0, 0), c.products);
+        else
             blas::gemv(Op::transpose, c.m, c.earlier, 1.0F, c.v, v, 0.0F, c.products);
-        blas::gemv(Op::none, c.m, c.earlier, -1.0F, c.w, all ? results.column(0, 0) : c.products, 1.0F, c.x);
+        blas::gemv(Op::none, c.m, c.earlier, -1.0F, c.w, c.products, 1.0F, c.x);
     }
 };
 

@@ -1,4 +1,5 @@
-// SLANEG: Sturm count of L D L' - x by a twisted factorization, from both ends to row r.
+// SLANEG: Sturm counts of L D L' - x by a twisted factorization, from both ends to row r, for several x at once: the
+// quotients of one x wait for each other, those of different x do not.
 #include "lapack/kernel/source/tridiagonal/mrrr.hpp"
 
 namespace qrv::lapack {
@@ -6,49 +7,75 @@ namespace {
 
 constexpr int blockLength = 128; // rows between looks for a NaN
 
-// Runs step(t, safe) over `rows`, which updates t and tells whether a pivot is negative; a run in which a quotient of
-// infinities was met is done again with its limit 1.
-template <class Step>
-int count_steps(int rows, float& t, const Step& step) {
-    int negative = 0;
-    for (int done = 0; done < rows; done += blockLength) {
-        const int end = std::min(rows, done + blockLength);
-        const float before = t;
-        int inBlock = 0;
-        for (int i = done; i < end; ++i)
-            inBlock += step(i, t, false);
-        if (t != t) {
-            t = before;
-            inBlock = 0;
-            for (int i = done; i < end; ++i)
-                inBlock += step(i, t, true);
-        }
-        negative += inBlock;
+// For each x what is carried from row to row, and the negative pivots so far.
+struct Counts {
+    const float* x;
+    float carried[pointsAtOnce];
+    int negative[pointsAtOnce] = {};
+};
+
+// pivot = add(i) + s, s = s / pivot * factor(i) - x. With `safe` a quotient of infinities has its limit 1.
+template <bool safe, class Add, class Factor>
+void count_rows(int first, int end, Counts& counts, const Add& add, const Factor& factor) {
+    float s[pointsAtOnce], x[pointsAtOnce];
+    int negative[pointsAtOnce];
+    for (int k = 0; k < pointsAtOnce; ++k) {
+        s[k] = counts.carried[k];
+        x[k] = counts.x[k];
+        negative[k] = counts.negative[k];
     }
-    return negative;
+    for (int i = first; i < end; ++i) {
+        const float term = add(i), scale = factor(i);
+        for (int k = 0; k < pointsAtOnce; ++k) {
+            const float pivot = term + s[k];
+            float q = s[k] / pivot;
+            if constexpr (safe)
+                q = q != q ? 1 : q;
+            s[k] = q * scale - x[k];
+            negative[k] += pivot < 0;
+        }
+    }
+    for (int k = 0; k < pointsAtOnce; ++k) {
+        counts.carried[k] = s[k];
+        counts.negative[k] = negative[k];
+    }
 }
 
-float quotient(float x, float y, bool safe) {
-    const float q = x / y;
-    return safe && q != q ? 1 : q;
+template <class Add, class Factor>
+void count_all(int rows, Counts& counts, const Add& add, const Factor& factor) {
+    for (int done = 0; done < rows; done += blockLength) {
+        const int end = std::min(rows, done + blockLength);
+        const Counts before = counts;
+        count_rows<false>(done, end, counts, add, factor);
+        if (std::any_of(counts.carried, counts.carried + pointsAtOnce, [](float s) { return s != s; })) {
+            counts = before;
+            count_rows<true>(done, end, counts, add, factor);
+        }
+    }
 }
 
 } // namespace
 
+void laneg(int n, const float* d, const float* lld, const float* x, int r, int* below) {
+    Counts down{x, {}}, up{x, {}};
+    for (int k = 0; k < pointsAtOnce; ++k) {
+        down.carried[k] = -x[k];
+        up.carried[k] = d[n - 1] - x[k];
+    }
+    count_all(
+        r, down, [=](int i) { return d[i]; }, [=](int i) { return lld[i]; });
+    count_all(
+        n - 1 - r, up, [=](int k) { return lld[n - 2 - k]; }, [=](int k) { return d[n - 2 - k]; });
+    for (int k = 0; k < pointsAtOnce; ++k)
+        below[k] = down.negative[k] + up.negative[k] + ((down.carried[k] + x[k]) + up.carried[k] < 0);
+}
+
 int laneg(int n, const float* d, const float* lld, float x, int r) {
-    float t = -x, p = d[n - 1] - x;
-    int negative = count_steps(r, t, [&](int i, float& s, bool safe) {
-        const float pivot = d[i] + s;
-        s = quotient(s, pivot, safe) * lld[i] - x;
-        return pivot < 0;
-    });
-    negative += count_steps(n - 1 - r, p, [&](int k, float& s, bool safe) {
-        const int i = n - 2 - k;
-        const float pivot = lld[i] + s;
-        s = quotient(s, pivot, safe) * d[i] - x;
-        return pivot < 0;
-    });
-    return negative + ((t + x) + p < 0);
+    float points[pointsAtOnce];
+    int below[pointsAtOnce];
+    std::fill_n(points, pointsAtOnce, x);
+    laneg(n, d, lld, points, r, below);
+    return below[0];
 }
 
 } // namespace qrv::lapack

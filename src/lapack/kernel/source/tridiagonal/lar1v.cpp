@@ -12,41 +12,70 @@ struct TwistWork {
     float *lPlus, *uMinus, *s, *p;
 };
 
-// From row 0 to row `end`; counts negative pivots before row `counted`. With `guarded` no pivot is 0.
-int eliminate_down(const Representation& x, float lambda, int end, int counted, bool guarded, float leastPivot,
-                   const TwistWork& t) {
-    int negative = 0;
-    float s = -lambda;
-    t.s[0] = 0;
-    for (int i = 0; i < end; ++i) {
+// Elimination from one end; with `guarded` no pivot is 0. Steps tell whether their pivot is negative.
+template <bool guarded>
+struct Down {
+    const Representation& x;
+    float lambda, leastPivot;
+    const TwistWork& t;
+    float s = -lambda; // t.s less lambda
+
+    bool step(int i) {
         float pivot = x.d[i] + s;
         if (guarded && std::fabs(pivot) < leastPivot)
             pivot = -leastPivot;
         t.lPlus[i] = x.ld[i] / pivot;
-        negative += i < counted && pivot < 0;
-        t.s[i + 1] = s * t.lPlus[i] * x.l[i];
+        float next = s * t.lPlus[i] * x.l[i];
         if (guarded && t.lPlus[i] == 0)
-            t.s[i + 1] = x.lld[i];
-        s = t.s[i + 1] - lambda;
+            next = x.lld[i];
+        t.s[i + 1] = next;
+        s = next - lambda;
+        return pivot < 0;
     }
-    return negative;
-}
+};
+template <bool guarded>
+struct Up {
+    const Representation& x;
+    float lambda, leastPivot;
+    const TwistWork& t;
+    float p = x.d[x.n - 1] - lambda;
 
-// From the last row to row `end`; counts negative pivots.
-int eliminate_up(const Representation& x, float lambda, int end, bool guarded, float leastPivot, const TwistWork& t) {
-    int negative = 0;
-    t.p[x.n - 1] = x.d[x.n - 1] - lambda;
-    for (int i = x.n - 2; i >= end; --i) {
-        float pivot = x.lld[i] + t.p[i + 1];
+    bool step(int i) {
+        float pivot = x.lld[i] + p;
         if (guarded && std::fabs(pivot) < leastPivot)
             pivot = -leastPivot;
         const float ratio = x.d[i] / pivot;
-        negative += pivot < 0;
         t.uMinus[i] = x.l[i] * ratio;
-        t.p[i] = t.p[i + 1] * ratio - lambda;
+        p = p * ratio - lambda;
         if (guarded && ratio == 0)
-            t.p[i] = x.d[i] - lambda;
+            p = x.d[i] - lambda;
+        t.p[i] = p;
+        return pivot < 0;
     }
+};
+
+// From the front to row `highest`, and from the back to row `lowest`; both together as far as both go, since neither
+// waits for the other. Counts the negative pivots before row `lowest` and behind it.
+template <bool guarded>
+int eliminate(const Representation& x, float lambda, int lowest, int highest, float leastPivot, const TwistWork& t) {
+    Down<guarded> down{x, lambda, leastPivot, t};
+    Up<guarded> up{x, lambda, leastPivot, t};
+    int negative = 0, i = 0, k = x.n - 2;
+    t.s[0] = 0;
+    t.p[x.n - 1] = up.p;
+    const auto step_down = [&] {
+        const bool isNegative = down.step(i);
+        negative += i < lowest && isNegative;
+        ++i;
+    };
+    while (i < highest && k >= lowest) {
+        step_down();
+        negative += up.step(k--);
+    }
+    while (i < highest)
+        step_down();
+    while (k >= lowest)
+        negative += up.step(k--);
     return negative;
 }
 
@@ -63,15 +92,11 @@ void lar1v(const Representation& x, float lambda, float leastPivot, float neglig
     const int n = x.n;
     const TwistWork t{work, work + n, work + 2 * std::ptrdiff_t{n}, work + 3 * std::ptrdiff_t{n}};
     const int lowest = result.r < 0 ? 0 : result.r, highest = result.r < 0 ? n - 1 : result.r;
-    int negative = eliminate_down(x, lambda, highest, lowest, false, leastPivot, t);
-    const bool guardedDown = t.s[highest] != t.s[highest];
-    if (guardedDown)
-        negative = eliminate_down(x, lambda, highest, lowest, true, leastPivot, t);
-    int negativeUp = eliminate_up(x, lambda, lowest, false, leastPivot, t);
-    const bool guardedUp = t.p[lowest] != t.p[lowest];
-    if (guardedUp)
-        negativeUp = eliminate_up(x, lambda, lowest, true, leastPivot, t);
-    result.below = negative + negativeUp + (t.s[lowest] + t.p[lowest] < 0);
+    int negative = eliminate<false>(x, lambda, lowest, highest, leastPivot, t);
+    const bool guarded = t.s[highest] != t.s[highest] || t.p[lowest] != t.p[lowest];
+    if (guarded)
+        negative = eliminate<true>(x, lambda, lowest, highest, leastPivot, t);
+    result.below = negative + (t.s[lowest] + t.p[lowest] < 0);
 
     int r = lowest;
     float least = gamma(t, r);
@@ -82,7 +107,6 @@ void lar1v(const Representation& x, float lambda, float leastPivot, float neglig
         }
 
     // From row r outward, as far as it matters.
-    const bool guarded = guardedDown || guardedUp;
     result.first = 0;
     result.last = n - 1;
     z[r] = 1;

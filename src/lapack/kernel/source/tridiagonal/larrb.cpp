@@ -1,16 +1,88 @@
-// SLARRB: intervals of eigenvalues of L D L' halved until they are narrow enough.
+// SLARRB: intervals of eigenvalues of L D L' cut until they are narrow enough.
+//
+// Counts for several points cost no more than one, so several intervals go together, each with its share of the points:
+// at first to move its ends outward as far as they must, then to cut it into as many parts.
 #include "lapack/kernel/source/tridiagonal/mrrr.hpp"
 
 namespace qrv::lapack {
 namespace {
 
-// Moves an end outward by more and more until it has passed, or the range of floats ends.
-template <class Passed>
-void move_out(float& end, float step, const Passed& passed) {
-    constexpr int doublings = 260; // from the smallest to the largest number
-    for (int i = 0; i < doublings && !passed(end); ++i, step *= 2)
-        end += step;
-}
+constexpr int intervalsAtOnce = pointsAtOnce / 2; // each needs a point for either end
+constexpr int mostDoublings = 260;                // from the smallest to the largest number
+
+struct Refinement {
+    int place, number; // among the values of this call, and among all of the matrix
+    float narrowOfGap; // half the width that is narrow enough for its gap
+    Interval range;
+    float stepDown, stepUp;
+    int rounds = 0, cuts = 0;
+    bool lowKnown = false, highKnown = false; // at least `number` - 1 values lie below, at least `number` do
+    bool changed = false;
+
+    bool cutting() const { return lowKnown && highKnown; }
+    bool narrow(float ofValue, float leastPivot) const {
+        const float half = std::fabs(range.high - range.low) / 2;
+        return half <= std::max(narrowOfGap, ofValue * range.size()) || half <= 2 * leastPivot;
+    }
+
+    void choose_points(int count, float* x) const {
+        if (cutting()) {
+            const float width = range.high - range.low;
+            for (int k = 0; k < count; ++k)
+                x[k] = range.low + width * (static_cast<float>(k + 1) / static_cast<float>(count + 1));
+            return;
+        }
+        float down = range.low, up = range.high, stepOfDown = stepDown, stepOfUp = stepUp;
+        for (int k = 0; k + 1 < count; k += 2) {
+            x[k] = down;
+            x[k + 1] = up;
+            down -= stepOfDown;
+            up += stepOfUp;
+            stepOfDown *= 2;
+            stepOfUp *= 2;
+        }
+        if (count % 2 != 0)
+            x[count - 1] = up;
+    }
+
+    // below[k]: values below x[k].
+    void learn(int count, const float* x, const int* below) {
+        ++rounds;
+        if (cutting())
+            return cut(count, x, below);
+        for (int k = 0; k + 1 < count && !cutting(); k += 2) {
+            move_end(lowKnown, below[k] < number, range.low, stepDown, x[k], -1);
+            move_end(highKnown, below[k + 1] >= number, range.high, stepUp, x[k + 1], 1);
+        }
+        if (rounds > mostDoublings)
+            lowKnown = highKnown = true;
+    }
+
+private:
+    void move_end(bool& known, bool passed, float& end, float& step, float x, float sign) {
+        if (known)
+            return;
+        known = passed;
+        changed = changed || end != x;
+        end = x;
+        if (!passed) {
+            end += sign * step;
+            step *= 2;
+            changed = true;
+        }
+    }
+    void cut(int count, const float* x, const int* below) {
+        changed = true;
+        ++cuts;
+        for (int k = 0; k < count; ++k) {
+            if (below[k] >= number) {
+                range.high = x[k];
+                return;
+            }
+            range.low = x[k];
+        }
+    }
+};
 
 } // namespace
 
@@ -19,29 +91,38 @@ void larrb(int n, const float* d, const float* lld, const Values& values, int fi
     const int steps = bisection_steps(diameter, leastPivot);
     const int r = twist >= 0 && twist < n ? twist : n - 1;
     const auto [w, werr, wgap, index] = values;
-    float gapLeft = wgap[first];
-    for (int i = first; i <= last; ++i) {
-        const int number = values.index[i];
-        const float gap = std::min(gapLeft, wgap[i]);
-        gapLeft = wgap[i];
-        Interval range{w[i] - werr[i], w[i] + werr[i]};
-        const float step = std::max(werr[i], leastPivot);
-        const auto count = [&](float x) { return laneg(n, d, lld, x, r); };
-        const float low = range.low, high = range.high;
-        move_out(range.low, -step, [&](float x) { return count(x) < number; });
-        move_out(range.high, step, [&](float x) { return count(x) >= number; });
-        bool changed = range.low != low || range.high != high;
-        for (int k = 0; k < steps; ++k) {
-            const float half = std::fabs(range.high - range.low) / 2;
-            if (half <= std::max(tolerance.ofGap * gap, tolerance.ofValue * range.size()) || half <= 2 * leastPivot)
-                break;
-            const float middle = range.middle();
-            (count(middle) < number ? range.low : range.high) = middle;
-            changed = true;
+    Refinement active[intervalsAtOnce];
+    int count = 0;
+    for (int next = first; next <= last || count > 0;) {
+        for (; count < intervalsAtOnce && next <= last; ++next) {
+            const float gap = std::min(wgap[next > first ? next - 1 : first], wgap[next]);
+            const float step = std::max(werr[next], leastPivot);
+            active[count++] = {.place = next,
+                               .number = index[next],
+                               .narrowOfGap = tolerance.ofGap * gap,
+                               .range = {w[next] - werr[next], w[next] + werr[next]},
+                               .stepDown = step,
+                               .stepUp = step};
         }
-        if (changed) {
-            w[i] = range.middle();
-            werr[i] = range.high - w[i];
+        const int share = pointsAtOnce / count;
+        float x[pointsAtOnce];
+        int below[pointsAtOnce];
+        for (int k = 0; k < pointsAtOnce; ++k)
+            x[k] = active[0].range.low;
+        for (int k = 0; k < count; ++k)
+            active[k].choose_points(share, x + k * share);
+        laneg(n, d, lld, x, r, below);
+        for (int k = 0; k < count; ++k)
+            active[k].learn(share, x + k * share, below + k * share);
+        for (int k = count - 1; k >= 0; --k) {
+            const Refinement& one = active[k];
+            if (!one.cutting() || (one.cuts < steps && !one.narrow(tolerance.ofValue, leastPivot)))
+                continue;
+            if (one.changed) {
+                w[one.place] = one.range.middle();
+                werr[one.place] = one.range.high - w[one.place];
+            }
+            active[k] = active[--count];
         }
     }
     for (int i = first + 1; i <= last; ++i)

@@ -35,15 +35,16 @@ struct Values {
     const int* index;
 };
 
-// The number of eigenvalues of L D L' below x, by a factorization twisted at row r, from 0 (SLANEG).
-int laneg(int n, const float* d, const float* lld, float x, int r);
+// The numbers of eigenvalues of L D L' below so many x, by a factorization twisted at row r, from 0 (SLANEG).
+constexpr int pointsAtOnce = 16; // whose quotients, four vectors of them, fill the time that one row waits for another
+void laneg(int n, const float* d, const float* lld, const float* x, int r, int* below);
 
 // How far refine_interval goes: to this part of the gap to the neighbours, or of the value.
 struct RefineTolerance {
     float ofGap, ofValue;
 };
 
-// Halves the intervals of values [first, last] of L D L' until they are narrow enough (SLARRB), and tells their gaps.
+// Cuts the intervals of values [first, last] of L D L' until they are narrow enough (SLARRB), and tells their gaps.
 void larrb(int n, const float* d, const float* lld, const Values& values, int first, int last,
            const RefineTolerance& tolerance, float leastPivot, float diameter, int twist);
 

@@ -10,26 +10,6 @@ namespace {
 
 constexpr float eps = machine::precision;
 
-// SLARRR: whether small relative changes of T change its eigenvalues by small relative amounts, as they do if it is
-// diagonally dominant after scaling.
-bool defines_relative_accuracy(int n, const float* d, const float* e) {
-    const float smallestRoot = std::sqrt(machine::smallNumber);
-    float before = 0, root = std::sqrt(std::fabs(d[0]));
-    if (!(root >= smallestRoot))
-        return false;
-    for (int i = 0; i < n - 1; ++i) {
-        const float next = std::sqrt(std::fabs(d[i + 1]));
-        if (!(next >= smallestRoot))
-            return false;
-        const float beside = std::fabs(e[i]) / (root * next);
-        if (!(before + beside < 0.999F))
-            return false;
-        before = beside;
-        root = next;
-    }
-    return true;
-}
-
 // SLARRJ: values of the first n rows of T refined to full relative accuracy, numbers from 1.
 void larrj(const Sturm& t, int m, const int* index, float* w, const float* werr, float tolerance, float diameter) {
     const int steps = bisection_steps(diameter, t.leastPivot);
@@ -156,7 +136,7 @@ StemrResult stemr(bool vectors, Wanted wanted, int n, float* d, float* e, float*
     x.iblock = ints.take(n);
     x.indexw = ints.take(n);
 
-    const bool relative = tryRelative && defines_relative_accuracy(n, d, e);
+    const bool relative = tryRelative && larrr(n, d, e);
     kernel::copy(n, {d}, Vector{original});
     for (int i = 0; i < n - 1; ++i)
         x.e2[i] = e[i] * e[i];
