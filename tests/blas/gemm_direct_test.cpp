@@ -43,16 +43,22 @@ TYPED_TEST(GemmDirect, Rule) {
                                 << static_cast<int>(form) << ta << tb << ' ' << m << ' ' << n << ' ' << k;
                 constexpr int most = std::numeric_limits<int>::max();
                 EXPECT_TRUE(goes(1, 1, 1) && goes(7, 7, 7));
-                EXPECT_FALSE(goes(1024, 1024, 1024) || goes(1024, 1024, 8) || goes(most, most, most));
+                EXPECT_FALSE(goes(1024, 1024, 1024) || goes(1025, 1024, 8) || goes(most, most, most));
+                // What has no tile in the packed path, however large: it would fall back on narrow vectors.
+                const bool wide = form != VectorForm::sse;
+                EXPECT_EQ(goes(3, 20000, 2300) && goes(20000, isComplex<T> ? 7 : 3, 2300) &&
+                              goes(20000, 20000, isComplex<T> ? 1 : 3),
+                          wide);
+                EXPECT_FALSE(goes(4, 20000, 2300000) || goes(20000, 33, 2300) || goes(20000, 20000, 4));
             }
     const auto last = [](VectorForm form, bool ta, int m, int n, int k) {
         return kernel::sse42::goes_direct<T>(form, ta, false, m, n, k) &&
                !kernel::sse42::goes_direct<T>(form, ta, false, m, n, k + 1);
     };
-    constexpr int sse = isComplex<T> ? 11 : 14, avx512 = isComplex<T> ? 128 : 256;
+    constexpr int sse = isComplex<T> ? 11 : 14, avx512 = isComplex<T> ? 128 : 512;
     EXPECT_TRUE(last(VectorForm::sse, false, sse, sse, sse));
     EXPECT_TRUE(last(VectorForm::avx2, true, isComplex<T> ? 128 : 64, 64, isComplex<T> ? 128 : 64));
-    EXPECT_TRUE(last(VectorForm::avx512, false, isComplex<T> ? 64 : avx512, avx512, avx512));
+    EXPECT_TRUE(last(VectorForm::avx512, false, isComplex<T> ? 64 : avx512, avx512, isComplex<T> ? avx512 : 256));
 }
 
 } // namespace

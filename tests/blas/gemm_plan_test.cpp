@@ -26,6 +26,10 @@ TEST(GemmBlocks, AreUnitsWithinTheirLimits) {
             const int kb = k_block(rule, size, kUnit), nb = column_block(rule, size, nUnit);
             EXPECT_TRUE(kb % kUnit == 0 && kb >= std::min(rule.kbLeast, rule.kbFull / 2) && kb <= rule.kbFull)
                 << size << ' ' << kb;
+            const int even = even_k_block(rule, size, kUnit), blocks = (size + rule.kbFull - 1) / rule.kbFull;
+            EXPECT_TRUE(even % kUnit == 0 && even <= rule.kbFull && (size + even - 1) / even <= blocks &&
+                        blocks * even < size + blocks * kUnit)
+                << size << ' ' << even;
             if (size > rule.kbFull && size < 2 * rule.kbFull) {
                 EXPECT_TRUE(2 * kb >= size - 1 && 2 * kb < size + 2 * kUnit) << size << ' ' << kb;
             }

@@ -33,11 +33,11 @@ constexpr DirectRange directRanges[] = {
      .lowByRows = 0x1p24,
      .fewColumns = 12,
      .narrow = 0x1p22},
-    {.plain = 0x1p24,
+    {.plain = 0x1p26,
      .transposed = 0x1p22,
      .fewRows = 32,
      .low = 0x1p27,
-     .lowByRows = 0x1p24,
+     .lowByRows = 0x1p26,
      .fewColumns = 32,
      .narrow = 0x1p26},
 };
@@ -64,15 +64,25 @@ constexpr DirectRange directRanges<SingleComplex>[] = {
 
 // A product of few steps spends its time in C, which the packed path walks more gently once it leaves the caches.
 constexpr int shallowDepth = 32;
-constexpr double shallowArea = 0x1p19;
+constexpr double shallowArea[] = {0x1p19, 0x1p19, 0x1p20}; // by form
+
+// Below these the packed path has no tile and falls back on 128 bits.
+constexpr int leastRows = 4;
+template <class T>
+constexpr int leastColumns = isComplex<T> ? 8 : 4;
+template <class T>
+constexpr int leastSteps = isComplex<T> ? 2 : 4;
+constexpr int mostDirectRows = 1 << 28; // which are counted in floats
 
 } // namespace
 
 template <class T>
 bool goes_direct(VectorForm form, bool transposedA, bool transposedB, int m, int n, int k) {
     const DirectRange& range = directRanges<T>[static_cast<int>(form)];
+    if (form != VectorForm::sse && m <= mostDirectRows && (m < leastRows || n < leastColumns<T> || k < leastSteps<T>))
+        return true;
     const double area = static_cast<double>(m) * n;
-    if (k < shallowDepth && area > shallowArea)
+    if (k < shallowDepth && area > shallowArea[static_cast<int>(form)])
         return false;
     const double work = area * k;
     return work <= (transposedA ? range.transposed : range.plain) ||
@@ -147,6 +157,16 @@ void multiply_vector(VectorForm form, QRV_GEMM_PARAMETERS(T)) {
                  *ldc);
 }
 
+// The row's blocks, but of even depth: a last block of few steps would cost wide vectors a pass over C for little.
+template <class T>
+void set_even_blocks(const int* m, const int* n, const int* k, GemmPlan<T>* plan) {
+    const bool decides = plan->kb == 0;
+    row<T>.setBlocks(m, n, k, plan);
+    const BlockRule& rule = isComplex<T> ? cgemmBlocksSse42 : sgemmBlocksSse42;
+    if (decides && *k > rule.kbFull)
+        plan->kb = even_k_block(rule, *k, plan->kUnit);
+}
+
 template <class T>
 void load_plan(VectorForm form, GemmPlan<T>* plan) {
     fill_plan(row<T>, plan);
@@ -156,7 +176,8 @@ void load_plan(VectorForm form, GemmPlan<T>* plan) {
     else if (form == VectorForm::avx2)
         sse42_avx2::use_form(plan);
 #endif
-    static_cast<void>(form);
+    if (form != VectorForm::sse)
+        plan->setBlocks = set_even_blocks<T>;
 }
 
 } // namespace

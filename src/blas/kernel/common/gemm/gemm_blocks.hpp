@@ -107,6 +107,17 @@ constexpr int k_block(const BlockRule& rule, int k, int kUnit) {
     return rule.kbFull;
 }
 
+// The depth of blocks that share out k evenly, as few as can be.
+//
+//   k      kbFull   blocks
+//   257    256      132 + 125
+//   513    256      172 + 172 + 169
+//   1024   256      4 x 256
+constexpr int even_k_block(const BlockRule& rule, int k, int kUnit) {
+    const int blocks = k / rule.kbFull + (k % rule.kbFull != 0);
+    return round_up(k / blocks + (k % blocks != 0), kUnit);
+}
+
 constexpr int row_block(const BlockRule& rule, const CacheTable& caches) {
     if (rule.cacheLevel == 0 || caches.count == 0)
         return rule.mbLarge;

@@ -280,12 +280,12 @@ QRV_INLINE void direct_rows(RowShare<Vector, T> share, int n, const DirectProduc
 
 template <class Vector, class T>
 QRV_INLINE void direct_straight(int m, int n, DirectProduct<T>& p, int k, const float* a, const float* b, float* c) {
-    for (int l = 0; l < k; l += directDepth, p.beta = scalar<T>(1)) {
+    for (int l = 0; l < k; l += p.k, p.beta = scalar<T>(1)) {
         p.k = smaller(k - l, directDepth);
         // Down the columns of C if the steps are few, as it is then C that the time goes into.
         const int columnsAtOnce = p.k <= directShallow ? DirectTiles<Vector, T>::columns : n;
-        for (int j = 0; j < n; j += columnsAtOnce) {
-            const int columns = smaller(columnsAtOnce, n - j);
+        for (int j = 0, columns; j < n; j += columns) {
+            columns = smaller(columnsAtOnce, n - j);
             for (int i = 0; i < m;) {
                 const RowShare<Vector, T> share(m - i);
                 direct_rows<Vector>(share, columns, p, a + i + l * p.aStep, b + l * p.bStep + j * p.bColumn,
@@ -306,7 +306,7 @@ template <class Vector, class T>
         const int depth = directBuffer / (share.vectors * Vector::lanes) / directUnit * directUnit;
         p.aStep = share.vectors * Vector::lanes;
         p.beta = beta;
-        for (int l = 0; l < k; l += depth) {
+        for (int l = 0; l < k; l += p.k) {
             p.k = smaller(k - l, depth);
             if (transposed)
                 transpose_tile<Vector, T>(share.rows, share.vectors, p.k, a + l * floatsIn<T> + i / floatsIn<T> * lda,
