@@ -1,7 +1,8 @@
 // The library at work on a photograph: blurs and sharpens it as products with banded Toeplitz matrices through the
 // provider's Sgemm, checks them in double precision, and writes the pictures. Then on matrices from practice: solves
 // linear systems with them by LU (Sgetrf, Sgetrs), Cholesky (Spotrf, Spotrs) and band LU (Sgbtrf, Sgbtrs), and tells
-// how good the solutions are; and draws spectra and modes of vibration (Ssyevr, Sgeev).
+// how good the solutions are; draws spectra and modes of vibration (Ssyevr, Sgeev); and approximates the photograph by
+// matrices of low rank (Sgesdd).
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
@@ -12,11 +13,14 @@
 #include <qrv/service.h>
 
 #include "eigenvalues.hpp"
-#include "picture.hpp"
+#include "low_rank.hpp"
+#include "support/picture.hpp"
 #include "systems.hpp"
 #include "toeplitz.hpp"
 
 namespace {
+
+using support::Picture, support::PictureError;
 
 constexpr double blurSigma = 4;    // pixels
 constexpr double sharpenSigma = 2; // pixels
@@ -25,7 +29,7 @@ constexpr double sharpenSigma = 2; // pixels
 double relative_error(const Picture& picture, const std::vector<double>& expected) {
     double difference = 0, largest = 0;
     for (std::size_t p = 0; p < expected.size(); ++p) {
-        difference = std::max(difference, std::abs(picture.pixels[p] - expected[p]));
+        difference = std::max(difference, std::abs(picture.values[p] - expected[p]));
         largest = std::max(largest, std::abs(expected[p]));
     }
     return difference / largest;
@@ -52,25 +56,25 @@ Picture show(const char* name, const Picture& original, const std::vector<float>
     if (!(error <= allowed))
         throw std::runtime_error(
             fmt::format("the {} picture is wrong: relative error {:.1e}, allowed {:.1e}", name, error, allowed));
-    write_png((folder / (std::string(name) + ".png")).string(), filtered.picture);
+    support::write_png((folder / (std::string(name) + ".png")).string(), filtered.picture);
     return filtered.picture;
 }
 
 void show_pictures(const std::string& image, const std::filesystem::path& folder) {
-    const Picture original = read_png(image);
+    const Picture original = support::read_png(image);
     std::error_code failure;
     std::filesystem::create_directories(folder, failure);
     if (failure)
         throw PictureError("cannot make the folder " + folder.string() + ": " + failure.message());
-    const float level = std::accumulate(original.pixels.begin(), original.pixels.end(), 0.0F) /
-                        static_cast<float>(original.pixels.size());
+    const float level = std::accumulate(original.values.begin(), original.values.end(), 0.0F) /
+                        static_cast<float>(original.values.size());
 
     fmt::print("{}: {} x {} pixels, filtered as G A G' with banded Toeplitz matrices through Sgemm\n", image,
                original.columns, original.rows);
     const Picture blurred = show("blurred", original, blur_taps(blurSigma), level, folder);
     const Picture sharpened = show("sharpened", original, sharpen_taps(sharpenSigma), level, folder);
     const std::filesystem::path together = folder / "original-blurred-sharpened.png";
-    write_png(together.string(), beside({original, blurred, sharpened}));
+    support::write_png(together.string(), support::beside({original, blurred, sharpened}));
     fmt::print("\nPictures: {}\n          {} (beside each other)\n\n", folder.string(), together.string());
 }
 
@@ -87,6 +91,7 @@ int main(int argc, char** argv) {
         show_pictures(image, folder);
         show_systems(data);
         show_eigenvalues(data, folder);
+        show_low_rank(image, folder);
         fmt::print("{}", configuration());
     } catch (const std::exception& error) {
         fmt::print(stderr, "qrv_demo: {}\n", error.what());

@@ -38,28 +38,28 @@ std::vector<float> sharpen_taps(double sigma) {
     return taps;
 }
 
-Filtered filter(Corvex::Mathematics::LinearAlgebra::Providers::SingleBlasLevel3& blas, const Picture& picture,
+Filtered filter(Corvex::Mathematics::LinearAlgebra::Providers::SingleBlasLevel3& blas, const support::Picture& picture,
                 const std::vector<float>& taps, float level) {
     using enum Corvex::Mathematics::LinearAlgebra::TransposeOperation;
     const int m = picture.rows, n = picture.columns;
     const std::vector<float> g = toeplitz(m, taps), h = toeplitz(n, taps);
-    std::vector<float> centred = picture.pixels;
+    std::vector<float> centred = picture.values;
     for (float& pixel : centred)
         pixel -= level;
     std::vector<float> columnsDone(centred.size());
     Filtered result{picture, 0, 2.0 * m * n * m + 2.0 * m * n * n};
 
     // Every pixel of the result starts at the level, so the second product adds to it (beta = 1).
-    for (float& pixel : result.picture.pixels)
+    for (float& pixel : result.picture.values)
         pixel = level;
     const support::Timer timer;
     blas.Sgemm(None, None, m, n, m, 1.0F, g, 0, m, centred, 0, m, 0.0F, columnsDone, 0, m);
-    blas.Sgemm(None, Transpose, m, n, n, 1.0F, columnsDone, 0, m, h, 0, n, 1.0F, result.picture.pixels, 0, m);
+    blas.Sgemm(None, Transpose, m, n, n, 1.0F, columnsDone, 0, m, h, 0, n, 1.0F, result.picture.values, 0, m);
     result.seconds = timer.seconds();
     return result;
 }
 
-std::vector<double> filter_oracle(const Picture& picture, const std::vector<float>& taps, float level) {
+std::vector<double> filter_oracle(const support::Picture& picture, const std::vector<float>& taps, float level) {
     const int m = picture.rows, n = picture.columns;
     const int reach = static_cast<int>(taps.size()) - 1;
     const auto at = [m](int i, int j) {
@@ -82,7 +82,7 @@ std::vector<double> filter_oracle(const Picture& picture, const std::vector<floa
         return out;
     };
     std::vector<double> centred;
-    for (const float pixel : picture.pixels)
+    for (const float pixel : picture.values)
         centred.push_back(static_cast<double>(pixel) - level);
     std::vector<double> result = pass(pass(centred, false), true);
     for (double& pixel : result)

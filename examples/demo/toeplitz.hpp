@@ -4,7 +4,7 @@
 #include <qrv/providers.hpp>
 #include <vector>
 
-#include "picture.hpp"
+#include "support/picture.hpp"
 
 // n x n symmetric banded Toeplitz matrix, column-major: element (i, j) is taps[|i - j|], 0 beyond the taps.
 std::vector<float> toeplitz(int n, const std::vector<float>& taps);
@@ -17,15 +17,15 @@ std::vector<float> blur_taps(double sigma);
 std::vector<float> sharpen_taps(double sigma);
 
 struct Filtered {
-    Picture picture;
+    support::Picture picture;
     double seconds = 0; // the two products together
     double flops = 0;
 };
 
 // G A G' with the taps' matrices for rows and columns, as two products through the provider. Pixels are taken about
 // `level`, so that the picture's surroundings count as that gray and not as black.
-Filtered filter(Corvex::Mathematics::LinearAlgebra::Providers::SingleBlasLevel3& blas, const Picture& picture,
+Filtered filter(Corvex::Mathematics::LinearAlgebra::Providers::SingleBlasLevel3& blas, const support::Picture& picture,
                 const std::vector<float>& taps, float level);
 
 // The same in double precision with plain loops.
-std::vector<double> filter_oracle(const Picture& picture, const std::vector<float>& taps, float level);
+std::vector<double> filter_oracle(const support::Picture& picture, const std::vector<float>& taps, float level);

@@ -6,6 +6,7 @@
 #include "qrv/linear_system.hpp"
 #include "support/child.hpp"
 #include "support/folder.hpp"
+#include "support/picture.hpp"
 
 namespace tools {
 namespace {
@@ -40,6 +41,8 @@ protected:
         write("short", "array real general\n2 2\n1\n2\n");
         write("tiny", "array real general\n1 1\n1e-30\n");
         write("huge", "array real general\n1 1\n1e30\n");
+        support::write_png(folder.file("gray.png"), of_rank_one(1));
+        support::write_planes(folder.file("color.png"), {of_rank_one(3), 3});
         files = folder.count();
     }
 
@@ -53,6 +56,16 @@ protected:
 
     Folder folder;
     std::ptrdiff_t files = 0;
+
+protected:
+    // Red, green and blue differ.
+    static support::Picture of_rank_one(int planes) {
+        support::Picture picture(20, 30 * planes);
+        for (int j = 0; j < picture.columns; ++j)
+            for (int i = 0; i < picture.rows; ++i)
+                picture(i, j) = static_cast<float>((i + 1) * ((j + j / 30) % 10 + 1));
+        return picture;
+    }
 
 private:
     // Elimination with row exchanges makes the last column 1.9 times as large in each step, until nothing of A is left.
@@ -132,6 +145,15 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
         {"eig right -o x", 2, "right is complex; the library has no complex nonsymmetric eigenvalue solver"},
         {"eig hermitian -o x", 2, "hermitian is complex; the library has no complex Hermitian eigenvalue solver"},
         {"eig beyond -o x", 1, "beyond: its eigenvalues are beyond the range"},
+        {"svd beyond -o x", 1, "beyond: its singular values are beyond the range"},
+        {"svd real --tolerance 2", 2, "--tolerance"},
+        {"svd real --left x --right ./x", 2, "./x would take two results"},
+        {"compress real --rank 1 -o x", 2, "cannot read the picture real"},
+        {"compress gray.png -o x", 2, "Exactly 1 option from [--rank,--error]"},
+        {"compress gray.png --rank 1 --error 0.5 -o x", 2, "Exactly 1 option from [--rank,--error]"},
+        {"compress gray.png --rank 21 -o x", 2, "gray.png has 20 singular values, fewer than 21"},
+        {"compress gray.png --rank 1 -o ./gray.png", 2, "./gray.png would take two results"},
+        {"compress gray.png --rank 1 -o none/x", 1, "cannot write the picture none/x"},
         {"solve real -o /dev/full", 1, "cannot write /dev/full: No space left"},
         {"solve short --picture none/x", 1, "cannot write none/x: No such file"}, // before anything is read
         {"solve short -o none/x", 1, "cannot write none/x: No such file"},
@@ -214,6 +236,17 @@ TEST_F(Program, ReportsAndWritesResults) {
         {"eig rotation -o values --left left --right right_vectors", "Right vectors     right_vectors"},
         {"eig indefinite -o real_values --right real_vectors --picture real.svg", "picture           real.svg"},
         {"eig rotation --picture plane.svg", "trace"},
+        {"svd indefinite", "2, from 3 to 1 "},
+        {"svd indefinite", "\n    3\n    1\n"},
+        {"svd indefinite", "condition         3:"},
+        {"svd indefinite --tolerance 0.5", "rank              1: values above 0.5"},
+        {"svd singular", "rank              1:"},
+        {"svd singular", "A is singular to working precision"},
+        {"svd wide --vectors", "1, from 2.23607 to 2.23607"},
+        {"svd right -o sizes --left u --right v --picture decay.svg", "orthogonality"},
+        {"compress gray.png --rank 1",
+         "51 instead of 600: 8.5 %\n  error             0.0000 of the picture; 0.00 levels"},
+        {"compress color.png --error 0.01 -o low.png", "rank              1 of 20"},
     };
     for (const auto& [command, says] : cases) {
         const ChildResult result = run(command);
@@ -221,7 +254,7 @@ TEST_F(Program, ReportsAndWritesResults) {
         EXPECT_EQ(result.err, "") << command;
         EXPECT_THAT(result.out, HasSubstr(says)) << command;
     }
-    EXPECT_EQ(folder.count(), files + 11);
+    EXPECT_EQ(folder.count(), files + 17);
     const std::string picture = content(folder.file("x.svg")); // the unit matrix: two columns, two parts each
     EXPECT_THAT(picture, StartsWith("<svg"));
     EXPECT_THAT(picture, HasSubstr("points='80.0,50.0 690.0,420.0 '"));
@@ -252,6 +285,15 @@ TEST_F(Program, ReportsAndWritesResults) {
     EXPECT_LT(product_with("rotation", true, "values", "left"), 1e-6);
     EXPECT_LT(product_with("indefinite", false, "real_values", "real_vectors"), 1e-6);
     EXPECT_TRUE(std::holds_alternative<Matrix<float>>(read_matrix_market(folder.file("real_vectors")).matrix));
+
+    Matrix<SingleComplex> scaled = read("u");
+    for (int k = 0; k < 2; ++k)
+        for (int i = 0; i < 2; ++i)
+            scaled(i, k) = narrow(wide(scaled(i, k)) * wide(read("sizes")(k, 0)));
+    EXPECT_LT(relative_difference(product(read("right"), read("v")), scaled), 1e-6);
+    EXPECT_THAT(content(folder.file("decay.svg")), HasSubstr("tolerance of the rank"));
+    EXPECT_EQ(support::read_png(folder.file("gray-rank1.png")).values, of_rank_one(1).values);
+    EXPECT_EQ(support::read_planes(folder.file("low.png")).all.values, of_rank_one(3).values);
 }
 
 } // namespace

@@ -18,6 +18,8 @@ void add_norm(CLI::App& program);
 void add_solve(CLI::App& program);
 void add_invert(CLI::App& program);
 void add_eig(CLI::App& program);
+void add_svd(CLI::App& program);
+void add_compress(CLI::App& program);
 void add_bench(CLI::App& program);
 
 // A validator of options: an unset shell variable must not count as an option that is not given.
