@@ -38,6 +38,9 @@ SweepRoute sweep_route(int across, int team, int block, const Threads& threads) 
     return alone ? SweepRoute::oneByOne : SweepRoute::skewed;
 }
 
+// By the tuning values, for so many threads.
+SweepRoute tuned_sweep_route(Side side, int across, int threads);
+
 struct Sweeps {
     Side side;
     Direct direct;

@@ -179,15 +179,16 @@ void apply_sweeps(const Sweeps& q, SweepRoute route, int threads, float* work) {
 namespace {
 
 void choose_and_apply(const Sweeps& q, float* work, int threads) {
-    if (q.planes() < 1 || q.count < 1 || q.across() < 1)
-        return;
-    const char* const name = q.left() ? "SBDSQR" : "SSTEQR";
-    apply_sweeps(
-        q, sweep_route(q.across(), tuning::crossover(name, 1), tuning::crossover(name, 3), [&] { return threads; }),
-        threads, work);
+    if (q.planes() >= 1 && q.count >= 1 && q.across() >= 1)
+        apply_sweeps(q, tuned_sweep_route(q.side, q.across(), threads), threads, work);
 }
 
 } // namespace
+
+SweepRoute tuned_sweep_route(Side side, int across, int threads) {
+    const char* const name = side == Side::left ? "SBDSQR" : "SSTEQR";
+    return sweep_route(across, tuning::crossover(name, 1), tuning::crossover(name, 3), [&] { return threads; });
+}
 
 void lasr3(Side side, Direct direct, int m, int n, int sequences, Matrix<const float> cs, Matrix<float> a,
            float* work) {

@@ -12,6 +12,7 @@
 #include "blas/calls.hpp"
 #include "lapack/calls/rotations.hpp"
 #include "lapack/calls/svd.hpp"
+#include "lapack/kernel/source/rotations/lartg.hpp"
 #include "lapack/kernel/source/svd/kept_sweeps.hpp"
 #include "lapack/kernel/source/svd/ordered_values.hpp"
 #include "service/machine_constants.hpp"
@@ -189,10 +190,10 @@ private:
         const int n = q.length();
         Rotation columns{1, 0, 0}, rows{1, 0, 0};
         for (int i = 0; i < n; ++i) {
-            columns = lartg(q.D(i) * columns.c, q.E(i));
+            columns = rotation_onto_first(q.D(i) * columns.c, q.E(i));
             if (i > 0)
                 q.E(i - 1) = rows.s * columns.r;
-            rows = lartg(rows.c * columns.r, q.D(i + 1) * columns.s);
+            rows = rotation_onto_first(rows.c * columns.r, q.D(i + 1) * columns.s);
             q.D(i) = rows.r;
             keep(q, i, columns, rows);
         }
@@ -204,14 +205,14 @@ private:
         const int n = q.length();
         float f = (std::fabs(q.D(0)) - shift) * (std::copysign(1.0F, q.D(0)) + shift / q.D(0)), g = q.E(0);
         for (int i = 0; i < n; ++i) {
-            const Rotation columns = lartg(f, g);
+            const Rotation columns = rotation_onto_first(f, g);
             if (i > 0)
                 q.E(i - 1) = columns.r;
             f = columns.c * q.D(i) + columns.s * q.E(i);
             q.E(i) = columns.c * q.E(i) - columns.s * q.D(i);
             g = columns.s * q.D(i + 1);
             q.D(i + 1) *= columns.c;
-            const Rotation rows = lartg(f, g);
+            const Rotation rows = rotation_onto_first(f, g);
             q.D(i) = rows.r;
             f = rows.c * q.E(i) + rows.s * q.D(i + 1);
             q.D(i + 1) = rows.c * q.D(i + 1) - rows.s * q.E(i);
@@ -249,7 +250,7 @@ bool all_finite(int n, const float* d, const float* e) {
 
 void rotate_to_other_triangle(int n, float* d, float* e, float* c, float* s) {
     for (int i = 0; i + 1 < n; ++i) {
-        const Rotation turn = lartg(d[i], e[i]);
+        const Rotation turn = rotation_onto_first(d[i], e[i]);
         d[i] = turn.r;
         e[i] = turn.s * d[i + 1];
         d[i + 1] *= turn.c;

@@ -6,6 +6,7 @@
 #include "blas/calls.hpp"
 #include "lapack/calls/rotations.hpp"
 #include "lapack/calls/svd.hpp"
+#include "lapack/kernel/source/rotations/lasr3.hpp"
 #include "qrv/service.h"
 #include "service/tuning.hpp"
 #include "service/work_pool.hpp"
@@ -18,10 +19,14 @@ namespace qrv::lapack {
 // without vectors nothing is kept.
 class KeptSweeps {
 public:
-    KeptSweeps(int n, const BidiagonalVectors& vectors, float* work)
-        : n_(n), vectors_(vectors), most_(tuning::block_size("SBDSQR", n, qrv_serv_get_max_threads())) {
+    KeptSweeps(int n, const BidiagonalVectors& vectors, float* work) : n_(n), vectors_(vectors) {
         if (!vectors.any())
             return;
+        threads_ = qrv_serv_get_max_threads();
+        most_ = tuning::block_size("SBDSQR", n, threads_);
+        routes_ = {tuned_sweep_route(Side::left, vectors.ncvt, threads_),
+                   tuned_sweep_route(Side::right, vectors.nru, threads_),
+                   tuned_sweep_route(Side::left, vectors.ncc, threads_)};
         const auto k = static_cast<std::size_t>(most_), rows = static_cast<std::size_t>(n),
                    across = static_cast<std::size_t>(std::max({vectors.ncvt, vectors.nru, vectors.ncc}));
         buffer_ = static_cast<float*>(qrv_serv_allocate(k * (across + 4 * (rows + k)) * sizeof(float), 128));
@@ -66,27 +71,30 @@ public:
         if (count_ == 0)
             return;
         const int lines = last_ - first_ + 1;
-        apply_to(Side::left, lines, vectors_.ncvt, right_, vectors_.vt);
-        apply_to(Side::right, vectors_.nru, lines, left_, vectors_.u);
-        apply_to(Side::left, lines, vectors_.ncc, left_, vectors_.c);
+        apply_to(Side::left, routes_.vt, lines, vectors_.ncvt, right_, vectors_.vt);
+        apply_to(Side::right, routes_.u, vectors_.nru, lines, left_, vectors_.u);
+        apply_to(Side::left, routes_.c, lines, vectors_.ncc, left_, vectors_.c);
         count_ = 0;
     }
 
 private:
-    void apply_to(Side side, int m, int n, Matrix<float> table, Matrix<float> whole) const {
+    void apply_to(Side side, SweepRoute route, int m, int n, Matrix<float> table, Matrix<float> whole) const {
         if (m == 0 || n == 0)
             return;
         const Matrix<float> a = side == Side::left ? whole.block(first_, 0) : whole.block(0, first_);
         const Matrix<float> rotations = table.block(first_, 0);
         if (buffer_)
-            lasr3(side, direct_, m, n, count_, rotations, a, rest_);
+            apply_sweeps({side, direct_, m, n, count_, rotations, a}, route, threads_, rest_);
         else
             kernel::lasr(side, Pivot::variable, direct_, m, n, rotations.column(0), rotations.column(1), a);
     }
 
     int n_;
     BidiagonalVectors vectors_;
-    int most_, count_ = 0;
+    struct {
+        SweepRoute vt, u, c;
+    } routes_{};
+    int threads_ = 1, most_ = 1, count_ = 0;
     float *buffer_ = nullptr, *rest_ = nullptr;
     Matrix<float> right_{nullptr, 1}, left_{nullptr, 1};
     Direct direct_ = Direct::forward;
