@@ -312,6 +312,74 @@ TEST(BidiagonalSvd, RootsOfTheSecularEquation) {
             }
 }
 
+// The published steps of a merge are those of the merge, whose scaling does nothing here.
+TEST(BidiagonalSvd, MergesAreTheirSteps) {
+    const int nl = 5, nr = 4, n = nl + nr + 1;
+    const float alpha = 1, beta = 0.5F;
+    for (const int sqre : {0, 1}) {
+        const int m = n + sqre;
+        std::mt19937 random(9);
+        Operand<float> u = identity(n), vt = identity(m), u2(n, n, n + 1), vt2(m, m, m + 2), q(n, n, n + 3);
+        const auto count = [](int size) { return static_cast<std::size_t>(size); };
+        std::vector<float> d(count(n)), e(d), z(count(m)), dsigma(d), work(count(3 * m * m + 2 * m));
+        std::vector<int> idxq(count(n)), ints(count(4 * n));
+        for (int i = 0; i < n; ++i) {
+            d[std::size_t(i)] = std::abs(any_size_one<float>(random)) / 2;
+            e[std::size_t(i)] = 0.3F;
+            idxq[std::size_t(i)] = i < nl ? i + 1 : i - nl;
+        }
+        lapack::lasdq(Uplo::upper, true, nl, d.data(), e.data(), {nl + 1, nl, 0, vt.view(), u.view()}, work.data());
+        lapack::lasdq(Uplo::upper, sqre == 1, nr, &d[nl + 1], &e[nl + 1],
+                      {nr + sqre, nr, 0, vt.view().block(nl + 1, nl + 1), u.view().block(nl + 1, nl + 1)}, work.data());
+        Operand<float> wholeU(u), wholeVt(vt);
+        std::vector<float> whole(d);
+        std::vector<int> order(idxq);
+        int info = -1, k = -1;
+        SLASD1(&nl, &nr, &sqre, whole.data(), &alpha, &beta, wholeU.data(), &u.ld(), wholeVt.data(), &vt.ld(),
+               order.data(), ints.data(), work.data(), &info);
+        EXPECT_EQ(info, 0);
+        int *const idxp = ints.data(), *const idx = idxp + n, *const idxc = idx + n, *const types = idxc + n;
+        SLASD2(&nl, &nr, &sqre, &k, d.data(), z.data(), &alpha, &beta, u.data(), &u.ld(), vt.data(), &vt.ld(),
+               dsigma.data(), u2.data(), &u2.ld(), vt2.data(), &vt2.ld(), idxp, idx, idxc, idxq.data(), types, &info);
+        EXPECT_EQ(info, 0);
+        EXPECT_EQ(types[0] + types[1] + types[2] + types[3], n - 1);
+        SLASD3(&nl, &nr, &sqre, &k, d.data(), q.data(), &q.ld(), dsigma.data(), u.data(), &u.ld(), u2.data(), &u2.ld(),
+               vt.data(), &vt.ld(), vt2.data(), &vt2.ld(), idxc, types, z.data(), &info);
+        EXPECT_EQ(info, 0);
+        EXPECT_LE(largest_difference(d, whole), 1e-6);
+        const auto near = [](const Operand<float>& x) {
+            return [&](int i, int j, float y) { return std::abs(x(i, j) - y) <= 1e-5F; };
+        };
+        EXPECT_EQ(u.count_bad(near(wholeU)) + vt.count_bad(near(wholeVt)), 0);
+        EXPECT_TRUE(u2.guards_intact() && vt2.guards_intact() && q.guards_intact());
+    }
+}
+
+TEST(BidiagonalSvd, RootOfThreePoles) {
+    const float z[] = {0.3F, 0.2F, 0.5F};
+    const int kniter = 2;
+    for (const int last : {0, 1})
+        for (const float rho : {-2.0F, -0.1F, 0.0F, 0.3F, 5.0F})
+            for (const float gap : {1e-4F, 0.1F, 0.9F}) { // of 0 from the pole below it
+                const float d[] = {(last ? -2 : -1) * (last ? 1 : gap), last ? -gap : 1 - gap, last ? 1 - gap : 2.0F};
+                float atZero = rho, tau = nan;
+                for (int j = 0; j < 3; ++j)
+                    atZero += z[j] / d[j];
+                int info = -1;
+                SLAED6(&kniter, &last, &rho, d, z, &atZero, &tau, &info);
+                EXPECT_EQ(info, 0);
+                EXPECT_TRUE(tau > d[last] && tau < d[last + 1]);
+                double value = rho, slope = 0;
+                for (int j = 0; j < 3; ++j) {
+                    value += z[j] / (d[j] - double{tau});
+                    slope += z[j] / ((d[j] - double{tau}) * (d[j] - double{tau}));
+                }
+                // finit is rounded as a sum of large terms, tau as a float
+                EXPECT_LE(std::abs(value), slope * 4e-7 + 1e-6 * (1 + z[last] / gap))
+                    << last << ' ' << rho << ' ' << gap;
+            }
+}
+
 TEST(BidiagonalSvd, TreesCoverAllRows) {
     for (int n = 4; n < 300; n += n < 60 ? 1 : 13)
         for (const int leaf : {3, 25}) {

@@ -21,7 +21,17 @@ QRV_API void SBDSQR(const char* uplo, const int* n, const int* ncvt, const int* 
                     float* vt, const int* ldvt, float* u, const int* ldu, float* c, const int* ldc, float* work,
                     int* info);
 
-/* The same for a matrix that has a column more (upper) or a row more (lower) if sqre is 1, and then n elements e; the
+/* The same by divide and conquer.
+ *
+ * compq   'I': vectors, u and vt are n x n; 'N': values only. The compact form 'P' is not there, and reported as bad.
+ * q, iq   not touched
+ * work    3*n*n + 4*n ('I'), 4*n; iwork: 8*n
+ *
+ * info > 0: it did not converge. */
+QRV_API void SBDSDC(const char* uplo, const char* compq, const int* n, float* d, float* e, float* u, const int* ldu,
+                    float* vt, const int* ldvt, float* q, int* iq, float* work, int* iwork, int* info);
+
+/* SBDSQR for a matrix that has a column more (upper) or a row more (lower) if sqre is 1, and then n elements e; the
  * values are in ascending order. VT has n + 1 rows for a column more, U n + 1 columns and C n + 1 rows for a row more.
  */
 QRV_API void SLASDQ(const char* uplo, const int* sqre, const int* n, const int* ncvt, const int* nru, const int* ncc,
@@ -53,6 +63,34 @@ QRV_API void SLASD1(const int* nl, const int* nr, const int* sqre, float* d, con
 QRV_API void SLASD4(const int* n, const int* i, const float* d, const float* z, float* delta, const float* rho,
                     float* sigma, float* work, int* info);
 
+/* The same for n = 2, to which dsigma becomes. */
+QRV_API void SLASD5(const int* i, const float* d, const float* z, float* delta, const float* rho, float* dsigma,
+                    float* work);
+
+/* The root tau that is nearest to 0 of rho + sum of z(j) / (d(j) - tau), j = 1, 2, 3, d ascending: between d(2) and
+ * d(3) if orgati, else between d(1) and d(2), 0 being there too. finit is the value at 0; kniter is not looked at.
+ * info = 1: it was not found. */
+QRV_API void SLAED6(const int* kniter, const int* orgati, const float* rho, const float* d, const float* z,
+                    const float* finit, float* tau, int* info);
+
+/* The two steps of SLASD1, whose d, alpha and beta are scaled to size 1 before. SLASD2 finds the k values that are to
+ * be merged: dsigma, z, and in u2 and vt2 their vectors, by idxc, in groups of coltyp(1), (2) and (3) values whose
+ * left vectors reach rows of the left part, of both, and of the right part. The others are in d(k+1) to d(n), their
+ * vectors in u and vt. SLASD3 finds the values and their vectors, with coltyp for ctot; z and dsigma are lost.
+ *
+ * idxp, idx, idxc, idxq, coltyp   n; idxq as for SLASD1, before
+ * z, dsigma                       m and n
+ * u2, vt2, q                      n x n, m x m, k x k
+ *
+ * info = 1: a root was not found. */
+QRV_API void SLASD2(const int* nl, const int* nr, const int* sqre, int* k, float* d, float* z, const float* alpha,
+                    const float* beta, float* u, const int* ldu, float* vt, const int* ldvt, float* dsigma, float* u2,
+                    const int* ldu2, float* vt2, const int* ldvt2, int* idxp, int* idx, int* idxc, int* idxq,
+                    int* coltyp, int* info);
+QRV_API void SLASD3(const int* nl, const int* nr, const int* sqre, const int* k, float* d, float* q, const int* ldq,
+                    float* dsigma, float* u, const int* ldu, float* u2, const int* ldu2, float* vt, const int* ldvt,
+                    float* vt2, const int* ldvt2, int* idxc, int* ctot, float* z, int* info);
+
 /* The tree of subproblems of divide and conquer on n rows: of its nd nodes on lvl levels node p has the children 2p and
  * 2p + 1; inode is the row that it takes out, with ndiml rows of the problem before it and ndimr behind. No problem at
  * the end of the tree has more than msub rows. */
@@ -80,6 +118,9 @@ QRV_API void SGESDD(const char* jobz, const int* m, const int* n, float* a, cons
 QRV_API void CGESDD(const char* jobz, const int* m, const int* n, qrv_complex* a, const int* lda, float* s,
                     qrv_complex* u, const int* ldu, qrv_complex* vt, const int* ldvt, qrv_complex* work,
                     const int* lwork, float* rwork, int* iwork, int* info);
+
+/* x := conj(x), n elements incx apart. */
+QRV_API void CLACGV(const int* n, qrv_complex* x, const int* incx);
 
 /* Products of a complex matrix and a real one: C := A B, A of m x n and B of n x n, and A of m x m and B of m x n.
  * rwork: 2*m*n. */

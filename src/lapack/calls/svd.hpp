@@ -6,6 +6,7 @@
 #include "blas/complex.hpp"
 #include "blas/options.hpp"
 #include "lapack/calls/norms.hpp"
+#include "lapack/elements.hpp"
 
 namespace qrv::lapack {
 
@@ -57,6 +58,25 @@ void lamrg(int n1, int n2, const float* a, int step1, int step2, int* index);
 // delta(j) becomes d(j) - sigma and sum(j) d(j) + sigma, each with high relative accuracy; both are 1 if n = 1. Result:
 // 0, or 1 if there is no root.
 int lasd4(int n, int i, const float* d, const float* z, float* delta, float rho, float* sigma, float* sum);
+
+// The same for n = 2.
+void lasd5(int i, const float* d, const float* z, float* delta, float rho, float* sigma, float* sum);
+
+// The root tau that is nearest to 0 of rho + sum of z(j) / (d(j) - tau), j = 1, 2, 3, d ascending: between the first
+// two poles or the last two, 0 being there too; `atZero` is the value at 0. Result: 0, or 1 if it was not found.
+int laed6(bool betweenLast, float rho, const float* d, const float* z, float atZero, float* tau);
+
+// The two steps of the merge below, for callers that keep its arrays; lasd1 has them in one.
+constexpr std::int64_t rows_of_merge(int nl, int nr, int sqre) {
+    return std::int64_t{nl} + nr + 1 + sqre;
+}
+struct MergeOrders {
+    int *idxp, *idx, *idxc, *idxq, *coltyp;
+};
+void lasd2(int nl, int nr, bool longer, int* k, float* d, float* z, float alpha, float beta, Matrix<float> u,
+           Matrix<float> vt, float* dsigma, Matrix<float> u2, Matrix<float> vt2, const MergeOrders& orders);
+int lasd3(int nl, int nr, bool longer, int k, float* d, Matrix<float> q, float* dsigma, Matrix<float> u,
+          Matrix<float> u2, Matrix<float> vt, Matrix<float> vt2, int* idxc, const int* ctot, float* z);
 
 // Singular values, ascending in the order of idxq, of a matrix
 //
@@ -117,8 +137,8 @@ template <class T>
 int gesdd(SvdJob job, int m, int n, Matrix<T> a, float* s, Matrix<T> u, Matrix<T> vt, T* work, int lwork, float* rwork,
           int* iwork);
 
-// A work size as a float that is not below it, by the steps of the routines that tell theirs so; work_size takes the
-// next float.
+// A work size as a float that is not below it, by the steps of SGESDD and CGESDD; all other routines store work_size,
+// the next float.
 float roundup_work(std::int64_t size);
 
 } // namespace qrv::lapack

@@ -5,6 +5,7 @@
 // equation, and their vectors are products with the old ones (lasd3.cpp).
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 #include "lapack/calls/norms.hpp"
 #include "lapack/calls/svd.hpp"
@@ -22,7 +23,11 @@ int lasd1(int nl, int nr, bool longer, float* d, float alpha, float beta, Matrix
     if (norm == 0)
         norm = 1;
     lascl({}, norm, 1, n, 1, Matrix<float>{d, n});
-    Merge merge(nl, nr, longer, u, vt, iwork, work);
+    const int m = n + longer;
+    float *const u2 = work + std::ptrdiff_t{2} * m, *const vt2 = u2 + std::ptrdiff_t{n} * n,
+                 *const q = vt2 + std::ptrdiff_t{m} * m;
+    Merge merge{nl,   nr,       n,       m,        u,     vt, iwork, iwork + n, iwork + std::ptrdiff_t{2} * n,
+                work, work + m, {u2, n}, {vt2, m}, {q, n}};
     merge.deflate(d, alpha / norm, beta / norm, idxq);
     if (!merge.solve(d))
         return 1;

@@ -5,6 +5,7 @@
 
 #include "blas/calls.hpp"
 #include "lapack/calls/norms.hpp"
+#include "lapack/calls/svd.hpp"
 #include "lapack/kernel/source/svd/merge.hpp"
 #include "service/machine_constants.hpp"
 
@@ -92,7 +93,7 @@ void Merge::arrange(float* d) {
             order[--behind] = all[k];
         else
             order[kept++] = all[k];
-    float* const byValue = q.data;
+    float* const byValue = u2.data; // which is made below
     std::copy(z, z + n, byValue);
     for (int k = 0; k < n; ++k) {
         z[k] = byValue[order[k]];
@@ -116,6 +117,19 @@ void Merge::arrange(float* d) {
     }
     lacpy<float>(Part::whole, n, n - kept, u2.block(0, kept), u.block(0, kept));
     lacpy<float>(Part::whole, n - kept, m, vt2.block(kept, 0), vt.block(kept, 0));
+}
+
+// The kinds in IDX, the order in IDXP. A group in IDXC is counted from 1.
+void lasd2(int nl, int nr, bool longer, int* k, float* d, float* z, float alpha, float beta, Matrix<float> u,
+           Matrix<float> vt, float* dsigma, Matrix<float> u2, Matrix<float> vt2, const MergeOrders& orders) {
+    const int n = nl + nr + 1;
+    Merge merge{nl, nr, n, n + longer, u, vt, orders.idxp, orders.idx, orders.idxc, z, dsigma, u2, vt2, {nullptr, 1}};
+    merge.deflate(d, alpha, beta, orders.idxq);
+    *k = merge.kept;
+    for (int j = 0; j < merge.kept; ++j)
+        ++orders.idxc[j];
+    std::copy_n(merge.count, 3, orders.coltyp);
+    orders.coltyp[3] = n - merge.kept;
 }
 
 } // namespace qrv::lapack

@@ -78,6 +78,19 @@ void Merge::form_left_vectors() {
                q.block(both, 0), 0.0F, u.block(nl1, 0));
 }
 
+int lasd3(int nl, int nr, bool longer, int k, float* d, Matrix<float> q, float* dsigma, Matrix<float> u,
+          Matrix<float> u2, Matrix<float> vt, Matrix<float> vt2, int* idxc, const int* ctot, float* z) {
+    const int n = nl + nr + 1;
+    Merge merge{nl, nr, n, n + longer, u, vt, nullptr, nullptr, idxc, z, dsigma, u2, vt2, q, k};
+    std::copy_n(ctot, 3, merge.count);
+    for (int j = 0; j < k; ++j)
+        --idxc[j];
+    const bool solved = merge.solve(d);
+    for (int j = 0; j < k; ++j)
+        ++idxc[j];
+    return solved ? 0 : 1;
+}
+
 void Merge::form_right_vectors() {
     for (int j = 0; j < kept; ++j) {
         const float* const right = vt.column(j);

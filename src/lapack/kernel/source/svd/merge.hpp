@@ -23,12 +23,6 @@ struct Merge {
     int kept = 0;             // values of the secular equation
     int count[3] = {};        // of them by kind, beside value 0
 
-    Merge(int left, int right, bool longer, Matrix<float> uMatrix, Matrix<float> vtMatrix, int* iwork, float* work)
-        : nl(left), nr(right), n(left + right + 1), m(n + longer), u(uMatrix), vt(vtMatrix), order(iwork),
-          kind(iwork + n), group(iwork + std::ptrdiff_t{2} * n), z(work),
-          dsigma(work + m), u2{work + std::ptrdiff_t{2} * m, n}, vt2{u2.data + std::ptrdiff_t{n} * n, m},
-          q{vt2.data + std::ptrdiff_t{m} * m, n} {}
-
     void deflate(float* d, float alpha, float beta, const int* idxq); // d: then the deflated values behind the others
     bool solve(float* d);
 
