@@ -124,10 +124,11 @@ TEST(Band, Routes) {
         bool wide;
         int team, nb;
     };
-    for (const Row& row : {Row{32, 65, 2, 32, true, 2, 32},
+    for (const Row& row : {Row{32, 65, 2, 32, true, 1, 32},
                            {31, 65, 2, 32, true, 1, 1},
                            {100, 100, 0, 32, false, 1, 32},
-                           {200, 200, 4, 128, false, 4, 32},
+                           {150, 150, 4, 128, false, 4, 32},
+                           {149, 200, 4, 32, false, 1, 32},
                            {64, 64, 2, 1, false, 1, 1},
                            {64, 64, 2, 1, true, 1, 16},
                            {32, 31, 2, 1, true, 1, 1},

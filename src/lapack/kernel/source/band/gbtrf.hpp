@@ -16,8 +16,8 @@ namespace qrv::lapack {
 
 // Both take the dense view of the band. Result: info.
 int gbtrf_unblocked(const BandShape& shape, Matrix<float> a, int* ipiv);
-// In blocks of nb <= kl columns, nb <= gbtrfWidest; products and solves on `threads` threads. `stage` is told to the
-// progress routine after each panel; if that asks to stop, info is what it is then.
+// In blocks of nb <= kl columns, nb <= gbtrfWidest; on one thread, or products and solves on `threads`. `stage` is told
+// to the progress routine after each panel; if that asks to stop, info is what it is then.
 constexpr int gbtrfWidest = 32; // as two squares of them lie on the stack
 int gbtrf_blocked(int threads, int nb, const char* stage, const BandShape& shape, Matrix<float> a, int* ipiv);
 

@@ -15,8 +15,8 @@
 // panel's interchanges are undone in the columns left of each pivot, from the last to the first, since the multipliers
 // have to stay where they were computed.
 //
-// Columns are shared out in the solves and the loops; the products between them decide on threads for themselves. Every
-// column is written by one thread.
+// On a team columns are shared out in the solves and the loops; the products between them decide on threads for
+// themselves. Every column is written by one thread.
 #include <algorithm>
 #include <cstring>
 #include <omp.h>
@@ -67,8 +67,8 @@ void for_each_column(int threads, int count, const Job& job) {
 void solve_shared(const BlockedBand& x, const Block& b, int count, Matrix<float> right) {
     const auto solve = [&](Slice columns) {
         if (columns.count > 0)
-            blas::trsm(Side::left, Uplo::lower, Op::none, Diag::unit, b.jb, columns.count, 1, x.a.block(b.j, b.j),
-                       right.block(0, columns.first));
+            kernel::trsm(Side::left, Uplo::lower, Op::none, Diag::unit, b.jb, columns.count, 1, x.a.block(b.j, b.j),
+                         right.block(0, columns.first));
     };
     if (x.threads == 1)
         return solve({0, count});
@@ -135,11 +135,18 @@ void undo_interchanges(const BlockedBand& x, const Block& b) {
 
 // Products of the panel with `count` columns whose rows of U are given: for rows i2 and i3 from column `column` on.
 void subtract_products(const BlockedBand& x, const Block& b, int count, Matrix<float> u, int column) {
-    const int rows2 = b.j + b.jb, rows3 = b.j + x.shape.kl;
-    if (b.i2 > 0)
-        blas::gemm(Op::none, Op::none, b.i2, count, b.jb, -1, x.a.block(rows2, b.j), u, 1, x.a.block(rows2, column));
-    if (b.i3 > 0)
-        blas::gemm(Op::none, Op::none, b.i3, count, b.jb, -1, x.w31, u, 1, x.a.block(rows3, column));
+    const auto subtract = [&](int rows, int row, Matrix<const float> multipliers) {
+        if (rows <= 0)
+            return;
+        const Matrix<float> target = x.a.block(row, column);
+        if (x.threads == 1)
+            kernel::gemm(Op::none, Op::none, rows, count, b.jb, -1, multipliers, u, 1, target);
+        else
+            blas::gemm(Op::none, Op::none, rows, count, b.jb, -1, multipliers, u, 1, target);
+    };
+    const int row2 = b.j + b.jb, row3 = b.j + x.shape.kl;
+    subtract(b.i2, row2, x.a.block(row2, b.j));
+    subtract(b.i3, row3, x.w31);
 }
 
 // Interchanges in the columns of A13, A23 and A33, each from its first row on.
