@@ -1,8 +1,8 @@
 // The library at work on a photograph: blurs and sharpens it as products with banded Toeplitz matrices through the
-// provider's Sgemm, checks them in double precision, and writes the pictures. Then on matrices from practice: solves
-// linear systems with them by LU (Sgetrf, Sgetrs), Cholesky (Spotrf, Spotrs) and band LU (Sgbtrf, Sgbtrs), and tells
-// how good the solutions are; draws spectra and modes of vibration (Ssyevr, Sgeev); and approximates the photograph by
-// matrices of low rank (Sgesdd).
+// provider's Sgemm, checks them in double precision, and writes the pictures; fits a model to it by QR (Sgeqrf, Sormqr,
+// Strtrs). Then on matrices from practice: solves linear systems with them by LU (Sgetrf, Sgetrs), Cholesky (Spotrf,
+// Spotrs) and band LU (Sgbtrf, Sgbtrs), and tells how good the solutions are; draws spectra and modes of vibration
+// (Ssyevr, Sgeev); and approximates the photograph by matrices of low rank (Sgesdd).
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
@@ -13,6 +13,7 @@
 #include <qrv/service.h>
 
 #include "eigenvalues.hpp"
+#include "fit.hpp"
 #include "low_rank.hpp"
 #include "support/picture.hpp"
 #include "systems.hpp"
@@ -76,6 +77,7 @@ void show_pictures(const std::string& image, const std::filesystem::path& folder
     const std::filesystem::path together = folder / "original-blurred-sharpened.png";
     support::write_png(together.string(), support::beside({original, blurred, sharpened}));
     fmt::print("\nPictures: {}\n          {} (beside each other)\n\n", folder.string(), together.string());
+    show_fit(original, folder);
 }
 
 } // namespace

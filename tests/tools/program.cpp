@@ -39,6 +39,9 @@ protected:
         write("rotation", "array real general\n2 2\n1\n2\n-2\n1\n"); // 1 + 2i and its conjugate
         write("wide", "array real general\n1 2\n1\n2\n");
         write("short", "array real general\n2 2\n1\n2\n");
+        write("line", "array integer general\n4 2\n1\n1\n1\n1\n0\n1\n2\n3\n"); // 1, t
+        write("observed", "array integer general\n4 1\n2\n2\n4\n8\n");         // 1 + 2 t, and (1, -1, -1, 1)
+        write("dependent", "array integer general\n4 3\n1\n1\n1\n1\n0\n1\n2\n3\n1\n2\n3\n4\n");
         write("tiny", "array real general\n1 1\n1e-30\n");
         write("huge", "array real general\n1 1\n1e30\n");
         support::write_png(folder.file("gray.png"), of_rank_one(1));
@@ -154,6 +157,16 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
         {"compress gray.png --rank 21 -o x", 2, "gray.png has 20 singular values, fewer than 21"},
         {"compress gray.png --rank 1 -o ./gray.png", 2, "./gray.png would take two results"},
         {"compress gray.png --rank 1 -o none/x", 1, "cannot write the picture none/x"},
+        {"fit line", 2, "b is required"},
+        {"fit line real -o x", 2, "real has 2 rows; the matrix line has 4"},
+        {"fit line observed --over 3 -o x", 2, "line has no column 3"},
+        {"fit wide tiny -o x", 2, "wide has more columns than rows; which of them to use, --pivot finds"},
+        {"fit dependent observed -o x", 1, "dependent has columns that depend on others; pivoting finds them"},
+        {"fit tiny huge -o x", 1, "tiny: the result is beyond the range"},
+        {"fit line observed -o x --picture ./x", 2, "./x would take two results"},
+        {"qr line -q x -r x", 2, "x would take two results"},
+        {"qr line -p x", 2, "--pivot"},
+        {"qr beyond -q x", 1, "beyond: its factors are beyond the range"},
         {"solve real -o /dev/full", 1, "cannot write /dev/full: No space left"},
         {"solve short --picture none/x", 1, "cannot write none/x: No such file"}, // before anything is read
         {"solve short -o none/x", 1, "cannot write none/x: No such file"},
@@ -227,6 +240,16 @@ TEST_F(Program, ReportsAndWritesResults) {
         {"invert hermitian -o inverse", "condition number  3.2 (1-norm), 3.2"},
         {"invert nearly_singular", "A is singular to working precision: no digit of X is sure"},
         {"solve nearly_singular", "A is singular to working precision: no digit of x is sure"},
+        {"fit line observed -o fitted --picture fit.svg --over 2", "2 in the 2-norm, 0.21 of b\n"},
+        {"fit line observed", "\n  QR   "},
+        {"fit line observed --pivot", "\n  pivoted QR   "},
+        {"fit dependent observed --pivot -o dependent_x", "2 in the 2-norm, 0.21 of b\n"},
+        {"fit dependent observed --pivot", "rank              2 of 3"},
+        {"fit wide tiny --pivot", "rank              1 of 2"},
+        {"fit real right -o fitted_square --picture complex.svg", "error of x        at most"},
+        {"qr line -q q -r r", "rank              2 of 2"},
+        {"qr hermitian --pivot -q complex_q -r complex_r -p p", "|A P - Q R|"},
+        {"qr wide", "condition number  1,"},
         {"eig rotation", "2: 0 real, 1 conjugate pairs; the largest has size 2.23607"},
         {"eig rotation", "\n    1 +2i\n    1 -2i\n"},
         {"eig rotation --vectors both", "residual, left"},
@@ -254,7 +277,7 @@ TEST_F(Program, ReportsAndWritesResults) {
         EXPECT_EQ(result.err, "") << command;
         EXPECT_THAT(result.out, HasSubstr(says)) << command;
     }
-    EXPECT_EQ(folder.count(), files + 17);
+    EXPECT_EQ(folder.count(), files + 27);
     const std::string picture = content(folder.file("x.svg")); // the unit matrix: two columns, two parts each
     EXPECT_THAT(picture, StartsWith("<svg"));
     EXPECT_THAT(picture, HasSubstr("points='80.0,50.0 690.0,420.0 '"));
@@ -267,6 +290,20 @@ TEST_F(Program, ReportsAndWritesResults) {
     EXPECT_LT(relative_difference(product(read("real"), read("y")), read("right")), 1e-6);
     EXPECT_LT(relative_difference(product(read("hermitian"), read("inverse")), unit), 1e-6);
     EXPECT_EQ(read_matrix_market(folder.file("y")).format, Format::coordinate);
+
+    Matrix<SingleComplex> coefficients(2, 1);
+    coefficients(0, 0) = 1, coefficients(1, 0) = 2;
+    EXPECT_LT(relative_difference(read("fitted"), coefficients), 1e-6);
+    EXPECT_LT(relative_difference(product(read("dependent"), read("dependent_x")), product(read("line"), coefficients)),
+              1e-6);
+    EXPECT_LT(relative_difference(product(read("real"), read("fitted_square")), read("right")), 1e-6);
+    EXPECT_THAT(content(folder.file("fit.svg")), HasSubstr("b - A x"));
+    EXPECT_THAT(content(folder.file("fit.svg")), HasSubstr("column 2 of A"));
+    EXPECT_THAT(content(folder.file("complex.svg")), HasSubstr("Im A x"));
+    EXPECT_LT(relative_difference(product(read("q"), read("r")), read("line")), 1e-6);
+    EXPECT_LT(relative_difference(product(read("complex_q"), read("complex_r")), product(read("hermitian"), read("p"))),
+              1e-6);
+    EXPECT_EQ(read("r")(1, 0), SingleComplex(0));
 
     EXPECT_THAT(content(folder.file("real.svg")), HasSubstr("cy='420.0'"));  // -1 of -1 and 3
     EXPECT_THAT(content(folder.file("plane.svg")), HasSubstr("cy='420.0'")); // 1 - 2i

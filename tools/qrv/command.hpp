@@ -17,6 +17,8 @@ void add_info(CLI::App& program);
 void add_norm(CLI::App& program);
 void add_solve(CLI::App& program);
 void add_invert(CLI::App& program);
+void add_fit(CLI::App& program);
+void add_qr(CLI::App& program);
 void add_eig(CLI::App& program);
 void add_svd(CLI::App& program);
 void add_compress(CLI::App& program);

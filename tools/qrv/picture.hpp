@@ -11,4 +11,9 @@ namespace tools {
 // Raises OutputError.
 void write_picture(OutputFile& file, const AnyMatrix& x, const std::string& title);
 
+// The first column of b, A x and b - A x, over the row or over a column of A, from 1.
+template <class T>
+void write_fit_picture(OutputFile& file, const Matrix<T>& a, const Matrix<T>& x, const Matrix<T>& b, int over,
+                       const std::string& title);
+
 } // namespace tools

@@ -1,12 +1,33 @@
 #include "routines.hpp"
 
+#include <algorithm>
+#include <complex>
 #include <qrv/native.h>
+
+#include "support/judge.hpp"
 
 namespace tools {
 namespace {
 
+const qrv_complex* native(const std::vector<SingleComplex>& x) {
+    return reinterpret_cast<const qrv_complex*>(x.data()); // both are two floats, real part first
+}
+qrv_complex* native(std::vector<SingleComplex>& x) {
+    return reinterpret_cast<qrv_complex*>(x.data());
+}
 const qrv_complex* native(const Matrix<SingleComplex>& a) {
-    return reinterpret_cast<const qrv_complex*>(a.values.data()); // both are two floats, real part first
+    return native(a.values);
+}
+
+// Asks a routine how much work it wants, and calls it with that.
+template <class T, class Call>
+void with_work(const Call& call) {
+    std::vector<T> work(1);
+    int length = -1;
+    call(work, length);
+    length = static_cast<int>(std::real(support::wide(work.front())));
+    work.resize(static_cast<std::size_t>(length));
+    call(work, length);
 }
 
 } // namespace
@@ -112,6 +133,98 @@ float reciprocal_condition_definite(const Matrix<SingleComplex>& l, float normOf
     float result = 0;
     provider().ComplexLapack()->Cpocon(MatrixTriangleMode::Lower, l.rows, l.values, 0, l.rows, normOfA, result, info);
     return result;
+}
+
+void factor_orthogonal(Matrix<float>& a, std::vector<float>& tau) {
+    int info = 0;
+    provider().Lapack()->Sgeqrf(a.rows, a.columns, a.values, 0, a.rows, tau, 0, info);
+}
+
+void factor_pivoted(Matrix<float>& a, std::vector<int>& places, std::vector<float>& tau) {
+    int info = 0;
+    provider().Lapack()->Sgeqp3(a.rows, a.columns, a.values, 0, a.rows, places, tau, 0, info);
+}
+
+void apply_adjoint(const Matrix<float>& qr, const std::vector<float>& tau, Matrix<float>& c) {
+    int info = 0;
+    provider().Lapack()->Sormqr(MatrixOperationSide::Left, TransposeOperation::Transpose, c.rows, c.columns,
+                                static_cast<int>(tau.size()), qr.values, 0, qr.rows, tau, 0, c.values, 0, c.rows, info);
+}
+
+// The classes have no method for it, nor for pivoting and norms of triangles of complex matrices.
+void generate_orthogonal(Matrix<float>& q, const std::vector<float>& tau) {
+    const int k = static_cast<int>(tau.size());
+    int info = 0;
+    with_work<float>([&](std::vector<float>& work, int length) {
+        SORGQR(&q.rows, &q.columns, &k, q.values.data(), &q.rows, tau.data(), work.data(), &length, &info);
+    });
+}
+
+void solve_triangular(const Matrix<float>& r, Matrix<float>& b) {
+    int info = 0;
+    provider().Lapack()->Strtrs(MatrixTriangleMode::Upper, TransposeOperation::None, MatrixDiagonalMode::NonUnit,
+                                b.rows, b.columns, r.values, 0, r.rows, b.values, 0, std::max(1, b.rows), info);
+}
+
+float reciprocal_condition_triangular(MatrixNorm kind, const Matrix<float>& r, int order) {
+    int info = 0;
+    float result = 0;
+    provider().Lapack()->Strcon(kind, MatrixTriangleMode::Upper, MatrixDiagonalMode::NonUnit, order, r.values, 0,
+                                r.rows, result, info);
+    return result;
+}
+
+float norm_triangular(MatrixNorm kind, const Matrix<float>& r, int order) {
+    return provider().Lapack()->Slantr(kind, MatrixTriangleMode::Upper, MatrixDiagonalMode::NonUnit, order, order,
+                                       r.values, 0, r.rows);
+}
+
+void factor_orthogonal(Matrix<SingleComplex>& a, std::vector<SingleComplex>& tau) {
+    int info = 0;
+    provider().ComplexLapack()->Cgeqrf(a.rows, a.columns, a.values, 0, a.rows, tau, 0, info);
+}
+
+void factor_pivoted(Matrix<SingleComplex>& a, std::vector<int>& places, std::vector<SingleComplex>& tau) {
+    int info = 0;
+    std::vector<float> norms(2 * places.size());
+    with_work<SingleComplex>([&](std::vector<SingleComplex>& work, int length) {
+        CGEQP3(&a.rows, &a.columns, native(a.values), &a.rows, places.data(), native(tau), native(work), &length,
+               norms.data(), &info);
+    });
+}
+
+void apply_adjoint(const Matrix<SingleComplex>& qr, const std::vector<SingleComplex>& tau, Matrix<SingleComplex>& c) {
+    int info = 0;
+    provider().ComplexLapack()->Cunmqr(MatrixOperationSide::Left, TransposeOperation::ConjugateTranspose, c.rows,
+                                       c.columns, static_cast<int>(tau.size()), qr.values, 0, qr.rows, tau, 0, c.values,
+                                       0, c.rows, info);
+}
+
+void generate_orthogonal(Matrix<SingleComplex>& q, const std::vector<SingleComplex>& tau) {
+    const int k = static_cast<int>(tau.size());
+    int info = 0;
+    with_work<SingleComplex>([&](std::vector<SingleComplex>& work, int length) {
+        CUNGQR(&q.rows, &q.columns, &k, native(q.values), &q.rows, native(tau), native(work), &length, &info);
+    });
+}
+
+void solve_triangular(const Matrix<SingleComplex>& r, Matrix<SingleComplex>& b) {
+    int info = 0;
+    provider().ComplexLapack()->Ctrtrs(MatrixTriangleMode::Upper, TransposeOperation::None, MatrixDiagonalMode::NonUnit,
+                                       b.rows, b.columns, r.values, 0, r.rows, b.values, 0, std::max(1, b.rows), info);
+}
+
+float reciprocal_condition_triangular(MatrixNorm kind, const Matrix<SingleComplex>& r, int order) {
+    int info = 0;
+    float result = 0;
+    provider().ComplexLapack()->Ctrcon(kind, MatrixTriangleMode::Upper, MatrixDiagonalMode::NonUnit, order, r.values, 0,
+                                       r.rows, result, info);
+    return result;
+}
+
+float norm_triangular(MatrixNorm kind, const Matrix<SingleComplex>& r, int order) {
+    std::vector<float> work(static_cast<std::size_t>(order));
+    return CLANTR(&"FOIM"[static_cast<int>(kind)], "U", "N", &order, &order, native(r), &r.rows, work.data());
 }
 
 } // namespace tools

@@ -9,7 +9,9 @@ namespace tools {
 
 using support::Matrix, support::SingleComplex, support::isComplex;
 
+using Corvex::Mathematics::LinearAlgebra::MatrixDiagonalMode;
 using Corvex::Mathematics::LinearAlgebra::MatrixNorm;
+using Corvex::Mathematics::LinearAlgebra::MatrixOperationSide;
 using Corvex::Mathematics::LinearAlgebra::MatrixTriangleMode;
 using Corvex::Mathematics::LinearAlgebra::TransposeOperation;
 
@@ -45,5 +47,26 @@ void solve_definite(const Matrix<float>& l, Matrix<float>& b);
 void solve_definite(const Matrix<SingleComplex>& l, Matrix<SingleComplex>& b);
 float reciprocal_condition_definite(const Matrix<float>& l, float normOfA);
 float reciprocal_condition_definite(const Matrix<SingleComplex>& l, float normOfA);
+
+// R on and above the diagonal of A, and below it the vectors, with their factors tau, that make Q. With pivoting, the
+// number, from 1, of the column that stands in each place.
+void factor_orthogonal(Matrix<float>& a, std::vector<float>& tau);
+void factor_orthogonal(Matrix<SingleComplex>& a, std::vector<SingleComplex>& tau);
+void factor_pivoted(Matrix<float>& a, std::vector<int>& places, std::vector<float>& tau);
+void factor_pivoted(Matrix<SingleComplex>& a, std::vector<int>& places, std::vector<SingleComplex>& tau);
+
+// Q^H*C in place of C; the columns of Q in the place of their vectors.
+void apply_adjoint(const Matrix<float>& qr, const std::vector<float>& tau, Matrix<float>& c);
+void apply_adjoint(const Matrix<SingleComplex>& qr, const std::vector<SingleComplex>& tau, Matrix<SingleComplex>& c);
+void generate_orthogonal(Matrix<float>& q, const std::vector<float>& tau);
+void generate_orthogonal(Matrix<SingleComplex>& q, const std::vector<SingleComplex>& tau);
+
+// With the leading block of R that has as many rows as B, or the order given.
+void solve_triangular(const Matrix<float>& r, Matrix<float>& b);
+void solve_triangular(const Matrix<SingleComplex>& r, Matrix<SingleComplex>& b);
+float reciprocal_condition_triangular(MatrixNorm kind, const Matrix<float>& r, int order);
+float reciprocal_condition_triangular(MatrixNorm kind, const Matrix<SingleComplex>& r, int order);
+float norm_triangular(MatrixNorm kind, const Matrix<float>& r, int order);
+float norm_triangular(MatrixNorm kind, const Matrix<SingleComplex>& r, int order);
 
 } // namespace tools
