@@ -4,15 +4,15 @@
 #include <gtest/gtest.h>
 
 #include "lapack/elements.hpp"
-#include "lapack/kernel/source/qr/geqrf.hpp"
 #include "lapack/lapack.hpp"
-#include "support/stored_q.hpp"
+#include "support/qr.hpp"
 #include "support/work_memory.hpp"
 
 namespace qrv::test {
 namespace {
 
 using lapack::Direct, lapack::StoreV, lapack::QForm;
+using Kind = QrKind;
 
 template <class T>
 struct Qr : testing::Test {};
@@ -38,107 +38,45 @@ struct BudgetOf {
 };
 
 template <class T>
-Matrix<T> view(Operand<T>& a) {
-    return {a.data(), a.ld()};
-}
-template <class T>
-Matrix<const T> view(const Operand<T>& a) {
-    return {a.data(), a.ld()};
-}
-
-// ---- Matrices -------------------------------------------------------------------------------------------------------
-
-// Ordinary, near overflow and underflow, with columns of sizes far apart, equal, zero, and zero but for their head.
-enum class Kind { plain, huge, tiny, graded, equal, sparse };
-constexpr Kind kinds[] = {Kind::plain, Kind::huge, Kind::tiny, Kind::graded, Kind::equal, Kind::sparse};
-
-template <class T>
-Operand<T> matrix(int m, int n, Kind kind = Kind::plain) {
-    Operand<T> a(m, n, m + 3, 1);
-    std::minstd_rand random(static_cast<unsigned>(m + 3 * n));
-    const float size = kind == Kind::huge ? 0x1p120F : kind == Kind::tiny ? 0x1p-121F : 1;
-    a.set([&](int, int) { return size * any_size_one<T>(random); });
-    for (int j = 0; j < n; ++j)
-        for (int i = 0; i < m; ++i) {
-            if (kind == Kind::graded)
-                a(i, j) = std::ldexp(1.0F, -4 * (j % 25)) * a(i, j);
-            if (kind == Kind::equal && j % 3 > 0)
-                a(i, j) = a(i, j - j % 3);
-            if (kind == Kind::sparse && (j % 4 == 1 || (j % 4 == 2 && i > 0)))
-                a(i, j) = T();
-        }
-    return a;
-}
-
-template <class T>
-struct Factors {
-    Operand<T> a;
-    GuardedVector<T> tau, work;
-    Factors(const Operand<T>& of, std::int64_t workLength)
-        : a(of), tau(std::min(of.rows(), of.columns())), work(int(workLength)) {}
-    bool guards_intact() const { return a.guards_intact() && tau.guards_intact() && work.guards_intact(); }
-};
-
-template <class T>
 struct Route {
     std::string name;
-    std::function<void(Factors<T>&)> factor;
+    std::function<void(QrResult<T>&)> factor;
     std::function<std::int64_t(int m, int n)> work = [](int, int n) { return n; };
     bool lq = false;
 };
 
 template <class T>
-void on_team(Factors<T>& f, int threads, int nb, int group) {
-    const lapack::GeqrfPlan plan{f.a.rows(), f.a.columns(), threads, nb, group, 2, 0};
-    std::vector<T> area(std::size_t(plan.work()), all_parts<T>(nan));
-    ASSERT_TRUE(lapack::geqrf_team(plan, view(f.a), f.tau.data(), area.data()));
-}
-
-template <class T>
 std::vector<Route<T>> routes() {
-    const auto serial = [](Factors<T>& f) {
-        lapack::geqrf_serial(f.a.rows(), f.a.columns(), view(f.a), f.tau.data(), f.work.data(), f.work.size());
+    const auto serial = [](QrResult<T>& f) {
+        lapack::geqrf_serial(f.a.rows(), f.a.columns(), f.a.view(), f.tau.data(), f.work.data(), f.work.size());
     };
-    const auto rowwise = [](Factors<T>& f) {
-        lapack::gelqf(f.a.rows(), f.a.columns(), view(f.a), f.tau.data(), f.work.data(), f.work.size());
+    const auto rowwise = [](QrResult<T>& f) {
+        lapack::gelqf(f.a.rows(), f.a.columns(), f.a.view(), f.tau.data(), f.work.data(), f.work.size());
     };
     const auto rows = [](int m, int) { return m; };
     std::vector<Route<T>> all{
         {"geqr2",
-         [](Factors<T>& f) { lapack::geqr2(f.a.rows(), f.a.columns(), view(f.a), f.tau.data(), f.work.data()); }},
+         [](QrResult<T>& f) { lapack::geqr2(f.a.rows(), f.a.columns(), f.a.view(), f.tau.data(), f.work.data()); }},
         {"serial, least work", serial},
         {"serial, full work", serial, lapack::geqrf_serial_work<T>},
         {"laqrf",
-         [](Factors<T>& f) {
+         [](QrResult<T>& f) {
              Operand<T> t(f.a.columns(), f.a.columns(), f.a.columns());
-             lapack::laqrf(f.a.rows(), f.a.columns(), view(f.a), f.tau.data(), view(t));
+             lapack::laqrf(f.a.rows(), f.a.columns(), f.a.view(), f.tau.data(), t.view());
              EXPECT_TRUE(t.guards_intact());
          }},
         {"gelq2",
-         [](Factors<T>& f) { lapack::gelq2(f.a.rows(), f.a.columns(), view(f.a), f.tau.data(), f.work.data()); }, rows,
-         true},
+         [](QrResult<T>& f) { lapack::gelq2(f.a.rows(), f.a.columns(), f.a.view(), f.tau.data(), f.work.data()); },
+         rows, true},
         {"gelqf, least work", rowwise, rows, true},
         {"gelqf, some work", rowwise, [](int m, int) { return 5 * m + 2; }, true},
         {"gelqf, full work", rowwise, lapack::gelqf_work<T>, true}};
     for (const int threads : {1, 2, 3, 8})
         for (const auto& [nb, group] : {std::pair{8, 2}, {20, 1}, {5, 4}})
-            all.push_back({"team of " + std::to_string(threads) + ", blocks of " + std::to_string(nb),
-                           [=, nb = nb, group = group](Factors<T>& f) { on_team(f, threads, nb, group); }});
+            all.push_back(
+                {"team of " + std::to_string(threads) + ", blocks of " + std::to_string(nb),
+                 [=, nb = nb, group = group](QrResult<T>& f) { EXPECT_TRUE(factor_on_team(f, threads, nb, group)); }});
     return all;
-}
-
-// |A - Q R| or |A - L Q| in units of what n roundings of the largest element make; infinite if the diagonal is not as
-// it must be.
-template <class T>
-double residual(const Operand<T>& a, const Factors<T>& f, bool lq) {
-    const int m = a.rows(), n = a.columns(), k = std::min(m, n);
-    WideMatrix<T> product(m, n, [&](int i, int j) { return (lq ? j <= i : i <= j) ? widen(f.a(i, j)) : Wide<T>(0); });
-    for (int i = 0; i < k; ++i)
-        if (!(std::real(widen(f.a(i, i))) >= 0) || std::imag(Wide<SingleComplex>(widen(f.a(i, i)))) != 0)
-            return infinity;
-    const StoredQ<T> q{Direct::forward, lq ? StoreV::rows : StoreV::columns, lq ? n : m, k, f.a, f.tau.data()};
-    q.apply(!lq, lq, product);
-    return std::max(difference(a, product) / 8, q.far_from_unitary() / 2) / (16 * unitRoundoff);
 }
 
 constexpr std::pair<int, int> shapes[] = {{1, 1}, {1, 5}, {5, 1}, {7, 7}, {40, 17}, {33, 70}, {96, 96}, {150, 40}};
@@ -147,27 +85,27 @@ TYPED_TEST(Qr, ResidualsOfEveryRoute) {
     using T = TypeParam;
     for (const auto& route : routes<T>())
         for (const auto& [m, n] : shapes)
-            for (const Kind kind : kinds) {
+            for (const Kind kind : qrKinds) {
                 if (route.name.starts_with("team") && std::min(m, n) < 20)
                     continue;
-                const Operand<T> a = matrix<T>(m, n, kind);
-                Factors<T> f(a, route.work(m, n));
+                const Operand<T> a = qr_matrix<T>(m, n, kind);
+                QrResult<T> f(a, route.work(m, n));
                 route.factor(f);
                 ASSERT_TRUE(f.guards_intact()) << route.name;
-                EXPECT_TRUE(residual(a, f, route.lq) < 1)
-                    << route.name << ' ' << m << 'x' << n << " kind " << int(kind) << ": " << residual(a, f, route.lq);
+                EXPECT_TRUE(qr_residual(a, f, route.lq) < 1) << route.name << ' ' << m << 'x' << n << " kind "
+                                                             << int(kind) << ": " << qr_residual(a, f, route.lq);
             }
 }
 
 // Large enough for panels in steps, whose T is work at the same time, and for a narrow last step.
 TYPED_TEST(Qr, ResidualsOfTallPanels) {
     using T = TypeParam;
-    const Operand<T> a = matrix<T>(400, 40);
+    const Operand<T> a = qr_matrix<T>(400, 40);
     for (const auto& route : routes<T>())
         if (route.name == "laqrf" || route.name.ends_with("of 20")) {
-            Factors<T> f(a, 40);
+            QrResult<T> f(a, 40);
             route.factor(f);
-            EXPECT_TRUE(f.guards_intact() && residual(a, f, false) < 1) << route.name << residual(a, f, false);
+            EXPECT_TRUE(f.guards_intact() && qr_residual(a, f, false) < 1) << route.name << qr_residual(a, f, false);
         }
 }
 
@@ -177,13 +115,13 @@ TYPED_TEST(Qr, ResidualsWithAnyWork) {
     for (const int threads : {1, 2, 4}) {
         const BudgetOf budget(threads);
         for (const auto& [m, n] : {std::pair{180, 170}, {300, 40}, {60, 330}, {90, 20}}) {
-            const Operand<T> a = matrix<T>(m, n);
+            const Operand<T> a = qr_matrix<T>(m, n);
             const std::int64_t full = lapack::geqrf_work<T>(m, n);
-            std::optional<Factors<T>> first;
+            std::optional<QrResult<T>> first;
             for (const std::int64_t length : {std::int64_t{n}, full - 1, full}) {
-                Factors<T> f(a, length);
-                lapack::geqrf(m, n, view(f.a), f.tau.data(), f.work.data(), int(length));
-                EXPECT_TRUE(f.guards_intact() && residual(a, f, false) < 1) << m << 'x' << n << " work " << length;
+                QrResult<T> f(a, length);
+                lapack::geqrf(m, n, f.a.view(), f.tau.data(), f.work.data(), int(length));
+                EXPECT_TRUE(f.guards_intact() && qr_residual(a, f, false) < 1) << m << 'x' << n << " work " << length;
                 EXPECT_EQ(lapack::real_part(f.work[0]), static_cast<float>(full));
                 if (!first)
                     first.emplace(f);
@@ -191,9 +129,9 @@ TYPED_TEST(Qr, ResidualsWithAnyWork) {
                     << m << 'x' << n << " work " << length;
             }
             const WorkMemoryProbe refusing(0, anySize);
-            Factors<T> f(a, n);
-            lapack::geqrf(m, n, view(f.a), f.tau.data(), f.work.data(), n);
-            EXPECT_TRUE(f.guards_intact() && residual(a, f, false) < 1) << m << 'x' << n << " without memory";
+            QrResult<T> f(a, n);
+            lapack::geqrf(m, n, f.a.view(), f.tau.data(), f.work.data(), n);
+            EXPECT_TRUE(f.guards_intact() && qr_residual(a, f, false) < 1) << m << 'x' << n << " without memory";
         }
     }
 }
@@ -208,21 +146,21 @@ bool is_fixed(int pattern, int j) {
 TYPED_TEST(Qr, ResidualsOfPivoting) {
     using T = TypeParam;
     for (const auto& [m, n] : shapes)
-        for (const Kind kind : kinds)
+        for (const Kind kind : qrKinds)
             for (const int pattern : {0, 1, 2})
                 for (const int method : {0, 1, 2}) { // least, some and full work
-                    const Operand<T> a = matrix<T>(m, n, kind);
+                    const Operand<T> a = qr_matrix<T>(m, n, kind);
                     const std::int64_t least = lapack::geqp3_least_work<T>(m, n), full = lapack::geqp3_work<T>(m, n);
-                    Factors<T> f(a, method == 0 ? least : method == 1 ? std::min(full, least + 5 * n + 1) : full);
+                    QrResult<T> f(a, method == 0 ? least : method == 1 ? std::min(full, least + 5 * n + 1) : full);
                     std::vector<int> jpvt;
                     for (int j = 0; j < n; ++j)
                         jpvt.push_back(is_fixed(pattern, j));
                     std::vector<float> norms(std::size_t(2 * n));
                     if constexpr (isComplex<T>)
-                        lapack::geqp3(m, n, view(f.a), jpvt.data(), f.tau.data(), f.work.data(), f.work.size(),
+                        lapack::geqp3(m, n, f.a.view(), jpvt.data(), f.tau.data(), f.work.data(), f.work.size(),
                                       norms.data());
                     else
-                        lapack::geqp3(m, n, view(f.a), jpvt.data(), f.tau.data(), f.work.data(), f.work.size(),
+                        lapack::geqp3(m, n, f.a.view(), jpvt.data(), f.tau.data(), f.work.data(), f.work.size(),
                                       f.work.data());
                     const auto where = testing::Message() << m << 'x' << n << " kind " << int(kind) << " fixed "
                                                           << pattern << " work " << method;
@@ -233,7 +171,7 @@ TYPED_TEST(Qr, ResidualsOfPivoting) {
                         ASSERT_EQ(sorted[std::size_t(j)], j + 1) << where;
                     Operand<T> permuted(a);
                     permuted.set([&](int i, int j) { return a(i, jpvt[std::size_t(j)] - 1); });
-                    EXPECT_TRUE(residual(permuted, f, false) < 1) << where << residual(permuted, f, false);
+                    EXPECT_TRUE(qr_residual(permuted, f, false) < 1) << where << qr_residual(permuted, f, false);
                     int fixed = 0;
                     for (int j = 0; j < n; ++j)
                         fixed += is_fixed(pattern, j);
@@ -255,12 +193,12 @@ TYPED_TEST(Qr, ResidualsOfPivoting) {
 TYPED_TEST(Qr, PivotingEndsWithNanAndInfinity) {
     using T = TypeParam;
     for (const float x : {nan, infinity}) {
-        Operand<T> a = matrix<T>(60, 50);
+        Operand<T> a = qr_matrix<T>(60, 50);
         a(30, 20) = scalar<T>(x);
         std::vector<int> jpvt(50);
         std::vector<T> tau(50), work(std::size_t(lapack::geqp3_work<T>(60, 50)));
         std::vector<float> norms(100);
-        lapack::geqp3(60, 50, view(a), jpvt.data(), tau.data(), work.data(), int(work.size()), norms.data());
+        lapack::geqp3(60, 50, a.view(), jpvt.data(), tau.data(), work.data(), int(work.size()), norms.data());
         EXPECT_EQ(jpvt[0], 21) << x;
     }
 }
@@ -285,7 +223,7 @@ void expect_applied(const Apply& apply, std::initializer_list<std::pair<int, int
                 for (const Op op : {Op::none, lapack::adjoint<T>})
                     for (const int across : {1, 9, 40}) {
                         const int m = left ? order : across, n = left ? across : order;
-                        Operand<T> c = matrix<T>(m, n);
+                        Operand<T> c = qr_matrix<T>(m, n);
                         WideMatrix<T> expected(c);
                         reflectors.q.apply(left, (op != Op::none) != (form.form == QForm::lq), expected);
                         apply(form.form, left ? Side::left : Side::right, op, m, n, k, reflectors, c);
@@ -302,7 +240,7 @@ TYPED_TEST(Qr, ResidualsOfQApplied) {
     expect_applied<T>(
         [](QForm form, Side side, Op op, int m, int n, int k, const auto& reflectors, Operand<T>& c) {
             GuardedVector<T> work(side == Side::left ? n : m);
-            lapack::orm2<T>(form, side, op, m, n, k, view(reflectors.v), reflectors.tau.data(), view(c), work.data());
+            lapack::orm2<T>(form, side, op, m, n, k, reflectors.v.view(), reflectors.tau.data(), c.view(), work.data());
             EXPECT_TRUE(work.guards_intact());
         },
         {{1, 1}, {6, 3}, {12, 12}});
@@ -313,7 +251,7 @@ TYPED_TEST(Qr, ResidualsOfQApplied) {
                 [&](QForm form, Side side, Op op, int m, int n, int k, const auto& reflectors, Operand<T>& c) {
                     const std::int64_t full = lapack::orm_work<T>(form, side, m, n, k);
                     GuardedVector<T> work(enough ? int(full) : side == Side::left ? n : m);
-                    lapack::orm<T>(form, side, op, m, n, k, view(reflectors.v), reflectors.tau.data(), view(c),
+                    lapack::orm<T>(form, side, op, m, n, k, reflectors.v.view(), reflectors.tau.data(), c.view(),
                                    work.data(), work.size());
                     EXPECT_TRUE(work.guards_intact());
                     EXPECT_EQ(lapack::real_part(work[0]), static_cast<float>(full));
@@ -328,13 +266,13 @@ TYPED_TEST(Qr, ResidualsOfQAppliedInStrips) {
     const RandomReflectors<T> reflectors(Direct::forward, StoreV::columns, 40, 35);
     for (const int threads : {1, 3}) {
         const BudgetOf budget(threads);
-        Operand<T> c = matrix<T>(40, 900);
+        Operand<T> c = qr_matrix<T>(40, 900);
         WideMatrix<T> expected(c);
         reflectors.q.apply(true, true, expected);
         GuardedVector<T> work(900);
         const WorkMemoryProbe probe;
-        lapack::orm<T>(QForm::qr, Side::left, lapack::adjoint<T>, 40, 900, 35, view(reflectors.v),
-                       reflectors.tau.data(), view(c), work.data(), 900);
+        lapack::orm<T>(QForm::qr, Side::left, lapack::adjoint<T>, 40, 900, 35, reflectors.v.view(),
+                       reflectors.tau.data(), c.view(), work.data(), 900);
         EXPECT_TRUE(difference(c, expected) < 60 * unitRoundoff);
     }
 }
@@ -361,11 +299,11 @@ TYPED_TEST(Qr, ResidualsOfQGenerated) {
                 GuardedVector<T> work(method < 2 ? s.lines : method == 2 ? 7 * s.lines + 1 : int(full));
                 const T* const tau = reflectors.tau.data();
                 if (method == 0)
-                    columns ? lapack::org2r(m, n, s.k, view(q), tau, work.data())
-                            : lapack::orgl2(m, n, s.k, view(q), tau, work.data());
+                    columns ? lapack::org2r(m, n, s.k, q.view(), tau, work.data())
+                            : lapack::orgl2(m, n, s.k, q.view(), tau, work.data());
                 else
-                    columns ? lapack::orgqr(m, n, s.k, view(q), tau, work.data(), work.size())
-                            : lapack::orglq(m, n, s.k, view(q), tau, work.data(), work.size());
+                    columns ? lapack::orgqr(m, n, s.k, q.view(), tau, work.data(), work.size())
+                            : lapack::orglq(m, n, s.k, q.view(), tau, work.data(), work.size());
                 EXPECT_TRUE(difference(q, expected) < 60 * unitRoundoff)
                     << char(store) << m << 'x' << n << " k=" << s.k << " method " << method << ": "
                     << difference(q, expected) / unitRoundoff;
@@ -379,9 +317,9 @@ TYPED_TEST(Qr, EndsWithNanAndInfinity) {
     using T = TypeParam;
     for (const auto& route : routes<T>())
         for (const float x : {nan, infinity}) {
-            Operand<T> a = matrix<T>(60, 50);
+            Operand<T> a = qr_matrix<T>(60, 50);
             a(30, 20) = scalar<T>(x);
-            Factors<T> f(a, route.work(60, 50));
+            QrResult<T> f(a, route.work(60, 50));
             route.factor(f);
             EXPECT_FALSE(is_finite(f.a(49, 49))) << route.name << x;
         }
@@ -402,12 +340,12 @@ TEST(QrProgress, ToldAfterEachPanelAndStops) {
             callsLeft = stopAt;
             steps.clear();
             qrv_serv_set_progress(count_calls);
-            const Operand<float> a = matrix<float>(m, n);
-            Factors<float> f(a, lapack::geqrf_serial_work<float>(m, n));
+            const Operand<float> a = qr_matrix<float>(m, n);
+            QrResult<float> f(a, lapack::geqrf_serial_work<float>(m, n));
             if (threads == 1)
-                lapack::geqrf_serial(m, n, view(f.a), f.tau.data(), f.work.data(), f.work.size());
+                lapack::geqrf_serial(m, n, f.a.view(), f.tau.data(), f.work.data(), f.work.size());
             else
-                on_team(f, threads, 16, 2);
+                EXPECT_TRUE(factor_on_team(f, threads, 16, 2));
             qrv_serv_set_progress(nullptr);
             std::vector<int> expected{16, 32}; // what is left then goes column by column in the serial route
             for (int step = 48; threads > 1 && step < n; step += 16)
@@ -453,14 +391,14 @@ TEST(QrWork, Queries) {
 TYPED_TEST(QrRaces, Teams) {
     using T = TypeParam;
     for (const int team : {2, 4}) {
-        const Operand<T> a = matrix<T>(100, 90);
-        Factors<T> f(a, 90);
-        on_team(f, team, 8, 2);
-        EXPECT_TRUE(residual(a, f, false) < 1);
+        const Operand<T> a = qr_matrix<T>(100, 90);
+        QrResult<T> f(a, 90);
+        EXPECT_TRUE(factor_on_team(f, team, 8, 2));
+        EXPECT_TRUE(qr_residual(a, f, false) < 1);
         const BudgetOf budget(team);
-        Operand<T> c = matrix<T>(100, 60);
+        Operand<T> c = qr_matrix<T>(100, 60);
         std::vector<T> work(60);
-        lapack::orm<T>(QForm::qr, Side::left, lapack::adjoint<T>, 100, 60, 90, view(f.a), f.tau.data(), view(c),
+        lapack::orm<T>(QForm::qr, Side::left, lapack::adjoint<T>, 100, 60, 90, f.a.view(), f.tau.data(), c.view(),
                        work.data(), 60);
         EXPECT_TRUE(c.guards_intact());
     }

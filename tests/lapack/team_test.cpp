@@ -5,6 +5,7 @@
 #include "lapack/kernel/source/cholesky/potrf.hpp"
 #include "support/cholesky.hpp"
 #include "support/lu.hpp"
+#include "support/qr.hpp"
 #include "support/reduced.hpp"
 #include "support/team_battery.hpp"
 
@@ -118,17 +119,63 @@ void add_tridiagonal(std::vector<TeamCase>& cases, std::initializer_list<int> or
         }
 }
 
+// By dataflow in blocks and groups of several widths; each block column by itself, so the bits do not depend on who
+// takes it. And Q applied by the driver.
+template <class T>
+void add_qr(std::vector<TeamCase>& cases, Sizes sizes) {
+    for (const auto& [m, n] : sizes) {
+        const auto a = std::make_shared<const Operand<T>>(qr_matrix<T>(m, n));
+        const std::string size = std::to_string(m) + " x " + std::to_string(n);
+        for (const auto& [nb, group] : {std::pair{8, 2}, {20, 1}, {5, 4}})
+            cases.push_back({"geqrf in columns of " + std::to_string(nb) + ", " + size,
+                             [=, n = n, nb = nb, group = group](int team, bool twice) {
+                                 const auto factors = [&] {
+                                     QrResult<T> f(*a, n);
+                                     if (!factor_on_team(f, team, nb, group))
+                                         lapack::geqrf_serial(a->rows(), n, f.a.view(), f.tau.data(), f.work.data(), n);
+                                     return f;
+                                 };
+                                 const QrResult<T> f = factors();
+                                 return f.guards_intact() && qr_residual(*a, f, false) < 1 &&
+                                        (!twice || f.a.same_bits(factors().a));
+                             }});
+        for (const Side side : {Side::left, Side::right}) {
+            const int order = std::max(m, n), across = std::min(m, n), k = order / 2;
+            const auto q =
+                std::make_shared<const RandomReflectors<T>>(lapack::Direct::forward, lapack::StoreV::columns, order, k);
+            const auto c = std::make_shared<const Operand<T>>(side == Side::left ? qr_matrix<T>(order, across)
+                                                                                 : qr_matrix<T>(across, order));
+            const auto expected = std::make_shared<WideMatrix<T>>(*c);
+            q->q.apply(side == Side::left, false, *expected);
+            cases.push_back({std::string("ormqr ") + letter(side) + ", " + size, [=](int, bool twice) {
+                                 const auto product = [&] {
+                                     Operand<T> x(*c);
+                                     GuardedVector<T> work(across);
+                                     lapack::orm<T>(lapack::QForm::qr, side, Op::none, x.rows(), x.columns(), k,
+                                                    q->v.view(), q->tau.data(), x.view(), work.data(), across);
+                                     return x;
+                                 };
+                                 const Operand<T> x = product();
+                                 return x.guards_intact() && difference(x, *expected) < 60 * unitRoundoff &&
+                                        (!twice || x.same_bits(product()));
+                             }});
+        }
+    }
+}
+
 template <class T>
 void add_all(std::vector<TeamCase>& cases) {
     add_bidiagonal<T>(cases, {{40, 40}, {61, 17}, {17, 61}, {6, 6}, {9, 5}, {5, 9}, {1, 4}});
     add_lu<T>(cases, {{200, 200}, {129, 260}, {260, 129}, {257, 257}, {300, 9}, {9, 300}, {301, 21}}, {8, 20, 64});
     add_cholesky<T>(cases, {17, 33, 128, 150});
+    add_qr<T>(cases, {{96, 96}, {150, 40}, {33, 70}, {301, 21}});
 }
 template <class T>
 void add_few(std::vector<TeamCase>& cases) {
     add_bidiagonal<T>(cases, {{40, 33}, {20, 31}});
     add_lu<T>(cases, {{150, 130}, {90, 100}}, {8, 16});
     add_cholesky<T>(cases, {100});
+    add_qr<T>(cases, {{60, 50}});
 }
 INSTANTIATE_TEST_SUITE_P(Lapack, Team,
                          testing::Values(TeamFamily{"lapack",
