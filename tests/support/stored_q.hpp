@@ -27,7 +27,7 @@ double difference(const Operand<T>& c, const WideMatrix<T>& expected) {
     c.each_stored([&](int i, int j) {
         const Wide<T> x = expected.values[expected.at(i, j)];
         const double off = std::abs(widen(c(i, j)) - x);
-        error = off <= error ? error : off; // NaN stays
+        error = worse(error, off);
         size = std::max(size, std::abs(x));
     });
     return error / size;
@@ -70,7 +70,7 @@ struct StoredQ {
             for (const Wide<T>& x : vector(number))
                 square += std::norm(x);
             const double off = std::abs(2 * std::real(tau_of(number)) - std::norm(tau_of(number)) * square);
-            worst = off <= worst ? worst : off;
+            worst = worse(worst, off);
         }
         return worst;
     }
