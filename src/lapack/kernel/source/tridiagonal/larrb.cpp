@@ -51,25 +51,22 @@ struct Refinement {
         if (cutting())
             return cut(count, x, below);
         for (int k = 0; k + 1 < count && !cutting(); k += 2) {
-            move_end(lowKnown, below[k] < number, range.low, stepDown, x[k], -1);
-            move_end(highKnown, below[k + 1] >= number, range.high, stepUp, x[k + 1], 1);
+            move_end(lowKnown, below[k] < number, range.low, stepDown, -1);
+            move_end(highKnown, below[k + 1] >= number, range.high, stepUp, 1);
         }
         if (rounds > mostDoublings)
             lowKnown = highKnown = true;
     }
 
 private:
-    void move_end(bool& known, bool passed, float& end, float& step, float x, float sign) {
+    // From a point that was looked at to the one that is next.
+    void move_end(bool& known, bool passed, float& end, float& step, float sign) {
+        known = known || passed;
         if (known)
             return;
-        known = passed;
-        changed = changed || end != x;
-        end = x;
-        if (!passed) {
-            end += sign * step;
-            step *= 2;
-            changed = true;
-        }
+        end += sign * step;
+        step *= 2;
+        changed = true;
     }
     void cut(int count, const float* x, const int* below) {
         changed = true;
