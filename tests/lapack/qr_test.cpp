@@ -109,6 +109,35 @@ TYPED_TEST(Qr, ResidualsOfTallPanels) {
         }
 }
 
+// High and narrow, by blocks of rows, the last of them short: in whole strips and in part of one, with columns that
+// this route does not take in the midst of a strip, and with the same bits on every team.
+TYPED_TEST(Qr, ResidualsOfHighMatrices) {
+    using T = TypeParam;
+    constexpr int m = 4 * 2048 + 8;
+    const auto expect = [](int n, Kind kind, bool sameBits) {
+        const Operand<T> a = qr_matrix<T>(m, n, kind);
+        std::optional<QrResult<T>> first;
+        for (const int threads : {1, 3}) {
+            const BudgetOf budget(threads);
+            QrResult<T> f(a, n);
+            lapack::geqrf(m, n, f.a.view(), f.tau.data(), f.work.data(), n);
+            EXPECT_TRUE(f.guards_intact() &&
+                        qr_residual(a, f, false) < 24) // of sums of so many terms, plain ones in the generic build
+                << n << " kind " << int(kind) << ": " << qr_residual(a, f, false);
+            EXPECT_EQ(lapack::real_part(f.work[0]), static_cast<float>(lapack::geqrf_work<T>(m, n)));
+            if (!first)
+                first.emplace(f);
+            EXPECT_TRUE(!sameBits || !bits_are_free_of_alignment() || f.a.same_bits(first->a)) << n;
+        }
+    };
+    for (const int n : {2, 8, 20})
+        expect(n, Kind::plain, true);
+    for (const Kind kind : qrKinds)
+        expect(20, kind, kind == Kind::plain);
+    const WorkMemoryProbe refusing(0, anySize);
+    expect(20, Kind::plain, false);
+}
+
 // By the driver, at its own block sizes: any legal length of work gives the same bits.
 TYPED_TEST(Qr, ResidualsWithAnyWork) {
     using T = TypeParam;
@@ -358,6 +387,22 @@ TEST(QrProgress, ToldAfterEachPanelAndStops) {
             EXPECT_EQ(steps, expected) << threads << " threads, stop " << stopAt;
             EXPECT_EQ(same_bits(f.a(m - 1, n - 1), a(m - 1, n - 1)), stopAt == 1) << threads << ' ' << stopAt;
         }
+}
+
+TEST(QrProgress, ToldAfterEachStripOfHighMatrices) {
+    constexpr int m = 4 * 2048, n = 20;
+    for (const int stopAt : {0, 1, 3}) {
+        callsLeft = stopAt;
+        steps.clear();
+        qrv_serv_set_progress(count_calls);
+        QrResult<float> f(qr_matrix<float>(m, n), n);
+        lapack::geqrf(m, n, f.a.view(), f.tau.data(), f.work.data(), n);
+        qrv_serv_set_progress(nullptr);
+        std::vector<int> expected{8, 16, 20, 20};
+        if (stopAt > 0)
+            expected.resize(static_cast<std::size_t>(stopAt));
+        EXPECT_EQ(steps, expected) << stopAt;
+    }
 }
 
 // The lengths that a caller is told, through the entry; nothing of the matrix is looked at.

@@ -5,6 +5,18 @@
 #include "qrv/service.h"
 
 namespace qrv::lapack {
+namespace {
+
+// What is behind the first columns, which are done.
+template <class T>
+void factor_rest(int m, int n, int done, Matrix<T> a, T* tau, T* work, int lwork) {
+    if (done > 0 && done < n)
+        geqrf_serial(m - done, n - done, a.block(done, done), tau + done, work, lwork);
+    else if (done == n)
+        tell_progress(geqrfName<T>, n, {}, 0);
+}
+
+} // namespace
 
 template <class T>
 GeqrfPlan geqrf_plan(int m, int n) {
@@ -39,12 +51,15 @@ void geqrf(int m, int n, Matrix<T> a, T* tau, T* work, int lwork) {
     if (m == 0 || n == 0)
         return;
     const GeqrfPlan plan = geqrf_plan<T>(m, n);
-    if (!plan.wants_team())
+    const int done = geqrf_is_tall(m, n) ? geqrf_tall(plan.threads, m, n, a, tau) : 0;
+    if (done != 0)
+        factor_rest(m, n, done, a, tau, work, lwork);
+    else if (!plan.wants_team())
         return geqrf_serial(m, n, a, tau, work, lwork);
-    const WorkArea<T> area(work, lwork, plan.blocked() ? plan.work() : 0);
-    if (!plan.blocked() || !area.data() || !geqrf_team(plan, a, tau, area.data()))
+    else if (const WorkArea<T> area(work, lwork, plan.blocked() ? plan.work() : 0);
+             !plan.blocked() || !area.data() || !geqrf_team(plan, a, tau, area.data()))
         geqrf_serial(m, n, a, tau, work, lwork);
-    work[0] = work_size<T>(plan.work());
+    work[0] = work_size<T>(geqrf_work<T>(m, n));
 }
 
 template GeqrfPlan geqrf_plan<float>(int, int);

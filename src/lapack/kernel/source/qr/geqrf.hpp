@@ -6,6 +6,7 @@
 //   panel       recursive, with T                       laqrf.cpp
 //   serial      panel after panel, right-looking        geqrf_serial.cpp
 //   team        dataflow over block columns             geqrf_omp.cpp, geqrf_schedule.hpp
+//   tall        by blocks of rows, on any team          geqrf_tall.cpp
 //
 // The progress routine is called after each panel. If it asks to stop, the routes return at once, with A as it is then.
 #pragma once
@@ -56,5 +57,11 @@ void geqrf_serial(int m, int n, Matrix<T> a, T* tau, T* work, int lwork);
 // Result: false if there is no memory for it, and nothing is done.
 template <class T>
 bool geqrf_team(const GeqrfPlan& plan, Matrix<T> a, T* tau, T* area);
+
+// For matrices that are high and narrow, of their first columns. Result: how many are done; 0 without memory, -1 on a
+// stop.
+bool geqrf_is_tall(int m, int n);
+template <class T>
+int geqrf_tall(int threads, int m, int n, Matrix<T> a, T* tau);
 
 } // namespace qrv::lapack

@@ -1,9 +1,5 @@
 // SLARFP, CLARFP: the reflector that turns a column into a multiple of the first unit vector that is not negative.
 //
-// With alpha >= 0 the difference alpha - beta would cancel; from beta^2 = |alpha|^2 + |x|^2 it is found as
-// -(imag(alpha)^2 + |x|^2) / (real(alpha) + beta) instead. (J. Demmel, M. Hoemmen, Y. Hida, E. Riedy, Nonnegative
-// diagonals and high performance on low-profile matrices from Householder QR, SIAM J. Sci. Comput. 31, 2009.)
-//
 // An x that is lost beside alpha counts as zero, or else v would be as large as alpha is beside x, without bound.
 #include "lapack/calls/reflectors.hpp"
 #include "lapack/kernel/source/reflectors/reflected_column.hpp"
@@ -30,12 +26,9 @@ T larfp(int n, T& alpha, Vector<T> x) {
     if (column.norm() <= double{machine::precision} * std::abs(column.alpha()))
         return reflect_first_element(column);
     column.scale_up();
-    const double re = column.alpha().real(), im = column.alpha().imag(), norm = column.norm(), beta = column.length();
-    std::complex<double> difference(re - beta, im); // alpha - beta
-    if (!std::signbit(re))
-        difference.real(-(im * im + norm * norm) / (re + beta));
-    column.leave(beta, difference);
-    return column.element(-difference / beta);
+    const PositiveReflection reflection(column.alpha(), column.norm());
+    column.leave(reflection.beta, reflection.difference);
+    return column.element(-reflection.difference / reflection.beta);
 }
 
 template float larfp(int, float&, Vector<float>);

@@ -14,6 +14,20 @@
 
 namespace qrv::lapack {
 
+// The reflection of [alpha; x], norm = |x|, to a multiple of a unit vector that is positive: beta = |[alpha; x]|, and
+// alpha - beta. With alpha >= 0 that would cancel; from beta^2 = |alpha|^2 + |x|^2 it is found as -(imag(alpha)^2 +
+// |x|^2) / (real(alpha) + beta) instead. (J. Demmel, M. Hoemmen, Y. Hida, E. Riedy, Nonnegative diagonals and high
+// performance on low-profile matrices from Householder QR, SIAM J. Sci. Comput. 31, 2009.)
+struct PositiveReflection {
+    PositiveReflection(std::complex<double> alpha, double norm)
+        : beta(std::sqrt(std::norm(alpha) + norm * norm)), difference(alpha.real() - beta, alpha.imag()) {
+        if (!std::signbit(alpha.real()))
+            difference.real(-(alpha.imag() * alpha.imag() + norm * norm) / (alpha.real() + beta));
+    }
+    double beta;
+    std::complex<double> difference;
+};
+
 template <class T>
 class ReflectedColumn {
 public:

@@ -1,0 +1,310 @@
+// The QR factorization of a matrix that is much higher than wide, whose panels are too large for a cache and too narrow
+// for products of matrices to carry the work. Its rows are cut into blocks of one height, and each thread of a team has
+// a share of these. Columns are taken in strips:
+//
+//   column   Its reflector is made from products that all blocks have told before. Each block applies it to its rows of
+//            the strip and, while they are in the cache, multiplies the next column with those behind it.
+//   strip    Each block multiplies its rows of the strip's vectors V with themselves and with the columns behind:
+//            V^H V makes T, and V^H A with T what is taken off A, which again each block does for itself.
+//
+// Between these every thread waits for all, and sums the products of the blocks in their order: the result has the same
+// bits on every team.
+//
+// The products are of columns before they are scaled, so a column that is too large or too small for its square, or
+// that is lost beside its head, is none for this: there it ends, and the other routes take what is left.
+#include <cmath>
+#include <complex>
+#include <limits>
+#include <omp.h>
+
+#include "blas/calls.hpp"
+#include "blas/thread/common/slice.hpp"
+#include "lapack/factorization.hpp"
+#include "lapack/kernel/source/qr/geqrf.hpp"
+#include "lapack/kernel/source/reflectors/reflected_column.hpp"
+#include "service/work_pool.hpp"
+
+namespace qrv::lapack {
+namespace {
+
+constexpr int height = 2048;    // of a block: with its columns about half of an outer cache
+constexpr int stripWidth = 8;   // of a strip: its columns of a block are near the innermost one
+constexpr int mostColumns = 64; // of the matrix
+
+using Wide = std::complex<double>;
+
+inline Wide widened(float x) {
+    return x;
+}
+inline Wide widened(SingleComplex x) {
+    return {x.re, x.im};
+}
+
+template <class T>
+class TallFactorization {
+public:
+    TallFactorization(int m, int n, Matrix<T> a, T* tau)
+        : m_(m), n_(n), blocks_((m - 1) / height + 1), a_(a), tau_(tau) {}
+
+    int blocks() const { return blocks_; }
+    std::int64_t memory() const { return 2 * phase_length(); }
+
+    // Result: the columns that are done, of which those from `strip` on do not reach behind their strip yet.
+    struct Result {
+        int strip = 0, done = 0;
+        bool stopped = false;
+    };
+    Result run(int threads, T* memory) {
+        products_ = memory;
+#pragma omp parallel num_threads(threads)
+        work(omp_get_thread_num(), omp_get_num_threads());
+        return result_;
+    }
+
+private:
+    // What a column's reflector does to the strip: the column is scaled, and v y^H taken off those behind it.
+    struct Step {
+        float beta;
+        T scale, tau;
+        alignas(64) T y[stripWidth];
+    };
+    // V W is taken off the columns behind a strip; v1: for the top of V.
+    struct StripUpdate {
+        alignas(64) T v1[stripWidth * stripWidth];
+        alignas(64) T w[stripWidth * mostColumns];
+    };
+    struct Rows {
+        int first, count;
+    };
+
+    int end_of_strip(int s) const {
+        return std::min(s + stripWidth, n_);
+    }
+    Rows rows(int block, int from) const {
+        const int first = std::max(block * height, from);
+        return {first, std::min(m_ - block * height, height) + block * height - first};
+    }
+    // Products of a phase, behind which comes the head row. Those of the phase before are read meanwhile.
+    std::int64_t phase_length() const {
+        return (std::int64_t{blocks_} + 1) * stripWidth * n_;
+    }
+    T* products(int phase, int block) const {
+        return products_ + (phase % 2) * phase_length() + std::int64_t{block} * stripWidth * n_;
+    }
+    T* head(int phase) const {
+        return products(phase, blocks_);
+    }
+    Wide sum(int phase, int index) const {
+        Wide total = 0;
+        for (int block = 0; block < blocks_; ++block)
+            total += widened(products(phase, block)[index]);
+        return total;
+    }
+
+    void work(int thread, int team) {
+        const Slice mine = equal_slice(blocks_, team, thread);
+        const auto each_block = [&](const auto& body) {
+            for (int block = mine.first; block < mine.first + mine.count; ++block)
+                body(block);
+#pragma omp barrier
+        };
+        const auto leave = [&](int strip, int done) {
+            if (thread == 0)
+                result_.strip = strip, result_.done = done;
+        };
+        int phase = 0;
+        each_block([&](int block) { multiply_column(phase, block, 0, end_of_strip(0)); });
+        for (int s = 0, e; s < n_; s = e) {
+            e = end_of_strip(s);
+            for (int i = s; i < e; ++i) {
+                Step step;
+                if (!make_step(phase, i, e, step))
+                    return leave(s, i);
+                ++phase;
+                each_block([&](int block) {
+                    apply_step(block, i, e, step);
+                    if (i + 1 < e)
+                        multiply_column(phase, block, i + 1, e);
+                    else if (e < n_)
+                        multiply_strip(phase, block, s, e);
+                    if (i + 1 == e && block == 0)
+                        result_.stopped = tell_progress(geqrfName<T>, e - s, {thread, s}, 0).stopped;
+                });
+            }
+            if (result_.stopped || e == n_)
+                return leave(e, e);
+            StripUpdate update;
+            if (!make_update(phase, s, e, update))
+                return leave(s, e);
+            ++phase;
+            each_block([&](int block) {
+                apply_strip(block, s, e, update);
+                multiply_column(phase, block, e, end_of_strip(e));
+            });
+        }
+    }
+
+    // Column i below its head, times itself and those behind it up to e; the adjoints of these products.
+    void multiply_column(int phase, int block, int i, int e) const {
+        const Rows r = rows(block, i + 1);
+        T* const to = products(phase, block);
+        std::fill_n(to, e - i, scalar<T>(0));
+        if (r.count > 0)
+            blas::gemv(adjoint<T>, r.count, e - i, scalar<T>(1), a_.block(r.first, i), a_.column(r.first, i),
+                       scalar<T>(0), Vector<T>{to});
+        if (block == 0)
+            for (int j = i; j < e; ++j)
+                head(phase)[j - i] = a_(i, j);
+    }
+
+    // Result: false if the column is none for this.
+    bool make_step(int phase, int i, int e, Step& step) const {
+        constexpr double least = 0x1p-40, most = 0x1p100; // of the square: neither sums nor products may vanish
+        const double square = sum(phase, 0).real(), norm = std::sqrt(square);
+        const Wide alpha = widened(head(phase)[0]);
+        if (!(square >= least && square <= most && std::norm(alpha) <= most &&
+              norm > double{machine::precision} * std::abs(alpha)))
+            return false;
+        const PositiveReflection reflection(alpha, norm);
+        step.beta = static_cast<float>(reflection.beta);
+        step.scale = ReflectedColumn<T>::element(1.0 / reflection.difference);
+        step.tau = ReflectedColumn<T>::element(-reflection.difference / reflection.beta);
+        for (int j = 1; j < e - i; ++j) {
+            const Wide product = widened(head(phase)[j]) + std::conj(widened(step.scale) * sum(phase, j));
+            const Wide y = widened(step.tau) * std::conj(product); // conjugated, as it is taken off as v y^H
+            if (!is_float(y))
+                return false;
+            step.y[j - 1] = ReflectedColumn<T>::element(y);
+        }
+        return true;
+    }
+    static bool is_float(Wide x) {
+        constexpr double largest = std::numeric_limits<float>::max();
+        return std::abs(x.real()) <= largest && std::abs(x.imag()) <= largest;
+    }
+
+    void apply_step(int block, int i, int e, const Step& step) const {
+        const Rows r = rows(block, i + 1);
+        const Vector<T> v = a_.column(r.first, i);
+        if (r.count > 0) {
+            kernel::scal(r.count, step.scale, v);
+            kernel::gerc(r.count, e - i - 1, scalar<T>(-1), v, Vector<const T>{step.y}, a_.block(r.first, i + 1));
+        }
+        if (block == 0) {
+            a_(i, i) = scalar<T>(step.beta);
+            tau_[i] = step.tau;
+            for (int j = i + 1; j < e; ++j)
+                a_(i, j) -= conj(step.y[j - i - 1]);
+        }
+    }
+
+    // The top of the strip's vectors, with what is not stored.
+    Matrix<T> top(int s, int e, T* memory) const {
+        const int width = e - s;
+        const Matrix<T> v1{memory, width};
+        for (int j = 0; j < width; ++j)
+            for (int i = 0; i < width; ++i)
+                v1(i, j) = i > j ? a_(s + i, s + j) : scalar<T>(i == j ? 1 : 0);
+        return v1;
+    }
+    // V^H V and V^H A of the columns behind, side by side.
+    void multiply_strip(int phase, int block, int s, int e) const {
+        const int width = e - s;
+        const T one = scalar<T>(1), zero = scalar<T>(0);
+        const Matrix<T> to{products(phase, block), width};
+        std::fill_n(to.data, std::int64_t{width} * (n_ - s), zero);
+        if (block == 0) {
+            alignas(64) T memory[stripWidth * stripWidth];
+            const Matrix<T> v1 = top(s, e, memory);
+            blas::gemm(adjoint<T>, Op::none, width, width, width, one, v1, v1, one, to);
+            blas::gemm(adjoint<T>, Op::none, width, n_ - e, width, one, v1, a_.block(s, e), one, to.block(0, width));
+        }
+        if (const Rows r = rows(block, e); r.count > 0)
+            blas::gemm(adjoint<T>, Op::none, width, n_ - s, r.count, one, a_.block(r.first, s), a_.block(r.first, s),
+                       one, to);
+    }
+
+    // T column by column from V^H V, and W = T^H V^H A. Result: false if it is beyond the range of floats.
+    bool make_update(int phase, int s, int e, StripUpdate& update) const {
+        const int width = e - s;
+        Wide t[stripWidth][stripWidth], product[stripWidth];
+        for (int j = 0; j < width; ++j) {
+            for (int l = 0; l < j; ++l)
+                product[l] = sum(phase, l + width * j);
+            t[j][j] = widened(tau_[s + j]);
+            for (int i = 0; i < j; ++i) {
+                Wide coupling = 0;
+                for (int l = i; l < j; ++l)
+                    coupling += t[i][l] * product[l];
+                t[i][j] = -t[j][j] * coupling;
+            }
+        }
+        for (int j = 0; j < n_ - e; ++j) {
+            for (int l = 0; l < width; ++l)
+                product[l] = sum(phase, l + width * (j + width));
+            for (int i = 0; i < width; ++i) {
+                Wide w = 0;
+                for (int l = 0; l <= i; ++l)
+                    w += std::conj(t[l][i]) * product[l];
+                if (!is_float(w))
+                    return false;
+                update.w[i + width * j] = ReflectedColumn<T>::element(w);
+            }
+        }
+        return true;
+    }
+    void apply_strip(int block, int s, int e, StripUpdate& update) const {
+        const int width = e - s;
+        const T one = scalar<T>(1), minusOne = scalar<T>(-1);
+        const Matrix<const T> w{update.w, width};
+        if (block == 0)
+            blas::gemm(Op::none, Op::none, width, n_ - e, width, minusOne, top(s, e, update.v1), w, one,
+                       a_.block(s, e));
+        if (const Rows r = rows(block, e); r.count > 0)
+            blas::gemm(Op::none, Op::none, r.count, n_ - e, width, minusOne, a_.block(r.first, s), w, one,
+                       a_.block(r.first, e));
+    }
+
+    int m_, n_, blocks_;
+    Matrix<T> a_;
+    T *tau_, *products_ = nullptr;
+    Result result_;
+};
+
+// The reflectors of [first, last) to the columns from `behind` on.
+template <class T>
+void catch_up(int m, int n, int first, int last, int behind, Matrix<T> a, const T* tau) {
+    const int count = last - first;
+    if (count == 0 || behind == n)
+        return;
+    alignas(64) T memory[stripWidth * (stripWidth + mostColumns)];
+    const Matrix<T> v = a.block(first, first), t{memory, count};
+    larft<T>(Direct::forward, StoreV::columns, m - first, count, v, tau + first, t);
+    larfb<T>(Side::left, adjoint<T>, {Direct::forward, StoreV::columns, count, v, t}, m - first, n - behind,
+             a.block(first, behind), {memory + count * count, count}, BlockWork::upright);
+}
+
+} // namespace
+
+bool geqrf_is_tall(int m, int n) {
+    return n > 1 && n <= mostColumns && m >= 4 * height;
+}
+
+template <class T>
+int geqrf_tall(int threads, int m, int n, Matrix<T> a, T* tau) {
+    TallFactorization<T> job(m, n, a, tau);
+    void* const memory = qrv_serv_allocate(static_cast<std::size_t>(job.memory()) * sizeof(T), 128);
+    if (!memory)
+        return 0;
+    const auto result = job.run(std::min(threads, job.blocks()), static_cast<T*>(memory));
+    qrv_serv_deallocate(memory);
+    if (result.stopped)
+        return -1;
+    catch_up(m, n, result.strip, result.done, std::min(result.strip + stripWidth, n), a, tau);
+    return result.done;
+}
+
+template int geqrf_tall(int, int, int, Matrix<float>, float*);
+template int geqrf_tall(int, int, int, Matrix<SingleComplex>, SingleComplex*);
+
+} // namespace qrv::lapack
