@@ -5,6 +5,7 @@
 #include "lapack/routine_name.hpp"
 #include "qrv/service.h"
 #include "service/tuning.hpp"
+#include "service/vector_form.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -38,6 +39,18 @@ private:
     }
 };
 
+// Columns from which a team pays where wide vectors run: for n = 260 two threads took as long as one, complex ones too;
+// for n = 700 they took 0.62 and 0.68 of it.
+template <class T>
+constexpr int wideTeamColumns = isComplex<T> ? 300 : 400;
+
+template <class T>
+int labrd_threads(int m, int n) {
+    const bool wide = vector_form_in_use() != VectorForm::sse;
+    const int least = wide ? wideTeamColumns<T> : tuning::crossover(RoutineName<T>("LABRD"), m, n);
+    return n < least ? 1 : qrv_serv_get_max_threads();
+}
+
 } // namespace
 
 template <class T>
@@ -46,7 +59,7 @@ void labrd(int m, int n, int nb, Matrix<T> a, float* d, float* e, T* tauq, T* ta
         return;
     const RoutineName<T> name("LABRD");
     const BidiagonalPanel<T> panel{m, n, a, x, y};
-    const int threads = n < tuning::crossover(name, m, n) ? 1 : qrv_serv_get_max_threads();
+    const int threads = labrd_threads<T>(m, n);
     if (threads < 2 || !labrd_on_team(threads, tuning::block_size(name, m, n, threads), panel, nb, d, e, tauq, taup))
         reduce_panel(panel, nb, d, e, tauq, taup, WholeProducts<T>{panel});
 }
