@@ -9,7 +9,7 @@
 void cblas_sgemm(int order, int transa, int transb, int m, int n, int k, float alpha, const float* a, int lda,
                  const float* b, int ldb, float beta, float* c, int ldc);
 
-enum { n = 500, threads = 40 };
+enum { n = 700, threads = 40 }; /* products that take memory on two threads */
 
 static void* multiply(void* a) {
     float* const c = malloc(sizeof(float) * n * n);
