@@ -325,17 +325,21 @@ TEST(SymmetricEigen, WithToleranceResidual) {
 }
 
 // A result or an info, in time.
-TEST(SymmetricEigen, NonFiniteEnds) {
+TEST(SymmetricEigen, NonFiniteShowsInEveryValue) {
     for (const float bad : {nan, infinity, -infinity})
         for (const int n : {1, 2, 3, 40})
             for (const int row : {0, n / 2, n - 1})
-                for (const char jobz : {'V', 'N'})
-                    for (const char range : {'A', 'I', 'V'}) {
-                        Symmetric s(spectra(n)[1]);
-                        s.a[s.at(n - 1, row)] = s.a[s.at(row, n - 1)] = bad;
-                        const Eigen x(s, jobz, range, 'L', -1, 1, 1, (n + 1) / 2);
-                        EXPECT_TRUE(x.m >= 0 && x.m <= n && x.info >= 0) << bad << ' ' << n << jobz << range;
-                    }
+                for (const char uplo : {'U', 'L'})
+                    for (const char jobz : {'V', 'N'})
+                        for (const char range : {'A', 'I', 'V'}) {
+                            Symmetric s(spectra(n)[1]);
+                            s.a[s.at(n - 1, row)] = s.a[s.at(row, n - 1)] = bad;
+                            const Eigen x(s, jobz, range, uplo, -1, 1, 1, (n + 1) / 2);
+                            EXPECT_EQ(x.info, 0);
+                            EXPECT_EQ(x.m, range == 'V' ? 0 : range == 'I' ? (n + 1) / 2 : n) << bad << ' ' << n;
+                            for (int j = 0; j < x.m; ++j)
+                                EXPECT_FALSE(std::isfinite(x.w[j])) << bad << ' ' << n << uplo << jobz << range;
+                        }
 }
 
 } // namespace

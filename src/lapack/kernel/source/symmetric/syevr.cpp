@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <utility>
 
 #include "blas/calls.hpp"
@@ -61,6 +62,28 @@ struct Reduced {
     Reduced(int n, float* work, int* iwork)
         : tau(work), d(tau + n), e(d + n), dCopy(e + n), eCopy(dCopy + n), free(eCopy + n), ints(iwork) {}
 };
+
+// A NaN or an infinity of A has come to d or e by now. Then nothing is known of any value, which the comparisons of the
+// solvers would hide.
+bool is_known(int n, const Reduced& t) {
+    const auto finite = [](float x) { return std::isfinite(x); };
+    return std::all_of(t.d, t.d + n, finite) && std::all_of(t.e, t.e + n - 1, finite);
+}
+
+// NaN for each that is wanted by its number; none lies in an interval.
+SyevrResult unknown(bool vectors, const Wanted& wanted, int n, float* w, Matrix<float> z, int* isuppz) {
+    const int count = wanted.range == Range::all       ? n
+                      : wanted.range == Range::indices ? wanted.last - wanted.first + 1
+                                                       : 0;
+    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+    std::fill_n(w, count, nan);
+    for (int j = 0; vectors && j < count; ++j) {
+        std::fill_n(z.column(j), n, nan);
+        isuppz[2 * j] = 1;
+        isuppz[2 * j + 1] = n;
+    }
+    return {count, 0};
+}
 
 // All of them by the fast solvers. False if they fail.
 bool solve_all(bool vectors, int n, bool tryRelative, const Reduced& t, float* w, Matrix<float> z, int* isuppz) {
@@ -121,7 +144,9 @@ SyevrResult syevr(bool vectors, Wanted wanted, Uplo uplo, int n, Matrix<float> a
 
     SyevrResult result{n, 0};
     const bool tryRelative = abstol <= 2 * static_cast<float>(n) * machine::precision;
-    if (!all || !solve_all(vectors, n, tryRelative, t, w, z, isuppz))
+    if (!is_known(n, t))
+        result = unknown(vectors, wanted, n, w, z, isuppz);
+    else if (!all || !solve_all(vectors, n, tryRelative, t, w, z, isuppz))
         result = solve_wanted(vectors, wanted, n, abstol, t, w, z);
     if (vectors)
         ormtr(Side::left, uplo, Op::none, n, result.found, a, t.tau, z, t.e, lwork - 2 * n);
