@@ -112,6 +112,15 @@ TYPED_TEST(Condition, ScalesOfBothFactors) {
     }
 }
 
+TEST(BandCondition, ScaleOfTheSolve) {
+    constexpr int n = 1, none = 0, ipiv = 1;
+    const float small = 0x1p-120F, anorm = 1; // a solve with this is scaled
+    float work[3], rcond = -1;
+    int iwork = 0, info = -1;
+    SGBCON("1", &n, &none, &none, &small, &n, &ipiv, &anorm, &rcond, work, &iwork, &info);
+    EXPECT_EQ(rcond, small);
+}
+
 // Every multiplier and interchange of a band's L, to the last: U is the unit matrix.
 TEST(BandCondition, EveryMultiplierCounts) {
     constexpr int n = 3, kl = 1, ku = 0, ldab = 3;

@@ -246,6 +246,17 @@ TEST(Band, ResidualsOfCholesky) {
                 }
 }
 
+// A pivot whose reciprocal would overflow divides its column.
+TEST(Band, SmallestPivots) {
+    for (auto* const factor : {&lapack::gbtrf, &lapack::gbtf2}) {
+        float column[] = {nan, nan, 0x1p-141F, 0x1p-142F, 0x1p-143F}; // two rows for fill
+        int ipiv = 0;
+        EXPECT_EQ(factor({3, 1, 2, 0}, column, 5, &ipiv), 0);
+        EXPECT_EQ(column[3], 0.5F);
+        EXPECT_EQ(column[4], 0.25F);
+    }
+}
+
 TEST(Band, EstimatesConditions) {
     constexpr int n = 60;
     std::vector<float> work(3 * n);
