@@ -92,7 +92,10 @@ TEST(HostileFiles, EndEveryCommandWithALine) {
                                                  {"solve", a, "-o", out},
                                                  {"solve", a, b},
                                                  {"invert", a, "-o", out},
-                                                 {"eig", a, "--vectors", "both"}};
+                                                 {"fit", a, b, "--pivot", "-o", out},
+                                                 {"qr", a, "-r", out},
+                                                 {"eig", a, "--vectors", "both"},
+                                                 {"svd", a, "--vectors", "-o", out}};
     std::mt19937 random(2);
     for (int k = qrv::test::Sample::of_many(25, 20'000); k > 0; --k) {
         const std::string text = damaged(random);
