@@ -5,6 +5,8 @@
 #include <csignal>
 #include <gtest/gtest.h>
 #include <memory>
+#include <set>
+#include <string>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -29,7 +31,7 @@ struct OrdinaryCalls {
 };
 
 const OrdinaryCalls rows[] = {
-    {"SGETRF CGETRF SGETRF:getrf_ib_omp CGETRF:getrf_ib_omp", {"300 280 m 301 ."}},
+    {"SGETRF CGETRF SGETRF:getrf_ib_omp CGETRF:getrf_ib_omp", {"300 280 m 301 .", "400 390 m 400 ."}},
     {"SGETRS CGETRS", {"N 70 9 m 70 . m 71", "T 70 9 m 70 . m 71"}},
     {"SGESV CGESV", {"70 9 m 70 . m 71"}},
     {"SGETRI CGETRI", {"70 m 70 . w 70", "140 m 140 . w 9000"}},
@@ -39,7 +41,7 @@ const OrdinaryCalls rows[] = {
     {"STRTRI CTRTRI STRTI2 CTRTI2", {"U N 100 m 100", "L N 70 m 70"}},
     {"STRCON CTRCON", {"1 U N 40 m 40 . . .", "I L N 40 m 40 . . ."}},
     {"SLATRS CLATRS", {"U N N N 40 m 40 . . .", "L T N N 40 m 40 . . .", "U C U N 4 m 4 . . ."}},
-    {"SPOTRF CPOTRF", {"U 280 m 280", "L 280 m 280"}},
+    {"SPOTRF CPOTRF", {"U 280 m 280", "L 280 m 280", "L 520 m 520"}},
     {"SPOTF2 CPOTF2 SPOTRI CPOTRI SLAUUM CLAUUM SLAUU2 CLAUU2", {"U 70 m 70", "L 70 m 70"}},
     {"SPOTRS CPOTRS", {"U 70 9 m 70 m 70"}},
     {"SPOSV CPOSV", {"U 70 9 m 70 m 70"}},
@@ -100,7 +102,7 @@ const OrdinaryCalls rows[] = {
     {"SLAS2", {"3 4 2 . ."}},
     {"SLASV2", {"3 4 2 . . . . . .", "0 4 2 . . . . . ."}},
     {"SLASR", {"L V F 40 30 . . m 40", "R B B 40 30 . . m 40"}},
-    {"SGEBRD CGEBRD", {"90 70 m 90 . . . . w 5000", "40 90 m 40 . . . . w 130"}},
+    {"SGEBRD CGEBRD", {"410 405 m 410 . . . . w 30000", "90 70 m 90 . . . . w 5000", "40 90 m 40 . . . . w 130"}},
     {"SORGBR CUNGBR", {"Q 60 50 50 m 60 . w 2000", "P 40 60 40 m 60 . w 2000", "Q 50 50 60 m 50 . w 2000"}},
     {"SORMBR", {"Q L T 60 40 50 m 60 . m 60 w 4000", "P R N 40 50 60 m 60 . m 40 w 4000"}},
     {"CUNMBR", {"Q L C 60 40 50 m 60 . m 60 w 4000", "P R N 40 50 60 m 60 . m 40 w 4000"}},
@@ -153,7 +155,8 @@ const OrdinaryCalls rows[] = {
     {"SSTERF", {"40 . ."}},
     {"SSTEBZ", {"A B 40 0 1 9 9 0 . . . . . . . . .", "I E 40 0 0 2 3 0 . . . . . . . . ."}},
     {"SSTEIN", {"40 . . 1 . . . . 40 . . ."}},
-    {"SSYTRD", {"U 300 m 300 . . . w 6000", "L 300 m 300 . . . w 6000", "L 60 m 60 . . . w 1"}},
+    {"SSYTRD",
+     {"U 300 m 300 . . . w 6000", "L 300 m 300 . . . w 6000", "L 60 m 60 . . . w 1", "L 610 m 610 . . . w 20000"}},
     {"SSYTD2", {"U 40 m 40 . . .", "L 40 m 40 . . ."}},
     {"SLATRD", {"U 40 8 m 40 . . m 40", "L 40 8 m 40 . . m 40"}},
     {"SORMTR", {"L U N 40 30 m 40 . m 40 w 300", "R L T 30 40 m 40 . m 40 w 300"}},
@@ -386,8 +389,7 @@ TEST(Calls, ReachFarColumns) {
         c.run(c.found);
         const Arguments& found = far.call(*c.routine);
         for (std::size_t k = 0; k < found.size(); ++k)
-            EXPECT_TRUE(found[k].distance(c.found[k]) <= 1e-3)
-                << c.text << ": argument " << k + 1 << " off by " << found[k].distance(c.found[k]);
+            EXPECT_TRUE(found[k].distance(c.found[k]).ofElements <= 1e-3) << c.text << ": argument " << k + 1;
     }
 }
 
@@ -428,6 +430,13 @@ void* refusing_malloc(std::size_t size) {
 
 // A request for memory that is refused is done without, and the result is that of another order of the same sums, or
 // info tells.
+// Signs and order of what some find hang on the last bits.
+bool is_unique(const Case& c) {
+    const std::set<std::string> others = {"GEBRD", "GEEV ", "GEHRD", "GESDD", "HSEQR",
+                                          "LABRD", "LATRD", "SYEVR", "SYTRD"};
+    return others.count(c.text.substr(1, 5)) == 0;
+}
+
 TEST(Calls, BearRefusedMemory) {
     const AllocatorSlots saved = allocatorSlots;
     allocatorSlots.malloc = refusing_malloc;
@@ -448,10 +457,12 @@ TEST(Calls, BearRefusedMemory) {
                     continue;
                 auto arguments = c.given;
                 run(c, arguments, which);
-                for (std::size_t k = 0; k < arguments.size(); ++k)
-                    EXPECT_TRUE(c.info(arguments) != 0 || arguments[k].distance(c.found[k]) <= 0.02)
+                for (std::size_t k = 0; k < arguments.size() && c.info(arguments) == 0; ++k) {
+                    const auto distance = arguments[k].distance(c.found[k]);
+                    EXPECT_TRUE((is_unique(c) ? distance.ofElements : distance.ofNorms) <= 0.02)
                         << c.text << ": request " << which << " of " << made << " refused, team " << team
-                        << ", argument " << k + 1 << " off by " << arguments[k].distance(c.found[k]);
+                        << ", argument " << k + 1 << " off by " << distance.ofElements << ' ' << distance.ofNorms;
+                }
             }
         }
     }

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
@@ -103,18 +104,25 @@ public:
         std::memcpy(&x, memory_.data(), sizeof x);
         return x;
     }
-    // Of the elements of a matrix, from those of another call: the largest, against the largest element.
-    double distance(const Argument& other) const {
-        float largest = 0, distance = 0;
-        if (is_floating() && is_matrix())
-            for (std::size_t k = 0; k < memory_.size(); k += sizeof(float)) {
-                float x, y;
-                std::memcpy(&x, memory_.data() + k, sizeof x);
-                std::memcpy(&y, other.memory_.data() + k, sizeof y);
-                largest = std::max({largest, std::abs(x), std::abs(y)});
-                distance = std::max(distance, std::abs(x - y));
-            }
-        return static_cast<double>(distance) / std::max(1e-30F, largest);
+    // Of a matrix: how far its elements are from those of another call, against the largest; and its norm from the
+    // other's.
+    struct Distance {
+        double ofElements = 0, ofNorms = 0;
+    };
+    Distance distance(const Argument& other) const {
+        double largest = 1e-30, distance = 0, squares = 0, otherSquares = 0;
+        if (!is_floating() || !is_matrix())
+            return {};
+        for (std::size_t k = 0; k < memory_.size(); k += sizeof(float)) {
+            float x, y;
+            std::memcpy(&x, memory_.data() + k, sizeof x);
+            std::memcpy(&y, other.memory_.data() + k, sizeof y);
+            largest = std::max({largest, std::abs(double{x}), std::abs(double{y})});
+            distance = std::max(distance, std::abs(double{x} - y));
+            squares += double{x} * x;
+            otherSquares += double{y} * y;
+        }
+        return {distance / largest, std::abs(std::sqrt(squares / otherSquares) - 1)};
     }
     bool same_bits(const Argument& other) const { return memory_ == other.memory_; }
     bool is_floating() const { return kind_ == Kind::real || kind_ == Kind::complex; }
@@ -142,9 +150,9 @@ private:
     // Ones: matrices, vectors and pivots that any routine can work on.
     void fill(long next) {
         const auto ld = static_cast<std::size_t>(std::abs(next));
-        const std::size_t size = is_matrix()    ? 2 * ld * ld + 512
-                                 : word_ == "w" ? static_cast<std::size_t>(std::max(512L, next))
-                                                : 512;
+        const std::size_t size = is_matrix()    ? 2 * ld * ld + 1024
+                                 : word_ == "w" ? static_cast<std::size_t>(std::max(1024L, next))
+                                                : 1024;
         const std::size_t diagonal = word_[0] == 'b' ? std::stoul(word_.substr(1)) : 0;
         memory_.reserve(size * sizeof(qrv_complex));
         std::minstd_rand random;
