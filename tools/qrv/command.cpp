@@ -31,13 +31,15 @@ std::optional<OutputFile> open_output(const std::string& name) {
     return name.empty() ? std::nullopt : std::optional<OutputFile>(std::in_place, name);
 }
 
-void require_different(const std::string& file, const std::string& other) {
+void require_different(std::initializer_list<std::string> files) {
     std::error_code none; // what cannot be found is said when it is opened
     const auto whole = [&](const std::string& name) {
         return std::filesystem::weakly_canonical(std::filesystem::absolute(name, none), none);
     };
-    if (!file.empty() && !other.empty() && whole(file) == whole(other))
-        throw CLI::ValidationError(other + " would take two results");
+    for (const std::string& file : files)
+        for (const std::string* other = &file + 1; other < files.end(); ++other)
+            if (!file.empty() && !other->empty() && whole(file) == whole(*other))
+                throw CLI::ValidationError(*other + " would take two results");
 }
 
 std::string description(const std::string& path, const MatrixFile& file) {

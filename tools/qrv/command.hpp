@@ -6,6 +6,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <initializer_list>
 #include <optional>
 #include <string>
 
@@ -29,7 +30,7 @@ CLI::Validator file_name();
 
 // The file of an option that names one, opened; none without. Several of one command must differ.
 std::optional<OutputFile> open_output(const std::string& name);
-void require_different(const std::string& file, const std::string& other);
+void require_different(std::initializer_list<std::string> files);
 
 // Name, size and kind of a matrix, for the head of a report.
 std::string description(const std::string& path, const MatrixFile& file);

@@ -50,7 +50,7 @@ void run(const Request& request) {
     if (rank > svd.count())
         throw InputError(fmt::format("{} has {} singular values, fewer than {}", request.picture, svd.count(), rank));
     const std::string out = request.out.empty() ? name_beside(request.picture, rank) : request.out;
-    require_different(request.picture, out);
+    require_different({request.picture, out});
     const support::Planes low{nearest_of_rank(svd, rank), original.count};
     support::write_planes(out, low);
 

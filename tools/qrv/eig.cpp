@@ -124,11 +124,7 @@ const Matrix<float>& require_real(const std::string& path, const MatrixFile& fil
 }
 
 void run(const Request& request) {
-    const std::string* const names[] = {&request.out, &request.left, &request.right, &request.picture};
-    for (const auto* one : names)
-        for (const auto* other : names)
-            if (one < other)
-                require_different(*one, *other);
+    require_different({request.out, request.left, request.right, request.picture});
     Outputs outputs{open_output(request.out), open_output(request.left), open_output(request.right),
                     open_output(request.picture)};
     const MatrixFile file = read_matrix_market(request.a, request.wanted().any() ? 6 : 3);

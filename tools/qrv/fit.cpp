@@ -63,7 +63,7 @@ void check_sizes(const Request& request, const AnyMatrix& a, const AnyMatrix& b)
 }
 
 void run(const Request& request) {
-    require_different(request.out, request.picture);
+    require_different({request.out, request.picture});
     Outputs outputs{open_output(request.out), open_output(request.picture)};
     const MatrixFile b = read_matrix_market(request.b, 3); // first, for it tells what A will be held as
     const bool withComplex = std::holds_alternative<Matrix<SingleComplex>>(b.matrix);

@@ -52,9 +52,7 @@ void factor(const Request& request, Outputs& outputs, const Matrix<T>& a) {
 }
 
 void run(const Request& request) {
-    require_different(request.q, request.r);
-    require_different(request.q, request.p);
-    require_different(request.r, request.p);
+    require_different({request.q, request.r, request.p});
     Outputs outputs{open_output(request.q), open_output(request.r), open_output(request.p)};
     const MatrixFile a = read_matrix_market(request.a, 4); // its factors, Q and R
     fmt::print("A: {}\n", description(request.a, a));

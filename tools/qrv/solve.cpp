@@ -93,7 +93,7 @@ void check_sizes(const Request& request, const AnyMatrix& a, const std::optional
 }
 
 void run(const Request& request) {
-    require_different(request.out, request.picture);
+    require_different({request.out, request.picture});
     Outputs outputs{open_output(request.out), open_output(request.picture)};
     std::optional<MatrixFile> b; // first, for it tells what A will be held as
     if (request.has_right_hand_side())
