@@ -314,6 +314,33 @@ TEST(Calls, InAChildOfATeam) {
     EXPECT_EQ(status, 0);
 }
 
+// Signs and order of what some find hang on the last bits.
+bool is_unique(const Case& c) {
+    const std::set<std::string> others = {"GEBRD", "GEEV ", "GEHRD", "GESDD", "HSEQR",
+                                          "LABRD", "LATRD", "SYEVR", "SYTRD"};
+    return others.count(c.text.substr(1, 5)) == 0;
+}
+
+// As large arrays lie that malloc gives.
+TEST(Calls, OnArraysOffALine) {
+    auto cases = all_cases();
+    for (Case& c : cases)
+        c.run(c.found);
+    OnLines<unsigned char>::bytesOff = 16;
+    auto off = all_cases();
+    OnLines<unsigned char>::bytesOff = 0;
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        off[i].run(off[i].given);
+        EXPECT_EQ(off[i].info(off[i].given), 0) << off[i].text;
+        for (std::size_t k = 0; k < cases[i].found.size(); ++k) {
+            const auto distance = off[i].given[k].distance(cases[i].found[k]);
+            EXPECT_TRUE((is_unique(cases[i]) ? distance.ofElements : distance.ofNorms) <= 0.02)
+                << off[i].text << ": argument " << k + 1 << " off by " << distance.ofElements << ' '
+                << distance.ofNorms;
+        }
+    }
+}
+
 // ---- Wide indices ---------------------------------------------------------------------------------------------------
 
 // The matrices of a call with their columns so far apart that offsets pass 2^31 elements.
@@ -430,13 +457,6 @@ void* refusing_malloc(std::size_t size) {
 
 // A request for memory that is refused is done without, and the result is that of another order of the same sums, or
 // info tells.
-// Signs and order of what some find hang on the last bits.
-bool is_unique(const Case& c) {
-    const std::set<std::string> others = {"GEBRD", "GEEV ", "GEHRD", "GESDD", "HSEQR",
-                                          "LABRD", "LATRD", "SYEVR", "SYTRD"};
-    return others.count(c.text.substr(1, 5)) == 0;
-}
-
 TEST(Calls, BearRefusedMemory) {
     const AllocatorSlots saved = allocatorSlots;
     allocatorSlots.malloc = refusing_malloc;

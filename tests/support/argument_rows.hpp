@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
@@ -71,8 +72,15 @@ struct OnLines {
     OnLines() = default;
     template <class U>
     OnLines(const OnLines<U>&) {}
-    T* allocate(std::size_t n) { return static_cast<T*>(::operator new(n * sizeof(T), std::align_val_t(64))); }
-    void deallocate(T* memory, std::size_t) { ::operator delete(memory, std::align_val_t(64)); }
+    static inline std::size_t bytesOff = 0; // below 64: those of now, on purpose
+    T* allocate(std::size_t n) {
+        void* const line = ::operator new(n * sizeof(T) + bytesOff, std::align_val_t(64));
+        return reinterpret_cast<T*>(static_cast<char*>(line) + bytesOff);
+    }
+    void deallocate(T* memory, std::size_t) {
+        auto* const first = reinterpret_cast<char*>(memory);
+        ::operator delete(first - reinterpret_cast<std::uintptr_t>(first) % 64, std::align_val_t(64));
+    }
     bool operator==(const OnLines&) const = default;
 };
 
