@@ -6,6 +6,7 @@
 
 #include "lapack/kernel/source/cholesky/potrf_route.hpp"
 #include "lapack/kernel/source/cholesky/potrf_schedule.hpp"
+#include "lapack/task_team.hpp"
 #include "support/simulated_team.hpp"
 
 namespace qrv::test {
@@ -107,6 +108,50 @@ TEST(PotrfSchedule, TakesEveryTileThroughItsStepsInOrder) {
                 coarsest = std::max(coarsest, job.coarsest());
             }
     EXPECT_EQ(coarsest, 16);
+}
+
+// Threads give cells back without a lock, tile by tile, and others claim them at once. Tasks that do nothing else make
+// such moments frequent: a tile that goes back in its steps stays unfinished for ever, or is worked on twice.
+struct IdleTiles {
+    using Task = Tiles::Task;
+
+    explicit IdleTiles(int columns)
+        : tiles(columns), words(static_cast<std::size_t>(qrv_lapack_potrf_sched_size(&tiles))), solves(words.size()) {}
+
+    PotrfTable* table() { return reinterpret_cast<PotrfTable*>(words.data()); }
+    void begin(int team) {
+        qrv_lapack_potrf_sched_init(table(), &tiles, &team);
+        const PotrfTask leading{1, 1, 0, table()->cell};
+        qrv_lapack_potrf_sched_release(table(), &leading);
+    }
+    Task first(int) const { return {}; }
+    void next(int, Task& task) {
+        qrv_lapack_potrf_sched_next(table(), &task);
+        task.done = qrv_lapack_potrf_sched_done(table()) || ++calls > enough;
+    }
+    bool perform(Task& task, int) {
+        if (const int ready = qrv_lapack_potrf_sched_depth(table(), &task); task.step + ready > task.i) {
+            ++solves[static_cast<std::size_t>(task.j * (task.j - 1) / 2 + task.i - 1)];
+            task.step = 0;
+        } else {
+            task.step += std::min(ready, 1);
+        }
+        qrv_lapack_potrf_sched_release(table(), &task);
+        return true;
+    }
+
+    static constexpr int enough = 1'000'000;
+    int tiles, calls = 0;
+    std::vector<int> words;
+    std::vector<std::atomic<int>> solves; // of the cells with their corners there
+};
+TEST(PotrfScheduleRaces, CellsGivenBackPartByPart) {
+    for (int run = 0; run < 1000; ++run) {
+        IdleTiles job(60 + run % 8);
+        lapack::TaskTeam(job).run(3 + run % 6);
+        ASSERT_TRUE(qrv_lapack_potrf_sched_done(job.table())) << "ran dry";
+        ASSERT_TRUE(std::all_of(job.solves.begin(), job.solves.end(), [](int times) { return times <= 1; }));
+    }
 }
 
 // The grain is the largest power of two that leaves every thread some cells; half of the columns are open at first.

@@ -5,11 +5,11 @@
 namespace qrv {
 namespace {
 
-// Calls visit(status) for each tile of a cell.
+// Calls visit(status) for each tile of a cell, its corner last, and so that of each finer cell in it.
 template <class Table, class Visit>
 void for_each_tile(Table& table, const PotrfTask& cell, const Visit& visit) {
-    for (int j = cell.j; j < table.end(cell.j, cell.span); ++j)
-        for (int i = cell.i; i < std::min(table.end(cell.i, cell.span), j + 1); ++i)
+    for (int j = table.end(cell.j, cell.span) - 1; j >= cell.j; --j)
+        for (int i = std::min(table.end(cell.i, cell.span) - 1, j); i >= cell.i; --i)
             visit(table.status(i, j));
 }
 

@@ -21,6 +21,8 @@
 //     ready within reach, some thread holds a tile there, or the reach can grow.
 //   - A status is written with release and read with acquire: who finds a tile finished, or takes it over, sees what
 //     was written to it.
+//   - A cell is given back without a lock, while other threads take tasks. Its corner goes last, as does that of each
+//     finer cell in it: who looks at a corner finds the whole cell given back.
 #pragma once
 
 #include <algorithm>
