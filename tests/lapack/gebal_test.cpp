@@ -21,7 +21,6 @@ Balanced balance(const Operand<float>& a, char job) {
     int info = -1;
     SGEBAL(&job, &n, b.a.data(), &b.a.ld(), &b.ilo, &b.ihi, b.scale.data(), &info);
     EXPECT_EQ(info, 0);
-    EXPECT_TRUE(b.a.guards_intact());
     return b;
 }
 
@@ -33,7 +32,6 @@ Operand<float> transformation(const Balanced& b, char job, char side) {
     int info = -1;
     SGEBAK(&job, &side, &n, &b.ilo, &b.ihi, b.scale.data(), &n, t.data(), &t.ld(), &info);
     EXPECT_EQ(info, 0);
-    EXPECT_TRUE(t.guards_intact());
     return t;
 }
 

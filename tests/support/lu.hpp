@@ -70,7 +70,6 @@ LuFactors<T> factor(const LuRoute<T>& route, const Operand<T>& a) {
     const int length = std::min(a.rows(), a.columns());
     f.ipiv.assign(static_cast<std::size_t>(length) + 1, untouched);
     f.info = route.factor(a.rows(), a.columns(), f.lu.view(), f.ipiv.data());
-    EXPECT_TRUE(f.lu.guards_intact()) << route << ": written outside A";
     EXPECT_EQ(f.ipiv.back(), untouched) << route << ": written behind ipiv";
     f.ipiv.pop_back();
     return f;

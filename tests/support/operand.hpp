@@ -236,6 +236,7 @@ public:
         : Operand(Form{rows, columns}, Layout{ld - std::max(1, rows), offset}) {}
     Operand(const Operand& other) : Operand(other.form_, other.layout_) { set(other); }
     Operand& operator=(const Operand&) = delete;
+    ~Operand() { EXPECT_TRUE(guards_intact()) << "written beside the elements of a " << rows() << " x " << columns(); }
 
     const Form& form() const { return form_; }
     int rows() const { return form_.rows; }
@@ -303,7 +304,7 @@ public:
     bool same_bits(const Operand& other) const {
         return count_bad([&](int i, int j, const T& x) { return test::same_bits(x, other(i, j)); }) == 0;
     }
-    // Whether nothing but stored elements has been written.
+    // Whether nothing but stored elements has been written; an operand that goes looks itself.
     bool guards_intact() const {
         bool all = true;
         const float* next = begin(); // what lies in front has been looked at

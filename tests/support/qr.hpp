@@ -34,7 +34,6 @@ struct QrResult {
     GuardedVector<T> tau, work;
     QrResult(const Operand<T>& of, std::int64_t workLength)
         : a(of), tau(std::min(of.rows(), of.columns())), work(int(workLength)) {}
-    bool guards_intact() const { return a.guards_intact() && tau.guards_intact() && work.guards_intact(); }
 };
 
 // False if there is no memory for the schedule.
