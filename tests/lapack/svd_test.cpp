@@ -351,6 +351,199 @@ TEST(BidiagonalSvd, MergesAreTheirSteps) {
     }
 }
 
+// ---- Factors of vectors, multiplied out -----------------------------------------------------------------------------
+
+using Columns = std::vector<std::vector<double>>;
+
+void turn(std::vector<double>& x, std::vector<double>& y, double c, double s) {
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        const double other = x[i];
+        x[i] = c * other + s * y[i];
+        y[i] = c * y[i] - s * other;
+    }
+}
+
+// Columns first to first + n of U, and one more of V if `longer`: those of the parts become those of the whole.
+void multiply_by_merge(const lapack::CompactMerge& f, int first, int nl, int n, bool longer, Columns& u, Columns& v) {
+    const auto at = [&](int i) { return std::size_t(first + i); };
+    std::fill(u[at(nl)].begin(), u[at(nl)].end(), 0.0);
+    u[at(nl)][at(nl)] = 1;
+    for (int r = 0; r < *f.givptr; ++r)
+        for (Columns* x : {&u, &v})
+            turn((*x)[at(f.givcol(r, 1) - 1)], (*x)[at(f.givcol(r, 0) - 1)], f.givnum(r, 1), f.givnum(r, 0));
+    if (longer)
+        turn(v[at(n)], v[at(nl)], *f.c, *f.s);
+    const Columns oldU = u, oldV = v;
+    for (int j = 0; j < n; ++j)
+        u[at(j)] = oldU[at(f.perm[j] - 1)], v[at(j)] = oldV[at(f.perm[j] - 1)];
+    const Columns keptU = u, keptV = v;
+    for (int j = 0; j < *f.k; ++j) {
+        std::vector<double> left, right;
+        double leftSquares = 0, rightSquares = 0;
+        for (int i = 0; i < *f.k; ++i) {
+            const double pole = f.poles(i, 1), beyond = pole - f.poles(i <= j ? j : j + 1, 1),
+                         difference = beyond - (i <= j ? f.difl[j] : f.difr(j, 0));
+            right.push_back(*f.k == 1 ? 1 : f.z[i] / difference / (pole + f.poles(j, 0)));
+            left.push_back(*f.k == 1 ? (f.z[0] < 0 ? -1 : 1) : i == 0 ? -1 : pole * right.back());
+            leftSquares += left.back() * left.back(), rightSquares += right.back() * right.back();
+        }
+        EXPECT_NEAR(f.difr(j, 1) / std::sqrt(rightSquares), 1, 1e-5);
+        for (std::size_t row = 0; row < v[0].size(); ++row) {
+            double sumU = 0, sumV = 0;
+            for (int i = 0; i < *f.k; ++i) {
+                sumV += keptV[at(i)][row] * right[std::size_t(i)];
+                if (row < u[0].size())
+                    sumU += keptU[at(i)][row] * left[std::size_t(i)];
+            }
+            v[at(j)][row] = sumV / std::sqrt(rightSquares);
+            if (row < u[0].size())
+                u[at(j)][row] = sumU / std::sqrt(leftSquares);
+        }
+    }
+}
+
+// The vectors of n rows from `first` on.
+void multiply_out(const lapack::CompactForm& f, int leaf, int first, int n, bool longer, Columns& u, Columns& v) {
+    const auto of_leaf = [&](int row, int size, bool leafLonger) {
+        for (int j = 0; j < size + leafLonger; ++j)
+            for (int i = 0; i < size + leafLonger; ++i) {
+                v[std::size_t(first + row + j)][std::size_t(first + row + i)] = f.vt(row + j, i);
+                if (i < size && j < size)
+                    u[std::size_t(first + row + j)][std::size_t(first + row + i)] = f.u(row + i, j);
+            }
+    };
+    if (n <= leaf)
+        return of_leaf(0, n, longer);
+    std::vector<int> center(static_cast<std::size_t>(n)), left(center), right(center);
+    const lapack::DivisionTree tree = lapack::lasdt(n, center.data(), left.data(), right.data(), leaf);
+    for (int level = tree.levels - 1; level >= 0; --level)
+        for (int p = (1 << level) - 1, end = 2 * p + 1, number = end; p < end; ++p, --number) {
+            const auto at = std::size_t(p);
+            const int row = center[at] - 1, nl = left[at], nr = right[at];
+            const bool ownLonger = p < end - 1 || longer;
+            if (level == tree.levels - 1) {
+                of_leaf(row - nl, nl, true);
+                of_leaf(row + 1, nr, ownLonger);
+            }
+            multiply_by_merge(f.merge(true, row - nl, level, number - 1), first + row - nl, nl, nl + nr + 1, ownLonger,
+                              u, v);
+        }
+}
+
+Columns zeros(int n) {
+    return Columns(std::size_t(n), std::vector<double>(std::size_t(n)));
+}
+
+TEST(BidiagonalSvd, ResidualOfFactors) {
+    const int leaf = 5, with = 1, without = 0;
+    for (const int sqre : {0, 1})
+        for (const int n : {2, 6, 13, 40})
+            for (const BidiagonalMatrix& b : matrices(n, 'U', sqre)) {
+                if (b.norm() > 2 || b.norm() < 0.1)
+                    continue; // divide and conquer wants those of size one
+                const int m = n + sqre, ld = n + 3, levels = 4;
+                const auto floats = [&](int columns) { return Operand<float>(m, columns, ld); };
+                Operand<float> u = floats(leaf), vt = floats(leaf + 1), difl = floats(levels), z = floats(levels),
+                               difr = floats(2 * levels), poles = floats(2 * levels), givnum = floats(2 * levels);
+                std::vector<int> k(static_cast<std::size_t>(n)), givptr(k), givcol(k.size() * 2 * levels),
+                    perm(k.size() * levels), ints(7 * k.size());
+                std::vector<float> c(k.size()), s(c), d = b.d, e = b.e, values = b.d, e2 = b.e;
+                GuardedVector<float> work(6 * m + (leaf + 1) * (leaf + 1));
+                const auto run = [&](const int& icompq, std::vector<float>& to, std::vector<float>& beside) {
+                    int info = -1;
+                    SLASDA(&icompq, &leaf, &n, &sqre, to.data(), beside.data(), u.data(), &ld, vt.data(), k.data(),
+                           difl.data(), difr.data(), z.data(), poles.data(), givptr.data(), givcol.data(), &n,
+                           perm.data(), givnum.data(), c.data(), s.data(), work.data(), ints.data(), &info);
+                    EXPECT_EQ(info, 0) << b.name << ' ' << n << ' ' << sqre;
+                };
+                run(without, values, e2);
+                run(with, d, e);
+                EXPECT_TRUE(u.guards_intact() && vt.guards_intact() && difl.guards_intact() && difr.guards_intact() &&
+                            z.guards_intact() && poles.guards_intact() && givnum.guards_intact() &&
+                            work.guards_intact());
+                std::sort(values.begin(), values.end());
+                Columns left = zeros(n), right = zeros(m);
+                multiply_out({u.view(),
+                              vt.view(),
+                              k.data(),
+                              difl.view(),
+                              difr.view(),
+                              z.view(),
+                              poles.view(),
+                              givptr.data(),
+                              {givcol.data(), n},
+                              {perm.data(), n},
+                              givnum.view(),
+                              c.data(),
+                              s.data()},
+                             leaf, 0, n, sqre == 1, left, right);
+                Operand<float> wholeU(n, n, n), wholeVt(n, m, n);
+                wholeU.set([&](int i, int j) { return float(left[std::size_t(j)][std::size_t(i)]); });
+                wholeVt.set([&](int i, int j) { return float(right[std::size_t(i)][std::size_t(j)]); });
+                EXPECT_LT(worst_ratio(b, d, wholeU, wholeVt), 40) << b.name << ' ' << n << ' ' << sqre;
+                std::sort(d.begin(), d.end());
+                EXPECT_LE(largest_difference(d, values), 10 * n * unitRoundoff) << b.name << ' ' << n << ' ' << sqre;
+            }
+}
+
+// SBDSDC's, in arrays of exactly the published lengths.
+TEST(BidiagonalSvd, ResidualOfCompactForm) {
+    const int s = 25;
+    for (const int n : {1, 2, 25, 26, 40, 52, 110})
+        for (const char uplo : {'U', 'L'})
+            for (const BidiagonalMatrix& b : matrices(n, uplo)) {
+                const int logarithm = static_cast<int>(std::log2(n / (s + 1.0)));
+                std::vector<float> d = b.d, e = b.e;
+                GuardedVector<float> q(n * (11 + 2 * s + 8 * logarithm)), work(6 * n);
+                std::vector<int> iq(static_cast<std::size_t>(std::max(0, n * (3 + 3 * logarithm)))),
+                    iwork(8 * d.size());
+                int info = -1;
+                const int one = 1;
+                SBDSDC(&uplo, "P", &n, d.data(), e.data(), nullptr, &one, nullptr, &one, q.data(), iq.data(),
+                       work.data(), iwork.data(), &info);
+                EXPECT_EQ(info, 0) << b.name << n;
+                EXPECT_TRUE(descending(d) && q.guards_intact() && work.guards_intact()) << b.name << n;
+                Columns u = zeros(n), v = zeros(n);
+                std::vector<std::size_t> order;
+                const Matrix<float> columns{q.data(), n};
+                const auto from = [&](int first, int column) { return columns.block(first, column); };
+                if (n <= s)
+                    multiply_out({from(0, 0), from(0, n), {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}}, s, 0, n, false,
+                                 u, v);
+                for (int first = 0; n > s && first < n;) {
+                    const float* const part = columns.column(2 * s + 1) + first;
+                    const int size = int(part[0]), l = logarithm + 1,
+                              nodes = size > s ? (1 << lapack::division_levels(size, s)) - 1 : 0;
+                    std::vector<int> k(part + 1 + 2 * nodes, part + 1 + 3 * nodes),
+                        givptr(part + 1 + 3 * nodes, part + 1 + 4 * nodes);
+                    std::vector<float> c(part + 1, part + 1 + nodes), sines(part + 1 + nodes, part + 1 + 2 * nodes);
+                    const int next = 2 * s + 3;
+                    multiply_out({from(first, 0),
+                                  from(first, s),
+                                  k.data(),
+                                  from(first, next),
+                                  from(first, next + l),
+                                  from(first, next + 3 * l),
+                                  from(first, next + 4 * l),
+                                  givptr.data(),
+                                  {&iq[std::size_t(l * n + first)], n},
+                                  {&iq[std::size_t(first)], n},
+                                  from(first, next + 6 * l),
+                                  c.data(),
+                                  sines.data()},
+                                 s, first, size, false, u, v);
+                    first += std::max(1, size);
+                }
+                for (int i = 0; i < n; ++i)
+                    order.push_back(n > s ? std::size_t(columns(i, 2 * s + 2)) - 1 : std::size_t(i));
+                Operand<float> wholeU(n, n, n), wholeVt(n, n, n);
+                const Columns &left = uplo == 'U' ? u : v, &right = uplo == 'U' ? v : u;
+                wholeU.set([&](int i, int j) { return float(left[order[std::size_t(j)]][std::size_t(i)]); });
+                wholeVt.set([&](int i, int j) { return float(right[order[std::size_t(i)]][std::size_t(j)]); });
+                EXPECT_LT(worst_ratio(b, d, wholeU, wholeVt), 20) << b.name << ' ' << uplo << n;
+            }
+}
+
 TEST(BidiagonalSvd, RootOfThreePoles) {
     const float z[] = {0.3F, 0.2F, 0.5F};
     const int kniter = 2;

@@ -23,9 +23,18 @@ QRV_API void SBDSQR(const char* uplo, const int* n, const int* ncvt, const int* 
 
 /* The same by divide and conquer.
  *
- * compq   'I': vectors, u and vt are n x n; 'N': values only. The compact form 'P' is not there, and reported as bad.
- * q, iq   not touched
- * work    3*n*n + 4*n ('I'), 4*n; iwork: 8*n
+ * compq   'I': vectors, u and vt are n x n; 'P': vectors as factors, which take n log n numbers; 'N': values only
+ * q, iq   the factors: n*(11 + 2*s + 8*l) floats and n*(3 + 3*l) ints, s = ILAENV(9, "SBDSDC", ...) and l = log2(n/(s +
+ *         1)) cut to a whole number; not touched otherwise
+ * work    3*n*n + 4*n ('I'), 6*n ('P'), 4*n; iwork: 8*n
+ *
+ * For n <= s the factors are U and V' themselves, in the first 2*n*n floats. Else both arrays have columns of n
+ * numbers, in this order: q that U(1:s) and VT(1:s+1) of the leaves of all trees; PARTS; ORDER, the numbers of the
+ * singular values in the order in which SLASDA has them; and DIFL, DIFR, Z, POLES and GIVNUM of SLASDA; iq its PERM and
+ * GIVCOL. B falls into parts where an element beside its diagonal is negligible, and each has a tree of its own in its
+ * rows. PARTS has at the first row of a part its size and, of more than s rows, behind it C, S, K and GIVPTR of all its
+ * nodes, one array behind the other, as floats. Of a lower B these are the factors of its transpose, so that U and V
+ * are exchanged.
  *
  * info > 0: it did not converge. */
 QRV_API void SBDSDC(const char* uplo, const char* compq, const int* n, float* d, float* e, float* u, const int* ldu,
@@ -90,6 +99,51 @@ QRV_API void SLASD2(const int* nl, const int* nr, const int* sqre, int* k, float
 QRV_API void SLASD3(const int* nl, const int* nr, const int* sqre, const int* k, float* d, float* q, const int* ldq,
                     float* dsigma, float* u, const int* ldu, float* u2, const int* ldu2, float* vt, const int* ldvt,
                     float* vt2, const int* ldvt2, int* idxc, int* ctot, float* z, int* info);
+
+/* SLASD0 with the factors of the vectors (icompq = 1), or without any (0).
+ *
+ * u, vt               (ldu, smlsiz), (ldu, smlsiz + 1): the vectors of the leaves, each in the rows of its own, and in
+ *                     columns from 1 on; of up to smlsiz rows those of the whole
+ * difl, z, perm       of each level of the tree a column, in which a node has the rows of its problem; the root's is 1
+ * difr, poles         the same with two columns a level, as givcol and givnum; all of leading dimension ldu but perm
+ * and givcol, which have ldgcol k, givptr, c, s     of each node an element: SLASDT's nodes, but with each level
+ * counted from its end work                6*m + (smlsiz + 1)^2, m = n + sqre; iwork: 7*n
+ *
+ * With icompq = 0 only k, difl, difr and z are stored, of one node after the other in the same place.
+ *
+ * info > 0: a part did not converge. */
+QRV_API void SLASDA(const int* icompq, const int* smlsiz, const int* n, const int* sqre, float* d, float* e, float* u,
+                    const int* ldu, float* vt, int* k, float* difl, float* difr, float* z, float* poles, int* givptr,
+                    int* givcol, const int* ldgcol, int* perm, float* givnum, float* c, float* s, float* work,
+                    int* iwork, int* info);
+
+/* Its merge: SLASD1 for vf and vl, the first and the last elements of all right vectors, m each. The factors multiply
+ * the left vectors of the parts, which are columns 1 to nl and nl + 2 to n, that between them being a unit vector, and
+ * the right ones, columns 1 to m:
+ *
+ *   givcol, givnum   givptr rotations, one behind the other, with c = givnum(r,2) and s = givnum(r,1) of columns
+ *                    x = givcol(r,2) and y = givcol(r,1), which become c*x + s*y and c*y - s*x
+ *   c, s             with sqre = 1 another one of the right vectors alone, of x = column m and y = column nl + 1
+ *   perm             column j comes from there, n of them
+ *   poles, difl, difr, z, k   the first k columns are multiplied by vectors v(j) with elements z(i) / (p(i) - x(j)) /
+ *                    (p(i) + x(j)), divided by difr(j,2), the length, and on the left by those with elements
+ *                    p(i)*v(i), and -1 for the first, divided by theirs; p = poles(:,2), x = poles(:,1), where x(j) -
+ * p(j) = difl(j) and x(j) - p(j+1) = difr(j,1). Of k = 1 they are 1 and the sign of z(1).
+ *
+ * work: 4*m; iwork: 3*n. */
+QRV_API void SLASD6(const int* icompq, const int* nl, const int* nr, const int* sqre, float* d, float* vf, float* vl,
+                    const float* alpha, const float* beta, int* idxq, int* perm, int* givptr, int* givcol,
+                    const int* ldgcol, float* givnum, const int* ldgnum, float* poles, float* difl, float* difr,
+                    float* z, int* k, float* c, float* s, float* work, int* iwork, int* info);
+
+/* The two steps of SLASD6, as SLASD2 and SLASD3 are those of SLASD1: zw, vfw and vlw have m elements, idx and idxp n,
+ * work 3*k; idxq is lost. SLASD8 makes z that of the factors. */
+QRV_API void SLASD7(const int* icompq, const int* nl, const int* nr, const int* sqre, int* k, float* d, float* z,
+                    float* zw, float* vf, float* vfw, float* vl, float* vlw, const float* alpha, const float* beta,
+                    float* dsigma, int* idx, int* idxp, int* idxq, int* perm, int* givptr, int* givcol,
+                    const int* ldgcol, float* givnum, const int* ldgnum, float* c, float* s, int* info);
+QRV_API void SLASD8(const int* icompq, const int* k, float* d, float* z, float* vf, float* vl, float* difl, float* difr,
+                    const int* lddifr, float* dsigma, float* work, int* info);
 
 /* The tree of subproblems of divide and conquer on n rows: of its nd nodes on lvl levels node p has the children 2p and
  * 2p + 1; inode is the row that it takes out, with ndiml rows of the problem before it and ndimr behind. No problem at

@@ -48,6 +48,12 @@ struct DivisionTree {
         *toNodes = nodes;
     }
 };
+constexpr int division_levels(int n, int leaf) {
+    int levels = 1;
+    for (std::int64_t size = std::int64_t{leaf} + 1; size * 2 <= n; size *= 2)
+        ++levels;
+    return levels;
+}
 DivisionTree lasdt(int n, int* center, int* left, int* right, int leaf);
 
 // The permutation, counted from 1, that merges two runs of n1 and n2 elements, one behind the other, into ascending
@@ -95,6 +101,74 @@ int lasd0(int n, bool longer, float* d, float* e, Matrix<float> u, Matrix<float>
 // and 8*n ints, or 4*n floats.
 int bdsdc(Uplo uplo, int n, float* d, float* e, Matrix<float> u, Matrix<float> vt, float* work, int* iwork);
 int bdsdc_values(Uplo uplo, int n, float* d, float* e, float* work);
+
+// ---- Divide and conquer that keeps the factors of the vectors ------------------------------------------------------
+
+// Where a merge leaves its factors: the number k of values of the secular equation, the order that the vectors were
+// brought into, the rotations before it, the equation's values and poles, the differences of its values from the pole
+// before and from that behind, with the lengths of the right vectors, its z, and the rotation of the first and the last
+// right vector. In all of these, vectors are counted from 1.
+struct CompactMerge {
+    int *k, *perm, *givptr;
+    Matrix<int> givcol;
+    Matrix<float> givnum, poles;
+    float* difl;
+    Matrix<float> difr;
+    float *z, *c, *s;
+};
+// The first and the last elements of all right vectors, and room.
+struct CompactVectors {
+    float *vf, *vfw, *vl, *vlw;
+};
+struct CompactOrders {
+    int *idx, *idxp, *idxq;
+};
+
+// lasd1 with first and last elements of right vectors for the vectors, and its two steps. Without `factors` only k,
+// difl, difr and z are stored. work: 4*m floats, 3*n ints; of lasd8 3*k floats. Results: 0, or 1.
+int lasd6(bool factors, int nl, int nr, bool longer, float* d, float* vf, float* vl, float alpha, float beta, int* idxq,
+          const CompactMerge& to, float* work, int* iwork);
+void lasd7(bool factors, int nl, int nr, bool longer, float* d, float* zw, const CompactVectors& v, float alpha,
+           float beta, float* dsigma, const CompactOrders& orders, const CompactMerge& to);
+int lasd8(bool factors, int k, float* d, float* z, float* vf, float* vl, float* difl, Matrix<float> difr,
+          const float* dsigma, float* work);
+
+// The factors of a whole tree: U and V' of its leaves, in the rows of theirs; of each level a column, or two, in which
+// a merge has the rows of its values; of each merge an element of k, givptr, c and s.
+struct CompactForm {
+    Matrix<float> u, vt;
+    int* k;
+    Matrix<float> difl, difr, z, poles;
+    int* givptr;
+    Matrix<int> givcol, perm;
+    Matrix<float> givnum;
+    float *c, *s;
+
+    // Of merge `number` on a level, from a row on; without factors all merges have the same place.
+    CompactMerge merge(bool factors, int row, int level, int number) const {
+        if (!factors)
+            row = level = number = 0;
+        return {k + number,
+                perm.column(level) + row,
+                givptr + number,
+                givcol.block(row, 2 * level),
+                givnum.block(row, 2 * level),
+                poles.block(row, 2 * level),
+                difl.column(level) + row,
+                difr.block(row, 2 * level),
+                z.column(level) + row,
+                c + number,
+                s + number};
+    }
+};
+
+// lasd0 with the factors of the vectors, or without any. iwork: 7*n ints, work: 6*m floats, m the columns, and without
+// factors (leaf + 1)^2 more.
+int lasda(bool factors, int leaf, int n, bool longer, float* d, float* e, const CompactForm& to, float* work,
+          int* iwork);
+
+// bdsdc of an upper matrix with the factors of the vectors in q and iq. work: 6*n floats, 8*n ints.
+int bdsdc_compact(int n, float* d, float* e, float* q, int* iq, float* work, int* iwork);
 
 // Products of a complex and a real matrix: C := A B, A of m x n and B square, or A square and B of m x n. work: 2*m*n.
 void lacrm(int m, int n, Matrix<const SingleComplex> a, Matrix<const float> b, Matrix<SingleComplex> c, float* work);

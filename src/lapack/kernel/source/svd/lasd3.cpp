@@ -1,13 +1,11 @@
-// SLASD3: the values of a merge, roots of the secular equation, and their vectors.
-//
-// The vectors of roots that were rounded are not orthogonal, but those of a matrix with another first row z that has
-// the rounded values exactly are: z is computed anew from them.
+// SLASD3: the values of a merge, roots of the secular equation (secular_equation.hpp), and their vectors.
 #include <algorithm>
 #include <cmath>
 
 #include "blas/calls.hpp"
 #include "lapack/calls/svd.hpp"
 #include "lapack/kernel/source/svd/merge.hpp"
+#include "lapack/kernel/source/svd/secular_equation.hpp"
 
 namespace qrv::lapack {
 
@@ -29,31 +27,24 @@ bool Merge::solve(float* d) {
 
 // Differences d(i) - sigma(j) in U, sums in V'.
 bool Merge::find_values(float* d) {
-    const float length = kernel::nrm2(kept, Vector<float>{z});
-    for (int i = 0; i < kept; ++i)
-        z[i] /= length;
+    const float rho = take_length(kept, z);
     for (int j = 0; j < kept; ++j)
-        if (lasd4(kept, j, dsigma, z, u.column(j), length * length, &d[j], vt.column(j)) != 0)
+        if (lasd4(kept, j, dsigma, z, u.column(j), rho, &d[j], vt.column(j)) != 0)
             return false;
     return true;
 }
 
-// z(i)^2 = product over the roots of sigma(j)^2 - d(i)^2, by that over the other poles of d(j)^2 - d(i)^2.
 void Merge::correct_first_row() {
     constexpr int rows = 64;
     double product[rows];
     for (int top = 0, size; top < kept; top += size) {
         size = std::min(rows, kept - top);
+        std::fill_n(product, size, 1.0);
+        for (int j = 0; j < kept; ++j)
+            for (int i = 0; i < size; ++i)
+                product[i] *= factor_of_root(dsigma, kept, top + i, j, u(top + i, j), vt(top + i, j));
         for (int i = 0; i < size; ++i)
-            product[i] = double{u(top + i, kept - 1)} * vt(top + i, kept - 1);
-        for (int j = 0; j < kept - 1; ++j)
-            for (int i = 0; i < size; ++i) {
-                const int row = top + i;
-                const double own = dsigma[row], other = dsigma[row > j ? j : j + 1];
-                product[i] *= double{u(row, j)} * vt(row, j) / ((own - other) * (own + other));
-            }
-        for (int i = 0; i < size; ++i)
-            z[top + i] = std::copysign(static_cast<float>(std::sqrt(std::fabs(product[i]))), z[top + i]);
+            z[top + i] = corrected(product[i], z[top + i]);
     }
 }
 
@@ -81,7 +72,7 @@ void Merge::form_left_vectors() {
 int lasd3(int nl, int nr, bool longer, int k, float* d, Matrix<float> q, float* dsigma, Matrix<float> u,
           Matrix<float> u2, Matrix<float> vt, Matrix<float> vt2, int* idxc, const int* ctot, float* z) {
     const int n = nl + nr + 1;
-    Merge merge{nl, nr, n, n + longer, u, vt, nullptr, nullptr, idxc, z, dsigma, u2, vt2, q, k};
+    Merge merge{{nl, n, n + longer, nullptr, nullptr, z, dsigma, k}, nr, u, vt, idxc, u2, vt2, q};
     std::copy_n(ctot, 3, merge.count);
     for (int j = 0; j < k; ++j)
         --idxc[j];

@@ -4,13 +4,10 @@
 namespace qrv::lapack {
 
 DivisionTree lasdt(int n, int* center, int* left, int* right, int leaf) {
-    int levels = 1;
-    for (std::int64_t size = std::int64_t{leaf} + 1; size * 2 <= n; size *= 2)
-        ++levels;
     center[0] = n / 2 + 1;
     left[0] = n / 2;
     right[0] = n - left[0] - 1;
-    const int nodes = (1 << levels) - 1;
+    const int levels = division_levels(n, leaf), nodes = (1 << levels) - 1;
     for (int parent = 0, child = 1; child < nodes; ++parent, child += 2) {
         left[child] = left[parent] / 2;
         right[child] = left[parent] - left[child] - 1;
