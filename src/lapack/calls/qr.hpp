@@ -41,12 +41,13 @@ template <class T>
 void geqp3(int m, int n, Matrix<T> a, int* jpvt, T* tau, T* work, int lwork, float* norms);
 
 // Its steps on the n columns that are left when `offset` rows are done; vn1 and vn2 are their norms below these. laqp2
-// takes all of them; work: n elements. laqps takes a block of at most nb and tells how many it took; aux: nb elements,
-// f: n x nb.
+// takes all of them; work: n elements. laqps takes a block of at most nb, whose pivots it looks for among the `window`
+// longest columns, and tells how many it took; aux: nb elements, f: n x nb. A window of less than all has at least nb,
+// and f no gaps then.
 template <class T>
 void laqp2(int m, int n, int offset, Matrix<T> a, int* jpvt, T* tau, float* vn1, float* vn2, T* work);
 template <class T>
-int laqps(int m, int n, int offset, int nb, Matrix<T> a, int* jpvt, T* tau, float* vn1, float* vn2, T* aux,
+int laqps(int m, int n, int window, int offset, int nb, Matrix<T> a, int* jpvt, T* tau, float* vn1, float* vn2, T* aux,
           Matrix<T> f);
 
 // The forms in which k reflectors make a Q: H(1) H(2) .. H(k) by columns from QR, H(k) .. H(2) H(1) by columns that end

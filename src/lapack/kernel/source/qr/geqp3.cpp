@@ -44,6 +44,16 @@ int collect_fixed(int m, int n, Matrix<T> a, int* jpvt) {
     return fixed;
 }
 
+// Of n columns, those that the next block chooses among, after one that was to take `asked` of so many and took `done`:
+// the fewer, the more of them stay in the cache, but at least twice those it takes, and more where they did not last.
+int next_window(int n, int window, int done, int asked) {
+    if (done < asked / 2)
+        window = window > n / 2 ? n : 2 * window;
+    else if (done >= asked / 4 * 3)
+        window = std::max(2 * asked, window / 4 * 3);
+    return std::min(n, window);
+}
+
 } // namespace
 
 template <class T>
@@ -91,10 +101,12 @@ void geqp3(int m, int n, Matrix<T> a, int* jpvt, T* tau, T* work, int lwork, flo
             vn1[j] = vn2[j] = kernel::nrm2(rows, a.column(fixed, j));
         int j = fixed;
         if (inBlocks && nb >= std::max(2, tuning::minimum_block_size(qrName<T>)))
-            for (int last = k - tail; j < last;) {
-                const int jb = std::min(nb, last - j);
-                j += laqps<T>(m, n - j, j, jb, a.block(0, j), jpvt + j, tau + j, vn1 + j, vn2 + j, area,
-                              {area + jb, n - j});
+            for (int last = k - tail, window = std::min(n - j, 2 * nb); j < last;) {
+                const int asked = std::min(nb, last - j);
+                const int done = laqps<T>(m, n - j, window, j, asked, a.block(0, j), jpvt + j, tau + j, vn1 + j,
+                                          vn2 + j, area, {area + asked, n - j});
+                j += done;
+                window = next_window(n - j, window, done, asked);
             }
         if (j < k)
             laqp2<T>(m, n - j, j, a.block(0, j), jpvt + j, tau + j, vn1 + j, vn2 + j, area);

@@ -3,6 +3,10 @@
 // What is right of the block is changed only in the rows that are done, which the norms need; the rest waits as the
 // product A - V F^H, V being the vectors so far. A column is brought up to date when it is taken. The block ends early
 // where a norm has lost its digits, as it cannot be computed from a column that waits.
+//
+// F takes a pass over all columns that may be chosen, for each one that is. As columns only get shorter, those outside
+// a window of the longest need not be among them for as long as the window has one that is longer than they were: they
+// get the block as a whole, by products of matrices.
 #include "lapack/calls/qr.hpp"
 #include "lapack/kernel/source/qr/pivoted_columns.hpp"
 
@@ -25,18 +29,34 @@ void extend_f(int rows, int n, int k, T tau, Matrix<const T> v, T* aux, Matrix<T
     }
 }
 
+// The k reflectors from row `offset` on to the columns outside the window. work: k * n.
+template <class T>
+void apply_outside(const PivotedColumns<T>& columns, int offset, int k, int window, const T* tau, T* work) {
+    const int rows = columns.m - offset, outside = columns.n - window;
+    const Matrix<T> v = columns.a.block(offset, 0), t{work, k}, w{work + k * k, k};
+    larft<T>(Direct::forward, StoreV::columns, rows, k, v, tau, t);
+    larfb<T>(Side::left, adjoint<T>, {Direct::forward, StoreV::columns, k, v, t}, rows, outside,
+             columns.a.block(offset, window), w, BlockWork::upright);
+    for (int j = window; j < columns.n; ++j)
+        if (!columns.shorten(offset, offset + k, j))
+            columns.measure(offset + k, j);
+}
+
 } // namespace
 
 template <class T>
-int laqps(int m, int n, int offset, int nb, Matrix<T> a, int* jpvt, T* tau, float* vn1, float* vn2, T* aux,
+int laqps(int m, int n, int window, int offset, int nb, Matrix<T> a, int* jpvt, T* tau, float* vn1, float* vn2, T* aux,
           Matrix<T> f) {
     const PivotedColumns<T> columns{m, n, a, jpvt, vn1, vn2};
     const T one = scalar<T>(1), minusOne = scalar<T>(-1);
     const int end = std::min(m, n + offset); // of the rows in which columns are made
+    const float longestOutside = columns.bring_longest(window, reinterpret_cast<float*>(f.data));
     int k = 0;
     for (bool measurable = true; k < nb && measurable; ++k) {
-        const int r = offset + k, behind = n - k - 1;
-        const int p = columns.longest(k);
+        const int r = offset + k, behind = window - k - 1;
+        const int p = columns.longest(k, window);
+        if (k > 0 && vn1[p] < longestOutside)
+            break;
         columns.exchange(p, k);
         if (p != k)
             kernel::swap(k, f.row(p, 0), f.row(k, 0));
@@ -49,7 +69,7 @@ int laqps(int m, int n, int offset, int nb, Matrix<T> a, int* jpvt, T* tau, floa
         tau[k] = larfp(m - r, a(r, k), a.column(std::min(r + 1, m - 1), k));
         const T diagonal = a(r, k);
         a(r, k) = one;
-        extend_f<T>(m - r, n, k, tau[k], a.block(r, 0), aux, f);
+        extend_f<T>(m - r, window, k, tau[k], a.block(r, 0), aux, f);
         if (behind > 0) { // row r of A - V F^H, by its conjugate
             const Vector<T> vRow = a.row(r, 0), row = a.row(r, k + 1);
             conjugate(k + 1, vRow);
@@ -59,24 +79,27 @@ int laqps(int m, int n, int offset, int nb, Matrix<T> a, int* jpvt, T* tau, floa
             conjugate(behind, row);
         }
         if (r + 1 < end)
-            for (int j = k + 1; j < n; ++j)
-                if (!columns.shorten(r, j)) {
+            for (int j = k + 1; j < window; ++j)
+                if (!columns.shorten(r, r + 1, j)) {
                     vn2[j] = toBeMeasured;
                     measurable = false;
                 }
         a(r, k) = diagonal;
     }
     const int r = offset + k;
-    if (k < std::min(n, m - offset))
-        blas::gemm(Op::none, adjoint<T>, m - r, n - k, k, minusOne, a.block(r, 0), f.block(k, 0), one, a.block(r, k));
-    for (int j = k; j < n; ++j)
+    if (k < std::min(window, m - offset))
+        blas::gemm(Op::none, adjoint<T>, m - r, window - k, k, minusOne, a.block(r, 0), f.block(k, 0), one,
+                   a.block(r, k));
+    for (int j = k; j < window; ++j)
         if (vn2[j] == toBeMeasured)
             columns.measure(r, j);
+    if (window < n)
+        apply_outside(columns, offset, k, window, tau, f.data);
     return k;
 }
 
-template int laqps(int, int, int, int, Matrix<float>, int*, float*, float*, float*, float*, Matrix<float>);
-template int laqps(int, int, int, int, Matrix<SingleComplex>, int*, SingleComplex*, float*, float*, SingleComplex*,
+template int laqps(int, int, int, int, int, Matrix<float>, int*, float*, float*, float*, float*, Matrix<float>);
+template int laqps(int, int, int, int, int, Matrix<SingleComplex>, int*, SingleComplex*, float*, float*, SingleComplex*,
                    Matrix<SingleComplex>);
 
 } // namespace qrv::lapack

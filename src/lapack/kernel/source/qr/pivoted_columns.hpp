@@ -7,6 +7,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <utility>
 
@@ -22,37 +23,57 @@ struct PivotedColumns {
     int* jpvt;
     float *vn1, *vn2;
 
-    // The first one of the longest from `from` on, or the first that is not a number.
-    int longest(int from) const {
+    // The first one of the longest of [from, end), or the first that is not a number.
+    int longest(int from, int end) const {
         int best = from;
-        for (int j = from; j < n && !std::isnan(vn1[best]); ++j)
+        for (int j = from; j < end && !std::isnan(vn1[best]); ++j)
             if (!(vn1[j] <= vn1[best]))
                 best = j;
         return best;
     }
-    // Column p takes the place of column i, whose norms go with it; those of p are not needed any more.
+    // Brings `count` of the longest to the front. Result: the longest of the others. scratch: n elements.
+    float bring_longest(int count, float* scratch) const {
+        if (count >= n)
+            return 0;
+        const auto longer = [](float x, float y) { return std::bit_cast<unsigned>(x) > std::bit_cast<unsigned>(y); };
+        std::copy_n(vn1, n, scratch); // as bits, norms have their order, and are longest where they are no numbers
+        std::nth_element(scratch, scratch + count, scratch + n, longer);
+        const float rest = scratch[count];
+        for (int j = count, front = 0; j < n; ++j)
+            if (longer(vn1[j], rest)) {
+                while (longer(vn1[front], rest))
+                    ++front;
+                exchange(j, front);
+            }
+        return rest;
+    }
     void exchange(int p, int i) const {
         if (p == i)
             return;
         blas::swap(m, a.column(0, p), a.column(0, i));
         std::swap(jpvt[p], jpvt[i]);
-        vn1[p] = vn1[i];
-        vn2[p] = vn2[i];
+        std::swap(vn1[p], vn1[i]);
+        std::swap(vn2[p], vn2[i]);
     }
-    // Takes the element in row r off the norm of column j. Result: false if the norm must be computed anew.
-    bool shorten(int r, int j) const {
-        constexpr float lost = 0x1p-12F; // the root of the rounding error
+    // Takes the elements in rows [first, last) off the norm of column j. Result: false if it must be computed anew.
+    bool shorten(int first, int last, int j) const {
+        constexpr double lost = 0x1p-12; // the root of the rounding error
         if (vn1[j] == 0)
             return true;
-        const float share = modulus(a(r, j)) / vn1[j], left = std::max(0.0F, (1 + share) * (1 - share));
-        const float ratio = vn1[j] / vn2[j];
-        if (!(left * ratio * ratio > lost))
+        double left = double{vn1[j]} * vn1[j];
+        for (int r = first; r < last; ++r)
+            left -= squared(a(r, j));
+        if (!(left > lost * (double{vn2[j]} * vn2[j])))
             return false;
-        vn1[j] *= std::sqrt(left);
+        vn1[j] = static_cast<float>(std::sqrt(left));
         return true;
     }
     // The norm of column j from row r on.
     void measure(int r, int j) const { vn1[j] = vn2[j] = r < m ? kernel::nrm2(m - r, a.column(r, j)) : 0; }
+
+private:
+    static double squared(float x) { return double{x} * x; }
+    static double squared(SingleComplex x) { return squared(x.re) + squared(x.im); }
 };
 
 } // namespace qrv::lapack
