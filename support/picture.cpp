@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <fstream>
 #include <png.h>
 
 namespace support {
@@ -18,7 +19,8 @@ struct Image : png_image {
 
 Planes read(const std::string& path, bool inColor) {
     Image image;
-    if (!png_image_begin_read_from_file(&image, path.c_str()))
+    if (!(path == "-" ? png_image_begin_read_from_stdio(&image, stdin)
+                      : png_image_begin_read_from_file(&image, path.c_str())))
         throw PictureError("cannot read the picture " + path + ": " + image.message);
     const int count = inColor && (image.format & PNG_FORMAT_FLAG_COLOR) != 0 ? 3 : 1;
     image.format = count == 3 ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
@@ -46,7 +48,7 @@ Planes read_planes(const std::string& path) {
     return read(path, true);
 }
 
-void write_planes(const std::string& path, const Planes& planes) {
+std::string png(const Planes& planes) {
     std::vector<png_byte> bytes;
     for (int i = 0; i < planes.all.rows; ++i)
         for (int j = 0; j < planes.columns(); ++j)
@@ -58,10 +60,19 @@ void write_planes(const std::string& path, const Planes& planes) {
     image.width = static_cast<png_uint_32>(planes.columns());
     image.height = static_cast<png_uint_32>(planes.all.rows);
     image.format = planes.count == 3 ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
+    std::string content(PNG_IMAGE_PNG_SIZE_MAX(image), '\0'); // before compression
+    png_alloc_size_t size = content.size();
+    if (!png_image_write_to_memory(&image, content.data(), &size, 0, bytes.data(), 0, nullptr))
+        throw PictureError(std::string("cannot make a picture: ") + image.message);
+    content.resize(size);
+    return content;
+}
+
+void write_planes(const std::string& path, const Planes& planes) {
     const std::string unfinished = path + ".part";
-    if (!png_image_write_to_file(&image, unfinished.c_str(), 0, bytes.data(), 0, nullptr))
-        throw PictureError("cannot write the picture " + path + ": " + image.message);
-    if (std::rename(unfinished.c_str(), path.c_str()) != 0) {
+    std::ofstream file(unfinished, std::ios::binary);
+    file << png(planes) << std::flush;
+    if (!file || std::rename(unfinished.c_str(), path.c_str()) != 0) {
         std::remove(unfinished.c_str());
         throw PictureError("cannot write the picture " + path);
     }

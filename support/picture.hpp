@@ -17,8 +17,8 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// Reads a PNG of any kind: as gray; and as it is, in one plane if it is gray, else red, green and blue beside each
-// other, in columns. Transparency is lost.
+// Reads a PNG of any kind, from standard input if the path is "-": as gray; and as it is, in one plane if it is gray,
+// else red, green and blue beside each other, in columns. Transparency is lost.
 Picture read_png(const std::string& path);
 struct Planes {
     Picture all;
@@ -28,7 +28,9 @@ struct Planes {
 };
 Planes read_planes(const std::string& path);
 
-// Writes a PNG; values outside 0 to 255 are clipped. The file appears whole or not at all.
+// The content of a PNG file, and one written; values outside 0 to 255 are clipped. The file appears whole or not at
+// all.
+std::string png(const Planes& planes);
 void write_png(const std::string& path, const Picture& gray);
 void write_planes(const std::string& path, const Planes& planes);
 

@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "matrix_market/matrix_market.hpp"
+#include "matrix_file/matrix_file.hpp"
 #include "qrv/eigensystem.hpp"
 
 namespace {
@@ -18,7 +18,7 @@ using support::wide;
 using tools::Eigensystem, tools::Matrix;
 
 Matrix<float> read(const std::filesystem::path& path) {
-    return std::get<Matrix<float>>(tools::read_matrix_market(path.string()).matrix);
+    return std::get<Matrix<float>>(tools::read_matrix(path.string()).matrix);
 }
 
 void write(const std::filesystem::path& path, const support::Plot& plot) {

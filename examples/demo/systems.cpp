@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <variant>
 
-#include "matrix_market/matrix_market.hpp"
+#include "matrix_file/matrix_file.hpp"
 #include "qrv/linear_system.hpp"
 #include "support/timer.hpp"
 
@@ -23,7 +23,7 @@ constexpr Model models[] = {
 
 void show(const Model& model, const std::filesystem::path& folder) {
     const std::string path = (folder / model.file).string();
-    const Matrix a = std::get<Matrix>(tools::read_matrix_market(path).matrix);
+    const Matrix a = std::get<Matrix>(tools::read_matrix(path).matrix);
     Matrix ones(a.columns, 1);
     ones.values.assign(ones.values.size(), 1);
     const Matrix b = product(a, ones);

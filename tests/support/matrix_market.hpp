@@ -4,7 +4,7 @@
 #include <string>
 #include <variant>
 
-#include "matrix_market/matrix_market.hpp"
+#include "matrix_file/matrix_file.hpp"
 #include "support/operand.hpp"
 
 namespace qrv::test {
@@ -12,7 +12,7 @@ namespace qrv::test {
 // As a full matrix with `extra` rows of gap between its columns. A complex file needs a complex T.
 template <class T>
 Operand<T> read_matrix_market(const std::string& path, int extra = 0) {
-    const tools::AnyMatrix file = tools::read_matrix_market(path).matrix;
+    const tools::AnyMatrix file = tools::read_matrix(path).matrix;
     const auto guarded = [extra](const auto& matrix, auto element) {
         return Operand<T>(matrix.rows, matrix.columns, matrix.rows + extra).set([&](int i, int j) {
             return element(matrix(i, j));

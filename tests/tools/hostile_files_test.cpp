@@ -6,26 +6,31 @@
 #include <gtest/gtest.h>
 #include <random>
 
-#include "matrix_market/matrix_market.hpp"
+#include "matrix_file/matrix_file.hpp"
 #include "support/child.hpp"
 #include "support/folder.hpp"
+#include "support/npy.hpp"
 #include "support/sample.hpp"
 
 namespace tools {
 namespace {
 
 using qrv::test::Folder;
+using qrv::test::npy, qrv::test::npy_header;
 using testing::StartsWith;
 
-const char* const sound[] = {
+const std::string sound[] = {
     "%%MatrixMarket matrix array real general\n% note\n2 2\n3\n-4.5\n0\n1e-3\n",
     "%%MatrixMarket matrix coordinate real symmetric\n3 3 4\n1 1 4\n2 2 5D0\n3 3 6\n3 1 -1\n",
     "%%MatrixMarket matrix coordinate complex hermitian\n2 2 3\n1 1 2 0\n2 1 0 1\n2 2 3 0\n",
     "%%MatrixMarket matrix array integer skew-symmetric\n3 3\n1\n2\n3\n",
+    npy(npy_header("<f4", "(2, 2)") + "\n", {3, 0, -4.5F, 1e-3F}),
+    npy<double>(npy_header("<c16", "(2,)", true) + "\n", {3.0, 1.0, -4.5, 1e-3}, 3),
 };
-const char* const words[] = {"-",           "0",          "1",         "9",       "-1", "nan", "inf", "1e39", "1e-50",
-                             "99999999999", "2147483647", ".",         "%",       "\n", "\r",  " ",   "\t",   "complex",
-                             "array",       "general",    "hermitian", "\x1b[2J", "%%", "e",   "+"};
+const char* const words[] = {"-",     "0",           "1",          "9",       "-1",        "nan",     "inf", "1e39",
+                             "1e-50", "99999999999", "2147483647", ".",       "%",         "\n",      "\r",  " ",
+                             "\t",    "complex",     "array",      "general", "hermitian", "\x1b[2J", "%%",  "e",
+                             "+",     "{}",          "()",         "'",       "True",      "<f8",     "\x93"};
 
 // One to four faults: a byte, a word more, a part twice, a part less, an early end.
 std::string damaged(std::mt19937& random) {
@@ -69,7 +74,7 @@ TEST(HostileFiles, AreReadOrRefusedWithALine) {
     for (int k = qrv::test::Sample::of_many(5'000, 1'000'000); k > 0; --k) {
         const std::string text = damaged(random);
         try {
-            const MatrixFile file = is_large(text) ? MatrixFile{} : parse_matrix_market("name", text);
+            const MatrixFile file = is_large(text) ? MatrixFile{} : parse_matrix("name", text);
             const Matrix<SingleComplex> matrix = to_complex(file.matrix);
             ASSERT_EQ(matrix.values.size(), static_cast<std::size_t>(matrix.rows) * matrix.columns) << text;
             for (const SingleComplex x : matrix.values)

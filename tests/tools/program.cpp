@@ -2,10 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "matrix_market/matrix_market.hpp"
+#include "matrix_file/matrix_file.hpp"
 #include "qrv/linear_system.hpp"
 #include "support/child.hpp"
 #include "support/folder.hpp"
+#include "support/npy.hpp"
 #include "support/picture.hpp"
 
 namespace tools {
@@ -14,6 +15,7 @@ namespace {
 using qrv::test::ChildResult;
 using qrv::test::content;
 using qrv::test::Folder;
+using qrv::test::npy, qrv::test::npy_header;
 using qrv::test::run_program;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -44,6 +46,8 @@ protected:
         write("dependent", "array integer general\n4 3\n1\n1\n1\n1\n0\n1\n2\n3\n1\n2\n3\n4\n");
         write("tiny", "array real general\n1 1\n1e-30\n");
         write("huge", "array real general\n1 1\n1e30\n");
+        std::ofstream(folder.file("matrix.npy")) << npy(npy_header("<f4", "(2, 2)"), {3, 0, -4, 1}); // that of real
+        std::ofstream(folder.file("wrong.npy")) << "%%MatrixMarket matrix array real general\n1 1\n1\n";
         support::write_png(folder.file("gray.png"), of_rank_one(1));
         support::write_planes(folder.file("color.png"), {of_rank_one(3), 3});
         files = folder.count();
@@ -156,7 +160,7 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
         {"compress gray.png --rank 1 --error 0.5 -o x", 2, "Exactly 1 option from [--rank,--error]"},
         {"compress gray.png --rank 21 -o x", 2, "gray.png has 20 singular values, fewer than 21"},
         {"compress gray.png --rank 1 -o ./gray.png", 2, "./gray.png would take two results"},
-        {"compress gray.png --rank 1 -o none/x", 1, "cannot write the picture none/x"},
+        {"compress gray.png --rank 1 -o none/x", 1, "cannot write none/x"},
         {"fit line", 2, "b is required"},
         {"fit line real -o x", 2, "real has 2 rows; the matrix line has 4"},
         {"fit line observed --over 3 -o x", 2, "line has no column 3"},
@@ -171,6 +175,17 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
         {"solve short --picture none/x", 1, "cannot write none/x: No such file"}, // before anything is read
         {"solve short -o none/x", 1, "cannot write none/x: No such file"},
         {"invert short -o .", 1, "cannot write .: Is a directory"},
+        {"norm wrong.npy", 2, "wrong.npy: no file of NumPy"},
+        {"solve matrix.npy -o ./x.npy --coordinate", 2, "./x.npy, have all elements"},
+        {"solve - - < real", 2, "standard input holds one matrix"},
+        {"fit - - < real", 2, "standard input holds one matrix"},
+        {"norm - < short", 2, "standard input:4: the file ends after 2 of 4 entries"},
+        {"norm - <&-", 2, "cannot read -: Bad file descriptor"},
+        {"solve real -o - --picture -", 2, "- would take two results"},
+        {"solve real -o - --picture /dev/stdout", 2, "/dev/stdout would take two results"},
+        {"solve singular -o - --json", 1, "singular is singular"},
+        {"solve short -o - >&-", 1, "cannot write standard output: Bad file descriptor"},
+        {"norm real --json > /dev/full", 1, "standard output: No space left"},
         {"info > /dev/full", 1, "standard output: No space left"},
         {"norm real > /dev/full", 1, "standard output: No space left"},
         {"--help > /dev/full", 1, "standard output: No space left"},
@@ -210,6 +225,62 @@ TEST_F(Program, WritesStraightToStandardStreams) {
         EXPECT_EQ(run(command).exitStatus, 0) << command;
         EXPECT_THAT(content(folder.file("log")), StartsWith("before\n")) << command;
         EXPECT_GT(content(folder.file("log")).size(), 60U) << command;
+    }
+}
+
+TEST_F(Program, PassesMatricesThroughStandardStreams) {
+    const ChildResult numpy = run("invert - -o - < matrix.npy"), text = run("invert - -o - < real");
+    EXPECT_EQ(run("invert matrix.npy -o x.npy").exitStatus, 0);
+    EXPECT_EQ(numpy.out, content(folder.file("x.npy")));
+    EXPECT_THAT(numpy.err, HasSubstr("\n  X                 standard output\n"));
+    EXPECT_THAT(text.out, StartsWith("%%MatrixMarket matrix array real general\n% Inverse by qrv\n2 2\n"));
+    Matrix<SingleComplex> inverse(2, 2);
+    inverse.values = {1.0F / 3, 4.0F / 3, 0, 1};
+    for (const std::string& file : {numpy.out, text.out})
+        EXPECT_LT(relative_difference(to_complex(parse_matrix("X", file).matrix), inverse), 1e-6);
+    EXPECT_THAT(run("invert matrix.npy -o - --coordinate").out, HasSubstr("coordinate real"));
+    EXPECT_THAT(run("solve - right --picture - < real").out, StartsWith("<svg"));
+    EXPECT_THAT(run("solve - --picture - --json < real").err, StartsWith("{\"A\": {\"file\": \"-\""));
+    EXPECT_THAT(run("compress - --rank 1 < gray.png").out, StartsWith("\x89PNG"));
+}
+
+TEST_F(Program, TellsFiguresAndResultsAsJson) {
+    EXPECT_EQ(
+        run("norm real --json").out,
+        "{\"A\": {\"file\": \"real\", \"rows\": 2, \"columns\": 2, \"complex\": false, \"symmetry\": \"general\", "
+        "\"entries\": 4}, \"largest_element\": 4, \"one_norm\": 7, \"infinity_norm\": 5, \"frobenius_norm\": "
+        "5.0990195}\n");
+    const struct {
+        const char* command;
+        const char* says;
+    } cases[] = {
+        {"info", "\"processor_class\": \""},
+        {"bench --sizes 4 8 --seconds 0.001", "\"n\": [4, 8], \"Sgemm\": ["},
+        {"solve real", "\"x\": [1, 1]"},
+        {"solve hermitian right", "\"method\": \"Cholesky\""},
+        {"solve real -o x.npy", "\"x_file\": \"x.npy\""},
+        {"solve band", "\"diagonals_below\": 1"},
+        {"solve indefinite", "\"indefinite_column\": 2"},
+        {"invert nearly_singular", "\"singular_to_working_precision\": true"},
+        {"fit dependent observed --pivot", "\"rank\": 2"},
+        {"qr line --pivot", "\"p\": [[0, 1], [1, 0]]"},
+        {"eig rotation --vectors both", "\"eigenvalues\": [[1, 2], [1, -2]]"},
+        {"eig indefinite", "\"eigenvalues\": [-1, 3]"},
+        {"svd singular --vectors", "\"left_vectors\": [["},
+        {"svd diagonal --picture decay.svg", "\"picture_file\": \"decay.svg\""},
+        {"compress color.png --rank 1", "\"planes\": 3"},
+        {"norm 'odd \"\\\n\xc3\xa4 \xff'", R"("odd \"\\\u000a)"
+                                           "\xc3\xa4 \\ufffd\""},
+    };
+    std::filesystem::copy(folder.file("real"), folder.file("odd \"\\\n\xc3\xa4 \xff"));
+    const bool hasParser = run_script("command -v python3").exitStatus == 0;
+    for (const auto& [command, says] : cases) {
+        const ChildResult result = run(std::string(command) + " --json" + (hasParser ? " | tee json" : ""));
+        EXPECT_THAT(result.out, HasSubstr(says)) << command;
+        EXPECT_EQ(result.err, "") << command;
+        if (hasParser) {
+            EXPECT_EQ(run_script("python3 -m json.tool json").exitStatus, 0) << command << result.out;
+        }
     }
 }
 
@@ -283,13 +354,13 @@ TEST_F(Program, ReportsAndWritesResults) {
     EXPECT_THAT(picture, HasSubstr("points='80.0,50.0 690.0,420.0 '"));
     EXPECT_THAT(picture, HasSubstr("points='80.0,420.0 690.0,50.0 '"));
 
-    const auto read = [&](const char* name) { return to_complex(read_matrix_market(folder.file(name)).matrix); };
+    const auto read = [&](const char* name) { return to_complex(read_matrix(folder.file(name)).matrix); };
     Matrix<SingleComplex> unit(2, 2);
     unit(0, 0) = unit(1, 1) = 1;
     EXPECT_LT(relative_difference(read("x"), unit), 1e-6);
     EXPECT_LT(relative_difference(product(read("real"), read("y")), read("right")), 1e-6);
     EXPECT_LT(relative_difference(product(read("hermitian"), read("inverse")), unit), 1e-6);
-    EXPECT_EQ(read_matrix_market(folder.file("y")).format, Format::coordinate);
+    EXPECT_EQ(read_matrix(folder.file("y")).format, Format::coordinate);
 
     Matrix<SingleComplex> coefficients(2, 1);
     coefficients(0, 0) = 1, coefficients(1, 0) = 2;
@@ -321,7 +392,7 @@ TEST_F(Program, ReportsAndWritesResults) {
     EXPECT_LT(product_with("rotation", false, "values", "right_vectors"), 1e-6);
     EXPECT_LT(product_with("rotation", true, "values", "left"), 1e-6);
     EXPECT_LT(product_with("indefinite", false, "real_values", "real_vectors"), 1e-6);
-    EXPECT_TRUE(std::holds_alternative<Matrix<float>>(read_matrix_market(folder.file("real_vectors")).matrix));
+    EXPECT_TRUE(std::holds_alternative<Matrix<float>>(read_matrix(folder.file("real_vectors")).matrix));
 
     Matrix<SingleComplex> scaled = read("u");
     for (int k = 0; k < 2; ++k)

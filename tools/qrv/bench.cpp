@@ -1,11 +1,11 @@
 // qrv bench: speeds of the main routines on this machine, in a few seconds.
 #include <algorithm>
-#include <fmt/core.h>
 #include <functional>
 #include <qrv/service.h>
 #include <random>
 
 #include "command.hpp"
+#include "report.hpp"
 #include "routines.hpp"
 #include "support/flops.hpp"
 #include "support/peak.hpp"
@@ -122,9 +122,10 @@ public:
     }
 
     double rate() const { return best; }
-    void print() const {
-        fmt::print("At most {:.0f} GFLOP/s: {} arithmetic in registers on {} thread{}, measured.\n", best, peak.name,
-                   threads, threads == 1 ? "" : "s");
+    void print(Report& report) const {
+        report.print("At most {:.0f} GFLOP/s: {} arithmetic in registers on {} thread{}, measured.\n",
+                     figure("peak_gflops", best), figure("arithmetic", std::string(peak.name)),
+                     figure("threads", threads), threads == 1 ? "" : "s");
     }
 
 private:
@@ -133,13 +134,21 @@ private:
     double best = 0;
 };
 
-void print_rates(const Routine& routine, const std::vector<double>& rates, double peak) {
-    fmt::print("\n  {:<7}", routine.name);
+void print_rates(Report& report, const Routine& routine, const std::vector<double>& rates, double peak) {
+    report.print("\n  {:<7}", routine.name);
     for (const double rate : rates)
-        fmt::print("{:>8.1f} {:>4.0f}%", rate, 100 * rate / peak);
+        report.print("{:>8.1f} {:>4.0f}%", rate, 100 * rate / peak);
+    report.add(routine.name, rates);
 }
 
-void run(const std::vector<int>& sizes, double duration) {
+struct Request {
+    std::vector<int> sizes{64, 256, 1024};
+    double duration = 0.2;
+    bool wantsJson = false;
+};
+
+void run(const Request& request) {
+    const auto& [sizes, duration, wantsJson] = request;
     // The peak is measured again before each routine: a machine that others use is not as fast at all times.
     PeakMeter peak(qrv_serv_domain_get_max_threads(QRV_DOMAIN_BLAS));
     const std::vector<Routine> measured = routines();
@@ -151,13 +160,16 @@ void run(const std::vector<int>& sizes, double duration) {
             rates.back().push_back(routine.work(n).amount / routine.seconds(n, duration) * 1e-9);
     }
 
-    peak.print();
-    fmt::print("\nGFLOP/s and share of that, matrices of order n\n{:>9}", "n");
+    Report report(wantsJson, {});
+    peak.print(report);
+    report.print("\nGFLOP/s and share of that, matrices of order n\n{:>9}", "n");
     for (const int n : sizes)
-        fmt::print("{:>14}", n);
+        report.print("{:>14}", n);
+    report.add("n", sizes);
     for (std::size_t r = 0; r < measured.size(); ++r)
-        print_rates(measured[r], rates[r], peak.rate());
-    fmt::print("\n");
+        print_rates(report, measured[r], rates[r], peak.rate());
+    report.print("\n");
+    report.close();
 }
 
 } // namespace
@@ -165,15 +177,15 @@ void run(const std::vector<int>& sizes, double duration) {
 void add_bench(CLI::App& program) {
     CLI::App* const command =
         program.add_subcommand("bench", "Speeds of the main routines on this machine, in a few seconds");
-    const auto sizes = std::make_shared<std::vector<int>>(std::vector<int>{64, 256, 1024});
-    const auto duration = std::make_shared<double>(0.2);
-    command->add_option("--sizes", *sizes, "orders of the matrices")
+    const auto request = std::make_shared<Request>();
+    command->add_option("--sizes", request->sizes, "orders of the matrices")
         ->capture_default_str()
         ->check(CLI::Range(1, 16384));
-    command->add_option("--seconds", *duration, "time for each figure")
+    command->add_option("--seconds", request->duration, "time for each figure")
         ->capture_default_str()
         ->check(CLI::Range(0.001, 60.0));
-    command->callback([sizes, duration] { run(*sizes, *duration); });
+    add_json(*command, request->wantsJson);
+    command->callback([request] { run(*request); });
 }
 
 } // namespace tools

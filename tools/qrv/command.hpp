@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-#include "matrix_market/matrix_market.hpp"
+#include "matrix_file/matrix_file.hpp"
 
 namespace tools {
 
@@ -28,17 +28,27 @@ void add_bench(CLI::App& program);
 // A validator of options: an unset shell variable must not count as an option that is not given.
 CLI::Validator file_name();
 
-// The file of an option that names one, opened; none without. Several of one command must differ.
-std::optional<OutputFile> open_output(const std::string& name);
-void require_different(std::initializer_list<std::string> files);
+// What every command with a report has, and every one with results that may be written without their zeros.
+void add_json(CLI::App& command, bool& wantsJson);
+void add_coordinate(CLI::App& command, bool& isCoordinate);
 
-// Name, size and kind of a matrix, for the head of a report.
-std::string description(const std::string& path, const MatrixFile& file);
+// The file of an option that names one, opened; none without. Several of one command must differ, and standard input is
+// read once.
+std::optional<OutputFile> open_output(const std::string& name, bool isCoordinate = false);
+void require_different(std::initializer_list<std::string> files);
+void require_one_standard_input(const std::string& a, const std::string& b);
+
+// The format of a result by the name of its file; what goes to standard output has that of the matrix that came in.
+Format format_of(const std::string& output, Format ofInput, bool isCoordinate = false);
+
+// Takes room for a result of this size, so that a full disk is known before the work.
+template <class T>
+void reserve(std::optional<OutputFile>& file, Format format, const Matrix<T>& alike) {
+    if (file && format != Format::coordinate)
+        file->reserve(file_bytes(format, 1.0 * alike.rows * alike.columns, isComplex<T>));
+}
 
 // Order of a square matrix; raises InputError for any other.
 int require_square(const std::string& path, const AnyMatrix& matrix);
-
-// One line if a matrix with this condition number counts as singular, about the result that it makes unsure.
-void print_if_singular(double condition, const char* result);
 
 } // namespace tools

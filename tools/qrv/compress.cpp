@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <fmt/core.h>
 #include <optional>
 
 #include "command.hpp"
+#include "report.hpp"
 #include "singular_values.hpp"
 #include "support/picture.hpp"
 
@@ -16,10 +16,13 @@ struct Request {
     std::string picture, out;
     std::optional<int> rank;
     std::optional<double> error;
+    bool wantsJson = false;
 };
 
 // "photo.png" becomes "photo-rank20.png".
 std::string name_beside(const std::string& picture, int rank) {
+    if (picture == "-")
+        return "-";
     const std::filesystem::path path(picture);
     return (path.parent_path() / fmt::format("{}-rank{}.png", path.stem().string(), rank)).string();
 }
@@ -50,20 +53,32 @@ void run(const Request& request) {
     if (rank > svd.count())
         throw InputError(fmt::format("{} has {} singular values, fewer than {}", request.picture, svd.count(), rank));
     const std::string out = request.out.empty() ? name_beside(request.picture, rank) : request.out;
-    require_different({request.picture, out});
+    if (out != "-")
+        require_different({request.picture, out});
     const support::Planes low{nearest_of_rank(svd, rank), original.count};
-    support::write_planes(out, low);
+    const std::string content = support::png(low);
+    OutputFile file(out);
+    file.write(content);
+    file.commit();
 
     const double all = 1.0 * a.rows * a.columns, kept = rank * (1.0 + a.rows + a.columns);
-    fmt::print("{}: {} x {} pixels, {}\n", request.picture, original.columns(), a.rows,
-               original.count == 3 ? "red, green and blue beside each other" : "gray");
-    fmt::print("  rank              {} of {}  ({:.2f} ms)\n", rank, svd.count(), 1e3 * svd.seconds());
-    fmt::print("  numbers           {:.0f} instead of {:.0f}: {:.1f} %\n", kept, all, 100 * kept / all);
-    fmt::print("  error             {:.4f} of the picture; {:.2f} levels of 255 in the mean\n", svd.distance(rank),
-               root_mean_square(a, low.all));
-    fmt::print("  files             {} bytes, before {}\n", std::filesystem::file_size(out),
-               std::filesystem::file_size(request.picture));
-    fmt::print("  picture           {}\n", out);
+    Report report(request.wantsJson, {out});
+    report.print("{}: {} x {} pixels, {}\n", figure("file", request.picture), figure("columns", original.columns()),
+                 figure("rows", a.rows), original.count == 3 ? "red, green and blue beside each other" : "gray");
+    report.add("planes", original.count);
+    report.print("  rank              {} of {}  ({:.2f} ms)\n", figure("rank", rank), svd.count(),
+                 figure("milliseconds", 1e3 * svd.seconds()));
+    report.print("  numbers           {:.0f} instead of {:.0f}: {:.1f} %\n", figure("numbers_kept", kept),
+                 figure("numbers", all), 100 * kept / all);
+    report.print("  error             {:.4f} of the picture; {:.2f} levels of 255 in the mean\n",
+                 figure("error", static_cast<double>(svd.distance(rank))),
+                 figure("levels_in_the_mean", root_mean_square(a, low.all)));
+    report.print("  file              {} bytes", figure("bytes", content.size()));
+    std::error_code none; // a stream has no size
+    if (const auto before = std::filesystem::file_size(request.picture, none); !none)
+        report.print(", before {}", figure("bytes_before", before));
+    report.print("\n  picture           {}\n", figure("picture_file", file.name()));
+    report.close();
 }
 
 } // namespace
@@ -73,13 +88,16 @@ void add_compress(CLI::App& program) {
         program.add_subcommand("compress", "Approximates a picture, gray or in colour, by a matrix of low rank");
     const auto request = std::make_shared<Request>();
     command->add_option("PICTURE", request->picture, "PNG file")->required()->check(file_name());
-    command->add_option("-o,--out", request->out, "PNG file for the result (PICTURE-rankK.png without)")
+    command
+        ->add_option("-o,--out", request->out,
+                     "PNG file for the result (PICTURE-rankK.png without; standard output if PICTURE is)")
         ->check(file_name());
     CLI::Option_group* const choice = command->add_option_group("how much of it");
     choice->add_option("--rank", request->rank, "so many singular values are kept")->check(CLI::Range(1, 1'000'000));
     choice->add_option("--error", request->error, "as few as keep the relative error of the picture within this")
         ->check(CLI::Range(0.0, 1.0));
     choice->require_option(1);
+    add_json(*command, request->wantsJson);
     command->callback([request] { run(*request); });
 }
 

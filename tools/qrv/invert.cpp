@@ -1,11 +1,11 @@
 // qrv invert: the inverse of a matrix.
-#include <fmt/core.h>
 #include <optional>
 #include <random>
 
 #include "command.hpp"
 #include "linear_system.hpp"
 #include "progress.hpp"
+#include "report.hpp"
 #include "routines.hpp"
 
 namespace tools {
@@ -13,7 +13,7 @@ namespace {
 
 struct Request {
     std::string a, out;
-    bool isCoordinate = false;
+    bool isCoordinate = false, wantsJson = false;
 };
 
 // Random signs. How well X v solves A y = v tells of the whole X, at the cost of two products with a vector.
@@ -27,9 +27,8 @@ Matrix<T> signs(int n) {
 }
 
 template <class T>
-void invert(const Request& request, std::optional<OutputFile>& out, const Matrix<T>& a) {
-    if (out && !request.isCoordinate)
-        out->reserve(array_bytes(1.0 * a.rows * a.columns, isComplex<T>));
+void invert(const Request& request, Report& report, std::optional<OutputFile>& out, Format format, const Matrix<T>& a) {
+    reserve(out, format, a);
     std::optional<ProgressBar> progress = factoring(a.rows);
     LinearSystem<T> system(request.a, a);
     progress.reset();
@@ -39,23 +38,25 @@ void invert(const Request& request, std::optional<OutputFile>& out, const Matrix
     const BackwardError error = backward_error(a, product(x, v), v);
     system.require_solved(error);
     const double condition = 1.0 * norm(MatrixNorm::Infinity, a) * norm(MatrixNorm::Infinity, x);
-    fmt::print("  condition number  {:.2g} (1-norm), {:.2g} (infinity norm)\n",
-               1.0 * norm(MatrixNorm::One, a) * norm(MatrixNorm::One, x), condition);
-    fmt::print("  backward error    {:.2g} componentwise, {:.2g} normwise, of X v for A y = v with random signs v\n",
-               error.componentwise, error.normwise);
-    print_if_singular(condition, "X");
-    if (out) {
-        write_matrix_market(*out, x, request.isCoordinate ? Format::coordinate : Format::array, "Inverse by qrv");
-        fmt::print("  X                 {}\n", out->name());
-    }
+    report.print("  condition number  {:.2g} (1-norm), {:.2g} (infinity norm)\n",
+                 figure("condition_number_one_norm", 1.0 * norm(MatrixNorm::One, a) * norm(MatrixNorm::One, x)),
+                 figure("condition_number", condition));
+    report.print("  backward error    {:.2g} componentwise, {:.2g} normwise, of X v for A y = v with random signs v\n",
+                 figure("backward_error_componentwise", error.componentwise),
+                 figure("backward_error_normwise", error.normwise));
+    report.singular(condition, "X");
+    report.result("X", out, x, format, "Inverse by qrv");
 }
 
 void run(const Request& request) {
-    std::optional<OutputFile> out = open_output(request.out);
-    const MatrixFile a = read_matrix_market(request.a, 2); // and its factors, then its inverse
+    std::optional<OutputFile> out = open_output(request.out, request.isCoordinate);
+    const MatrixFile a = read_matrix(request.a, 2); // and its factors, then its inverse
     require_square(request.a, a.matrix);
-    fmt::print("A: {}\n", description(request.a, a));
-    std::visit([&](const auto& matrix) { invert(request, out, matrix); }, a.matrix);
+    Report report(request.wantsJson, {request.out});
+    report.matrix("A", request.a, a);
+    const Format format = format_of(request.out, a.format, request.isCoordinate);
+    std::visit([&](const auto& matrix) { invert(request, report, out, format, matrix); }, a.matrix);
+    report.close();
 }
 
 } // namespace
@@ -63,9 +64,10 @@ void run(const Request& request) {
 void add_invert(CLI::App& program) {
     CLI::App* const command = program.add_subcommand("invert", "Inverts a matrix by LU, and tells how well it went");
     const auto request = std::make_shared<Request>();
-    command->add_option("A", request->a, "Matrix Market file of a square matrix")->required()->check(file_name());
+    command->add_option("A", request->a, "file of a square matrix")->required()->check(file_name());
     command->add_option("-o,--out", request->out, "file for the inverse X")->check(file_name());
-    command->add_flag("--coordinate", request->isCoordinate, "write nonzeros only");
+    add_coordinate(*command, request->isCoordinate);
+    add_json(*command, request->wantsJson);
     command->callback([request] { run(*request); });
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "factors.hpp"
-#include "matrix_market/matrix_market.hpp"
+#include "matrix_file/matrix_file.hpp"
 #include "support/judge.hpp"
 
 namespace tools {

@@ -31,7 +31,9 @@ void run(CLI::App& program, int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App program{"Linear algebra on matrix files in the Matrix Market format, in single precision."};
+    CLI::App program{"Linear algebra on matrix files, Matrix Market or NumPy's .npy, in single precision. The name - "
+                     "is standard input or "
+                     "standard output."};
     program.name("qrv");
     program.require_subcommand(0, 1); // a word that is no command is named, then, as not expected
     program.set_version_flag("--version", qrv_serv_get_version());

@@ -70,8 +70,8 @@ void add_fit(std::vector<support::Series>& list, const std::vector<std::pair<dou
 } // namespace
 
 template <class T>
-void write_fit_picture(OutputFile& file, const Matrix<T>& a, const Matrix<T>& x, const Matrix<T>& b, int over,
-                       const std::string& title) {
+std::string fit_picture(const Matrix<T>& a, const Matrix<T>& x, const Matrix<T>& b, int over,
+                        const std::string& title) {
     std::vector<std::pair<double, int>> places; // where an observation is drawn, and its row
     std::vector<Complex> observed, fitted;
     for (int i = 0; i < a.rows; ++i) {
@@ -87,21 +87,19 @@ void write_fit_picture(OutputFile& file, const Matrix<T>& a, const Matrix<T>& x,
     if (isComplex<T>)
         add_fit(list, places, observed, fitted, "Im ", [](const Complex& z) { return z.imag(); });
     const std::string abscissa = over > 0 ? "column " + std::to_string(over) + " of A" : "row";
-    file.write(support::svg({title, {.title = abscissa, .isWhole = over == 0}, {}, list}));
-    file.commit();
+    return support::svg({title, {.title = abscissa, .isWhole = over == 0}, {}, list});
 }
 
-template void write_fit_picture(OutputFile&, const Matrix<float>&, const Matrix<float>&, const Matrix<float>&, int,
-                                const std::string&);
-template void write_fit_picture(OutputFile&, const Matrix<SingleComplex>&, const Matrix<SingleComplex>&,
-                                const Matrix<SingleComplex>&, int, const std::string&);
+template std::string fit_picture(const Matrix<float>&, const Matrix<float>&, const Matrix<float>&, int,
+                                 const std::string&);
+template std::string fit_picture(const Matrix<SingleComplex>&, const Matrix<SingleComplex>&,
+                                 const Matrix<SingleComplex>&, int, const std::string&);
 
-void write_picture(OutputFile& file, const AnyMatrix& x, const std::string& title) {
-    file.write(support::svg({title,
-                             {.title = "index", .isWhole = true},
-                             {},
-                             std::visit([](const auto& matrix) { return curves(matrix); }, x)}));
-    file.commit();
+std::string picture(const AnyMatrix& x, const std::string& title) {
+    return support::svg({title,
+                         {.title = "index", .isWhole = true},
+                         {},
+                         std::visit([](const auto& matrix) { return curves(matrix); }, x)});
 }
 
 } // namespace tools

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "matrix_market/matrix_market.hpp"
+#include "matrix_file/matrix_file.hpp"
 #include "routines.hpp"
 #include "support/plot.hpp"
 

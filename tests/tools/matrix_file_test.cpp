@@ -1,4 +1,4 @@
-// Matrix Market files: what is read, what is refused and where, and that written files read back the same.
+// Matrix Market and NumPy files: what is read, what is refused and where, and that written files read back the same.
 #include <cmath>
 #include <csignal>
 #include <filesystem>
@@ -7,20 +7,22 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include "matrix_market/matrix_market.hpp"
-#include "matrix_market/memory_limit.hpp"
+#include "matrix_file/matrix_file.hpp"
+#include "matrix_file/memory_limit.hpp"
 #include "support/folder.hpp"
+#include "support/npy.hpp"
 
 namespace tools {
 namespace {
 
 using qrv::test::content;
 using qrv::test::Folder;
+using qrv::test::npy, qrv::test::npy_header;
 using testing::HasSubstr;
 using testing::StartsWith;
 
 MatrixFile parse(const std::string& text) {
-    return parse_matrix_market("name", (text.starts_with("%%") ? "" : "%%MatrixMarket matrix ") + text);
+    return parse_matrix("name", (text.starts_with("%%") ? "" : "%%MatrixMarket matrix ") + text);
 }
 
 TEST(MatrixMarket, ReadsWhatTheFileMeans) {
@@ -110,6 +112,86 @@ TEST(MatrixMarket, RefusesWithTheLine) {
     }
 }
 
+TEST(Npy, ReadsWhatTheFileMeans) {
+    const struct {
+        std::string content;
+        std::vector<SingleComplex> elements; // column by column
+    } cases[] = {
+        {npy(npy_header("<f4", "(2, 3)") + "   \n", {1, 2, 3, 4, 5, 6}), {1, 4, 2, 5, 3, 6}},
+        {npy(npy_header("<f4", "(2, 3)", true), {1, 2, 3, 4, 5, 6}, 2), {1, 2, 3, 4, 5, 6}},
+        {npy(npy_header("<c8", "(2, 2)"), {1, 2, 3, 4, 5, 6, 7, 8}), {{1, 2}, {5, 6}, {3, 4}, {7, 8}}},
+        {npy<double>(npy_header("<c16", "(2,)"), {1.0, -2.0, 1e-60, 4.0}, 3), {{1, -2}, {0, 4}}},
+        {npy<double>("{\"shape\":(2),\"fortran_order\":True,\"descr\":\"<f8\"}", {0.1, -3.0}), {0.1F, -3}},
+    };
+    for (const auto& [file, elements] : cases) {
+        const MatrixFile read = parse_matrix("name", file);
+        EXPECT_EQ(to_complex(read.matrix).values, elements) << file;
+        EXPECT_EQ(read.format, Format::npy);
+    }
+    const MatrixFile vector = parse_matrix("name", cases[3].content);
+    EXPECT_EQ(to_complex(vector.matrix).columns, 1);
+    Matrix<float> tall(5000, 3); // more than is read at a time
+    std::string text = npy(npy_header("<f4", "(5000, 3)", true), {});
+    for (std::size_t k = 0; k < tall.values.size(); ++k)
+        tall.values[k] = static_cast<float>(k);
+    text.append(reinterpret_cast<const char*>(tall.values.data()), 4 * tall.values.size());
+    EXPECT_EQ(std::get<Matrix<float>>(parse_matrix("name", text).matrix).values, tall.values);
+}
+
+TEST(Npy, RefusesWithALine) {
+    const auto header = [](const std::string& text) { return npy(text, {}); };
+    const std::string good = npy(npy_header("<f4", "(1, 2)"), {1, 2});
+    const struct {
+        std::string content;
+        const char* what;
+    } cases[] = {
+        {"", "the file is empty"},
+        {"\x93NUMPX" + good.substr(6), "does not begin with"},
+        {"%%MatrixMarket matrix array real general\n1 1\n1\n", "no file of NumPy"},
+        {good.substr(0, 7), "ends within its first bytes"},
+        {good.substr(0, 9), "ends within its first bytes"},
+        {good.substr(0, 30), "ends within its header"},
+        {npy("", {}, 4), "version 4.0 of the format"},
+        {"\x93NUMPY\x02" + std::string(1, '\0') + "\xff\xff\xff\xff", "4294967295 bytes"},
+        {header(""), "should have '{'"},
+        {header("{'descr': '<f4'"), "should have '}'"},
+        {header("{'descr': '<f4', 'shape': (1,)}"), "lacks one of"},
+        {header("{'descr': '<f4', 'fortran_order': 1, 'shape': (1,)}"), "True or False"},
+        {header("{'descr' '<f4'}"), "should have ':'"},
+        {header("{'descr': <f4}"), "in one word"},
+        {header("{'descr': [('a', '<f4')], }"), "in one word"},
+        {header("{'order': 1}"), "unknown name 'order'"},
+        {header("{\x1b[31m': 1}"), "a name at '?[31m"},
+        {header(npy_header("<i4", "(1, 2)")), "'<i4'"},
+        {header(npy_header(">f4", "(1, 2)")), "'>f4'"},
+        {header(npy_header("<f4", "()")), "0 dimensions"},
+        {header(npy_header("<f4", "(1, 1, 1, 1)")), "4 dimensions"},
+        {header(npy_header("<f4", "(0, 1)")), "size '0'"},
+        {header(npy_header("<f4", "(-1, 1)")), "size '-1'"},
+        {header(npy_header("<f4", "(2147483648, 1)")), "out of range"},
+        {header(npy_header("<f4", "(99999999999999999999, 1)")), "out of range"},
+        {header(npy_header("<f4", "(one, 1)")), "a number at 'one"},
+        {header(npy_header("<f4", "(1 1)")), "should have ')'"},
+        {header(npy_header("<f4", "(2147483647, 2147483647)")), "this process may use"},
+        {header(npy_header("<f4", "(1, 2)") + "x"), "nothing more"},
+        {good.substr(0, good.size() - 1), "ends after 1 of 2 elements"},
+        {good + " ", "more than the 2 elements"},
+        {npy(npy_header("<f4", "(2, 2)"), {1, NAN, 3, 4}), "row 1, column 2 is no finite number"},
+        {npy(npy_header("<f4", "(2, 2)", true), {1, INFINITY, 3, 4}), "row 2, column 1 is no finite number"},
+        {npy<double>(npy_header("<c16", "(1,)"), {1.0, -4e38}), "row 1, column 1 does not fit"},
+    };
+    for (const auto& [content, what] : cases) {
+        try {
+            parse_matrix("name.npy", content);
+            ADD_FAILURE() << "taken: " << content;
+        } catch (const InputError& error) {
+            EXPECT_THAT(error.what(), StartsWith("name.npy: ")) << content;
+            EXPECT_THAT(error.what(), HasSubstr(what)) << content;
+            EXPECT_LT(std::string(error.what()).size(), 160U);
+        }
+    }
+}
+
 // Ordinary files end at so many bytes, as on a disk without room.
 class FileSizeLimit {
 public:
@@ -130,7 +212,7 @@ private:
 
 void write(const std::string& path, const AnyMatrix& matrix, Format format = Format::array) {
     OutputFile file(path);
-    write_matrix_market(file, matrix, format, "two\nlines");
+    write_matrix(file, matrix, format, "two\nlines");
 }
 
 TEST(MatrixMarket, WritesWhatReadsBackTheSame) {
@@ -140,16 +222,23 @@ TEST(MatrixMarket, WritesWhatReadsBackTheSame) {
     a.values = {0, 1.0F / 3, -0x1p-149F, 0x1.fffffep127F, 16777216, 0};
     Matrix<SingleComplex> c(1, 2);
     c.values = {{0, 0}, {-1.1F, 1e-30F}};
-    for (const Format format : {Format::array, Format::coordinate}) {
+    for (const Format format : {Format::array, Format::coordinate, Format::npy}) {
         write(path, a, format);
-        const MatrixFile read = read_matrix_market(path);
+        const MatrixFile read = read_matrix(path);
         EXPECT_EQ(std::get<Matrix<float>>(read.matrix).values, a.values);
         EXPECT_EQ(std::get<Matrix<float>>(read.matrix).rows, 2);
-        EXPECT_EQ(read.entries, format == Format::array ? 6 : 4);
+        EXPECT_EQ(read.entries, format == Format::coordinate ? 4 : 6);
         write(path, c, format);
-        EXPECT_EQ(std::get<Matrix<SingleComplex>>(read_matrix_market(path).matrix).values, c.values);
+        EXPECT_EQ(std::get<Matrix<SingleComplex>>(read_matrix(path).matrix).values, c.values);
     }
     EXPECT_EQ(folder.count(), 1); // no temporary
+
+    // Elements of NumPy's file begin at a multiple of 64 bytes; one column is a vector.
+    Matrix<float> column(2, 1);
+    column.values = {1, -2};
+    write(path, column, Format::npy);
+    const std::string header = npy_header("<f4", "(2,)");
+    EXPECT_EQ(content(path), npy(header + std::string(128 - 10 - 1 - header.size(), ' ') + "\n", {1, -2}));
 }
 
 TEST(OutputFile, AppearsWholeOrNotAtAll) {
@@ -224,8 +313,8 @@ TEST(MemoryLimit, IsTheLeastOfTheMachineAndTheGroups) {
     // What a matrix is held in addition counts: this one takes 400 bytes.
     const Folder folder;
     write(folder.file("x"), Matrix<float>(10, 10));
-    EXPECT_NO_THROW(read_matrix_market(folder.file("x"), machine / 1e6));
-    EXPECT_THROW(read_matrix_market(folder.file("x"), machine / 100), InputError);
+    EXPECT_NO_THROW(read_matrix(folder.file("x"), machine / 1e6));
+    EXPECT_THROW(read_matrix(folder.file("x"), machine / 100), InputError);
 }
 
 } // namespace

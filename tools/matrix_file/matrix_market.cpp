@@ -1,20 +1,16 @@
+#include "matrix_market.hpp"
+
 #include <algorithm>
+#include <array>
 #include <cctype>
-#include <cerrno>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <limits>
-#include <memory>
+#include <sstream>
 #include <string_view>
-#include <unistd.h>
 #include <utility>
-
-#include "matrix_market.hpp"
-#include "memory_limit.hpp"
 
 namespace tools {
 namespace {
@@ -44,16 +40,6 @@ private:
     std::string_view rest;
 };
 
-// A word for a message: short, and nothing that a terminal would obey.
-std::string quoted(std::string_view word) {
-    constexpr std::size_t longest = 40;
-    std::string text(word.substr(0, longest));
-    for (char& c : text)
-        if (!std::isprint(static_cast<unsigned char>(c)))
-            c = '?';
-    return "'" + text + (word.size() > longest ? "...'" : "'");
-}
-
 std::string lower_case(std::string_view word) {
     std::string text(word);
     for (char& c : text)
@@ -61,13 +47,10 @@ std::string lower_case(std::string_view word) {
     return text;
 }
 
-// Puts the next bytes of a file, at most so many, at an address. Result: how many; 0 at the end.
-using Source = std::function<std::size_t(char* to, std::size_t most)>;
-
 // The lines of a file that may be endless: no more than one of them is held.
 class Lines {
 public:
-    Lines(const std::string& fileName, Source bytes) : name(fileName), source(std::move(bytes)), buffer(longestLine) {}
+    Lines(const std::string& fileName, const Source& bytes) : name(fileName), source(bytes), buffer(longestLine) {}
 
     // The next line of the file, whatever it holds. False at the end.
     bool next(std::string_view& line) {
@@ -118,8 +101,8 @@ private:
         return count > 0;
     }
 
-    std::string name;
-    Source source;
+    const std::string& name;
+    const Source& source;
     std::vector<char> buffer;
     std::size_t begin = 0, end = 0; // of what was read and not yet given
     long long number = 0;
@@ -160,11 +143,6 @@ double real(const Lines& lines, std::string_view word, const char* what) {
     if (failure == std::errc::result_out_of_range)
         value = std::strtod(digits.c_str(), nullptr); // tells too large from too small, which counts as 0
     return value;
-}
-
-// Beyond it a double rounds to infinity in single precision.
-bool fits_single(double value) {
-    return std::abs(static_cast<float>(value)) <= std::numeric_limits<float>::max();
 }
 
 // ---- The parts of a file ------------------------------------------------------------------------------------------
@@ -231,18 +209,6 @@ int dimension(const Lines& lines, std::string_view word, const char* what) {
     if (value < 1 || value > std::numeric_limits<int>::max())
         lines.fail(std::string("the ") + what + " " + quoted(word) + " is out of range");
     return static_cast<int>(value);
-}
-
-// Matrices that cannot be held are refused before memory is touched: the system would end the program.
-void check_memory(const Lines& lines, const Sizes& sizes, std::size_t elementSize, double copies) {
-    const double needed = copies * sizes.rows * sizes.columns * static_cast<double>(elementSize);
-    const double memory =
-        std::min(memory_limit(), static_cast<double>(std::numeric_limits<std::ptrdiff_t>::max())); // 32-bit processes
-    const auto megabytes = [](double bytes) { return std::to_string(std::llround(bytes / 1e6)) + " MB"; };
-    if (needed > memory)
-        lines.fail(std::to_string(sizes.rows) + " x " + std::to_string(sizes.columns) + " elements, held full and " +
-                   (copies > 1 ? "with what is computed from them, " : "") + "take " + megabytes(needed) +
-                   "; this process may use " + megabytes(memory));
 }
 
 // Elements of the array format: all, or the lower triangle with or without the diagonal.
@@ -377,7 +343,8 @@ int read_index(const Lines& lines, Words& words, int count, const char* what) {
 
 template <class T>
 Matrix<T> read_entries(Lines& lines, const Header& header, const Sizes& sizes, double copies) {
-    check_memory(lines, sizes, sizeof(T), copies);
+    if (const auto lack = lack_of_memory(sizes.rows, sizes.columns, sizeof(T), copies))
+        lines.fail(*lack);
     Elements<T> elements(header, sizes);
     ArrayWalk place(header.symmetry, sizes.rows);
     std::string_view line;
@@ -400,7 +367,72 @@ Matrix<T> read_entries(Lines& lines, const Header& header, const Sizes& sizes, d
     return elements.take();
 }
 
-MatrixFile read(Lines lines, double copies) {
+// ---- Writing --------------------------------------------------------------------------------------------------------
+
+constexpr std::size_t blockSize = 1 << 16; // bytes handed over at a time
+
+void append(std::string& text, long long value) {
+    text += std::to_string(value);
+}
+void append(std::string& text, float value) {
+    std::array<char, 32> digits; // the shortest that reads back as the same float
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
+    text.append(digits.data(), end);
+}
+void append(std::string& text, SingleComplex value) {
+    append(text, value.Re());
+    text += ' ';
+    append(text, value.Im());
+}
+
+std::string header(const AnyMatrix& matrix, Format format, const std::string& comment) {
+    std::string text = "%%MatrixMarket matrix ";
+    text += format == Format::array ? "array " : "coordinate ";
+    text += std::holds_alternative<Matrix<float>>(matrix) ? "real" : "complex";
+    text += " general\n";
+    std::istringstream lines(comment);
+    for (std::string line; std::getline(lines, line);)
+        text += "% " + line + "\n";
+    return text;
+}
+
+template <class T>
+void write_entries(OutputFile& file, std::string text, const Matrix<T>& a, Format format) {
+    append(text, static_cast<long long>(a.rows));
+    text += ' ';
+    append(text, static_cast<long long>(a.columns));
+    if (format == Format::coordinate) {
+        long long nonzeros = 0;
+        for (const T value : a.values)
+            nonzeros += value != T{};
+        text += ' ';
+        append(text, nonzeros);
+    }
+    text += '\n';
+    for (int j = 0; j < a.columns; ++j)
+        for (int i = 0; i < a.rows; ++i) {
+            if (format == Format::coordinate) {
+                if (a(i, j) == T{})
+                    continue;
+                append(text, static_cast<long long>(i + 1));
+                text += ' ';
+                append(text, static_cast<long long>(j + 1));
+                text += ' ';
+            }
+            append(text, a(i, j));
+            text += '\n';
+            if (text.size() >= blockSize) {
+                file.write(text);
+                text.clear();
+            }
+        }
+    file.write(text);
+}
+
+} // namespace
+
+MatrixFile read_matrix_market(const std::string& name, const Source& source, double copies) {
+    Lines lines(name, source);
     const Header header = read_banner(lines);
     const Sizes sizes = read_sizes(lines, header);
     MatrixFile file{{}, header.format, header.symmetry, sizes.entries};
@@ -411,33 +443,9 @@ MatrixFile read(Lines lines, double copies) {
     return file;
 }
 
-} // namespace
-
-MatrixFile parse_matrix_market(const std::string& name, const std::string& text) {
-    std::size_t given = 0;
-    return read(Lines(name,
-                      [&](char* to, std::size_t most) {
-                          const std::size_t count = text.copy(to, most, given);
-                          given += count;
-                          return count;
-                      }),
-                1);
-}
-
-MatrixFile read_matrix_market(const std::string& path, double copies) {
-    const auto fail = [&]() { throw InputError("cannot read " + path + ": " + std::strerror(errno)); };
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (!file)
-        fail();
-    return read(Lines(path,
-                      [&](char* to, std::size_t most) { // not by fread, which waits until all bytes have come
-                          ssize_t count = 0;
-                          while ((count = ::read(fileno(file.get()), to, most)) < 0)
-                              if (errno != EINTR)
-                                  fail();
-                          return static_cast<std::size_t>(count);
-                      }),
-                copies);
+void write_matrix_market(OutputFile& file, const AnyMatrix& matrix, Format format, const std::string& comment) {
+    std::visit([&](const auto& a) { write_entries(file, header(matrix, format, comment), a, format); }, matrix);
+    file.commit();
 }
 
 } // namespace tools

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace tools {
 
@@ -17,7 +18,7 @@ public:
 // temporary file beside the target, which commit() gives the target's name; without commit() the temporary is removed
 // and a file that was there before stays. Links are followed, also to what is not there yet. Written straight to is a
 // target that is no ordinary file, such as a device or a pipe, and one that this process has open for writing, such as
-// standard output: it may hold more than ours. All members raise OutputError.
+// standard output: it may hold more than ours. The name "-" is standard output. All members raise OutputError.
 class OutputFile {
 public:
     explicit OutputFile(const std::string& target);
@@ -29,7 +30,7 @@ public:
 
     // Takes room for so many bytes, as far as the file system can tell; what is left over is given back.
     void reserve(double bytes);
-    void write(const std::string& text);
+    void write(std::string_view text);
     void commit();
 
 private:

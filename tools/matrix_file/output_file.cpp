@@ -70,6 +70,13 @@ std::filesystem::path end_of_links(std::filesystem::path path, int& error) {
 } // namespace
 
 OutputFile::OutputFile(const std::string& path) : shown(path), target(path) {
+    if (path == "-") {
+        shown = "standard output";
+        file = fdopen(dup(STDOUT_FILENO), "w");
+        if (!file)
+            fail(errno);
+        return;
+    }
     struct stat found {};
     const bool isThere = stat(path.c_str(), &found) == 0;
     if (isThere && S_ISDIR(found.st_mode))
@@ -119,7 +126,7 @@ void OutputFile::reserve(double bytes) {
         fail(errno);
 }
 
-void OutputFile::write(const std::string& text) {
+void OutputFile::write(std::string_view text) {
     if (is_direct())
         std::fflush(stdout); // what was said before comes before
     if (std::fwrite(text.data(), 1, text.size(), file) != text.size())
