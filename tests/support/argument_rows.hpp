@@ -2,9 +2,11 @@
 // what breaks them, written from the published lists and not from the checks of the rows.
 //
 // A call is its arguments as words: a letter for an option ('~' an empty one), a number for an int or a real scalar,
-// '.' for an array of ones, 'v' for one whose elements go down, 'w' for a work array whose first element may be stored
-// although an argument is bad. 'm' is a matrix that is large on its diagonal, with the leading dimension that follows,
-// and 'b' with a number one in band storage, with the diagonal in that row. info is left out.
+// '.' for an array of ones, 'v' for one whose elements go down, 'w' for a work array, as long as the number that
+// follows, whose first element may be stored although an argument is bad. 'm' is a matrix that is large on its
+// diagonal, with the leading dimension that follows, and 'b' with a number one in band storage, with the diagonal in
+// that row. info is left out. Arrays have room to spare, or the length that is told, and not an element more: '.40',
+// 'v40', 'm30x20', 'b2x90'.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -72,15 +74,8 @@ struct OnLines {
     OnLines() = default;
     template <class U>
     OnLines(const OnLines<U>&) {}
-    static inline std::size_t bytesOff = 0; // below 64: those of now, on purpose
-    T* allocate(std::size_t n) {
-        void* const line = ::operator new(n * sizeof(T) + bytesOff, std::align_val_t(64));
-        return reinterpret_cast<T*>(static_cast<char*>(line) + bytesOff);
-    }
-    void deallocate(T* memory, std::size_t) {
-        auto* const first = reinterpret_cast<char*>(memory);
-        ::operator delete(first - reinterpret_cast<std::uintptr_t>(first) % 64, std::align_val_t(64));
-    }
+    T* allocate(std::size_t n) { return static_cast<T*>(::operator new(n * sizeof(T), std::align_val_t(64))); }
+    void deallocate(T* memory, std::size_t) { ::operator delete(memory, std::align_val_t(64)); }
     bool operator==(const OnLines&) const = default;
 };
 
@@ -102,8 +97,9 @@ public:
     }
 
     void* address() { return memory_.data(); }
+    const void* address() const { return memory_.data(); }
     bool touched() const {
-        const std::size_t first = word_ == "w" ? sizeof(qrv_complex) : 0;
+        const std::size_t first = word_[0] == 'w' ? element_size() : 0;
         return kind_ != Kind::text && is_array() &&
                std::memcmp(memory_.data() + first, before_.data() + first, before_.size() - first) != 0;
     }
@@ -137,37 +133,48 @@ public:
     void store(std::size_t k, double value, double imaginary = 0) {
         const int whole = kind_ == Kind::whole ? static_cast<int>(value) : 0;
         const float parts[] = {static_cast<float>(value), static_cast<float>(imaginary)};
-        const std::size_t size = kind_ == Kind::complex ? sizeof parts : sizeof whole;
+        const std::size_t size = element_size();
         memory_.resize(std::max(memory_.size(), (k + 1) * size));
         std::memcpy(memory_.data() + k * size, kind_ == Kind::whole ? static_cast<const void*>(&whole) : parts, size);
     }
 
     // Every step-th element becomes x.
     void replace(std::size_t step, float x) {
-        const std::size_t size = kind_ == Kind::complex ? 2 * sizeof x : sizeof x;
-        for (std::size_t k = step % 5; k < memory_.size() / size; k += step)
+        for (std::size_t k = step % 5; k < memory_.size() / element_size(); k += step)
             store(k, x, x);
     }
 
     bool is_matrix() const { return word_[0] == 'm' || (word_[0] == 'b' && word_.size() > 1); }
+    bool is_text() const { return kind_ == Kind::text; }
     std::size_t bytes() const { return memory_.size(); }
 
 private:
-    bool is_array() const { return word_ == "." || word_ == "v" || word_ == "w" || is_matrix(); }
+    std::size_t element_size() const { return kind_ == Kind::complex ? sizeof(qrv_complex) : sizeof(float); }
+    bool is_array() const { return std::strchr(".vw", word_[0]) != nullptr || is_matrix(); }
+
+    // Elements of an array before a leading dimension, or a length, of `next`.
+    std::size_t length(std::size_t next) const {
+        unsigned long first = 0, columns = 0;
+        const int told = std::sscanf(word_.c_str() + 1, "%lux%lu", &first, &columns);
+        if (is_matrix() && told == 2)
+            return next * (columns - 1) + first + (word_[0] == 'b');
+        if (!is_matrix() && told == 1)
+            return first;
+        if (word_[0] == 'w' && next > 0)
+            return next;
+        return 1024 + (is_matrix() ? 2 * next * next : 0);
+    }
 
     // Ones: matrices, vectors and pivots that any routine can work on.
     void fill(long next) {
         const auto ld = static_cast<std::size_t>(std::abs(next));
-        const std::size_t size = is_matrix()    ? 2 * ld * ld + 1024
-                                 : word_ == "w" ? static_cast<std::size_t>(std::max(1024L, next))
-                                                : 1024;
-        const std::size_t diagonal = word_[0] == 'b' ? std::stoul(word_.substr(1)) : 0;
-        memory_.reserve(size * sizeof(qrv_complex));
+        const std::size_t size = length(ld), diagonal = word_[0] == 'b' ? std::stoul(word_.substr(1)) : 0;
+        memory_.reserve(size * element_size());
         std::minstd_rand random;
         const auto any = [&] { return static_cast<double>(random() % 255) / 127 - 1; };
         for (std::size_t k = 0; k < size; ++k)
             if (!is_matrix())
-                store(k, word_ == "v" && kind_ != Kind::complex ? static_cast<double>(size - k) : 1);
+                store(k, word_[0] == 'v' && kind_ != Kind::complex ? static_cast<double>(size - k) : 1);
             else if (k % ld == (word_[0] == 'm' ? k / ld : diagonal))
                 store(k, static_cast<double>(3 * ld));
             else if (kind_ == Kind::complex)

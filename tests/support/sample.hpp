@@ -23,6 +23,8 @@ public:
         if (whole())
             std::printf("[  CASES   ] %d\n", count_);
     }
+    // How often a case is repeated.
+    static int of_each(int few, int many) { return whole() ? many : few; }
     bool takes() { return ++count_ % oneOf_ == 0; }
 
 private:
