@@ -226,7 +226,8 @@ TEST(PotrfRoute, GoesAside) {
                            {Uplo::lower, 80, 512, 8, true},
                            {Uplo::lower, 256, 256, 8, false},
                            {Uplo::lower, 2048, 2048, 8, true},
-                           {Uplo::lower, 4096, 4096, 4, false}}) {
+                           {Uplo::lower, 4096, 4096, 4, true},
+                           {Uplo::lower, 5120, 5120, 4, false}}) {
         EXPECT_EQ(lapack::goes_aside(row.uplo, row.n, row.ld, row.size), row.aside) << row.n << ' ' << row.ld;
         const int ld = lapack::dimension_aside(row.n, row.size);
         EXPECT_TRUE(ld >= row.n && !lapack::goes_aside(row.uplo, row.n, ld, row.size)) << row.n << ' ' << ld;

@@ -136,16 +136,18 @@ TYPED_TEST(Potrf, SolutionsInversesAndEstimates) {
         }
 }
 
-// In a copy: columns a page apart. The other triangle and what lies below are nobody's.
+// In a copy, in one tile and in several: columns a page apart. The other triangle and what lies below are nobody's.
 TYPED_TEST(Potrf, ResidualsOfAliasedColumns) {
     using T = TypeParam;
-    constexpr int n = 170, ld = 4096 / sizeof(T);
-    const Operand<T> a = definite<T>(Uplo::lower, n);
-    for (const int bad : {-1, 99}) {
-        Operand<T> factor(Form{n, n, isComplex<T> ? Form::hermitian : Form::symmetric, 'L'}, {.extra = ld - n});
-        factor.set([&](int i, int j) { return i < j ? T() : i == j && i == bad ? scalar<T>(-1) : a(i, j); });
-        ASSERT_EQ(lapack::potrf(Uplo::lower, n, factor.view()), bad + 1);
-        EXPECT_TRUE(bad >= 0 || cholesky_residual(a, factor) < choleskyBound);
+    constexpr int ld = 4096 / sizeof(T);
+    for (const int n : {170, 401}) {
+        const Operand<T> a = definite<T>(Uplo::lower, n);
+        for (const int bad : {-1, n / 2}) {
+            Operand<T> factor(Form{n, n, isComplex<T> ? Form::hermitian : Form::symmetric, 'L'}, {.extra = ld - n});
+            factor.set([&](int i, int j) { return i < j ? T() : i == j && i == bad ? scalar<T>(-1) : a(i, j); });
+            ASSERT_EQ(lapack::potrf(Uplo::lower, n, factor.view()), bad + 1) << n;
+            EXPECT_TRUE(bad >= 0 || cholesky_residual(a, factor) < choleskyBound) << n;
+        }
     }
 }
 

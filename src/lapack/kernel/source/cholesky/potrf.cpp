@@ -38,7 +38,8 @@ FactorResult potrf_any(Uplo uplo, int n, Matrix<T> a) {
     case Kind::unblocked:
         break;
     }
-    return factor_aside(uplo, n, a, [&](Matrix<T> x) { return FactorResult{potf2(uplo, n, x)}; });
+    const auto leaf = [uplo](int, int size, Matrix<T> block) { return FactorResult{potf2(uplo, size, block)}; };
+    return factor_aside(uplo, n, a, leaf, [&] { return leaf(0, n, a); });
 }
 
 template <class T>

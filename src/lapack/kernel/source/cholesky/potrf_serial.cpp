@@ -14,15 +14,16 @@ namespace qrv::lapack {
 
 template <class T>
 FactorResult potrf_serial(Uplo uplo, int n, Matrix<T> a, FactorPlace place) {
-    const bool wide = vector_form_in_use() != VectorForm::sse;
-    const int tuned = wide ? n : tuning::block_size(RoutineName<T>("POTRF"), n);
-    const int nb = wide && n >= wideCrossover ? half_in_blocks(n) : tuned;
-    return factor_aside(uplo, n, a, [&](Matrix<T> x) {
+    const auto factor_block = [&](int j, int jb, Matrix<T> diagonal) {
+        return potrf_serial(uplo, jb, diagonal, {place.thread, place.offset + j});
+    };
+    return factor_aside(uplo, n, a, factor_block, [&] {
+        const bool wide = vector_form_in_use() != VectorForm::sse;
+        const int tuned = wide ? n : tuning::block_size(RoutineName<T>("POTRF"), n);
+        const int nb = wide && n >= wideCrossover ? half_in_blocks(n) : tuned;
         if (nb <= 1 || nb >= n)
-            return tell_progress(RoutineName<T>("POTRF"), n, place, potf2(uplo, n, x));
-        return factor_left_looking<Layer::blas>(nb, uplo, n, x, [&](int j, int jb, Matrix<T> diagonal) {
-            return potrf_serial(uplo, jb, diagonal, {place.thread, place.offset + j});
-        });
+            return tell_progress(RoutineName<T>("POTRF"), n, place, potf2(uplo, n, a));
+        return factor_left_looking<Layer::blas>(nb, uplo, n, a, factor_block);
     });
 }
 
