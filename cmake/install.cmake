@@ -3,10 +3,17 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-install(TARGETS qrv qrv_static qrv_blas EXPORT qrvTargets
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# Without a component everything is installed; with them, packages.cmake makes a package of each.
+foreach(library IN ITEMS "qrv library" "qrv_static development" "qrv_blas drop-in")
+  separate_arguments(words UNIX_COMMAND ${library})
+  list(GET words 1 component)
+  list(GET words 0 target)
+  install(TARGETS ${target} EXPORT qrvTargets
+          LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component} NAMELINK_COMPONENT development
+          ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component}
+          INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+endforeach()
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/qrv DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/qrv)
@@ -28,5 +35,10 @@ endforeach()
 if(TARGET qrv_tool)
   file(RELATIVE_PATH lib_from_bin /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})
   set_target_properties(qrv_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
+  set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME tools)
   install(TARGETS qrv_tool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  set(texts ${PROJECT_BINARY_DIR}/tools)
+  install(FILES ${texts}/qrv.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES ${texts}/qrv.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME qrv)
+  install(FILES ${texts}/_qrv DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
 endif()

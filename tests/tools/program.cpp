@@ -1,6 +1,7 @@
 // The program qrv as a whole: what a command line gives, says and leaves behind.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sstream>
 
 #include "matrix_file/matrix_file.hpp"
 #include "qrv/linear_system.hpp"
@@ -282,6 +283,43 @@ TEST_F(Program, TellsFiguresAndResultsAsJson) {
             EXPECT_EQ(run_script("python3 -m json.tool json").exitStatus, 0) << command << result.out;
         }
     }
+}
+
+// The manual page and the completion of shells have what the help of each command tells.
+TEST_F(Program, TellsShellsWhatItTakes) {
+    EXPECT_EQ(run_script("qrv manual > qrv.1; qrv completion bash > qrv.bash; qrv completion zsh > _qrv").exitStatus,
+              0);
+    const std::string page = content(folder.file("qrv.1"));
+    for (const char* command : {"info", "norm", "solve", "invert", "fit", "qr", "eig", "svd", "compress", "bench"}) {
+        EXPECT_THAT(run("--help").out, HasSubstr(std::string("\n  ") + command + " "));
+        const std::size_t section = page.find(std::string("qrv ") + command + " ");
+        ASSERT_NE(section, std::string::npos) << command;
+        std::istringstream help(run(std::string(command) + " --help").out);
+        for (std::string word; help >> word;)
+            if (word.starts_with("--")) {
+                const std::string name = word.substr(2, word.find_first_of(",;", 2) - 2);
+                EXPECT_NE(page.find("\\-\\-" + name, section), std::string::npos) << command << ' ' << word;
+                EXPECT_THAT(content(folder.file("_qrv")), HasSubstr("'--" + name + "[")) << command;
+            }
+    }
+    EXPECT_EQ(
+        run_script("! command -v man || test -z \"$(man --warnings -E UTF-8 -l -Tutf8 ./qrv.1 2>&1 > /dev/null)\"").err,
+        "");
+    EXPECT_EQ(run_script("! command -v zsh || zsh -n _qrv").exitStatus, 0);
+    const struct {
+        const char* line;
+        const char* words; // the last one is completed
+    } cases[] = {{"qrv so", "solve"},
+                 {"qrv solve --me", "--method"},
+                 {"qrv solve --method ch", "cholesky"},
+                 {"qrv compress --ra", "--rank"},
+                 {"qrv norm matrix.n", "matrix.npy"}};
+    for (const auto& [line, words] : cases)
+        EXPECT_EQ(run_script(std::string("bash -c '. ./qrv.bash; COMP_WORDS=(") + line +
+                             "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _qrv; echo ${COMPREPLY[*]}'")
+                      .out,
+                  std::string(words) + "\n")
+            << line;
 }
 
 TEST_F(Program, ReportsAndWritesResults) {

@@ -24,6 +24,7 @@ void add_eig(CLI::App& program);
 void add_svd(CLI::App& program);
 void add_compress(CLI::App& program);
 void add_bench(CLI::App& program);
+void add_manual(CLI::App& program);
 
 // A validator of options: an unset shell variable must not count as an option that is not given.
 CLI::Validator file_name();

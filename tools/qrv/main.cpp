@@ -10,9 +10,9 @@
 
 namespace {
 
-constexpr void (*commands[])(CLI::App&) = {tools::add_info,     tools::add_norm, tools::add_solve, tools::add_invert,
-                                           tools::add_fit,      tools::add_qr,   tools::add_eig,   tools::add_svd,
-                                           tools::add_compress, tools::add_bench};
+constexpr void (*commands[])(CLI::App&) = {tools::add_info,     tools::add_norm,  tools::add_solve, tools::add_invert,
+                                           tools::add_fit,      tools::add_qr,    tools::add_eig,   tools::add_svd,
+                                           tools::add_compress, tools::add_bench, tools::add_manual};
 
 enum ExitCode { good = 0, notSolved = 1, badInput = 2 };
 
