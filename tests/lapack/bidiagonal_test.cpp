@@ -3,7 +3,8 @@
 
 #include "lapack/calls/bidiagonal.hpp"
 #include "qrv/native.h"
-#include "support/oracle.hpp"
+#include "support/call.hpp"
+#include "support/stored_q.hpp"
 
 namespace qrv::test {
 namespace {
@@ -37,45 +38,17 @@ struct Reduced {
             for (int k = column; k < n; ++k)
                 u[std::size_t(k)] = k == column ? 1 : conjugate(widen(a(i, k)));
             if (row < m)
-                for (int j = 0; j < n; ++j)
-                    reflect(
-                        widen(tauq[i]), v, [&, j](int k) -> Wide<T>& { return x.values[x.at(k, j)]; }, m, false);
+                reflect(true, x, v, widen(tauq[i]));
             if (column < n)
-                for (int k = 0; k < m; ++k)
-                    reflect(
-                        conjugate(widen(taup[i])), u, [&, k](int j) -> Wide<T>& { return x.values[x.at(k, j)]; }, n,
-                        true);
+                reflect(false, x, u, conjugate(widen(taup[i])));
         }
         return x;
     }
-
-private:
-    // A column x := x - tau v (v^H x), or a row x := x - tau (x v) v^H.
-    template <class Element>
-    static void reflect(Wide<T> tau, const std::vector<Wide<T>>& v, const Element& x, int n, bool row) {
-        Wide<T> sum = 0;
-        for (int k = 0; k < n; ++k)
-            sum += times(row ? v[std::size_t(k)] : conjugate(v[std::size_t(k)]), x(k));
-        for (int k = 0; k < n; ++k)
-            x(k) -= times(times(tau, sum), row ? conjugate(v[std::size_t(k)]) : v[std::size_t(k)]);
+    double error(const Operand<T>& before) const {
+        const WideMatrix<T> a0(before);
+        return in_roundings(norm(product() - a0, 'O'), std::max(a0.rows, a0.columns), norm(a0, 'O'));
     }
 };
-
-template <class T>
-double residual(const Operand<T>& before, const Reduced<T>& r) {
-    const WideMatrix<T> x = r.product();
-    double error = 0, norm = 1e-300;
-    for (int j = 0; j < x.columns; ++j) {
-        double difference = 0, sum = 0;
-        for (int i = 0; i < x.rows; ++i) {
-            difference += std::abs(x.values[x.at(i, j)] - widen(before(i, j)));
-            sum += std::abs(widen(before(i, j)));
-        }
-        error = std::isnan(difference) ? difference : std::max(error, difference);
-        norm = std::max(norm, sum);
-    }
-    return error / (norm * std::max(x.rows, x.columns) * 2 * unitRoundoff);
-}
 
 template <class T>
 Operand<T> random_matrix(int m, int n) {
@@ -97,18 +70,13 @@ TYPED_TEST(Bidiagonal, Residual) {
                 continue;
             Reduced<T> r(before);
             GuardedVector<T> work(lwork);
-            int info = -1;
-            routine_for<T>(SGEBRD, CGEBRD)(&r.a.form().rows, &r.a.form().columns, r.a.data(), &r.a.ld(), r.d.data(),
-                                           r.e.data(), r.tauq.data(), r.taup.data(), work.data(), &lwork, &info);
-            EXPECT_EQ(info, 0);
-            EXPECT_LT(residual(before, r), 10) << m << 'x' << n << " work " << lwork;
+            EXPECT_EQ(call_for<T>(SGEBRD, CGEBRD, m, n, r.a, r.d, r.e, r.tauq, r.taup, work, lwork), 0);
+            EXPECT_LT(r.error(before), 10) << m << 'x' << n << " work " << lwork;
         }
         Reduced<T> r(before);
         GuardedVector<T> work(std::max(m, n));
-        int info = -1;
-        routine_for<T>(SGEBD2, CGEBD2)(&r.a.form().rows, &r.a.form().columns, r.a.data(), &r.a.ld(), r.d.data(),
-                                       r.e.data(), r.tauq.data(), r.taup.data(), work.data(), &info);
-        EXPECT_LT(residual(before, r), 10) << m << 'x' << n;
+        call_for<T>(SGEBD2, CGEBD2, m, n, r.a, r.d, r.e, r.tauq, r.taup, work);
+        EXPECT_LT(r.error(before), 10) << m << 'x' << n;
     }
 }
 
@@ -120,33 +88,29 @@ TYPED_TEST(Bidiagonal, ResidualOfAPanel) {
             const Operand<T> before = random_matrix<T>(m, n);
             Reduced<T> r(before);
             Operand<T> x(m, nb, m + 1), y(n, nb, n + 2);
-            routine_for<T>(SLABRD, CLABRD)(&r.a.form().rows, &r.a.form().columns, &nb, r.a.data(), &r.a.ld(),
-                                           r.d.data(), r.e.data(), r.tauq.data(), r.taup.data(), x.data(), &x.ld(),
-                                           y.data(), &y.ld());
+            call_for<T>(SLABRD, CLABRD, m, n, nb, r.a, r.d, r.e, r.tauq, r.taup, x, y);
             Operand<T> rest(m - nb, n - nb, m);
             rest.set([&, rows = m](int i, int j) {
                 Wide<T> sum = widen(r.a(nb + i, nb + j));
                 for (int k = 0; k < nb; ++k)
                     sum -= times(widen(r.a(nb + i, k)), conjugate(widen(y(nb + j, k)))) +
                            times(widen(x(nb + i, k)), widen(r.a(k, nb + j)));
-                int part = 0;
-                return element<T>([&] { return static_cast<float>(part++ == 0 ? std::real(sum) : std::imag(sum)); });
+                T nearest;
+                round_to(sum, nearest);
+                return nearest;
             });
             for (int k = 0; k < nb; ++k)
                 (m >= n ? r.a(k, k + 1) : r.a(k + 1, k)) = scalar<T>(r.e[k]);
             Reduced<T> tail(rest);
             GuardedVector<T> work(std::max(m, n));
-            int info = -1;
-            routine_for<T>(SGEBD2, CGEBD2)(&rest.form().rows, &rest.form().columns, tail.a.data(), &tail.a.ld(),
-                                           tail.d.data(), tail.e.data(), tail.tauq.data(), tail.taup.data(),
-                                           work.data(), &info);
+            call_for<T>(SGEBD2, CGEBD2, m - nb, n - nb, tail.a, tail.d, tail.e, tail.tauq, tail.taup, work);
             for (int i = 0; i < tail.size(); ++i) {
                 r.d[nb + i] = tail.d[i], r.tauq[nb + i] = tail.tauq[i], r.taup[nb + i] = tail.taup[i];
                 if (i + 1 < tail.size())
                     r.e[nb + i] = tail.e[i];
             }
             rest.each_stored([&](int i, int j) { r.a(nb + i, nb + j) = tail.a(i, j); });
-            EXPECT_LT(residual(before, r), 10) << m << 'x' << n << " panel " << nb;
+            EXPECT_LT(r.error(before), 10) << m << 'x' << n << " panel " << nb;
         }
 }
 
@@ -154,56 +118,33 @@ TYPED_TEST(Bidiagonal, ResidualOfAPanel) {
 TYPED_TEST(Bidiagonal, ResidualOfItsFactors) {
     using T = TypeParam;
     const char adjoint = isComplex<T> ? 'C' : 'T';
-    for (const auto& [rows, columns] : shapes) {
-        const int m = rows, n = columns;
+    for (const auto& [m, n] : shapes) {
+        SCOPED_TRACE(std::to_string(m) + 'x' + std::to_string(n));
         const Operand<T> before = random_matrix<T>(m, n);
         Reduced<T> r(before);
         const int k = r.size(), lwork = 64 * (m + n);
         std::vector<T> work(static_cast<std::size_t>(lwork));
-        int info = -1;
-        routine_for<T>(SGEBRD, CGEBRD)(&m, &n, r.a.data(), &r.a.ld(), r.d.data(), r.e.data(), r.tauq.data(),
-                                       r.taup.data(), work.data(), &lwork, &info);
+        call_for<T>(SGEBRD, CGEBRD, m, n, r.a, r.d, r.e, r.tauq, r.taup, work, lwork);
         Operand<T> q(m, k, m + 1), ph(k, n, k + 2);
-        q.set([&](int i, int j) { return r.a(i, j); });
-        ph.set([&](int i, int j) { return r.a(i, j); });
-        routine_for<T>(SORGBR, CUNGBR)("Q", &m, &k, &n, q.data(), &q.ld(), r.tauq.data(), work.data(), &lwork, &info);
-        EXPECT_EQ(info, 0);
-        routine_for<T>(SORGBR, CUNGBR)("P", &k, &n, &m, ph.data(), &ph.ld(), r.taup.data(), work.data(), &lwork, &info);
-        EXPECT_EQ(info, 0);
-        const auto b = [&](int i, int j) -> double {
-            return i == j ? r.d[i] : j == i + (m >= n ? 1 : -1) ? r.e[std::min(i, j)] : 0;
-        };
-        double error = 0;
-        for (int j = 0; j < n; ++j)
-            for (int i = 0; i < m; ++i) {
-                Wide<T> sum = -widen(before(i, j));
-                for (int x = 0; x < k; ++x)
-                    for (int y = std::max(0, x - 1); y < std::min(k, x + 2); ++y)
-                        sum += times(widen(q(i, x)) * b(x, y), widen(ph(y, j)));
-                error = std::abs(sum) <= error ? error : std::abs(sum);
-            }
-        EXPECT_LT(error, 50 * unitRoundoff * std::sqrt(double(m) * n)) << m << 'x' << n;
+        q.set(r.a), ph.set(r.a);
+        EXPECT_EQ(call_for<T>(SORGBR, CUNGBR, 'Q', m, k, n, q, r.tauq, work, lwork), 0);
+        EXPECT_EQ(call_for<T>(SORGBR, CUNGBR, 'P', k, n, m, ph, r.taup, work, lwork), 0);
+        const WideMatrix<T> b(k, k, [&, above = m >= n ? 1 : -1](int i, int j) {
+            return i == j ? r.d[i] : j == i + above ? r.e[std::min(i, j)] : 0;
+        });
+        EXPECT_LT(norm(WideMatrix<T>(q) * b * WideMatrix<T>(ph) - WideMatrix<T>(before), 'M'),
+                  50 * unitRoundoff * std::sqrt(double(m) * n));
 
-        const auto identity = [](int size) {
-            Operand<T> x(size, size, size + 1);
-            x.set([](int i, int j) { return scalar<T>(i == j); });
-            return x;
+        Operand<T> left = identity_operand<T>(m), right = identity_operand<T>(n), back = left;
+        call_for<T>(SORMBR, CUNMBR, 'Q', 'L', 'N', m, m, n, r.a, r.tauq, left, work, lwork);
+        call_for<T>(SORMBR, CUNMBR, 'P', 'R', adjoint, n, n, m, r.a, r.taup, right, work, lwork);
+        call_for<T>(SORMBR, CUNMBR, 'Q', 'R', adjoint, m, m, n, r.a, r.tauq, back, work, lwork);
+        const auto expect_near = [](const Operand<T>& x, const WideMatrix<T>& y) {
+            EXPECT_EQ(x.count_bad([&](int i, int j, T e) { return std::abs(widen(e) - y(i, j)) <= 1e-5; }), 0);
         };
-        Operand<T> left = identity(m), right = identity(n), back = identity(m);
-        const auto apply = routine_for<T>(SORMBR, CUNMBR);
-        apply("Q", "L", "N", &m, &m, &n, r.a.data(), &r.a.ld(), r.tauq.data(), left.data(), &left.ld(), work.data(),
-              &lwork, &info);
-        apply("P", "R", &adjoint, &n, &n, &m, r.a.data(), &r.a.ld(), r.taup.data(), right.data(), &right.ld(),
-              work.data(), &lwork, &info);
-        apply("Q", "R", &adjoint, &m, &m, &n, r.a.data(), &r.a.ld(), r.tauq.data(), back.data(), &back.ld(),
-              work.data(), &lwork, &info);
-        const auto near = [](Wide<T> x, Wide<T> y) { return std::abs(x - y) <= 1e-5; };
-        EXPECT_EQ(q.count_bad([&](int i, int j, T x) { return near(widen(x), widen(left(i, j))); }), 0)
-            << m << 'x' << n;
-        EXPECT_EQ(ph.count_bad([&](int i, int j, T x) { return near(widen(x), widen(right(i, j))); }), 0)
-            << m << 'x' << n;
-        EXPECT_EQ(back.count_bad([&](int i, int j, T x) { return near(widen(x), conjugate(widen(left(j, i)))); }), 0)
-            << m << 'x' << n;
+        expect_near(q, WideMatrix<T>(left));
+        expect_near(ph, WideMatrix<T>(right));
+        expect_near(back, WideMatrix<T>(left).adjoint());
     }
 }
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "qrv/native.h"
+#include "support/call.hpp"
 #include "support/oracle.hpp"
 
 namespace qrv::test {
@@ -21,9 +22,9 @@ float estimated_norm(const Operand<T>& a) {
     int kase = 0, isave[3] = {};
     for (;;) {
         if constexpr (isComplex<T>)
-            CLACN2(&n, v.data(), x.data(), &estimate, &kase, isave);
+            call(CLACN2, n, v, x, &estimate, &kase, &isave[0]);
         else
-            SLACN2(&n, v.data(), x.data(), isgn.data(), &estimate, &kase, isave);
+            call(SLACN2, n, v, x, isgn, &estimate, &kase, &isave[0]);
         if (kase == 0)
             return estimate;
         const WideMatrix<T> op(a, kase == 1 ? 'N' : 'C'),
@@ -61,7 +62,7 @@ TYPED_TEST(Condition, EstimateOfTheOneNorm) {
 TYPED_TEST(Condition, SumsOfEachFactorOfItsOwn) {
     using T = TypeParam;
     constexpr int n = 5;
-    const float b = 0x1p100F, one = 1;
+    const float b = 0x1p100F;
     for (const char norm : {'1', 'I'}) { // the lower factor, the upper factor
         std::vector<T> lu(n * n);
         const auto put = [&](int i, int j, float x) {
@@ -73,14 +74,9 @@ TYPED_TEST(Condition, SumsOfEachFactorOfItsOwn) {
         put(1, 2, b), put(1, 3, 2 * b);
         put(2, 4, -b), put(3, 4, b);
         std::vector<T> work(4 * n);
-        std::vector<float> rwork(2 * n);
-        std::vector<int> iwork(n);
+        std::vector<std::conditional_t<isComplex<T>, float, int>> second(2 * n);
         float rcond = -1;
-        int info = -1;
-        if constexpr (isComplex<T>)
-            CGECON(&norm, &n, lu.data(), &n, &one, &rcond, work.data(), rwork.data(), &info);
-        else
-            SGECON(&norm, &n, lu.data(), &n, &one, &rcond, work.data(), iwork.data(), &info);
+        call_for<T>(SGECON, CGECON, norm, n, lu, n, 1.0F, &rcond, work, second);
         EXPECT_EQ(rcond, 0) << norm;
     }
 }
@@ -93,19 +89,15 @@ TYPED_TEST(Condition, ScalesOfBothFactors) {
     const float anorm = 1;
     for (const char uplo : {'U', 'L'}) {
         const float first = 0x1p-50F, beside = 0x1p58F, second = 0x1p46F;
-        const T full[] = {scalar<T>(first), scalar<T>(beside), scalar<T>(beside), scalar<T>(second)};
+        const std::vector<T> full{scalar<T>(first), scalar<T>(beside), scalar<T>(beside), scalar<T>(second)};
         std::vector<T> work(3 * n);
-        std::vector<float> rwork(n);
-        std::vector<int> iwork(n);
+        std::vector<std::conditional_t<isComplex<T>, float, int>> more(n);
         float rcond = -1;
-        int info = -1;
-        if constexpr (isComplex<T>) {
-            CPOCON(&uplo, &n, full, &n, &anorm, &rcond, work.data(), rwork.data(), &info);
-        } else {
-            SPOCON(&uplo, &n, full, &n, &anorm, &rcond, work.data(), iwork.data(), &info);
-            const float upper[] = {nan, first, beside, second}, lower[] = {first, beside, second, nan};
+        call_for<T>(SPOCON, CPOCON, uplo, n, full, n, anorm, &rcond, work, more);
+        if constexpr (!isComplex<T>) {
+            const std::vector<float> upper{nan, first, beside, second}, lower{first, beside, second, nan};
             float banded = -1;
-            SPBCON(&uplo, &n, &kd, uplo == 'U' ? upper : lower, &n, &anorm, &banded, work.data(), iwork.data(), &info);
+            call(SPBCON, uplo, n, kd, uplo == 'U' ? upper : lower, n, anorm, &banded, work, more);
             EXPECT_EQ(banded, rcond) << uplo;
         }
         EXPECT_EQ(rcond, 0x1p-124F) << uplo;
@@ -113,28 +105,26 @@ TYPED_TEST(Condition, ScalesOfBothFactors) {
 }
 
 TEST(BandCondition, ScaleOfTheSolve) {
-    constexpr int n = 1, none = 0, ipiv = 1;
-    const float small = 0x1p-120F, anorm = 1; // a solve with this is scaled
-    float work[3], rcond = -1;
-    int iwork = 0, info = -1;
-    SGBCON("1", &n, &none, &none, &small, &n, &ipiv, &anorm, &rcond, work, &iwork, &info);
+    const float small = 0x1p-120F; // a solve with this is scaled
+    std::vector<float> a{small}, work(3);
+    std::vector<int> ipiv{1}, iwork(1);
+    float rcond = -1;
+    call(SGBCON, '1', 1, 0, 0, a, 1, ipiv, 1.0F, &rcond, work, iwork);
     EXPECT_EQ(rcond, small);
 }
 
 // Every multiplier and interchange of a band's L, to the last: U is the unit matrix.
 TEST(BandCondition, EveryMultiplierCounts) {
-    constexpr int n = 3, kl = 1, ku = 0, ldab = 3;
-    const float anorm = 1;
+    constexpr int n = 3, ldab = 3;
     for (const int column : {0, 1})
         for (const bool interchanged : {false, true})
             for (const char norm : {'1', 'I'}) {
-                float ab[ldab * n] = {nan, 1, 0, 0, 1, 0, 0, 1, nan};
-                ab[ldab * column + 2] = 4;
-                int ipiv[n] = {1, 2, 3};
-                ipiv[column] += interchanged ? 1 : 0;
-                float work[3 * n], rcond = -1;
-                int iwork[n], info = -1;
-                SGBCON(&norm, &n, &kl, &ku, ab, &ldab, ipiv, &anorm, &rcond, work, iwork, &info);
+                std::vector<float> ab{nan, 1, 0, 0, 1, 0, 0, 1, nan}, work(3 * n);
+                ab[std::size_t(ldab * column + 2)] = 4;
+                std::vector<int> ipiv{1, 2, 3}, iwork(n);
+                ipiv[std::size_t(column)] += interchanged ? 1 : 0;
+                float rcond = -1;
+                call(SGBCON, norm, n, 1, 0, ab, ldab, ipiv, 1.0F, &rcond, work, iwork);
                 EXPECT_EQ(rcond, 0.2F) << column << interchanged << norm;
             }
 }

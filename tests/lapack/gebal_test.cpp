@@ -4,6 +4,7 @@
 #include <random>
 
 #include "qrv/native.h"
+#include "support/call.hpp"
 #include "support/oracle.hpp"
 
 namespace qrv::test {
@@ -17,21 +18,15 @@ struct Balanced {
 
 Balanced balance(const Operand<float>& a, char job) {
     Balanced b{a, -1, -1, std::vector<float>(std::size_t(a.rows()))};
-    const int n = a.rows();
-    int info = -1;
-    SGEBAL(&job, &n, b.a.data(), &b.a.ld(), &b.ilo, &b.ihi, b.scale.data(), &info);
-    EXPECT_EQ(info, 0);
+    EXPECT_EQ(call(SGEBAL, job, a.rows(), b.a, &b.ilo, &b.ihi, b.scale), 0);
     return b;
 }
 
 // P D, or P inv(D) for left vectors.
 Operand<float> transformation(const Balanced& b, char job, char side) {
     const int n = b.a.rows();
-    Operand<float> t(n, n, n + 2);
-    t.set([](int i, int j) { return i == j ? 1.0F : 0.0F; });
-    int info = -1;
-    SGEBAK(&job, &side, &n, &b.ilo, &b.ihi, b.scale.data(), &n, t.data(), &t.ld(), &info);
-    EXPECT_EQ(info, 0);
+    Operand<float> t = identity_operand(n);
+    EXPECT_EQ(call(SGEBAK, job, side, n, b.ilo, b.ihi, b.scale, n, t), 0);
     return t;
 }
 
@@ -39,17 +34,9 @@ Operand<float> transformation(const Balanced& b, char job, char side) {
 void expect_exact_similarity(const Operand<float>& a, const Balanced& b, char job) {
     const int n = a.rows();
     const Operand<float> t = transformation(b, job, 'R'), left = transformation(b, job, 'L');
-    for (int i = 0; i < n; ++i)
-        for (int j = 0; j < n; ++j) {
-            double at = 0, tb = 0, unit = 0;
-            for (int k = 0; k < n; ++k) {
-                at += a.entry(i, k) * t.entry(k, j);
-                tb += t.entry(i, k) * b.a.entry(k, j);
-                unit += t.entry(k, i) * left.entry(k, j);
-            }
-            ASSERT_EQ(at, tb) << job << ' ' << i << ' ' << j;
-            ASSERT_EQ(unit, i == j ? 1 : 0) << job << ' ' << i << ' ' << j;
-        }
+    const WideMatrix<float> wide(t);
+    ASSERT_EQ(norm(WideMatrix<float>(a) * wide - wide * WideMatrix<float>(b.a)), 0) << job;
+    ASSERT_EQ(norm(wide.adjoint() * WideMatrix<float>(left) - identity<float>(n)), 0) << job;
     for (int j = 0; j < n; ++j)
         for (int i = j + 1; i < n; ++i)
             if (j + 1 < b.ilo || i + 1 > b.ihi) {

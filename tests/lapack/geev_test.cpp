@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "qrv/native.h"
+#include "support/call.hpp"
 #include "support/unsymmetric.hpp"
 
 namespace qrv::test {
@@ -9,6 +10,7 @@ namespace {
 
 using std::abs;
 using Complex = std::complex<double>;
+constexpr double ulp = 2 * unitRoundoff;
 
 struct Eigen {
     GuardedVector<float> wr, wi;
@@ -27,22 +29,21 @@ Complex element_of(const Operand<float>& v, const GuardedVector<float>& wi, int 
 double residual(const WideMatrix<float>& a, bool left, const Eigen& e) {
     const int n = a.rows;
     const Operand<float>& v = left ? e.left : e.right;
-    const WideMatrix<float> op(n, n, [&](int i, int j) { return a.values[left ? a.at(j, i) : a.at(i, j)]; });
-    const WideMatrix<float> image = wide_product(op, WideMatrix<float>(v)), zero(n, n, [](int, int) { return 0.0; });
-    const double size = column_sum_of_difference(op, zero);
+    const WideMatrix<float> op = left ? a.adjoint() : a, image = op * WideMatrix<float>(v);
+    const double size = norm(op, 'O');
     double worst = 0;
     for (int j = 0; j<n; j += e.wi[j]> 0 ? 2 : 1) {
         const Complex w(e.wr[j], left ? -double{e.wi[j]} : e.wi[j]);
         double error = 0, length = 0;
         for (int i = 0; i < n; ++i) {
             const Complex x = element_of(v, e.wi, i, j);
-            const Complex y(image.values[image.at(i, j)], e.wi[j] > 0 ? image.values[image.at(i, j + 1)] : 0);
+            const Complex y(image(i, j), e.wi[j] > 0 ? image(i, j + 1) : 0);
             error += abs(y - w * x);
             length += abs(x);
         }
         if (!(length > 0))
             return nan;
-        worst = worse(worst, error == 0 ? 0 : error / (n * size * length * unitInLastPlace));
+        worst = worse(worst, in_roundings(error, n, size * length));
     }
     return worst;
 }
@@ -59,30 +60,26 @@ void expect_normalized(const Operand<float>& v, const GuardedVector<float>& wi, 
             if (x.imag() == 0)
                 largestReal = std::max(largestReal, abs(x));
         }
-        EXPECT_LE(abs(std::sqrt(squares) - 1), 10 * unitInLastPlace) << what << " column " << j;
-        EXPECT_GE(largestReal, (1 - 10 * unitInLastPlace) * largest) << what << " column " << j;
+        EXPECT_LE(abs(std::sqrt(squares) - 1), 10 * ulp) << what << " column " << j;
+        EXPECT_GE(largestReal, (1 - 10 * ulp) * largest) << what << " column " << j;
     }
 }
 
 constexpr int fullSpeed = -1, least = 1;
 
 Eigen eigen_of(const Operand<float>& a, char jobvl, char jobvr, int workLength = fullSpeed) {
-    const int n = a.rows(), query = -1;
+    const int n = a.rows();
     Eigen e(n);
     Operand<float> overwritten = a;
-    const auto call = [&](float* work, const int* lwork) {
-        SGEEV(&jobvl, &jobvr, &n, overwritten.data(), &overwritten.ld(), e.wr.data(), e.wi.data(), e.left.data(),
-              &e.left.ld(), e.right.data(), &e.right.ld(), work, lwork, &e.info);
+    const auto find = [&](float* work, int lwork) {
+        e.info = call(SGEEV, jobvl, jobvr, n, overwritten, e.wr, e.wi, e.left, e.right, work, lwork);
     };
-    int lwork = std::max(1, n * (jobvl == 'V' || jobvr == 'V' ? 4 : 3));
-    if (workLength == fullSpeed) {
-        float answer = 0;
-        call(&answer, &query);
-        EXPECT_GE(answer, lwork);
-        lwork = static_cast<int>(answer);
-    }
-    GuardedVector<float> work(lwork);
-    call(work.data(), &lwork);
+    const int leastLength = std::max(1, n * (jobvl == 'V' || jobvr == 'V' ? 4 : 3));
+    float answer = 0;
+    find(&answer, -1);
+    EXPECT_GE(answer, leastLength);
+    GuardedVector<float> work(workLength == fullSpeed ? static_cast<int>(answer) : leastLength);
+    find(work.data(), work.size());
     return e;
 }
 
@@ -182,12 +179,8 @@ std::vector<NamedMatrix> schur_forms(int n) {
     for (const NamedMatrix& general : unsymmetric_matrices(n)) {
         Operand<float> t(n, n, n + 1), z(n, n, n);
         t.set([&](int i, int j) { return i > j + 1 ? 0 : general.a(i, j); });
-        const char job = 'S', compz = 'N';
-        const int one = 1, lwork = 64 * n + 1;
-        GuardedVector<float> wr(n), wi(n), work(lwork);
-        int info = -1;
-        SHSEQR(&job, &compz, &n, &one, &n, t.data(), &t.ld(), wr.data(), wi.data(), z.data(), &z.ld(), work.data(),
-               &lwork, &info);
+        GuardedVector<float> wr(n), wi(n), work(64 * n + 1);
+        call(SHSEQR, 'S', 'N', n, 1, n, t, wr, wi, z, work, work.size());
         all.push_back({general.name, t});
     }
     return all;
@@ -199,16 +192,12 @@ struct Vectors {
     std::vector<int> select;
 };
 Vectors vectors_of(const Operand<float>& t, char side, char howmny, std::vector<int> select = {}) {
-    const int n = t.rows(), mm = n;
+    const int n = t.rows();
     Vectors v{Operand<float>(n, n, n + 2), Operand<float>(n, n, n + 3), -1, std::move(select)};
-    for (Operand<float>* const x : {&v.left, &v.right})
-        if (howmny == 'B')
-            x->set([](int i, int j) { return i == j ? 1.0F : 0.0F; });
+    if (howmny == 'B')
+        v.left.set(identity_operand(n)), v.right.set(identity_operand(n));
     GuardedVector<float> work(3 * n);
-    int info = -1;
-    STREVC(&side, &howmny, v.select.data(), &n, t.data(), &t.ld(), v.left.data(), &v.left.ld(), v.right.data(),
-           &v.right.ld(), &mm, &v.m, work.data(), &info);
-    EXPECT_EQ(info, 0);
+    EXPECT_EQ(call(STREVC, side, howmny, v.select, n, t, v.left, v.right, n, &v.m, work), 0);
     return v;
 }
 
@@ -241,7 +230,7 @@ TEST(VectorsOfSchurForms, Residual) {
                             largest =
                                 std::max(largest, e.wi[j] > 0 ? abs(double{(*x)(i, j)}) + abs(double{(*x)(i, j + 1)})
                                                               : abs(double{(*x)(i, j)}));
-                        EXPECT_NEAR(largest, 1, 4 * unitInLastPlace) << what << howmny << j;
+                        EXPECT_NEAR(largest, 1, 4 * ulp) << what << howmny << j;
                     }
             }
         }

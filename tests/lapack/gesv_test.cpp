@@ -5,6 +5,7 @@
 #include "lapack/calls/qr.hpp"
 #include "lapack/elements.hpp"
 #include "qrv/native.h"
+#include "support/call.hpp"
 #include "support/cholesky.hpp"
 
 namespace qrv::test {
@@ -41,7 +42,7 @@ TYPED_TEST(Drivers, GeneralSolutions) {
     using T = TypeParam;
     const auto gesv = [](int n, int nrhs, Operand<T>& a, Operand<T>& x, int& info) {
         std::vector<int> ipiv(std::size_t(n + 1), -7);
-        routine_for<T>(SGESV, CGESV)(&n, &nrhs, a.data(), &a.ld(), ipiv.data(), x.data(), &x.ld(), &info);
+        info = call_for<T>(SGESV, CGESV, n, nrhs, a, ipiv, x);
         EXPECT_EQ(ipiv.back(), -7);
     };
     for (const int n : {1, 9, 90}) {
@@ -57,8 +58,7 @@ TYPED_TEST(Drivers, PositiveDefiniteSolutions) {
     using T = TypeParam;
     for (const Uplo uplo : {Uplo::upper, Uplo::lower}) {
         const auto posv = [uplo](int n, int nrhs, Operand<T>& a, Operand<T>& x, int& info) {
-            const char option = letter(uplo);
-            routine_for<T>(SPOSV, CPOSV)(&option, &n, &nrhs, a.data(), &a.ld(), x.data(), &x.ld(), &info);
+            info = call_for<T>(SPOSV, CPOSV, letter(uplo), n, nrhs, a, x);
         };
         for (const int n : {1, 9, 90}) {
             Operand<T> a = definite<T>(uplo, n);
@@ -82,7 +82,7 @@ TEST(BandDrivers, Solutions) {
         expect_solved(meant, zero + 1, [&](int order, int nrhs, Operand<float>&, Operand<float>& x, int& info) {
             Operand<float> a(general);
             std::vector<int> ipiv(n);
-            SGBSV(&order, &kl, &ku, &nrhs, a.data(), &a.ld(), ipiv.data(), x.data(), &x.ld(), &info);
+            info = call(SGBSV, order, kl, ku, nrhs, a, ipiv, x);
         });
     }
     for (const char uplo : {'U', 'L'}) {
@@ -90,7 +90,7 @@ TEST(BandDrivers, Solutions) {
         Operand<float> a(Form{n, n, Form::symmetric, uplo, 'N', true, uplo == 'U' ? 0 : kd, uplo == 'U' ? kd : 0},
                          {.extra = 1});
         const auto pbsv = [&](int order, int nrhs, Operand<float>& ab, Operand<float>& x, int& info) {
-            SPBSV(&uplo, &order, &kd, &nrhs, ab.data(), &ab.ld(), x.data(), &x.ld(), &info);
+            info = call(SPBSV, uplo, order, kd, nrhs, ab, x);
         };
         a.set([&](int i, int j) { return i == j ? 2 * kd + 1 : any_size_one<float>(random); });
         expect_solved(a, 0, pbsv);
@@ -109,11 +109,7 @@ WideMatrix<T> least_squares(const WideMatrix<T>& a, const WideMatrix<T>& b) {
 
 template <class T>
 int gels(char trans, Operand<T>& a, Operand<T>& b, int nrhs, GuardedVector<T>& work) {
-    const int m = a.rows(), n = a.columns(), lwork = work.size();
-    int info = -9;
-    routine_for<T>(SGELS, CGELS)(&trans, &m, &n, &nrhs, a.data(), &a.ld(), b.data(), &b.ld(), work.data(), &lwork,
-                                 &info);
-    return info;
+    return call_for<T>(SGELS, CGELS, trans, a.rows(), a.columns(), nrhs, a, b, work, work.size());
 }
 
 TYPED_TEST(Drivers, LeastSquaresSolutions) {

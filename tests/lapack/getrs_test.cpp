@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "qrv/native.h"
+#include "support/call.hpp"
 #include "support/lu.hpp"
 #include "support/teams.hpp"
 
@@ -19,10 +20,7 @@ float rcond_of(char norm, const Operand<T>& lu, float anorm) {
     Operand<T> work(Form{(isComplex<T> ? 2 : 4) * n, 1}, {});
     std::vector<std::conditional_t<isComplex<T>, float, int>> second(std::size_t(2 * n + 1));
     float rcond = -1;
-    int info = -9;
-    routine_for<T>(qrv_lapack_sgecon, qrv_lapack_cgecon)(&norm, &n, lu.data(), &lu.ld(), &anorm, &rcond, work.data(),
-                                                         second.data(), &info);
-    EXPECT_EQ(info, 0);
+    EXPECT_EQ(call_for<T>(SGECON, CGECON, norm, n, lu, anorm, &rcond, work.data(), second), 0);
     return rcond;
 }
 
@@ -53,17 +51,11 @@ TYPED_TEST(Getrs, Residual) {
                 const auto a = random_matrix<T>(n, n, extra, 3), b = random_matrix<T>(n, nrhs, 2, 5);
                 const auto f = factored(a);
                 auto x = b;
-                int info = -9;
-                routine_for<T>(qrv_lapack_sgetrs, qrv_lapack_cgetrs)(trans, &n, &nrhs, f.lu.data(), &a.ld(),
-                                                                     f.ipiv.data(), x.data(), &b.ld(), &info);
-                EXPECT_EQ(info, 0);
+                EXPECT_EQ(call_for<T>(SGETRS, CGETRS, *trans, n, nrhs, f.lu, f.ipiv, x), 0);
                 const double residual = solve_residual(WideMatrix<T>(a, *trans), WideMatrix<T>(x), WideMatrix<T>(b));
                 EXPECT_TRUE(residual <= solveBound) << residual << " n=" << n << " trans=" << trans << " team " << team;
             }
 }
-
-template <class T>
-constexpr auto getri = routine_for<T>(qrv_lapack_sgetri, qrv_lapack_cgetri);
 
 // |A X - I|, with work sizes from the least to the whole, on both sides of those at which blocking begins.
 TYPED_TEST(Getrs, Inverse) {
@@ -74,9 +66,7 @@ TYPED_TEST(Getrs, Inverse) {
         for (const int lwork : {n, n + 1, 2 * n - 1, 2 * n, 5 * n, 64 * n}) {
             auto x = f.lu;
             Operand<T> work(lwork, 1, lwork);
-            int info = -9;
-            getri<T>(&n, x.data(), &a.ld(), f.ipiv.data(), work.data(), &lwork, &info);
-            EXPECT_EQ(info, 0);
+            EXPECT_EQ(call_for<T>(SGETRI, CGETRI, n, x, f.ipiv, work.data(), lwork), 0);
             // Column by column X solves A X = I about as well as inv(A) is known at all.
             const double residual = solve_residual(WideMatrix<T>(a), WideMatrix<T>(x), identity<T>(n));
             EXPECT_TRUE(residual <= solveBound) << residual << " n=" << n << " lwork=" << lwork;
@@ -93,10 +83,8 @@ TYPED_TEST(Getrs, InverseOfASingularMatrix) {
     const auto before = a;
     std::vector<int> ipiv(static_cast<std::size_t>(n), 1);
     std::vector<T> work(static_cast<std::size_t>(lwork));
-    int info = -9;
-    getri<T>(&n, a.data(), &n, ipiv.data(), work.data(), &lwork, &info);
-    EXPECT_EQ(info, 41);
-    EXPECT_EQ(a.count_bad([&](int i, int j, T x) { return x == before(i, j); }), 0);
+    EXPECT_EQ(call_for<T>(SGETRI, CGETRI, n, a, ipiv, work, lwork), 41);
+    EXPECT_TRUE(a.same_bits(before));
 }
 
 TYPED_TEST(Getrs, ConditionEstimate) {
@@ -139,14 +127,12 @@ TYPED_TEST(Getrs, ConditionOfSpecialMatrices) {
 }
 
 TEST(GetriWork, Query) {
-    const int query = -1, zero = 0, n = 100;
     float work = -5, a = 3;
-    int info = -9, ipiv = 1;
-    qrv_lapack_sgetri(&zero, &a, &n, &ipiv, &work, &query, &info);
-    EXPECT_EQ(work, 0);
-    qrv_lapack_sgetri(&n, &a, &n, &ipiv, &work, &query, &info);
-    EXPECT_EQ(work, 6400);
-    EXPECT_EQ(info, 0);
+    int ipiv = 1;
+    for (const int n : {0, 100}) {
+        EXPECT_EQ(call(SGETRI, n, &a, 100, &ipiv, &work, -1), 0);
+        EXPECT_EQ(work, 64 * n);
+    }
     EXPECT_EQ(a, 3);
 }
 

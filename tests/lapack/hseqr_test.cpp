@@ -3,6 +3,7 @@
 
 #include "lapack/calls/nonsymmetric.hpp"
 #include "qrv/native.h"
+#include "support/call.hpp"
 #include "support/unsymmetric.hpp"
 
 namespace qrv::test {
@@ -10,12 +11,12 @@ namespace {
 
 constexpr int fullSpeed = -1, least = 1;
 
-// The length of work of a routine: all that it can use, or the least.
+// The length of work of a routine: all that it can use, which ask(work, -1) tells, or the least.
 template <class Ask>
 int work_length(int which, int leastLength, const Ask& ask) {
     float answer = 0;
     if (which == fullSpeed)
-        ask(&answer);
+        ask(&answer, -1);
     return std::max(leastLength, static_cast<int>(answer));
 }
 
@@ -27,19 +28,15 @@ Hessenberg hessenberg_of(const Operand<float>& a, int ilo, int ihi, int workLeng
     const int n = a.rows();
     Hessenberg form{a, a};
     GuardedVector<float> tau(std::max(0, n - 1));
-    int info = -1;
-    const int query = -1;
-    const int lwork = work_length(workLength, std::max(1, n), [&](float* answer) {
-        SGEHRD(&n, &ilo, &ihi, form.h.data(), &form.h.ld(), tau.data(), answer, &query, &info);
-    });
-    GuardedVector<float> work(lwork);
-    SGEHRD(&n, &ilo, &ihi, form.h.data(), &form.h.ld(), tau.data(), work.data(), &lwork, &info);
-    EXPECT_EQ(info, 0);
+    const auto reduce = [&](float* work, int lwork) {
+        EXPECT_EQ(call(SGEHRD, n, ilo, ihi, form.h, tau, work, lwork), 0);
+    };
+    const int order = std::max(1, ihi - ilo);
+    GuardedVector<float> work(work_length(workLength, std::max(1, n), reduce)),
+        second(workLength == fullSpeed ? 64 * order : order);
+    reduce(work.data(), work.size());
     form.q.set(form.h);
-    const int order = std::max(1, ihi - ilo), generatorWork = workLength == fullSpeed ? 64 * order : order;
-    GuardedVector<float> second(generatorWork);
-    SORGHR(&n, &ilo, &ihi, form.q.data(), &form.q.ld(), tau.data(), second.data(), &generatorWork, &info);
-    EXPECT_EQ(info, 0);
+    EXPECT_EQ(call(SORGHR, n, ilo, ihi, form.q, tau, second, second.size()), 0);
     return form;
 }
 
@@ -87,19 +84,13 @@ TEST(HessenbergForm, SolutionsAreProductsWithQ) {
                 const int ilo = 5, ihi = n - 3 < 5 ? 5 : n - 3, m = side == 'L' ? n : 7, columns = side == 'L' ? 7 : n;
                 Operand<float> h = a;
                 GuardedVector<float> tau(n - 1), work(64 * n);
-                const int lwork = 64 * n;
-                int info = -1;
-                SGEHRD(&n, &ilo, &ihi, h.data(), &h.ld(), tau.data(), work.data(), &lwork, &info);
+                call(SGEHRD, n, ilo, ihi, h, tau, work, 64 * n);
                 Operand<float> c(m, columns, m + 2);
                 std::mt19937 random(3);
                 c.fill_random(random);
-                const WideMatrix<float> before(c), q(hessenberg_of(a, ilo, ihi, fullSpeed).q, 'N'),
-                    opQ(n, n, [&](int i, int j) { return trans == 'N' ? q.values[q.at(i, j)] : q.values[q.at(j, i)]; });
-                SORMHR(&side, &trans, &m, &columns, &ilo, &ihi, h.data(), &h.ld(), tau.data(), c.data(), &c.ld(),
-                       work.data(), &lwork, &info);
-                EXPECT_EQ(info, 0);
-                const WideMatrix<float> expected = side == 'L' ? wide_product(opQ, before) : wide_product(before, opQ);
-                EXPECT_LE(column_sum_of_difference(WideMatrix<float>(c), expected), 20 * n * unitRoundoff)
+                const WideMatrix<float> before(c), q(hessenberg_of(a, ilo, ihi, fullSpeed).q, trans);
+                EXPECT_EQ(call(SORMHR, side, trans, m, columns, ilo, ihi, h, tau, c, work, 64 * n), 0);
+                EXPECT_LE(difference(c, side == 'L' ? q * before : before * q), 20 * n * unitRoundoff)
                     << side << trans << n;
             }
 }
@@ -114,18 +105,16 @@ struct Schur {
 
 Schur schur_of(const Operand<float>& h, const Operand<float>& q, char job, char compz, int ilo, int ihi,
                int workLength) {
-    const int n = h.rows(), query = -1;
+    const int n = h.rows();
     Schur s{h, q, GuardedVector<float>(n), GuardedVector<float>(n)};
     for (int j = 0; j < n; ++j)
         for (int i = j + 2; i < n; ++i)
             s.t(i, j) = 0;
-    const auto call = [&](float* work, const int* lwork) {
-        SHSEQR(&job, &compz, &n, &ilo, &ihi, s.t.data(), &s.t.ld(), s.wr.data(), s.wi.data(), s.z.data(), &s.z.ld(),
-               work, lwork, &s.info);
+    const auto find = [&](float* work, int lwork) {
+        s.info = call(SHSEQR, job, compz, n, ilo, ihi, s.t, s.wr, s.wi, s.z, work, lwork);
     };
-    const int lwork = work_length(workLength, std::max(1, n), [&](float* answer) { call(answer, &query); });
-    GuardedVector<float> work(lwork);
-    call(work.data(), &lwork);
+    GuardedVector<float> work(work_length(workLength, std::max(1, n), find));
+    find(work.data(), work.size());
     return s;
 }
 
@@ -189,16 +178,9 @@ TEST(SchurForm, ResidualOfTheMultishiftIteration) {
             for (const bool recurses : {true, false}) {
                 s.t.set([&](int i, int j) { return i > j + 1 ? 0 : form.h(i, j); });
                 s.z.set(form.q);
-                s.info = lapack::laqr0({true,
-                                        true,
-                                        n,
-                                        {0, n},
-                                        {s.t.data(), s.t.ld()},
-                                        s.wr.data(),
-                                        s.wi.data(),
-                                        {0, n},
-                                        {s.z.data(), s.z.ld()}},
-                                       recurses, work.data(), n);
+                s.info =
+                    lapack::laqr0({true, true, n, {0, n}, s.t.view(), s.wr.data(), s.wi.data(), {0, n}, s.z.view()},
+                                  recurses, work.data(), n);
                 for (int j = 0; j < n; ++j)
                     for (int i = j + 2; i < n; ++i)
                         s.t(i, j) = 0; // scratch
@@ -233,7 +215,6 @@ int block_row(const Operand<float>& t, int i) {
 
 TEST(SchurForm, ResidualOfBlocksMoved) {
     const int n = 14;
-    const char compq = 'V';
     for (const auto& [name, a] : unsymmetric_matrices(n)) {
         const Hessenberg form = hessenberg_of(a, 1, n, fullSpeed);
         const Schur s = schur_of(form.h, form.q, 'S', 'V', 1, n, fullSpeed);
@@ -241,10 +222,9 @@ TEST(SchurForm, ResidualOfBlocksMoved) {
             for (int to = 0; to < n; ++to) {
                 const std::string what = name + ' ' + std::to_string(from) + " to " + std::to_string(to);
                 Schur moved = s;
-                int ifst = from + 1, ilst = to + 1, info = -1;
+                int ifst = from + 1, ilst = to + 1;
                 float unused;
-                STREXC(&compq, &n, moved.t.data(), &moved.t.ld(), moved.z.data(), &moved.z.ld(), &ifst, &ilst, &unused,
-                       &info);
+                const int info = call(STREXC, 'V', n, moved.t, moved.z, &ifst, &ilst, &unused);
                 for (int k = 0; k < n; ++k) { // told by the form itself
                     moved.wr[k] = moved.t(k, k);
                     const bool first = k + 1 < n && moved.t(k + 1, k) != 0;
@@ -279,9 +259,8 @@ TEST(SchurForm, SolutionsAreReflectorsOfEveryOrder) {
             const float tau = 0.75F;
             const WideMatrix<float> before(c),
                 h(order, order, [&](int i, int j) { return (i == j ? 1 : 0) - double{tau} * 0.25; });
-            SLARFX(&side, &m, &n, v.data(), &tau, c.data(), &c.ld(), work.data());
-            const WideMatrix<float> expected = side == 'L' ? wide_product(h, before) : wide_product(before, h);
-            EXPECT_LE(column_sum_of_difference(WideMatrix<float>(c), expected), 100 * unitRoundoff) << side << order;
+            call(SLARFX, side, m, n, v, tau, c, work);
+            EXPECT_LE(difference(c, side == 'L' ? h * before : before * h), 100 * unitRoundoff) << side << order;
         }
 }
 

@@ -4,6 +4,7 @@
 #include "lapack/lapack.hpp"
 #include <gtest/gtest.h>
 
+#include "support/call.hpp"
 #include "support/oracle.hpp"
 
 namespace qrv::test {
@@ -90,14 +91,9 @@ void expect_right(std::initializer_list<int> counts, std::initializer_list<int> 
                     for (const SweepRoute route : routes)
                         for (const int team : teams)
                             EXPECT_TRUE(q.done_by([&](auto& a, auto& work) {
-                                lapack::apply_sweeps({q.side,
-                                                      q.direct,
-                                                      a.rows(),
-                                                      a.columns(),
-                                                      q.count,
-                                                      {q.cs.data(), q.cs.ld()},
-                                                      {a.data(), a.ld()}},
-                                                     route, team, work.data());
+                                lapack::apply_sweeps(
+                                    {q.side, q.direct, a.rows(), a.columns(), q.count, q.cs.view(), a.view()}, route,
+                                    team, work.data());
                             })) << q.name()
                                 << " route " << static_cast<int>(route) << " team " << team;
                 });
@@ -130,10 +126,9 @@ TEST(Lasr3, OptionsInTheNativeForm) {
             const char side = letter(q.side), direct = letter(q.direct);
             const auto call = [&](const char* pivot, const char* direction) {
                 return q.done_by([&](auto& a, auto& work) {
-                    const int lwork = work.size();
                     int info = 5;
-                    qrv_lapack_slasr3(&side, pivot, direction, &a.form().rows, &a.form().columns, &q.count, q.cs.data(),
-                                      &q.cs.ld(), a.data(), &a.ld(), work.data(), &lwork, &info);
+                    test::call(qrv_lapack_slasr3, side, pivot, direction, a.rows(), a.columns(), q.count, q.cs, a, work,
+                               work.size(), &info);
                     EXPECT_EQ(info, 5);
                 });
             };

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "qrv/native.h"
+#include "support/call.hpp"
 #include "support/triangular.hpp"
 
 namespace qrv::test {
@@ -25,10 +26,7 @@ struct Solve {
 
     void run(char normin = 'N') {
         const int n = static_cast<int>(x.size());
-        int info = -1;
-        routine_for<T>(SLATRS, CLATRS)("U", &op, &diag, &normin, &n, a.data(), &n, x.data(), &scale, cnorm.data(),
-                                       &info);
-        EXPECT_EQ(info, 0);
+        EXPECT_EQ(call_for<T>(SLATRS, CLATRS, 'U', op, diag, normin, n, a, n, x, &scale, cnorm), 0);
     }
 };
 
@@ -109,8 +107,7 @@ float rcond_of(const std::vector<float>& diagonal) {
         a[std::size_t(i * (n + 1))] = scalar<T>(diagonal[std::size_t(i)]);
     std::vector<std::conditional_t<isComplex<T>, float, int>> second(std::size_t(2 * n));
     float rcond = -1;
-    int info = -1;
-    routine_for<T>(STRCON, CTRCON)("1", "U", "N", &n, a.data(), &n, &rcond, work.data(), second.data(), &info);
+    call_for<T>(STRCON, CTRCON, '1', 'U', 'N', n, a, n, &rcond, work, second);
     return rcond;
 }
 

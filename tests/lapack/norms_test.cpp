@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "qrv/native.h"
+#include "support/call.hpp"
 #include "support/oracle.hpp"
 
 namespace qrv::test {
@@ -19,11 +20,9 @@ template <class T>
 float computed(char norm, const Operand<T>& a) {
     const int m = a.rows(), n = a.columns();
     GuardedVector<float> work(norm == 'I' || norm == 'i' ? m : 0);
-    const float result = a.form().kind == Form::general
-                             ? routine_for<T>(SLANGE, CLANGE)(&norm, &m, &n, a.data(), &a.ld(), work.data())
-                             : routine_for<T>(SLANTR, CLANTR)(&norm, &a.form().uplo, &a.form().diag, &m, &n, a.data(),
-                                                              &a.ld(), work.data());
-    return result;
+    return a.form().kind == Form::general
+               ? call_for<T>(SLANGE, CLANGE, norm, m, n, a, work)
+               : call_for<T>(SLANTR, CLANTR, norm, a.form().uplo, a.form().diag, m, n, a, work);
 }
 
 TYPED_TEST(Norms, AsDefined) {
@@ -53,9 +52,8 @@ TYPED_TEST(Norms, NanIsReplacedByTheNext) {
         std::vector<T> a;
         for (const float x : columns)
             a.push_back(scalar<T>(x));
-        const int m = 1, n = static_cast<int>(a.size());
         float work = 0;
-        return routine_for<T>(SLANGE, CLANGE)(&norm, &m, &n, a.data(), &m, &work);
+        return call_for<T>(SLANGE, CLANGE, norm, 1, static_cast<int>(a.size()), a, 1, &work);
     };
     for (const char norm : {'M', '1'}) {
         EXPECT_EQ(norm_of(norm, {9, nan, 2, 1}), 2) << norm;
@@ -67,9 +65,9 @@ TYPED_TEST(Norms, NanIsReplacedByTheNext) {
     std::vector<T> columns(60, scalar<T>(9));
     for (int i = 31; i < 60; ++i)
         columns[static_cast<std::size_t>(i)] = scalar<T>(i == 31 ? nan : i == 50 ? 3 : 2);
-    const int m = 30, two = 2, one = 1, atNan = 32;
-    EXPECT_EQ(routine_for<T>(SLANGE, CLANGE)("M", &m, &two, columns.data(), &m, nullptr), 3) << "inside a column";
-    EXPECT_TRUE(std::isnan(routine_for<T>(SLANGE, CLANGE)("M", &atNan, &one, columns.data(), &atNan, nullptr)));
+    const auto largest = [&](int m, int n) { return call_for<T>(SLANGE, CLANGE, 'M', m, n, columns, m, nullptr); };
+    EXPECT_EQ(largest(30, 2), 3) << "inside a column";
+    EXPECT_TRUE(std::isnan(largest(32, 1)));
     EXPECT_TRUE(std::isnan(norm_of('I', {9, nan, 2}))) << "a row sum";
     EXPECT_TRUE(std::isnan(norm_of('F', {9, nan, 2})));
     EXPECT_EQ(norm_of('F', {infinity, 1, infinity}), infinity);
@@ -78,11 +76,10 @@ TYPED_TEST(Norms, NanIsReplacedByTheNext) {
 TYPED_TEST(Norms, SquaresAreAddedToWhatIsThere) {
     using T = TypeParam;
     std::vector<T> x{scalar<T>(3), scalar<T>(99), scalar<T>(-4), scalar<T>(99)};
-    const int n = 2, inc = 2, none = -1;
     float scale = 12, sumsq = 1;
-    routine_for<T>(SLASSQ, CLASSQ)(&none, x.data(), &inc, &scale, &sumsq);
+    call_for<T>(SLASSQ, CLASSQ, -1, x, 2, &scale, &sumsq);
     EXPECT_EQ(scale * scale * sumsq, 144);
-    routine_for<T>(SLASSQ, CLASSQ)(&n, x.data(), &inc, &scale, &sumsq);
+    call_for<T>(SLASSQ, CLASSQ, 2, x, 2, &scale, &sumsq);
     EXPECT_NEAR(scale * std::sqrt(sumsq), 13, 1e-5);
     EXPECT_EQ(scale, 12);
 }
@@ -97,7 +94,7 @@ TYPED_TEST(Norms, CopiesOfWhatIsNamed) {
             Operand<T> a(m, n, m + 1, 1), b(m, n, m + 2, 2);
             a.fill_random(random);
             b.fill(5);
-            routine_for<T>(SLACPY, CLACPY)(&uplo, &m, &n, a.data(), &a.ld(), b.data(), &b.ld());
+            call_for<T>(SLACPY, CLACPY, uplo, m, n, a, b);
             EXPECT_EQ(
                 b.count_bad([&](int i, int j, T x) { return x == (is_copied(i, j) ? a(i, j) : all_parts<T>(5)); }), 0)
                 << uplo << ' ' << m << " x " << n;
@@ -122,11 +119,11 @@ TEST(SymmetricNorms, AreThoseOfTheWholeMatrix) {
                 for (const char* norm = "MmOo1IiFfEe"; *norm; ++norm) {
                     GuardedVector<float> work(std::strchr("Oo1Ii", *norm) ? n : 0), unused(n);
                     const float allowed = (n + 8) * 0x1p-23F;
-                    const float expected = SLANGE(norm, &n, &n, whole.data(), &whole.ld(), unused.data());
-                    EXPECT_NEAR(SLANSY(norm, &uplo, &n, a.data(), &a.ld(), work.data()), expected, allowed * expected)
+                    const float expected = call(SLANGE, *norm, n, n, whole, unused);
+                    EXPECT_NEAR(call(SLANSY, *norm, uplo, n, a, work), expected, allowed * expected)
                         << *norm << ' ' << uplo << ' ' << n;
-                    const float beside = SLANGE(norm, &n, &n, three.data(), &three.ld(), unused.data());
-                    EXPECT_NEAR(SLANST(norm, &n, d.data(), e.data()), beside, allowed * beside) << *norm << ' ' << n;
+                    const float beside = call(SLANGE, *norm, n, n, three, unused);
+                    EXPECT_NEAR(call(SLANST, *norm, n, d, e), beside, allowed * beside) << *norm << ' ' << n;
                 }
             }
 }
@@ -138,7 +135,7 @@ TYPED_TEST(Norms, PartsAreSet) {
         for (const char uplo : {'U', 'l', 'A'}) {
             Form form{m, n, Form::general, uplo == 'A' ? 'A' : uplo};
             Operand<T> a(form, Layout{2});
-            routine_for<T>(SLASET, CLASET)(&uplo, &m, &n, &beside, &diagonal, a.data(), &a.ld());
+            call_for<T>(SLASET, CLASET, uplo, m, n, beside, diagonal, a);
             EXPECT_EQ(a.count_bad([&](int i, int j, T x) { return x == (i == j ? diagonal : beside); }), 0);
         }
 }
@@ -175,10 +172,8 @@ TYPED_TEST(Norms, MultiplesOfWhatIsStored) {
                 return in_band(i, j) ? scalar<T>(size) * any_size_one<T>(random) : all_parts<T>(7);
             });
             const Operand<T> before = a;
-            int info = -99;
-            routine_for<T>(SLASCL, CLASCL)(row.type, &row.kl, &row.ku, &from, &to, &row.form.rows, &row.form.columns,
-                                           a.data(), &a.ld(), &info);
-            EXPECT_EQ(info, 0);
+            EXPECT_EQ(
+                call_for<T>(SLASCL, CLASCL, row.type, row.kl, row.ku, from, to, row.form.rows, row.form.columns, a), 0);
             EXPECT_EQ(a.count_bad([&](int i, int j, T x) {
                 if (!in_band(i, j))
                     return same_bits(x, before(i, j));
@@ -192,12 +187,9 @@ TYPED_TEST(Norms, MultiplesOfWhatIsStored) {
 
 // The first diagonal below belongs to it too.
 TEST(Multiples, OfHessenbergMatrices) {
-    const int m = 5, n = 5, none = 0;
-    const float from = 1, to = 2;
-    Operand<float> a(m, n, m);
+    Operand<float> a(5, 5, 5);
     a.fill(1);
-    int info = -99;
-    SLASCL("H", &none, &none, &from, &to, &m, &n, a.data(), &a.ld(), &info);
+    call(SLASCL, 'H', 0, 0, 1.0F, 2.0F, 5, 5, a);
     EXPECT_EQ(a.count_bad([](int i, int j, float x) { return x == (i <= j + 1 ? 2 : 1); }), 0);
 }
 

@@ -7,6 +7,7 @@
 
 #include "lapack/kernel/source/symmetric/strips.hpp"
 #include "qrv/native.h"
+#include "support/call.hpp"
 #include "support/known_values.hpp"
 #include "support/reduced.hpp"
 #include "support/teams.hpp"
@@ -14,7 +15,7 @@
 namespace qrv::test {
 namespace {
 
-constexpr double ulp = 0x1p-23;
+constexpr double ulp = 2 * unitRoundoff;
 
 // A dense symmetric matrix in double, and as a routine takes it.
 struct Symmetric {
@@ -39,73 +40,40 @@ struct Symmetric {
         std::sort(eigenvalues.begin(), eigenvalues.end());
     }
     std::size_t at(int i, int j) const { return std::size_t(i) + std::size_t(n) * std::size_t(j); }
+    WideMatrix<float> wide() const { return {n, n, a}; }
     Operand<float> stored(char uplo, int extra = 3) const {
         Operand<float> x(Form{n, n, Form::symmetric, uplo}, Layout{extra});
         return x.set([&](int i, int j) { return static_cast<float>(a[at(i, j)]); });
     }
 };
 
-// |A Z - Z B| for a tridiagonal B, and |Z'Z - I|, the largest element beside what rounding explains.
-struct Quality {
-    double residual = 0, orthogonality = 0;
-};
-Quality quality(const Symmetric& s, const Operand<float>& z, const std::vector<double>& d,
-                const std::vector<double>& e = {}) {
-    const int n = s.n;
-    Quality q;
-    const auto raise = [](double& worst, double x) { worst = x <= worst ? worst : x; };
-    const auto beside = [&](int i) { return i < 0 || std::size_t(i) >= e.size() ? 0 : e[std::size_t(i)]; };
-    std::vector<double> sum(std::size_t(n), 0.0);
-    for (int j = 0; j < z.columns(); ++j) {
-        for (int i = 0; i < n; ++i)
-            sum[std::size_t(i)] = -d[std::size_t(j)] * z(i, j) - (j > 0 ? beside(j - 1) * z(i, j - 1) : 0) -
-                                  (j < z.columns() - 1 ? beside(j) * z(i, j + 1) : 0);
-        for (int k = 0; k < n; ++k)
-            for (int i = 0; i < n; ++i)
-                sum[std::size_t(i)] += s.a[s.at(i, k)] * z(k, j);
-        for (int i = 0; i < n; ++i)
-            raise(q.residual, std::abs(sum[std::size_t(i)]));
-        for (int k = 0; k <= j; ++k) {
-            double product = k == j ? -1 : 0;
-            for (int i = 0; i < n; ++i)
-                product += double{z(i, j)} * z(i, k);
-            raise(q.orthogonality, std::abs(product));
-        }
-    }
-    q.residual /= s.norm == 0 ? 1 : s.norm * n * ulp;
-    q.orthogonality /= std::max(1, n) * ulp;
-    return q;
-}
-
 // SSYTRD with work of this length, and its Q by SORMTR on the identity.
 struct Reduction {
     Operand<float> a, q;
     GuardedVector<float> d, e, tau;
-    int info = -99;
 
     Reduction(const Symmetric& s, char uplo, bool leastWork)
-        : a(s.stored(uplo)), q(s.n, s.n, s.n + 1), d(s.n), e(s.n - 1), tau(s.n - 1) {
-        const int n = s.n, ask = -1;
+        : a(s.stored(uplo)), q(identity_operand(s.n)), d(s.n), e(s.n - 1), tau(s.n - 1) {
+        const int n = s.n, least = std::max(1, n);
         float wanted = 0;
-        SSYTRD(&uplo, &n, nullptr, &a.ld(), nullptr, nullptr, nullptr, &wanted, &ask, &info);
-        EXPECT_EQ(info, 0);
-        const int lwork = leastWork ? 1 : static_cast<int>(wanted);
-        GuardedVector<float> work(lwork);
-        SSYTRD(&uplo, &n, a.data(), &a.ld(), d.data(), e.data(), tau.data(), work.data(), &lwork, &info);
-        EXPECT_EQ(info, 0);
-        q.set([](int i, int j) { return i == j; });
-        const int least = std::max(1, n);
-        GuardedVector<float> more(least);
-        SORMTR("L", &uplo, "N", &n, &n, a.data(), &a.ld(), tau.data(), q.data(), &q.ld(), more.data(), &least, &info);
-        EXPECT_EQ(info, 0);
+        EXPECT_EQ(call(SSYTRD, uplo, n, nullptr, a.ld(), nullptr, nullptr, nullptr, &wanted, -1), 0);
+        GuardedVector<float> work(leastWork ? 1 : static_cast<int>(wanted)), more(least);
+        EXPECT_EQ(call(SSYTRD, uplo, n, a, d, e, tau, work, work.size()), 0);
+        EXPECT_EQ(call(SORMTR, 'L', uplo, 'N', n, n, a, tau, q, more, least), 0);
+    }
+    WideMatrix<float> tridiagonal() const {
+        const int n = a.rows();
+        return {n, n, [&](int i, int j) {
+                    return i == j ? widen(d[i]) : std::abs(i - j) == 1 ? widen(e[std::min(i, j)]) : 0;
+                }};
     }
 };
 
 void expect_reduced(const Symmetric& s, char uplo, bool leastWork, const std::string& what) {
     const Reduction r(s, uplo, leastWork);
-    const Quality q = quality(s, r.q, r.d.widened(), r.e.widened());
-    EXPECT_TRUE(q.residual <= 5) << what << ' ' << s.n << ' ' << uplo << ": " << q.residual;
-    EXPECT_TRUE(q.orthogonality <= 5) << what << ' ' << s.n << ' ' << uplo << ": " << q.orthogonality;
+    const WideMatrix<float> q(r.q);
+    EXPECT_LE(similarity_error(s.wide(), q, r.tridiagonal()), 5) << what << ' ' << s.n << ' ' << uplo;
+    EXPECT_LE(orthogonality_error(q), 5) << what << ' ' << s.n << ' ' << uplo;
     for (int i = 0; i < s.n; ++i) { // T stands in the triangle too
         EXPECT_EQ(r.a(i, i), r.d[i]);
         EXPECT_TRUE(i == s.n - 1 || (uplo == 'U' ? r.a(i, i + 1) : r.a(i + 1, i)) == r.e[i]);
@@ -209,12 +177,8 @@ TEST(SymmetricReduction, ProductsWithQSolutions) {
                     const WideMatrix<float> q(r.q, trans), before(c);
                     const Expected<float> expected =
                         side == 'L' ? product(1.0, q, before, 0.0, c) : product(1.0, before, q, 0.0, c);
-                    const int lwork = std::max(1, 100 * other);
-                    std::vector<float> work(std::size_t(lwork), 0.0F);
-                    int info = -99;
-                    SORMTR(&side, &uplo, &trans, &m, &k, r.a.data(), &r.a.ld(), r.tau.data(), c.data(), &c.ld(),
-                           work.data(), &lwork, &info);
-                    EXPECT_EQ(info, 0);
+                    std::vector<float> work(100 * other);
+                    EXPECT_EQ(call(SORMTR, side, uplo, trans, m, k, r.a, r.tau, c, work, 100 * other), 0);
                     EXPECT_TRUE(expected.error(c) <= 20) << n << side << uplo << trans;
                 }
         }
@@ -222,25 +186,25 @@ TEST(SymmetricReduction, ProductsWithQSolutions) {
 
 // SSYEVR in guarded memory.
 struct Eigen {
-    int m = -1, info = -99;
-    GuardedVector<float> w, isuppz;
+    int m = -1, info;
+    GuardedVector<float> w;
+    GuardedInts isuppz;
     Operand<float> z;
 
     Eigen(const Symmetric& s, char jobz, char range, char uplo, float vl = 0, float vu = 0, int il = 0, int iu = 0,
           bool leastWork = false, float abstol = 0)
         : w(s.n), isuppz(2 * s.n), z(jobz == 'V' ? s.n : 0, jobz == 'V' ? s.n : 0, s.n + 1) {
-        const int n = s.n, ask = -1;
+        const int n = s.n;
         Operand<float> a = s.stored(uplo);
         float wanted = 0;
         int ints = 0;
-        SSYEVR(&jobz, &range, &uplo, &n, nullptr, &a.ld(), &vl, &vu, &il, &iu, &abstol, nullptr, nullptr, nullptr,
-               &z.ld(), nullptr, &wanted, &ask, &ints, &ask, &info);
+        call(SSYEVR, jobz, range, uplo, n, nullptr, a.ld(), vl, vu, il, iu, abstol, nullptr, nullptr, nullptr, z.ld(),
+             nullptr, &wanted, -1, &ints, -1);
         EXPECT_EQ(ints, std::max(1, 10 * n));
-        const int lwork = leastWork ? std::max(1, 26 * n) : static_cast<int>(wanted);
-        GuardedVector<float> work(lwork), iwork(ints);
-        SSYEVR(&jobz, &range, &uplo, &n, a.data(), &a.ld(), &vl, &vu, &il, &iu, &abstol, &m, w.data(), z.data(),
-               &z.ld(), reinterpret_cast<int*>(isuppz.data()), work.data(), &lwork,
-               reinterpret_cast<int*>(iwork.data()), &ints, &info);
+        GuardedVector<float> work(leastWork ? std::max(1, 26 * n) : static_cast<int>(wanted));
+        GuardedInts iwork(ints);
+        info = call(SSYEVR, jobz, range, uplo, n, a, vl, vu, il, iu, abstol, &m, w, z, isuppz, work, work.size(), iwork,
+                    ints);
     }
 };
 
@@ -257,11 +221,9 @@ void expect_eigen(const Symmetric& s, const Eigen& x, bool vectors, int first, i
     }
     if (!vectors)
         return;
-    Operand<float> z(s.n, count, s.n);
-    z.set([&](int i, int j) { return x.z(i, j); });
-    const Quality q = quality(s, z, w);
-    EXPECT_TRUE(q.residual <= 10) << what << ": " << q.residual;
-    EXPECT_TRUE(q.orthogonality <= 50) << what << ": " << q.orthogonality;
+    const WideMatrix<float> z(s.n, count, [&](int i, int j) { return widen(x.z(i, j)); });
+    EXPECT_LE(similarity_error(s.wide(), z, diagonal<float>(w)), 10) << what;
+    EXPECT_LE(orthogonality_error(z), 50) << what;
 }
 
 TEST(SymmetricEigen, Residual) {
@@ -309,8 +271,7 @@ TEST(SymmetricEigen, OfOneRow) {
     EXPECT_EQ(Eigen(s, 'V', 'V', 'U', 2, 3).m, 0); // open below
     EXPECT_EQ(Eigen(s, 'V', 'V', 'U', 1, 2).m, 1); // closed above
     const Eigen x(s, 'V', 'A', 'L');
-    int support[2];
-    std::memcpy(support, x.isuppz.data(), sizeof support);
+    const int* const support = x.isuppz.data();
     EXPECT_TRUE(x.w[0] == 2 && x.z(0, 0) == 1 && support[0] == 1 && support[1] == 1);
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "qrv/native.h"
+#include "support/call.hpp"
 #include "support/triangular.hpp"
 
 namespace qrv::test {
@@ -25,10 +26,7 @@ float rcond_of(const Operand<T>& t, char norm) {
     Operand<T> work(Form{(isComplex<T> ? 2 : 3) * n, 1}, {});
     std::vector<std::conditional_t<isComplex<T>, float, int>> second(std::size_t(n + 1));
     float rcond = -1;
-    int info = -1;
-    routine_for<T>(STRCON, CTRCON)(&norm, &t.form().uplo, &t.form().diag, &n, t.data(), &t.ld(), &rcond, work.data(),
-                                   second.data(), &info);
-    EXPECT_EQ(info, 0);
+    EXPECT_EQ(call_for<T>(STRCON, CTRCON, norm, t.form().uplo, t.form().diag, n, t, &rcond, work.data(), second), 0);
     return rcond;
 }
 
@@ -38,13 +36,10 @@ TYPED_TEST(Triangular, Inverse) {
         for (const int n : {1, 2, 5, 63, 64, 65, 128, 150})
             each_triangle_shape([&](char uplo, char diag) {
                 const Operand<T> t = triangular_matrix<T>(uplo, diag, n);
-                Operand<T> x(t), unit(n, n, n);
-                int info = -1;
-                routine(&uplo, &diag, &n, x.data(), &x.ld(), &info);
-                EXPECT_EQ(info, 0);
-                unit.set([](int i, int j) { return scalar<T>(i == j ? 1 : 0); });
-                EXPECT_TRUE(
-                    product<T>(1, WideMatrix<T>(t), WideMatrix<T>(x), -1, unit).error(Operand<T>(n, n, n).fill(0)) <= 1)
+                Operand<T> x(t);
+                EXPECT_EQ(call(routine, uplo, diag, n, x), 0);
+                EXPECT_TRUE(product<T>(1, WideMatrix<T>(t), WideMatrix<T>(x), -1, identity_operand<T>(n))
+                                .error(Operand<T>(n, n, n).fill(0)) <= 1)
                     << uplo << diag << n;
             });
 }
@@ -55,21 +50,17 @@ TYPED_TEST(Triangular, ZeroOnTheDiagonal) {
     for (const char uplo : {'u', 'l'}) {
         const Operand<T> t = triangular_matrix<T>(static_cast<char>(uplo - 32), 'N', n, TriangleKind::singular);
         Operand<T> x(t);
-        int info = 0;
-        routine_for<T>(STRTRI, CTRTRI)(&uplo, "n", &n, x.data(), &x.ld(), &info);
-        EXPECT_EQ(info, n / 2 + 1);
+        EXPECT_EQ(call_for<T>(STRTRI, CTRTRI, uplo, 'n', n, x), n / 2 + 1);
         EXPECT_TRUE(x.same_bits(t));
 
         const Operand<T> b = right_hand_sides<T>(n, nrhs);
         Operand<T> solution(b);
-        const auto solve = [&](const char* diag) {
-            routine_for<T>(STRTRS, CTRTRS)(&uplo, "N", diag, &n, &nrhs, x.data(), &x.ld(), solution.data(),
-                                           &solution.ld(), &info);
-            return info;
+        const auto solve = [&](char diag) {
+            return call_for<T>(STRTRS, CTRTRS, uplo, 'N', diag, n, nrhs, x, solution);
         };
-        EXPECT_EQ(solve("N"), n / 2 + 1);
+        EXPECT_EQ(solve('N'), n / 2 + 1);
         EXPECT_TRUE(solution.same_bits(b));
-        EXPECT_EQ(solve("U"), 0) << "a unit diagonal is not looked at";
+        EXPECT_EQ(solve('U'), 0) << "a unit diagonal is not looked at";
         EXPECT_FALSE(solution.same_bits(b));
     }
 }
@@ -81,10 +72,7 @@ TYPED_TEST(Triangular, Solutions) {
             each_triangle_shape([&, order = n, columns = nrhs](char uplo, char diag) {
                 const Operand<T> t = triangular_matrix<T>(uplo, diag, order), b = right_hand_sides<T>(order, columns);
                 Operand<T> x(b);
-                int info = -1;
-                routine_for<T>(STRTRS, CTRTRS)(&uplo, &trans, &diag, &order, &columns, t.data(), &t.ld(), x.data(),
-                                               &x.ld(), &info);
-                EXPECT_EQ(info, 0);
+                EXPECT_EQ(call_for<T>(STRTRS, CTRTRS, uplo, trans, diag, order, columns, t, x), 0);
                 EXPECT_TRUE(scaled_residual(WideMatrix<T>(t, trans), x, 1, b) <= 1) << uplo << trans << diag << order;
             });
 }
@@ -108,9 +96,8 @@ TYPED_TEST(Triangular, ScaledSolutions) {
                         for (const char normin : {'N', 'Y'}) {
                             Operand<T> x(b);
                             float scale = -1;
-                            int info = -1;
-                            routine_for<T>(SLATRS, CLATRS)(&uplo, &trans, &diag, &normin, &n, t.data(), &t.ld(),
-                                                           x.data(), &scale, cnorm.data(), &info);
+                            const int info =
+                                call_for<T>(SLATRS, CLATRS, uplo, trans, diag, normin, n, t, x.data(), &scale, cnorm);
                             SCOPED_TRACE(testing::Message() << uplo << trans << diag << normin << n << " kind "
                                                             << static_cast<int>(kind) << " times " << size);
                             EXPECT_EQ(info, 0);
@@ -135,10 +122,7 @@ TYPED_TEST(Triangular, ScaledSolvesEndOnNanAndInfinity) {
                 (place < n ? t(place / 2, place) : x(4, 0)) = all_parts<T>(bad);
                 std::vector<float> cnorm(n);
                 float scale = -1;
-                int info = -1;
-                routine_for<T>(SLATRS, CLATRS)("U", &trans, "N", "N", &n, t.data(), &t.ld(), x.data(), &scale,
-                                               cnorm.data(), &info);
-                EXPECT_EQ(info, 0);
+                EXPECT_EQ(call_for<T>(SLATRS, CLATRS, 'U', trans, 'N', 'N', n, t, x.data(), &scale, cnorm), 0);
                 EXPECT_FALSE(rcond_of(t, '1') < 0) << "set";
             }
 }
@@ -157,8 +141,7 @@ TYPED_TEST(Triangular, ScalingByReciprocals) {
                            {0, 1, infinity},
                            {infinity, 3, 0}}) {
         std::vector<T> x{scalar<T>(row.x), scalar<T>(7), scalar<T>(row.x)};
-        const int n = 2, inc = 2;
-        routine_for<T>(SRSCL, CSRSCL)(&n, &row.divisor, x.data(), &inc);
+        call_for<T>(SRSCL, CSRSCL, 2, row.divisor, x, 2);
         if constexpr (isComplex<T>)
             EXPECT_EQ(x[0].re, row.quotient) << row.divisor;
         else
@@ -167,8 +150,7 @@ TYPED_TEST(Triangular, ScalingByReciprocals) {
         EXPECT_TRUE(x[1] == scalar<T>(7));
     }
     T x = scalar<T>(1);
-    const int one = 1;
-    routine_for<T>(SRSCL, CSRSCL)(&one, &nan, &x, &one);
+    call_for<T>(SRSCL, CSRSCL, 1, nan, &x, 1);
     EXPECT_TRUE(has_nan(x));
 }
 

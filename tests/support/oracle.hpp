@@ -184,6 +184,11 @@ template <class T>
 WideMatrix<T> identity(int n) {
     return {n, n, [](int i, int j) { return i == j ? 1.0 : 0.0; }};
 }
+template <class T = float>
+Operand<T> identity_operand(int n) {
+    Operand<T> q(n, n, std::max(n, 1) + 1);
+    return q.set([](int i, int j) { return scalar<T>(i == j); });
+}
 
 // The triangles of a factored matrix, of as many columns or rows as its shorter side.
 template <class T>
@@ -245,6 +250,17 @@ double norm(const WideMatrix<T>& x, char which = 'F') {
     return which == 'F' ? std::sqrt(largest) : largest;
 }
 
+// The largest error of an element, relative to the largest element.
+template <class T>
+double difference(const Operand<T>& c, const WideMatrix<T>& expected) {
+    const double error = norm(WideMatrix<T>(c) - expected, 'M');
+    return error == 0 ? 0 : error / norm(expected, 'M');
+}
+template <class T>
+double difference(const Operand<T>& c, const Operand<T>& expected) {
+    return difference(c, WideMatrix<T>(expected));
+}
+
 // An error in units of n roundings of a size: of a good factorization about 1 at most.
 inline double in_roundings(double error, int n, double size) {
     return error == 0 ? 0 : error / (n * 2 * unitRoundoff * size);
@@ -263,6 +279,38 @@ double solve_residual(const WideMatrix<T>& a, const WideMatrix<T>& x, const Wide
         worst = worse(worst, in_roundings(column(rest), a.rows, size * column(x)));
     }
     return worst;
+}
+
+template <class T>
+WideMatrix<T> diagonal(const std::vector<double>& values) {
+    const int n = static_cast<int>(values.size());
+    return {n, n, [&](int i, int j) { return i == j ? values[std::size_t(i)] : 0.0; }};
+}
+
+// |Q^H Q - I| by columns, in roundings for each row.
+template <class T>
+double orthogonality_error(const WideMatrix<T>& q) {
+    return in_roundings(norm(q.adjoint() * q - identity<T>(q.columns), 'O'), q.rows, 1);
+}
+// |A Q - Q B| in roundings of |A|
+template <class T>
+double similarity_error(const WideMatrix<T>& a, const WideMatrix<T>& q, const WideMatrix<T>& b) {
+    return in_roundings(norm(a * q - q * b, 'O'), a.rows, norm(a, 'O'));
+}
+// The worst of |A - U S V^H| and of what U and V^H lack of orthogonality.
+template <class T>
+double svd_error(const WideMatrix<T>& a, const WideMatrix<T>& u, const std::vector<float>& s, const WideMatrix<T>& vt) {
+    const int longest = std::max(a.rows, a.columns), count = static_cast<int>(s.size());
+    const WideMatrix<T> scaled(a.rows, count, [&](int i, int j) { return u(i, j) * double{s[std::size_t(j)]}; }),
+        rows(count, a.columns, [&](int i, int j) { return vt(i, j); });
+    return worse(in_roundings(norm(a - scaled * rows, 'O'), longest, norm(a, 'O')),
+                 worse(orthogonality_error(u), orthogonality_error(vt.adjoint())));
+}
+inline bool is_descending(const std::vector<float>& s) {
+    for (std::size_t i = 0; i < s.size(); ++i)
+        if (!(s[i] >= 0) || std::signbit(s[i]) || (i > 0 && s[i] > s[i - 1]))
+            return false;
+    return true;
 }
 
 // 1 / (|A| |inv(A)|)

@@ -20,19 +20,6 @@ void reflect(bool left, WideMatrix<T>& c, const std::vector<Wide<T>>& v, Wide<T>
     }
 }
 
-// The largest error of an element, relative to the largest element.
-template <class T>
-double difference(const Operand<T>& c, const WideMatrix<T>& expected) {
-    double error = 0, size = 1e-300;
-    c.each_stored([&](int i, int j) {
-        const Wide<T> x = expected.values[expected.at(i, j)];
-        const double off = std::abs(widen(c(i, j)) - x);
-        error = worse(error, off);
-        size = std::max(size, std::abs(x));
-    });
-    return error / size;
-}
-
 // k reflectors of length n.
 template <class T>
 struct StoredQ {

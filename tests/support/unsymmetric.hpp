@@ -44,45 +44,10 @@ inline std::vector<NamedMatrix> unsymmetric_matrices(int n) {
     return all;
 }
 
-constexpr double unitInLastPlace = 2 * unitRoundoff;
-
 // The matrix that is meant is the upper part, from so many diagonals below the main one on.
 inline WideMatrix<float> upper_part(const Operand<float>& x, int below) {
     return {x.rows(), x.columns(), [&](int i, int j) { return i <= j + below ? x.entry(i, j) : 0.0; }};
 }
-inline WideMatrix<float> wide_product(const WideMatrix<float>& a, const WideMatrix<float>& b) {
-    WideMatrix<float> c(a.rows, b.columns, [](int, int) { return 0.0; });
-    for (int j = 0; j < b.columns; ++j)
-        for (int k = 0; k < a.columns; ++k)
-            if (const double factor = b.values[b.at(k, j)]; factor != 0)
-                for (int i = 0; i < a.rows; ++i)
-                    c.values[c.at(i, j)] += a.values[a.at(i, k)] * factor;
-    return c;
-}
-inline double column_sum_of_difference(const WideMatrix<float>& a, const WideMatrix<float>& b) {
-    double largest = 0;
-    for (int j = 0; j < a.columns; ++j) {
-        double sum = 0;
-        for (int i = 0; i < a.rows; ++i)
-            sum += std::abs(a.values[a.at(i, j)] - b.values[b.at(i, j)]);
-        largest = worse(largest, sum);
-    }
-    return largest;
-}
-
-// |A Q - Q B| / (n |A| ulp)
-inline double similarity_error(const WideMatrix<float>& a, const WideMatrix<float>& q, const WideMatrix<float>& b) {
-    const double error = column_sum_of_difference(wide_product(a, q), wide_product(q, b));
-    const double size = column_sum_of_difference(a, {a.rows, a.columns, [](int, int) { return 0.0; }});
-    return error == 0 ? 0 : error / (a.rows * size * unitInLastPlace);
-}
-// |Q' Q - I| / (n ulp)
-inline double orthogonality_error(const WideMatrix<float>& q) {
-    const WideMatrix<float> adjoint(q.columns, q.rows, [&](int i, int j) { return q.values[q.at(j, i)]; });
-    return column_sum_of_difference(wide_product(adjoint, q), identity<float>(q.columns)) /
-           (std::max(1, q.rows) * unitInLastPlace);
-}
-
 // Whether T is a Schur form with blocks in standard form, and wr and wi are its eigenvalues.
 inline bool is_schur_form(const Operand<float>& t, const GuardedVector<float>& wr, const GuardedVector<float>& wi) {
     bool good = true;
