@@ -1,11 +1,18 @@
 # libqrv_blas.so: the names that existing programs bind to, over the upper-case entries. An entry has the arguments of
 # the published Fortran routine, so its Fortran name is another name for it, which the linker gives.
 
-set(names ${PROJECT_SOURCE_DIR}/src/interop/names.txt)
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${names})
-file(STRINGS ${names} exported REGEX "^export ")
+# Which entries have one is told by their rows.
+set(generated ${PROJECT_BINARY_DIR}/src/generated)
+set(names ${PROJECT_SOURCE_DIR}/src/interop/names.def)
+file(GLOB rows CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/routines/*.def)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${names} ${rows})
+execute_process(COMMAND ${CMAKE_CXX_COMPILER} -E -P -x c++ -I${PROJECT_SOURCE_DIR}/src ${names}
+                OUTPUT_VARIABLE rows COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "export +[A-Z0-9]+" exported "${rows}")
 list(TRANSFORM exported REPLACE "^export +" "")
-string(REGEX REPLACE "[ ;]+" ";" exported "${exported}")
+list(REMOVE_ITEM exported CDOTC CDOTU) # whose Fortran names have other arguments: src/interop/fortran.cpp
+list(JOIN exported "\n" lines)
+file(CONFIGURE OUTPUT ${generated}/qrv_blas.names CONTENT "${lines}\n")
 
 set(controls ${PROJECT_SOURCE_DIR}/include/qrv/service.h)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${controls})
@@ -23,7 +30,6 @@ foreach(entry IN LISTS exported)
   string(APPEND aliases "-Wl,--defsym=${name}=${entry}\n-Wl,--undefined=${entry}\n")
   string(APPEND global " ${name};")
 endforeach()
-set(generated ${PROJECT_BINARY_DIR}/src/generated)
 file(CONFIGURE OUTPUT ${generated}/qrv_blas.aliases CONTENT "${aliases}")
 file(CONFIGURE OUTPUT ${generated}/qrv_blas.map CONTENT "{ global: ${global} local: *; };\n")
 file(CONFIGURE OUTPUT ${generated}/qrv_blas.replaceable CONTENT "{ cblas_xerbla; };\n") # by a program's
