@@ -19,6 +19,15 @@
  *
  * Sources of LAPACK: E. Anderson et al., LAPACK Users' Guide, 3rd edition, SIAM (1999).
  */
+
+/* Example. The product of two matrices:
+ *
+ *     const int n = 2;
+ *     const float one = 1, zero = 0, a[] = {1, 2, 3, 4}, b[] = {5, 6, 7, 8};
+ *     float c[4];
+ *     SGEMM("N", "N", &n, &n, &n, &one, a, &n, b, &n, &zero, c, &n);
+ *     return c[0] == 23 && c[1] == 34 && c[2] == 31 && c[3] == 46;
+ */
 #ifndef QRV_NATIVE_H
 #define QRV_NATIVE_H
 

@@ -1,10 +1,5 @@
 // Provider classes: the object through which a host library does its dense linear algebra.
 //
-//     using namespace Corvex::Mathematics::LinearAlgebra;
-//     Providers::ParallelX86SingleLinearAlgebraProvider provider;
-//     provider.BlasLevel3()->Sgemm(TransposeOperation::None, TransposeOperation::None, m, n, k,
-//                                  1.0f, a, 0, m, b, 0, k, 0.0f, c, 0, m);
-//
 // Offsets, increments and leading dimensions count elements. No length is checked against a dimension or an offset.
 // Methods keep nothing of a call but work buffers for the next one, and may be called from any number of threads at
 // once.
@@ -17,6 +12,16 @@
 // Every array argument must hold at least one element, also where the routine would not touch it: a null array
 // raises NullReferenceError, an empty one IndexOutOfRangeError, before any work is done. A bad dimension or
 // option is reported on standard output (see qrv/native.h) and leaves the outputs unchanged.
+//
+// Example. The product of two matrices, column by column:
+//
+//     using namespace Corvex::Mathematics::LinearAlgebra;
+//     const Providers::ParallelX86SingleLinearAlgebraProvider provider;
+//     std::vector<float> a{1, 2, 3, 4}, b{5, 6, 7, 8}, c(4);
+//     provider.BlasLevel3()->Sgemm(TransposeOperation::None, TransposeOperation::None, 2, 2, 2, 1.0F, a, 0, 2, b, 0, 2,
+//     0.0F,
+//                                  c, 0, 2);
+//     return c == std::vector<float>{23, 34, 31, 46};
 #pragma once
 #pragma once
 

@@ -1,6 +1,13 @@
 /* Public controls of the run-time services: reports, processor class, thread budget, work memory, and what
  * is running. All routines may be called from any thread unless a comment says otherwise.
  */
+
+/* Example. At most two threads, and what is running:
+ *
+ *     char text[2000];
+ *     qrv_serv_set_num_threads(2);
+ *     return qrv_serv_get_configuration(text, sizeof text) < 2000 && text[0] == 'q';
+ */
 #ifndef QRV_SERVICE_H
 #define QRV_SERVICE_H
 

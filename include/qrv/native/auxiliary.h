@@ -1,5 +1,12 @@
 /* LAPACK: tuning values, machine constants, norms, copies and other parts that the families share. Calling
  * conventions: see qrv/native.h. */
+
+/* Example. The largest sum of sizes in a column:
+ *
+ *     const int n = 2;
+ *     const float a[] = {1, -2, 3, 4};
+ *     return SLANGE("1", &n, &n, a, &n, NULL) == 7;
+ */
 #ifndef QRV_NATIVE_AUXILIARY_H
 #define QRV_NATIVE_AUXILIARY_H
 

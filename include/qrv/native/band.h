@@ -8,6 +8,15 @@
  *   triangle with kd diagonals beside the main one: upper d = kd, lower d = 0; ldab >= kd + 1
  *
  * Places of ab that hold no element are neither read nor written. */
+
+/* Example. The tridiagonal system [2 -1 0; -1 2 -1; 0 -1 2] x = (1, 0, 1):
+ *
+ *     const int n = 3, one = 1, ldab = 4;
+ *     float ab[] = {0, 0, 2, -1, 0, -1, 2, -1, 0, -1, 2, 0}, b[] = {1, 0, 1};
+ *     int ipiv[3], info;
+ *     SGBSV(&n, &one, &one, &one, ab, &ldab, ipiv, b, &n, &info);
+ *     return info == 0 && fabsf(b[0] - 1) < 1e-5f && fabsf(b[1] - 1) < 1e-5f && fabsf(b[2] - 1) < 1e-5f;
+ */
 #ifndef QRV_NATIVE_BAND_H
 #define QRV_NATIVE_BAND_H
 

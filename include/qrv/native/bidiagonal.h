@@ -1,4 +1,13 @@
 /* LAPACK: reduction to bidiagonal form. Calling conventions: see qrv/native.h. */
+
+/* Example. The size of the first diagonal element: the length of the first column:
+ *
+ *     const int n = 2, lwork = 100;
+ *     float a[] = {3, 4, 1, 2}, d[2], e[1], tauq[2], taup[2], work[100];
+ *     int info;
+ *     SGEBRD(&n, &n, a, &n, d, e, tauq, taup, work, &lwork, &info);
+ *     return info == 0 && fabsf(fabsf(d[0]) - 5) < 1e-5f;
+ */
 #ifndef QRV_NATIVE_BIDIAGONAL_H
 #define QRV_NATIVE_BIDIAGONAL_H
 

@@ -1,4 +1,11 @@
 /* BLAS, levels 1 to 3. Calling conventions: see qrv/native.h. */
+
+/* Example. The length of (3, 4):
+ *
+ *     const int n = 2, inc = 1;
+ *     const float x[] = {3, 4};
+ *     return SNRM2(&n, x, &inc) == 5;
+ */
 #ifndef QRV_NATIVE_BLAS_H
 #define QRV_NATIVE_BLAS_H
 

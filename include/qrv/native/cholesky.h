@@ -3,6 +3,17 @@
  *
  * Of a matrix A of order n only one triangle is read and written, `uplo` 'U' the upper one, 'L' the lower one;
  * lda >= max(1, n). Of a Hermitian matrix the imaginary parts of the diagonal are not looked at. */
+
+/* Example. A positive definite system:
+ *
+ *     const int n = 2, one = 1;
+ *     float a[] = {4, 2, 0, 5}, b[] = {8, 12};
+ *     int info;
+ *     SPOTRF("L", &n, a, &n, &info);
+ *     if (info == 0)
+ *         SPOTRS("L", &n, &one, a, &n, b, &n, &info);
+ *     return info == 0 && fabsf(b[0] - 1) < 1e-5f && fabsf(b[1] - 2) < 1e-5f;
+ */
 #ifndef QRV_NATIVE_CHOLESKY_H
 #define QRV_NATIVE_CHOLESKY_H
 

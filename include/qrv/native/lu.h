@@ -1,5 +1,16 @@
 /* LAPACK: LU factorization, and solves, inverses and condition numbers from it. Calling conventions: see
  * qrv/native.h. */
+
+/* Example. A system with two unknowns:
+ *
+ *     const int n = 2, one = 1;
+ *     float a[] = {3, 1, 1, 2}, b[] = {9, 8};
+ *     int ipiv[2], info;
+ *     SGETRF(&n, &n, a, &n, ipiv, &info);
+ *     if (info == 0)
+ *         SGETRS("N", &n, &one, a, &n, ipiv, b, &n, &info);
+ *     return info == 0 && fabsf(b[0] - 2) < 1e-5f && fabsf(b[1] - 3) < 1e-5f;
+ */
 #ifndef QRV_NATIVE_LU_H
 #define QRV_NATIVE_LU_H
 

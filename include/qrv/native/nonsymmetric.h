@@ -2,6 +2,15 @@
  *
  * Several routines work on rows and columns ilo to ihi (from 1) of a matrix of order n, outside of which it is upper
  * triangular: 1 <= ilo <= ihi <= n, or ilo = 1 and ihi = 0 if n is 0. */
+
+/* Example. The eigenvalues 1 + 2i and 1 - 2i of [1 -2; 2 1]:
+ *
+ *     const int n = 2, lwork = 100;
+ *     float a[] = {1, 2, -2, 1}, wr[2], wi[2], work[100];
+ *     int info;
+ *     SGEEV("N", "N", &n, a, &n, wr, wi, NULL, &n, NULL, &n, work, &lwork, &info);
+ *     return info == 0 && fabsf(wr[0] - 1) < 1e-5f && fabsf(fabsf(wi[1]) - 2) < 1e-5f;
+ */
 #ifndef QRV_NATIVE_NONSYMMETRIC_H
 #define QRV_NATIVE_NONSYMMETRIC_H
 

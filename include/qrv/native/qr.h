@@ -8,6 +8,15 @@
  *
  * work has lwork elements. lwork = -1 asks for the length for full speed in work(1) and does nothing else; otherwise
  * work(1) tells it in the end. */
+
+/* Example. The line through (0, 1), (1, 3), (2, 5) by least squares:
+ *
+ *     const int m = 3, n = 2, one = 1, lwork = 100;
+ *     float a[] = {1, 1, 1, 0, 1, 2}, b[] = {1, 3, 5}, work[100];
+ *     int info;
+ *     SGELS("N", &m, &n, &one, a, &m, b, &m, work, &lwork, &info);
+ *     return info == 0 && fabsf(b[0] - 1) < 1e-5f && fabsf(b[1] - 2) < 1e-5f;
+ */
 #ifndef QRV_NATIVE_QR_H
 #define QRV_NATIVE_QR_H
 

@@ -1,4 +1,12 @@
 /* LAPACK: plane rotations. Calling conventions: see qrv/native.h. */
+
+/* Example. The rotation that turns (3, 4) into (5, 0):
+ *
+ *     const float f = 3, g = 4;
+ *     float cs, sn, r;
+ *     SLARTG(&f, &g, &cs, &sn, &r);
+ *     return fabsf(r - 5) < 1e-5f && fabsf(cs - 0.6f) < 1e-6f && fabsf(sn - 0.8f) < 1e-6f;
+ */
 #ifndef QRV_NATIVE_ROTATIONS_H
 #define QRV_NATIVE_ROTATIONS_H
 

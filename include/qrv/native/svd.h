@@ -1,4 +1,13 @@
 /* LAPACK: singular values of bidiagonal matrices. Calling conventions: see qrv/native.h. */
+
+/* Example. The singular values of diag(3, -2):
+ *
+ *     const int n = 2, lwork = 500;
+ *     float a[] = {3, 0, 0, -2}, s[2], work[500];
+ *     int iwork[16], info;
+ *     SGESDD("N", &n, &n, a, &n, s, NULL, &n, NULL, &n, work, &lwork, iwork, &info);
+ *     return info == 0 && fabsf(s[0] - 3) < 1e-5f && fabsf(s[1] - 2) < 1e-5f;
+ */
 #ifndef QRV_NATIVE_SVD_H
 #define QRV_NATIVE_SVD_H
 

@@ -1,4 +1,14 @@
 /* LAPACK: triangular systems, inverses and condition numbers. Calling conventions: see qrv/native.h. */
+
+/* Example. A triangular system:
+ *
+ *     const int n = 2, one = 1;
+ *     const float a[] = {2, 1, 0, 4};
+ *     float b[] = {2, 9};
+ *     int info;
+ *     STRTRS("L", "N", "N", &n, &one, a, &n, b, &n, &info);
+ *     return info == 0 && b[0] == 1 && b[1] == 2;
+ */
 #ifndef QRV_NATIVE_TRIANGULAR_H
 #define QRV_NATIVE_TRIANGULAR_H
 

@@ -1,4 +1,12 @@
 // The host's abstract BLAS classes, real and complex.
+//
+// Example. y = 2 x + y:
+//
+//     using namespace Corvex::Mathematics::LinearAlgebra;
+//     const Providers::ParallelX86SingleLinearAlgebraProvider provider;
+//     std::vector<float> x{1, 2}, y{10, 20};
+//     provider.BlasLevel1()->Saxpy(2, 2.0F, x, 0, 1, y, 0, 1);
+//     return y == std::vector<float>{12, 24};
 #pragma once
 
 #include "types.hpp"

@@ -1,4 +1,15 @@
 // The host's abstract LAPACK classes, real and complex.
+//
+// Example. A system with two unknowns:
+//
+//     using namespace Corvex::Mathematics::LinearAlgebra;
+//     const Providers::ParallelX86SingleLinearAlgebraProvider provider;
+//     std::vector<float> a{2, 1, 0, 4}, b{2, 9};
+//     std::vector<int> pivots(2);
+//     int info = 0;
+//     provider.Lapack()->Sgetrf(2, 2, a, 0, 2, pivots, info);
+//     provider.Lapack()->Sgetrs(TransposeOperation::None, 2, 1, a, 0, 2, pivots, b, 0, 2, info);
+//     return info == 0 && b == std::vector<float>{1, 2};
 #pragma once
 
 #include "types.hpp"

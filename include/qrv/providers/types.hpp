@@ -1,4 +1,11 @@
 // What all provider classes share: complex numbers, options, arrays and the errors they raise.
+//
+// Example. A complex number, and a null array:
+//
+//     using namespace Corvex::Mathematics;
+//     using LinearAlgebra::Providers::ProviderArray;
+//     const ProviderArray<const float> none(static_cast<const float*>(nullptr), 0);
+//     return SingleComplex(1, 2).Im() == 2;
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,10 @@
 // The provider object with its abstract class, and this library's provider classes.
+//
+// Example. The provider and its parts:
+//
+//     using namespace Corvex::Mathematics::LinearAlgebra;
+//     const Providers::ParallelX86SingleLinearAlgebraProvider provider;
+//     return provider.BlasLevel1() != nullptr && provider.ComplexLapack() != nullptr;
 #pragma once
 
 #include <memory>
