@@ -39,6 +39,16 @@ OrmPlan orm_plan(QForm form, Side side, int m, int n, int k) {
             side == Side::left ? n : m, k};
 }
 
+// Whether reflectors that are no more than one block are better applied as one than one by one.
+constexpr bool one_block_pays(int m, int n, int k) {
+    return k >= 8 && std::int64_t{m} * n >= 1024;
+}
+// Whether to wake a team takes longer than it saves.
+template <class T>
+constexpr bool is_too_small_for_team(int m, int n, int k) {
+    return (isComplex<T> ? 4.0 : 1.0) * m * n * k < 100'000;
+}
+
 template <class T>
 struct BlockedQ {
     ReflectorsOfQ<T> q;
@@ -112,12 +122,12 @@ void orm(QForm form, Side side, Op op, int m, int n, int k, Matrix<const T> a, c
         return;
     }
     const OrmPlan plan = orm_plan<T>(form, side, m, n, k);
-    const int nb = plan.nb, least = std::max(2, tuning::minimum_block_size(name_of<T>(form)));
-    const bool blocked = nb >= least && nb < k;
+    const int nb = std::min(plan.nb, k), least = std::max(2, tuning::minimum_block_size(name_of<T>(form)));
+    const bool blocked = plan.nb >= least && (plan.nb < k || one_block_pays(m, n, k));
     if (const WorkArea<T> area(work, lwork, blocked ? plan.work() : 0); blocked && area.data()) {
         const BlockedQ<T> x{
             {form, side == Side::left ? m : n, k, a, tau}, side, op, nb, int(plan.across), c, area.data()};
-        if (plan.threads == 1)
+        if (plan.threads == 1 || is_too_small_for_team<T>(m, n, k))
             apply_alone(x);
         else
             apply_on_team(plan.threads, x);

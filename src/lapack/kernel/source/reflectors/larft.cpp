@@ -5,9 +5,9 @@
 //   T = [ Ta  X  ]   X = -Ta (Va^H Vb) Tb
 //       [     Tb ]
 //
-// so T is found by halves: nearly all work is products of matrices, and T(i, i) = tau(i) is what remains. Backward, Ta
-// and Tb change places. (E. Elmroth, F. Gustavson, Applying recursion to serial and parallel QR factorization leads to
-// better performance, IBM J. Res. Dev. 44, 2000.)
+// so T is found by halves: nearly all work is products of matrices. Backward, Ta and Tb change places. (E. Elmroth, F.
+// Gustavson, Applying recursion to serial and parallel QR factorization leads to better performance, IBM J. Res. Dev.
+// 44, 2000.) A few reflectors, whose products would be too small, have V^H V as one product, and T column by column.
 #include "lapack/kernel/source/reflectors/larft.hpp"
 #include "blas/calls.hpp"
 
@@ -31,15 +31,56 @@ void larft_couple(const StoredReflectors<T>& a, int aCount, const StoredReflecto
     blas::trmm(Side::right, uplo, Op::none, Diag::nonUnit, aCount, bCount, one, tb, x);
 }
 
+namespace {
+
+constexpr int fewest = 8;
+
+// V^H V, whose triangle that T has is right; a square of `few` columns each.
+template <class T>
+void multiply_reflectors(const StoredReflectors<T>& v, int n, int k, Matrix<T> product) {
+    const bool forward = v.direct == Direct::forward;
+    const int rest = n - k;
+    const auto v1 = v.from(forward ? 0 : rest, 0), v2 = v.from(forward ? k : 0, 0);
+    alignas(64) T memory[fewest * fewest];
+    const Matrix<T> square{memory, fewest};
+    const T zero = scalar<T>(0), one = scalar<T>(1);
+    for (int j = 0; j < k; ++j)
+        for (int i = 0; i < k; ++i)
+            square(i, j) = i == j ? one : (i > j) != forward ? zero : v.by_columns() ? v1.v(i, j) : conj(v1.v(j, i));
+    blas::gemm(adjoint<T>, Op::none, k, k, k, one, square, square, zero, product);
+    if (rest > 0)
+        blas::gemm(v.adjoint_op(), v.op(), k, k, rest, one, v2.v, v2.v, one, product);
+}
+
+template <class T>
+void larft_few(const StoredReflectors<T>& v, int n, int k, const T* tau, Matrix<T> t) {
+    alignas(64) T memory[fewest * fewest];
+    const Matrix<T> product{memory, fewest};
+    multiply_reflectors(v, n, k, product);
+    // Forward, T(0:j, j) = -tau(j) T(0:j, 0:j) V(:, 0:j)^H v(j); backward it is the same from the other end.
+    const auto at = [&](int i) { return v.direct == Direct::forward ? i : k - 1 - i; };
+    for (int step = 0; step < k; ++step) {
+        const int j = at(step);
+        for (int i = 0; i < step; ++i)
+            t(at(i), j) = scalar<T>(0);
+        for (int l = 0; l < step; ++l) {
+            const T x = -tau[j] * product(at(l), j);
+            for (int i = 0; i <= l; ++i)
+                t(at(i), j) += t(at(i), at(l)) * x;
+        }
+        t(j, j) = tau[j];
+    }
+}
+
+} // namespace
+
 template <class T>
 void larft(Direct direct, StoreV store, int n, int k, Matrix<const T> v, const T* tau, Matrix<T> t) {
     if (n <= 0 || k <= 0)
         return;
-    if (k == 1) {
-        t(0, 0) = tau[0];
-        return;
-    }
     const StoredReflectors<T> left{direct, store, v};
+    if (k <= fewest)
+        return larft_few(left, n, k, tau, t);
     const int k1 = k / 2, k2 = k - k1;
     const Matrix<T> t2 = t.block(k1, k1);
     if (direct == Direct::forward) { // the right half begins k1 rows below
