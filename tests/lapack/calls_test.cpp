@@ -422,6 +422,23 @@ TEST(Calls, ConcurrencyInsideRegions) {
     qrv_serv_set_dynamic(dynamic);
 }
 
+// Threads that end with warm teams take nothing along that others need.
+TEST(Calls, ConcurrencyOfEndingThreads) {
+    const ForcedTeam forced(2);
+    auto cases = all_cases();
+    for (Case& c : cases)
+        c.run(c.found);
+    constexpr std::size_t threads = 12;
+    for (std::size_t t = 0; t < threads; ++t)
+        std::thread([&] {
+            for (std::size_t i = t; i < cases.size(); i += threads)
+                if (cases[i].same_bits_on_a_team())
+                    expect_the_same_bits(cases[i]);
+            if (t % 2)
+                qrv_serv_free_thread_buffers();
+        }).join();
+}
+
 // A child of a process whose teams are warm computes alone.
 TEST(Calls, InAChildOfATeam) {
     auto cases = all_cases();
@@ -582,26 +599,79 @@ TEST(Calls, ReachFarColumns) {
     }
 }
 
+// Of the first work array.
+std::size_t work_of(const std::string& call) {
+    const auto words = words_of(call);
+    return static_cast<std::size_t>(std::find(words.begin(), words.end(), "w") - words.begin());
+}
+
+// What a caller is told that asks for the length of work arrays.
+TEST(Calls, TellLengthsBeyondTheIntegers) {
+    const OrdinaryCalls queries[] = {
+        {"SGETRI CGETRI", {"# .1 # .1 w -1"}},
+        {"SGEQRF CGEQRF SGELQF CGELQF", {"# # .1 # .1 w -1"}},
+        {"SGEQP3", {"# # .1 # .1 .1 w -1"}},
+        {"CGEQP3", {"# # .1 # .1 .1 w -1 .1"}},
+        {"SORMQR SORMQL SORMLQ", {"L T # # # .1 # .1 .1 # w -1"}},
+        {"CUNMQR CUNMQL CUNMLQ", {"R C # # # .1 # .1 .1 # w -1"}},
+        {"SORGQR CUNGQR SORGLQ CUNGLQ", {"# # # .1 # .1 w -1"}},
+        {"SGELS CGELS", {"N # # # .1 # .1 # w -1"}},
+        {"SGEBRD CGEBRD", {"# # .1 # .1 .1 .1 .1 w -1"}},
+        {"SORGBR CUNGBR", {"Q # # # .1 # .1 w -1"}},
+        {"SORMBR", {"P L T # # # .1 # .1 .1 # w -1"}},
+        {"CUNMBR", {"Q L C # # # .1 # .1 .1 # w -1"}},
+        {"SGESDD", {"A # # .1 # .1 .1 # .1 # w -1 .1"}},
+        {"CGESDD", {"O # # .1 # .1 .1 # .1 # w -1 .1 .1"}},
+        {"SSYTRD", {"U # .1 # .1 .1 .1 w -1"}},
+        {"SORMTR", {"L U N # # .1 # .1 .1 # w -1"}},
+        {"SSYEVR", {"V A U # .1 # 0 0 0 0 0 .1 .1 .1 # .1 w -1 w -1"}},
+        {"SGEHRD", {"# 1 # .1 # .1 w -1"}},
+        {"SORGHR", {"# 1 # .1 # .1 w -1"}},
+        {"SORMHR", {"L T # # 1 # .1 # .1 .1 # w -1"}},
+        {"SHSEQR", {"S I # 1 # .1 # .1 .1 .1 # w -1"}},
+        {"SGEEV", {"V V # .1 # .1 .1 .1 # .1 # w -1"}},
+    };
+    for (const auto& [names, calls] : queries)
+        for (const std::string& name : words_of(names)) {
+            std::string call = calls[0];
+            while (call.find('#') != std::string::npos)
+                call.replace(call.find('#'), 1, "2147483647");
+            const Case c(name, call);
+            BesideWalls walls(c, false);
+            const Arguments& found = walls.call(*c.routine);
+            EXPECT_EQ(c.info(found), 0) << c.text;
+            float told = 0;
+            std::memcpy(&told, found[work_of(call)].address(), sizeof told);
+            EXPECT_TRUE(told >= 0x1p31F && told < 0x1p68F) << c.text << ": " << told;
+        }
+}
+
 // ---- What goes wrong ------------------------------------------------------------------------------------------------
 
 TEST(Calls, EndWhateverTheNumbers) {
-    const auto saved = std::signal(SIGALRM, say_what_is_under_way);
-    Sample sample(11);
-    for (const Case& c : all_cases())
+    const auto alarmed = std::signal(SIGALRM, say_what_is_under_way);
+    const auto strayed = std::signal(SIGSEGV, say_what_is_under_way);
+    Sample sample(37);
+    for (Case& c : all_cases())
         for (std::size_t k = 0; k < c.given.size(); ++k)
-            for (const float value : {nan, infinity, -infinity, 0x1.fp127F, 0x1p-149F, -0.0F})
-                for (const std::size_t step : {1 << 30, 37, 1}) { // one element, some, all
-                    if (!c.given[k].is_floating() || !sample.takes())
+            for (const auto& place : c.given[k].places())
+                for (const float value : {nan, infinity, -infinity, 0x1.fp127F, 0x1p-149F, -0.0F}) {
+                    if (!sample.takes())
                         continue;
-                    auto arguments = c.given;
-                    arguments[k].replace(step, value);
-                    std::snprintf(underWay, sizeof underWay, "%s: %g at argument %d, step %zu, does not end\n",
-                                  c.text.c_str(), static_cast<double>(value), static_cast<int>(k + 1), step);
+                    const Argument ordinary = c.given[k];
+                    c.given[k].replace(place, value);
+                    std::snprintf(underWay, sizeof underWay,
+                                  "%s: %g at argument %d, from %zu on by %zu: does not end, or strays\n",
+                                  c.text.c_str(), static_cast<double>(value), static_cast<int>(k + 1), place.first,
+                                  place.step);
+                    BesideWalls walls(c, false);
                     alarm(60);
-                    c.run(arguments);
+                    walls.call(*c.routine);
                     alarm(0);
+                    c.given[k] = ordinary;
                 }
-    std::signal(SIGALRM, saved);
+    std::signal(SIGALRM, alarmed);
+    std::signal(SIGSEGV, strayed);
 }
 
 std::atomic<int> requests, refused;

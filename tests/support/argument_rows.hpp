@@ -89,8 +89,9 @@ public:
             memory_[0] = '\0';
         if (kind == Kind::text)
             return;
+        next_ = static_cast<std::size_t>(std::abs(std::strtol(next.c_str(), nullptr, 10)));
         if (is_array())
-            fill(std::strtol(next.c_str(), nullptr, 10)); // a leading dimension, or the length of a work array
+            fill();
         else
             store(0, std::stod(word));
         before_ = memory_;
@@ -138,9 +139,22 @@ public:
         std::memcpy(memory_.data() + k * size, kind_ == Kind::whole ? static_cast<const void*>(&whole) : parts, size);
     }
 
-    // Every step-th element becomes x.
-    void replace(std::size_t step, float x) {
-        for (std::size_t k = step % 5; k < memory_.size() / element_size(); k += step)
+    // Every step-th element from `first` on.
+    struct Place {
+        std::size_t first, step;
+    };
+    // One element, a line of a matrix along or across, its diagonal, those beside it, and all there is.
+    std::vector<Place> places() const {
+        const std::size_t count = memory_.size() / element_size();
+        if (!is_floating() || count == 0)
+            return {};
+        std::vector<Place> places = {{0, count}, {count / 2, count}, {count - 1, count}, {0, 1}};
+        if (is_matrix() && next_ > 1)
+            places.insert(places.end(), {{1, next_}, {0, next_ + 1}, {1, next_ + 1}, {next_, next_ + 1}});
+        return places;
+    }
+    void replace(const Place& place, float x) {
+        for (std::size_t k = place.first; k < memory_.size() / element_size(); k += place.step)
             store(k, x, x);
     }
 
@@ -152,23 +166,21 @@ private:
     std::size_t element_size() const { return kind_ == Kind::complex ? sizeof(qrv_complex) : sizeof(float); }
     bool is_array() const { return std::strchr(".vw", word_[0]) != nullptr || is_matrix(); }
 
-    // Elements of an array before a leading dimension, or a length, of `next`.
-    std::size_t length(std::size_t next) const {
+    std::size_t length() const {
         unsigned long first = 0, columns = 0;
         const int told = std::sscanf(word_.c_str() + 1, "%lux%lu", &first, &columns);
         if (is_matrix() && told == 2)
-            return next * (columns - 1) + first + (word_[0] == 'b');
+            return next_ * (columns - 1) + first + (word_[0] == 'b');
         if (!is_matrix() && told == 1)
             return first;
-        if (word_[0] == 'w' && next > 0)
-            return next;
-        return 1024 + (is_matrix() ? 2 * next * next : 0);
+        if (word_[0] == 'w' && next_ > 0)
+            return next_;
+        return 1024 + (is_matrix() ? 2 * next_ * next_ : 0);
     }
 
     // Ones: matrices, vectors and pivots that any routine can work on.
-    void fill(long next) {
-        const auto ld = static_cast<std::size_t>(std::abs(next));
-        const std::size_t size = length(ld), diagonal = word_[0] == 'b' ? std::stoul(word_.substr(1)) : 0;
+    void fill() {
+        const std::size_t size = length(), ld = next_, diagonal = word_[0] == 'b' ? std::stoul(word_.substr(1)) : 0;
         memory_.reserve(size * element_size());
         std::minstd_rand random;
         const auto any = [&] { return static_cast<double>(random() % 255) / 127 - 1; };
@@ -185,6 +197,7 @@ private:
 
     Kind kind_;
     std::string word_;
+    std::size_t next_ = 0; // of an array: its leading dimension, or the length of a work array
     std::vector<unsigned char, OnLines<unsigned char>> memory_, before_;
 };
 
