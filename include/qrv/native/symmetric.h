@@ -10,8 +10,9 @@
  *     const float zero = 0;
  *     float a[] = {2, 1, 1, 2}, w[2], work[200];
  *     int iwork[20], m, info;
- *     SSYEVR("N", "A", "L", &n, a, &n, &zero, &zero, &none, &none, &zero, &m, w, NULL, &n, NULL, work, &lwork, iwork,
- * &liwork, &info); return info == 0 && m == 2 && fabsf(w[0] - 1) < 1e-5f && fabsf(w[1] - 3) < 1e-5f;
+ *     SSYEVR("N", "A", "L", &n, a, &n, &zero, &zero, &none, &none, &zero, &m, w, NULL, &n, NULL, work, &lwork,
+ *            iwork, &liwork, &info);
+ *     return info == 0 && m == 2 && fabsf(w[0] - 1) < 1e-5f && fabsf(w[1] - 3) < 1e-5f;
  */
 #ifndef QRV_NATIVE_SYMMETRIC_H
 #define QRV_NATIVE_SYMMETRIC_H
