@@ -51,7 +51,7 @@ struct Reduced {
 };
 
 template <class T>
-Operand<T> random_matrix(int m, int n) {
+Operand<T> matrix_with_zeros(int m, int n) {
     std::mt19937 random(static_cast<unsigned>(31 * m + n));
     Operand<T> a(m, n, std::max(1, m) + 2);
     return a.set([&](int i, int j) { return i == 3 && j > 3 ? scalar<T>(0) : any_size_one<T>(random); });
@@ -63,7 +63,7 @@ constexpr std::pair<int, int> shapes[] = {{1, 1},   {1, 4},   {4, 1},   {2, 2}, 
 TYPED_TEST(Bidiagonal, Residual) {
     using T = TypeParam;
     for (const auto& [m, n] : shapes) {
-        const Operand<T> before = random_matrix<T>(m, n);
+        const Operand<T> before = matrix_with_zeros<T>(m, n);
         const auto optimum = static_cast<int>(lapack::gebrd_work<T>(m, n));
         for (const int lwork : {std::max(m, n), 5 * (m + n), optimum}) { // the least, blocks that fit, full blocks
             if (lwork > optimum)
@@ -85,7 +85,7 @@ TYPED_TEST(Bidiagonal, ResidualOfAPanel) {
     using T = TypeParam;
     for (const auto& [m, n] : {std::pair{30, 22}, {22, 30}, {25, 25}})
         for (const int nb : {1, 4, 7}) {
-            const Operand<T> before = random_matrix<T>(m, n);
+            const Operand<T> before = matrix_with_zeros<T>(m, n);
             Reduced<T> r(before);
             Operand<T> x(m, nb, m + 1), y(n, nb, n + 2);
             call_for<T>(SLABRD, CLABRD, m, n, nb, r.a, r.d, r.e, r.tauq, r.taup, x, y);
@@ -120,7 +120,7 @@ TYPED_TEST(Bidiagonal, ResidualOfItsFactors) {
     const char adjoint = isComplex<T> ? 'C' : 'T';
     for (const auto& [m, n] : shapes) {
         SCOPED_TRACE(std::to_string(m) + 'x' + std::to_string(n));
-        const Operand<T> before = random_matrix<T>(m, n);
+        const Operand<T> before = matrix_with_zeros<T>(m, n);
         Reduced<T> r(before);
         const int k = r.size(), lwork = 64 * (m + n);
         std::vector<T> work(static_cast<std::size_t>(lwork));

@@ -12,51 +12,6 @@ template <class T>
 struct Condition : testing::Test {};
 TYPED_TEST_SUITE(Condition, Elements);
 
-// The 1-norm of a matrix of real numbers as SLACN2 estimates it.
-template <class T>
-float estimated_norm(const Operand<T>& a) {
-    const int n = a.rows();
-    std::vector<T> v(static_cast<std::size_t>(n)), x = v;
-    std::vector<int> isgn(v.size());
-    float estimate = 0;
-    int kase = 0, isave[3] = {};
-    for (;;) {
-        if constexpr (isComplex<T>)
-            call(CLACN2, n, v, x, &estimate, &kase, &isave[0]);
-        else
-            call(SLACN2, n, v, x, isgn, &estimate, &kase, &isave[0]);
-        if (kase == 0)
-            return estimate;
-        const WideMatrix<T> op(a, kase == 1 ? 'N' : 'C'),
-            factor(n, 1, [&](int i, int) { return widen(x[std::size_t(i)]); });
-        const Operand<T> none({n, 1}, {});
-        const Expected<T> y = product<T>(1, op, factor, 0, none);
-        for (std::size_t i = 0; i < x.size(); ++i)
-            x[i] = scalar<T>(static_cast<float>(std::real(y.values.values[i])));
-    }
-}
-
-TYPED_TEST(Condition, EstimateOfTheOneNorm) {
-    using T = TypeParam;
-    struct Row {
-        const char* what;
-        float a[4][4], estimate;
-    };
-    for (const Row& row : {Row{"each column leads to a larger one, the last one is the norm",
-                               {{2, 0, 0, -1}, {0, -3, 3, 0}, {-1, 3, 0, 0}, {2, 0, 0, -3}},
-                               6},
-                           {"the first column is no larger than the mean, although another one is",
-                            {{-1, 0, -1, -3}, {2, 0, 0, 0}, {0, 0, 3, -2}, {0, -3, 1, -2}},
-                            4},
-                           {"alternating signs give more than any column that was tried",
-                            {{2, -2, 2, 0}, {3, -2, 0, 0}, {-3, 3, -1, 2}, {0, 2, 1, 3}},
-                            50.0F / 9}}) {
-        Operand<T> a({4, 4}, {});
-        a.set([&](int i, int j) { return scalar<T>(row.a[i][j]); });
-        EXPECT_NEAR(estimated_norm(a), row.estimate, 1e-5) << row.what;
-    }
-}
-
 // A factor whose first solve is harmless, while those that follow pass the largest float with both signs: only the sums
 // of its own columns tell that they must be scaled, so as not to be NaN.
 TYPED_TEST(Condition, SumsOfEachFactorOfItsOwn) {

@@ -158,13 +158,6 @@ TEST(Band, LuTellsTheFirstZeroPivot) {
     }
 }
 
-Band right_hand_sides(int n, int nrhs) {
-    Band b(n, nrhs, n + 1);
-    std::mt19937 random(static_cast<unsigned>(n));
-    b.fill_random(random);
-    return b;
-}
-
 double residual_of(Op op, const Wide& a, const Band& b, const Band& x) {
     return solve_residual(op == Op::none ? a : a.adjoint(), Wide(x), Wide(b));
 }
@@ -177,7 +170,7 @@ TEST(Band, SolutionsFromLu) {
         lapack::gbtf2(s, f.data(), f.ld(), ipiv.data());
         for (const Op op : {Op::none, Op::transpose, Op::adjoint})
             for (const int nrhs : {1, 5, 40}) {
-                const Band b = right_hand_sides(s.n, nrhs);
+                const Band b = random_matrix<float>(s.n, nrhs, 7);
                 Band x(b);
                 lapack::gbtrs(op, s, nrhs, f.data(), f.ld(), ipiv.data(), x.view());
                 EXPECT_TRUE(residual_of(op, meant(s, a), b, x) < 4) << s.n << letter(op) << nrhs;
@@ -192,7 +185,7 @@ TEST(Band, SolutionsWithTriangles) {
                 for (const Op op : {Op::none, Op::transpose})
                     for (const Diag diag : {Diag::nonUnit, Diag::unit}) {
                         Band a = triangle(uplo, diag, n, kd, 3);
-                        const Band b = right_hand_sides(n, 9);
+                        const Band b = random_matrix<float>(n, 9, 7);
                         const lapack::TriangularBand t{uplo, op, diag, n, kd, dense_view(a)};
                         for (const int nb : {1, 2, 3, 5, 16, 17}) {
                             if (nb > std::max(kd, 1))
@@ -212,7 +205,7 @@ TEST(Band, SolutionsWithTriangles) {
 TEST(Band, TriangularSolveTellsTheFirstZero) {
     Band a = triangle(Uplo::lower, Diag::nonUnit, 9, 2, 1);
     a(6, 6) = a(8, 8) = 0;
-    const Band b = right_hand_sides(9, 2);
+    const Band b = random_matrix<float>(9, 2, 7);
     Band x(b);
     EXPECT_EQ(lapack::tbtrs(Uplo::lower, Op::none, Diag::nonUnit, 9, 2, 2, a.data(), a.ld(), x.view()), 7);
     EXPECT_TRUE(x.same_bits(b));
@@ -229,7 +222,7 @@ TEST(Band, ResidualsOfCholesky) {
                     const double error = norm(Wide(a) - cholesky_product(f), 'M');
                     ASSERT_TRUE(error < 4 * unitRoundoff * (2 * kd + 1) * std::sqrt(kd + 1))
                         << n << ' ' << kd << letter(uplo);
-                    const Band b = right_hand_sides(n, 5);
+                    const Band b = random_matrix<float>(n, 5, 7);
                     Band x(b);
                     lapack::pbtrs(uplo, n, kd, 5, f.data(), f.ld(), x.view());
                     ASSERT_TRUE(residual_of(Op::none, Wide(a), b, x) < 4) << n << ' ' << kd << letter(uplo);
@@ -307,7 +300,7 @@ TEST(BandRaces, Teams) {
     std::vector<int> ipiv(120);
     ASSERT_EQ(lapack::gbtrf_blocked(4, 8, "SGBTRF", s, dense_view(f), ipiv.data()), 0);
     EXPECT_TRUE(residual(s, meant(s, a), f, ipiv) < 2e-6);
-    const Band b = right_hand_sides(120, 40);
+    const Band b = random_matrix<float>(120, 40, 7);
     Band x(b);
     lapack::gbtrs(Op::none, s, 40, f.data(), f.ld(), ipiv.data(), x.view());
     EXPECT_TRUE(residual_of(Op::none, meant(s, a), b, x) < 4);

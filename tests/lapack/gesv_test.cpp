@@ -12,14 +12,6 @@ namespace qrv::test {
 namespace {
 
 template <class T>
-Operand<T> random_matrix(int m, int n, unsigned seed, int extra = 2) {
-    Operand<T> x(m, n, std::max(m, 1) + extra);
-    std::mt19937 random(seed);
-    x.fill_random(random);
-    return x;
-}
-
-template <class T>
 struct Drivers : testing::Test {};
 TYPED_TEST_SUITE(Drivers, Elements);
 

@@ -98,24 +98,5 @@ TYPED_TEST(Latrs, SumsNearAndBeyondOverflow) {
         }
 }
 
-// 1 / (|A| |inv(A)|) of a diagonal matrix.
-template <class T>
-float rcond_of(const std::vector<float>& diagonal) {
-    const auto n = static_cast<int>(diagonal.size());
-    std::vector<T> a(std::size_t(n * n)), work(std::size_t(3 * n));
-    for (int i = 0; i < n; ++i)
-        a[std::size_t(i * (n + 1))] = scalar<T>(diagonal[std::size_t(i)]);
-    std::vector<std::conditional_t<isComplex<T>, float, int>> second(std::size_t(2 * n));
-    float rcond = -1;
-    call_for<T>(STRCON, CTRCON, '1', 'U', 'N', n, a, n, &rcond, work, second);
-    return rcond;
-}
-
-// The bound above which a matrix counts as singular shrinks with its order: the inverse's norm is 2^124 here.
-TYPED_TEST(Latrs, SingularToWorkingPrecisionDependsOnTheOrder) {
-    EXPECT_NE(rcond_of<TypeParam>({1, 0x1p-124F}), 0);
-    EXPECT_EQ(rcond_of<TypeParam>({1, 1, 1, 1, 1, 1, 1, 0x1p-124F}), 0);
-}
-
 } // namespace
 } // namespace qrv::test

@@ -6,6 +6,7 @@
 #include "lapack/elements.hpp"
 #include "lapack/lapack.hpp"
 #include "support/qr.hpp"
+#include "support/teams.hpp"
 #include "support/work_memory.hpp"
 
 namespace qrv::test {
@@ -16,26 +17,7 @@ using Kind = QrKind;
 
 template <class T>
 struct Qr : testing::Test {};
-using Elements = testing::Types<float, SingleComplex>;
 TYPED_TEST_SUITE(Qr, Elements);
-template <class T>
-struct QrRaces : testing::Test {};
-TYPED_TEST_SUITE(QrRaces, Elements);
-
-// As long as it lives, LAPACK asks for so many threads.
-struct BudgetOf {
-    explicit BudgetOf(int threads) {
-        qrv_serv_set_dynamic(0);
-        qrv_serv_domain_set_num_threads(threads, QRV_DOMAIN_ALL);
-    }
-    ~BudgetOf() {
-        qrv_serv_domain_set_num_threads(0, QRV_DOMAIN_ALL);
-        qrv_serv_set_dynamic(dynamic);
-    }
-    BudgetOf(const BudgetOf&) = delete;
-    BudgetOf& operator=(const BudgetOf&) = delete;
-    int dynamic = qrv_serv_get_dynamic();
-};
 
 template <class T>
 struct Route {
@@ -116,7 +98,7 @@ TYPED_TEST(Qr, ResidualsOfHighMatrices) {
         const Operand<T> a = qr_matrix<T>(m, n, kind);
         std::optional<QrResult<T>> first;
         for (const int threads : {1, 3}) {
-            const BudgetOf budget(threads);
+            const ForcedTeam forced(threads);
             QrResult<T> f(a, n);
             lapack::geqrf(m, n, f.a.view(), f.tau.data(), f.work.data(), n);
             EXPECT_TRUE(qr_residual(a, f, false) < 24) // of sums of so many terms, plain ones in the generic build
@@ -139,7 +121,7 @@ TYPED_TEST(Qr, ResidualsOfHighMatrices) {
 TYPED_TEST(Qr, ResidualsWithAnyWork) {
     using T = TypeParam;
     for (const int threads : {1, 2, 4}) {
-        const BudgetOf budget(threads);
+        const ForcedTeam forced(threads);
         for (const auto& [m, n] : {std::pair{180, 170}, {300, 40}, {60, 330}, {90, 20}}) {
             const Operand<T> a = qr_matrix<T>(m, n);
             const std::int64_t full = lapack::geqrf_work<T>(m, n);
@@ -270,7 +252,7 @@ TYPED_TEST(Qr, ResidualsOfQApplied) {
         {{1, 1}, {6, 3}, {12, 12}});
     for (const int threads : {1, 2, 3, 8})
         for (const bool enough : {true, false}) {
-            const BudgetOf budget(threads);
+            const ForcedTeam forced(threads);
             expect_applied<T>(
                 [&](QForm form, Side side, Op op, int m, int n, int k, const auto& reflectors, Operand<T>& c) {
                     const std::int64_t full = lapack::orm_work<T>(form, side, m, n, k);
@@ -288,7 +270,7 @@ TYPED_TEST(Qr, ResidualsOfQAppliedInStrips) {
     using T = TypeParam;
     const RandomReflectors<T> reflectors(Direct::forward, StoreV::columns, 40, 35);
     for (const int threads : {1, 3}) {
-        const BudgetOf budget(threads);
+        const ForcedTeam forced(threads);
         Operand<T> c = qr_matrix<T>(40, 900);
         WideMatrix<T> expected(c);
         reflectors.q.apply(true, true, expected);
@@ -408,7 +390,7 @@ TEST(QrWork, Queries) {
         EXPECT_EQ(info, 0);
         return work;
     };
-    const BudgetOf budget(3);
+    const ForcedTeam forced(3);
     EXPECT_EQ(asked(0, 7), 1);
     EXPECT_EQ(asked(7, 0), 1);
     EXPECT_EQ(asked(60, 50), 50) << "too small for a team: no blocks either";
@@ -424,21 +406,6 @@ TEST(QrWork, Queries) {
     EXPECT_EQ(sormqr(300, 200, 100), (200 * 3 + 100) * 32);
     // Above 2^31, and no float: rounded up.
     EXPECT_EQ(sormqr(2'000'000'000, 2'000'000'001, 1), std::nextafter(768'000'000'000.0F, 1e30F));
-}
-
-TYPED_TEST(QrRaces, Teams) {
-    using T = TypeParam;
-    for (const int team : {2, 4}) {
-        const Operand<T> a = qr_matrix<T>(100, 90);
-        QrResult<T> f(a, 90);
-        EXPECT_TRUE(factor_on_team(f, team, 8, 2));
-        EXPECT_TRUE(qr_residual(a, f, false) < 1);
-        const BudgetOf budget(team);
-        Operand<T> c = qr_matrix<T>(100, 60);
-        std::vector<T> work(60);
-        lapack::orm<T>(QForm::qr, Side::left, lapack::adjoint<T>, 100, 60, 90, f.a.view(), f.tau.data(), c.view(),
-                       work.data(), 60);
-    }
 }
 
 } // namespace

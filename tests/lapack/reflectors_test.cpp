@@ -14,7 +14,6 @@ using lapack::Direct, lapack::StoreV, lapack::BlockWork;
 
 template <class T>
 struct Reflectors : testing::Test {};
-using Elements = testing::Types<float, SingleComplex>;
 TYPED_TEST_SUITE(Reflectors, Elements);
 
 // ---- One reflector --------------------------------------------------------------------------------------------------

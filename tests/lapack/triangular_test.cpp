@@ -220,6 +220,28 @@ TYPED_TEST(Triangular, EstimateOfTheOneNorm) {
     EXPECT_GE(worst, 0.3) << "of a lower bound that is nearly always within a factor of 3";
 }
 
+// Matrices on which each of the steps counts.
+TYPED_TEST(Triangular, EstimateByEachStep) {
+    using T = TypeParam;
+    struct Row {
+        const char* what;
+        float a[4][4], estimate;
+    };
+    for (const Row& row : {Row{"each column leads to a larger one, the last one is the norm",
+                               {{2, 0, 0, -1}, {0, -3, 3, 0}, {-1, 3, 0, 0}, {2, 0, 0, -3}},
+                               6},
+                           {"the first column is no larger than the mean, although another one is",
+                            {{-1, 0, -1, -3}, {2, 0, 0, 0}, {0, 0, 3, -2}, {0, -3, 1, -2}},
+                            4},
+                           {"alternating signs give more than any column that was tried",
+                            {{2, -2, 2, 0}, {3, -2, 0, 0}, {-3, 3, -1, 2}, {0, 2, 1, 3}},
+                            50.0F / 9}}) {
+        Operand<T> a({4, 4}, {});
+        a.set([&](int i, int j) { return scalar<T>(row.a[i][j]); });
+        EXPECT_NEAR(Estimated<T>(a).estimate, row.estimate, 1e-5) << row.what;
+    }
+}
+
 TYPED_TEST(Triangular, EstimatesEndOnNan) {
     Operand<TypeParam> a(6, 6, 6);
     for (const float bad : {nan, infinity}) {
@@ -248,6 +270,15 @@ TYPED_TEST(Triangular, ConditionNumbers) {
             EXPECT_EQ(of(20, TriangleKind::singular) == 0, diag == 'N');
             EXPECT_EQ(of(200, TriangleKind::growing), 0) << "singular to working precision";
         });
+}
+
+// The bound above which a matrix counts as singular shrinks with its order: the inverse's norm is 2^124 here.
+TYPED_TEST(Triangular, SingularToWorkingPrecisionDependsOnTheOrder) {
+    for (const int n : {2, 8}) {
+        Operand<TypeParam> t(Form{n, n, Form::triangular, 'U'}, {});
+        t.set([&](int i, int j) { return scalar<TypeParam>(i < j ? 0 : i < n - 1 ? 1 : 0x1p-124F); });
+        EXPECT_EQ(rcond_of(t, '1') == 0, n == 8);
+    }
 }
 
 } // namespace

@@ -184,6 +184,12 @@ template <class T>
 WideMatrix<T> identity(int n) {
     return {n, n, [](int i, int j) { return i == j ? 1.0 : 0.0; }};
 }
+template <class T>
+Operand<T> random_matrix(int m, int n, unsigned seed, int extra = 2) {
+    Operand<T> x(m, n, std::max(m, 1) + extra);
+    std::mt19937 random(seed);
+    return x.fill_random(random);
+}
 template <class T = float>
 Operand<T> identity_operand(int n) {
     Operand<T> q(n, n, std::max(n, 1) + 1);

@@ -7,15 +7,6 @@ namespace qrv::test {
 
 constexpr int teamSizes[] = {1, 2, 3, 4, 8}; // more threads than cores: it is the partition that is tested
 
-// body(routine) for each routine of two lists, those of real and those of complex elements.
-template <class Real, class Complex, class Body>
-void each_of(const Real& real, const Complex& complex, const Body& body) {
-    for (const auto& routine : real)
-        body(routine);
-    for (const auto& routine : complex)
-        body(routine);
-}
-
 // As long as it lives, routines ask for `threads`, whatever the machine has.
 class ForcedTeam {
 public:
