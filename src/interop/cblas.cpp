@@ -130,9 +130,10 @@ void by_conjugates(const char* name, int rows, int columns, SingleComplex alpha,
     conjugate(rows, y, incy);
 }
 
+// Products with a matrix or a band: entry(byRows, trans, m, n, alpha, x, incx, beta) has the matrix, and adds to y.
 template <class T, class Entry>
-void gemv(Entry* entry, const char* name, int order, int transa, int m, int n, Scalar<T> alpha, const T* a, int lda,
-          const T* x, int incx, Scalar<T> beta, T* y, int incy) {
+void gemv(const Entry& entry, const char* name, int order, int transa, int m, int n, Scalar<T> alpha, const T* x,
+          int incx, Scalar<T> beta, T* y, int incy) {
     const Layout layout(name, order);
     if (!layout.valid)
         return;
@@ -145,32 +146,10 @@ void gemv(Entry* entry, const char* name, int order, int transa, int m, int n, S
             if (conjugated)
                 return by_conjugates(name, m, n, *alpha, x, incx, *beta, y, incy,
                                      [&](const T* p, const T* z, const int* incz, const T* q) {
-                                         entry(&trans, &m, &n, p, a, &lda, z, incz, q, y, &incy);
+                                         entry(true, &trans, &m, &n, p, z, incz, q);
                                      });
     }
-    entry(&trans, &m, &n, address(alpha), a, &lda, x, &incx, address(beta), y, &incy);
-}
-
-template <class T, class Entry>
-void gbmv(Entry* entry, const char* name, int order, int transa, int m, int n, int kl, int ku, Scalar<T> alpha,
-          const T* a, int lda, const T* x, int incx, Scalar<T> beta, T* y, int incy) {
-    const Layout layout(name, order);
-    if (!layout.valid)
-        return;
-    char trans = trans_of(transa);
-    if (layout.byRows) {
-        std::swap(m, n);
-        std::swap(kl, ku);
-        const bool conjugated = trans == 'C';
-        trans = turned(trans);
-        if constexpr (isComplex<T>)
-            if (conjugated)
-                return by_conjugates(name, m, n, *alpha, x, incx, *beta, y, incy,
-                                     [&](const T* p, const T* z, const int* incz, const T* q) {
-                                         entry(&trans, &m, &n, &kl, &ku, p, a, &lda, z, incz, q, y, &incy);
-                                     });
-    }
-    entry(&trans, &m, &n, &kl, &ku, address(alpha), a, &lda, x, &incx, address(beta), y, &incy);
+    entry(layout.byRows, &trans, &m, &n, address(alpha), x, &incx, address(beta));
 }
 
 // Symmetric and Hermitian products: entry(uplo, alpha, x, incx, beta) has the matrix, and adds to y.
@@ -452,7 +431,9 @@ QRV_CBLAS void cblas_srotmg(float* d1, float* d2, float* x1, float y1, float* pa
 #define QRV_CBLAS_GEMV(T, name, ENTRY)                                                                                 \
     QRV_CBLAS void cblas_##name(int order, int trans, int m, int n, Scalar<T> alpha, const T* a, int lda, const T* x,  \
                                 int incx, Scalar<T> beta, T* y, int incy) {                                            \
-        gemv<T>(ENTRY, "cblas_" #name, order, trans, m, n, alpha, a, lda, x, incx, beta, y, incy);                     \
+        gemv<T>([&](bool, const char* t, const int* rows, const int* columns, const T* p, const T* z, const int* incz, \
+                    const T* q) { ENTRY(t, rows, columns, p, a, &lda, z, incz, q, y, &incy); },                        \
+                "cblas_" #name, order, trans, m, n, alpha, x, incx, beta, y, incy);                                    \
     }
 #define QRV_CBLAS_SYMV(T, name, ENTRY)                                                                                 \
     QRV_CBLAS void cblas_##name(int order, int uplo, int n, Scalar<T> alpha, const T* a, int lda, const T* x,          \
@@ -502,7 +483,12 @@ QRV_CBLAS void cblas_srotmg(float* d1, float* d2, float* x1, float y1, float* pa
 #define QRV_CBLAS_GBMV(T, name, ENTRY)                                                                                 \
     QRV_CBLAS void cblas_##name(int order, int trans, int m, int n, int kl, int ku, Scalar<T> alpha, const T* a,       \
                                 int lda, const T* x, int incx, Scalar<T> beta, T* y, int incy) {                       \
-        gbmv<T>(ENTRY, "cblas_" #name, order, trans, m, n, kl, ku, alpha, a, lda, x, incx, beta, y, incy);             \
+        gemv<T>(                                                                                                       \
+            [&](bool byRows, const char* t, const int* rows, const int* columns, const T* p, const T* z,               \
+                const int* incz, const T* q) {                                                                         \
+                ENTRY(t, rows, columns, byRows ? &ku : &kl, byRows ? &kl : &ku, p, a, &lda, z, incz, q, y, &incy);     \
+            },                                                                                                         \
+            "cblas_" #name, order, trans, m, n, alpha, x, incx, beta, y, incy);                                        \
     }
 #define QRV_CBLAS_TPMV(T, name, ENTRY)                                                                                 \
     QRV_CBLAS void cblas_##name(int order, int uplo, int trans, int diag, int n, const T* ap, T* x, int incx) {        \
