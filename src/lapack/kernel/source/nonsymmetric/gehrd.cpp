@@ -48,7 +48,8 @@ void reduce_block(int i, int ib, int n, int end, Matrix<float> a, float* tau, Ma
         kernel::axpy(i + 1, -1, y.column(0, j), a.column(0, i + j + 1));
 
     const BlockReflector<float> h{Direct::forward, StoreV::columns, ib, v, t};
-    larfb(Side::left, Op::transpose, h, end - i - 1, n - i - ib, a.block(i + 1, i + ib), y);
+    larfb(Side::left, Op::transpose, h, end - i - 1, n - i - ib, a.block(i + 1, i + ib), {y.data, ib},
+          BlockWork::upright);
 }
 
 } // namespace
