@@ -106,9 +106,26 @@ TEST(Balancing, EndsOnNaNInfinityAndExtremes) {
             a(place % 6, place / 6) = x;
             const Balanced b = balance(a, 'B');
             EXPECT_EQ(b.ihi - b.ilo, 5);
-            for (const float s : b.scale)
+            for (const float s : b.scale) {
                 EXPECT_TRUE(s > 0 && std::isfinite(1 / s)) << s;
+                EXPECT_TRUE(s == 1 || !std::isnan(x) || place != 0) << s; // ended at once
+            }
         }
+}
+
+// Each row and column wants to be scaled by far more than floats allow; an element before the range would overflow.
+TEST(Balancing, StaysWithinTheRangeOfFloats) {
+    for (const float ratio : {0x1p50F, 0x1p-50F, 0x1p100F, 0x1p-100F}) {
+        const int n = 8;
+        Operand<float> a(n, n, n);
+        a.set([&](int i, int j) {
+            return i == j ? 1 : i == j + 1 && j > 0 ? ratio : j == i + 1 && i > 0 ? 1 / ratio : i == 0 ? 3e38F : 0;
+        });
+        const Balanced b = balance(a, 'B');
+        for (const float s : b.scale)
+            EXPECT_TRUE(s >= 0x1p-104F && s <= 0x1p104F) << ratio << ' ' << s;
+        b.a.each_stored([&](int i, int j) { EXPECT_TRUE(std::isfinite(b.a(i, j))) << ratio << ' ' << i << ' ' << j; });
+    }
 }
 
 } // namespace

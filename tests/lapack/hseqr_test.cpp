@@ -35,7 +35,9 @@ Hessenberg hessenberg_of(const Operand<float>& a, int ilo, int ihi, int workLeng
     GuardedVector<float> work(work_length(workLength, std::max(1, n), reduce)),
         second(workLength == fullSpeed ? 64 * order : order);
     reduce(work.data(), work.size());
-    form.q.set(form.h);
+    for (int j = 0; j < n - 1; ++j)
+        EXPECT_TRUE(j + 1 >= ilo && j + 1 < ihi ? std::isfinite(tau[j]) : tau[j] == 0) << j;
+    form.q.set([&](int i, int j) { return i > j + 1 && j + 1 >= ilo && i < ihi ? form.h(i, j) : nan; });
     EXPECT_EQ(call(SORGHR, n, ilo, ihi, form.q, tau, second, second.size()), 0);
     return form;
 }
@@ -203,7 +205,139 @@ TEST(SchurForm, OfNaNAndInfinityEnds) {
                 for (int i = 0; i < n; ++i)
                     finite = finite && std::isfinite(s.wr[i]) && std::isfinite(s.wi[i]);
                 EXPECT_FALSE(finite) << n << ' ' << x << ' ' << place;
+                const Schur values = schur_of(h, h, 'E', 'N', 1, n, fullSpeed);
+                for (int j = 0; j < n && values.info > 0; ++j) // no scratch is left
+                    for (int i = j + 2; i < n; ++i)
+                        ASSERT_EQ(values.t(i, j), 0) << n << ' ' << i << ' ' << j;
             }
+}
+
+// Beside a much larger element: by the size of the diagonal alone the subdiagonal would be negligible, and the smaller
+// eigenvalue lost.
+TEST(SchurForm, SolutionsOfSmallEigenvalues) {
+    const float rows[2][2] = {{1, 100}, {1e-8F, 3e-6F}};
+    Operand<float> h(2, 2, 2);
+    h.set([&](int i, int j) { return rows[i][j]; });
+    const Schur s = schur_of(h, h, 'E', 'N', 1, 2, fullSpeed);
+    const double trace = 1 + double{rows[1][1]}, det = double{rows[1][1]} - 100 * double{rows[1][0]};
+    const double larger = (trace + std::sqrt(trace * trace - 4 * det)) / 2;
+    EXPECT_NEAR(std::min(s.wr[0], s.wr[1]), det / larger, 1e-6 * det);
+}
+
+// ---- Parts of the multishift iteration ------------------------------------------------------------------------------
+
+// A Hessenberg matrix with an active range, and Z = I. `tiny`: the row from which on subdiagonal elements are small.
+struct ActivePart {
+    Operand<float> before, h, z;
+    GuardedVector<float> wr, wi;
+    lapack::ActiveRange range;
+
+    ActivePart(int n, lapack::ActiveRange active, int tiny)
+        : before(n, n, n + 1), h(n, n, n + 1), z(n, n, n + 2), wr(n), wi(n), range(active) {
+        std::mt19937 random(static_cast<unsigned>(n));
+        std::normal_distribution<float> normal;
+        before.set([&](int i, int j) {
+            const float x = normal(random);
+            const bool joined = i <= j || (i == j + 1 && j >= range.begin && i < range.end);
+            return joined ? (i > j && i >= tiny ? 1e-6F * x : x) : 0;
+        });
+        h.set(before);
+        z.set([](int i, int j) { return i == j ? 1.0F : 0.0F; });
+    }
+    lapack::SchurProblem problem(bool wantT = true) {
+        return {wantT, true, h.rows(), range, h.view(), wr.data(), wi.data(), {0, h.rows()}, z.view()};
+    }
+    void expect_similar(const std::string& what) const {
+        EXPECT_LE(similarity_error(WideMatrix<float>(before), WideMatrix<float>(z), upper_part(h, 1)), 5) << what;
+        EXPECT_LE(orthogonality_error(WideMatrix<float>(z)), 5) << what;
+        for (int j = 0; j < h.columns(); ++j)
+            for (int i = j + 2; i < h.rows(); ++i)
+                ASSERT_EQ(h(i, j), 0) << what << ' ' << i << ' ' << j;
+    }
+};
+
+// Two real shifts around a pair of conjugates, which are brought together first, and more pairs.
+void sweep(ActivePart& x, int ns, bool accumulates, bool paired, bool wantT = true) {
+    const int order = 3 * ns - 3, width = 7;
+    std::vector<float> sr(std::size_t(ns), 0.5F), si(std::size_t(ns), 0.0F);
+    for (int i = 0; i < ns; ++i) {
+        const bool real = ns >= 4 && (paired ? i == 2 || i == 3 : i == 0 || i == 3);
+        const int pair = paired || ns < 4 || i > 3 ? i / 2 : 0;
+        sr[std::size_t(i)] = real ? -0.25F : 0.5F + 0.125F * static_cast<float>(pair);
+        si[std::size_t(i)] = real ? 0 : (paired || ns < 4 || i > 3 ? i % 2 == 0 : i == 1) ? 1 : -1;
+    }
+    Operand<float> v(3, ns / 2, 3), u(order, order, order), wv(width, order, width), wh(order, width, order);
+    lapack::laqr5(x.problem(wantT), ns, sr.data(), si.data(),
+                  {accumulates, v.view(), u.view(), width, wv.view(), width, wh.view()});
+}
+
+TEST(SchurForm, ResidualOfSweeps) {
+    for (const int n : {3, 4, 8, 13, 14, 15, 16, 17, 18, 31, 40})
+        for (const int ns : {2, 4, 6, 8})
+            for (const lapack::ActiveRange range : {lapack::ActiveRange{0, n}, {1, n}, {n / 4, n - n / 5}}) {
+                const std::string what =
+                    std::to_string(n) + " shifts " + std::to_string(ns) + " from " + std::to_string(range.begin);
+                ActivePart plain(n, range, n), accumulated = plain, shuffled = plain, values = plain;
+                sweep(plain, ns, false, true);
+                sweep(accumulated, ns, true, true);
+                sweep(shuffled, ns, true, false);
+                sweep(values, ns, true, true, false);
+                plain.expect_similar(what);
+                accumulated.expect_similar(what + " accumulated");
+                EXPECT_LE(norm(WideMatrix<float>(plain.h) - WideMatrix<float>(accumulated.h), 'O'), 1e-3 * n) << what;
+                EXPECT_TRUE(shuffled.h.same_bits(accumulated.h)) << what;
+                EXPECT_LE(norm(WideMatrix<float>(plain.z) - WideMatrix<float>(values.z), 'O'), 1e-4 * n) << what;
+            }
+}
+
+TEST(SchurForm, ResidualOfDeflations) {
+    for (const int n : {12, 40, 61})
+        for (const int nw : {1, 2, 3, 8, 17})
+            for (const int small : {1, 3, n})
+                for (const lapack::ActiveRange range : {lapack::ActiveRange{0, n}, {2, n - 3}}) {
+                    const std::string what = std::to_string(n) + " window " + std::to_string(nw) + " small " +
+                                             std::to_string(small) + " from " + std::to_string(range.begin);
+                    ActivePart x(n, range, range.end - small);
+                    const int order = std::min(nw, range.size()), lwork = 80 * order;
+                    Operand<float> v(order, order, order), t(order, order + 5, order), wv(3, order, 3);
+                    GuardedVector<float> work(lwork);
+                    const lapack::Deflation found = lapack::laqr3(
+                        x.problem(), true, nw, {v.view(), order + 5, t.view(), 3, wv.view(), work.data(), lwork});
+                    x.expect_similar(what);
+                    EXPECT_EQ(found.shifts + found.deflated, order) << what;
+                    const int end = range.end - found.deflated;
+                    for (int i = end; i < range.end; ++i)
+                        EXPECT_EQ(x.wr[i], x.h(i, i)) << what; // they have converged
+                    if (end > range.begin && end < range.end) {
+                        EXPECT_EQ(x.h(end, end - 1), 0) << what;
+                    }
+                    for (int i = end - found.shifts; found.deflated > 0 && i + 1 < end; ++i) // the smallest shifts last
+                        EXPECT_GE(std::hypot(x.wr[i], x.wi[i]) * 1.5F, std::hypot(x.wr[i + 1], x.wi[i + 1])) << what;
+                }
+}
+
+TEST(SchurForm, SolutionsAreFirstColumnsOfShiftedProducts) {
+    const float h[] = {2, 3, 0.5F, -1, 4, 1, 5, -2, 3}; // by columns
+    const int ld = 3;
+    for (const int n : {2, 3})
+        for (const float im : {0.0F, 2.0F}) {
+            const float r1 = 1, r2 = im == 0 ? -3 : 1, i1 = im, i2 = -im;
+            float v[3];
+            SLAQR1(&n, h, &ld, &r1, &i1, &r2, &i2, v);
+            double expected[3] = {}; // H (H e1) - (r1 + r2) H e1 + (r1 r2 - i1 i2) e1
+            for (int i = 0; i < n; ++i) {
+                for (int k = 0; k < n; ++k)
+                    expected[i] += double{h[i + ld * k]} * h[k];
+                expected[i] += -(r1 + r2) * h[i] + (i == 0 ? r1 * r2 - i1 * i2 : 0);
+            }
+            for (int i = 1; i < n; ++i)
+                EXPECT_NEAR(v[i] * expected[0], v[0] * expected[i], 1e-5 * std::abs(v[0]) * 30) << n << im << i;
+        }
+    const float zero[9] = {}, shift = 0;
+    const int n = 3;
+    float v[3] = {nan, nan, nan};
+    SLAQR1(&n, zero, &ld, &shift, &shift, &shift, &shift, v);
+    EXPECT_TRUE(v[0] == 0 && v[1] == 0 && v[2] == 0);
 }
 
 // ---- Blocks moved ---------------------------------------------------------------------------------------------------
@@ -246,6 +380,53 @@ TEST(SchurForm, ResidualOfBlocksMoved) {
                 }
             }
     }
+}
+
+// Pairs so near to each other that they become real on the way, next to real values and other pairs.
+TEST(SchurForm, ResidualOfBlocksThatFallApart) {
+    const int n = 11;
+    std::mt19937 random(11);
+    std::normal_distribution<float> normal;
+    Operand<float> t(n, n, n + 1);
+    t.set([&](int i, int j) { return i < j ? normal(random) : 0; });
+    const struct {
+        int row;
+        float value, below;
+    } blocks[] = {{0, 1, 1e-14F}, {2, 3, 0}, {3, 2, 1}, {5, 4, 1e-13F}, {7, -1, 0}, {8, -2, 2e-14F}, {10, 0.5F, 0}};
+    for (const auto& b : blocks) {
+        t(b.row, b.row) = b.value;
+        if (b.below != 0) {
+            t(b.row + 1, b.row + 1) = b.value;
+            t(b.row, b.row + 1) = 1;
+            t(b.row + 1, b.row) = -b.below;
+        }
+    }
+    int fellApart = 0;
+    for (int from = 0; from < n; ++from)
+        for (int to = 0; to < n; ++to) {
+            const std::string what = std::to_string(from) + " to " + std::to_string(to);
+            Operand<float> moved = t, q(n, n, n);
+            q.set([](int i, int j) { return i == j ? 1.0F : 0.0F; });
+            int ifst = from + 1, ilst = to + 1, below = 0;
+            float unused;
+            const int info = call(STREXC, 'V', n, moved, q, &ifst, &ilst, &unused);
+            EXPECT_TRUE(info == 0 || info == 1) << what;
+            EXPECT_LE(similarity_error(WideMatrix<float>(t), WideMatrix<float>(q), upper_part(moved, 1)), 5) << what;
+            EXPECT_LE(orthogonality_error(WideMatrix<float>(q)), 5) << what;
+            for (int j = 0; j < n; ++j)
+                for (int i = j + 1; i < n; ++i) {
+                    below += moved(i, j) != 0;
+                    const bool block = i == j + 1 && moved(i, i) == moved(j, j) && moved(i, j) * moved(j, i) < 0 &&
+                                       (j == 0 || moved(j, j - 1) == 0);
+                    EXPECT_TRUE(moved(i, j) == 0 || block) << what << ' ' << i << ' ' << j;
+                }
+            fellApart += below < 4;
+            if (info == 0) { // no farther away than a block's second row
+                EXPECT_LE(std::abs(ilst - 1 - to), 1) << what;
+                EXPECT_NEAR(moved(ilst - 1, ilst - 1), t(block_row(t, from), block_row(t, from)), 1e-3) << what;
+            }
+        }
+    EXPECT_GT(fellApart, 0);
 }
 
 TEST(SchurForm, SolutionsAreReflectorsOfEveryOrder) {

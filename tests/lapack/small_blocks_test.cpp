@@ -92,6 +92,7 @@ void expect_solution(const Shifted& s) {
         bsize = std::max(bsize, abs(number(b, i)));
     }
     EXPECT_LE(abs(xnorm - largest), 8 * unitRoundoff * largest);
+    EXPECT_LE(size * largest, 0x1p126);                     // nor does a product with the matrix overflow
     const double moved = info == 1 ? s.smin + 0x1p-124 : 0; // by what a pivot may have been changed
     for (int i = 0; i < s.na; ++i) {
         Number sum = -double{scale} * number(b, i);

@@ -293,15 +293,26 @@ WideMatrix<T> diagonal(const std::vector<double>& values) {
     return {n, n, [&](int i, int j) { return i == j ? values[std::size_t(i)] : 0.0; }};
 }
 
+// Columns on which products of matrices are compared: all unit vectors, or a few of length 1 if those were many.
+template <class T>
+WideMatrix<T> probes(int n) {
+    if (n <= 80)
+        return identity<T>(n);
+    std::mt19937 random(static_cast<unsigned>(n));
+    const double size = 1 / std::sqrt(n);
+    return {n, 8, [&](int, int) { return Wide<T>(random() % 2 == 0 ? size : -size); }};
+}
 // |Q^H Q - I| by columns, in roundings for each row.
 template <class T>
 double orthogonality_error(const WideMatrix<T>& q) {
-    return in_roundings(norm(q.adjoint() * q - identity<T>(q.columns), 'O'), q.rows, 1);
+    const WideMatrix<T> x = probes<T>(q.columns);
+    return in_roundings(norm(q.adjoint() * (q * x) - x, 'O'), q.rows, 1);
 }
 // |A Q - Q B| in roundings of |A|
 template <class T>
 double similarity_error(const WideMatrix<T>& a, const WideMatrix<T>& q, const WideMatrix<T>& b) {
-    return in_roundings(norm(a * q - q * b, 'O'), a.rows, norm(a, 'O'));
+    const WideMatrix<T> x = probes<T>(q.columns);
+    return in_roundings(norm(a * (q * x) - q * (b * x), 'O'), a.rows, norm(a, 'O'));
 }
 // The worst of |A - U S V^H| and of what U and V^H lack of orthogonality.
 template <class T>
