@@ -373,5 +373,274 @@ TEST(Tridiagonal, CountsAndSingleValues) {
     EXPECT_TRUE(std::equal(x, x + 128, y) && y[128] == 0);
 }
 
+// ---- Parts of them by themselves ----------------------------------------------------------------------------------
+
+// The matrix with 2 and -1, its factors L D L', and eigenvalues.
+struct SecondDifference {
+    int n;
+    std::vector<float> d, e, squares, pivots, l, ld, lld;
+
+    explicit SecondDifference(int order)
+        : n(order), d(std::size_t(order), 2.0F), e(std::size_t(order), -1.0F), squares(std::size_t(order), 1.0F) {
+        for (int i = 1; i <= n; ++i) {
+            pivots.push_back(static_cast<float>(1.0 + 1.0 / i));
+            l.push_back(static_cast<float>(-i / (i + 1.0)));
+            ld.push_back(pivots.back() * l.back());
+            lld.push_back(ld.back() * l.back());
+        }
+    }
+    double value(int k) const { return 2 - 2 * std::cos(k * 3.14159265358979323846 / (n + 1)); }
+};
+
+TEST(Tridiagonal, QdArraysSolutions) {
+    for (const int n : {1, 2, 3, 4, 9, 60}) {
+        const SecondDifference t(n);
+        std::vector<float> given(std::size_t(4 * n)), z;
+        for (int i = 0; i < n; ++i) {
+            given[std::size_t(2 * i)] = t.pivots[std::size_t(i)];
+            given[std::size_t(2 * i + 1)] = t.lld[std::size_t(i)];
+        }
+        z = given;
+        int info = -99;
+        SLASQ2(&n, z.data(), &info);
+        EXPECT_EQ(info, 0);
+        for (int k = 1; k <= n; ++k)
+            EXPECT_NEAR(z[std::size_t(n - k)], t.value(k), 8 * ulp * t.value(k) + 2 * n * ulp) << n << ' ' << k;
+        if (n > 1) { // the sums of what was given and found
+            EXPECT_NEAR(z[std::size_t(2 * n + 1)], 2 * n, 4 * n * ulp);
+            EXPECT_NEAR(z[std::size_t(2 * n)], z[std::size_t(2 * n + 1)], 8 * n * ulp);
+        }
+        EXPECT_TRUE(n < 3 || (z[std::size_t(2 * n + 2)] >= 1 && z[std::size_t(2 * n + 3)] > 0));
+        for (const int bad : {1, 2 * n - 1}) {
+            z = given;
+            z[std::size_t(bad - 1)] = -1;
+            testing::internal::CaptureStdout();
+            SLASQ2(&n, z.data(), &info);
+            EXPECT_NE(testing::internal::GetCapturedStdout().find("Parameter 2"), std::string::npos);
+            EXPECT_EQ(info, -(200 + bad));
+        }
+        if (n < 3)
+            continue;
+        // One transform moves the trace by the shifts, leaves the product of the q if there is none, and finds its
+        // least d; then step by step to all values.
+        std::vector<float> spread(std::size_t(4 * n), 0.0F);
+        for (int i = 0; i < n; ++i) {
+            spread[std::size_t(4 * i)] = t.pivots[std::size_t(i)];
+            spread[std::size_t(4 * i + 2)] = i < n - 1 ? t.lld[std::size_t(i)] : 0;
+        }
+        const int one = 1, first = 0;
+        const float half = static_cast<float>(t.value(1) / 2);
+        for (const float tau : {0.0F, half}) {
+            auto x = spread;
+            float dmin = 0, dmin1 = 0, dmin2 = 0, dn = 0, dn1 = 0, dn2 = 0;
+            if (tau == 0)
+                SLASQ6(&one, &n, x.data(), &first, &dmin, &dmin1, &dmin2, &dn, &dn1, &dn2);
+            else
+                SLASQ5(&one, &n, x.data(), &first, &tau, &dmin, &dmin1, &dmin2, &dn, &dn1, &dn2, &one);
+            double trace = 0, product = 1;
+            for (int i = 0; i < n; ++i) {
+                trace += double{x[std::size_t(4 * i + 1)]} + (i < n - 1 ? x[std::size_t(4 * i + 3)] : 0);
+                product *= x[std::size_t(4 * i + 1)];
+            }
+            EXPECT_NEAR(trace, 2.0 * n - tau * double(n), 8 * n * ulp);
+            EXPECT_TRUE(tau > 0 || std::abs(product / (n + 1) - 1) <= 8 * n * ulp);
+            EXPECT_TRUE(dmin > 0 && dmin <= dmin1 && dmin1 <= dmin2 && dmin <= dn && dmin1 <= dn1 && dmin2 <= dn2);
+            EXPECT_TRUE(dn == x[std::size_t(4 * n - 3)] && dmin >= t.value(1) - tau - 8 * ulp);
+        }
+        float sigma = 0, desig = 0, qmax = 4, dmin = 0, dmin1 = 0, dmin2 = 0, dn = 0, dn1 = 0, dn2 = 0, g = 0, tau = 0;
+        int left = n, now = 0, failed = 0, steps = 0, divisions = 0, kind = 0;
+        for (const int from : {0, 1})
+            SLASQ6(&one, &n, spread.data(), &from, &dmin, &dmin1, &dmin2, &dn, &dn1, &dn2);
+        for (int k = 0; k < 100 * n && left > 0; ++k, now = 1 - now)
+            SLASQ3(&one, &left, spread.data(), &now, &dmin, &sigma, &desig, &qmax, &failed, &steps, &divisions, &one,
+                   &kind, &dmin1, &dmin2, &dn, &dn1, &dn2, &g, &tau);
+        EXPECT_EQ(left, 0);
+        EXPECT_TRUE(steps >= n / 2 && failed <= steps && divisions >= steps);
+        std::vector<float> values;
+        for (int i = 0; i < n; ++i)
+            values.push_back(spread[std::size_t(4 * i)]);
+        std::sort(values.begin(), values.end());
+        for (int k = 1; k <= n; ++k)
+            EXPECT_NEAR(values[std::size_t(k - 1)], t.value(k), 8 * ulp * t.value(k) + 2 * n * ulp) << n << ' ' << k;
+    }
+}
+
+// All of one interval, of a list without room for all, and the places of counts.
+TEST(Tridiagonal, IntervalsOfAList) {
+    const int n = 20, room = 24, none = 0, steps = 60;
+    const SecondDifference t(n);
+    const float tiny = 1e-30F, width = 1e-5F;
+    const auto run = [&](int job, int count, int mmax, float* ab, int* nab, int* wanted) {
+        int found = -9, info = -9;
+        SLAEBZ(&job, &steps, &n, &mmax, &count, &none, &width, &tiny, &tiny, t.d.data(), t.e.data(), t.squares.data(),
+               wanted, ab, nullptr, &found, nab, nullptr, nullptr, &info);
+        return std::pair{found, info};
+    };
+    float ends[2 * room] = {0, 2}; // and their upper ends:
+    ends[room] = 2, ends[room + 1] = 4;
+    int counts[2 * room] = {};
+    EXPECT_EQ(run(1, 2, room, ends, counts, nullptr), std::pair(n, 0));
+    EXPECT_TRUE(counts[0] == 0 && counts[room] == n / 2 && counts[1] == n / 2 && counts[room + 1] == n);
+    float few[6] = {0, 2, 0, 2, 4, 0};
+    int fewCounts[6] = {0, n / 2, 0, n / 2, n, 0};
+    EXPECT_EQ(run(2, 2, 3, few, fewCounts, nullptr).second, 4);
+    EXPECT_EQ(run(2, 2, room, ends, counts, nullptr), std::pair(n, 0));
+    for (int i = 0; i < n; ++i) {
+        const double value = t.value(counts[room + i]);
+        EXPECT_EQ(counts[room + i], counts[i] + 1);
+        EXPECT_TRUE(ends[room + i] - ends[i] < width && ends[i] <= value + 4 * ulp &&
+                    value <= ends[room + i] + 4 * ulp);
+    }
+    int wanted[] = {3, 17};
+    float around[] = {0, 0, 4, 4};
+    int aroundCounts[4] = {};
+    EXPECT_EQ(run(3, 2, 2, around, aroundCounts, wanted), std::pair(2, 0));
+    for (const int i : {0, 1}) {
+        EXPECT_TRUE(wanted[i] == (i == 0 ? 3 : 17) && aroundCounts[i] <= wanted[i] && aroundCounts[2 + i] >= wanted[i]);
+        EXPECT_TRUE(around[i] <= t.value(wanted[i] + 1) && around[2 + i] >= t.value(wanted[i]) - width);
+    }
+    EXPECT_EQ(run(4, 2, 2, around, aroundCounts, wanted).second, -1);
+}
+
+// Intervals that are too wide, too narrow, or beside their value become as wide as was asked for, and hold it.
+TEST(Tridiagonal, IntervalsAreRefined) {
+    const int n = 30, offset = 4, first = 5, last = 20, twist = 12;
+    const SecondDifference t(n);
+    const float tiny = 1e-30F, diameter = 4;
+    for (const float ofGap : {0.0F, 0.05F})
+        for (const float ofValue : {1e-2F, 4e-6F})
+            for (const float error : {0.02F, 0.0F, -0.3F}) {
+                GuardedVector<float> w(last - offset), werr(last - offset), gap(last - offset);
+                for (int k = first; k <= last; ++k) {
+                    w[k - offset - 1] = static_cast<float>(t.value(k)) + error;
+                    werr[k - offset - 1] = std::max(error, 0.0F);
+                    gap[k - offset - 1] = 0.06F;
+                }
+                GuardedVector<float> againW = w, againErr = werr;
+                int info = -9;
+                SLARRB(&n, t.pivots.data(), t.lld.data(), &first, &last, &ofGap, &ofValue, &offset, w.data(),
+                       gap.data(), werr.data(), nullptr, nullptr, &tiny, &diameter, &twist, &info);
+                EXPECT_EQ(info, 0);
+                SLARRJ(&n, t.d.data(), t.squares.data(), &first, &last, &ofValue, &offset, againW.data(),
+                       againErr.data(), nullptr, nullptr, &tiny, &diameter, &info);
+                EXPECT_EQ(info, 0);
+                for (int k = first; k <= last; ++k) {
+                    const int i = k - offset - 1;
+                    EXPECT_TRUE(werr[i] <= 1.01F * std::max(ofGap * 0.06F, ofValue * (w[i] + werr[i]))) << k;
+                    EXPECT_TRUE(std::abs(w[i] - t.value(k)) <= werr[i] + 8 * ulp * 4) << k << ' ' << error;
+                    EXPECT_TRUE(againErr[i] <= 1.01F * ofValue * (againW[i] + againErr[i])) << k;
+                    EXPECT_TRUE(std::abs(againW[i] - t.value(k)) <= againErr[i] + 8 * ulp * 4) << k << ' ' << error;
+                }
+            }
+}
+
+// (L D L' - lambda) z = gamma e(r), for rows b1 to bn of the matrix, in double.
+TEST(Tridiagonal, TwistedVectorsResidual) {
+    const int n = 25, yes = 1;
+    const float tiny = 1e-30F, all = 0;
+    const auto check = [&](const SecondDifference& t, int b1, int bn, float lambda, int r, const char* what) {
+        GuardedVector<float> z(n), work(4 * n);
+        z.fill([] { return nan; });
+        int below = -9, support[2] = {}, row = r;
+        float squares = nan, gamma = nan, scale = nan, residual = nan, correction = nan;
+        SLAR1V(&n, &b1, &bn, &lambda, t.pivots.data(), t.l.data(), t.ld.data(), t.lld.data(), &tiny, &all, z.data(),
+               &yes, &below, &squares, &gamma, &row, support, &scale, &residual, &correction, work.data());
+        EXPECT_TRUE(z.guards_intact() && work.guards_intact());
+        EXPECT_TRUE(r == 0 ? row >= b1 && row <= bn : row == r) << what;
+        EXPECT_TRUE(support[0] == b1 && support[1] == bn) << what;
+        const auto diagonal = [&](int i) {
+            return t.pivots[std::size_t(i)] + (i > 0 ? double{t.lld[std::size_t(i - 1)]} : 0) - lambda;
+        };
+        double sum = 0, worst = 0, pivot = diagonal(b1 - 1);
+        int negative = pivot < 0;
+        for (int i = b1 - 1; i < bn; ++i) {
+            const double beside = (i > b1 - 1 ? double{t.ld[std::size_t(i - 1)]} * z[i - 1] : 0) +
+                                  (i < bn - 1 ? double{t.ld[std::size_t(i)]} * z[i + 1] : 0);
+            const double error = std::abs(diagonal(i) * z[i] + beside - (i == row - 1 ? gamma : 0));
+            worst = error <= worst ? worst : error;
+            sum += double{z[i]} * z[i];
+            if (i > b1 - 1) {
+                pivot = diagonal(i) - double{t.ld[std::size_t(i - 1)]} * t.ld[std::size_t(i - 1)] / pivot;
+                negative += pivot < 0;
+            }
+        }
+        EXPECT_TRUE(worst <= 20 * ulp * std::sqrt(sum)) << what << ' ' << lambda << ' ' << r << ": " << worst;
+        EXPECT_EQ(below, negative) << what << ' ' << lambda;
+        EXPECT_TRUE(z[row - 1] == 1 && std::abs(squares / sum - 1) <= 8 * ulp * n && scale == 1 / std::sqrt(squares));
+        EXPECT_TRUE(residual == std::abs(gamma) * scale && correction == gamma / squares);
+        return std::abs(gamma);
+    };
+    const SecondDifference t(n);
+    for (const float lambda : {0.3F, 1.7F, 3.9F, -1.0F})
+        for (const int b1 : {1, 6})
+            for (const int bn : {19, n}) {
+                float least = infinity;
+                for (int r = b1; r <= bn; ++r)
+                    least = std::min(least, check(t, b1, bn, lambda, r, "row"));
+                EXPECT_TRUE(check(t, b1, bn, lambda, 0, "any row") <= 1.001F * least + 20 * float(ulp));
+            }
+    // A pivot is 0 from either end: quotients that are no numbers are done without.
+    SecondDifference zero(n);
+    for (const int row : {4, 20}) {
+        zero = t;
+        zero.pivots[0] = zero.pivots[std::size_t(n - 1)] = 1;
+        zero.ld[0] = zero.l[0], zero.lld[0] = zero.ld[0] * zero.l[0];
+        check(zero, 1, n, 1, row, "zero pivot");
+    }
+}
+
+// A pivot of 0 is followed by one that is infinite, and a quotient of 0.
+TEST(Tridiagonal, CountsPassInfinitePivots) {
+    const int n = 3;
+    const float d[] = {1, 1, 4}, l[] = {1, 1}, e[] = {1, 1}, diagonal[] = {1, 2, 5}, low = 0, one = 1, tiny = 1e-30F;
+    for (const char* job : {"T", "L"}) {
+        int inside = -1, left = -1, right = -1, info = -1;
+        SLARRC(job, &n, &low, &one, *job == 'T' ? diagonal : d, *job == 'T' ? e : l, &tiny, &inside, &left, &right,
+               &info);
+        EXPECT_TRUE(left == 0 && right == 1 && inside == 1) << job << left << ' ' << right;
+    }
+}
+
+// From SLARRD, SLARRE and SLARRV what SSTEMR finds with them.
+TEST(Tridiagonal, RootsAndVectorsResidual) {
+    const float rtol1 = 2e-5F, rtol2 = 2e-6F, split = -0x1p-23F, minrgp = 3e-3F;
+    for (const int n : {1, 3, 25, 60})
+        for (const Tridiagonal& t : tridiagonals(n)) {
+            if (t.name == "huge" || t.name == "tiny" || t.name == "graded")
+                continue; // SSTEMR scales these
+            for (const char range : {'A', 'I'}) {
+                const std::string what = t.name + ' ' + std::to_string(n) + range;
+                Overwritten x(t);
+                GuardedVector<float> e(n), squares(n), w(n), werr(n), gap(n), gers(2 * n), work(12 * n);
+                GuardedInts isplit(n), iblock(n), indexw(n), isuppz(2 * n), iwork(7 * n);
+                for (int i = 0; i < n - 1; ++i)
+                    e[i] = x.e[i], squares[i] = x.e[i] * x.e[i];
+                float vl = 0, vu = 0, pivmin = 0;
+                const int il = (n + 2) / 3;
+                int blocks = 0, m = 0;
+                EXPECT_EQ(call(SLARRE, range, n, &vl, &vu, il, n, x.d, e, squares, rtol1, rtol2, split, &blocks, isplit,
+                               &m, w, werr, gap, iblock, indexw, gers, &pivmin, work, iwork),
+                          0)
+                    << what;
+                ASSERT_EQ(m, range == 'A' ? n : n - il + 1) << what;
+                const int dol = m > 2 ? 2 : 1; // all vectors but the first
+                Operand<float> z(n, m, n + 1);
+                EXPECT_EQ(call(SLARRV, n, vl, vu, x.d, e, pivmin, isplit, m, dol, m, minrgp, rtol1, rtol2, w, werr, gap,
+                               iblock, indexw, gers, z, isuppz, work, iwork),
+                          0)
+                    << what;
+                GuardedVector<float> wanted(m - dol + 1), values(m);
+                Operand<float> vectors(n, m - dol + 1, n);
+                wanted.set([&](int i, int) { return w[dol - 1 + i]; });
+                vectors.set([&](int i, int j) { return z(i, dol - 1 + j); });
+                expect_pairs(t, wanted, vectors, m - dol + 1, 10, what);
+                EXPECT_TRUE(dol == 1 || z(0, 0) == 0);
+                std::sort(w.data(), w.data() + m);
+                values.set([&](int i, int) { return w[i]; });
+                EXPECT_TRUE(value_error(t, t.eigenvalues(), values, n - m) <= 5) << what;
+            }
+        }
+}
+
 } // namespace
 } // namespace qrv::test

@@ -68,7 +68,8 @@ QRV_API void SSTEBZ(const char* range, const char* order, const int* n, const fl
  * tryrac   asks for eigenvalues of full relative accuracy if not 0; set to 0 if T does not define them so
  * work, lwork    18*n floats, 12*n for jobz 'N', at least 1; lwork = -1 asks for the length
  * iwork, liwork  10*n ints, 8*n for jobz 'N', at least 1; liwork = -1 asks for the length
- * info     1: no representation was found for a block of T; 2: for a cluster of eigenvalues
+ * info     10 + |info of SLARRE|: values or representations of a block of T were not found; 22: no representation of a
+ *          cluster of eigenvalues
  * Reported: 1, 2, 3, 7 (vl, vu), 8, 9, 13, 14, 17 (lwork), 19 (liwork).
  *
  * Source: I. Dhillon, B. Parlett, C. Vomel, The design and implementation of the MRRR algorithm, ACM TOMS 32 (2006). */
@@ -197,6 +198,36 @@ QRV_API void SLARUV(int* iseed, const int* n, float* x);
  * (2000). */
 QRV_API void SLASQ1(const int* n, float* d, float* e, float* work, int* info);
 
+/* Parts of SLASQ1. All eigenvalues, in descending order, of L*L' of a bidiagonal L from the squares of its elements: z
+ * has 4*n floats, the first 2*n - 1 of which are q(1), e(1), q(2), ..., q(n). Set behind the eigenvalues: the sum of
+ * what was given in z(2*n+1), that of the eigenvalues, and for n > 2 how many transforms there were, their divisions
+ * beside n^2, and the percentage of shifts that were too large.
+ *
+ * info  -(200 + k): element k of z is negative or NaN; 1, 2, 3: no end was found
+ * Reported: 1, and 2 for an element of z. */
+QRV_API void SLASQ2(const int* n, float* z, int* info);
+
+/* Of rows i0 to n0 of a qd array, which takes four floats a row: q in array 0 and in array 1, then e in both. pp is the
+ * array that is given, the other one is written; 2: array 0, which was just turned round. ieee is not looked at.
+ *
+ * SLASQ3: splits values that have converged off the end (their places in array 0 are set and n0 lowered), and makes one
+ * transform of what is left. sigma, desig: the sum of the shifts and its rounding errors, qmax: the largest q; nfail,
+ * iter, ndiv count failed shifts, transforms, divisions; ttype, g: how the shift tau was chosen; dmin to dn2 as SLASQ5.
+ * SLASQ4: tau, below the smallest eigenvalue, after n0in - n0 values were split off. At least three rows.
+ * SLASQ5: one transform with shift tau of at least three rows. dmin, dmin1, dmin2: the least d of all rows, without the
+ * last one, without the last two; dn, dnm1, dnm2: the last three. It ends early at a d below 0: tau was too large.
+ * SLASQ6: the same without a shift, safe from division by 0. */
+QRV_API void SLASQ3(const int* i0, int* n0, float* z, int* pp, float* dmin, float* sigma, float* desig, float* qmax,
+                    int* nfail, int* iter, int* ndiv, const int* ieee, int* ttype, float* dmin1, float* dmin2,
+                    float* dn, float* dn1, float* dn2, float* g, float* tau);
+QRV_API void SLASQ4(const int* i0, const int* n0, const float* z, const int* pp, const int* n0in, const float* dmin,
+                    const float* dmin1, const float* dmin2, const float* dn, const float* dn1, const float* dn2,
+                    float* tau, int* ttype, float* g);
+QRV_API void SLASQ5(const int* i0, const int* n0, float* z, const int* pp, const float* tau, float* dmin, float* dmin1,
+                    float* dmin2, float* dn, float* dnm1, float* dnm2, const int* ieee);
+QRV_API void SLASQ6(const int* i0, const int* n0, float* z, const int* pp, float* dmin, float* dmin1, float* dmin2,
+                    float* dn, float* dnm1, float* dnm2);
+
 /* info 0 if small relative changes of T change its eigenvalues by small relative amounts only, else 1. */
 QRV_API void SLARRR(const int* n, float* d, float* e, int* info);
 
@@ -219,6 +250,79 @@ QRV_API void SLARRK(const int* n, const int* iw, const float* gl, const float* g
  * lld: the n - 1 products of D and the squares of L. pivmin is not looked at. */
 QRV_API int SLANEG(const int* n, const float* d, const float* lld, const float* sigma, const float* pivmin,
                    const int* r);
+
+/* Counts and cuts intervals of eigenvalues of T with diagonal d and squares e2 beside it. ab and nab are mmax x 2: ends
+ * of the intervals, and eigenvalues up to them. e, c, work and iwork are not looked at, nor is nbmin.
+ *
+ * ijob    1: counts for the ends of minp intervals, *mout becomes the sum of their differences
+ *         2: halves minp intervals, whose counts are given, until each is narrower than abstol, pivmin or reltol beside
+ *         its ends, or holds none; those with values in both halves become two. *mout: how many there are then
+ *         3: moves the ends of minp intervals to either side of where the count passes nval
+ * nitmax  halvings of one interval at most
+ * info    i > 0: the last i intervals have not converged, or mmax + 1: there was no room for more; -1: no such ijob */
+QRV_API void SLAEBZ(const int* ijob, const int* nitmax, const int* n, const int* mmax, const int* minp,
+                    const int* nbmin, const float* abstol, const float* reltol, const float* pivmin, const float* d,
+                    const float* e, const float* e2, int* nval, float* ab, float* c, int* mout, int* nab, float* work,
+                    int* iwork, int* info);
+
+/* Parts of SSTEMR, with its blocks, eigenvalues w, half widths werr of the intervals that hold them, and distances wgap
+ * to the next interval. pivmin is the smallest pivot that counts, spdiam the length of the spectrum, iblock and indexw
+ * the block of a value and its number there, gers 2*n ends of intervals, one for each row of T.
+ *
+ * SLARRA: sets elements of e and e2 to 0 that are negligible beside -spltol*tnrm or, if spltol > 0, beside spltol and
+ * their neighbours in d; nsplit blocks, whose last rows are isplit. info is set to 0.
+ * SLARRB: cuts the intervals of values ifirst to ilast of L*D*L', which stand from element ifirst - offset on, until
+ * half a width is at most rtol1 beside the gap or rtol2 beside the value. lld as SLANEG, which counts with a
+ * factorization twisted at row `twist` if that is one. work and iwork are not looked at, info is set to 0.
+ * SLARRJ: the same for T with the squares e2, to rtol beside the value.
+ * SLARRD: as SSTEBZ, for a matrix in blocks, with the half widths; [wl, wu] becomes the interval that was searched.
+ * gers is not looked at. Reported: 1, 2, 3, 5, 6, 7. */
+QRV_API void SLARRA(const int* n, const float* d, float* e, float* e2, const float* spltol, const float* tnrm,
+                    int* nsplit, int* isplit, int* info);
+QRV_API void SLARRB(const int* n, const float* d, const float* lld, const int* ifirst, const int* ilast,
+                    const float* rtol1, const float* rtol2, const int* offset, float* w, float* wgap, float* werr,
+                    float* work, int* iwork, const float* pivmin, const float* spdiam, const int* twist, int* info);
+QRV_API void SLARRJ(const int* n, const float* d, const float* e2, const int* ifirst, const int* ilast,
+                    const float* rtol, const int* offset, float* w, float* werr, float* work, int* iwork,
+                    const float* pivmin, const float* spdiam, int* info);
+QRV_API void SLARRD(const char* range, const char* order, const int* n, const float* vl, const float* vu, const int* il,
+                    const int* iu, const float* gers, const float* reltol, const float* d, const float* e,
+                    const float* e2, const float* pivmin, const int* nsplit, const int* isplit, int* m, float* w,
+                    float* werr, float* wl, float* wu, int* iblock, int* indexw, float* work, int* iwork, int* info);
+
+/* Splits T and makes each block a root L*D*L' = T - shift in d and e, with the shift behind L; the values w are
+ * relative to it. vl, vu become the ends of what was searched; work 6*n floats, iwork 5*n ints.
+ *
+ * info  -1: no values from bisection; 2: a block has no root; -5, -6: no values from SLASQ2 */
+QRV_API void SLARRE(const char* range, const int* n, float* vl, float* vu, const int* il, const int* iu, float* d,
+                    float* e, float* e2, const float* rtol1, const float* rtol2, const float* spltol, int* nsplit,
+                    int* isplit, int* m, float* w, float* werr, float* wgap, int* iblock, int* indexw, float* gers,
+                    float* pivmin, float* work, int* iwork, int* info);
+
+/* dplus, lplus, sigma: a representation L*D*L' - sigma for the values clstrt < clend, with sigma at one end of them.
+ * clgapl, clgapr: gaps to their neighbours; work 2*n floats. info 1: there is none. */
+QRV_API void SLARRF(const int* n, const float* d, const float* l, const float* ld, const int* clstrt, const int* clend,
+                    float* w, float* wgap, float* werr, const float* spdiam, const float* clgapl, const float* clgapr,
+                    const float* pivmin, float* sigma, float* dplus, float* lplus, float* work, int* info);
+
+/* Vectors dol to dou of the m values from SLARRE, which become absolute; d and l, the roots, are overwritten. minrgp:
+ * the gap beside a value, from which on it stands alone. z is n x m, 0 in other columns; isuppz as SSTEMR; work 12*n
+ * floats, iwork 7*n ints. info -2: a cluster has no representation. */
+QRV_API void SLARRV(const int* n, const float* vl, const float* vu, float* d, float* l, const float* pivmin,
+                    int* isplit, const int* m, const int* dol, const int* dou, const float* minrgp, const float* rtol1,
+                    const float* rtol2, float* w, float* werr, float* wgap, int* iblock, int* indexw, float* gers,
+                    float* z, const int* ldz, int* isuppz, float* work, int* iwork, int* info);
+
+/* z with (L*D*L' - lambda)*z = mingma*e(r), z(r) = 1, of rows b1 to bn, by a factorization twisted at row r: on entry
+ * the row, or 0 for that with the least mingma. ld = D*L, lld = D*L*L.
+ *
+ * gaptol  z ends where it has decayed to this; isuppz: its first and last row
+ * wantnc  if not 0, negcnt is set to the number of values below lambda, else to -1
+ * ztz, nrminv, resid, rqcorr  |z|^2, 1 / |z|, the residual of lambda, what to add to it; work 4*n floats */
+QRV_API void SLAR1V(const int* n, const int* b1, const int* bn, const float* lambda, const float* d, const float* l,
+                    const float* ld, const float* lld, const float* pivmin, const float* gaptol, float* z,
+                    const int* wantnc, int* negcnt, float* ztz, float* mingma, int* r, int* isuppz, float* nrminv,
+                    float* resid, float* rqcorr, float* work);
 
 /* Eigenvalues of [a b; b c], the one of larger magnitude in *rt1; SLAEV2 sets (*cs1, *sn1) to an eigenvector of length
  * 1 for that one. */

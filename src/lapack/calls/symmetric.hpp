@@ -63,8 +63,9 @@ int lagts(int n, Solve what, const ShiftedLuIn& f, float* y, float& tolerance);
 int sterf(int n, float* d, float* e);
 
 // Eigenvalues of the tridiagonal matrix whose Cholesky factors are, squared and in turn, q(1), e(1), q(2), ... in z, 4
-// n floats: z begins with them in descending order. False if an element is negative or NaN or no end was found.
-bool lasq2(int n, float* z);
+// n floats: z begins with them in descending order. Result: 0; -(200 + k): element k of z, from 1, is negative or NaN;
+// 1: the mark of a split has the wrong sign; 2: a block took too many transforms; 3: there were too many blocks.
+int lasq2(int n, float* z);
 
 // Eigenvalues that are asked for: all, those in (low, high], or those numbered first to last, from 1.
 enum class Range : char { all = 'A', values = 'V', indices = 'I' };
@@ -103,7 +104,7 @@ int stemr_columns(bool vectors, const Wanted& wanted, int n, const float* d, con
 
 struct StemrResult {
     int found = 0;
-    int info = 0;          // 1: no representation of the matrix; 2: none of a cluster of values
+    int info = 0;          // 10 and the size of that of larre, 20 and that of larrv
     bool relative = false; // the eigenvalues have full relative accuracy
     void store(int* toFound, int* toRelative, int* toInfo) const {
         *toFound = found;

@@ -31,7 +31,7 @@ bool lasq1(int n, float* d, const float* e, float* work) {
         work[2 * i] = square(d[i]);
         work[2 * i + 1] = i + 1 < n ? square(e[i]) : 0;
     }
-    if (!lasq2(n, work))
+    if (lasq2(n, work) != 0)
         return false;
     for (int i = 0; i < n; ++i)
         d[i] = static_cast<float>(std::sqrt(double{work[i]}) / scale);

@@ -1,6 +1,6 @@
 // SLANEG: Sturm counts of L D L' - x by a twisted factorization, from both ends to row r, for several x at once: the
 // quotients of one x wait for each other, those of different x do not.
-#include "lapack/kernel/source/tridiagonal/mrrr.hpp"
+#include "lapack/calls/mrrr.hpp"
 
 namespace qrv::lapack {
 namespace {

@@ -1,6 +1,6 @@
 // SLAR1V: a vector from the twisted factorization N D N' of L D L' - lambda, whose row r is the last one from both
 // ends.
-#include "lapack/kernel/source/tridiagonal/mrrr.hpp"
+#include "lapack/calls/mrrr.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -18,7 +18,7 @@ struct Down {
     const Representation& x;
     float lambda, leastPivot;
     const TwistWork& t;
-    float s = -lambda; // t.s less lambda
+    float s = t.s[0] - lambda; // t.s less lambda
 
     bool step(int i) {
         float pivot = x.d[i] + s;
@@ -57,11 +57,12 @@ struct Up {
 // From the front to row `highest`, and from the back to row `lowest`; both together as far as both go, since neither
 // waits for the other. Counts the negative pivots before row `lowest` and behind it.
 template <bool guarded>
-int eliminate(const Representation& x, float lambda, int lowest, int highest, float leastPivot, const TwistWork& t) {
+int eliminate(const Representation& x, float above, float lambda, int lowest, int highest, float leastPivot,
+              const TwistWork& t) {
+    t.s[0] = above;
     Down<guarded> down{x, lambda, leastPivot, t};
     Up<guarded> up{x, lambda, leastPivot, t};
     int negative = 0, i = 0, k = x.n - 2;
-    t.s[0] = 0;
     t.p[x.n - 1] = up.p;
     const auto step_down = [&] {
         const bool isNegative = down.step(i);
@@ -87,15 +88,15 @@ float gamma(const TwistWork& t, int i) {
 
 } // namespace
 
-void lar1v(const Representation& x, float lambda, float leastPivot, float negligible, float* z, Twisted& result,
-           float* work) {
+void lar1v(const Representation& x, float above, float lambda, float leastPivot, float negligible, float* z,
+           Twisted& result, float* work) {
     const int n = x.n;
     const TwistWork t{work, work + n, work + 2 * std::ptrdiff_t{n}, work + 3 * std::ptrdiff_t{n}};
     const int lowest = result.r < 0 ? 0 : result.r, highest = result.r < 0 ? n - 1 : result.r;
-    int negative = eliminate<false>(x, lambda, lowest, highest, leastPivot, t);
+    int negative = eliminate<false>(x, above, lambda, lowest, highest, leastPivot, t);
     const bool guarded = t.s[highest] != t.s[highest] || t.p[lowest] != t.p[lowest];
     if (guarded)
-        negative = eliminate<true>(x, lambda, lowest, highest, leastPivot, t);
+        negative = eliminate<true>(x, above, lambda, lowest, highest, leastPivot, t);
     result.below = negative + (t.s[lowest] + t.p[lowest] < 0);
 
     int r = lowest;
@@ -130,6 +131,8 @@ void lar1v(const Representation& x, float lambda, float leastPivot, float neglig
         squares += z[i + 1] * z[i + 1];
     }
     result.r = r;
+    result.gamma = least;
+    result.squares = squares;
     result.scale = 1 / std::sqrt(squares);
     result.residual = std::fabs(least) * result.scale;
     result.correction = least / squares;

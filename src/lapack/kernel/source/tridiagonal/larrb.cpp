@@ -2,7 +2,7 @@
 //
 // Counts for several points cost no more than one, so several intervals go together, each with its share of the points:
 // at first to move its ends outward as far as they must, then to cut it into as many parts.
-#include "lapack/kernel/source/tridiagonal/mrrr.hpp"
+#include "lapack/calls/mrrr.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -87,7 +87,7 @@ void larrb(int n, const float* d, const float* lld, const Values& values, int fi
            const RefineTolerance& tolerance, float leastPivot, float diameter, int twist) {
     const int steps = bisection_steps(diameter, leastPivot);
     const int r = twist >= 0 && twist < n ? twist : n - 1;
-    const auto [w, werr, wgap, index] = values;
+    const auto [w, werr, wgap, number] = values;
     Refinement active[intervalsAtOnce];
     int count = 0;
     for (int next = first; next <= last || count > 0;) {
@@ -95,7 +95,7 @@ void larrb(int n, const float* d, const float* lld, const Values& values, int fi
             const float gap = std::min(wgap[next > first ? next - 1 : first], wgap[next]);
             const float step = std::max(werr[next], leastPivot);
             active[count++] = {.place = next,
-                               .number = index[next],
+                               .number = number + next,
                                .narrowOfGap = tolerance.ofGap * gap,
                                .range = {w[next] - werr[next], w[next] + werr[next]},
                                .stepDown = step,

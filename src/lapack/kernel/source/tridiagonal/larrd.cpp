@@ -3,7 +3,7 @@
 // The number of negative pivots of T - x, block by block, is the number of eigenvalues below x, so an interval with
 // some is halved until it is narrow. Indices are turned into an interval first; if rounding puts more values into it
 // than were asked for, the outermost are taken out.
-#include "lapack/kernel/source/tridiagonal/bisection.hpp"
+#include "lapack/calls/bisection.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -18,12 +18,12 @@ Interval rows_interval(int n, const float* d, const float* e) {
     return all;
 }
 
-// Takes out the smallest, or the largest.
+// Takes out the smallest, or the largest: of equal ones that at the outer end, so that those of a block stay in a row.
 void drop(Found& found, int values, bool smallest) {
     for (; values > 0 && found.count > 0; --values) {
         int chosen = 0;
         for (int i = 1; i < found.count; ++i)
-            if (smallest ? found.w[i] < found.w[chosen] : found.w[i] > found.w[chosen])
+            if (smallest ? found.w[i] < found.w[chosen] : found.w[i] >= found.w[chosen])
                 chosen = i;
         const auto remove = [&](auto* list) {
             if (list)
@@ -37,11 +37,31 @@ void drop(Found& found, int values, bool smallest) {
     }
 }
 
+void sort_ascending(const Found& found) {
+    const auto exchange = [&](int i, int k) {
+        std::swap(found.w[i], found.w[k]);
+        std::swap(found.iblock[i], found.iblock[k]);
+        if (found.werr) {
+            std::swap(found.werr[i], found.werr[k]);
+            std::swap(found.index[i], found.index[k]);
+        }
+    };
+    for (int i = 0; i < found.count - 1; ++i) {
+        int least = i;
+        for (int j = i + 1; j < found.count; ++j)
+            if (found.w[j] < found.w[least])
+                least = j;
+        exchange(i, least);
+    }
+}
+
 } // namespace
 
-SearchResult larrd(const BlockSearch& search, const Wanted& wanted, BisectionStack stack, Found& found) {
+SearchResult larrd(const BlockSearch& search, const Wanted& wanted, bool byBlock, BisectionStack stack, Found found) {
     const auto& [whole, d, e, ends, blocks, absolute, relative] = search;
     const int n = whole.n;
+    if (n <= 0)
+        return {};
     const float pivot = whole.leastPivot;
     const bool byIndex = wanted.range == Range::indices && !(wanted.first == 1 && wanted.last == n);
     const bool all = wanted.range == Range::all || (wanted.range == Range::indices && !byIndex);
@@ -52,17 +72,18 @@ SearchResult larrd(const BlockSearch& search, const Wanted& wanted, BisectionSta
 
     Interval range = rows_interval(n, d, e);
     range.widen(fudge * range.size() * ulp * static_cast<float>(n) + 2 * fudge * pivot);
-    SearchResult result{range};
+    Interval searched = range;
+    bool lost = false, tooFew = false;
     if (byIndex) {
-        const CountedInterval low = find_count(whole, range, wanted.first - 1, tolerance(range.size()));
-        const CountedInterval high = find_count(whole, range, wanted.last, tolerance(range.size()));
-        result.searched = {low.range.low, high.range.high};
-        result.lost = low.below > wanted.first - 1 || high.upTo < wanted.last;
+        const int steps = bisection_steps(range.high - range.low, pivot);
+        const CountedInterval low = find_count(whole, range, wanted.first - 1, steps, tolerance(range.size()));
+        const CountedInterval high = find_count(whole, range, wanted.last, steps, tolerance(range.size()));
+        searched = {low.range.low, high.range.high};
+        lost = low.below > wanted.first - 1 || high.upTo < wanted.last;
     } else if (!all) {
-        result.searched = {wanted.low, wanted.high};
+        searched = {wanted.low, wanted.high};
     }
 
-    const Interval searched = result.searched;
     int upToLow = 0, upToHigh = 0; // eigenvalues up to its ends
     for (int block = 0, first = 0; block < blocks; first = ends[block++]) {
         const int last = ends[block] - 1, size = last - first + 1;
@@ -95,11 +116,13 @@ SearchResult larrd(const BlockSearch& search, const Wanted& wanted, BisectionSta
 
     if (byIndex) {
         const int below = wanted.first - 1 - upToLow, above = upToHigh - wanted.last;
-        result.tooFew = below < 0 || above < 0;
+        tooFew = below < 0 || above < 0;
         drop(found, below, true);
         drop(found, above, false);
     }
-    return result;
+    if (!byBlock && blocks > 1)
+        sort_ascending(found);
+    return {searched, found.count, lost ? 4 : (found.allConverged ? 0 : 1) + (tooFew ? 2 : 0)};
 }
 
 } // namespace qrv::lapack

@@ -3,7 +3,7 @@
 // The shift of a root is just outside one end of the spectrum, that with more values near it: all pivots have one sign
 // then, and dqds gives all values to high relative accuracy. If at most half of them are wanted, they come from
 // bisection, and the shift lies beside those.
-#include "lapack/kernel/source/tridiagonal/mrrr.hpp"
+#include "lapack/calls/mrrr.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -14,21 +14,6 @@ constexpr float manyWanted = 0.5F;       // of a block, from which on all are co
 constexpr float growthLimit = 64;        // of the largest pivot, beside the spectral diameter
 constexpr float perturbation = 4 * eps;  // of the elements of a root, so that no two values stay equal
 constexpr int tries = 6;
-
-void split(Mrrr& x, float tolerance, float diameter) {
-    x.blocks = 0;
-    for (int i = 0; i < x.n - 1; ++i) {
-        const float size = std::fabs(x.e[i]);
-        const float limit = tolerance < 0 ? -tolerance * diameter
-                                          : tolerance * std::sqrt(std::fabs(x.d[i])) * std::sqrt(std::fabs(x.d[i + 1]));
-        if (size <= limit) {
-            x.e[i] = 0;
-            x.e2[i] = 0;
-            x.isplit[x.blocks++] = i + 1;
-        }
-    }
-    x.isplit[x.blocks++] = x.n;
-}
 
 // A block of T and what is wanted of it.
 struct Part {
@@ -134,24 +119,24 @@ void perturb(const Part& part, float* work) {
         part.e[i] *= 1 + perturbation * work[part.n + i];
 }
 
-// All values of the root, of which the wanted ones are stored.
-bool values_by_dqds(const Part& part, int sign, const Values& values, float* work) {
+// All values of the root, of which the wanted ones are stored. Result: that of larre.
+int values_by_dqds(const Part& part, int sign, const Values& values, float* work) {
     const int n = part.n;
     for (int i = 0; i < n; ++i) {
         work[2 * i] = std::fabs(part.d[i]);
         work[2 * i + 1] = i < n - 1 ? part.e[i] * part.e[i] * work[2 * i] : 0;
     }
-    if (!lasq2(n, work))
-        return false;
+    if (lasq2(n, work) != 0)
+        return -5;
     const float accuracy = std::log(static_cast<float>(n)) * 4 * eps;
     for (int i = 0; i < part.wanted(); ++i) {
         const int number = part.first + i;
         values.w[i] = sign > 0 ? work[n - number] : -work[number - 1];
         values.werr[i] = accuracy * std::fabs(values.w[i]);
         if (values.w[i] != values.w[i])
-            return false;
+            return -6;
     }
-    return true;
+    return 0;
 }
 
 // The values from bisection, relative to the root.
@@ -176,9 +161,27 @@ void set_gaps(int m, float end, const Values& values) {
 
 } // namespace
 
-bool larre(const Wanted& wanted, Mrrr& x, const RefineTolerance& tolerance, float splitTolerance, float* work,
-           int* iwork) {
+int larra(int n, const float* d, float* e, float* e2, float tolerance, float norm, int* isplit) {
+    int blocks = 0;
+    for (int i = 0; i < n - 1; ++i) {
+        const float limit =
+            tolerance < 0 ? -tolerance * norm : tolerance * std::sqrt(std::fabs(d[i])) * std::sqrt(std::fabs(d[i + 1]));
+        if (std::fabs(e[i]) <= limit) {
+            e[i] = 0;
+            e2[i] = 0;
+            isplit[blocks++] = i + 1;
+        }
+    }
+    if (n > 0)
+        isplit[blocks++] = n;
+    return blocks;
+}
+
+int larre(const Wanted& wanted, Mrrr& x, const RefineTolerance& tolerance, float splitTolerance, float* work,
+          int* iwork) {
     const int n = x.n;
+    if (n <= 0)
+        return 0;
     Interval all = row_interval(n, x.d, x.e, 0);
     float largest = 1;
     for (int i = 0; i < n; ++i) {
@@ -190,20 +193,19 @@ bool larre(const Wanted& wanted, Mrrr& x, const RefineTolerance& tolerance, floa
             largest = std::max(largest, x.e2[i]);
     }
     x.leastPivot = machine::safeMinimum * largest;
-    split(x, splitTolerance, all.high - all.low);
+    x.blocks = larra(n, x.d, x.e, x.e2, splitTolerance, all.high - all.low, x.isplit);
     const Sturm whole{n, x.d, x.e2, x.leastPivot};
     const bool everything = wanted.range == Range::all;
     x.searched = all;
     x.m = 0;
     if (!everything) {
-        Found found{x.w, x.iblock, x.werr, x.indexw};
-        const float absolute = 4 * machine::safeMinimum + 4 * x.leastPivot, relative = std::sqrt(eps) * 0.5e-3F;
-        const SearchResult result =
-            larrd({whole, x.d, x.e, x.isplit, x.blocks, absolute, relative}, wanted, {work, iwork}, found);
-        if (result.lost || result.tooFew || !found.allConverged)
-            return false;
+        const float absolute = least_tolerance(x.leastPivot), relative = std::sqrt(eps) * 0.5e-3F;
+        const SearchResult result = larrd({whole, x.d, x.e, x.isplit, x.blocks, absolute, relative}, wanted, true,
+                                          {work, iwork}, {x.w, x.iblock, x.werr, x.indexw});
+        if (result.info != 0)
+            return -1;
         x.searched = result.searched;
-        x.m = found.count;
+        x.m = result.count;
     }
 
     int begin = 0;
@@ -221,7 +223,7 @@ bool larre(const Wanted& wanted, Mrrr& x, const RefineTolerance& tolerance, floa
             while (begin + m < x.m && x.iblock[begin + m] == block + 1)
                 ++m;
         }
-        const Values values{x.w + begin, x.werr + begin, x.wgap + begin, x.indexw + begin};
+        const Values values{x.w + begin, x.werr + begin, x.wgap + begin, m > 0 ? x.indexw[begin] : 1};
         begin += m;
         if (size == 1) {
             x.e[last] = 0;
@@ -236,26 +238,25 @@ bool larre(const Wanted& wanted, Mrrr& x, const RefineTolerance& tolerance, floa
             x.e[last] = 0;
             continue;
         }
-        Part part{size,          x.d + first, x.e + first,     whole.block(first, last),
-                  x.rows(block), {0, 0},      values.index[0], values.index[m - 1],
-                  everything};
+        Part part{size,          x.d + first,           x.e + first, whole.block(first, last), x.rows(block), {0, 0},
+                  values.number, values.number + m - 1, everything};
         if (!everything)
             set_gaps(m, x.searched.high, values);
         part.ends = spectrum_ends(part);
         const Shift shift = choose_root(part, x, values);
         if (!make_root(part, shift, n, work))
-            return false;
+            return 2;
         if (m > 1)
             perturb(part, work);
         if (part.by_dqds()) {
-            if (!values_by_dqds(part, shift.sign, values, work))
-                return false;
+            if (const int info = values_by_dqds(part, shift.sign, values, work); info != 0)
+                return info;
         } else {
             values_by_bisection(part, tolerance, values, work);
         }
         set_gaps(m, x.searched.high - x.e[last], values);
     }
-    return true;
+    return 0;
 }
 
 } // namespace qrv::lapack

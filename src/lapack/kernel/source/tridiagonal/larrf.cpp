@@ -1,5 +1,5 @@
 // SLARRF: a representation for a cluster of eigenvalues, with the shift a little outside one end of it.
-#include "lapack/kernel/source/tridiagonal/mrrr.hpp"
+#include "lapack/calls/mrrr.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -55,7 +55,7 @@ struct Candidate {
 bool larrf(const Representation& parent, const Values& values, int first, int last, float diameter, ClusterGaps gaps,
            float leastPivot, float& shift, float* dPlus, float* lPlus, float* work) {
     const int n = parent.n;
-    const auto [w, werr, wgap, index] = values;
+    const auto [w, werr, wgap, number] = values;
     const float width = std::fabs(w[last] - w[first]) + werr[last] + werr[first];
     const float averageGap = width / static_cast<float>(last - first), gap = std::min(gaps.left, gaps.right);
     const float farthest = gap / 4 + 2 * leastPivot; // that a shift may move in one try

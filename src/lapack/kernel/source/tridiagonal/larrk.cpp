@@ -1,5 +1,5 @@
 // SLARRK: one eigenvalue of a symmetric tridiagonal matrix by bisection.
-#include "lapack/kernel/source/tridiagonal/bisection.hpp"
+#include "lapack/calls/bisection.hpp"
 
 namespace qrv::lapack {
 

@@ -4,15 +4,14 @@
 // value gets its vector, a cluster a representation of its own, which waits in the first two columns that its vectors
 // will take.
 #include "blas/calls.hpp"
+#include "lapack/calls/mrrr.hpp"
 #include "lapack/calls/norms.hpp"
-#include "lapack/kernel/source/tridiagonal/mrrr.hpp"
 
 namespace qrv::lapack {
 namespace {
 
 constexpr float eps = machine::precision;
-constexpr float relativeGap = 3e-3F; // between values that are far enough apart
-constexpr float finest = 2 * eps;    // of a value, beyond which it is not refined
+constexpr float finest = 2 * eps; // of a value, beyond which it is not refined
 constexpr int mostCorrections = 10;
 
 struct Node {
@@ -41,16 +40,16 @@ private:
 // One block of T, with m values that are wanted.
 class Tree {
 public:
-    Tree(const Mrrr& x, int block, int begin, int m, const RefineTolerance& tolerance, Matrix<float> z, int* isuppz,
-         float* work, int* iwork)
-        : firstRow_(x.first_row(block)), m_(m), leastPivot_(x.leastPivot), low_(x.searched.low), tolerance_(tolerance),
-          w_(x.w + begin), relative_{work + begin, x.werr + begin, x.wgap + begin, x.indexw + begin},
+    Tree(const Mrrr& x, int block, int begin, int m, const VectorsWanted& vectors, const RefineTolerance& tolerance,
+         Matrix<float> z, int* isuppz, float* work, int* iwork)
+        : firstRow_(x.first_row(block)), m_(m), vectors_{vectors.first - begin, vectors.last - begin, vectors.gap},
+          leastPivot_(x.leastPivot), low_(x.searched.low), tolerance_(tolerance),
+          w_(x.w + begin), relative_{work + begin, x.werr + begin, x.wgap + begin, x.indexw[begin]},
           z_(z.block(firstRow_, begin)), isuppz_(isuppz + 2 * std::ptrdiff_t{begin}),
-          scratch_(work + 3 * std::ptrdiff_t{x.n}), waiting_(iwork) {
-        const int n = x.last_row(block) - firstRow_ + 1;
-        rep_ = {n, x.d + firstRow_, x.e + firstRow_, work + x.n + firstRow_,
-                work + 2 * std::ptrdiff_t{x.n} + firstRow_};
-        shift_ = rep_.l[n - 1];
+          scratch_(work + 3 * std::ptrdiff_t{x.n}), waiting_(iwork), d_(x.d + firstRow_), l_(x.e + firstRow_),
+          ld_(work + x.n + firstRow_),
+          lld_(work + 2 * std::ptrdiff_t{x.n} + firstRow_), rep_{x.last_row(block) - firstRow_ + 1, d_, l_, ld_, lld_},
+          shift_(l_[rep_.n - 1]) {
         diameter_ = x.rows(block).high - x.rows(block).low;
         for (int i = 0; i < m; ++i) {
             relative_.w[i] = w_[i];
@@ -72,11 +71,16 @@ private:
             return false;
         if (node.depth > 0)
             load(node);
-        rep_.multiply();
+        for (int i = 0; i < rep_.n - 1; ++i) {
+            ld_[i] = d_[i] * l_[i];
+            lld_[i] = ld_[i] * l_[i];
+        }
         if (node.depth > 0)
             refine(node);
         for (int first = node.first, last; first <= node.last; first = last + 1) {
             last = end_of_cluster(first, node.last);
+            if (last + 1 < vectors_.first || first + 1 > vectors_.last)
+                continue;
             if (first == last)
                 find_vector(first);
             else if (!make_child({first, last, node.depth + 1}))
@@ -87,7 +91,7 @@ private:
 
     int end_of_cluster(int first, int last) const {
         int i = first;
-        while (i < last && !(relative_.wgap[i] >= relativeGap * std::fabs(relative_.w[i])))
+        while (i < last && !(relative_.wgap[i] >= vectors_.gap * std::fabs(relative_.w[i])))
             ++i;
         return i;
     }
@@ -107,8 +111,8 @@ private:
     // The representation of a cluster from where it waits.
     void load(const Node& node) {
         const int n = rep_.n;
-        kernel::copy(n, z_.column(0, node.first), Vector{rep_.d});
-        kernel::copy(n - 1, z_.column(0, node.first + 1), Vector{rep_.l});
+        kernel::copy(n, z_.column(0, node.first), Vector{d_});
+        kernel::copy(n - 1, z_.column(0, node.first + 1), Vector{l_});
         shift_ = z_(n - 1, node.first + 1);
         laset(Part::whole, n, 2, 0.0F, 0.0F, z_.block(0, node.first));
     }
@@ -162,7 +166,7 @@ private:
         int supportFirst = n, supportLast = -1;
         bool bisect = false, bisected = false, corrected = false;
         const auto compute = [&] {
-            lar1v(rep_, lambda, leastPivot_, negligible, z, twisted, scratch_);
+            lar1v(rep_, 0, lambda, leastPivot_, negligible, z, twisted, scratch_);
             supportFirst = std::min(supportFirst, twisted.first);
             supportLast = std::max(supportLast, twisted.last);
         };
@@ -181,7 +185,7 @@ private:
             if (!(twisted.residual > tolerance * gap && std::fabs(twisted.correction) > finest * std::fabs(lambda)) ||
                 bisected)
                 break;
-            const bool down = relative_.index[i] <= twisted.below; // the value lies below lambda
+            const bool down = relative_.number + i <= twisted.below; // the value lies below lambda
             const float next = lambda + twisted.correction;
             if ((down ? twisted.correction <= 0 : twisted.correction >= 0) && range.low <= next && next <= range.high) {
                 corrected = true;
@@ -221,6 +225,7 @@ private:
     }
 
     int firstRow_, m_;
+    VectorsWanted vectors_; // counted from the first value of the block
     float leastPivot_, low_;
     RefineTolerance tolerance_;
     float* w_;        // eigenvalues of T
@@ -229,13 +234,15 @@ private:
     int* isuppz_;
     float* scratch_;
     NodeStack waiting_;
-    Representation rep_{};
-    float shift_ = 0, diameter_ = 0;
+    float *d_, *l_, *ld_, *lld_; // the present representation
+    Representation rep_;
+    float shift_, diameter_ = 0;
 };
 
 } // namespace
 
-bool larrv(Mrrr& x, const RefineTolerance& tolerance, Matrix<float> z, int* isuppz, float* work, int* iwork) {
+int larrv(Mrrr& x, const VectorsWanted& vectors, const RefineTolerance& tolerance, Matrix<float> z, int* isuppz,
+          float* work, int* iwork) {
     laset(Part::whole, x.n, x.m, 0.0F, 0.0F, z);
     for (int begin = 0, m; begin < x.m; begin += m) {
         const int block = x.iblock[begin] - 1;
@@ -243,13 +250,15 @@ bool larrv(Mrrr& x, const RefineTolerance& tolerance, Matrix<float> z, int* isup
         while (begin + m < x.m && x.iblock[begin + m] == block + 1)
             ++m;
         if (x.first_row(block) == x.last_row(block)) {
+            if (begin + 1 < vectors.first || begin + 1 > vectors.last)
+                continue;
             z(x.first_row(block), begin) = 1;
             isuppz[2 * begin] = isuppz[2 * begin + 1] = x.first_row(block) + 1;
-        } else if (!Tree(x, block, begin, m, tolerance, z, isuppz, work, iwork).grow()) {
-            return false;
+        } else if (!Tree(x, block, begin, m, vectors, tolerance, z, isuppz, work, iwork).grow()) {
+            return -2;
         }
     }
-    return true;
+    return 0;
 }
 
 } // namespace qrv::lapack

@@ -1,6 +1,8 @@
 // SLASQ2, SLASQ3: all eigenvalues of a qd array to high relative accuracy, by dqds transforms.
+#include <numeric>
+
+#include "lapack/calls/dqds.hpp"
 #include "lapack/calls/symmetric.hpp"
-#include "lapack/kernel/source/tridiagonal/dqds.hpp"
 
 namespace qrv::lapack {
 
@@ -96,9 +98,11 @@ void transform(Dqds& x) {
     constexpr int tries = 10; // three come before the shift is 0
     for (int i = 0; i < tries; ++i) {
         x.transform();
+        x.count_one();
         if ((x.dmin >= 0 && x.dmin1 >= 0) || converged_to_zero(x))
             return;
         if (x.dmin < 0) {
+            ++x.failures;
             if (x.choice < -22) { // failed twice
                 x.tau = 0;
             } else if (x.dmin1 > 0) { // late
@@ -115,6 +119,7 @@ void transform(Dqds& x) {
         }
     }
     x.transform_unshifted();
+    x.count_one();
     x.tau = 0;
 }
 
@@ -129,18 +134,6 @@ void add_to_shift(Dqds& x) {
         x.shiftTail += x.shift - (sum - x.tau);
     }
     x.shift = sum;
-}
-
-void step(Dqds& x) {
-    const int deflated = deflate(x);
-    if (x.last < x.first)
-        return;
-    if (x.dmin <= 0 || deflated > 0)
-        flip_if_upside_down(x);
-    x.choose_shift(deflated);
-    transform(x);
-    add_to_shift(x);
-    x.now = 1 - x.now;
 }
 
 // ---- The whole array (SLASQ2) --------------------------------------------------------------------------------------
@@ -249,7 +242,7 @@ bool solve_block(Dqds& x) {
     constexpr int stepsPerValue = 100;
     std::int64_t stepsLeft = std::int64_t{stepsPerValue} * (x.last - x.first + 1);
     for (; stepsLeft > 0 && x.first <= x.last; --stepsLeft) {
-        step(x);
+        lasq3(x);
         if (x.first <= x.last)
             split_block(x);
     }
@@ -277,41 +270,72 @@ bool all_zero(int n, const float* e) {
 
 } // namespace
 
-bool lasq2(int n, float* z) {
-    for (int k = 0; k < 2 * n - 1; ++k)
+void lasq3(Dqds& x) {
+    const int deflated = deflate(x);
+    if (x.last < x.first)
+        return;
+    if (x.dmin <= 0 || deflated > 0)
+        flip_if_upside_down(x);
+    x.choose_shift(deflated);
+    transform(x);
+    add_to_shift(x);
+    x.now = 1 - x.now;
+}
+
+int lasq2(int n, float* z) {
+    float trace = 0;
+    for (int k = 0; k < 2 * n - 1; ++k) {
         if (!(z[k] >= 0))
-            return false;
-    bool good = true;
+            return -(201 + k);
+        trace += z[k];
+    }
+    const auto finish = [&] {
+        sort(Order::descending, n, z);
+        if (n > 1) {
+            z[2 * n] = trace;
+            z[2 * n + 1] = std::accumulate(z, z + n, 0.0F);
+        }
+    };
     if (n == 2) {
         const Pair pair = solve_pair(z[0], z[1], z[2]);
         z[0] = pair.larger;
         z[1] = pair.smaller;
-    } else if (all_zero(n, z + 1)) {
+        finish();
+        return 0;
+    }
+    Dqds x{z, 0, n - 1};
+    int info = 0;
+    if (all_zero(n, z + 1)) {
         for (int k = 1; k < n; ++k)
             z[k] = z[2 * k];
     } else {
         spread(n, z);
-        Dqds x{z, 0, n - 1};
         if (flipRatio * x.q(0) < x.q(n - 1))
             x.flip();
         split_and_transform(x);
         split_and_transform(x);
-        for (int blocks = 0; good && x.last >= 0 && blocks <= n; ++blocks) {
+        for (int blocks = 0; info == 0 && x.last >= 0 && blocks <= n; ++blocks) {
             x.shift = x.last == n - 1 ? 0 : -z[4 * std::ptrdiff_t{x.last} + 2];
             x.shiftTail = 0;
-            good = x.shift >= 0;
-            if (good) {
-                find_block(x);
-                flip_block(x);
-                good = solve_block(x);
-            }
+            if (!(x.shift >= 0))
+                return 1;
+            find_block(x);
+            flip_block(x);
+            if (!solve_block(x))
+                info = 2;
         }
-        good = good && x.last < 0;
+        if (info == 0 && x.last >= 0)
+            info = 3;
         for (int k = 1; k < n; ++k)
             z[k] = z[4 * std::ptrdiff_t{k}];
     }
-    sort(Order::descending, n, z);
-    return good;
+    finish();
+    if (n > 2) {
+        z[2 * n + 2] = static_cast<float>(x.iterations);
+        z[2 * n + 3] = static_cast<float>(x.divisions) / (static_cast<float>(n) * static_cast<float>(n));
+        z[2 * n + 4] = 100.0F * static_cast<float>(x.failures) / static_cast<float>(std::max(1, x.iterations));
+    }
+    return info;
 }
 
 } // namespace qrv::lapack

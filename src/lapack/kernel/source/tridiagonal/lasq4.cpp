@@ -3,7 +3,7 @@
 //
 // The least d of a transform bounds it from above; the table of cases is about how far below. Where the last d are the
 // least ones, sums over the ratios e / q estimate how much of the eigenvector lies elsewhere.
-#include "lapack/kernel/source/tridiagonal/dqds.hpp"
+#include "lapack/calls/dqds.hpp"
 
 namespace qrv::lapack {
 namespace {

@@ -1,5 +1,5 @@
 // SLASQ5, SLASQ6: dqds transforms, and dqd transforms without shift.
-#include "lapack/kernel/source/tridiagonal/dqds.hpp"
+#include "lapack/calls/dqds.hpp"
 
 namespace qrv::lapack {
 

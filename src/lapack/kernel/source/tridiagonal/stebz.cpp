@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "lapack/calls/bisection.hpp"
 #include "lapack/calls/symmetric.hpp"
-#include "lapack/kernel/source/tridiagonal/bisection.hpp"
 #include "service/machine_constants.hpp"
 
 namespace qrv::lapack {
@@ -36,17 +36,6 @@ float least_pivot(int n, const float* e2) {
     return machine::safeMinimum * largest;
 }
 
-void sort_ascending(Found& found) {
-    for (int i = 0; i < found.count - 1; ++i) {
-        int least = i;
-        for (int j = i + 1; j < found.count; ++j)
-            if (found.w[j] < found.w[least])
-                least = j;
-        std::swap(found.w[i], found.w[least]);
-        std::swap(found.iblock[i], found.iblock[least]);
-    }
-}
-
 } // namespace
 
 StebzResult stebz(const Wanted& wanted, bool byBlock, int n, float abstol, const float* d, const float* e, float* w,
@@ -57,13 +46,10 @@ StebzResult stebz(const Wanted& wanted, bool byBlock, int n, float abstol, const
     StebzResult result;
     result.blocks = split(n, d, e, e2, isplit);
     const Sturm whole{n, d, e2, least_pivot(n, e2)};
-    Found found{w, iblock};
     const SearchResult search =
-        larrd({whole, d, e, isplit, result.blocks, abstol, 2 * ulp}, wanted, {work + n, iwork}, found);
-    if (!byBlock && result.blocks > 1)
-        sort_ascending(found);
-    result.found = found.count;
-    result.info = search.lost ? 4 : (found.allConverged ? 0 : 1) + (search.tooFew ? 2 : 0);
+        larrd({whole, d, e, isplit, result.blocks, abstol, 2 * ulp}, wanted, byBlock, {work + n, iwork}, {w, iblock});
+    result.found = search.count;
+    result.info = search.info;
     return result;
 }
 

@@ -1,34 +1,14 @@
 // SSTEMR: eigenvalues and eigenvectors of a symmetric tridiagonal matrix by relatively robust representations (see
 // mrrr.hpp).
 #include "blas/calls.hpp"
+#include "lapack/calls/mrrr.hpp"
 #include "lapack/calls/norms.hpp"
-#include "lapack/kernel/source/tridiagonal/mrrr.hpp"
 #include "lapack/workspace.hpp"
 
 namespace qrv::lapack {
 namespace {
 
 constexpr float eps = machine::precision;
-
-// SLARRJ: values of the first n rows of T refined to full relative accuracy, numbers from 1.
-void larrj(const Sturm& t, int m, const int* index, float* w, const float* werr, float tolerance, float diameter) {
-    const int steps = bisection_steps(diameter, t.leastPivot);
-    constexpr int doublings = 260;
-    for (int i = 0; i < m; ++i) {
-        Interval range{w[i] - werr[i], w[i] + werr[i]};
-        float step = std::max(werr[i], t.leastPivot);
-        for (int k = 0; k < doublings && t.count(range.low) >= index[i]; ++k, step *= 2)
-            range.low -= step;
-        step = std::max(werr[i], t.leastPivot);
-        for (int k = 0; k < doublings && t.count(range.high) < index[i]; ++k, step *= 2)
-            range.high += step;
-        for (int k = 0; k < steps && !((range.high - range.low) / 2 < tolerance * range.size()); ++k) {
-            const float middle = range.middle();
-            (t.count(middle) < index[i] ? range.low : range.high) = middle;
-        }
-        w[i] = range.middle();
-    }
-}
 
 // Both values of a 2 x 2 matrix, or what is wanted of them, the smaller one first.
 int solve_two(bool vectors, const Wanted& wanted, const float* d, float e, float* w, Matrix<float> z, int* isuppz) {
@@ -125,16 +105,18 @@ StemrResult stemr(bool vectors, Wanted wanted, int n, float* d, float* e, float*
 
     WorkParts<float> floats{work};
     WorkParts<int> ints{iwork};
-    Mrrr x{};
-    x.n = n, x.d = d, x.e = e, x.w = w;
-    x.gershgorin = floats.take(2 * std::int64_t{n});
-    x.werr = floats.take(n);
-    x.wgap = floats.take(n);
     float* const original = floats.take(n);
-    x.e2 = floats.take(n);
-    x.isplit = ints.take(n);
-    x.iblock = ints.take(n);
-    x.indexw = ints.take(n);
+    Mrrr x{n,
+           d,
+           e,
+           floats.take(n),
+           floats.take(2 * std::int64_t{n}),
+           ints.take(n),
+           w,
+           floats.take(n),
+           floats.take(n),
+           ints.take(n),
+           ints.take(n)};
 
     const bool relative = tryRelative && larrr(n, d, e);
     kernel::copy(n, {d}, Vector{original});
@@ -143,11 +125,11 @@ StemrResult stemr(bool vectors, Wanted wanted, int n, float* d, float* e, float*
     const RefineTolerance tolerance =
         vectors ? RefineTolerance{std::max(std::sqrt(eps) * 5e-2F, 4 * eps), std::max(std::sqrt(eps) * 5e-3F, 4 * eps)}
                 : RefineTolerance{4 * eps, 4 * eps};
-    if (!larre(wanted, x, tolerance, relative ? eps : -eps, floats.next, ints.next))
-        return {0, 1, relative};
+    if (const int info = larre(wanted, x, tolerance, relative ? eps : -eps, floats.next, ints.next); info != 0)
+        return {0, 10 + std::abs(info), relative};
     if (vectors) {
-        if (!larrv(x, tolerance, z, isuppz, floats.next, ints.next))
-            return {0, 2, relative};
+        if (const int info = larrv(x, {1, x.m, usualGap}, tolerance, z, isuppz, floats.next, ints.next); info != 0)
+            return {0, 20 + std::abs(info), relative};
     } else {
         for (int i = 0; i < x.m; ++i)
             w[i] += e[x.last_row(x.iblock[i] - 1)];
@@ -159,8 +141,9 @@ StemrResult stemr(bool vectors, Wanted wanted, int n, float* d, float* e, float*
             m = 1;
             while (begin + m < x.m && x.iblock[begin + m] == block + 1)
                 ++m;
-            larrj(whole.block(x.first_row(block), x.last_row(block)), m, x.indexw + begin, w + begin, x.werr + begin,
-                  4 * eps, norm * scale);
+            if (x.first_row(block) < x.last_row(block)) // else it is exact
+                larrj(whole.block(x.first_row(block), x.last_row(block)), m, x.indexw[begin], w + begin, x.werr + begin,
+                      4 * eps, norm * scale);
         }
     }
     if (scale != 1)

@@ -1,4 +1,4 @@
-// Counts of eigenvalues and bisection by them, for SSTEBZ and for the roots of SSTEMR.
+// Counts of eigenvalues and bisection by them, for SSTEBZ and for the roots of SSTEMR (SLARRD, SLAEBZ).
 #pragma once
 
 #include <algorithm>
@@ -67,12 +67,34 @@ struct BisectionTolerance {
     bool met_by(Interval x) const { return x.high - x.low < std::max(absolute, relative * x.size()); }
 };
 
-// The eigenvalues counted from `first` to `last` - 1 that lie in an interval, in ascending order: store(value, half the
-// width of its interval, index, converged). stack: room for a pair of floats and of ints for each of them.
 struct CountedInterval {
     Interval range;
     int below, upTo; // eigenvalues up to its ends
 };
+
+// Halves an interval until it is fine enough, which the result tells, but so many times at most. If eigenvalues lie in
+// both halves it goes on with the lower one: put_aside(the upper one) tells whether there is room for that.
+template <class PutAside>
+bool narrow(const Sturm& t, CountedInterval& now, int steps, const BisectionTolerance& tolerance,
+            const PutAside& put_aside) {
+    for (int step = 0; step < steps && !tolerance.met_by(now.range); ++step) {
+        const float middle = now.range.middle();
+        const int count = std::clamp(t.count(middle), now.below, now.upTo);
+        if (count == now.upTo) {
+            now.range.high = middle;
+        } else if (count == now.below) {
+            now.range.low = middle;
+        } else {
+            if (!put_aside(CountedInterval{{middle, now.range.high}, count, now.upTo}))
+                return false;
+            now = {{now.range.low, middle}, now.below, count};
+        }
+    }
+    return tolerance.met_by(now.range);
+}
+
+// The eigenvalues counted from `below` to `upTo` - 1 that lie in an interval, in ascending order: store(value, half the
+// width of its interval, index, converged). stack: room for a pair of floats and of ints for each of them.
 struct BisectionStack {
     float* floats;
     int* ints;
@@ -94,22 +116,10 @@ void bisect(const Sturm& t, CountedInterval whole, const BisectionTolerance& tol
     const int steps = bisection_steps(whole.range.high - whole.range.low, t.leastPivot);
     int waiting = 0; // each for eigenvalues of its own, so there is room
     for (CountedInterval now = whole; now.below < now.upTo;) {
-        bool converged = false;
-        for (int step = 0; step < steps; ++step) {
-            converged = tolerance.met_by(now.range);
-            if (converged)
-                break;
-            const float middle = now.range.middle();
-            const int count = std::clamp(t.count(middle), now.below, now.upTo);
-            if (count == now.upTo) {
-                now.range.high = middle;
-            } else if (count == now.below) {
-                now.range.low = middle;
-            } else {
-                stack.push(waiting++, {{middle, now.range.high}, count, now.upTo});
-                now = {{now.range.low, middle}, now.below, count};
-            }
-        }
+        const bool converged = narrow(t, now, steps, tolerance, [&](const CountedInterval& upper) {
+            stack.push(waiting++, upper);
+            return true;
+        });
         for (int i = now.below; i < now.upTo; ++i)
             store(now.range.middle(), (now.range.high - now.range.low) / 2, i, converged);
         if (waiting == 0)
@@ -120,9 +130,9 @@ void bisect(const Sturm& t, CountedInterval whole, const BisectionTolerance& tol
 
 // Around the place where the number of eigenvalues passes `wanted`: at most so many up to its low end, at least so many
 // up to its high end.
-inline CountedInterval find_count(const Sturm& t, Interval range, int wanted, const BisectionTolerance& tolerance) {
+inline CountedInterval find_count(const Sturm& t, Interval range, int wanted, int steps,
+                                  const BisectionTolerance& tolerance) {
     CountedInterval now{range, t.count(range.low), t.count(range.high)};
-    const int steps = bisection_steps(range.high - range.low, t.leastPivot);
     for (int step = 0; step < steps && !tolerance.met_by(now.range); ++step) {
         const float middle = now.range.middle();
         const int count = t.count(middle);
@@ -151,12 +161,15 @@ struct BlockSearch {
     const float *d, *e;
     const int* ends; // last row of each block, from 1
     int blocks;
-    float absolute,
-        relative; // tolerances; if `absolute` is not positive, it is the precision times the norm of a block
+    float absolute; // tolerance; if it is not positive, it is the precision times the norm of a block
+    float relative;
 };
+// For SLARRD, which is given a relative one.
+constexpr float least_tolerance(float leastPivot) {
+    return 4 * machine::safeMinimum + 4 * leastPivot;
+}
 
-// Where they go: block by block, ascending in each. Half the width of the interval and the number in the block are kept
-// if there is room for them.
+// Where they go. Half the width of the interval and the number in the block are kept if there is room for them.
 struct Found {
     float* w;
     int* iblock; // from 1, negative if not converged
@@ -179,10 +192,49 @@ struct Found {
 
 struct SearchResult {
     Interval searched{}; // where they lie
-    bool lost = false;   // the interval of all eigenvalues did not hold all
-    bool tooFew = false; // for the indices that are wanted
+    int count = 0;
+    int info = 0; // 1: some are less accurate; 2: too few; 3: both; 4: the interval of all eigenvalues was wrong
+    void store(int* toCount, float* toLow, float* toHigh, int* toInfo) const {
+        *toCount = count;
+        *toLow = searched.low;
+        *toHigh = searched.high;
+        *toInfo = info;
+    }
 };
-// stack: room for 2 n floats and 2 n ints.
-SearchResult larrd(const BlockSearch& search, const Wanted& wanted, BisectionStack stack, Found& found);
+// In ascending order, or in that order block by block. stack: room for 2 n floats and 2 n ints.
+SearchResult larrd(const BlockSearch& search, const Wanted& wanted, bool byBlock, BisectionStack stack, Found found);
+
+// ---- A list of intervals (SLAEBZ) ---------------------------------------------------------------------------------
+
+// Of which `count` are given. ends, counts: the lower ones of all, then, from element `room` on, the upper ones.
+struct IntervalList {
+    int count, room;
+    float* ends;
+    int *counts, *wanted;
+
+    CountedInterval at(int i) const { return {{ends[i], ends[room + i]}, counts[i], counts[room + i]}; }
+    void put(int i, const CountedInterval& x) const {
+        ends[i] = x.range.low;
+        ends[room + i] = x.range.high;
+        counts[i] = x.below;
+        counts[room + i] = x.upTo;
+    }
+    void exchange(int i, int k) const {
+        const CountedInterval x = at(i);
+        put(i, at(k));
+        put(k, x);
+    }
+};
+enum class IntervalJob : int { count = 1, halve = 2, findCounts = 3 };
+struct IntervalResult {
+    int found = 0;
+    int info = 0; // how many have not converged; one more than the room if that did not do; -1: no such job
+    void store(int* toFound, int* toInfo) const {
+        *toFound = found;
+        *toInfo = info;
+    }
+};
+IntervalResult laebz(IntervalJob job, const Sturm& t, int steps, const BisectionTolerance& tolerance,
+                     IntervalList list);
 
 } // namespace qrv::lapack

@@ -10,29 +10,22 @@
 // MRRR algorithm, ACM TOMS 32 (2006).
 #pragma once
 
+#include "lapack/calls/bisection.hpp"
 #include "lapack/calls/symmetric.hpp"
-#include "lapack/kernel/source/tridiagonal/bisection.hpp"
 
 namespace qrv::lapack {
 
 // Of order n: the n elements of D, the n - 1 of L below its diagonal, and the products D L and D L L.
 struct Representation {
     int n;
-    float *d, *l, *ld, *lld;
-
-    void multiply() const {
-        for (int i = 0; i < n - 1; ++i) {
-            ld[i] = d[i] * l[i];
-            lld[i] = ld[i] * l[i];
-        }
-    }
+    const float *d, *l, *ld, *lld;
 };
 
-// Eigenvalues of a block, counted from its first one that is wanted: index[i], from 1, is the number of the i-th among
-// all of the block. w -+ werr holds it, wgap is the distance to the next interval.
+// Eigenvalues of a block that follow each other: the first is number `number` of the block, from 1. w -+ werr holds
+// one, wgap is the distance to the next interval.
 struct Values {
     float *w, *werr, *wgap;
-    const int* index;
+    int number;
 };
 
 // The numbers of eigenvalues of L D L' below so many x, by a factorization twisted at row r, from 0 (SLANEG).
@@ -56,30 +49,61 @@ struct ClusterGaps {
 bool larrf(const Representation& parent, const Values& values, int first, int last, float diameter, ClusterGaps gaps,
            float leastPivot, float& shift, float* dPlus, float* lPlus, float* work);
 
-// A vector z with (L D L' - lambda) z = gamma e(r) / |z| for the twisted factorization at r, and what it tells of
+// A vector z with (L D L' - lambda) z = gamma e(r) for the twisted factorization at r, z(r) = 1, and what it tells of
 // lambda.
 struct Twisted {
     int r = -1;                         // from 0; on entry -1 asks for the r with the least gamma
     int first = 0, last = 0;            // z is 0 outside
     int below = -1;                     // eigenvalues below lambda
+    float gamma = 0, squares = 0;       // the sum of those of z
     float scale = 0;                    // 1 / |z|
     float residual = 0, correction = 0; // of lambda, by its Rayleigh quotient
+
+    // Of a part of the rows from number `row` on.
+    void store(int row, float* toSquares, float* toGamma, int* toR, int* toSupport, float* toScale, float* toResidual,
+               float* toCorrection) const {
+        *toSquares = squares;
+        *toGamma = gamma;
+        *toR = r + row;
+        toSupport[0] = first + row;
+        toSupport[1] = last + row;
+        *toScale = scale;
+        *toResidual = residual;
+        *toCorrection = correction;
+    }
 };
-// negligible: what may be left out of z where it decays. work: 4 n floats.
-void lar1v(const Representation& rep, float lambda, float leastPivot, float negligible, float* z, Twisted& t,
-           float* work);
+// above: L D L of the row above, if these are a part of the rows. negligible: what may be left out of z where it
+// decays. work: 4 n floats.
+void lar1v(const Representation& rep, float above, float lambda, float leastPivot, float negligible, float* z,
+           Twisted& t, float* work);
+
+// Values of T refined to this accuracy beside their size (SLARRJ): m of them, from this number on.
+void larrj(const Sturm& t, int m, int number, float* w, float* werr, float tolerance, float diameter);
+
+// Cuts T where elements beside its diagonal are negligible (SLARRA): beside the norm if the tolerance is negative, else
+// beside their neighbours on the diagonal. Result: the number of blocks, whose last rows, from 1, are in isplit.
+int larra(int n, const float* d, float* e, float* e2, float tolerance, float norm, int* isplit);
 
 // T as it comes to SSTEMR: a part of a sequence of blocks with what was found of it.
 struct Mrrr {
-    int n, blocks, m;
+    int n;
     float *d, *e; // T; then D and L of the roots, with the shift of a block behind its L
     float* e2;
     float* gershgorin; // 2 n: an interval for each row of T
     int* isplit;       // last row of each block, from 1
     float *w, *werr, *wgap;
     int *iblock, *indexw;
-    float leastPivot;
-    Interval searched; // what holds the values that are wanted
+    int blocks = 0, m = 0;
+    float leastPivot = 0;
+    Interval searched{}; // what holds the values that are wanted
+
+    void store(float* toLow, float* toHigh, int* toBlocks, int* toM, float* toLeastPivot) const {
+        *toLow = searched.low;
+        *toHigh = searched.high;
+        *toBlocks = blocks;
+        *toM = m;
+        *toLeastPivot = leastPivot;
+    }
 
     int first_row(int block) const { return block == 0 ? 0 : isplit[block - 1]; }
     int last_row(int block) const { return isplit[block] - 1; }
@@ -93,11 +117,20 @@ struct Mrrr {
 };
 
 // The roots of all blocks and the eigenvalues relative to their shifts (SLARRE). work: 6 n floats, iwork: 5 n ints.
-// Result: whether all went well.
-bool larre(const Wanted& wanted, Mrrr& problem, const RefineTolerance& tolerance, float splitTolerance, float* work,
-           int* iwork);
+// Result: 0; -1: the values were not found by bisection; 2: a block has no root; -5: dqds did not find its values, -6:
+// or one that is no number.
+int larre(const Wanted& wanted, Mrrr& problem, const RefineTolerance& tolerance, float splitTolerance, float* work,
+          int* iwork);
 
-// The eigenvectors (SLARRV); w becomes absolute. work: 12 n floats, iwork: 7 n ints.
-bool larrv(Mrrr& problem, const RefineTolerance& tolerance, Matrix<float> z, int* isuppz, float* work, int* iwork);
+// Eigenvectors `first` to `last`, from 1, of the values (SLARRV); w becomes absolute. gap: to the next value that one
+// needs to stand alone, beside its size. work: 12 n floats, iwork: 7 n ints. Result: 0, or -2: a cluster has no
+// representation.
+struct VectorsWanted {
+    int first, last;
+    float gap;
+};
+constexpr float usualGap = 3e-3F;
+int larrv(Mrrr& problem, const VectorsWanted& vectors, const RefineTolerance& tolerance, Matrix<float> z, int* isuppz,
+          float* work, int* iwork);
 
 } // namespace qrv::lapack

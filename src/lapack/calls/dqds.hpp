@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 
 #include "service/machine_constants.hpp"
 
@@ -33,6 +35,14 @@ struct Dqds {
     int choice = 0;
     float damping = 0;
 
+    // Of all transforms so far: how many there were, those whose shift was too large, and divisions.
+    int iterations = 0, failures = 0;
+    std::int64_t divisions = 0;
+    void count_one() {
+        ++iterations;
+        divisions += last - first + 2;
+    }
+
     float& q(int k) const { return z[4 * std::ptrdiff_t{k} + now]; }
     float& e(int k) const { return z[4 * std::ptrdiff_t{k} + 2 + now]; }
     float& other_q(int k) const { return z[4 * std::ptrdiff_t{k} + 1 - now]; }
@@ -51,6 +61,40 @@ private:
     float shift_of_last();
     float shift_after_one();
     float shift_after_two();
+};
+
+// Splits off what has converged at the end; then, if anything is left, one transform with a shift that is small enough,
+// after which `now` is the array that it wrote (SLASQ3).
+void lasq3(Dqds& x);
+
+// Rows i0 to n0, from 1, of which array pp is the present one; 2: array 0, just turned round.
+inline Dqds dqds_of(float* z, int i0, int n0, int pp) {
+    return {.z = z, .first = i0 - 1, .last = n0 - 1, .now = pp == 1, .flipped = pp == 2};
+}
+// Transforms and the choice of a shift take three rows at least.
+constexpr int leastRows = 3;
+
+// Where a caller has what the last transform left.
+template <class Float>
+struct DqdsLeast {
+    Float *dmin, *dmin1, *dmin2, *dn, *dn1, *dn2;
+
+    void load(Dqds& x) const {
+        x.dmin = *dmin, x.dmin1 = *dmin1, x.dmin2 = *dmin2;
+        x.dn = *dn, x.dn1 = *dn1, x.dn2 = *dn2;
+    }
+    void store(const Dqds& x) const {
+        *dmin = x.dmin, *dmin1 = x.dmin1, *dmin2 = x.dmin2;
+        *dn = x.dn, *dn1 = x.dn1, *dn2 = x.dn2;
+    }
+    // One transform of enough rows, which changes these; what it does not get to stays as it was.
+    void change(Dqds x, void (Dqds::*transform)()) const {
+        if (x.last - x.first + 1 < leastRows)
+            return;
+        load(x);
+        (x.*transform)();
+        store(x);
+    }
 };
 
 // NaN stays.
