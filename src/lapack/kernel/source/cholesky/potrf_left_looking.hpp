@@ -26,6 +26,9 @@ constexpr int half_in_blocks(int n) {
     return (n / 2 + block - 1) / block * block;
 }
 
+// Columns that are left over join the last block if they are so few. The first one never takes all.
+constexpr int fewLeftOver = 4;
+
 // In blocks of nb; factor(j, jb, block) factors the one on the diagonal.
 template <Layer layer, class T, class Factor>
 FactorResult factor_left_looking(int nb, Uplo uplo, int n, Matrix<T> a, const Factor& factor) {
@@ -35,7 +38,7 @@ FactorResult factor_left_looking(int nb, Uplo uplo, int n, Matrix<T> a, const Fa
     const T one = scalar<T>(1), minusOne = scalar<T>(-1);
     const bool upper = uplo == Uplo::upper;
     for (int j = 0, jb; j < n; j += jb) {
-        jb = std::min(nb, n - j);
+        jb = j > 0 && n - j <= nb + fewLeftOver ? n - j : std::min(nb, n - j);
         const int rest = n - j - jb;
         const Matrix<T> done = upper ? a.block(0, j) : a.block(j, 0), diagonal = a.block(j, j);
         if (j > 0)

@@ -23,6 +23,10 @@
 //     was written to it.
 //   - A cell is given back without a lock, while other threads take tasks. Its corner goes last, as does that of each
 //     finer cell in it: who looks at a corner finds the whole cell given back.
+//
+// So it comes to an end. Each task takes its cell on by a step at least, and there are so many steps; the reach grows
+// so many times. A thread that finds nothing waits only while the first unfinished tile of the first unfinished column,
+// which would be ready, is held; its holder waits for nobody, and ends its task or, where its cell fails, the team.
 #pragma once
 
 #include <algorithm>

@@ -12,7 +12,7 @@
 namespace qrv::lapack {
 namespace {
 
-constexpr int leafSide = 32;
+constexpr int leafSide = 32, largestLeaf = leafSide + fewLeftOver;
 // Orders up to this go block by block. Above, thin products cost AVX2 kernels a tenth to a fifth over those of halves.
 constexpr int fewBlocks = 4 * leafSide;
 
@@ -24,9 +24,9 @@ using Quad [[gnu::may_alias]] = float __attribute__((vector_size(lanes * sizeof(
 // L by columns; U is held as its transpose. Up to whole vectors zeros follow the last row and the last column, and what
 // stands above the diagonal does not matter.
 struct alignas(64) Square {
-    float elements[leafSide * leafSide];
+    float elements[largestLeaf * largestLeaf];
 
-    float& operator()(int i, int j) { return elements[i + leafSide * j]; }
+    float& operator()(int i, int j) { return elements[i + largestLeaf * j]; }
     Quad* quads(int j) { return reinterpret_cast<Quad*>(&(*this)(0, j)); }
 };
 
@@ -181,7 +181,7 @@ int factor_leaf(Uplo uplo, int n, Matrix<SingleComplex> a) {
 
 template <class T>
 int potf2(Uplo uplo, int n, Matrix<T> a) {
-    if (n <= leafSide)
+    if (n <= largestLeaf)
         return factor_leaf(uplo, n, a);
     const int nb = n <= fewBlocks ? leafSide : half_in_blocks(n);
     const auto factor = [uplo](int, int jb, Matrix<T> diagonal) { return FactorResult{potf2(uplo, jb, diagonal)}; };
