@@ -53,13 +53,25 @@ struct GeneratedQ {
         const Matrix<T> v = at(i, i), t{work, count};
         T* const rest = work + count * count;
         larft<T>(Direct::forward, store, length - i, count, v, tau + i, t);
-        apply_block(i, {Direct::forward, store, count, v, t}, rest);
-        generate_block(length - i - count, count, v, t, {rest, count});
+        apply_block(i, {Direct::forward, store, count, v, t}, lines - i - count, rest);
+        generate_lines(i, count, t, rest);
     }
 
 private:
-    void apply_block(int i, const BlockReflector<T>& h, T* work) const {
-        const int behind = lines - i - h.k;
+    // The own lines of a block by halves, which have their T on the diagonal of its T, down to `fewest`: W of a wide
+    // block has more rounding errors than the reflectors one by one would leave.
+    void generate_lines(int i, int count, Matrix<T> t, T* work) const {
+        constexpr int fewest = 8;
+        if (count <= fewest)
+            return generate_block(length - i - count, count, at(i, i), t, {work, count});
+        const int half = count / 2, behind = count - half;
+        generate_lines(i + half, behind, t.block(half, half), work);
+        clear(i, i + half, i + half, i + count);
+        apply_block(i, {Direct::forward, store, half, at(i, i), t}, behind, work);
+        generate_lines(i, half, t, work);
+    }
+    // To so many lines behind it.
+    void apply_block(int i, const BlockReflector<T>& h, int behind, T* work) const {
         if (behind == 0)
             return;
         const Matrix<T> c = at(i, i + h.k);
