@@ -1,4 +1,5 @@
-// The unpacked GEMM of the wide vector forms: what it promises beyond the contract, and the rule that chooses it.
+// The unpacked GEMM of the wide vector forms: what it promises beyond the contract, and the route of a product.
+#include <algorithm>
 #include <string_view>
 
 #include "support/gemm.hpp"
@@ -24,25 +25,34 @@ TYPED_TEST(GemmDirect, ResultDependsOnTheOperandsAlone) {
         }
 }
 
+using kernel::sse42::GemmRoute;
+
+template <class T>
+GemmRoute route(VectorForm form, const char* ops, int m, int n, int k, bool conflicting = false) {
+    const auto is = [&](int i, char option) { return ops[i] == option; };
+    return kernel::sse42::gemm_route<T>(form, {!is(0, 'N'), !is(1, 'N'), is(0, 'C'), is(1, 'C'), conflicting, m, n, k});
+}
+
 // What goes unpacked does so for any smaller size, and never once it is large, or more than an integer holds.
-TYPED_TEST(GemmDirect, Rule) {
+TYPED_TEST(GemmDirect, RouteGrowsWithTheSizes) {
     using T = TypeParam;
-    constexpr int sizes[] = {1, 4, 8, 12, 14, 16, 32, 33, 64, 128, 256, 512, 1024, 2048, 4096};
+    constexpr int sizes[] = {2, 4, 8, 12, 14, 16, 32, 33, 64, 128, 256, 512, 1024, 2048, 4096};
     constexpr int shallow = 32; // products below this depth go by their area too
+    constexpr int most = std::numeric_limits<int>::max();
     for (const VectorForm form : {VectorForm::sse, VectorForm::avx2, VectorForm::avx512})
-        for (const bool ta : {false, true})
-            for (const bool tb : {false, true}) {
+        for (const char* ops : {"NN", "NT", "TN", "TT"})
+            for (const bool conflicting : {false, true}) {
                 const auto goes = [&](int m, int n, int k) {
-                    return kernel::sse42::goes_direct<T>(form, ta, tb, m, n, k);
+                    return route<T>(form, ops, m, n, k, conflicting && ops[0] == 'N') == GemmRoute::direct;
                 };
                 for (const int m : sizes)
                     for (const int n : sizes)
                         for (const int k : sizes)
-                            EXPECT_TRUE(!goes(m, n, k) || (goes((m + 1) / 2, n, k) && goes(m, (n + 1) / 2, k) &&
-                                                           (k / 2 < shallow || goes(m, n, k / 2))))
-                                << static_cast<int>(form) << ta << tb << ' ' << m << ' ' << n << ' ' << k;
-                constexpr int most = std::numeric_limits<int>::max();
-                EXPECT_TRUE(goes(1, 1, 1) && goes(7, 7, 7));
+                            EXPECT_TRUE(!goes(m, n, k) || m == 2 || n == 2 ||
+                                        (goes((m + 1) / 2, n, k) && goes(m, (n + 1) / 2, k) &&
+                                         (k / 2 < shallow || goes(m, n, k / 2))))
+                                << static_cast<int>(form) << ops << ' ' << m << ' ' << n << ' ' << k;
+                EXPECT_TRUE(goes(2, 2, 1) && goes(7, 7, 7));
                 EXPECT_FALSE(goes(1024, 1024, 1024) || goes(1025, 1024, 8) || goes(most, most, most));
                 // What has no tile in the packed path, however large: it would fall back on narrow vectors.
                 const bool wide = form != VectorForm::sse;
@@ -51,14 +61,50 @@ TYPED_TEST(GemmDirect, Rule) {
                           wide);
                 EXPECT_FALSE(goes(4, 20000, 2300000) || goes(20000, 33, 2300) || goes(20000, 20000, 4));
             }
-    const auto last = [](VectorForm form, bool ta, int m, int n, int k) {
-        return kernel::sse42::goes_direct<T>(form, ta, false, m, n, k) &&
-               !kernel::sse42::goes_direct<T>(form, ta, false, m, n, k + 1);
+}
+
+// Both sides of the edges: `last` is the deepest product of m x n that goes unpacked.
+TYPED_TEST(GemmDirect, RoutesAtTheEdges) {
+    using T = TypeParam;
+    constexpr auto sse = VectorForm::sse, avx2 = VectorForm::avx2, avx512 = VectorForm::avx512;
+    struct Edge {
+        VectorForm form;
+        const char* ops;
+        bool conflicting;
+        int m, n, last;
+        GemmRoute beyond;
     };
-    constexpr int sse = isComplex<T> ? 11 : 14, avx512 = isComplex<T> ? 128 : 512;
-    EXPECT_TRUE(last(VectorForm::sse, false, sse, sse, sse));
-    EXPECT_TRUE(last(VectorForm::avx2, true, isComplex<T> ? 128 : 64, 64, isComplex<T> ? 128 : 64));
-    EXPECT_TRUE(last(VectorForm::avx512, false, isComplex<T> ? 64 : avx512, avx512, isComplex<T> ? avx512 : 256));
+    constexpr auto packed = GemmRoute::packed, panels = GemmRoute::panels;
+    const Edge real[] = {
+        {sse, "NN", false, 14, 14, 14, packed},        {sse, "TN", false, 12, 12, 12, packed},
+        {avx2, "NN", false, 128, 128, 64, packed},     {avx2, "TN", false, 128, 128, 64, packed},
+        {avx2, "NN", false, 64, 1024, 1024, packed},   {avx2, "NT", false, 64, 1024, 256, packed},
+        {avx2, "TT", false, 4096, 16, 1024, packed},   {avx512, "NN", false, 512, 512, 256, panels},
+        {avx512, "NN", true, 128, 128, 256, panels},   {avx512, "TN", false, 64, 64, 128, panels},
+        {avx512, "TN", false, 32, 1024, 4096, panels}, {avx512, "TN", false, 4096, 8, 2048, panels},
+    };
+    const Edge complex[] = {
+        {sse, "NN", false, 11, 11, 11, packed},       {sse, "TN", false, 7, 7, 7, packed},
+        {avx2, "NC", false, 128, 128, 64, packed},    {avx2, "NN", false, 4096, 16, 64, packed},
+        {avx512, "NN", false, 256, 256, 256, panels}, {avx512, "NN", true, 128, 128, 128, panels},
+        {avx512, "CN", false, 128, 128, 256, panels}, {avx512, "NC", false, 32, 512, 1024, panels},
+    };
+    const auto check = [](const Edge& e) {
+        SCOPED_TRACE(testing::Message() << static_cast<int>(e.form) << e.ops << ' ' << e.m << ' ' << e.n);
+        EXPECT_EQ(route<T>(e.form, e.ops, e.m, e.n, e.last, e.conflicting), GemmRoute::direct);
+        EXPECT_EQ(route<T>(e.form, e.ops, e.m, e.n, e.last + 1, e.conflicting), e.beyond);
+    };
+    if constexpr (isComplex<T>)
+        std::for_each(std::begin(complex), std::end(complex), check);
+    else
+        std::for_each(std::begin(real), std::end(real), check);
+    // One row or column is a vector, unless a matrix would have to be conjugated and not transposed.
+    for (const VectorForm form : {sse, avx2, avx512}) {
+        EXPECT_EQ(route<T>(form, "CT", 1000, 1, 1000), GemmRoute::vector);
+        EXPECT_EQ(route<T>(form, "TN", 1, 1000, 1000), GemmRoute::vector);
+        EXPECT_EQ(route<T>(form, "NC", 1000, 1, 8) == GemmRoute::vector, !isComplex<T>);
+        EXPECT_EQ(route<T>(form, "CN", 1, 1000, 8) == GemmRoute::vector, !isComplex<T>);
+    }
 }
 
 } // namespace

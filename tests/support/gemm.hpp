@@ -110,6 +110,12 @@ void sse42_direct(QRV_GEMM_PARAMETERS(T)) {
     (something ? *kernel::sse42::direct_gemm<T>(form) : whole)(QRV_GEMM_ARGUMENTS);
 }
 
+template <class T, auto whole>
+void sse42_panels(QRV_GEMM_PARAMETERS(T)) {
+    const bool something = *m > 0 && *n > 0 && *k > 0 && *alpha != scalar<T>(0);
+    (something ? *kernel::sse42::multiply_by_panels<T> : whole)(QRV_GEMM_ARGUMENTS);
+}
+
 #define QRV_GEMM_SUBJECTS(T, gemm)                                                                                     \
     template <>                                                                                                        \
     inline std::vector<Subject<T>> all_subjects<T>() {                                                                 \
@@ -131,7 +137,8 @@ void sse42_direct(QRV_GEMM_PARAMETERS(T)) {
                 {"avx2 by plan", 5, sse42_by_plan<T, byPlan, VectorForm::avx2>, VectorForm::avx2},                     \
                 {"avx512 by plan", 5, sse42_by_plan<T, byPlan, VectorForm::avx512>, VectorForm::avx512},               \
                 {"avx2 direct", 5, sse42_direct<T, sse42Kernel, VectorForm::avx2>, VectorForm::avx2},                  \
-                {"avx512 direct", 5, sse42_direct<T, sse42Kernel, VectorForm::avx512>, VectorForm::avx512}};           \
+                {"avx512 direct", 5, sse42_direct<T, sse42Kernel, VectorForm::avx512>, VectorForm::avx512},            \
+                {"avx512 panels", 5, sse42_panels<T, sse42Kernel>, VectorForm::avx512}};                               \
     }                                                                                                                  \
     template <>                                                                                                        \
     inline std::vector<PlanBuild<T>> all_plan_builds<T>() {                                                            \

@@ -40,14 +40,28 @@ QRV_DECLARE_PLAN_PIECES
 // blas_sgemm_plan_load and blas_cgemm_plan_load with the micro-kernel of a vector form.
 void plan_load_for(VectorForm form, GemmPlan<float>* plan);
 void plan_load_for(VectorForm form, GemmPlan<SingleComplex>* plan);
-// Whether a form computes a product of these sizes, all of them positive, without packing, and the routine that does
-// so; it takes no heed of k = 0 and alpha = 0.
+// What the route of a product depends on. `conflicting`: columns of A, which is not transposed, displace each other in
+// the innermost cache.
+struct GemmShape {
+    bool transposedA, transposedB, conjugatedA, conjugatedB, conflicting;
+    int m, n, k;
+};
+// vector   one row or column: a product of level 2
+// direct   operands as they lie, without work memory
+// panels   from copies, by the same tiles; in short of memory as direct
+// packed   by the plan
+enum class GemmRoute { vector, direct, panels, packed };
+// The way of a form to compute a product of these sizes, all of them positive.
 template <class T>
-bool goes_direct(VectorForm form, bool transposedA, bool transposedB, int m, int n, int k);
+GemmRoute gemm_route(VectorForm form, const GemmShape& shape);
+// The direct routine of a form; it takes no heed of k = 0 and alpha = 0.
 template <class T>
 using DirectGemm = void(QRV_GEMM_PARAMETERS(T));
 template <class T>
 DirectGemm<T>* direct_gemm(VectorForm form);
+// The routine of the route `panels`, which only the AVX-512 form takes; k and alpha are not 0 here either.
+template <class T>
+void multiply_by_panels(QRV_GEMM_PARAMETERS(T));
 } // namespace qrv::kernel::sse42
 
 #undef QRV_DECLARE_PLAN_PIECES

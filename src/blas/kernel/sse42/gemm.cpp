@@ -14,57 +14,75 @@ constexpr GemmPlanRow<SingleComplex> row<SingleComplex> = cgemm_row<cgemmBlocksS
 // Which products a form computes without packing: up to how many multiply-adds (m*n*k). Beyond, packing costs
 // less than operands that come from the outer caches again and again. A limit of 0: none.
 struct DirectRange {
-    double plain;                // A as it lies
-    double transposed;           // A transposed: its tiles are transposed on the way, again for each group of columns
-    int fewRows = 0;             // a C this low uses an element of B so seldom that packing and expanding it cost most
-    double low = 0;              // limit for such a C
-    double lowByRows = 0;        // the same if B is transposed and long walks along its rows thrash the address cache
-    int fewColumns = 0;          // a C this narrow uses packed A too seldom, if A is not transposed
-    double narrow = 0;           // limit for such a C
-    double narrowTransposed = 0; // the same if A is transposed: as many elements to bring together as to pack
+    double plain;                 // A as it lies
+    double conflicting;           // the same where columns of A displace each other in the innermost cache
+    double transposed;            // A transposed: its tiles are transposed on the way, again for each group of columns
+    int fewRows = 0;              // a C this low uses an element of B so seldom that packing and expanding it cost most
+    double low = 0;               // limit for such a C
+    double lowByRows = 0;         // the same if B is transposed and long walks along its rows thrash the address cache
+    int fewColumns = 0;           // a C this narrow uses packed A too seldom, if A is not transposed
+    double narrow = 0;            // limit for such a C
+    int fewColumnsTransposed = 0; // the same if A is transposed: as many elements to bring together as to pack
+    double narrowTransposed = 0;
 };
 template <class T>
 constexpr DirectRange directRanges[] = {
-    {.plain = 14 * 14 * 14, .transposed = 12 * 12 * 12},
-    {.plain = 0x1p19,
-     .transposed = 0x1p18,
-     .fewRows = 32,
-     .low = 0x1p27,
+    {.plain = 14 * 14 * 14, .conflicting = 14 * 14 * 14, .transposed = 12 * 12 * 12},
+    {.plain = 0x1p20,
+     .conflicting = 0x1p20,
+     .transposed = 0x1p20,
+     .fewRows = 64,
+     .low = 0x1p26,
      .lowByRows = 0x1p24,
-     .fewColumns = 12,
-     .narrow = 0x1p22},
+     .fewColumns = 24,
+     .narrow = 0x1p26,
+     .fewColumnsTransposed = 24,
+     .narrowTransposed = 0x1p26},
     {.plain = 0x1p26,
-     .transposed = 0x1p22,
+     .conflicting = 0x1p22,
+     .transposed = 0x1p19,
      .fewRows = 32,
      .low = 0x1p27,
      .lowByRows = 0x1p26,
      .fewColumns = 32,
-     .narrow = 0x1p26},
+     .narrow = 0x1p26,
+     .fewColumnsTransposed = 12,
+     .narrowTransposed = 0x1p26},
 };
 template <>
 constexpr DirectRange directRanges<SingleComplex>[] = {
-    {.plain = 11 * 11 * 11, .transposed = 7 * 7 * 7},
+    {.plain = 11 * 11 * 11, .conflicting = 11 * 11 * 11, .transposed = 7 * 7 * 7},
     {.plain = 0x1p20,
+     .conflicting = 0x1p20,
      .transposed = 0x1p20,
      .fewRows = 16,
      .low = 0x1p27,
      .lowByRows = 0x1p22,
-     .fewColumns = 12,
+     .fewColumns = 16,
      .narrow = 0x1p22,
+     .fewColumnsTransposed = 16,
      .narrowTransposed = 0x1p27},
-    {.plain = 0x1p20,
-     .transposed = 0x1p20,
-     .fewRows = 16,
+    {.plain = 0x1p24,
+     .conflicting = 0x1p21,
+     .transposed = 0x1p22,
+     .fewRows = 32,
      .low = 0x1p27,
-     .lowByRows = 0x1p22,
+     .lowByRows = 0x1p24,
      .fewColumns = 32,
-     .narrow = 0x1p23,
+     .narrow = 0x1p24,
+     .fewColumnsTransposed = 32,
      .narrowTransposed = 0x1p27},
 };
 
 // A product of few steps spends its time in C, which the packed path walks more gently once it leaves the caches.
 constexpr int shallowDepth = 32;
 constexpr double shallowArea[] = {0x1p19, 0x1p19, 0x1p20}; // by form
+
+// Leading dimensions of A, in multiples of this many elements, that bring its columns into the same few places of the
+// innermost cache, and from how many columns of C on that matters (see gemm_direct.hpp).
+template <class T>
+constexpr int conflictingColumns = 1024 / floatsIn<T> / floatsIn<T>;
+constexpr int leastConflictingColumns = 24;
 
 // Below these the packed path has no tile and falls back on 128 bits.
 constexpr int leastRows = 4;
@@ -74,23 +92,45 @@ template <class T>
 constexpr int leastSteps = isComplex<T> ? 2 : 4;
 constexpr int mostDirectRows = 1 << 28; // which are counted in floats
 
+template <class T>
+bool goes_direct(VectorForm form, const GemmShape& p) {
+    const DirectRange& range = directRanges<T>[static_cast<int>(form)];
+    if (form != VectorForm::sse && p.m <= mostDirectRows &&
+        (p.m < leastRows || p.n < leastColumns<T> || p.k < leastSteps<T>))
+        return true;
+    const double area = static_cast<double>(p.m) * p.n;
+    if (p.k < shallowDepth && area > shallowArea[static_cast<int>(form)])
+        return false;
+    const double work = area * p.k;
+    if (work <= (p.transposedA   ? range.transposed
+                 : p.conflicting ? range.conflicting
+                                 : range.plain) ||
+        (p.m <= range.fewRows && work <= (p.transposedB ? range.lowByRows : range.low)))
+        return true;
+    return p.transposedA ? p.n <= range.fewColumnsTransposed && work <= range.narrowTransposed
+                         : !p.conflicting && p.n <= range.fewColumns && work <= range.narrow;
+}
+
+// Whether a product with one row or one column is one of a matrix and a vector: these conjugate a matrix only on the
+// way to its transpose.
+template <class T>
+bool goes_as_vector(const GemmShape& p) {
+    return p.n == 1 ? !isComplex<T> || !p.conjugatedB
+                    : p.m == 1 && (!isComplex<T> || !(p.conjugatedA || p.conjugatedB));
+}
+
 } // namespace
 
 template <class T>
-bool goes_direct(VectorForm form, bool transposedA, bool transposedB, int m, int n, int k) {
-    const DirectRange& range = directRanges<T>[static_cast<int>(form)];
-    if (form != VectorForm::sse && m <= mostDirectRows && (m < leastRows || n < leastColumns<T> || k < leastSteps<T>))
-        return true;
-    const double area = static_cast<double>(m) * n;
-    if (k < shallowDepth && area > shallowArea[static_cast<int>(form)])
-        return false;
-    const double work = area * k;
-    return work <= (transposedA ? range.transposed : range.plain) ||
-           (m <= range.fewRows && work <= (transposedB ? range.lowByRows : range.low)) ||
-           (n <= range.fewColumns && work <= (transposedA ? range.narrowTransposed : range.narrow));
+GemmRoute gemm_route(VectorForm form, const GemmShape& p) {
+    if ((p.m == 1 || p.n == 1) && goes_as_vector<T>(p))
+        return GemmRoute::vector;
+    if (goes_direct<T>(form, p))
+        return GemmRoute::direct;
+    return form == VectorForm::avx512 ? GemmRoute::panels : GemmRoute::packed;
 }
-template bool goes_direct<float>(VectorForm, bool, bool, int, int, int);
-template bool goes_direct<SingleComplex>(VectorForm, bool, bool, int, int, int);
+template GemmRoute gemm_route<float>(VectorForm, const GemmShape&);
+template GemmRoute gemm_route<SingleComplex>(VectorForm, const GemmShape&);
 
 template <class T>
 DirectGemm<T>* direct_gemm(VectorForm form) {
@@ -108,6 +148,17 @@ DirectGemm<T>* direct_gemm(VectorForm form) {
 }
 template DirectGemm<float>* direct_gemm<float>(VectorForm);
 template DirectGemm<SingleComplex>* direct_gemm<SingleComplex>(VectorForm);
+
+template <class T>
+void multiply_by_panels(QRV_GEMM_PARAMETERS(T)) {
+#ifdef QRV_WIDE_KERNELS
+    if (sse42_avx512::panels(QRV_GEMM_ARGUMENTS))
+        return;
+#endif
+    direct_gemm<T>(VectorForm::avx512)(QRV_GEMM_ARGUMENTS);
+}
+template void multiply_by_panels<float>(QRV_GEMM_PARAMETERS(float));
+template void multiply_by_panels<SingleComplex>(QRV_GEMM_PARAMETERS(SingleComplex));
 
 namespace {
 
@@ -132,14 +183,6 @@ Gemv<T>* gemv_of(VectorForm form) {
 #endif
     static_cast<void>(form);
     return kernel(blas_sgemv_kernel, blas_cgemv_kernel);
-}
-
-// Whether the vector among the operands, and the matrix on the side that it stands on, are as level 2 takes them, which
-// conjugates a matrix only on the way to its transpose.
-template <class T>
-bool goes_as_vector(int m, int n, Op opA, Op opB) {
-    return n == 1 ? !isComplex<T> || !conjugates(opB)
-                  : m == 1 && (!isComplex<T> || !(conjugates(opA) || conjugates(opB)));
 }
 
 // op(A) times a column, or op(B)^T times what was a row.
@@ -189,6 +232,14 @@ void plan_load_for(VectorForm form, GemmPlan<SingleComplex>* plan) {
     load_plan(form, plan);
 }
 
+template <class T>
+QRV_INLINE GemmShape shape_of(const char* transa, const char* transb, const int* m, const int* n, const int* k,
+                              const int* lda) {
+    const Op opA = op_of(*transa), opB = op_of(*transb);
+    const bool conflicting = *lda % conflictingColumns<T> == 0 && !transposes(opA) && *n >= leastConflictingColumns;
+    return {transposes(opA), transposes(opB), conjugates(opA), conjugates(opB), conflicting, *m, *n, *k};
+}
+
 #define QRV_DEFINE_GEMM(T, gemm)                                                                                       \
     void blas_##gemm##_plan_load(GemmPlan<T>* plan) {                                                                  \
         plan_load_for(vector_form(), plan);                                                                            \
@@ -196,14 +247,19 @@ void plan_load_for(VectorForm form, GemmPlan<SingleComplex>* plan) {
     void blas_##gemm##_kernel(QRV_GEMM_PARAMETERS(T)) {                                                                \
         if (*m <= 0 || *n <= 0)                                                                                        \
             return;                                                                                                    \
+        if (*k <= 0 || *alpha == scalar<T>(0))                                                                         \
+            return blas_##gemm##_scale_c(m, n, beta, c, ldc);                                                          \
         const VectorForm form = vector_form();                                                                         \
-        if ((*m == 1 || *n == 1) && *k > 0 && *alpha != scalar<T>(0) &&                                                \
-            goes_as_vector<T>(*m, *n, op_of(*transa), op_of(*transb)))                                                 \
-            return multiply_vector<T>(form, QRV_GEMM_ARGUMENTS);                                                       \
-        if (*k > 0 && *alpha != scalar<T>(0) &&                                                                        \
-            goes_direct<T>(form, transposes(*transa), transposes(*transb), *m, *n, *k))                                \
+        switch (gemm_route<T>(form, shape_of<T>(transa, transb, m, n, k, lda))) {                                      \
+        case GemmRoute::direct:                                                                                        \
             return direct_gemm<T>(form)(QRV_GEMM_ARGUMENTS);                                                           \
-        blas_##gemm##_by_plan(QRV_GEMM_ARGUMENTS);                                                                     \
+        case GemmRoute::vector:                                                                                        \
+            return multiply_vector<T>(form, QRV_GEMM_ARGUMENTS);                                                       \
+        case GemmRoute::panels:                                                                                        \
+            return multiply_by_panels<T>(QRV_GEMM_ARGUMENTS);                                                          \
+        case GemmRoute::packed:                                                                                        \
+            return blas_##gemm##_by_plan(QRV_GEMM_ARGUMENTS);                                                          \
+        }                                                                                                              \
     }
 QRV_DEFINE_GEMM(float, sgemm)
 QRV_DEFINE_GEMM(SingleComplex, cgemm)

@@ -5,6 +5,7 @@
 // 8 registers it is 3 x 2.
 #include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/gemm_direct.hpp"
+#include "blas/kernel/common/gemm/gemm_panels.hpp"
 #include "blas/kernel/common/gemm/gemm_wide_complex.hpp"
 #include "blas/kernel/common/gemm/gemm_wide_form.hpp"
 #include "blas/kernel/sse42/wide.hpp"
@@ -112,6 +113,12 @@ void direct(QRV_GEMM_PARAMETERS(float)) {
 }
 void direct(QRV_GEMM_PARAMETERS(SingleComplex)) {
     gemm_direct<Vec16f, SingleComplex>(gemm_call<SingleComplex>(QRV_GEMM_ARGUMENTS));
+}
+bool panels(QRV_GEMM_PARAMETERS(float)) {
+    return gemm_by_panels<Vec16f, float>(gemm_call<float>(QRV_GEMM_ARGUMENTS));
+}
+bool panels(QRV_GEMM_PARAMETERS(SingleComplex)) {
+    return gemm_by_panels<Vec16f, SingleComplex>(gemm_call<SingleComplex>(QRV_GEMM_ARGUMENTS));
 }
 
 } // namespace qrv::kernel::sse42_avx512

@@ -19,4 +19,10 @@
 QRV_DECLARE_WIDE_FORM(sse42_avx2)
 QRV_DECLARE_WIDE_FORM(sse42_avx512)
 
+namespace qrv::kernel::sse42_avx512 {
+// The same from copies in work memory. False if that is refused: nothing has been done then.
+bool panels(QRV_GEMM_PARAMETERS(float));
+bool panels(QRV_GEMM_PARAMETERS(SingleComplex));
+} // namespace qrv::kernel::sse42_avx512
+
 #undef QRV_DECLARE_WIDE_FORM

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "blas/matrix.hpp"
 
@@ -116,6 +117,12 @@ constexpr int k_block(const BlockRule& rule, int k, int kUnit) {
 constexpr int even_k_block(const BlockRule& rule, int k, int kUnit) {
     const int blocks = k / rule.kbFull + (k % rule.kbFull != 0);
     return round_up(k / blocks + (k % blocks != 0), kUnit);
+}
+
+// So many blocks of at most `most` make up n evenly; each is a multiple of `unit` but the last one.
+constexpr int even_block(int n, int most, int unit) {
+    const std::int64_t blocks = (std::int64_t{n} + most - 1) / most;
+    return static_cast<int>((n + blocks * unit - 1) / (blocks * unit) * unit);
 }
 
 constexpr int row_block(const BlockRule& rule, const CacheTable& caches) {

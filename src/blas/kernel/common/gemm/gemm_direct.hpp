@@ -60,6 +60,26 @@ struct DirectProduct {
     bool conjugatedA, conjugatedB;
 };
 
+// The record of a call, its operands as they lie; k, the steps of a pass, is not set.
+template <class T>
+DirectProduct<T> direct_product(const GemmCall<T>& call) {
+    constexpr std::ptrdiff_t element = floatsIn<T>;
+    const bool transposedB = transposes(call.opB);
+    const std::ptrdiff_t stepA = call.a.ld * element, stepB = call.b.ld * element;
+    DirectProduct<T> p;
+    p.aStep = stepA;
+    p.bStep = transposedB ? stepB : element;
+    p.bColumn = transposedB ? element : stepB;
+    p.ldc = call.c.ld * element;
+    p.alpha = call.alpha;
+    p.beta = call.beta;
+    if constexpr (isComplex<T>) {
+        p.conjugatedA = conjugates(call.opA);
+        p.conjugatedB = conjugates(call.opB);
+    }
+    return p;
+}
+
 constexpr float sign_bit(bool negative) {
     return negative ? -0.0F : 0.0F;
 }
@@ -123,7 +143,13 @@ void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, floa
     for (int j = 0; j < columns; ++j)
         QRV_UNROLL
     for (int v = 0; v < vectors; ++v)
-        totals[j][v] = alpha.times(combine(p, sums[j][v]));
+        totals[j][v] = combine(p, sums[j][v]);
+    if (scales_c(p.alpha))
+        QRV_UNROLL
+    for (int j = 0; j < columns; ++j)
+        QRV_UNROLL
+    for (int v = 0; v < vectors; ++v)
+        totals[j][v] = alpha.times(totals[j][v]);
     if (p.beta != scalar<T>(0)) {
         const bool scalesC = scales_c(p.beta);
         const float* in = c;
@@ -140,10 +166,10 @@ void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, floa
     for (int j = 0; j < columns; ++j, c += p.ldc) {
         QRV_UNROLL
         for (int v = 0; v < vectors - 1; ++v)
-            totals[j][v].store(c + v * Vector::lanes);
+            store_by_halves(c + v * Vector::lanes, totals[j][v]);
         float* last = c + (vectors - 1) * Vector::lanes;
-        if (!Vector::masksStores && lastRows == Vector::lanes)
-            totals[j][vectors - 1].store(last);
+        if (lastRows == Vector::lanes)
+            store_by_halves(last, totals[j][vectors - 1]);
         else if (!Vector::masksStores || (j == columns - 1 && lastRows < Vector::lanes))
             store_in_pieces(last, totals[j][vectors - 1], lastRows);
         else
@@ -177,37 +203,54 @@ struct DirectTileTable {
 template <class Vector, class T>
 constexpr DirectTileTable<Vector, T> directTiles;
 
-// Steps 0 to k-1 of the `rows` rows of one vector, each contiguous in memory, ld floats apart. Where there are no more
-// rows, lanes are filled from the last one or are zero.
+// Lane i of x[j] becomes lane j of x[i].
+template <class Vector>
+QRV_INLINE void transpose_square(Vector (&x)[Vector::lanes]) {
+    constexpr int quads = Vector::quads;
+    Vector steps[4][quads]; // of each quad of steps the first, second, third, fourth ones
+    QRV_UNROLL
+    for (int q = 0; q < quads; ++q) {
+        const Vector low01 = low_pairs(x[4 * q], x[4 * q + 1]), high01 = high_pairs(x[4 * q], x[4 * q + 1]);
+        const Vector low23 = low_pairs(x[4 * q + 2], x[4 * q + 3]), high23 = high_pairs(x[4 * q + 2], x[4 * q + 3]);
+        steps[0][q] = low_halves(low01, low23);
+        steps[1][q] = high_halves(low01, low23);
+        steps[2][q] = low_halves(high01, high23);
+        steps[3][q] = high_halves(high01, high23);
+    }
+    QRV_UNROLL
+    for (int s = 0; s < 4; ++s) {
+        transpose_quads(steps[s]);
+        QRV_UNROLL
+        for (int q = 0; q < quads; ++q)
+            x[4 * q + s] = steps[s][q];
+    }
+}
+
+// Steps 0 to k-1 of the `rows` rows of one vector, each contiguous in memory, ld floats apart: a line of each row at a
+// time. Where there are no more rows, lanes are filled from the last one.
 template <class Vector, bool whole>
 void transpose_vector(int rows, int k, const float* a, std::ptrdiff_t ld, float* out, std::ptrdiff_t outStep) {
-    constexpr int quads = Vector::quads, stepsAtOnce = 4;
-    constexpr int vectors = stepsAtOnce / quads; // that hold four steps of four rows
-    const auto row = [=](int i) { return a + (whole ? i : smaller(i, rows - 1)) * ld; };
-    for (int l = 0; l < k; l += stepsAtOnce) {
-        Vector x[quads][vectors];
+    constexpr int lanes = Vector::lanes;
+    const auto transpose = [&](int l, auto load) __attribute__((always_inline)) {
+        Vector x[lanes];
+        const float* row = a + l;
         QRV_UNROLL
-        for (int q = 0; q < quads; ++q) {
-            const float* const quad[4] = {row(4 * q), row(4 * q + 1), row(4 * q + 2), row(4 * q + 3)};
-            if (whole || 4 * q < rows)
-                transpose_rows(quad, l, k - l, x[q]);
-            else
-                QRV_UNROLL
-            for (int h = 0; h < vectors; ++h)
-                x[q][h] = Vector::zero();
+        for (int i = 0; i < lanes; ++i) {
+            x[i] = load(row);
+            if (whole || i + 1 < rows)
+                row += ld;
         }
+        transpose_square(x);
         QRV_UNROLL
-        for (int h = 0; h < vectors; ++h) {
-            Vector steps[quads];
-            QRV_UNROLL
-            for (int q = 0; q < quads; ++q)
-                steps[q] = x[q][h];
-            transpose_quads(steps);
-            QRV_UNROLL
-            for (int q = 0; q < quads; ++q)
-                steps[q].store_aligned(out + (l + h * quads + q) * outStep);
-        }
-    }
+        for (int s = 0; s < lanes; ++s)
+            if (l + s < k)
+                x[s].store_aligned(out + (l + s) * outStep);
+    };
+    int l = 0;
+    for (; k - l >= lanes; l += lanes)
+        transpose(l, [](const float* p) { return Vector::load(p); });
+    if (l < k)
+        transpose(l, [mask = Vector::Mask::first(k - l)](const float* p) { return load_kept(p, mask); });
 }
 
 // The same of complex rows, as many as the vector holds pairs of floats.
@@ -280,8 +323,9 @@ QRV_INLINE void direct_rows(RowShare<Vector, T> share, int n, const DirectProduc
 
 template <class Vector, class T>
 QRV_INLINE void direct_straight(int m, int n, DirectProduct<T>& p, int k, const float* a, const float* b, float* c) {
+    const int steps = even_block(k, directDepth, directUnit);
     for (int l = 0; l < k; l += p.k, p.beta = scalar<T>(1)) {
-        p.k = smaller(k - l, directDepth);
+        p.k = smaller(k - l, steps);
         // Down the columns of C if the steps are few, as it is then C that the time goes into.
         const int columnsAtOnce = p.k <= directShallow ? DirectTiles<Vector, T>::columns : n;
         for (int j = 0, columns; j < n; j += columns) {
@@ -325,22 +369,13 @@ template <class Vector, class T>
 QRV_INLINE void gemm_direct(const GemmCall<T>& call) {
     QRV_ASSERT(call.is_well_formed());
     constexpr std::ptrdiff_t element = floatsIn<T>;
-    const bool transposedA = transposes(call.opA), transposedB = transposes(call.opB);
+    const bool transposedA = transposes(call.opA);
     if constexpr (!isComplex<T>)
-        if (call.k >= dotsDepth<Vector> && pays_by_dots<Vector>(transposedA, transposedB, call.m, call.n, call.k))
+        if (call.k >= dotsDepth<Vector> &&
+            pays_by_dots<Vector>(transposedA, transposes(call.opB), call.m, call.n, call.k))
             return gemm_by_dots<Vector>(call);
-    const std::ptrdiff_t stepA = call.a.ld * element, stepB = call.b.ld * element;
-    DirectProduct<T> p;
-    p.aStep = stepA;
-    p.bStep = transposedB ? stepB : element;
-    p.bColumn = transposedB ? element : stepB;
-    p.ldc = call.c.ld * element;
-    p.alpha = call.alpha;
-    p.beta = call.beta;
-    if constexpr (isComplex<T>) {
-        p.conjugatedA = conjugates(call.opA);
-        p.conjugatedB = conjugates(call.opB);
-    }
+    const std::ptrdiff_t stepA = call.a.ld * element;
+    DirectProduct<T> p = direct_product(call);
     const auto *aFloats = reinterpret_cast<const float*>(call.a.data),
                *bFloats = reinterpret_cast<const float*>(call.b.data);
     auto* cFloats = reinterpret_cast<float*>(call.c.data);

@@ -152,6 +152,12 @@ inline void store_kept(float* p, Vec16f x, Vec16f::Mask mask) {
     _mm512_mask_storeu_ps(p, mask.bits, x.v);
 }
 
+// For memory that may not begin a line: a store across two lines costs as much as several.
+inline void store_by_halves(float* p, Vec16f x) {
+    _mm256_storeu_ps(p, _mm512_castps512_ps256(x.v));
+    _mm256_storeu_ps(p + 8, _mm512_extractf32x8_ps(x.v, 1));
+}
+
 // The first `count` lanes, fewer than all, by whole stores.
 inline void store_in_pieces(float* p, __m256 x, int count) {
     __m128 quad = _mm256_castps256_ps128(x);

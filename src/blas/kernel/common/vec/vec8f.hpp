@@ -138,6 +138,11 @@ inline void store_kept(float* p, Vec8f x, Vec8f::Mask mask) {
     _mm256_maskstore_ps(p, _mm256_castps_si256(mask.bits), x.v);
 }
 
+// Halves are for vectors of a whole line.
+inline void store_by_halves(float* p, Vec8f x) {
+    x.store(p);
+}
+
 // The first `count` lanes, fewer than all, by whole stores.
 inline void store_in_pieces(float* p, Vec8f x, int count) {
     __m128 quad = _mm256_castps256_ps128(x.v);

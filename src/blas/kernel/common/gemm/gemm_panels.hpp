@@ -1,0 +1,251 @@
+// C := alpha*op(A)*op(B) + beta*C over wide vectors from copies: the tiles of gemm_direct.hpp, for operands that the
+// caches would not keep as they lie.
+//
+//   for l over k in blocks          as deep as lets a strip of B stay in the innermost cache
+//     for i over m in blocks        A, copied into panels as high as a tile: they stay in the outer cache
+//       for j over n                B, copied into strips as wide as a tile: several at once where they are stored by
+//                                   rows; read as it lies where few panels would use a strip
+//         for each strip, each panel: one tile of C
+//
+//   panel      the steps of a tile's rows one behind the other, whole vectors each; what fills the last vector is never
+//              stored to C
+//   strip      op(B) = B: columns one behind the other; transposed: steps
+//   memory     the panels of a block and some strips, from the pool
+//   reads      nothing past the operands; C only if beta is not 0
+//
+// Each element of C is summed as gemm_direct.hpp tells. Columns, panels and strips that a walk goes through side by
+// side are padded, as they would lie a power of two apart.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "blas/assert.hpp"
+#include "blas/complex.hpp"
+#include "blas/gemm_call.hpp"
+#include "blas/kernel/common/gemm/gemm_direct.hpp"
+#include "blas/matrix.hpp"
+#include "service/work_pool.hpp"
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+constexpr int panelsBytes = 5 << 18; // of a block, at most
+constexpr int panelPad = 16;         // floats: a line
+constexpr int panelsAtOnce = 4;      // that a column of A is copied into
+constexpr int stripsAtOnce = 8;      // that a row of B is copied into
+constexpr int panelsForStrip = 3;    // panels that repay a strip
+
+// Sizes in elements, lengths in floats.
+template <class Vector, class T>
+struct PanelBlocks {
+    static constexpr int element = floatsIn<T>;
+    static constexpr int tileFloats = DirectTiles<Vector, T>::vectors * Vector::lanes;
+    static constexpr int tileRows = tileFloats / element, tileColumns = DirectTiles<Vector, T>::columns;
+
+    int steps, rows;
+    bool strips;
+    int columns; // of the strips that are copied at once
+
+    explicit PanelBlocks(const GemmCall<T>& call) : steps(even_block(call.k, directDepth, directUnit)) {
+        const int mostRows = panelsBytes / (steps * static_cast<int>(sizeof(T))) / tileRows * tileRows;
+        rows = even_block(call.m, mostRows, tileRows);
+        const bool conflict = call.b.ld * element % directConflict<T> == 0;
+        strips = conflict || call.m >= panelsForStrip * tileRows;
+        columns = (transposes(call.opB) ? stripsAtOnce : 1) * tileColumns;
+    }
+    // A few steps more than there are may be written.
+    std::ptrdiff_t panel_length() const { return std::ptrdiff_t{steps + directUnit} * tileFloats + panelPad; }
+    std::ptrdiff_t panels_length() const { return (rows + tileRows - 1) / tileRows * panel_length(); }
+    // Of a column, with the vector that its last floats are written with.
+    std::ptrdiff_t column_length() const { return steps * element + Vector::lanes; }
+    std::ptrdiff_t strip_length() const { return tileColumns * column_length() + panelPad; }
+    std::size_t bytes() const {
+        const std::ptrdiff_t strip = strips ? columns / tileColumns * strip_length() : 0;
+        return static_cast<std::size_t>(panels_length() + strip) * sizeof(float) + lineBytes;
+    }
+    static constexpr int lineBytes = 64;
+};
+
+// ---- Panels of A ----------------------------------------------------------------------------------------------------
+
+// Full panels, `panelLength` floats apart.
+template <class Vector, class T>
+void copy_full_panels(int steps, const float* a, std::ptrdiff_t lda, float* panels, std::ptrdiff_t panelLength) {
+    constexpr int rows = PanelBlocks<Vector, T>::tileFloats;
+    for (int l = 0; l < steps; ++l, a += lda, panels += rows)
+        QRV_UNROLL
+    for (int p = 0; p < panelsAtOnce; ++p)
+        QRV_UNROLL
+    for (int i = 0; i < rows; i += Vector::lanes)
+        Vector::load(a + p * rows + i).store_aligned(panels + p * panelLength + i);
+}
+
+// `rows` floats of each step from element (0, 0) of op(A) on. Result: the number of panels.
+template <class Vector, class T>
+int copy_panels(bool transposed, int rows, int steps, const float* a, std::ptrdiff_t lda, float* panels,
+                std::ptrdiff_t panelLength) {
+    constexpr int tile = PanelBlocks<Vector, T>::tileFloats, full = panelsAtOnce * tile;
+    int count = 0;
+    for (int i = 0; i < rows; panels += panelLength, ++count) {
+        const RowShare<Vector, T> share(rows - i);
+        if (transposed) {
+            transpose_tile<Vector, T>(share.rows, share.vectors, steps, a + i / floatsIn<T> * lda, lda, panels);
+        } else if (rows - i == full || rows - i > full + tile) { // the shares of all of them are full
+            copy_full_panels<Vector, T>(steps, a + i, lda, panels, panelLength);
+            i += full - share.rows;
+            panels += (panelsAtOnce - 1) * panelLength;
+            count += panelsAtOnce - 1;
+        } else {
+            copy_tile<Vector>(share.rows, share.vectors, steps, a + i, lda, panels);
+        }
+        i += share.rows;
+    }
+    return count;
+}
+
+// ---- Strips of B ----------------------------------------------------------------------------------------------------
+
+// Columns of B, each copied by whole vectors.
+template <class Vector>
+void copy_columns(int columns, int length, const float* b, std::ptrdiff_t ldb, float* strip,
+                  std::ptrdiff_t columnLength) {
+    const int whole = length / Vector::lanes * Vector::lanes;
+    const auto mask = Vector::Mask::first(length - whole);
+    for (int j = 0; j < columns; ++j, b += ldb, strip += columnLength) {
+        for (int l = 0; l < whole; l += Vector::lanes)
+            Vector::load(b + l).store(strip + l);
+        load_kept(b + whole, mask).store(strip + whole);
+    }
+}
+
+// Rows of B, each cut into the steps of the strips. A step is written as a whole vector, which the next one overwrites.
+template <class Vector, class T>
+void copy_rows(int columns, int steps, const float* b, std::ptrdiff_t ldb, float* strips, std::ptrdiff_t stripLength) {
+    constexpr int tileColumns = DirectTiles<Vector, T>::columns, width = tileColumns * floatsIn<T>;
+    static_assert(width <= Vector::lanes);
+    const auto whole = Vector::Mask::first(width);
+    for (int l = 0; l < steps; ++l, b += ldb) {
+        float* strip = strips;
+        const float* in = b;
+        int left = columns;
+        for (; left >= 2 * tileColumns || left == tileColumns; left -= tileColumns, in += width, strip += stripLength)
+            load_kept(in, whole).store(strip + l * width);
+        for (int share; left > 0; left -= share, strip += stripLength) {
+            share = even_share(left, tileColumns);
+            const int floats = share * floatsIn<T>;
+            load_kept(in, Vector::Mask::first(floats)).store(strip + std::ptrdiff_t{l} * floats);
+            in += floats;
+        }
+    }
+}
+
+// Lines of columns to come, a share with each panel.
+class NextColumnsOfB {
+public:
+    NextColumnsOfB(int columns, int length, const float* b, std::ptrdiff_t ldb, int panels)
+        : at_(b), ldb_(ldb), inColumn_((length + line - 1) / line), left_(columns * inColumn_),
+          share_((left_ + panels - 1) / panels) {}
+    void prefetch_share() {
+        for (int i = smaller(share_, left_); i > 0; --i, --left_) {
+            __builtin_prefetch(at_ + row_ * line);
+            if (++row_ == inColumn_) {
+                row_ = 0;
+                at_ += ldb_;
+            }
+        }
+    }
+
+private:
+    static constexpr int line = 16; // floats
+    const float* at_;
+    std::ptrdiff_t ldb_;
+    int inColumn_, left_, share_, row_ = 0;
+};
+
+// ---- The product ----------------------------------------------------------------------------------------------------
+
+QRV_INLINE void prefetch_rows(int rows, int columns, const float* c, std::ptrdiff_t ldc) {
+    for (int j = 0; j < columns; ++j, c += ldc) {
+        for (int i = 0; i < rows; i += 16)
+            __builtin_prefetch(c + i, 1);
+        __builtin_prefetch(c + rows - 1, 1);
+    }
+}
+
+// All panels times a few columns of B. C is asked for a tile ahead, at the end the first one of the next columns.
+template <class Vector, class T>
+void multiply_panels(DirectProduct<T>& p, int rows, int columns, const float* panels, std::ptrdiff_t panelLength,
+                     const float* b, float* c, NextColumnsOfB next, int columnsToCome) {
+    for (int i = 0; i < rows; panels += panelLength) {
+        const RowShare<Vector, T> share(rows - i);
+        p.aStep = share.vectors * Vector::lanes;
+        next.prefetch_share();
+        const int end = i + share.rows, full = PanelBlocks<Vector, T>::tileFloats;
+        if (end < rows)
+            prefetch_rows(smaller(full, rows - end), columns, c + end, p.ldc);
+        else
+            prefetch_rows(smaller(full, rows), columnsToCome, c + columns * p.ldc, p.ldc);
+        directTiles<Vector, T>.tile[share.vectors - 1][columns - 1](p, panels, b, c + i, share.last_rows());
+        i = end;
+    }
+}
+
+// The whole product; m, n and k are positive. False if memory is refused: nothing has been done then.
+template <class Vector, class T>
+bool gemm_by_panels(const GemmCall<T>& call) {
+    QRV_ASSERT(call.is_well_formed());
+    using Blocks = PanelBlocks<Vector, T>;
+    constexpr int element = floatsIn<T>;
+    const Blocks blocks(call);
+    void* const memory = qrv_serv_allocate(blocks.bytes(), Blocks::lineBytes);
+    if (!memory)
+        return false;
+    const std::uintptr_t mask = Blocks::lineBytes - 1;
+    auto* const panels = reinterpret_cast<float*>((reinterpret_cast<std::uintptr_t>(memory) + mask) & ~mask);
+    float* const strips = panels + blocks.panels_length();
+    const std::ptrdiff_t panelLength = blocks.panel_length();
+
+    const bool transposedA = transposes(call.opA), transposedB = transposes(call.opB);
+    const std::ptrdiff_t lda = call.a.ld * element, ldb = call.b.ld * element;
+    const std::ptrdiff_t bStep = transposedB ? ldb : element, bColumn = transposedB ? element : ldb;
+    DirectProduct<T> p = direct_product(call);
+    const int atOnce = blocks.strips ? blocks.columns : Blocks::tileColumns;
+    for (int l = 0; l < call.k; l += p.k, p.beta = scalar<T>(1)) {
+        p.k = smaller(blocks.steps, call.k - l);
+        for (int i = 0, rows; i < call.m; i += rows) {
+            rows = smaller(blocks.rows, call.m - i);
+            const auto* a = reinterpret_cast<const float*>(call.view_of_a().at(i, l));
+            const int count = copy_panels<Vector, T>(transposedA, rows * element, p.k, a, lda, panels, panelLength);
+            for (int first = 0, group; first < call.n; first += group) {
+                group = transposedB ? smaller(atOnce, call.n - first) : even_share(call.n - first, Blocks::tileColumns);
+                const auto* b = reinterpret_cast<const float*>(call.view_of_b().at(l, first));
+                if (blocks.strips && transposedB)
+                    copy_rows<Vector, T>(group, p.k, b, ldb, strips, blocks.strip_length());
+                float* strip = strips;
+                for (int j = 0, columns; j < group; j += columns, strip += blocks.strip_length()) {
+                    columns = even_share(group - j, Blocks::tileColumns);
+                    const float* bj = b + j * bColumn;
+                    const int next = blocks.strips && !transposedB ? smaller(columns, call.n - first - columns) : 0;
+                    const NextColumnsOfB nextColumns(next, p.k * element, bj + columns * bColumn, ldb, count);
+                    p.bStep = bStep;
+                    p.bColumn = bColumn;
+                    if (blocks.strips && transposedB) {
+                        bj = strip;
+                        p.bStep = columns * element;
+                    } else if (blocks.strips) {
+                        copy_columns<Vector>(columns, p.k * element, bj, ldb, strip, blocks.column_length());
+                        bj = strip;
+                        p.bColumn = blocks.column_length();
+                    }
+                    float* cj = reinterpret_cast<float*>(&call.c(i, first + j));
+                    multiply_panels<Vector, T>(p, rows * element, columns, panels, panelLength, bj, cj, nextColumns,
+                                               smaller(columns, call.n - first - j - columns));
+                }
+            }
+        }
+    }
+    qrv_serv_deallocate(memory);
+    return true;
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD
