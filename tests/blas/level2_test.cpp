@@ -1,4 +1,7 @@
 // Contract of the kernels of level 2, on every build.
+#include <cstring>
+#include <vector>
+
 #include "support/routines.hpp"
 #include "support/shapes.hpp"
 
@@ -81,6 +84,30 @@ TEST(Level2, EveryRoutineOnEveryBuild) {
 }
 TEST(Level2, LargeOnesOfEveryRoutine) {
     check_every_routine(true);
+}
+
+// Callers compare results of the same matrix in other places: passes that begin on a vector of memory sum alike.
+template <class T, class Kernel>
+void check_places(const VectorBuild& build, Kernel kernel) {
+    constexpr int m = 301, n = 9, ld = 304, one = 1, mostSkew = 16;
+    const T alpha = scalar<T>(1.5F), beta = scalar<T>(0.5F);
+    std::vector<T> a(ld * n + mostSkew), x(m, scalar<T>(0.75F)), first;
+    for (const char trans : {'N', 'T', 'C'})
+        for (int skew = 0; skew < mostSkew; ++skew) {
+            for (int i = 0; i < ld * n; ++i)
+                a[i + skew] = scalar<T>(1.0F / static_cast<float>(3 + i % 101));
+            std::vector<T> y(m, scalar<T>(1));
+            kernel(&trans, &m, &n, &alpha, a.data() + skew, &ld, x.data(), &one, &beta, y.data(), &one);
+            if (skew == 0)
+                first = y;
+            EXPECT_EQ(std::memcmp(first.data(), y.data(), m * sizeof(T)), 0) << build.name << ' ' << trans << skew;
+        }
+}
+TEST(Level2, ProductsDoNotDependOnThePlaceOfTheMatrix) {
+    for (const VectorBuild& build : vector_builds()) {
+        check_places<float>(build, build.blas_sgemv_kernel);
+        check_places<SingleComplex>(build, build.blas_cgemv_kernel);
+    }
 }
 
 // ---- Bands of a team ------------------------------------------------------------------------------------------------

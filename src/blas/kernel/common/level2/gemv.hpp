@@ -39,7 +39,9 @@ void add_columns(int m, const T* a, std::ptrdiff_t lda, const T* s, T* y) {
             sum.join(other);
         return sum.result();
     };
-    int i = 0;
+    int i = rows_to_vector(m, a, lda);
+    if (i > 0)
+        rows(0, [=](const T* p) { return Pack<T>::load(p, i); }).store(y, i);
     for (; m - i >= Pack<T>::count; i += Pack<T>::count)
         rows(i, [](const T* p) { return Pack<T>::load(p); }).store(y + i);
     if (i < m)
@@ -100,11 +102,23 @@ void dot_columns(int m, const T* a, std::ptrdiff_t lda, const T* x, T* dots) {
         for (int k = 0; k < columns; ++k)
             sums[k].add(load(column.at[k] + i), xi);
     };
-    int i = 0;
+    // The first rows go to the last lanes, so that each lane sums the same products as without them; at the end all
+    // lanes return to their places. Thus a result does not depend on where A lies.
+    const int first = rows_to_vector(m, a, lda);
+    int i = first;
+    if constexpr (isBeyondQuads<T>)
+        if (first > 0)
+            rows(first - Pack<T>::count,
+                 [=](const T* p) { return Pack<T>::load(p, Pack<T>::range(Pack<T>::count - first, Pack<T>::count)); });
     for (; m - i >= Pack<T>::count; i += Pack<T>::count)
         rows(i, [](const T* p) { return Pack<T>::load(p); });
     if (i < m)
         rows(i, [=](const T* p) { return Pack<T>::load(p, m - i); });
+    if constexpr (isBeyondQuads<T>)
+        if (first > 0)
+            QRV_UNROLL
+    for (int k = 0; k < columns; ++k)
+        sums[k].rotate(first);
     store_dots(sums, dots);
 }
 
@@ -138,11 +152,14 @@ void add_product(int m, int n, T alpha, Matrix<const T> a, StridedVector<const T
     alignas(64) T scaled[block], buffer[block];
     for (int j = 0, columns; j < n; j += columns) {
         columns = smaller(block, n - j);
-        scaled_copy(x, j, columns, alpha, scaled);
+        const bool asItIs = alpha == scalar<T>(1) && x.inc == 1;
+        if (!asItIs)
+            scaled_copy(x, j, columns, alpha, scaled);
+        const T* const xj = asItIs ? &x[j] : scaled;
         for (int i = 0, rows; i < m; i += rows) {
             rows = smaller(block, m - i);
             T* const yi = gathered(y, i, rows, buffer);
-            add_block_product(rows, columns, a.block(i, j), scaled, yi);
+            add_block_product(rows, columns, a.block(i, j), xj, yi);
             scatter(y, i, rows, yi);
         }
     }

@@ -61,6 +61,10 @@ void update_columns(int m, T* a, std::ptrdiff_t lda, const T (&s)[terms][columns
             rows(i, height, [=](int k) { return Pack<T>::range(larger(k - i, 0), height); });
         }
     const int end = corner == Corner::last ? m - columns : m;
+    if (const int first = rows_to_vector(end - i, a + i, lda); first > 0) {
+        rows(i, first, [=](int) { return first; });
+        i += first;
+    }
     for (; end - i >= count; i += count)
         rows(i, All{}, [](int) { return All{}; });
     if (i < end)

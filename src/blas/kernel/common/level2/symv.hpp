@@ -82,15 +82,23 @@ void add_both_halves(int m, const T* a, std::ptrdiff_t lda, const T* s, VectorPa
         ragged_rows(
             0, i, [](int k) { return k + 1; }, [=](int) { return i; });
     }
-    // Before a corner in the last rows there are whole packs and some rows that fit into one pack with it.
-    const int end = corner == Corner::last ? (m - columns) / count * count : m;
+    const auto some_rows = [&](int n) __attribute__((always_inline)) {
+        if (n > 0)
+            rows(i, [=](const T* p) { return Pack<T>::load(p, n); }).store(v.y + i, n);
+        i += n;
+    };
+    const int end = corner == Corner::last ? m - columns : m;
+    some_rows(rows_to_vector(end - i, a + i, lda));
     for (; end - i >= count; i += count)
         rows(i, [](const T* p) { return Pack<T>::load(p); }).store(v.y + i);
-    if (corner == Corner::last)
+    if (corner == Corner::last) {
+        if (m - i > count) // what is left does not fit into one pack with the corner
+            some_rows(end - i);
         ragged_rows(
             i, m - i, [](int) { return 0; }, [=](int k) { return m - i - columns + k; });
-    else if (i < end)
-        rows(i, [=](const T* p) { return Pack<T>::load(p, m - i); }).store(v.y + i, m - i);
+    } else {
+        some_rows(end - i);
+    }
     store_dots(sums, dots);
 }
 

@@ -247,6 +247,11 @@ struct DotSum<conjugated, float> {
     void add(Pack<float> a, const DotOperand<float>& x, const LaneRange<Vec>& range) {
         sum = range.times_plus(a.v, x.v, sum);
     }
+    // Moves what was summed to lanes so many elements on, the last ones to the first. Vectors of more than a quad only.
+    template <class Number>
+    void rotate(Number elements) {
+        sum = rotate_lanes(sum, elements);
+    }
     // What the lanes of out[] add up to is the result, part after part.
     void lanes(Vec* out) const { out[0] = sum; }
 };
@@ -261,6 +266,11 @@ struct DotSum<conjugated, SingleComplex> {
     void add(Pack<SingleComplex> a, const DotOperand<SingleComplex>& x, const LaneRange<Vec>& range) {
         like = range.times_plus(a.v, x.v, like);
         cross = range.times_plus(a.v, x.swapped, cross);
+    }
+    template <class Number>
+    void rotate(Number elements) {
+        like = rotate_lanes(like, 2 * elements);
+        cross = rotate_lanes(cross, 2 * elements);
     }
     void lanes(Vec* out) const {
         out[0] = conjugated ? like : negate_part<1>(like);

@@ -152,6 +152,11 @@ inline void store_kept(float* p, Vec16f x, Vec16f::Mask mask) {
     _mm512_mask_storeu_ps(p, mask.bits, x.v);
 }
 
+// Lane i becomes lane i + by, the last ones the first.
+inline Vec16f rotate_lanes(Vec16f x, int by) {
+    return {_mm512_permutexvar_ps(_mm512_sub_epi32(Vec16f::lane_numbers(), _mm512_set1_epi32(by)), x.v)};
+}
+
 // For memory that may not begin a line: a store across two lines costs as much as several.
 inline void store_by_halves(float* p, Vec16f x) {
     _mm256_storeu_ps(p, _mm512_castps512_ps256(x.v));

@@ -138,6 +138,12 @@ inline void store_kept(float* p, Vec8f x, Vec8f::Mask mask) {
     _mm256_maskstore_ps(p, _mm256_castps_si256(mask.bits), x.v);
 }
 
+// Lane i becomes lane i + by, the last ones the first.
+inline Vec8f rotate_lanes(Vec8f x, int by) {
+    const __m256i lane = _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
+    return {_mm256_permutevar8x32_ps(x.v, _mm256_sub_epi32(lane, _mm256_set1_epi32(by)))};
+}
+
 // Halves are for vectors of a whole line.
 inline void store_by_halves(float* p, Vec8f x) {
     x.store(p);
