@@ -13,6 +13,7 @@
 #include "case.hpp"
 #include "library.hpp"
 #include "measure.hpp"
+#include "operand.hpp"
 #include "report.hpp"
 #include "support/peak.hpp"
 
@@ -245,6 +246,9 @@ void parse(CLI::App& app, Options& options) {
         ->allow_extra_args(false)
         ->check(CLI::Range(1, 1024));
     app.add_option("--beta", options.beta, "C := A*B + beta*C")->check(CLI::IsMember({0, 1}))->capture_default_str();
+    app.add_option("--offset", operandOffset, "bytes past a cache line where operands begin, as malloc's do by 16")
+        ->check(CLI::IsMember({0, 4, 8, 16, 32, 48}))
+        ->capture_default_str();
     app.add_option("--repetitions", options.effort.repetitions)->check(CLI::Range(1, 1000))->capture_default_str();
     app.add_option("--seconds", options.effort.seconds, "least time of a repetition")
         ->check(CLI::PositiveNumber)

@@ -17,16 +17,23 @@ using Wide = std::complex<double>; // results are judged in it, real ones too
 template <class T>
 inline constexpr bool isComplex = std::is_same_v<T, Complex>;
 
+// Bytes past the begin of a cache line where all operands begin, below 64. Set once, before the first operand.
+inline std::size_t operandOffset = 0;
+
 struct AlignedDelete {
-    void operator()(void* block) const { operator delete (block, std::align_val_t{64}); }
+    void operator()(void* data) const {
+        operator delete (static_cast<std::byte*>(data) - operandOffset, std::align_val_t{64});
+    }
 };
 
-// Column-major and dense (leading dimension = rows), each part uniform in [-0.5, 0.5), on a cache line.
+// Column-major and dense (leading dimension = rows), each part uniform in [-0.5, 0.5).
 template <class T>
 struct Operand {
     Operand(int rows_, int columns, unsigned seed_)
         : rows(rows_), count(std::size_t(rows_) * std::size_t(columns)), seed(seed_),
-          data(static_cast<T*>(operator new (count * sizeof(T), std::align_val_t{64}))) {
+          data(reinterpret_cast<T*>(
+              static_cast<std::byte*>(operator new (count * sizeof(T) + operandOffset, std::align_val_t{64})) +
+              operandOffset)) {
         std::uninitialized_value_construct_n(data.get(), count);
         fill();
     }
