@@ -30,12 +30,12 @@ struct WholeProducts {
 
 private:
     void multiply_y(int i) const {
-        blas::gemv<T>(adjoint<T>, p.length_of_v(i), p.columns_behind(i), scalar<T>(1), p.a.block(p.row(i), i + 1),
-                      p.v(i), scalar<T>(0), p.y.column(i + 1, i));
+        multiply_by_lines(adjoint<T>, p.length_of_v(i), p.columns_behind(i), p.a.block(p.row(i), i + 1), p.v(i),
+                          scalar<T>(0), p.y.column(i + 1, i));
     }
     void multiply_x(int i) const {
-        blas::gemv<T>(Op::none, p.rows_behind(i), p.length_of_u(i), scalar<T>(1), p.a.block(i + 1, p.column(i)), p.u(i),
-                      scalar<T>(0), p.x.column(i + 1, i));
+        multiply_by_lines(Op::none, p.rows_behind(i), p.length_of_u(i), p.a.block(i + 1, p.column(i)), p.u(i),
+                          scalar<T>(0), p.x.column(i + 1, i));
     }
 };
 

@@ -87,21 +87,21 @@ private:
     void multiply_front(int i, Slice part) const {
         const int first = i + 1 + part.first;
         if (p.tall())
-            kernel::gemv<T>(adjoint<T>, p.length_of_v(i), part.count, scalar<T>(1), p.a.block(p.row(i), first), p.v(i),
-                            scalar<T>(0), p.y.column(first, i));
+            multiply_by_lines(adjoint<T>, p.length_of_v(i), part.count, p.a.block(p.row(i), first), p.v(i),
+                              scalar<T>(0), p.y.column(first, i));
         else
-            kernel::gemv<T>(Op::none, part.count, p.length_of_u(i), scalar<T>(1), p.a.block(first, p.column(i)), p.u(i),
-                            scalar<T>(0), p.x.column(first, i));
+            multiply_by_lines(Op::none, part.count, p.length_of_u(i), p.a.block(first, p.column(i)), p.u(i),
+                              scalar<T>(0), p.x.column(first, i));
     }
     // sum := beta*sum + what columns `part` behind i do for x, or rows for y.
     void add_back(int i, Slice part, T beta, Vector<T> sum) const {
         const int first = i + 1 + part.first;
         if (p.tall())
-            kernel::gemv<T>(Op::none, p.rows_behind(i), part.count, scalar<T>(1), p.a.block(i + 1, first),
-                            p.u(i).from(part.first), beta, sum);
+            multiply_by_lines(Op::none, p.rows_behind(i), part.count, p.a.block(i + 1, first), p.u(i).from(part.first),
+                              beta, sum);
         else
-            kernel::gemv<T>(adjoint<T>, part.count, p.columns_behind(i), scalar<T>(1), p.a.block(first, i + 1),
-                            p.v(i).from(part.first), beta, sum);
+            multiply_by_lines(adjoint<T>, part.count, p.columns_behind(i), p.a.block(first, i + 1),
+                              p.v(i).from(part.first), beta, sum);
     }
 };
 

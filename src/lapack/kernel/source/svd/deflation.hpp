@@ -24,6 +24,8 @@ struct Deflation {
     int* order;        // values in ascending order; then those that are kept, ascending, and behind them the others
     int* kind;         // of a value
     float *z, *dsigma; // of the secular equation
+    float units;       // roundings of the largest number: by so much may values differ that count as equal, and so
+                       // large may an element of z be that is left out
     int kept = 0;      // values of the secular equation
 
     int place(int value) const { return value == 0 ? nl : value <= nl ? value - 1 : value; }
@@ -46,7 +48,7 @@ struct Deflation {
         std::copy_backward(d, d + nl, d + nl + 1); // now by value
         d[0] = 0;
         const float tolerance =
-            negligibleUnits * machine::epsilon * std::max({d[order[n - 1]], std::fabs(alpha), std::fabs(beta)});
+            units * machine::epsilon * std::max({d[order[n - 1]], std::fabs(alpha), std::fabs(beta)});
         kind[0] = ofBoth;
         for (int j = 1; j < n; ++j)
             kind[j] = j <= nl ? ofLeft : ofRight;
@@ -76,10 +78,6 @@ struct Deflation {
     }
 
 private:
-    // Roundings of the largest number: by so much may values differ that count as equal, as the vectors of closer ones
-    // would lose their orthogonality; and so large may an element of z be that is left out.
-    static constexpr float negligibleUnits = 64;
-
     // The two parts, each ascending in the order of idxq, into one order.
     void sort(const float* d, const int* idxq) const {
         int left = 0, right = nl + 1;

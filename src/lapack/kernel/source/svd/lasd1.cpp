@@ -15,7 +15,7 @@ int lasd1(int nl, int nr, bool longer, float* d, float alpha, float beta, Matrix
     const int n = nl + nr + 1, m = n + longer;
     float *const u2 = work + std::ptrdiff_t{2} * m, *const vt2 = u2 + std::ptrdiff_t{n} * n,
                  *const q = vt2 + std::ptrdiff_t{m} * m;
-    Merge merge{{nl, n, m, iwork, iwork + n, work, work + m},
+    Merge merge{{nl, n, m, iwork, iwork + n, work, work + m, roundingsOfMerge},
                 nr,
                 u,
                 vt,

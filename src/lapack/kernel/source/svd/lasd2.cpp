@@ -34,7 +34,14 @@ void Merge::group_vectors() {
 void lasd2(int nl, int nr, bool longer, int* k, float* d, float* z, float alpha, float beta, Matrix<float> u,
            Matrix<float> vt, float* dsigma, Matrix<float> u2, Matrix<float> vt2, const MergeOrders& orders) {
     const int n = nl + nr + 1;
-    Merge merge{{nl, n, n + longer, orders.idxp, orders.idx, z, dsigma}, nr, u, vt, orders.idxc, u2, vt2, {nullptr, 1}};
+    Merge merge{{nl, n, n + longer, orders.idxp, orders.idx, z, dsigma, roundingsOfMerge},
+                nr,
+                u,
+                vt,
+                orders.idxc,
+                u2,
+                vt2,
+                {nullptr, 1}};
     merge.deflate(d, alpha, beta, orders.idxq);
     *k = merge.kept;
     for (int j = 0; j < merge.kept; ++j)

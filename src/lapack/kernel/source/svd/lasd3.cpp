@@ -40,9 +40,12 @@ void Merge::correct_first_row() {
     for (int top = 0, size; top < kept; top += size) {
         size = std::min(rows, kept - top);
         std::fill_n(product, size, 1.0);
-        for (int j = 0; j < kept; ++j)
+        for (int j = 0; j < kept; ++j) {
+            const float *const difference = u.column(j) + top, *const sum = vt.column(j) + top;
+#pragma omp simd
             for (int i = 0; i < size; ++i)
-                product[i] *= factor_of_root(dsigma, kept, top + i, j, u(top + i, j), vt(top + i, j));
+                product[i] *= factor_of_root(dsigma, kept, top + i, j, difference[i], sum[i]);
+        }
         for (int i = 0; i < size; ++i)
             z[top + i] = corrected(product[i], z[top + i]);
     }
@@ -72,7 +75,7 @@ void Merge::form_left_vectors() {
 int lasd3(int nl, int nr, bool longer, int k, float* d, Matrix<float> q, float* dsigma, Matrix<float> u,
           Matrix<float> u2, Matrix<float> vt, Matrix<float> vt2, int* idxc, const int* ctot, float* z) {
     const int n = nl + nr + 1;
-    Merge merge{{nl, n, n + longer, nullptr, nullptr, z, dsigma, k}, nr, u, vt, idxc, u2, vt2, q};
+    Merge merge{{nl, n, n + longer, nullptr, nullptr, z, dsigma, roundingsOfMerge, k}, nr, u, vt, idxc, u2, vt2, q};
     std::copy_n(ctot, 3, merge.count);
     for (int j = 0; j < k; ++j)
         --idxc[j];

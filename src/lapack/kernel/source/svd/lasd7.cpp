@@ -54,7 +54,8 @@ private:
 void lasd7(bool factors, int nl, int nr, bool longer, float* d, float* zw, const CompactVectors& v, float alpha,
            float beta, float* dsigma, const CompactOrders& orders, const CompactMerge& to) {
     const int n = nl + nr + 1, m = n + longer;
-    Deflation deflation{nl, n, m, orders.idxp, orders.idx, to.z, dsigma};
+    constexpr float roundings = 64; // z comes in float
+    Deflation deflation{nl, n, m, orders.idxp, orders.idx, to.z, dsigma, roundings};
     const EndsOfVectors ends{v.vf, v.vl, v.vfw, v.vlw, nl, m, factors, to};
     ends.begin();
     *to.c = 1, *to.s = 0;

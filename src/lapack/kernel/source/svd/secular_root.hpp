@@ -31,7 +31,8 @@ template <class At>
 bool find_secular_root(const At& at, double p1, double p2, bool beyond, double low, double high, double& x,
                        SecularValue v) {
     constexpr int mostSteps = 400;
-    constexpr double accuracy = 0x1p-32; // of x and of f, relative
+    constexpr double accuracy = 0x1p-32;  // of x and of f, relative
+    constexpr double smallStep = 0x1p-19; // behind such a step, as they converge quadratically
     double before = HUGE_VAL;
     for (int step = 0; step < mostSteps; ++step) {
         if (!(std::fabs(v.f) <= HUGE_VAL))
@@ -44,7 +45,7 @@ bool find_secular_root(const At& at, double p1, double p2, bool beyond, double l
             next = low + (high - low) / 2;
         const double moved = std::fabs(next - x);
         x = next;
-        if (moved <= accuracy * std::fabs(x))
+        if (moved <= smallStep * std::fabs(x) && step > 0)
             return true;
         before = std::fabs(v.f);
         v = at(x);
