@@ -13,6 +13,14 @@
 //   - Who takes a job takes it at `stage`, so no thread runs ahead of the lowest panel that is still wanted.
 // `ready` and `stage` are read by jobs without the lock: whoever sees a panel as ready sees it whole.
 //
+// Why it ends: let p be the lowest panel that any block column still needs, had by a thread or not. It never falls, and
+// neither does `stage` below it, as `stage` is lowered only to what some block column needs. Panel p is factored, or
+// its own block column would need a lower one; so whoever has a block column that needs p applies it, whatever `stage`
+// is meanwhile, and the sum of the panels that are applied grows. A thread waits only while the panel of the stage is
+// on its way: its block column is neither free nor factored, so somebody has it. A job may also end with nothing done,
+// as `stage` was lowered behind it; then a lower panel is wanted, which is taken first. Nobody waits for a thread that
+// has ended: whoever has the last block columns goes on with them himself.
+//
 // A thread looks for its next job first at the block column that becomes the next panel, then where it was, then among
 // those dealt to it in groups, round and round, then anywhere. Groups are taken whole as long as that leaves work for
 // all threads.
