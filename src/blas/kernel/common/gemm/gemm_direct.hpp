@@ -166,10 +166,10 @@ void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, floa
     for (int j = 0; j < columns; ++j, c += p.ldc) {
         QRV_UNROLL
         for (int v = 0; v < vectors - 1; ++v)
-            store_by_halves(c + v * Vector::lanes, totals[j][v]);
+            totals[j][v].store(c + v * Vector::lanes);
         float* last = c + (vectors - 1) * Vector::lanes;
-        if (lastRows == Vector::lanes)
-            store_by_halves(last, totals[j][vectors - 1]);
+        if (!Vector::masksStores && lastRows == Vector::lanes)
+            totals[j][vectors - 1].store(last);
         else if (!Vector::masksStores || (j == columns - 1 && lastRows < Vector::lanes))
             store_in_pieces(last, totals[j][vectors - 1], lastRows);
         else

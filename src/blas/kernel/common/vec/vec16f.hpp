@@ -157,12 +157,6 @@ inline Vec16f rotate_lanes(Vec16f x, int by) {
     return {_mm512_permutexvar_ps(_mm512_sub_epi32(Vec16f::lane_numbers(), _mm512_set1_epi32(by)), x.v)};
 }
 
-// For memory that may not begin a line: a store across two lines costs as much as several.
-inline void store_by_halves(float* p, Vec16f x) {
-    _mm256_storeu_ps(p, _mm512_castps512_ps256(x.v));
-    _mm256_storeu_ps(p + 8, _mm512_extractf32x8_ps(x.v, 1));
-}
-
 // The first `count` lanes, fewer than all, by whole stores.
 inline void store_in_pieces(float* p, __m256 x, int count) {
     __m128 quad = _mm256_castps256_ps128(x);

@@ -144,11 +144,6 @@ inline Vec8f rotate_lanes(Vec8f x, int by) {
     return {_mm256_permutevar8x32_ps(x.v, _mm256_sub_epi32(lane, _mm256_set1_epi32(by)))};
 }
 
-// Halves are for vectors of a whole line.
-inline void store_by_halves(float* p, Vec8f x) {
-    x.store(p);
-}
-
 // The first `count` lanes, fewer than all, by whole stores.
 inline void store_in_pieces(float* p, Vec8f x, int count) {
     __m128 quad = _mm256_castps256_ps128(x.v);
