@@ -6,9 +6,11 @@
 
 namespace qrv::test {
 
-// Ordinary, near overflow and underflow, with columns of sizes far apart, equal, zero, and zero but for their head.
-enum class QrKind { plain, huge, tiny, graded, equal, sparse };
-constexpr QrKind qrKinds[] = {QrKind::plain, QrKind::huge, QrKind::tiny, QrKind::graded, QrKind::equal, QrKind::sparse};
+// Ordinary, near overflow and underflow, with columns of sizes far apart, equal, nearly equal, zero, and zero but for
+// their head.
+enum class QrKind { plain, huge, tiny, graded, equal, near, sparse };
+constexpr QrKind qrKinds[] = {QrKind::plain, QrKind::huge, QrKind::tiny,  QrKind::graded,
+                              QrKind::equal, QrKind::near, QrKind::sparse};
 
 template <class T>
 Operand<T> qr_matrix(int m, int n, QrKind kind = QrKind::plain) {
@@ -22,6 +24,8 @@ Operand<T> qr_matrix(int m, int n, QrKind kind = QrKind::plain) {
                 a(i, j) = std::ldexp(1.0F, -4 * (j % 25)) * a(i, j);
             if (kind == QrKind::equal && j % 3 > 0)
                 a(i, j) = a(i, j - j % 3);
+            if (kind == QrKind::near && j % 3 > 0)
+                a(i, j) = a(i, j - j % 3) + 0x1p-9F * a(i, j);
             if (kind == QrKind::sparse && (j % 4 == 1 || (j % 4 == 2 && i > 0)))
                 a(i, j) = T();
         }
