@@ -74,6 +74,19 @@ constexpr DirectRange directRanges<SingleComplex>[] = {
      .narrowTransposed = 0x1p27},
 };
 
+// Products so small that no form packs them. To ask for more takes a tenth of the time of the smallest.
+template <class T>
+constexpr double alwaysDirect = isComplex<T> ? 7 * 7 * 7 : 12 * 12 * 12;
+template <class T>
+constexpr bool all_ranges_have(double work) {
+    for (const DirectRange& range : directRanges<T>)
+        if (range.plain < work || range.conflicting < work || range.transposed < work)
+            return false;
+    return true;
+}
+static_assert(all_ranges_have<float>(alwaysDirect<float>));
+static_assert(all_ranges_have<SingleComplex>(alwaysDirect<SingleComplex>));
+
 // A product of few steps spends its time in C, which the packed path walks more gently once it leaves the caches.
 constexpr int shallowDepth = 32;
 constexpr double shallowArea[] = {0x1p19, 0x1p19, 0x1p20}; // by form
@@ -250,6 +263,8 @@ QRV_INLINE GemmShape shape_of(const char* transa, const char* transb, const int*
         if (*k <= 0 || *alpha == scalar<T>(0))                                                                         \
             return blas_##gemm##_scale_c(m, n, beta, c, ldc);                                                          \
         const VectorForm form = vector_form();                                                                         \
+        if (*m > 1 && *n > 1 && static_cast<double>(*m) * *n * *k <= alwaysDirect<T>)                                  \
+            return direct_gemm<T>(form)(QRV_GEMM_ARGUMENTS);                                                           \
         switch (gemm_route<T>(form, shape_of<T>(transa, transb, m, n, k, lda))) {                                      \
         case GemmRoute::direct:                                                                                        \
             return direct_gemm<T>(form)(QRV_GEMM_ARGUMENTS);                                                           \
