@@ -41,6 +41,18 @@ T work_size(std::int64_t size) {
     return scalar<T>(value);
 }
 
+// The same by the steps of SSYEVR, SGESDD, CGESDD and SGEEV, which may go further than to the next float.
+inline float roundup_work(std::int64_t size) {
+    float told = nearest_float(size);
+    const auto missing = [&](std::int64_t asked) { return asked - static_cast<std::int64_t>(told); };
+    std::int64_t asked = size;
+    for (std::int64_t step = missing(size); missing(size) > 0; step = 2 * missing(asked)) {
+        asked += step;
+        told = nearest_float(asked);
+    }
+    return told;
+}
+
 // The caller's work array if it has the length that is wanted, else as much memory of the routine's own. data() is null
 // if there is none.
 template <class T>

@@ -211,8 +211,4 @@ template <class T>
 int gesdd(SvdJob job, int m, int n, Matrix<T> a, float* s, Matrix<T> u, Matrix<T> vt, T* work, int lwork, float* rwork,
           int* iwork);
 
-// A work size as a float that is not below it, by the steps of SGESDD and CGESDD; all other routines store work_size,
-// the next float.
-float roundup_work(std::int64_t size);
-
 } // namespace qrv::lapack

@@ -76,17 +76,6 @@ SvdWork gesdd_work(SvdJob job, int m, int n) {
 template SvdWork gesdd_work<float>(SvdJob, int, int);
 template SvdWork gesdd_work<SingleComplex>(SvdJob, int, int);
 
-float roundup_work(std::int64_t size) {
-    float told = nearest_float(size);
-    const auto missing = [&](std::int64_t asked) { return asked - static_cast<std::int64_t>(told); };
-    std::int64_t asked = size;
-    for (std::int64_t step = missing(size); missing(size) > 0; step = 2 * missing(asked)) {
-        asked += step;
-        told = nearest_float(asked);
-    }
-    return told;
-}
-
 } // namespace qrv::lapack
 
 float qrv_lapack_sroundup_work(const int* n) {

@@ -154,7 +154,7 @@ SyevrResult syevr(bool vectors, Wanted wanted, Uplo uplo, int n, Matrix<float> a
         kernel::scal(result.info == 0 ? result.found : std::min(result.info - 1, n), 1 / scale, Vector{w});
     if (vectors)
         sort_with_vectors(n, result.found, w, z);
-    work[0] = work_size<float>(syevr_work(n));
+    work[0] = roundup_work(syevr_work(n));
     iwork[0] = static_cast<int>(syevr_ints(n));
     return result;
 }
