@@ -500,21 +500,22 @@ public:
             walls_.push_back(std::make_unique<GuardPageArray>(floats, atFront));
             auto* const first = reinterpret_cast<char*>(walls_.back()->data());
             addresses_.push_back(atFront ? first : first + 4 * floats - bytes);
-            std::memcpy(addresses_.back(), a.address(), bytes);
+            std::copy_n(static_cast<const char*>(a.address()), bytes, addresses_.back());
         }
     }
     const Arguments& call(const Function<int>& routine) {
-        routine.invoke(routine.function, addresses_.data());
+        const std::vector<void*> addresses(addresses_.begin(), addresses_.end());
+        routine.invoke(routine.function, addresses.data());
         for (std::size_t k = 0; k < arguments_.size(); ++k)
             if (!arguments_[k].is_text())
-                std::memcpy(arguments_[k].address(), addresses_[k], arguments_[k].bytes());
+                std::copy_n(addresses_[k], arguments_[k].bytes(), static_cast<char*>(arguments_[k].address()));
         return arguments_;
     }
 
 private:
     Arguments arguments_;
     std::vector<std::unique_ptr<GuardPageArray>> walls_;
-    std::vector<void*> addresses_;
+    std::vector<char*> addresses_;
 };
 
 // Neither what lies behind an argument nor what lies before it is read, wherever on a line of the caches it begins.
