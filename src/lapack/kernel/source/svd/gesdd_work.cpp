@@ -16,7 +16,8 @@ SvdWork gesdd_work(SvdJob job, int m, int n) {
         return {1, 1};
     constexpr bool real = !isComplex<T>;
     const bool tall = m >= n;
-    const std::int64_t k = std::min(m, n), l = std::max(m, n), vectors = real ? 3 * k : 2 * k;
+    // No memory holds the squares of a larger k, and 64 bits not all their sums.
+    const std::int64_t k = std::min({m, n, 1 << 30}), l = std::max(m, n), vectors = real ? 3 * k : 2 * k;
     const std::int64_t divide = !real ? 0 : job == SvdJob::none ? 7 * k : 3 * k * k + 4 * k;
     const int side = static_cast<int>(k);
     const auto nb = [](const char(&stem)[6], int n1, int n2, int n3 = -1) {
