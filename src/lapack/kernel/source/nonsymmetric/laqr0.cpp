@@ -38,9 +38,12 @@ int window_wanted(int n, ActiveRange range) {
     const int wanted = std::max(2, tuning::qr_iteration(13, range.begin + 1, range.end));
     return std::min({range.size(), (n - 1) / 3, wanted});
 }
+int most_shifts(int n) {
+    return n / 9 + (n % 9 + 6) / 9; // (n + 6) / 9
+}
 int shifts_wanted(int n, ActiveRange range) {
     const int wanted = tuning::qr_iteration(15, range.begin + 1, range.end);
-    return std::max(2, even(std::min({wanted, (n + 6) / 9, range.size() - 1})));
+    return std::max(2, even(std::min({wanted, most_shifts(n), range.size() - 1})));
 }
 Limits limits_of(int n, ActiveRange range, int lwork) {
     const auto tuned = [&](int which) { return tuning::qr_iteration(which, range.begin + 1, range.end); };
@@ -50,7 +53,7 @@ Limits limits_of(int n, ActiveRange range, int lwork) {
             .window = window_wanted(n, range),
             .mostWindow = std::min((n - 1) / 3, lwork / 2),
             .shifts = shifts_wanted(n, range),
-            .mostShifts = even(std::min((n + 6) / 9, static_cast<int>(std::int64_t{2} * lwork / 3)))};
+            .mostShifts = even(std::min(most_shifts(n), static_cast<int>(std::int64_t{2} * lwork / 3)))};
 }
 
 class Iteration {
