@@ -36,7 +36,8 @@ public:
         std::array<unsigned char, 4> bytes{};
         if (take(reinterpret_cast<char*>(bytes.data()), length) < length)
             fail("the file ends within its first bytes");
-        return bytes[0] | bytes[1] << 8U | bytes[2] << 16U | static_cast<std::uint32_t>(bytes[3]) << 24U;
+        const auto byte = [&](unsigned i) { return std::uint32_t{bytes[i]} << 8 * i; };
+        return byte(0) | byte(1) | byte(2) | byte(3);
     }
 
     [[noreturn]] void fail(const std::string& what) const { throw InputError(name + ": " + what); }
