@@ -45,4 +45,13 @@ inline Matrix<SingleComplex> to_complex(const AnyMatrix& a) {
     return std::get<Matrix<SingleComplex>>(a);
 }
 
+// Of a square matrix, to the last bit.
+inline bool is_symmetric(const Matrix<float>& a) {
+    for (int j = 0; j < a.columns; ++j)
+        for (int i = 0; i < j; ++i)
+            if (a(i, j) != a(j, i))
+                return false;
+    return true;
+}
+
 } // namespace support

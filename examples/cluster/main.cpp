@@ -76,14 +76,6 @@ Matrix<float> input(const Request& request) {
     return a;
 }
 
-bool is_symmetric(const Matrix<float>& a) {
-    for (int j = 0; j < a.columns; ++j)
-        for (int i = 0; i < j; ++i)
-            if (a(i, j) != a(j, i))
-                return false;
-    return true;
-}
-
 void check(const Request& request, const Matrix<float>& a, const Matrix<float>& b) {
     if (request.job != "svd" && a.rows != a.columns)
         throw Failed(fmt::format("{} is {} x {}; this needs a square matrix", request.a, a.rows, a.columns));

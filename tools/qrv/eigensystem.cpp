@@ -52,14 +52,6 @@ Column image(const Matrix<float>& a, double re, double im, const Column& x, cons
 
 } // namespace
 
-bool is_symmetric(const Matrix<float>& a) {
-    for (int j = 0; j < a.columns; ++j)
-        for (int i = 0; i < j; ++i)
-            if (a(i, j) != a(j, i))
-                return false;
-    return true;
-}
-
 Eigensystem::Eigensystem(const std::string& name, const Matrix<float>& a, VectorsWanted wanted)
     : symmetric(is_symmetric(a)), re(index(a.rows)), im(re) {
     const Timer timer;

@@ -9,8 +9,6 @@
 
 namespace tools {
 
-bool is_symmetric(const Matrix<float>& a);
-
 struct VectorsWanted {
     bool left = false, right = false;
     bool any() const { return left || right; }
