@@ -215,6 +215,17 @@ void trmv_band(Uplo uplo, Op op, Diag diag, int width, int length, MatrixIn<T> a
 inline void lasr(Side side, Pivot pivot, Direct direct, int m, int n, const float* c, const float* s, Matrix<float> a) {
     native::call(qrv_blas_slasr_kernel, side, pivot, direct, m, n, c, s, a);
 }
+// Sums, products and vectors of the secular equation of singular values (secular.hpp).
+inline void secular_sums(int n, const float* d, const float* z, double origin, double mu, double* sum, double* slope) {
+    native::call(qrv_blas_ssecular_sums_kernel, n, d, z, origin, mu, sum, slope);
+}
+inline void secular_factors(int n, const float* d, float other, const float* difference, const float* sum,
+                            double* product) {
+    native::call(qrv_blas_ssecular_factors_kernel, n, d, other, difference, sum, product);
+}
+inline void secular_vectors(int n, const float* d, const float* z, float* left, float* right) {
+    native::call(qrv_blas_ssecular_vectors_kernel, n, d, z, left, right);
+}
 // Reflectors of order 3 side by side (larf3.hpp).
 inline void larf3_left(int count, int n, Matrix<const float> v, Matrix<float> a) {
     native::call(qrv_blas_slarf3_left_kernel, count, n, v, a);

@@ -41,5 +41,16 @@
     KERNEL(void, blas_srotg_kernel, (float* a, float* b, float* c, float* s), (a, b, c, s))                          \
     KERNEL(void, blas_srotm_kernel, (QRV_BOTH_VECTORS(float), const float* param), (n, x, incx, y, incy, param))     \
     KERNEL(void, blas_srotmg_kernel, (float* d1, float* d2, float* x1, const float* y1, float* param),               \
-           (d1, d2, x1, y1, param))
+           (d1, d2, x1, y1, param))                                                                                  \
+    /* The secular equation of singular values, of LAPACK (secular.hpp). */                                          \
+    KERNEL(void, blas_ssecular_sums_kernel,                                                                          \
+           (const int* n, const float* d, const float* z, const double* origin, const double* mu, double* sum,       \
+            double* slope),                                                                                          \
+           (n, d, z, origin, mu, sum, slope))                                                                        \
+    KERNEL(void, blas_ssecular_factors_kernel,                                                                       \
+           (const int* n, const float* d, const float* other, const float* difference, const float* sum,             \
+            double* product),                                                                                        \
+           (n, d, other, difference, sum, product))                                                                  \
+    KERNEL(void, blas_ssecular_vectors_kernel,                                                                       \
+           (const int* n, const float* d, const float* z, float* left, float* right), (n, d, z, left, right))
 // clang-format on

@@ -41,6 +41,16 @@ V load_part(const float*, int) {
 }
 inline void store_part(float*, Vec1f, int) {}
 
+// The lane of a vector in double.
+template <class V>
+struct Doubles {
+    double low;
+
+    static Doubles zero() { return {0}; }
+    static Doubles widen(V x) { return {x.v}; }
+    double sum() const { return low; }
+};
+
 using Vec = Vec1f;
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

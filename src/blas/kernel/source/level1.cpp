@@ -1,5 +1,6 @@
 // The kernels of BLAS level 1, compiled once for each build, in its namespace: each hands over to its family's
 // template.
+#include "blas/kernel/common/level1/secular.hpp"
 #include "blas/kernel/kernels.hpp"
 #include "blas/kernel/vec.hpp"
 
@@ -87,6 +88,17 @@ void blas_srotm_kernel(QRV_BOTH_VECTORS(float), const float* param) {
 }
 void blas_srotmg_kernel(float* d1, float* d2, float* x1, const float* y1, float* param) {
     rotmg(*d1, *d2, *x1, *y1, param);
+}
+void blas_ssecular_sums_kernel(const int* n, const float* d, const float* z, const double* origin, const double* mu,
+                               double* sum, double* slope) {
+    secular_sums(*n, d, z, *origin, *mu, *sum, *slope);
+}
+void blas_ssecular_factors_kernel(const int* n, const float* d, const float* other, const float* difference,
+                                  const float* sum, double* product) {
+    secular_factors(*n, d, *other, difference, sum, product);
+}
+void blas_ssecular_vectors_kernel(const int* n, const float* d, const float* z, float* left, float* right) {
+    secular_vectors(*n, d, z, left, right);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

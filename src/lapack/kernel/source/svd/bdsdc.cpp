@@ -160,9 +160,7 @@ int bdsdc_compact(int n, float* d, float* e, float* q, int* iq, float* work, int
 int bdsdc_values(Uplo uplo, int n, float* d, float* e, float* work) {
     if (n == 0)
         return 0;
-    const int info = lasdq(uplo, false, n, d, e, {}, work);
-    order_values<std::less_equal<>>(n, d, {});
-    return info;
+    return bdsqr(uplo, n, d, e, {}, work);
 }
 
 } // namespace qrv::lapack

@@ -41,28 +41,41 @@ void Merge::correct_first_row() {
         size = std::min(rows, kept - top);
         std::fill_n(product, size, 1.0);
         for (int j = 0; j < kept; ++j) {
-            const float *const difference = u.column(j) + top, *const sum = vt.column(j) + top;
-#pragma omp simd
-            for (int i = 0; i < size; ++i)
-                product[i] *= factor_of_root(dsigma, kept, top + i, j, difference[i], sum[i]);
+            const auto multiply = [&](int first, int end, int other) {
+                if (first < end)
+                    kernel::secular_factors(end - first, dsigma + top + first, dsigma[other], u.column(j) + top + first,
+                                            vt.column(j) + top + first, product + first);
+            };
+            if (j + 1 < kept) { // rows up to j have the pole behind the root, the others that before it
+                const int split = std::clamp(j + 1 - top, 0, size);
+                multiply(0, split, j + 1);
+                multiply(split, size, j);
+            } else {
+                for (int i = 0; i < size; ++i)
+                    product[i] *= double{u(top + i, j)} * vt(top + i, j);
+            }
         }
         for (int i = 0; i < size; ++i)
             z[top + i] = corrected(product[i], z[top + i]);
     }
 }
 
+// Column j of Q: x by kind, of length 1.
+void Merge::take_unit_vector(int j, const float* x) {
+    const float length = kernel::nrm2(kept, Vector<const float>{x});
+    float* const to = q.column(j);
+#pragma omp simd
+    for (int r = 0; r < kept; ++r)
+        to[r] = x[group[r]] / length;
+}
+
 // Of each root, in V' the right vector and in U the left one, neither of length 1.
 void Merge::form_left_vectors() {
     for (int j = 0; j < kept; ++j) {
         float *const left = u.column(j), *const right = vt.column(j);
-        for (int i = 0; i < kept; ++i) {
-            right[i] = z[i] / left[i] / right[i];
-            left[i] = dsigma[i] * right[i];
-        }
+        kernel::secular_vectors(kept, dsigma, z, left, right);
         left[0] = -1;
-        const float length = kernel::nrm2(kept, Vector<float>{left});
-        for (int r = 0; r < kept; ++r)
-            q(r, j) = left[group[r]] / length;
+        take_unit_vector(j, left);
     }
     const int both = 1 + count[ofLeft], nl1 = nl + 1;
     blas::gemm(Op::none, Op::none, nl, kept, count[ofLeft] + count[ofBoth], 1.0F, u2.block(0, 1), q.block(1, 0), 0.0F,
@@ -86,12 +99,8 @@ int lasd3(int nl, int nr, bool longer, int k, float* d, Matrix<float> q, float* 
 }
 
 void Merge::form_right_vectors() {
-    for (int j = 0; j < kept; ++j) {
-        const float* const right = vt.column(j);
-        const float length = kernel::nrm2(kept, Vector<const float>{right});
-        for (int r = 0; r < kept; ++r)
-            q(r, j) = right[group[r]] / length;
-    }
+    for (int j = 0; j < kept; ++j)
+        take_unit_vector(j, vt.column(j));
     const int both = 1 + count[ofLeft], nl1 = nl + 1;
     blas::gemm(Op::transpose, Op::none, kept, nl1, both + count[ofBoth], 1.0F, q, vt2, 0.0F, vt);
     blas::gemm(Op::transpose, Op::none, kept, m - nl1, count[ofBoth] + count[ofRight], 1.0F, q.block(both, 0),

@@ -5,6 +5,7 @@
 //   f(mu) = 1/rho + sum of z(j)^2 / (delta(j) - mu) = 0,   delta(j) = (d(j) - d(o)) (d(j) + d(o))
 //
 // (secular_root.hpp). In double nothing is lost to the differences of floats.
+#include "blas/calls.hpp"
 #include "lapack/calls/svd.hpp"
 #include "lapack/kernel/source/svd/secular_root.hpp"
 
@@ -28,34 +29,12 @@ struct Secular {
     }
 
 private:
-    // Several terms at a time, which the processor divides together.
+    // Terms on one side of the root have one sign.
     void add(int first, int end, double mu, SecularValue& v, double& slope) const {
-        constexpr int lanes = 4;
-        double sum[lanes] = {}, size[lanes] = {}, square[lanes] = {};
-        int j = first;
-        for (; j + lanes <= end; j += lanes) {
-            double quotient[lanes], term[lanes];
-            for (int l = 0; l < lanes; ++l) {
-                quotient[l] = z[j + l] / (pole(j + l) - mu);
-                term[l] = z[j + l] * quotient[l];
-            }
-            for (int l = 0; l < lanes; ++l) {
-                sum[l] += term[l];
-                size[l] += std::fabs(term[l]);
-                square[l] += quotient[l] * quotient[l];
-            }
-        }
-        for (; j < end; ++j) {
-            const double quotient = z[j] / (pole(j) - mu), term = z[j] * quotient;
-            sum[0] += term;
-            size[0] += std::fabs(term);
-            square[0] += quotient * quotient;
-        }
-        for (int l = 0; l < lanes; ++l) {
-            v.f += sum[l];
-            v.size += size[l];
-            slope += square[l];
-        }
+        double sum;
+        kernel::secular_sums(end - first, d + first, z + first, origin, mu, &sum, &slope);
+        v.f += sum;
+        v.size += std::fabs(sum);
     }
 };
 
@@ -96,6 +75,7 @@ int lasd4(int n, int i, const float* d, const float* z, float* delta, float rho,
                            v))
         return 1;
     const double eta = mu / (q.origin + std::sqrt(std::max(0.0, q.origin * q.origin + mu)));
+#pragma omp simd
     for (int j = 0; j < n; ++j) {
         delta[j] = static_cast<float>((d[j] - q.origin) - eta);
         sum[j] = static_cast<float>((d[j] + q.origin) + eta);

@@ -35,6 +35,7 @@ private:
     void group_vectors();
     bool find_values(float* d);
     void correct_first_row();
+    void take_unit_vector(int j, const float* x);
     void form_left_vectors();
     void form_right_vectors();
 };

@@ -15,9 +15,10 @@ template <class ComesLater>
 void order_values(int n, float* d, const BidiagonalVectors& vectors) {
     for (int end = n - 1; end > 0; --end) {
         int last = 0;
+        float value = d[0];
         for (int i = 1; i <= end; ++i)
-            if (ComesLater()(d[i], d[last]))
-                last = i;
+            if (ComesLater()(d[i], value))
+                last = i, value = d[i];
         if (last != end) {
             std::swap(d[last], d[end]);
             if (vectors.ncvt > 0)

@@ -10,12 +10,13 @@ void Dqds::transform() {
     dmin = d;
     dmin1 = -q(first);
     // d of the next row. False if this one is negative.
-    const auto step = [&](int k) {
-        other_q(k) = d + e(k);
+    const auto step = [&, shiftNow = tau](int k) { // each waits for the one before: nothing on the way is stored first
+        const float beside = e(k), sum = d + beside, next = q(k + 1);
+        other_q(k) = sum;
         if (d < 0)
             return false;
-        other_e(k) = q(k + 1) * (e(k) / other_q(k));
-        d = q(k + 1) * (d / other_q(k)) - tau;
+        d = next * (d / sum) - shiftNow;
+        other_e(k) = next * (beside / sum);
         dmin = least(dmin, d);
         return true;
     };
