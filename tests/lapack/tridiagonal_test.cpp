@@ -50,7 +50,7 @@ void expect_pairs(const Tridiagonal& t, const GuardedVector<float>& w, const Ope
     values.resize(std::size_t(count));
     const WideMatrix<float> vectors(t.n(), count, [&](int i, int j) { return widen(z(i, j)); });
     EXPECT_LE(similarity_error(wide(t), vectors, diagonal<float>(values)), residualBound) << what;
-    EXPECT_LE(orthogonality_error(vectors), 50) << what;
+    EXPECT_LE(orthogonality_error(vectors), 20) << what;
 }
 
 TEST(Tridiagonal, SterfValuesAsSolutions) {

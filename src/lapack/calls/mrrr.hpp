@@ -73,9 +73,10 @@ struct Twisted {
     }
 };
 // above: L D L of the row above, if these are a part of the rows. negligible: what may be left out of z where it
-// decays. work: 4 n floats.
-void lar1v(const Representation& rep, float above, float lambda, float leastPivot, float negligible, float* z,
-           Twisted& t, float* work);
+// decays. work: 4 n elements. T is float or double.
+template <class T>
+void lar1v(const Representation& rep, T above, T lambda, float leastPivot, float negligible, float* z, Twisted& t,
+           T* work);
 
 // Values of T refined to this accuracy beside their size (SLARRJ): m of them, from this number on.
 void larrj(const Sturm& t, int m, int number, float* w, float* werr, float tolerance, float diameter);

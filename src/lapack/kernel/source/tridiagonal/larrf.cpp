@@ -8,7 +8,8 @@ constexpr float eps = machine::precision;
 constexpr float growthLimit = 8; // of the largest pivot, beside the spectral diameter
 constexpr int moreTries = 1;
 
-// L+ D+ L+' = L D L' - shift by the stationary transform.
+// L+ D+ L+' = L D L' - shift by the stationary transform, in double up to the rounding of the result. Roundings on the
+// way would act as changes of L and D, and those move an eigenvector of a cluster by so much over its relative gap.
 struct Candidate {
     float shift;
     float *d, *l;
@@ -18,18 +19,20 @@ struct Candidate {
     void factor(const Representation& x, float leastPivot) {
         growth = 0;
         bad = false;
-        float s = -shift;
+        double s = -shift;
         for (int i = 0; i < x.n; ++i) {
-            d[i] = x.d[i] + s;
-            if (std::fabs(d[i]) < leastPivot) {
-                d[i] = -leastPivot;
+            double pivot = x.d[i] + s;
+            if (std::fabs(pivot) < leastPivot) {
+                pivot = -leastPivot;
                 bad = true;
             }
+            d[i] = static_cast<float>(pivot);
             growth = std::max(growth, std::fabs(d[i]));
             bad = bad || d[i] != d[i];
             if (i < x.n - 1) {
-                l[i] = x.ld[i] / d[i];
-                s = s * l[i] * x.l[i] - shift;
+                const double multiplier = double{x.d[i]} * x.l[i] / pivot;
+                l[i] = static_cast<float>(multiplier);
+                s = s * multiplier * x.l[i] - shift;
             }
         }
     }

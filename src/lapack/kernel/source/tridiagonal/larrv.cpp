@@ -3,6 +3,9 @@
 // A node is a run of eigenvalues with a representation. It is cut where gaps are large beside the values; a single
 // value gets its vector, a cluster a representation of its own, which waits in the first two columns that its vectors
 // will take.
+#include <cstdint>
+#include <new>
+
 #include "blas/calls.hpp"
 #include "lapack/calls/mrrr.hpp"
 #include "lapack/calls/norms.hpp"
@@ -11,8 +14,16 @@ namespace qrv::lapack {
 namespace {
 
 constexpr float eps = machine::precision;
-constexpr float finest = 2 * eps; // of a value, beyond which it is not refined
+constexpr float finest = 2 * eps;      // of a value, beyond which counts in float do not tell more
+constexpr float vectorError = eps / 2; // of a vector, by the residual over the gap
+constexpr float finestStep = 0x1p-48F; // of a value in double
 constexpr int mostCorrections = 10;
+
+// Room for so many doubles in twice as many floats and one more.
+double* aligned_doubles(float* room, std::ptrdiff_t count) {
+    const bool even = reinterpret_cast<std::uintptr_t>(room) % alignof(double) == 0;
+    return new (room + (even ? 0 : 1)) double[static_cast<std::size_t>(count)];
+}
 
 struct Node {
     int first, last, depth;
@@ -37,6 +48,25 @@ private:
     int count_ = 0;
 };
 
+// Where a value lies: the interval that counts in float have told, with room for their roundings.
+class Bracket {
+public:
+    Bracket(float w, float werr) : low_(w - room(w, werr)), high_(w + room(w, werr)) {}
+
+    // Whether a step leads to the side where the value lies, and not out of the interval, which then ends at lambda.
+    bool admits(bool down, double lambda, double step) {
+        const double next = lambda + step;
+        if (!((down ? step <= 0 : step >= 0) && low_ <= next && next <= high_))
+            return false;
+        (down ? high_ : low_) = lambda;
+        return true;
+    }
+
+private:
+    static double room(double w, double werr) { return werr + 4 * eps * std::fabs(w); }
+    double low_, high_;
+};
+
 // One block of T, with m values that are wanted.
 class Tree {
 public:
@@ -46,8 +76,8 @@ public:
           leastPivot_(x.leastPivot), low_(x.searched.low), tolerance_(tolerance),
           w_(x.w + begin), relative_{work + begin, x.werr + begin, x.wgap + begin, x.indexw[begin]},
           z_(z.block(firstRow_, begin)), isuppz_(isuppz + 2 * std::ptrdiff_t{begin}),
-          scratch_(work + 3 * std::ptrdiff_t{x.n}), waiting_(iwork), d_(x.d + firstRow_), l_(x.e + firstRow_),
-          ld_(work + x.n + firstRow_),
+          scratch_(work + 3 * std::ptrdiff_t{x.n}), doubles_(aligned_doubles(scratch_, 4 * std::ptrdiff_t{x.n})),
+          waiting_(iwork), d_(x.d + firstRow_), l_(x.e + firstRow_), ld_(work + x.n + firstRow_),
           lld_(work + 2 * std::ptrdiff_t{x.n} + firstRow_), rep_{x.last_row(block) - firstRow_ + 1, d_, l_, ld_, lld_},
           shift_(l_[rep_.n - 1]) {
         diameter_ = x.rows(block).high - x.rows(block).low;
@@ -148,64 +178,53 @@ private:
     }
 
     // The vector of a single value, which is corrected by its Rayleigh quotient as long as that leads inward, else
-    // refined by bisection.
+    // first refined by bisection. The value is kept in double: an error of it stands in the vector, over its gap.
     void find_vector(int i) {
-        const int n = rep_.n;
         const bool lowest = i == 0, highest = i == m_ - 1;
         float *const w = relative_.w, *const werr = relative_.werr, *const wgap = relative_.wgap;
-        Interval range{w[i] - werr[i], w[i] + werr[i]};
-        const float outermost = eps * range.size(), gapAbove = wgap[i];
+        Bracket range(w[i], werr[i]);
+        const float outermost = eps * (std::fabs(w[i]) + werr[i]), gapAbove = wgap[i];
         const float gap = std::min(lowest ? outermost : wgap[i - 1], highest ? outermost : wgap[i]);
         const float negligible = lowest || highest ? 0 : gap * eps;
-        const float tolerance = 4 * std::log(static_cast<float>(n)) * eps;
         wgap[i] = gap;
 
-        float lambda = w[i], best = lambda, bestResidual = 0;
+        double lambda = w[i], best = lambda;
         float* const z = &z_(0, i);
         Twisted twisted;
-        int supportFirst = n, supportLast = -1;
-        bool bisect = false, bisected = false, corrected = false;
+        float bestResidual = 0;
+        int supportFirst = rep_.n, supportLast = -1;
         const auto compute = [&] {
-            lar1v(rep_, 0, lambda, leastPivot_, negligible, z, twisted, scratch_);
+            lar1v<double>(rep_, 0, lambda, leastPivot_, negligible, z, twisted, doubles_);
             supportFirst = std::min(supportFirst, twisted.first);
             supportLast = std::max(supportLast, twisted.last);
         };
-        for (int step = 0; step <= mostCorrections + 1; ++step) {
-            if (bisect) {
-                bisected = true;
-                larrb_on(i, i, {0, finest}, twisted.r);
-                lambda = w[i];
-                twisted.r = -1;
-            }
+        bool bisected = false;
+        for (int step = 0; step <= mostCorrections; ++step) {
             compute();
             if (step == 0 || twisted.residual < bestResidual) {
                 bestResidual = twisted.residual;
                 best = lambda;
             }
-            if (!(twisted.residual > tolerance * gap && std::fabs(twisted.correction) > finest * std::fabs(lambda)) ||
-                bisected)
+            if (!(twisted.residual > vectorError * gap &&
+                  std::fabs(twisted.correction) > finestStep * std::fabs(lambda)))
                 break;
-            const bool down = relative_.number + i <= twisted.below; // the value lies below lambda
-            const float next = lambda + twisted.correction;
-            if ((down ? twisted.correction <= 0 : twisted.correction >= 0) && range.low <= next && next <= range.high) {
-                corrected = true;
-                (down ? range.high : range.low) = lambda;
-                w[i] = range.middle();
-                werr[i] = (range.high - range.low) / 2;
-                lambda = next;
-            } else {
-                bisect = true;
-            }
-            if (range.high - range.low < finest * std::fabs(lambda))
+            if (range.admits(relative_.number + i <= twisted.below, lambda, twisted.correction)) {
+                lambda += twisted.correction;
+            } else if (!bisected) {
                 bisected = true;
-            if (step == mostCorrections)
-                bisect = true;
+                larrb_on(i, i, {0, finest}, twisted.r);
+                range = Bracket(w[i], werr[i]);
+                lambda = w[i];
+                twisted.r = -1;
+            } else {
+                break;
+            }
         }
-        if (corrected && bisected && bestResidual <= twisted.residual) {
+        if (bestResidual < twisted.residual) {
             lambda = best;
             compute();
         }
-        w[i] = lambda;
+        w[i] = static_cast<float>(lambda);
         store(i, twisted, supportFirst, supportLast);
         wgap[i] = gapAbove;
         if (!lowest)
@@ -232,7 +251,8 @@ private:
     Values relative_; // of the present representation
     Matrix<float> z_;
     int* isuppz_;
-    float* scratch_;
+    float* scratch_;  // 9 n floats, or in the same place
+    double* doubles_; // 4 n doubles
     NodeStack waiting_;
     float *d_, *l_, *ld_, *lld_; // the present representation
     Representation rep_;
