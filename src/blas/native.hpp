@@ -1,15 +1,90 @@
 // The C names of BLAS by element type, so that one template or one row serves both types: blas::Native<float>::gemm is
-// qrv_blas_sgemm, kernel::Native<float>::gemm is qrv_blas_sgemm_kernel.
+// qrv_blas_sgemm, kernel::Native<float>::gemm is qrv_blas_sgemm_kernel. By value they are in blas/calls.hpp.
 //
-// Real elements have the names of both complex routines of which theirs is the special case: geru and gerc are SGER,
-// symm and hemm are SSYMM. Where only the Hermitian one exists, it gives the name: hemv is SSYMV.
+// A row names a routine for both element types and tells what there is of it:
+//
+//   KERNEL    its kernel
+//   DECIDED   qrv_blas_<name> too, which chooses a number of threads and a path
+//   ON_TEAM   and qrv_blas_<name>_omp, the same on a team of at most *threads, for a matrix that is not empty
+//
+// All take the arguments of the kernel, unchecked. Real elements have the names of both complex routines of which
+// theirs is the special case: geru and gerc are SGER, symm and hemm are SSYMM. Where only the Hermitian one exists, it
+// gives the name: hemv is SSYMV.
 #pragma once
 
-#include "blas/blas.hpp"
 #include "blas/kernel/kernels.hpp"
 
-// ---- Serial kernels, each behind its dispatch slot ------------------------------------------------------------------
+// clang-format off
+#define QRV_BLAS_NAMES(REAL, COMPLEX)                                  \
+    REAL(ON_TEAM, axpy, saxpy)        COMPLEX(ON_TEAM, axpy, caxpy)    \
+    REAL(ON_TEAM, copy, scopy)        COMPLEX(ON_TEAM, copy, ccopy)    \
+    REAL(ON_TEAM, swap, sswap)        COMPLEX(ON_TEAM, swap, cswap)    \
+    REAL(ON_TEAM, dotc, sdot)         COMPLEX(ON_TEAM, dotc, cdotc)    \
+    REAL(ON_TEAM, dotu, sdot)         COMPLEX(KERNEL, dotu, cdotu)     \
+    REAL(ON_TEAM, rot, srot)                                           \
+    REAL(KERNEL, scal, sscal)         COMPLEX(KERNEL, scal, cscal)     \
+    REAL(KERNEL, rscal, sscal)        COMPLEX(KERNEL, rscal, csscal)   \
+    REAL(KERNEL, asum, sasum)         COMPLEX(KERNEL, asum, scasum)    \
+    REAL(KERNEL, nrm2, snrm2)         COMPLEX(KERNEL, nrm2, scnrm2)    \
+    REAL(KERNEL, iamax, isamax)       COMPLEX(KERNEL, iamax, icamax)   \
+    REAL(ON_TEAM, gemv, sgemv)        COMPLEX(ON_TEAM, gemv, cgemv)    \
+    REAL(ON_TEAM, hemv, ssymv)        COMPLEX(KERNEL, hemv, chemv)     \
+    REAL(ON_TEAM, her, ssyr)          COMPLEX(KERNEL, her, cher)       \
+    REAL(ON_TEAM, her2, ssyr2)        COMPLEX(KERNEL, her2, cher2)     \
+    REAL(KERNEL, geru, sger)          COMPLEX(KERNEL, geru, cgeru)     \
+    REAL(KERNEL, gerc, sger)          COMPLEX(KERNEL, gerc, cgerc)     \
+    REAL(ON_TEAM, trmv, strmv)        COMPLEX(ON_TEAM, trmv, ctrmv)    \
+    REAL(KERNEL, trsv, strsv)         COMPLEX(KERNEL, trsv, ctrsv)     \
+    REAL(DECIDED, gemm, sgemm)        COMPLEX(DECIDED, gemm, cgemm)    \
+    REAL(DECIDED, symm, ssymm)        COMPLEX(DECIDED, symm, csymm)    \
+    REAL(DECIDED, hemm, ssymm)        COMPLEX(DECIDED, hemm, chemm)    \
+    REAL(DECIDED, syrk, ssyrk)        COMPLEX(DECIDED, syrk, csyrk)    \
+    REAL(DECIDED, herk, ssyrk)        COMPLEX(DECIDED, herk, cherk)    \
+    REAL(DECIDED, syr2k, ssyr2k)      COMPLEX(DECIDED, syr2k, csyr2k)  \
+    REAL(DECIDED, her2k, ssyr2k)      COMPLEX(DECIDED, her2k, cher2k)  \
+    REAL(DECIDED, trmm, strmm)        COMPLEX(DECIDED, trmm, ctrmm)    \
+    REAL(DECIDED, trsm, strsm)        COMPLEX(DECIDED, trsm, ctrsm)
+// clang-format on
 
+namespace qrv {
+
+template <class Routine>
+struct OnTeamOf;
+template <class Result, class... Arguments>
+struct OnTeamOf<Result(Arguments...)> {
+    using Type = Result(const int* threads, Arguments...);
+};
+template <class Routine>
+using OnTeam = typename OnTeamOf<Routine>::Type;
+
+} // namespace qrv
+
+#define QRV_NONE(...)
+#define QRV_DECLARE(what, name, routine) QRV_DECLARE_##what(routine)
+#define QRV_DECLARE_KERNEL(routine)
+#define QRV_DECLARE_DECIDED(routine) decltype(qrv_blas_##routine##_kernel) qrv_blas_##routine;
+#define QRV_DECLARE_ON_TEAM(routine)                                                                                   \
+    QRV_DECLARE_DECIDED(routine)                                                                                       \
+    qrv::OnTeam<decltype(qrv_blas_##routine##_kernel)> qrv_blas_##routine##_omp;
+#define QRV_NAME(what, name, routine) static constexpr auto& name = qrv_blas_##routine##_kernel;
+#define QRV_NAME_DECISION(what, name, routine) QRV_NAME_##what(name, routine)
+#define QRV_NAME_KERNEL(name, routine)
+#define QRV_NAME_DECIDED(name, routine) static constexpr auto& name = qrv_blas_##routine;
+#define QRV_NAME_ON_TEAM(name, routine) QRV_NAME_DECIDED(name, routine)
+#define QRV_NAME_PIECES(gemm)                                                                                          \
+    static constexpr auto& scale_c = qrv_blas_##gemm##_scale_c;                                                        \
+    static constexpr auto& plan_available = qrv_blas_##gemm##_plan_available;                                          \
+    static constexpr auto& plan_reset = qrv_blas_##gemm##_plan_reset;                                                  \
+    static constexpr auto& plan_load = qrv_blas_##gemm##_plan_load;                                                    \
+    static constexpr auto& plan_set_blocks = qrv_blas_##gemm##_plan_set_blocks;                                        \
+    static constexpr auto& buffer_sizes = qrv_blas_##gemm##_buffer_sizes;                                              \
+    static constexpr auto& blocked = qrv_blas_##gemm##_blocked;
+
+extern "C" {
+QRV_BLAS_NAMES(QRV_DECLARE, QRV_DECLARE)
+}
+
+// Serial kernels, each behind its dispatch slot, and the pieces of GEMM, for its team.
 namespace qrv::kernel {
 
 template <class T>
@@ -19,96 +94,20 @@ struct Native<const T> : Native<T> {};
 
 template <>
 struct Native<float> {
-    static constexpr auto& axpy = qrv_blas_saxpy_kernel;
-    static constexpr auto& copy = qrv_blas_scopy_kernel;
-    static constexpr auto& swap = qrv_blas_sswap_kernel;
-    static constexpr auto& scal = qrv_blas_sscal_kernel;
-    static constexpr auto& rscal = qrv_blas_sscal_kernel; // by a real factor
-    static constexpr auto& dotc = qrv_blas_sdot_kernel;
-    static constexpr auto& dotu = qrv_blas_sdot_kernel;
-    static constexpr auto& asum = qrv_blas_sasum_kernel;
-    static constexpr auto& nrm2 = qrv_blas_snrm2_kernel;
-    static constexpr auto& iamax = qrv_blas_isamax_kernel;
-    static constexpr auto& rot = qrv_blas_srot_kernel;
-
-    static constexpr auto& gemv = qrv_blas_sgemv_kernel;
-    static constexpr auto& hemv = qrv_blas_ssymv_kernel;
-    static constexpr auto& geru = qrv_blas_sger_kernel;
-    static constexpr auto& gerc = qrv_blas_sger_kernel;
-    static constexpr auto& her = qrv_blas_ssyr_kernel;
-    static constexpr auto& her2 = qrv_blas_ssyr2_kernel;
-    static constexpr auto& trmv = qrv_blas_strmv_kernel;
-    static constexpr auto& trsv = qrv_blas_strsv_kernel;
-    static constexpr auto& trmv_band = qrv_blas_strmv_band_kernel;
-
-    static constexpr auto& gemm = qrv_blas_sgemm_kernel;
-    static constexpr auto& symm = qrv_blas_ssymm_kernel;
-    static constexpr auto& hemm = qrv_blas_ssymm_kernel;
-    static constexpr auto& syrk = qrv_blas_ssyrk_kernel;
-    static constexpr auto& herk = qrv_blas_ssyrk_kernel;
-    static constexpr auto& syr2k = qrv_blas_ssyr2k_kernel;
-    static constexpr auto& her2k = qrv_blas_ssyr2k_kernel;
-    static constexpr auto& trmm = qrv_blas_strmm_kernel;
-    static constexpr auto& trsm = qrv_blas_strsm_kernel;
-
-    // Pieces of GEMM, for its team.
-    static constexpr auto& scale_c = qrv_blas_sgemm_scale_c;
-    static constexpr auto& plan_available = qrv_blas_sgemm_plan_available;
-    static constexpr auto& plan_reset = qrv_blas_sgemm_plan_reset;
-    static constexpr auto& plan_load = qrv_blas_sgemm_plan_load;
-    static constexpr auto& plan_set_blocks = qrv_blas_sgemm_plan_set_blocks;
-    static constexpr auto& buffer_sizes = qrv_blas_sgemm_buffer_sizes;
-    static constexpr auto& blocked = qrv_blas_sgemm_blocked;
+    QRV_BLAS_NAMES(QRV_NAME, QRV_NONE)
+    QRV_NAME(KERNEL, trmv_band, strmv_band)
+    QRV_NAME_PIECES(sgemm)
 };
-
 template <>
 struct Native<SingleComplex> {
-    static constexpr auto& axpy = qrv_blas_caxpy_kernel;
-    static constexpr auto& copy = qrv_blas_ccopy_kernel;
-    static constexpr auto& swap = qrv_blas_cswap_kernel;
-    static constexpr auto& scal = qrv_blas_cscal_kernel;
-    static constexpr auto& rscal = qrv_blas_csscal_kernel; // by a real factor
-    static constexpr auto& dotc = qrv_blas_cdotc_kernel;
-    static constexpr auto& dotu = qrv_blas_cdotu_kernel;
-    static constexpr auto& asum = qrv_blas_scasum_kernel;
-    static constexpr auto& nrm2 = qrv_blas_scnrm2_kernel;
-    static constexpr auto& iamax = qrv_blas_icamax_kernel;
-
-    static constexpr auto& gemv = qrv_blas_cgemv_kernel;
-    static constexpr auto& hemv = qrv_blas_chemv_kernel;
-    static constexpr auto& geru = qrv_blas_cgeru_kernel;
-    static constexpr auto& gerc = qrv_blas_cgerc_kernel;
-    static constexpr auto& her = qrv_blas_cher_kernel;
-    static constexpr auto& her2 = qrv_blas_cher2_kernel;
-    static constexpr auto& trmv = qrv_blas_ctrmv_kernel;
-    static constexpr auto& trsv = qrv_blas_ctrsv_kernel;
-    static constexpr auto& trmv_band = qrv_blas_ctrmv_band_kernel;
-
-    static constexpr auto& gemm = qrv_blas_cgemm_kernel;
-    static constexpr auto& symm = qrv_blas_csymm_kernel;
-    static constexpr auto& hemm = qrv_blas_chemm_kernel;
-    static constexpr auto& syrk = qrv_blas_csyrk_kernel;
-    static constexpr auto& herk = qrv_blas_cherk_kernel;
-    static constexpr auto& syr2k = qrv_blas_csyr2k_kernel;
-    static constexpr auto& her2k = qrv_blas_cher2k_kernel;
-    static constexpr auto& trmm = qrv_blas_ctrmm_kernel;
-    static constexpr auto& trsm = qrv_blas_ctrsm_kernel;
-
-    // Pieces of GEMM, for its team.
-    static constexpr auto& scale_c = qrv_blas_cgemm_scale_c;
-    static constexpr auto& plan_available = qrv_blas_cgemm_plan_available;
-    static constexpr auto& plan_reset = qrv_blas_cgemm_plan_reset;
-    static constexpr auto& plan_load = qrv_blas_cgemm_plan_load;
-    static constexpr auto& plan_set_blocks = qrv_blas_cgemm_plan_set_blocks;
-    static constexpr auto& buffer_sizes = qrv_blas_cgemm_buffer_sizes;
-    static constexpr auto& blocked = qrv_blas_cgemm_blocked;
+    QRV_BLAS_NAMES(QRV_NONE, QRV_NAME)
+    QRV_NAME(KERNEL, trmv_band, ctrmv_band)
+    QRV_NAME_PIECES(cgemm)
 };
 
 } // namespace qrv::kernel
 
-// ---- Decision routines; where a routine has none, its kernel
-// ---------------------------------------------------------
-
+// Decision routines; where a routine has none, its kernel.
 namespace qrv::blas {
 
 template <class T>
@@ -118,49 +117,23 @@ struct Native<const T> : Native<T> {};
 
 template <>
 struct Native<float> : kernel::Native<float> {
-    static constexpr auto& axpy = qrv_blas_saxpy;
-    static constexpr auto& copy = qrv_blas_scopy;
-    static constexpr auto& swap = qrv_blas_sswap;
-    static constexpr auto& dotc = qrv_blas_sdot;
-    static constexpr auto& dotu = qrv_blas_sdot;
-    static constexpr auto& rot = qrv_blas_srot;
-
-    static constexpr auto& gemv = qrv_blas_sgemv;
-    static constexpr auto& hemv = qrv_blas_ssymv;
-    static constexpr auto& her = qrv_blas_ssyr;
-    static constexpr auto& her2 = qrv_blas_ssyr2;
-    static constexpr auto& trmv = qrv_blas_strmv;
-
-    static constexpr auto& gemm = qrv_blas_sgemm;
-    static constexpr auto& symm = qrv_blas_ssymm;
-    static constexpr auto& hemm = qrv_blas_ssymm;
-    static constexpr auto& syrk = qrv_blas_ssyrk;
-    static constexpr auto& herk = qrv_blas_ssyrk;
-    static constexpr auto& syr2k = qrv_blas_ssyr2k;
-    static constexpr auto& her2k = qrv_blas_ssyr2k;
-    static constexpr auto& trmm = qrv_blas_strmm;
-    static constexpr auto& trsm = qrv_blas_strsm;
+    QRV_BLAS_NAMES(QRV_NAME_DECISION, QRV_NONE)
 };
-
 template <>
 struct Native<SingleComplex> : kernel::Native<SingleComplex> {
-    static constexpr auto& axpy = qrv_blas_caxpy;
-    static constexpr auto& copy = qrv_blas_ccopy;
-    static constexpr auto& swap = qrv_blas_cswap;
-    static constexpr auto& dotc = qrv_blas_cdotc;
-
-    static constexpr auto& gemv = qrv_blas_cgemv;
-    static constexpr auto& trmv = qrv_blas_ctrmv;
-
-    static constexpr auto& gemm = qrv_blas_cgemm;
-    static constexpr auto& symm = qrv_blas_csymm;
-    static constexpr auto& hemm = qrv_blas_chemm;
-    static constexpr auto& syrk = qrv_blas_csyrk;
-    static constexpr auto& herk = qrv_blas_cherk;
-    static constexpr auto& syr2k = qrv_blas_csyr2k;
-    static constexpr auto& her2k = qrv_blas_cher2k;
-    static constexpr auto& trmm = qrv_blas_ctrmm;
-    static constexpr auto& trsm = qrv_blas_ctrsm;
+    QRV_BLAS_NAMES(QRV_NONE, QRV_NAME_DECISION)
 };
 
 } // namespace qrv::blas
+
+#undef QRV_NONE
+#undef QRV_DECLARE
+#undef QRV_DECLARE_KERNEL
+#undef QRV_DECLARE_DECIDED
+#undef QRV_DECLARE_ON_TEAM
+#undef QRV_NAME
+#undef QRV_NAME_DECISION
+#undef QRV_NAME_KERNEL
+#undef QRV_NAME_DECIDED
+#undef QRV_NAME_ON_TEAM
+#undef QRV_NAME_PIECES

@@ -1,7 +1,7 @@
 // The routines of BLAS levels 2 and 3 but GEMM: one row each, for the kernels of every build and the threaded routines.
 #pragma once
 
-#include "blas/blas.hpp"
+#include "blas/native.hpp"
 #include "blas/thread/32/level3/level3_threads.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
 #include "blas/thread/common/machine.hpp"

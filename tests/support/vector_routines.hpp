@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <ostream>
 
-#include "blas/blas.hpp"
+#include "blas/native.hpp"
 #include "blas/thread/common/level1/level1_threads.hpp"
 #include "support/builds.hpp"
 #include "support/flags.hpp"

@@ -12,12 +12,12 @@
 #pragma once
 
 #include "blas/assert.hpp"
-#include "blas/blas.hpp"
 #include "blas/complex.hpp"
 #include "blas/kernel/common/level2/strided_vector.hpp"
 #include "blas/kernel/common/level2/triangle.hpp"
 #include "blas/kernel/kernels.hpp"
 #include "blas/matrix.hpp"
+#include "blas/native.hpp"
 #include "blas/options.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {

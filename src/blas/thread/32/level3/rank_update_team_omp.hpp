@@ -5,8 +5,8 @@
 
 #include <omp.h>
 
-#include "blas/blas.hpp"
 #include "blas/calls.hpp"
+#include "blas/native.hpp"
 #include "blas/thread/32/level3/level3_threads.hpp"
 #include "blas/thread/common/machine.hpp"
 

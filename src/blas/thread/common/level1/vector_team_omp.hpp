@@ -6,8 +6,8 @@
 
 #include <omp.h>
 
-#include "blas/blas.hpp"
 #include "blas/calls.hpp"
+#include "blas/native.hpp"
 #include "blas/thread/common/level1/level1_threads.hpp"
 #include "blas/thread/common/machine.hpp"
 #include "blas/thread/common/slice.hpp"

@@ -4,8 +4,8 @@
 // of columns (the others). So nothing is summed across threads and nothing is waited for.
 #include <omp.h>
 
-#include "blas/blas.hpp"
 #include "blas/calls.hpp"
+#include "blas/native.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
 #include "blas/thread/common/machine.hpp"
 

@@ -6,8 +6,8 @@
 // across threads.
 #include <omp.h>
 
-#include "blas/blas.hpp"
 #include "blas/calls.hpp"
+#include "blas/native.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
 #include "blas/thread/common/machine.hpp"
 

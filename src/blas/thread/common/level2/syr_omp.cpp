@@ -3,8 +3,8 @@
 // The triangle is cut into bands of rows (lower) or columns (upper), one for each thread.
 #include <omp.h>
 
-#include "blas/blas.hpp"
 #include "blas/calls.hpp"
+#include "blas/native.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
 #include "blas/thread/common/machine.hpp"
 

@@ -5,8 +5,8 @@
 // with the rectangle beside it.
 #include <omp.h>
 
-#include "blas/blas.hpp"
 #include "blas/calls.hpp"
+#include "blas/native.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
 #include "blas/thread/common/machine.hpp"
 #include "service/work_pool.hpp"

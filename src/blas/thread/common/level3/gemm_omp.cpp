@@ -6,7 +6,7 @@
 // is repeatable bit for bit.
 #include <omp.h>
 
-#include "blas/blas.hpp"
+#include "blas/native.hpp"
 #include "blas/thread/common/level3/gemm_team.hpp"
 #include "service/work_pool.hpp"
 
