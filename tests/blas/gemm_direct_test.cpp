@@ -7,13 +7,8 @@
 namespace qrv::test {
 namespace {
 
-template <class T>
-class GemmDirect : public testing::Test {};
-TYPED_TEST_SUITE(GemmDirect, Elements);
-
 // The same bits whatever lies beside the operands and wherever they lie.
-TYPED_TEST(GemmDirect, ResultDependsOnTheOperandsAlone) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(GemmDirect, ResultDependsOnTheOperandsAlone) {
     for (const Subject<T>& subject : subjects<T>())
         for (const char option : {'N', 'T', 'C'}) {
             if (!std::string_view(subject.name).ends_with("direct"))
@@ -34,8 +29,7 @@ GemmRoute route(VectorForm form, const char* ops, int m, int n, int k, bool conf
 }
 
 // What goes unpacked does so for any smaller size, and never once it is large, or more than an integer holds.
-TYPED_TEST(GemmDirect, RouteGrowsWithTheSizes) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(GemmDirect, RouteGrowsWithTheSizes) {
     constexpr int sizes[] = {2, 4, 8, 12, 14, 16, 32, 33, 64, 128, 256, 512, 1024, 2048, 4096};
     constexpr int shallow = 32; // products below this depth go by their area too
     constexpr int most = std::numeric_limits<int>::max();
@@ -64,8 +58,7 @@ TYPED_TEST(GemmDirect, RouteGrowsWithTheSizes) {
 }
 
 // Both sides of the edges: `last` is the deepest product of m x n that goes unpacked.
-TYPED_TEST(GemmDirect, RoutesAtTheEdges) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(GemmDirect, RoutesAtTheEdges) {
     constexpr auto sse = VectorForm::sse, avx2 = VectorForm::avx2, avx512 = VectorForm::avx512;
     struct Edge {
         VectorForm form;

@@ -21,12 +21,7 @@ SingleComplex rounded_once(SingleComplex c, const std::vector<SingleComplex>& x,
     return {rounded_once(c.re, left, forRe), rounded_once(c.im, left, forIm)};
 }
 
-template <class T>
-class GemmGeneric : public testing::Test {};
-TYPED_TEST_SUITE(GemmGeneric, Elements);
-
-TYPED_TEST(GemmGeneric, RoundsOncePerBlockOfK) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(GemmGeneric, RoundsOncePerBlockOfK) {
     if (!in_this_run(0))
         return;
     const std::vector<std::vector<int>> blocks = {{64},     {58},     {63},     {48, 9}, {16, 5},

@@ -45,12 +45,7 @@ TEST(GemmPanelThresholds, Unpacked) {
 
 // ---- Work memory -------------------------------------------------------------------------------------------------
 
-template <class T>
-class GemmPanel : public testing::Test {};
-TYPED_TEST_SUITE(GemmPanel, Elements);
-
-TYPED_TEST(GemmPanel, TakesWorkMemoryOnlyAboveTheThresholds) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(GemmPanel, TakesWorkMemoryOnlyAboveTheThresholds) {
     constexpr int most = isComplex<T> ? 3 : 24;
     for (const Subject<T>& subject : subjects<T>())
         for (const int n : {most, most + 1}) {
@@ -63,8 +58,7 @@ TYPED_TEST(GemmPanel, TakesWorkMemoryOnlyAboveTheThresholds) {
 }
 
 // Work memory of the exact size between guarded pages, at every 4-byte position to a boundary, for both widths.
-TYPED_TEST(GemmPanel, StaysInsideItsWorkMemory) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(GemmPanel, StaysInsideItsWorkMemory) {
     if (!in_this_run(2))
         return;
     for (const int nb : {panel::panel_columns<T>(0), panel::panel_columns<T>(3)})

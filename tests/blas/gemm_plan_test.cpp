@@ -59,15 +59,11 @@ TEST(GemmBlocks, RowsByTheCacheThatHoldsThem) {
 
 // ---- Plans ---------------------------------------------------------------------------------------------------------
 
-template <class T>
-class GemmPlans : public testing::Test {};
-TYPED_TEST_SUITE(GemmPlans, Elements);
-
-TYPED_TEST(GemmPlans, PresetBlocksSurvive) {
+TEST_OF_ELEMENTS(GemmPlans, PresetBlocksSurvive) {
     const int m = 1000, n = 1000, k = 1000;
-    for (const PlanBuild<TypeParam>& build : plan_builds<TypeParam>())
+    for (const PlanBuild<T>& build : plan_builds<T>())
         for (int preset = 0; preset < 8; ++preset) {
-            GemmPlan<TypeParam> plan = build.loaded(), free = plan;
+            GemmPlan<T> plan = build.loaded(), free = plan;
             EXPECT_EQ(plan.mb + plan.nb + plan.kb, 0);
             free.setBlocks(&m, &n, &k, &free);
             plan.mb = preset & 1 ? 24 : 0;
@@ -99,8 +95,7 @@ TEST(GemmPlanRows, Sse41ChoosesTheRow) {
 
 // Each buffer of a set holds whole panels of what a block can be, 512 bytes more for what kernels may read, aligned as
 // it says, and behind the one before it in a single block.
-TYPED_TEST(GemmPlans, BuffersOfEachSet) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(GemmPlans, BuffersOfEachSet) {
     const int m = 30, n = 9, k = 21; // smaller than the blocks in some directions, larger in others
     constexpr std::pair<BufferSet, std::string_view> sets[] = {
         {BufferSet::aSliverB, "asb"}, {BufferSet::a, "a"},        {BufferSet::b, "b"},     {BufferSet::aB, "ab"},
@@ -186,12 +181,12 @@ void each_mode(const Body& body) {
 }
 
 // Small ones, and every edge of tile, panel group and micro-kernel pass, in one direction at a time.
-TYPED_TEST(GemmPlans, EveryModeOnSmallShapesAndEdges) {
+TEST_OF_ELEMENTS(GemmPlans, EveryModeOnSmallShapesAndEdges) {
     Turns turns;
-    each_mode<TypeParam>([&](const PlanBuild<TypeParam>& build, GemmMode mode, Shape p) {
+    each_mode<T>([&](const PlanBuild<T>& build, GemmMode mode, Shape p) {
         const auto at = [&](int m, int n, int k) {
             p.m = m, p.n = n, p.k = k;
-            if (turns.one_in(isComplex<TypeParam> ? 4 : 3))
+            if (turns.one_in(isComplex<T> ? 4 : 3))
                 check_core(build, mode, turns.vary(p));
         };
         for (int m = 1; m <= 9; ++m)
@@ -207,21 +202,20 @@ TYPED_TEST(GemmPlans, EveryModeOnSmallShapesAndEdges) {
 
 // Blocks so small that every loop of every mode runs more than once and ends in a shorter block. Where an operand is
 // given, k is one block all the same.
-TYPED_TEST(GemmPlans, SeveralBlocksInEachDirection) {
+TEST_OF_ELEMENTS(GemmPlans, SeveralBlocksInEachDirection) {
     Turns turns;
-    each_mode<TypeParam>([&](const PlanBuild<TypeParam>& build, GemmMode mode, Shape p) {
+    each_mode<T>([&](const PlanBuild<T>& build, GemmMode mode, Shape p) {
         p.m = 45, p.n = 39, p.k = 50;
         for (const Blocks& blocks : {Blocks{16, 12, 20}, {16, 12, 256}, {8, 8, 8}})
             check_core(build, mode, turns.vary(p, true), blocks);
     });
-    for (const PlanBuild<TypeParam>& build : plan_builds<TypeParam>())
+    for (const PlanBuild<T>& build : plan_builds<T>())
         check_core(build, GemmMode::packBoth, {.transb = 'T', .m = 9, .n = 5003, .k = 10});
 }
 
 // Rows and columns at an edge of the 4 x 4 tile are summed like the others, so a result does not depend on where an
 // element lies.
-TYPED_TEST(GemmPlans, EdgesSumLikeTiles) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(GemmPlans, EdgesSumLikeTiles) {
     for (const PlanBuild<T>& build : plan_builds<T>())
         for (const char option : {'N', 'T'}) {
             if (build.pairs())
@@ -243,15 +237,14 @@ TYPED_TEST(GemmPlans, EdgesSumLikeTiles) {
         }
 }
 
-TYPED_TEST(GemmPlans, PickModeByTheBlockOfB) {
-    for (const PlanBuild<TypeParam>& build : plan_builds<TypeParam>()) {
+TEST_OF_ELEMENTS(GemmPlans, PickModeByTheBlockOfB) {
+    for (const PlanBuild<T>& build : plan_builds<T>()) {
         const auto picked = [&](int nb, int n, int k) {
-            GemmPlan<TypeParam> plan = build.loaded();
+            GemmPlan<T> plan = build.loaded();
             plan.mb = 64, plan.nb = nb, plan.kb = 256;
-            return call_gemm(build.pickMode, Call<TypeParam>{.trans = 'N', .transb = 'N', .m = 64, .n = n, .k = k},
-                             &plan);
+            return call_gemm(build.pickMode, Call<T>{.trans = 'N', .transb = 'N', .m = 64, .n = n, .k = k}, &plan);
         };
-        constexpr int depth = 1024 / sizeof(TypeParam); // 6144 columns of it are the limit
+        constexpr int depth = 1024 / sizeof(T); // 6144 columns of it are the limit
         EXPECT_EQ(picked(6144, 90000, depth), GemmMode::packA) << build;
         EXPECT_EQ(picked(6145, 90000, depth), GemmMode::packBoth) << build;
         EXPECT_EQ(picked(6145, 6144, depth), GemmMode::packA) << build;
@@ -261,24 +254,24 @@ TYPED_TEST(GemmPlans, PickModeByTheBlockOfB) {
 }
 
 // Without work memory a mode that packs for itself goes unpacked; the others say so and leave C as it is.
-TYPED_TEST(GemmPlans, RefusedMemory) {
+TEST_OF_ELEMENTS(GemmPlans, RefusedMemory) {
     const WorkMemoryProbe refusing(0, anySize);
     const Shape p{.transb = 'T', .m = 33, .n = 29, .k = 31, .alpha = 1.5F, .beta = 1};
-    for (const PlanBuild<TypeParam>& build : plan_builds<TypeParam>()) {
+    for (const PlanBuild<T>& build : plan_builds<T>()) {
         for (const GemmMode mode : selfPacking)
             check_core(build, mode, p);
         for (const GemmMode mode : given) {
-            const GemmCase<TypeParam> x(p);
-            const auto c = x.result([&](const Call<TypeParam>& v) { EXPECT_EQ(run_core(build, mode, {}, v), 1); });
+            const GemmCase<T> x(p);
+            const auto c = x.result([&](const Call<T>& v) { EXPECT_EQ(run_core(build, mode, {}, v), 1); });
             EXPECT_TRUE(c.same_bits(x.before)) << build << ' ' << static_cast<int>(mode);
         }
     }
 }
 
 // A problem right at the limits is small for the mode that packs both, and is not for the one that packs A.
-TYPED_TEST(GemmPlans, SmallProblemsTakeNoMemory) {
-    for (const PlanBuild<TypeParam>& build : plan_builds<TypeParam>()) {
-        const GemmPlan<TypeParam> row = build.loaded();
+TEST_OF_ELEMENTS(GemmPlans, SmallProblemsTakeNoMemory) {
+    for (const PlanBuild<T>& build : plan_builds<T>()) {
+        const GemmPlan<T> row = build.loaded();
         for (int side = 0; side < 3; ++side)
             for (const int excess : {-1, 0, 1}) {
                 const auto size = [&](int which, int limit) { return which == side ? limit + excess : 40; };

@@ -56,60 +56,55 @@ void check_norms(const GuardedVector<T>& x, double unit) {
     }
 }
 
+// All routines: eighths, which sum exactly and give many ties, and for norms numbers of which each is different.
 template <class T>
-class Level1 : public testing::Test {
-protected:
-    // All routines: eighths, which sum exactly and give many ties, and for norms numbers of which each is different.
-    static void check(const VectorShape& p) {
-        for (const VectorRoutine<T>& routine : vector_routines<T>())
-            for (const VectorBuild& build : vector_builds())
-                ASSERT_TRUE(comes_out_exactly(routine, p, [&](auto v) { return routine.kernel(build, v); }))
-                    << build << ' ' << routine.name << ' ' << p;
-        GuardedVector<T> x(p.n, p.incx, p.startx, p.guardx);
-        std::minstd_rand random(static_cast<unsigned>(p.startx) + 2);
-        check_norms(x.fill([&] { return eighths<T>(random); }), 0);
-        check_norms(x.fill([&] { return any_size_one<T>(random); }), eps);
-    }
-};
-TYPED_TEST_SUITE(Level1, Elements, );
+void check(const VectorShape& p) {
+    for (const VectorRoutine<T>& routine : vector_routines<T>())
+        for (const VectorBuild& build : vector_builds())
+            ASSERT_TRUE(comes_out_exactly(routine, p, [&](auto v) { return routine.kernel(build, v); }))
+                << build << ' ' << routine.name << ' ' << p;
+    GuardedVector<T> x(p.n, p.incx, p.startx, p.guardx);
+    std::minstd_rand random(static_cast<unsigned>(p.startx) + 2);
+    check_norms(x.fill([&] { return eighths<T>(random); }), 0);
+    check_norms(x.fill([&] { return any_size_one<T>(random); }), eps);
+}
 
 // All distances of the two vectors from 16-byte boundaries, with all lengths of head, main loop and tail.
-TYPED_TEST(Level1, AllLengthsAndStarts) {
+TEST_OF_ELEMENTS(Level1, AllLengthsAndStarts) {
     for (int n = -1; n <= 300; ++n)
         for (int pair = 0; pair < 16; ++pair)
             if (n <= 80 || pair % 8 == n % 8)
-                this->check({.n = n, .startx = pair % 4 + 4 * (n % 3 + 1), .starty = pair / 4 + 4 * (n / 3 % 4)});
-    this->check({.n = 5000, .startx = 1, .starty = 3});
+                check<T>({.n = n, .startx = pair % 4 + 4 * (n % 3 + 1), .starty = pair / 4 + 4 * (n / 3 % 4)});
+    check<T>({.n = 5000, .startx = 1, .starty = 3});
 }
 
-TYPED_TEST(Level1, Increments) {
+TEST_OF_ELEMENTS(Level1, Increments) {
     constexpr int increments[] = {-3, -1, 0, 1, 2};
     for (int n : {0, 1, 2, 3, 5, 8, 17, 70, 301})
         for (int incx : increments)
             for (int incy : increments)
                 if (n <= 5 || incx * incy != 0) // what is computed in place n times soon rounds
-                    this->check({.n = n, .incx = incx, .incy = incy, .startx = 1, .starty = n % 4});
+                    check<T>({.n = n, .incx = incx, .incy = incy, .startx = 1, .starty = n % 4});
 }
 
 // A page at either end of one operand, or a heap block of its exact size; where that one begins follows from its
 // length, the other one begins anywhere.
-TYPED_TEST(Level1, TouchesNothingBeyondItsOperands) {
+TEST_OF_ELEMENTS(Level1, TouchesNothingBeyondItsOperands) {
     for (Guard guard : {Guard::pageBehind, Guard::pageInFront, Guard::heap}) {
         for (int n = 0; n < 150; n += n == 34 ? 30 : n == 84 ? 44 : 1)
             for (int start = 0; start < 4; ++start) {
-                this->check({.n = n, .starty = start, .guardx = guard});
-                this->check({.n = n, .startx = start, .guardy = guard});
+                check<T>({.n = n, .starty = start, .guardx = guard});
+                check<T>({.n = n, .startx = start, .guardy = guard});
             }
         for (int n : {1, 5, 18})
             for (int incx : {2, -1})
                 for (int incy : {-3, -1, 1})
-                    this->check({.n = n, .incx = incx, .incy = incy, .guardx = guard, .guardy = guard});
+                    check<T>({.n = n, .incx = incx, .incy = incy, .guardx = guard, .guardy = guard});
     }
 }
 
 // Elements of size one, so that of anything but a sum each has an error of a few units.
-TYPED_TEST(Level1, RoundsAsItsSumsAllow) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Level1, RoundsAsItsSumsAllow) {
     for (int n : {1, 30, 300, 5000})
         for (const VectorRoutine<T>& routine : vector_routines<T>())
             for (const VectorBuild& build : vector_builds())
@@ -121,8 +116,7 @@ TYPED_TEST(Level1, RoundsAsItsSumsAllow) {
 }
 
 // A vector of elements at addresses that are no multiples of 4, of both operands or of one.
-TYPED_TEST(Level1, AcceptsAnyAddress) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Level1, AcceptsAnyAddress) {
     constexpr int n = 150;
     for (const VectorBuild& build : vector_builds())
         for (int shift : {1, 4, 5}) {
@@ -148,8 +142,7 @@ TYPED_TEST(Level1, AcceptsAnyAddress) {
 }
 
 // What AXPY and SCAL do by their factor, over all lengths of a vector loop and increments 1 and 2.
-TYPED_TEST(Level1, ZeroAndNanFactors) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Level1, ZeroAndNanFactors) {
     const T none = scalar<T>(0), undefined = scalar<T>(nan);
     const auto is_nan = [](int, int, const T& x) { return has_nan(x); };
     for (const VectorBuild& build : vector_builds()) {
@@ -180,8 +173,7 @@ TYPED_TEST(Level1, ZeroAndNanFactors) {
 }
 
 // Squares of these are no floats; the norm is one, or is above them all.
-TYPED_TEST(Level1, NormsAtTheEndsOfTheRange) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Level1, NormsAtTheEndsOfTheRange) {
     constexpr int parts = sizeof(T) / sizeof(float);
     for (const VectorBuild& build : vector_builds()) {
         for (int inc : {1, 2})
@@ -199,8 +191,7 @@ TYPED_TEST(Level1, NormsAtTheEndsOfTheRange) {
     }
 }
 
-TYPED_TEST(Level1, NanAndInfinityComeThrough) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Level1, NanAndInfinityComeThrough) {
     struct Case {
         float special, other, expected; // one element, all others, both norms
     };
@@ -228,8 +219,7 @@ TYPED_TEST(Level1, NanAndInfinityComeThrough) {
 }
 
 // What a NaN does to the position depends on where it stands: several of them, one by one and at random.
-TYPED_TEST(Level1, NanHidesWhatStandsBeforeIt) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Level1, NanHidesWhatStandsBeforeIt) {
     std::minstd_rand random(2);
     const auto check_position = [](const GuardedVector<T>& x) {
         for (const VectorBuild& build : vector_builds())

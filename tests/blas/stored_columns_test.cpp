@@ -49,12 +49,7 @@ std::vector<Entry<T>> entries() {
     return list;
 }
 
-template <class T>
-struct StoredColumns : testing::Test {};
-TYPED_TEST_SUITE(StoredColumns, Elements, );
-
-TYPED_TEST(StoredColumns, EveryRoutine) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(StoredColumns, EveryRoutine) {
     Turns turns;
     for (const auto& routine : entries<T>())
         for (const Shape& options : every_option<T>(routine.operation))

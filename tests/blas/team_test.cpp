@@ -271,23 +271,18 @@ INSTANTIATE_TEST_SUITE_P(
             return gemm_cases({{130, 30, 40}, {30, 130, 40}, {40, 40, 300}, {600, 5, 5}, {120, 120, 131}});
         }}));
 
+// Threads that took work memory for one product. All builds take some for blocks of the sizes below, but for the wide
+// vector forms, which compute them without packing.
 template <class T>
-class GemmTeam : public testing::Test {
-protected:
-    // Threads that took work memory for one product. All builds take some for blocks of the sizes below, but for the
-    // wide vector forms, which compute them without packing.
-    static int workers(const Shape& p, const Way<T>& way, int team) {
-        const RestrictedForm packing(VectorForm::sse);
-        const GemmCase<T> problem(p);
-        const WorkMemoryProbe probe;
-        problem.check([&](const Call<T>& v) { way(team, v); }, "workers");
-        return probe.threads();
-    }
-};
-TYPED_TEST_SUITE(GemmTeam, Elements);
+int workers(const Shape& p, const Way<T>& way, int team) {
+    const RestrictedForm packing(VectorForm::sse);
+    const GemmCase<T> problem(p);
+    const WorkMemoryProbe probe;
+    problem.check([&](const Call<T>& v) { way(team, v); }, "workers");
+    return probe.threads();
+}
 
-TYPED_TEST(GemmTeam, UsesTheTeamItAskedFor) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(GemmTeam, UsesTheTeamItAskedFor) {
     if (omp_get_thread_limit() < 8 || omp_get_dynamic())
         GTEST_SKIP() << "teams are limited";
     const Shape square{.m = 240, .n = 240, .k = 120};
@@ -296,16 +291,16 @@ TYPED_TEST(GemmTeam, UsesTheTeamItAskedFor) {
         driver(v);
     };
     for (const int team : {1, 2, 4, 8})
-        EXPECT_EQ(this->workers(square, byDriver, team), team);
-    EXPECT_LE(this->workers({.m = 16, .n = 16, .k = 16}, byDriver, 4), 1);
-    EXPECT_EQ(this->workers({.m = 100, .n = 100, .k = 100}, byDriver, 4), 4);
+        EXPECT_EQ(workers<T>(square, byDriver, team), team);
+    EXPECT_LE(workers<T>({.m = 16, .n = 16, .k = 16}, byDriver, 4), 1);
+    EXPECT_EQ(workers<T>({.m = 100, .n = 100, .k = 100}, byDriver, 4), 4);
     // Of a complex product a team of two need not promise a gain, but where threads go by work.
     const Shape few{.trans = 'T', .m = 10, .n = 20, .k = 10};
-    EXPECT_EQ(std::max(1, this->workers(few, byDriver, 2)), isComplex<T> && !goes_by_work(ThisMachine{}) ? 2 : 1);
-    EXPECT_LE(this->workers(few, byDriver, 8), 1);
+    EXPECT_EQ(std::max(1, workers<T>(few, byDriver, 2)), isComplex<T> && !goes_by_work(ThisMachine{}) ? 2 : 1);
+    EXPECT_LE(workers<T>(few, byDriver, 8), 1);
     // An odd thread is left out by the classes that scale first, if they have a plan.
     const auto of_three = [&](const GemmFacts& facts) {
-        return this->workers(
+        return workers<T>(
             square, [&](int team, const Call<T>& v) { gemm_large_region(problem_of(v), facts, team); }, 3);
     };
     EXPECT_EQ(of_three(machines[0]), !isComplex<T> && qrv_blas_sgemm_plan_available() ? 2 : 3);
@@ -313,8 +308,7 @@ TYPED_TEST(GemmTeam, UsesTheTeamItAskedFor) {
 }
 
 // Whether the shared copies are refused, which are above 100 KB in these cases, or a thread's own sliver, far below.
-TYPED_TEST(GemmTeam, PartOfTheMemoryRefused) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(GemmTeam, PartOfTheMemoryRefused) {
     for (const GemmSize& s : {GemmSize{120, 120, 131}, {121, 121, 613}, {3001, 9, 21}, {90, 130, 71}}) {
         const GemmCase<T> problem({.transb = 'T', .m = s.m, .n = s.n, .k = s.k, .alpha = -0.5F, .beta = 0.5F});
         for (const auto& [from, to] : {std::pair{std::size_t{100000}, anySize}, {4096, 50000}})
@@ -331,45 +325,20 @@ TYPED_TEST(GemmTeam, PartOfTheMemoryRefused) {
     }
 }
 
-TYPED_TEST(GemmTeam, LeavesTheCallersOpenMpSettingsAlone) {
+TEST_OF_ELEMENTS(GemmTeam, LeavesTheCallersOpenMpSettingsAlone) {
     const int before = omp_get_max_threads();
-    for (const int callers : {before, 3}) {
-        omp_set_num_threads(callers);
-        const ForcedTeam forced(4);
-        GemmCase<TypeParam>({.m = 120, .n = 120, .k = 131}).check(driver<TypeParam>, "driver");
-        EXPECT_TRUE(omp_get_max_threads() == callers && omp_get_dynamic() == 0 && omp_in_parallel() == 0);
-    }
+    for (const int callers : {before, 3})
+        for (const auto& [m, n] : {std::pair{120, 120}, {0, 500}, {500, -1}}) {
+            omp_set_num_threads(callers);
+            const ForcedTeam forced(4);
+            GemmCase<T>({.m = m, .n = n, .k = 131}).check(driver<T>, "driver");
+            EXPECT_TRUE(omp_get_max_threads() == callers && omp_get_dynamic() == 0 && omp_in_parallel() == 0);
+        }
     omp_set_num_threads(before);
 }
 
-TYPED_TEST(GemmTeam, EmptyMatrixIsLeftAlone) {
-    using T = TypeParam;
-    const ForcedTeam forced(4);
-    for (const auto& [m, n] : {std::pair{0, 500}, {500, 0}, {-1, 500}, {500, -1}}) {
-        T c = all_parts<T>(3);
-        driver(Call<T>{.m = m, .n = n, .k = 500, .alpha = scalar<T>(1), .lda = 500, .ldb = 500, .c = &c, .ldc = 500});
-        EXPECT_TRUE(c == all_parts<T>(3));
-    }
-}
-
-// Serial in a region of the caller's, unless nested teams are allowed; then with the bits of any other team.
-TYPED_TEST(GemmTeam, InARegion) {
-    using T = TypeParam;
-    const GemmCase<T> problem({.transb = 'T', .m = 121, .n = 121, .k = 613, .alpha = -1});
-    const int levels = omp_get_max_active_levels();
-    const ForcedTeam forced(3);
-    const Operand<T> expected = problem.result(driver<T>);
-    for (const int active : {1, 2}) {
-        omp_set_max_active_levels(active);
-#pragma omp parallel num_threads(2)
-        {
-            const Operand<T> c = problem.result(driver<T>);
-#pragma omp critical
-            EXPECT_TRUE(problem.right(c) && (active == 1 || omp_get_thread_limit() < 8 || c.same_bits(expected)))
-                << active;
-        }
-    }
-    omp_set_max_active_levels(levels);
+TEST_OF_ELEMENTS(GemmTeam, IsAloneInARegion) {
+    const GemmCase<T> problem({.m = 121, .n = 121, .k = 613});
     qrv_serv_set_dynamic(1);
     largestTeam = 1;
 #pragma omp parallel num_threads(2)

@@ -8,14 +8,9 @@
 namespace qrv::test {
 namespace {
 
-template <class T>
-struct Condition : testing::Test {};
-TYPED_TEST_SUITE(Condition, Elements);
-
 // A factor whose first solve is harmless, while those that follow pass the largest float with both signs: only the sums
 // of its own columns tell that they must be scaled, so as not to be NaN.
-TYPED_TEST(Condition, SumsOfEachFactorOfItsOwn) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Condition, SumsOfEachFactorOfItsOwn) {
     constexpr int n = 5;
     const float b = 0x1p100F;
     for (const char norm : {'1', 'I'}) { // the lower factor, the upper factor
@@ -38,8 +33,7 @@ TYPED_TEST(Condition, SumsOfEachFactorOfItsOwn) {
 
 // A solve with the first factor alone passes what can be computed with, and the inverse does not: both scales count.
 // The elements are powers of two, the largest one of the inverse is 2^124.
-TYPED_TEST(Condition, ScalesOfBothFactors) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Condition, ScalesOfBothFactors) {
     constexpr int n = 2, kd = 1;
     const float anorm = 1;
     for (const char uplo : {'U', 'L'}) {

@@ -11,10 +11,6 @@
 namespace qrv::test {
 namespace {
 
-template <class T>
-struct Drivers : testing::Test {};
-TYPED_TEST_SUITE(Drivers, Elements);
-
 // driver(a, b, info) on matrices of order n; one that has no solution leaves B alone.
 template <class T, class Driver>
 void expect_solved(const Operand<T>& a, int info, const Driver& driver) {
@@ -30,8 +26,7 @@ void expect_solved(const Operand<T>& a, int info, const Driver& driver) {
         EXPECT_TRUE(solve_residual(WideMatrix<T>(a), WideMatrix<T>(x), WideMatrix<T>(b)) < 2) << n;
 }
 
-TYPED_TEST(Drivers, GeneralSolutions) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Drivers, GeneralSolutions) {
     const auto gesv = [](int n, int nrhs, Operand<T>& a, Operand<T>& x, int& info) {
         std::vector<int> ipiv(std::size_t(n + 1), -7);
         info = call_for<T>(SGESV, CGESV, n, nrhs, a, ipiv, x);
@@ -46,8 +41,7 @@ TYPED_TEST(Drivers, GeneralSolutions) {
     }
 }
 
-TYPED_TEST(Drivers, PositiveDefiniteSolutions) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Drivers, PositiveDefiniteSolutions) {
     for (const Uplo uplo : {Uplo::upper, Uplo::lower}) {
         const auto posv = [uplo](int n, int nrhs, Operand<T>& a, Operand<T>& x, int& info) {
             info = call_for<T>(SPOSV, CPOSV, letter(uplo), n, nrhs, a, x);
@@ -104,8 +98,7 @@ int gels(char trans, Operand<T>& a, Operand<T>& b, int nrhs, GuardedVector<T>& w
     return call_for<T>(SGELS, CGELS, trans, a.rows(), a.columns(), nrhs, a, b, work, work.size());
 }
 
-TYPED_TEST(Drivers, LeastSquaresSolutions) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Drivers, LeastSquaresSolutions) {
     struct Sizes {
         float a, b;
     };
@@ -141,8 +134,7 @@ TYPED_TEST(Drivers, LeastSquaresSolutions) {
                 }
 }
 
-TYPED_TEST(Drivers, LeastSquaresWithoutFullRank) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Drivers, LeastSquaresWithoutFullRank) {
     for (const auto& [m, n] : {std::pair{20, 12}, {12, 20}}) {
         Operand<T> a = random_matrix<T>(m, n, 7), b = random_matrix<T>(20, 2, 8);
         GuardedVector<T> work(200);

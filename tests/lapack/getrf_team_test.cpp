@@ -10,13 +10,9 @@
 namespace qrv::test {
 namespace {
 
-template <class T>
-class GetrfTeam : public testing::Test {};
-TYPED_TEST_SUITE(GetrfTeam, Elements);
 // A block column has the bits that it gets by itself, however many a thread finds ready at once: with these sizes it
 // finds up to three, whose product would be large enough for another kernel.
-TYPED_TEST(GetrfTeam, TheSameBitsWhateverIsReadyAtOnce) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(GetrfTeam, TheSameBitsWhateverIsReadyAtOnce) {
     const ForcedTeam forced(1); // for the products outside of the region
     constexpr int nb = 32, rows = nb + 16, columns = 1200;
     const LuRoute<T> oneByOne{
@@ -75,21 +71,21 @@ int recursive(int m, int n, Matrix<T> a, int* ipiv, int* info, int thread, int o
 }
 
 // Columns come in leaves of at most 16; the thread and the first column are passed on.
-TYPED_TEST(GetrfTeam, ProgressOfTheRecursion) {
-    auto known = known_pivots<TypeParam>(50, 39);
+TEST_OF_ELEMENTS(GetrfTeam, ProgressOfTheRecursion) {
+    auto known = known_pivots<T>(50, 39);
     std::vector<int> ipiv(39);
     int info = -99;
     {
         const ProgressHook hook(0);
-        EXPECT_EQ(recursive<TypeParam>(50, 39, known.a.view(), ipiv.data(), &info, 3, 100), 0);
+        EXPECT_EQ(recursive<T>(50, 39, known.a.view(), ipiv.data(), &info, 3, 100), 0);
     }
     EXPECT_EQ(info, 0);
     EXPECT_EQ(ipiv, known.ipiv);
     EXPECT_EQ(progress.steps, (std::vector{116, 132, 139}));
     EXPECT_EQ(progress.threads, std::set{3});
-    EXPECT_EQ(progress.stages, std::set<std::string>{isComplex<TypeParam> ? "CGETRF" : "SGETRF"});
+    EXPECT_EQ(progress.stages, std::set<std::string>{isComplex<T> ? "CGETRF" : "SGETRF"});
     const ProgressHook hook(2);
-    EXPECT_EQ(recursive<TypeParam>(50, 39, known.a.view(), ipiv.data(), &info, 0, 0), 1);
+    EXPECT_EQ(recursive<T>(50, 39, known.a.view(), ipiv.data(), &info, 0, 0), 1);
 }
 
 // Buffers that somebody still holds.
@@ -116,8 +112,7 @@ int leaves_until(int stopAt, const KnownPivots<T>& known, const Route& route) {
     return progress.calls;
 }
 
-TYPED_TEST(GetrfTeam, StopsAtEachLeaf) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(GetrfTeam, StopsAtEachLeaf) {
     const auto known = known_pivots<T>(180, 170);
     const auto check_stops = [&](const std::string& name, const auto& route) {
         const int leaves = leaves_until(0, known, route);

@@ -12,10 +12,6 @@
 namespace qrv::test {
 namespace {
 
-template <class T>
-class Getrf : public testing::Test {};
-TYPED_TEST_SUITE(Getrf, Elements);
-
 // The native routines on the threads of this machine, and the threaded bodies in wide and narrow block columns.
 template <class T>
 std::vector<LuRoute<T>> routes() {
@@ -36,13 +32,13 @@ constexpr LuShape luShapes[] = {{1, 1},    {2, 2},     {1, 9},     {9, 1},     {
                                 {32, 32},  {33, 31},   {64, 64},   {65, 65},   {40, 129}, {129, 40},
                                 {65, 128}, {128, 128}, {129, 129}, {200, 130}, {130, 200}};
 
-TYPED_TEST(Getrf, Residual) {
-    for (const auto& route : routes<TypeParam>()) {
+TEST_OF_ELEMENTS(Getrf, Residual) {
+    for (const auto& route : routes<T>()) {
         int k = 0;
         for (const LuKind kind : luKinds)
             for (const auto& [m, n] : luShapes) {
                 ++k;
-                const auto a = lu_matrix<TypeParam>(kind, m, n, k % 3, k % 16);
+                const auto a = lu_matrix<T>(kind, m, n, k % 3, k % 16);
                 const double residual = lu_residual(a, factor(route, a));
                 EXPECT_TRUE(residual <= luBound)
                     << residual << " for " << route << ", kind " << static_cast<int>(kind) << ", " << m << " x " << n;
@@ -50,41 +46,41 @@ TYPED_TEST(Getrf, Residual) {
     }
 }
 
-TYPED_TEST(Getrf, ResidualOfLargeMatrices) {
-    const auto all = native_routes<TypeParam>();
+TEST_OF_ELEMENTS(Getrf, ResidualOfLargeMatrices) {
+    const auto all = native_routes<T>();
     for (const auto& [m, n] : {LuShape{256, 256}, {1025, 300}, {300, 1025}, {1024, 1024}}) {
-        const auto a = lu_matrix<TypeParam>(LuKind::random, m, n, 1);
+        const auto a = lu_matrix<T>(LuKind::random, m, n, 1);
         const auto f = factor(all[0], a);
         EXPECT_EQ(f.info, 0);
         EXPECT_TRUE(lu_residual(a, f) <= luBound) << lu_residual(a, f) << " for " << m << " x " << n;
     }
 }
 
-TYPED_TEST(Getrf, TheSamePivotsOnEveryRoute) {
-    for (const auto& route : routes<TypeParam>())
+TEST_OF_ELEMENTS(Getrf, TheSamePivotsOnEveryRoute) {
+    for (const auto& route : routes<T>())
         for (const auto& [m, n] : luShapes) {
-            const auto known = known_pivots<TypeParam>(m, n, 2);
+            const auto known = known_pivots<T>(m, n, 2);
             const auto f = factor(route, known.a);
             EXPECT_EQ(f.ipiv, known.ipiv) << route << ", " << m << " x " << n;
             EXPECT_EQ(f.info, 0);
         }
-    const auto all = native_routes<TypeParam>();
+    const auto all = native_routes<T>();
     for (const auto& [m, n] : {LuShape{1023, 1023}, {1024, 1025}}) {
-        const auto known = known_pivots<TypeParam>(m, n);
+        const auto known = known_pivots<T>(m, n);
         for (std::size_t r = 0; r < 3; ++r)
             EXPECT_EQ(factor(all[r], known.a).ipiv, known.ipiv) << all[r] << ", " << m << " x " << n;
     }
 }
 
 // The first zero pivot is reported, wherever in blocks and panels it is, and the factors are complete.
-TYPED_TEST(Getrf, InfoIsTheFirstZeroPivot) {
+TEST_OF_ELEMENTS(Getrf, InfoIsTheFirstZeroPivot) {
     constexpr int n = 133;
-    for (const auto& route : routes<TypeParam>())
+    for (const auto& route : routes<T>())
         for (const int first : {0, 6, 16, 17, 63, 64, 65, 127, 128, 131, 132}) {
-            auto a = lu_matrix<TypeParam>(LuKind::random, n, n);
+            auto a = lu_matrix<T>(LuKind::random, n, n);
             for (const int zero : {first, n - 1})
                 for (int i = 0; i < n; ++i)
-                    a(i, zero) = TypeParam();
+                    a(i, zero) = T();
             const auto f = factor(route, a);
             EXPECT_EQ(f.info, first + 1) << route;
             EXPECT_EQ(f.ipiv[static_cast<std::size_t>(first)], first + 1) << route << ": the first row is the pivot";
@@ -93,37 +89,37 @@ TYPED_TEST(Getrf, InfoIsTheFirstZeroPivot) {
 }
 
 // They spread and end in factors of some kind; rows that are named exist.
-TYPED_TEST(Getrf, NanAndInfinity) {
-    for (const auto& route : routes<TypeParam>())
+TEST_OF_ELEMENTS(Getrf, NanAndInfinity) {
+    for (const auto& route : routes<T>())
         for (const auto& [m, n] : {LuShape{8, 8}, {100, 100}, {70, 150}, {150, 70}})
             for (const float value : {nan, infinity})
                 for (const int at : {0, 3, 60, 67}) {
-                    auto a = lu_matrix<TypeParam>(LuKind::random, m, n, 1);
-                    a(std::min(at, m - 1), std::min(at * 3 % 70, n - 1)) = all_parts<TypeParam>(value);
+                    auto a = lu_matrix<T>(LuKind::random, m, n, 1);
+                    a(std::min(at, m - 1), std::min(at * 3 % 70, n - 1)) = all_parts<T>(value);
                     const auto f = factor(route, a);
                     EXPECT_TRUE(pivots_in_range(f)) << route << ", " << m << " x " << n << ", at " << at;
                     EXPECT_TRUE(f.info >= 0 && f.info <= std::min(m, n)) << route;
-                    EXPECT_GT(f.lu.count_bad([](int, int, TypeParam x) { return is_finite(x); }), 0) << route;
+                    EXPECT_GT(f.lu.count_bad([](int, int, T x) { return is_finite(x); }), 0) << route;
                 }
 }
 
 // A pivot whose reciprocal would overflow, or vanish, divides its column.
-TYPED_TEST(Getrf, PivotsAtTheEndsOfTheRange) {
+TEST_OF_ELEMENTS(Getrf, PivotsAtTheEndsOfTheRange) {
     for (const float size : {0x1p-143F, 0x1.8p125F}) {
         const float column[] = {4, 2, -1};
-        Operand<TypeParam> a(3, 1, 3);
-        a.set([&](int i, int) { return all_parts<TypeParam>(column[i] * size); });
-        for (const auto& route : routes<TypeParam>()) {
+        Operand<T> a(3, 1, 3);
+        a.set([&](int i, int) { return all_parts<T>(column[i] * size); });
+        for (const auto& route : routes<T>()) {
             const auto f = factor(route, a);
-            EXPECT_TRUE(f.lu(1, 0) == scalar<TypeParam>(0.5F) && f.lu(2, 0) == scalar<TypeParam>(-0.25F)) << route;
+            EXPECT_TRUE(f.lu(1, 0) == scalar<T>(0.5F) && f.lu(2, 0) == scalar<T>(-0.25F)) << route;
         }
     }
 }
 
-TYPED_TEST(Getrf, NothingToFactor) {
-    for (const auto& route : native_routes<TypeParam>())
+TEST_OF_ELEMENTS(Getrf, NothingToFactor) {
+    for (const auto& route : native_routes<T>())
         for (const auto& [m, n] : {LuShape{0, 5}, {5, 0}, {0, 0}}) {
-            TypeParam a[5]{};
+            T a[5]{};
             int ipiv[5]{};
             EXPECT_EQ(route.factor(m, n, {a, std::max(1, m)}, ipiv), 0) << route;
         }

@@ -9,10 +9,6 @@
 namespace qrv::test {
 namespace {
 
-template <class T>
-class Getrs : public testing::Test {};
-TYPED_TEST_SUITE(Getrs, Elements);
-
 // 1 / (|A| |inv(A)|) as the routine tells it.
 template <class T>
 float rcond_of(char norm, const Operand<T>& lu, float anorm) {
@@ -31,8 +27,7 @@ LuFactors<T> factored(const Operand<T>& a) {
 
 constexpr double solveBound = 2; // as |L||U| is some times |A|
 
-TYPED_TEST(Getrs, Residual) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Getrs, Residual) {
     for (const int team : teamSizes)
         for (const int n : {1, 2, 24, 25, 63, 64, 65, 200, 1000})
             for (const char* trans : {"N", "T", "C", "t"}) {
@@ -50,8 +45,7 @@ TYPED_TEST(Getrs, Residual) {
 }
 
 // |A X - I|, with work sizes from the least to the whole, on both sides of those at which blocking begins.
-TYPED_TEST(Getrs, Inverse) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Getrs, Inverse) {
     for (const int n : {1, 2, 24, 63, 64, 65, 130, 200}) {
         const auto a = random_matrix<T>(n, n, 7);
         const auto f = factored(a);
@@ -67,8 +61,7 @@ TYPED_TEST(Getrs, Inverse) {
     }
 }
 
-TYPED_TEST(Getrs, InverseOfASingularMatrix) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Getrs, InverseOfASingularMatrix) {
     const int n = 70, lwork = 64 * n;
     auto a = random_matrix<T>(n, n, 7, 0);
     a(40, 40) = T(); // of a U
@@ -79,8 +72,7 @@ TYPED_TEST(Getrs, InverseOfASingularMatrix) {
     EXPECT_TRUE(a.same_bits(before));
 }
 
-TYPED_TEST(Getrs, ConditionEstimate) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Getrs, ConditionEstimate) {
     for (const char which : {'1', 'O', 'i'})
         for (const int n : {1, 2, 9, 30, 64})
             for (const LuKind kind : {LuKind::random, LuKind::graded, LuKind::nearlySingular}) {
@@ -98,8 +90,7 @@ TYPED_TEST(Getrs, ConditionEstimate) {
             }
 }
 
-TYPED_TEST(Getrs, ConditionOfSpecialMatrices) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Getrs, ConditionOfSpecialMatrices) {
     const int n = 20;
     auto f = factored(random_matrix<T>(n, n, 1));
     EXPECT_EQ(rcond_of('1', f.lu, 0), 0);

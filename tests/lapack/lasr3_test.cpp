@@ -1,4 +1,6 @@
-// Several sequences of rotations applied together, on every route, against the sequences one after the other in double.
+// Several sequences of rotations applied together, on every route, against the kernel of one sequence, which has a test
+// of its own.
+#include "blas/calls.hpp"
 #include "lapack/calls/rotations.hpp"
 #include "lapack/kernel/source/rotations/lasr3.hpp"
 #include "lapack/lapack.hpp"
@@ -17,13 +19,12 @@ struct Sequences {
     Side side;
     Direct direct;
     int lines, across, count;
-    Operand<float> cs, before;
-    std::vector<double> expected;
+    Operand<float> cs, before, expected;
 
     Sequences(Side s, Direct d, int lineCount, int length, int sequences)
         : side(s), direct(d), lines(lineCount), across(length), count(sequences),
           cs(std::max(lines - 1, 0), 2 * count, std::max(1, lines + 1)),
-          before(left() ? lines : across, left() ? across : lines, (left() ? lines : across) + 3) {
+          before(left() ? lines : across, left() ? across : lines, (left() ? lines : across) + 3), expected(before) {
         std::mt19937 random(static_cast<unsigned>(7 * lines + across + 3 * count));
         cs.fill(0);
         for (int q = 0; q < count; ++q)
@@ -34,27 +35,13 @@ struct Sequences {
                           cs(i, 2 * q + 1) = static_cast<float>(std::sin(angle));
             }
         before.set([&](int, int) { return any_size_one<float>(random); });
-        before.each_stored([&](int, int) { expected.push_back(0); });
-        before.each_stored([&](int i, int j) { at(i, j) = before(i, j); });
-        apply();
+        expected.set(before);
+        for (int q = 0; q < count; ++q)
+            kernel::lasr(side, Pivot::variable, direct, before.rows(), before.columns(), &cs(0, 2 * q),
+                         &cs(0, 2 * q + 1), expected.view());
     }
     bool left() const { return side == Side::left; }
-    double& at(int i, int j) { return expected[std::size_t(i) + std::size_t(before.rows()) * std::size_t(j)]; }
-    double& element(int line, int k) { return left() ? at(line, k) : at(k, line); }
 
-    void apply() {
-        for (int q = 0; q < count; ++q)
-            for (int step = 0; step + 1 < lines; ++step) {
-                const int i = direct == Direct::forward ? step : lines - 2 - step;
-                const double c = cs(i, 2 * q), s = cs(i, 2 * q + 1);
-                for (int k = 0; k < across; ++k) {
-                    double &x = element(i, k), &y = element(i + 1, k);
-                    const double turned = c * x + s * y;
-                    y = c * y - s * x;
-                    x = turned;
-                }
-            }
-    }
     // Whether run(a, work) does it.
     template <class Run>
     bool done_by(const Run& run) {
@@ -62,7 +49,7 @@ struct Sequences {
         GuardedVector<float> work(static_cast<int>(lapack::lasr3_work(count, across)));
         run(a, work);
         const double allowed = 40 * unitRoundoff * std::sqrt(double(count) + lines);
-        return a.count_bad([&](int i, int j, float x) { return std::abs(x - at(i, j)) <= allowed; }) == 0;
+        return a.count_bad([&](int i, int j, float x) { return std::abs(x - expected(i, j)) <= allowed; }) == 0;
     }
     std::string name() const {
         return std::string(1, letter(side)) + letter(direct) + ' ' + std::to_string(count) + " on " +

@@ -7,20 +7,16 @@
 namespace qrv::test {
 namespace {
 
-template <class T>
-class Laswp : public testing::Test {};
-TYPED_TEST_SUITE(Laswp, Elements);
-
-TYPED_TEST(Laswp, InterchangesRowsInTheirOrder) {
+TEST_OF_ELEMENTS(Laswp, InterchangesRowsInTheirOrder) {
     constexpr int m = 23, noRow = -1; // a pivot that is read by mistake leads astray
     for (const int n : {0, 1, 15, 16, 17, 33})
         for (const int k1 : {1, 4})
             for (const int k2 : {k1 - 1, k1, 19})
                 for (const int incx : {1, -1, 3, -2, 0}) {
-                    Operand<TypeParam> a(m, n, m + n % 3, n % 4);
+                    Operand<T> a(m, n, m + n % 3, n % 4);
                     std::mt19937 random(static_cast<unsigned>(n + k2));
                     a.fill_random(random);
-                    Operand<TypeParam> expected = a;
+                    Operand<T> expected = a;
                     std::vector<int> ipiv(100, noRow);
                     const auto pivot = [&](int k) -> int& {
                         return ipiv[static_cast<std::size_t>(k1 + (k - k1) * std::abs(incx) - 1)];
@@ -32,7 +28,7 @@ TYPED_TEST(Laswp, InterchangesRowsInTheirOrder) {
                         for (int j = 0; j < n; ++j)
                             std::swap(expected(k - 1, j), expected(pivot(k) - 1, j));
                     }
-                    call_for<TypeParam>(SLASWP, CLASWP, n, a, k1, k2, ipiv, incx);
+                    call_for<T>(SLASWP, CLASWP, n, a, k1, k2, ipiv, incx);
                     EXPECT_TRUE(a.same_bits(expected)) << "n=" << n << " k1=" << k1 << " k2=" << k2 << " incx=" << incx;
                 }
 }

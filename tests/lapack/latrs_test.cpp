@@ -10,10 +10,6 @@
 namespace qrv::test {
 namespace {
 
-template <class T>
-struct Latrs : testing::Test {};
-TYPED_TEST_SUITE(Latrs, Elements);
-
 constexpr float big = 0x1p103F; // where the method begins to shrink
 
 // op(A) y = scale x, with cnorm kept from one solve to the next.
@@ -30,8 +26,7 @@ struct Solve {
     }
 };
 
-TYPED_TEST(Latrs, ShrinksAsFarAsNeeded) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Latrs, ShrinksAsFarAsNeeded) {
     struct Row {
         const char* what;
         char op, diag;
@@ -66,8 +61,7 @@ TEST(LatrsOfComplex, HalfTheRoomForComplexElements) {
 }
 
 // Sums of one or of three elements near overflow, above a diagonal so small that y grows by 2^17 a step, to 2^128.
-TYPED_TEST(Latrs, SumsNearAndBeyondOverflow) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Latrs, SumsNearAndBeyondOverflow) {
     const int n = 15;
     for (const char op : {'N', 'T'})
         for (const int bandwidth : {1, 3}) {

@@ -13,10 +13,6 @@ namespace qrv::test {
 namespace {
 
 template <class T>
-struct Norms : testing::Test {};
-TYPED_TEST_SUITE(Norms, Elements);
-
-template <class T>
 float computed(char norm, const Operand<T>& a) {
     const int m = a.rows(), n = a.columns();
     GuardedVector<float> work(norm == 'I' || norm == 'i' ? m : 0);
@@ -25,8 +21,7 @@ float computed(char norm, const Operand<T>& a) {
                : call_for<T>(SLANTR, CLANTR, norm, a.form().uplo, a.form().diag, m, n, a, work);
 }
 
-TYPED_TEST(Norms, AsDefined) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Norms, AsDefined) {
     for (const auto& [m, n] : {std::pair{1, 1}, {1, 5}, {5, 1}, {7, 7}, {30, 33}, {33, 30}})
         for (const char* options : {"AN", "UN", "UU", "LN", "LU"})
             for (const float size : {1.0F, 0x1p100F, 0x1p-120F}) {
@@ -46,8 +41,7 @@ TYPED_TEST(Norms, AsDefined) {
 }
 
 // The largest so far is replaced by what does not compare below it.
-TYPED_TEST(Norms, NanIsReplacedByTheNext) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Norms, NanIsReplacedByTheNext) {
     const auto norm_of = [](char norm, std::vector<float> columns) { // of a 1 x n matrix
         std::vector<T> a;
         for (const float x : columns)
@@ -73,8 +67,7 @@ TYPED_TEST(Norms, NanIsReplacedByTheNext) {
     EXPECT_EQ(norm_of('F', {infinity, 1, infinity}), infinity);
 }
 
-TYPED_TEST(Norms, SquaresAreAddedToWhatIsThere) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Norms, SquaresAreAddedToWhatIsThere) {
     std::vector<T> x{scalar<T>(3), scalar<T>(99), scalar<T>(-4), scalar<T>(99)};
     float scale = 12, sumsq = 1;
     call_for<T>(SLASSQ, CLASSQ, -1, x, 2, &scale, &sumsq);
@@ -84,8 +77,7 @@ TYPED_TEST(Norms, SquaresAreAddedToWhatIsThere) {
     EXPECT_EQ(scale, 12);
 }
 
-TYPED_TEST(Norms, CopiesOfWhatIsNamed) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Norms, CopiesOfWhatIsNamed) {
     std::mt19937 random(3);
     for (const auto& [m, n] : {std::pair{0, 3}, {1, 1}, {24, 30}, {25, 30}, {26, 30}, {60, 31}})
         for (const char uplo : {'U', 'u', 'L', 'l', 'A', 'B', '\0'}) {
@@ -128,8 +120,7 @@ TEST(SymmetricNorms, AreThoseOfTheWholeMatrix) {
             }
 }
 
-TYPED_TEST(Norms, PartsAreSet) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Norms, PartsAreSet) {
     const T beside = scalar_of<T>(3), diagonal = scalar_of<T>(-2);
     for (const auto& [m, n] : {std::pair{0, 3}, {1, 1}, {4, 7}, {7, 4}})
         for (const char uplo : {'U', 'l', 'A'}) {
@@ -141,8 +132,7 @@ TYPED_TEST(Norms, PartsAreSet) {
 }
 
 // Quotients that no float holds, on every kind of storage.
-TYPED_TEST(Norms, MultiplesOfWhatIsStored) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Norms, MultiplesOfWhatIsStored) {
     struct Row {
         const char* type;
         Form form; // of 5 rows

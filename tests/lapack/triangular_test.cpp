@@ -10,10 +10,6 @@ namespace qrv::test {
 namespace {
 
 template <class T>
-struct Triangular : testing::Test {};
-TYPED_TEST_SUITE(Triangular, Elements);
-
-template <class T>
 Operand<T> right_hand_sides(int n, int nrhs = 1, float size = 1) {
     std::mt19937 random(11);
     Operand<T> b(n, nrhs, n + 2);
@@ -30,8 +26,7 @@ float rcond_of(const Operand<T>& t, char norm) {
     return rcond;
 }
 
-TYPED_TEST(Triangular, Inverse) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Triangular, Inverse) {
     for (const auto routine : {routine_for<T>(STRTRI, CTRTRI), routine_for<T>(STRTI2, CTRTI2)})
         for (const int n : {1, 2, 5, 63, 64, 65, 128, 150})
             each_triangle_shape([&](char uplo, char diag) {
@@ -44,8 +39,7 @@ TYPED_TEST(Triangular, Inverse) {
             });
 }
 
-TYPED_TEST(Triangular, ZeroOnTheDiagonal) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Triangular, ZeroOnTheDiagonal) {
     const int n = 70, nrhs = 3;
     for (const char uplo : {'u', 'l'}) {
         const Operand<T> t = triangular_matrix<T>(static_cast<char>(uplo - 32), 'N', n, TriangleKind::singular);
@@ -65,8 +59,7 @@ TYPED_TEST(Triangular, ZeroOnTheDiagonal) {
     }
 }
 
-TYPED_TEST(Triangular, Solutions) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Triangular, Solutions) {
     for (const auto& [n, nrhs] : {std::pair{0, 2}, {2, 0}, {1, 1}, {33, 5}, {130, 9}})
         for (const char trans : {'N', 'T', 'C'})
             each_triangle_shape([&, order = n, columns = nrhs](char uplo, char diag) {
@@ -79,8 +72,7 @@ TYPED_TEST(Triangular, Solutions) {
 
 // ---- Scaled solves ------------------------------------------------------------------------------------------------
 
-TYPED_TEST(Triangular, ScaledSolutions) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Triangular, ScaledSolutions) {
     for (const TriangleKind kind : {TriangleKind::tame, TriangleKind::growing, TriangleKind::tinyDiagonal,
                                     TriangleKind::singular, TriangleKind::huge})
         for (const int n : {1, 2, 30, 90})
@@ -112,8 +104,7 @@ TYPED_TEST(Triangular, ScaledSolutions) {
                     });
 }
 
-TYPED_TEST(Triangular, ScaledSolvesEndOnNanAndInfinity) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Triangular, ScaledSolvesEndOnNanAndInfinity) {
     const int n = 9;
     for (const float bad : {nan, infinity, -infinity})
         for (const char trans : {'N', 'T', 'C'})
@@ -127,8 +118,7 @@ TYPED_TEST(Triangular, ScaledSolvesEndOnNanAndInfinity) {
             }
 }
 
-TYPED_TEST(Triangular, ScalingByReciprocals) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Triangular, ScalingByReciprocals) {
     struct Row {
         float divisor, x, quotient;
     };
@@ -197,8 +187,7 @@ double sum_of(const std::vector<T>& x) {
                            [](double sum, T element) { return sum + std::abs(widen(element)); });
 }
 
-TYPED_TEST(Triangular, EstimateOfTheOneNorm) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Triangular, EstimateOfTheOneNorm) {
     double worst = 1;
     for (const int n : {1, 2, 3, 10, 40})
         for (unsigned seed = 0; seed < 12; ++seed) {
@@ -221,8 +210,7 @@ TYPED_TEST(Triangular, EstimateOfTheOneNorm) {
 }
 
 // Matrices on which each of the steps counts.
-TYPED_TEST(Triangular, EstimateByEachStep) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Triangular, EstimateByEachStep) {
     struct Row {
         const char* what;
         float a[4][4], estimate;
@@ -242,18 +230,17 @@ TYPED_TEST(Triangular, EstimateByEachStep) {
     }
 }
 
-TYPED_TEST(Triangular, EstimatesEndOnNan) {
-    Operand<TypeParam> a(6, 6, 6);
+TEST_OF_ELEMENTS(Triangular, EstimatesEndOnNan) {
+    Operand<T> a(6, 6, 6);
     for (const float bad : {nan, infinity}) {
         a.fill(bad);
-        EXPECT_LE(Estimated<TypeParam>(a).requests, 11);
+        EXPECT_LE(Estimated<T>(a).requests, 11);
     }
 }
 
 // ---- Condition numbers --------------------------------------------------------------------------------------------
 
-TYPED_TEST(Triangular, ConditionNumbers) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Triangular, ConditionNumbers) {
     for (const char norm : {'1', 'o', 'I'})
         each_triangle_shape([&](char uplo, char diag) {
             for (const TriangleKind kind : {TriangleKind::tame, TriangleKind::oneRow})
@@ -273,10 +260,10 @@ TYPED_TEST(Triangular, ConditionNumbers) {
 }
 
 // The bound above which a matrix counts as singular shrinks with its order: the inverse's norm is 2^124 here.
-TYPED_TEST(Triangular, SingularToWorkingPrecisionDependsOnTheOrder) {
+TEST_OF_ELEMENTS(Triangular, SingularToWorkingPrecisionDependsOnTheOrder) {
     for (const int n : {2, 8}) {
-        Operand<TypeParam> t(Form{n, n, Form::triangular, 'U'}, {});
-        t.set([&](int i, int j) { return scalar<TypeParam>(i < j ? 0 : i < n - 1 ? 1 : 0x1p-124F); });
+        Operand<T> t(Form{n, n, Form::triangular, 'U'}, {});
+        t.set([&](int i, int j) { return scalar<T>(i < j ? 0 : i < n - 1 ? 1 : 0x1p-124F); });
         EXPECT_EQ(rcond_of(t, '1') == 0, n == 8);
     }
 }

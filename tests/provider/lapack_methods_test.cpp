@@ -1,6 +1,7 @@
 // Every LAPACK method of the provider classes against its native routine.
 #include <cmath>
 
+#include "support/call.hpp"
 #include "support/method_check.hpp"
 
 namespace qrv::test {
@@ -84,13 +85,11 @@ TEST_F(LapackMethods, SsyevrIsOfTheWholeSpectrum) {
     };
     std::vector<float> work(36 * n);
     std::vector<int> iwork(10 * n), isuppz(2 * n, -7);
-    const int lwork = 36 * n, liwork = 10 * n, none = 0;
-    const float zero = 0;
     int m = 777, info = 777;
     fill();
-    SSYEVR("V", "A", "L", &n, a.data(), &lda, &zero, &zero, &none, &none, &zero, &m, whole.data(), vectors.data(), &n,
-           isuppz.data(), work.data(), &lwork, iwork.data(), &liwork, &info);
-    ASSERT_EQ(info, 0);
+    ASSERT_EQ(test::call(SSYEVR, 'V', 'A', 'L', n, a, lda, 0.0F, 0.0F, 0, 0, 0.0F, &m, whole, vectors, n, isuppz, work,
+                         36 * n, iwork, 10 * n),
+              0);
     isuppz.assign(2 * n, -7);
     for (const char16_t range : {u'A', u'I', u'V'})
         for (const bool given : {true, false}) {

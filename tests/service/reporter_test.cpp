@@ -119,38 +119,34 @@ TEST(Slots, LapackEntriesSetBothToTheirDefaults) {
     }
 }
 
-// Steps that an LU factorization of order 300 has told of.
-std::vector<int> steps_of_lu(qrv_progress_routine routine) {
-    static std::vector<int> steps;
-    static qrv_progress_routine inner;
-    steps.clear();
-    inner = routine;
-    qrv_serv_set_default_progress([](const int* thread, const int* step, const char* stage, int length) {
-        EXPECT_EQ(std::string(stage, static_cast<std::size_t>(length)), "SGETRF");
-        steps.push_back(*step);
-        return inner ? inner(thread, step, stage, length) : 0;
-    });
-    constexpr int n = 300;
-    std::vector<float> a(n * n);
-    for (int i = 0; i < n * n; ++i)
-        a[static_cast<std::size_t>(i)] = static_cast<float>(i * 7919 % 1009);
-    std::vector<int> pivots(n);
-    int info = -7;
-    SGETRF(&n, &n, a.data(), &n, pivots.data(), &info);
-    EXPECT_EQ(info, 0);
-    qrv_serv_set_default_progress(nullptr);
-    const std::size_t told = steps.size();
-    SGETRF(&n, &n, a.data(), &n, pivots.data(), &info);
-    EXPECT_EQ(steps.size(), told) << "null is no routine";
-    return steps;
+// Programs hear of progress and can stop an LU factorization.
+std::vector<int> stepsOfLu;
+int stopAt;
+int note_step(const int*, const int* step, const char* stage, int length) {
+    EXPECT_EQ(std::string(stage, static_cast<std::size_t>(length)), "SGETRF");
+    stepsOfLu.push_back(*step);
+    return *step >= stopAt;
 }
 
 TEST(Slots, ProgramsHearOfProgressAndStop) {
-    EXPECT_EQ(steps_of_lu(nullptr).back(), 300);
-    const std::vector<int> stopped =
-        steps_of_lu([](const int*, const int* step, const char*, int) { return static_cast<int>(*step >= 64); });
-    EXPECT_GE(stopped.back(), 64);
-    EXPECT_LT(stopped.back(), 300);
+    static constexpr int n = 300;
+    const auto last_step = [](int stop, qrv_progress_routine routine) {
+        std::vector<float> a(n * n);
+        for (std::size_t i = 0; i < a.size(); ++i)
+            a[i] = static_cast<float>(i * 7919 % 1009);
+        std::vector<int> pivots(n);
+        int info = -7;
+        stepsOfLu = {0};
+        stopAt = stop;
+        qrv_serv_set_default_progress(routine);
+        SGETRF(&n, &n, a.data(), &n, pivots.data(), &info);
+        EXPECT_EQ(info, 0);
+        return stepsOfLu.back();
+    };
+    EXPECT_EQ(last_step(1000, note_step), n);
+    const int stopped = last_step(64, note_step);
+    EXPECT_TRUE(stopped >= 64 && stopped < n) << stopped;
+    EXPECT_EQ(last_step(1000, nullptr), 0) << "null is no routine";
 }
 
 } // namespace

@@ -32,22 +32,45 @@
 
 namespace qrv::test {
 
-struct Fault {
-    const char* changes; // of the first good call: "position=word ..."
-    int reported;
-};
-
-struct ArgumentRow {
-    const char* names;
-    std::vector<const char*> good; // calls that pass, at the limits
-    const char* singles;           // changes of the first of them: each alone is reported at its position, and of two
-                                   // the one that is told first
-    std::vector<Fault> faults;     // what more than one argument decides, or is reported at another position
-};
-
 inline std::vector<std::string> words_of(const std::string& text) {
     std::istringstream in(text);
     return {std::istream_iterator<std::string>(in), {}};
+}
+inline std::vector<std::string> parts_of(const std::string& text, char separator) {
+    std::vector<std::string> parts;
+    std::istringstream in(text);
+    for (std::string part; std::getline(in, part, separator);)
+        parts.push_back(part);
+    return parts;
+}
+
+// A row of the table, "names | good, ... | singles | changes: reported, ..."; a line that begins with a blank goes on
+// with the row before it. A change is "position=word".
+struct ArgumentRow {
+    std::vector<std::string> names;
+    std::vector<std::string> good;    // calls that pass, at the limits
+    std::vector<std::string> singles; // changes of the first of them: each alone is reported at its position, and of
+                                      // two the one that is told first
+    struct Fault {                    // what more than one argument decides, or is reported at another position
+        std::string changes;
+        int reported;
+    };
+    std::vector<Fault> faults;
+};
+inline std::vector<ArgumentRow> argument_rows(std::string table) {
+    for (std::size_t end = 0; (end = table.find("\n ", end)) != std::string::npos;)
+        table[end] = ' ';
+    std::vector<ArgumentRow> rows;
+    for (const std::string& line : parts_of(table, '\n')) {
+        if (line.empty())
+            continue;
+        const auto parts = parts_of(line + "| ", '|');
+        rows.push_back({words_of(parts.at(0)), parts_of(parts.at(1), ','), words_of(parts.at(2)), {}});
+        for (const std::string& fault : parts_of(parts.at(3), ','))
+            if (const auto colon = fault.find(':'); colon != std::string::npos)
+                rows.back().faults.push_back({fault.substr(0, colon), std::stoi(fault.substr(colon + 1))});
+    }
+    return rows;
 }
 
 // ---- A call -------------------------------------------------------------------------------------------------------
@@ -315,21 +338,20 @@ inline void expect_reported(const std::string& name, const Routine& routine, con
 }
 
 // A routine is reported by its name up to a colon.
-template <class Rows>
-void expect_bad_arguments_reported(const Rows& rows, const Routines& routines) {
+inline void expect_bad_arguments_reported(const std::string& table, const Routines& routines) {
     std::map<std::string, std::set<int>> told, checked;
-    for (const ArgumentRow& row : rows)
-        for (const std::string& name : words_of(row.names)) {
+    for (const ArgumentRow& row : argument_rows(table))
+        for (const std::string& name : row.names) {
             const auto found = routines.find(name);
             ASSERT_NE(found, routines.end()) << name << " has no row in src/routines";
             const Routine& routine = found->second;
-            for (const char* good : row.good) {
+            for (const std::string& good : row.good) {
                 const Outcome outcome = routine.run(good);
                 EXPECT_EQ(outcome.printed, "") << name << ' ' << good;
                 EXPECT_GE(outcome.result, 0) << name << ' ' << good;
             }
-            const std::string good = row.good[0];
-            const auto singles = words_of(row.singles);
+            const std::string& good = row.good.at(0);
+            const auto& singles = row.singles;
             for (auto first = singles.begin(); first != singles.end(); ++first) {
                 const int position = std::stoi(*first);
                 expect_reported(name, routine, changed(good, *first), position);
@@ -338,7 +360,7 @@ void expect_bad_arguments_reported(const Rows& rows, const Routines& routines) {
                         expect_reported(name, routine, changed(good, *first + ' ' + *second), position);
                 told[name].insert(position);
             }
-            for (const Fault& fault : row.faults) {
+            for (const auto& fault : row.faults) {
                 expect_reported(name, routine, changed(good, fault.changes), fault.reported);
                 told[name].insert(fault.reported);
             }

@@ -45,6 +45,19 @@ constexpr bool is_upper(char uplo) {
 
 using Elements = testing::Types<float, SingleComplex>; // of the suites that serve both
 
+// The head of a test of both kinds of elements, T.
+#define TEST_OF_ELEMENTS(suite, name)                                                                                  \
+    template <class T>                                                                                                 \
+    void suite##_##name();                                                                                             \
+    TEST(suite, name##OfReal) {                                                                                        \
+        suite##_##name<float>();                                                                                       \
+    }                                                                                                                  \
+    TEST(suite, name##OfComplex) {                                                                                     \
+        suite##_##name<SingleComplex>();                                                                               \
+    }                                                                                                                  \
+    template <class T>                                                                                                 \
+    void suite##_##name()
+
 template <class T>
 using Wide = std::conditional_t<std::is_same_v<T, float>, double, std::complex<double>>;
 
@@ -207,7 +220,9 @@ struct Form {
 template <class T>
 class Operand {
 public:
-    Operand(const Form& form, const Layout& layout) : form_(form), layout_(layout) {
+    Operand(Form form, const Layout& layout) : form_(form), layout_(layout) {
+        form.rows = form_.rows = std::max(form.rows, 0);
+        form.columns = form_.columns = std::max(form.columns, 0);
         const int height = form.banded ? form.below + form.above + 1 : form.rows;
         ld_ = form.kind == Form::vector ? form.inc : std::max(1, height) + layout.extra;
         if (form.rows > 0 && form.columns > 0)

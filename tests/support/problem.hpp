@@ -150,7 +150,7 @@ private:
     bool empty() const { return operation.what == What::product && operation.vectors && (p.m == 0 || p.n == 0); }
 
     Form matrix(int rows, int columns) const {
-        Form f{std::max(rows, 0), std::max(columns, 0)};
+        Form f{rows, columns};
         f.kind = operation.kind;
         if (f.kind != Form::general)
             f.uplo = p.uplo;
