@@ -150,7 +150,8 @@ public:
             squares += double{x} * x;
             otherSquares += double{y} * y;
         }
-        return {distance / largest, std::abs(std::sqrt(squares / otherSquares) - 1)};
+        const double nanIfAny = 0 * squares; // maxima pass over NaN
+        return {distance / largest + nanIfAny, std::abs(std::sqrt(squares / otherSquares) - 1)};
     }
     bool same_bits(const Argument& other) const { return memory_ == other.memory_; }
     bool is_floating() const { return kind_ == Kind::real || kind_ == Kind::complex; }

@@ -5,12 +5,18 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <random>
+#include <unistd.h>
 
 #include "matrix_file/matrix_file.hpp"
-#include "support/child.hpp"
 #include "support/folder.hpp"
 #include "support/npy.hpp"
 #include "support/sample.hpp"
+#include "support/teams.hpp"
+
+#ifdef QRV_TOOL
+#include "qrv/program.hpp"
+#include "support/picture.hpp"
+#endif
 
 namespace tools {
 namespace {
@@ -26,6 +32,13 @@ const std::string sound[] = {
     "%%MatrixMarket matrix array integer skew-symmetric\n3 3\n1\n2\n3\n",
     npy(npy_header("<f4", "(2, 2)") + "\n", {3, 0, -4.5F, 1e-3F}),
     npy<double>(npy_header("<c16", "(2,)", true) + "\n", {3.0, 1.0, -4.5, 1e-3}, 3),
+#ifdef QRV_TOOL
+    [] {
+        support::Picture gray(2, 2);
+        gray.values = {0, 255, 17, 4};
+        return support::png({gray, 1});
+    }(),
+#endif
 };
 const char* const words[] = {"-",     "0",           "1",          "9",       "-1",        "nan",     "inf", "1e39",
                              "1e-50", "99999999999", "2147483647", ".",       "%",         "\n",      "\r",  " ",
@@ -90,30 +103,71 @@ TEST(HostileFiles, AreReadOrRefusedWithALine) {
 }
 
 #ifdef QRV_TOOL
+// What a command line says, run in this process.
+struct Answer {
+    int exitStatus;
+    std::string err;
+};
+class Streams {
+public:
+    Answer of(std::vector<std::string> arguments) {
+        std::vector<char*> pointers{program_};
+        for (std::string& argument : arguments)
+            pointers.push_back(argument.data());
+        pointers.push_back(nullptr);
+        std::fflush(nullptr);
+        for (Stream& s : streams_) {
+            std::rewind(s.file);
+            EXPECT_EQ(ftruncate(fileno(s.file), 0), 0);
+            dup2(fileno(s.file), s.number);
+        }
+        const int exitStatus = run_program(static_cast<int>(arguments.size()) + 1, pointers.data());
+        std::fflush(nullptr);
+        for (Stream& s : streams_)
+            dup2(s.saved, s.number);
+        std::string said;
+        std::rewind(streams_[1].file);
+        for (int c; (c = std::fgetc(streams_[1].file)) != EOF;)
+            said += static_cast<char>(c);
+        return {exitStatus, said};
+    }
+
+private:
+    struct Stream {
+        int number, saved = dup(number);
+        std::FILE* file = std::tmpfile();
+    };
+    char program_[4] = "qrv";
+    Stream streams_[2] = {{STDOUT_FILENO}, {STDERR_FILENO}};
+};
+
 TEST(HostileFiles, EndEveryCommandWithALine) {
+    const qrv::test::ForcedTeam alone(1);
     const Folder folder;
     const std::string a = folder.file("a"), b = folder.file("b"), out = folder.file("out");
     const std::vector<std::string> commands[] = {{"norm", a},
                                                  {"solve", a, "-o", out},
-                                                 {"solve", a, b},
+                                                 {"solve", a, b, "--json"},
                                                  {"invert", a, "-o", out},
                                                  {"fit", a, b, "--pivot", "-o", out},
                                                  {"qr", a, "-r", out},
                                                  {"eig", a, "--vectors", "both"},
-                                                 {"svd", a, "--vectors", "-o", out}};
+                                                 {"svd", a, "--vectors", "-o", out},
+                                                 {"compress", a, "--rank", "1", "-o", out}};
     std::mt19937 random(2);
-    for (int k = qrv::test::Sample::of_many(25, 20'000); k > 0; --k) {
+    Streams streams;
+    for (int k = qrv::test::Sample::of_many(200, 100'000); k > 0; --k) {
         const std::string text = damaged(random);
         if (is_large(text))
             continue;
         std::ofstream(a, std::ios::binary) << text;
         std::ofstream(b, std::ios::binary) << damaged(random);
         for (const auto& command : commands) {
-            const auto result = qrv::test::run_program(QRV_TOOL, command, {{"OMP_NUM_THREADS", "1"}});
-            ASSERT_TRUE(result.exitStatus >= 0 && result.exitStatus <= 2) << command[0] << ' ' << text;
-            ASSERT_EQ(result.err.empty(), result.exitStatus == 0) << command[0] << ' ' << text << result.err;
-            ASSERT_TRUE(result.err.empty() || result.err.find('\n') + 1 == result.err.size()) << text << result.err;
-            ASSERT_EQ(std::filesystem::exists(out), result.exitStatus == 0 && command.back() == out)
+            const Answer answer = streams.of(command);
+            ASSERT_TRUE(answer.exitStatus >= 0 && answer.exitStatus <= 2) << command[0] << ' ' << text;
+            ASSERT_EQ(answer.err.empty(), answer.exitStatus == 0) << command[0] << ' ' << text << answer.err;
+            ASSERT_TRUE(answer.err.empty() || answer.err.find('\n') + 1 == answer.err.size()) << text << answer.err;
+            ASSERT_EQ(std::filesystem::exists(out), answer.exitStatus == 0 && command.back() == out)
                 << command[0] << ' ' << text;
             std::filesystem::remove(out);
         }

@@ -9,6 +9,7 @@
 #include "support/folder.hpp"
 #include "support/npy.hpp"
 #include "support/picture.hpp"
+#include "support/sample.hpp"
 
 namespace tools {
 namespace {
@@ -20,6 +21,12 @@ using qrv::test::npy, qrv::test::npy_header;
 using qrv::test::run_program;
 using testing::HasSubstr;
 using testing::StartsWith;
+
+#ifdef QRV_CHECKED
+constexpr const char* limit = ""; // the sanitizer keeps a shadow of all addresses
+#else
+constexpr const char* limit = "ulimit -v 8000000 && ";
+#endif
 
 // A folder with matrices, in which the program runs.
 class Program : public testing::Test {
@@ -33,10 +40,7 @@ protected:
         write("overflow", "array real general\n2 2\n3e38\n3e38\n-3e38\n3e38\n"); // condition 2, but u(2, 2) is 6e38
         write("beyond", "array real general\n2 2\n3e38\n3e38\n3e38\n3e38\n");    // 6e38 and 0
         write("growth", growth(60));
-        std::string diagonal = "coordinate real general\n40 40 40\n";
-        for (int i = 1; i <= 40; ++i)
-            diagonal += std::to_string(i) + " " + std::to_string(i) + " 1\n";
-        write("diagonal", diagonal);
+        write("diagonal", unit(40));
         write("indefinite", "array real general\n2 2\n1\n2\n2\n1\n");
         write("band", band(60));
         write("rotation", "array real general\n2 2\n1\n2\n-2\n1\n"); // 1 + 2i and its conjugate
@@ -57,10 +61,14 @@ protected:
     // A script in this folder, for which qrv is the program; a command of qrv. What eats memory must not take it all.
     ChildResult run_script(const std::string& script) const {
         const std::string path = std::filesystem::path(QRV_TOOL).parent_path().string() + ":/usr/bin:/bin";
-        return run_program("/bin/sh", {"-c", "cd '" + folder.file("") + "' && ulimit -v 8000000 && " + script},
+        return run_program("/bin/sh", {"-c", "cd '" + folder.file("") + "' && " + limit + script},
                            {{"OMP_WAIT_POLICY", "passive"}, {"PATH", path}});
     }
     ChildResult run(const std::string& command) const { return run_script("qrv " + command); }
+
+    void write(const std::string& name, const std::string& text) {
+        std::ofstream(folder.file(name)) << "%%MatrixMarket matrix " << text;
+    }
 
     Folder folder;
     std::ptrdiff_t files = 0;
@@ -73,6 +81,14 @@ protected:
             for (int i = 0; i < picture.rows; ++i)
                 picture(i, j) = static_cast<float>((i + 1) * ((j + j / 30) % 10 + 1));
         return picture;
+    }
+
+    static std::string unit(int n) {
+        const std::string order = std::to_string(n);
+        std::string text = "coordinate real general\n" + order + " " + order + " " + order + "\n";
+        for (int i = 1; i <= n; ++i)
+            text += std::to_string(i) + " " + std::to_string(i) + " 1\n";
+        return text;
     }
 
 private:
@@ -99,10 +115,6 @@ private:
         }
         return text;
     }
-
-    void write(const std::string& name, const std::string& text) {
-        std::ofstream(folder.file(name)) << "%%MatrixMarket matrix " << text;
-    }
 };
 
 TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
@@ -123,6 +135,7 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
         {"bench --sizes 0", 2, "--sizes"},
         {"norm none", 2, "cannot read none: No such file"},
         {"norm .", 2, "cannot read .: Is a directory"},
+        {"norm \"$(printf 'no\\033[2J\\n\\302\\233such\\303\\251\\377')\"", 2, "cannot read no?[2J??such\u00e9?: No"},
         {"norm short", 2, "short:4: the file ends after 2 of 4 entries"},
         {"norm /dev/null", 2, "/dev/null:1: the file is empty"},
         {"norm /dev/zero", 2, "/dev/zero:1: no Matrix Market file: it does not begin"},
@@ -219,6 +232,27 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
     EXPECT_EQ(folder.count(), files);
 }
 
+// Whenever it ends: the file that was there, or the whole result, and nothing else.
+TEST_F(Program, LeavesNoTornFileWhenASignalEndsIt) {
+    write("large", unit(90));
+    const ChildResult ended = run_script("cases=" + std::to_string(qrv::test::Sample::of_many(20, 4'000)) + R"(
+            qrv invert large -o new && echo old > old
+            for k in $(seq $cases); do
+              for signal in TERM HUP XCPU; do
+                cp old out
+                qrv invert large -o out > said 2>&1 &
+                sleep 0.0$((k % 20 / 10))$((k % 10))
+                { kill -$signal $!; wait $!; } 2> said
+                cmp -s out old || cmp -s out new || echo torn by $signal >&2
+                ls *.part* >&2 2> said
+              done
+              qrv invert large -o - 2> said | head -c $((k * 50)) > said
+            done)");
+    EXPECT_EQ(ended.err, "");
+    // A process of the same number was killed before it could remove its file.
+    EXPECT_EQ(run_script("sh -c 'echo > x.part$$ && exec qrv invert real -o x' && ls x").exitStatus, 0);
+}
+
 TEST_F(Program, WritesStraightToStandardStreams) {
     for (const char* command : {"invert real -o /dev/stdout >> log", "invert real -o log >> log",
                                 "solve real -o /dev/stderr 2>> log", "solve real --picture /dev/fd/3 3>> log"}) {
@@ -274,6 +308,7 @@ TEST_F(Program, TellsFiguresAndResultsAsJson) {
                                            "\xc3\xa4 \\ufffd\""},
     };
     std::filesystem::copy(folder.file("real"), folder.file("odd \"\\\n\xc3\xa4 \xff"));
+    EXPECT_THAT(run("norm 'odd \"\\\n\xc3\xa4 \xff'").out, StartsWith("A: odd \"\\?\xc3\xa4 ?, 2 x 2"));
     const bool hasParser = run_script("command -v python3").exitStatus == 0;
     for (const auto& [command, says] : cases) {
         const ChildResult result = run(std::string(command) + " --json" + (hasParser ? " | tee json" : ""));

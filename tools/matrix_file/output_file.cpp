@@ -90,23 +90,31 @@ OutputFile::OutputFile(const std::string& path) : shown(path), target(path) {
         target = end_of_links(path, error).string();
         if (error != 0)
             fail(error);
-        open_temporary(target + ".part" + std::to_string(getpid()), isThere, found.st_mode & 07777);
+        open_temporary(isThere, found.st_mode & 07777);
     }
     if (!file)
         fail(errno);
 }
 
-void OutputFile::open_temporary(const std::string& name, bool replaces, mode_t mode) {
+void OutputFile::open_temporary(bool replaces, mode_t mode) {
     if (replaces && access(target.c_str(), W_OK) != 0) // renaming would go past a write protection
         fail(errno);
-    const int descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (descriptor < 0)
-        fail(errno);
+    // Processes that were killed may have left files, and in a container all have the same number.
+    constexpr int mostNames = 1000;
+    int descriptor = -1;
+    for (int name = 0; descriptor < 0; ++name) {
+        temporary = target + ".part" + std::to_string(getpid()) + (name > 0 ? "." + std::to_string(name) : "");
+        place = enter(temporary.c_str()); // first, so that a signal finds it
+        descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (const int error = errno; descriptor < 0) {
+            leave(place);
+            if (error != EEXIST || name == mostNames)
+                fail(error);
+        }
+    }
     if (replaces)
         fchmod(descriptor, mode);
     file = fdopen(descriptor, "w");
-    temporary = name;
-    place = enter(temporary.c_str());
 }
 
 OutputFile::~OutputFile() {

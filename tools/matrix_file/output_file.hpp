@@ -36,7 +36,7 @@ public:
 private:
     [[noreturn]] void fail(int error) const;
     bool is_direct() const { return temporary.empty(); }
-    void open_temporary(const std::string& name, bool replaces, mode_t mode);
+    void open_temporary(bool replaces, mode_t mode);
 
     std::string shown, target, temporary;
     std::FILE* file = nullptr;

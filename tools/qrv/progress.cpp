@@ -5,17 +5,20 @@
 #include <chrono>
 #include <cmath>
 #include <condition_variable>
+#include <cstdlib>
+#include <cstring>
 #include <fmt/core.h>
 #include <mutex>
 #include <qrv/service.h>
 #include <string>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace tools {
 namespace {
 
 constexpr std::chrono::milliseconds patience{500}, period{100};
-constexpr int width = 40; // characters
+constexpr int widest = 40, narrowest = 5; // bars, in characters
 
 std::atomic<int> columnsDone{0};
 
@@ -27,10 +30,28 @@ int note(const int*, const int* step, const char*, int) {
     return 0;
 }
 
+// What is drawn over a line is drawn for a person, who looks at this process and no other.
+bool is_watched() {
+    const char* const kind = std::getenv("TERM");
+    return isatty(STDERR_FILENO) != 0 && kind != nullptr && std::strcmp(kind, "dumb") != 0 &&
+           tcgetpgrp(STDERR_FILENO) == getpgrp();
+}
+
+int columns_of_terminal() {
+    winsize size{};
+    const bool isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return isKnown ? size.ws_col : 80;
+}
+
+// A line that is broken could not be drawn over.
 void draw(const char* work, double share) {
-    const auto filled = static_cast<std::size_t>(std::lround(share * width));
-    const std::string bar = std::string(filled, '#') + std::string(width - filled, '.');
-    fmt::print(stderr, "\r{} [{}] {:3.0f} %", work, bar, 100 * share);
+    const std::string percent = fmt::format("{:3.0f} %", 100 * share);
+    const int width =
+        std::min(columns_of_terminal() - 1 - static_cast<int>(std::strlen(work) + percent.size() + 4), widest);
+    if (width < narrowest)
+        return;
+    const auto filled = static_cast<int>(std::lround(share * width));
+    fmt::print(stderr, "\r{} [{:#<{}}{:.<{}}] {}", work, "", filled, "", width - filled, percent);
     std::fflush(stderr);
 }
 
@@ -76,7 +97,7 @@ ProgressBar inverting(double factorSeconds) {
 }
 
 ProgressBar::ProgressBar(const char* work, std::function<double()> share) {
-    if (isatty(STDERR_FILENO) != 0)
+    if (is_watched())
         watcher =
             std::jthread([work, share = std::move(share)](const std::stop_token& stop) { watch(stop, work, share); });
 }

@@ -44,7 +44,21 @@ std::string number(T value) {
     return std::isfinite(value) ? fmt::format("{}", value) : "null";
 }
 
+bool controls_a_terminal(std::string_view character) {
+    const auto byte = static_cast<unsigned char>(character.back());
+    return character.size() == 1 ? byte < ' ' || byte == 0x7F : character.front() == '\xC2' && byte < 0xA0;
+}
+
 } // namespace
+
+std::string printable(std::string_view text) {
+    std::string shown;
+    for (; !text.empty(); text.remove_prefix(std::max<std::size_t>(character_length(text), 1))) {
+        const std::string_view character = text.substr(0, character_length(text));
+        shown += character.empty() || controls_a_terminal(character) ? "?" : character;
+    }
+    return shown;
+}
 
 std::string json(const std::string& text) {
     std::string quoted = "\"";
@@ -110,8 +124,8 @@ void Report::matrix(const char* label, const std::string& path, const MatrixFile
     const bool isReal = std::holds_alternative<Matrix<float>>(file.matrix);
     std::visit(
         [&](const auto& a) {
-            print("{}: {}, {} x {}, {}, {}, {} entries\n", label, path, a.rows, a.columns, isReal ? "real" : "complex",
-                  name_of(file.symmetry), file.entries);
+            print("{}: {}, {} x {}, {}, {}, {} entries\n", label, printable(path), a.rows, a.columns,
+                  isReal ? "real" : "complex", name_of(file.symmetry), file.entries);
             add(label, JsonObject()
                            .add("file", path)
                            .add("rows", a.rows)
@@ -127,7 +141,7 @@ void Report::result(const char* label, std::optional<OutputFile>& file, const An
                     const std::string& comment) {
     if (file) {
         write_matrix(*file, matrix, format, comment);
-        print("  {:<16}  {}\n", label, file->name());
+        print("  {:<16}  {}\n", label, printable(file->name()));
         add((member_name(label) + "_file").c_str(), file->name());
     } else if (isJson) {
         add(member_name(label).c_str(), matrix);

@@ -7,6 +7,7 @@
 #include <initializer_list>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -24,6 +25,9 @@ template <class T>
 Figure<T> figure(const char* name, T value) {
     return {name, value};
 }
+
+// A text as one line that gives a terminal no orders: '?' for characters that control it and for bytes that are none.
+std::string printable(std::string_view text);
 
 class JsonObject;
 
@@ -122,6 +126,9 @@ template <class T>
 struct fmt::formatter<tools::Figure<T>> : fmt::formatter<T> {
     template <class Context>
     auto format(const tools::Figure<T>& figure, Context& context) const {
-        return fmt::formatter<T>::format(figure.value, context);
+        if constexpr (std::is_same_v<T, std::string>)
+            return fmt::formatter<T>::format(tools::printable(figure.value), context);
+        else
+            return fmt::formatter<T>::format(figure.value, context);
     }
 };
