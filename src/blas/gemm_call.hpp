@@ -28,6 +28,10 @@ struct GemmCall {
     constexpr bool is_well_formed() const {
         return c.ld >= m && a.ld >= (transposes(opA) ? k : m) && b.ld >= (transposes(opB) ? n : k);
     }
+    // Whether op(B) is the transpose of op(A), or its adjoint: what is row i of op(A) in memory is column i of op(B).
+    constexpr bool multiplies_itself() const {
+        return a.data == b.data && a.ld == b.ld && transposes(opA) != transposes(opB);
+    }
     constexpr OpView<const T> view_of_a() const { return {a.data, a.ld, transposes(opA)}; }
     constexpr OpView<const T> view_of_b() const { return {b.data, b.ld, transposes(opB)}; }
 };

@@ -22,6 +22,18 @@ constexpr int larger(int x, int y) {
     return x < y ? y : x;
 }
 
+// Rows or columns, unknowns or right-hand sides [first, first + count).
+struct Range {
+    int first, count;
+
+    constexpr int end() const { return first + count; }
+};
+// What two ranges share; where that is nothing the count is not positive.
+constexpr Range common(Range x, Range y) {
+    const int first = larger(x.first, y.first);
+    return {first, smaller(x.end(), y.end()) - first};
+}
+
 // A vector as BLAS takes it: elements `inc` apart. With a negative increment `data` is still the lowest address, and
 // the vector runs down to it; elements are asked for by index only if inc >= 0.
 template <class T>

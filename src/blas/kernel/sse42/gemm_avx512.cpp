@@ -115,10 +115,16 @@ void direct(QRV_GEMM_PARAMETERS(SingleComplex)) {
     gemm_direct<Vec16f, SingleComplex>(gemm_call<SingleComplex>(QRV_GEMM_ARGUMENTS));
 }
 bool panels(QRV_GEMM_PARAMETERS(float)) {
-    return gemm_by_panels<Vec16f, float>(gemm_call<float>(QRV_GEMM_ARGUMENTS));
+    return gemm_by_panels<Vec16f, float>(gemm_call<float>(QRV_GEMM_ARGUMENTS), WholeOfC{*n});
 }
 bool panels(QRV_GEMM_PARAMETERS(SingleComplex)) {
-    return gemm_by_panels<Vec16f, SingleComplex>(gemm_call<SingleComplex>(QRV_GEMM_ARGUMENTS));
+    return gemm_by_panels<Vec16f, SingleComplex>(gemm_call<SingleComplex>(QRV_GEMM_ARGUMENTS), WholeOfC{*n});
+}
+bool triangle_by_panels(Uplo uplo, const GemmCall<float>& call) {
+    return gemm_by_panels<Vec16f, float>(call, TriangleOfC{uplo, call.n, call.multiplies_itself()});
+}
+bool triangle_by_panels(Uplo uplo, const GemmCall<SingleComplex>& call) {
+    return gemm_by_panels<Vec16f, SingleComplex>(call, TriangleOfC{uplo, call.n, call.multiplies_itself()});
 }
 
 } // namespace qrv::kernel::sse42_avx512

@@ -15,6 +15,9 @@
 //
 // Each element of C is summed as gemm_direct.hpp tells. Columns, panels and strips that a walk goes through side by
 // side are padded, as they would lie a power of two apart.
+//
+// Of a square C a triangle alone may be asked for. Tiles beyond its edge are left out, those across it are computed
+// aside by as few vectors as have rows in it, and what they have in the triangle is added.
 #pragma once
 
 #include <cstddef>
@@ -190,9 +193,110 @@ void multiply_panels(DirectProduct<T>& p, int rows, int columns, const float* pa
     }
 }
 
-// The whole product; m, n and k are positive. False if memory is refused: nothing has been done then.
+// What of C is computed: all of it, or a triangle with its diagonal.
+struct WholeOfC {
+    int n;
+    constexpr Range columns_of(Range) const { return {0, n}; }
+};
+struct TriangleOfC {
+    Uplo uplo;
+    int n;
+    bool square; // op(B) is op(A) mirrored: rows of A in panels are columns of B
+    constexpr Range columns_of(Range rows) const {
+        const Range own = square ? Range{rows.first, 0} : rows;
+        return uplo == Uplo::upper ? Range{rows.end() - own.count, n - rows.end() + own.count} : Range{0, own.end()};
+    }
+    constexpr Range rows_of(Range columns) const {
+        return uplo == Uplo::upper ? Range{0, columns.end()} : Range{columns.first, n - columns.first};
+    }
+    constexpr bool holds(Range rows, Range columns) const {
+        return uplo == Uplo::upper ? rows.end() <= columns.first + 1 : columns.end() <= rows.first + 1;
+    }
+};
+
+template <class Part>
+constexpr bool isWhole = false;
+template <>
+constexpr bool isWhole<WholeOfC> = true;
+
+// c := x + beta*c
 template <class Vector, class T>
-bool gemm_by_panels(const GemmCall<T>& call) {
+void add_column(int floats, const float* x, T beta, float* c) {
+    const Factor<Vector, T> factor(beta);
+    for (int i = 0; i < floats; i += Vector::lanes) {
+        const auto mask = Vector::Mask::first(smaller(floats - i, Vector::lanes));
+        Vector total = load_kept(x + i, mask);
+        if (beta != scalar<T>(0)) {
+            const Vector old = load_kept(c + i, mask);
+            total = scales_c(beta) ? factor.times_plus(old, total) : old + total;
+        }
+        store_kept(c + i, total, mask);
+    }
+}
+
+// All panels, those of these rows of C, times a few columns of B, for what the triangle has of these columns.
+template <class Vector, class T>
+void multiply_panels_in(const TriangleOfC& triangle, DirectProduct<T>& p, Range rows, Range columns,
+                        const float* panels, std::ptrdiff_t panelLength, const float* b, Matrix<T> c) {
+    constexpr int element = floatsIn<T>, vectorRows = Vector::lanes / element;
+    constexpr int full = PanelBlocks<Vector, T>::tileFloats;
+    const Range wanted = triangle.rows_of(columns);
+    for (int first = rows.first, next; first < rows.end(); first = next, panels += panelLength) {
+        const RowShare<Vector, T> share((rows.end() - first) * element);
+        next = first + share.rows / element;
+        const int skipped = larger(0, wanted.first - first) / vectorRows;
+        const int end = smaller(share.vectors, (wanted.end() - first + vectorRows - 1) / vectorRows);
+        if (skipped >= end)
+            continue;
+        const int lastRows = end == share.vectors ? share.last_rows() : Vector::lanes;
+        const Range tileRows{first + skipped * vectorRows, (end - skipped - 1) * vectorRows + lastRows / element};
+        const auto tile = directTiles<Vector, T>.tile[end - skipped - 1][columns.count - 1];
+        const float* a = panels + skipped * Vector::lanes;
+        p.aStep = share.vectors * Vector::lanes;
+        if (triangle.holds(tileRows, columns)) {
+            auto* ci = reinterpret_cast<float*>(&c(tileRows.first, columns.first));
+            if (next < rows.end())
+                prefetch_rows(smaller(full, (rows.end() - next) * element), columns.count,
+                              ci + tileRows.count * element, p.ldc);
+            tile(p, a, b, ci, lastRows);
+            continue;
+        }
+        alignas(64) float buffer[full * PanelBlocks<Vector, T>::tileColumns];
+        DirectProduct<T> aside = p;
+        aside.beta = scalar<T>(0);
+        aside.ldc = full;
+        tile(aside, a, b, buffer, lastRows);
+        for (int j = 0; j < columns.count; ++j) {
+            const Range run = common(tileRows, triangle.rows_of({columns.first + j, 1}));
+            if (run.count > 0)
+                add_column<Vector>(run.count * element, buffer + j * full + (run.first - tileRows.first) * element,
+                                   p.beta, reinterpret_cast<float*>(&c(run.first, columns.first + j)));
+        }
+    }
+}
+
+// The same for the columns that are the rows of the panels: these take the place of strips.
+template <class Vector, class T>
+void multiply_panels_by_themselves(const TriangleOfC& triangle, DirectProduct<T> p, Range rows, const float* panels,
+                                   std::ptrdiff_t panelLength, Matrix<T> c) {
+    const float* panel = panels;
+    p.bColumn = floatsIn<T>;
+    for (int first = rows.first, next; first < rows.end(); first = next, panel += panelLength) {
+        const RowShare<Vector, T> share((rows.end() - first) * floatsIn<T>);
+        next = first + share.rows / floatsIn<T>;
+        p.bStep = share.vectors * Vector::lanes;
+        for (int j = first, columns; j < next; j += columns) {
+            columns = even_share(next - j, PanelBlocks<Vector, T>::tileColumns);
+            multiply_panels_in<Vector, T>(triangle, p, rows, {j, columns}, panels, panelLength,
+                                          panel + (j - first) * floatsIn<T>, c);
+        }
+    }
+}
+
+// The whole product, or what is asked for of it; m, n and k are positive. False if memory is refused: nothing has been
+// done then.
+template <class Vector, class T, class Part>
+bool gemm_by_panels(const GemmCall<T>& call, const Part& part) {
     QRV_ASSERT(call.is_well_formed());
     using Blocks = PanelBlocks<Vector, T>;
     constexpr int element = floatsIn<T>;
@@ -216,8 +320,13 @@ bool gemm_by_panels(const GemmCall<T>& call) {
             rows = smaller(blocks.rows, call.m - i);
             const auto* a = reinterpret_cast<const float*>(call.view_of_a().at(i, l));
             const int count = copy_panels<Vector, T>(transposedA, rows * element, p.k, a, lda, panels, panelLength);
-            for (int first = 0, group; first < call.n; first += group) {
-                group = transposedB ? smaller(atOnce, call.n - first) : even_share(call.n - first, Blocks::tileColumns);
+            if constexpr (!isWhole<Part>)
+                if (part.square)
+                    multiply_panels_by_themselves<Vector, T>(part, p, {i, rows}, panels, panelLength, call.c);
+            const Range wanted = part.columns_of({i, rows});
+            for (int first = wanted.first, group; first < wanted.end(); first += group) {
+                const int left = wanted.end() - first;
+                group = transposedB ? smaller(atOnce, left) : even_share(left, Blocks::tileColumns);
                 const auto* b = reinterpret_cast<const float*>(call.view_of_b().at(l, first));
                 if (blocks.strips && transposedB)
                     copy_rows<Vector, T>(group, p.k, b, ldb, strips, blocks.strip_length());
@@ -225,7 +334,7 @@ bool gemm_by_panels(const GemmCall<T>& call) {
                 for (int j = 0, columns; j < group; j += columns, strip += blocks.strip_length()) {
                     columns = even_share(group - j, Blocks::tileColumns);
                     const float* bj = b + j * bColumn;
-                    const int next = blocks.strips && !transposedB ? smaller(columns, call.n - first - columns) : 0;
+                    const int next = blocks.strips && !transposedB ? smaller(columns, left - columns) : 0;
                     const NextColumnsOfB nextColumns(next, p.k * element, bj + columns * bColumn, ldb, count);
                     p.bStep = bStep;
                     p.bColumn = bColumn;
@@ -237,9 +346,14 @@ bool gemm_by_panels(const GemmCall<T>& call) {
                         bj = strip;
                         p.bColumn = blocks.column_length();
                     }
-                    float* cj = reinterpret_cast<float*>(&call.c(i, first + j));
-                    multiply_panels<Vector, T>(p, rows * element, columns, panels, panelLength, bj, cj, nextColumns,
-                                               smaller(columns, call.n - first - j - columns));
+                    if constexpr (isWhole<Part>) {
+                        float* cj = reinterpret_cast<float*>(&call.c(i, first + j));
+                        multiply_panels<Vector, T>(p, rows * element, columns, panels, panelLength, bj, cj, nextColumns,
+                                                   smaller(columns, left - j - columns));
+                    } else {
+                        multiply_panels_in<Vector, T>(part, p, {i, rows}, {first + j, columns}, panels, panelLength, bj,
+                                                      call.c);
+                    }
                 }
             }
         }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "blas/complex.hpp"
+#include "blas/gemm_call.hpp"
 #include "blas/kernel/common/action.hpp"
 #include "blas/kernel/kernels.hpp"
 #include "blas/matrix.hpp"
@@ -23,6 +24,11 @@ inline void gemm(Op opA, Op opB, int m, int n, int k, SingleComplex alpha, Matri
     const int lda = static_cast<int>(a.ld), ldb = static_cast<int>(b.ld), ldc = static_cast<int>(c.ld);
     blas_cgemm_kernel(&transa, &transb, &m, &n, &k, &alpha, a.data, &lda, b.data, &ldb, &beta, c.data, &ldc);
 }
+
+// The same for a triangle of a square C, its diagonal included, from copies in work memory; m, n and k are positive.
+// False if memory is refused: nothing has been done then. Vectors of sixteen lanes only.
+bool triangle_by_panels(Uplo uplo, const GemmCall<float>& call);
+bool triangle_by_panels(Uplo uplo, const GemmCall<SingleComplex>& call);
 
 // C := beta*C; beta = 0 stores zeros and does not read C, beta = 1 does nothing.
 inline void scale(int m, int n, float beta, Matrix<float> c) {

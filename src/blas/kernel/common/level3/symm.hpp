@@ -77,7 +77,7 @@ void expand(Uplo uplo, int n, Matrix<const T> a, Matrix<T> out) {
     for (int j = 0; j < n; j += band) {
         const int columns = smaller(band, n - j), next = j + columns;
         for (int k = j; k < next; ++k) {
-            const ColumnRun rows = triangle_column(uplo, n, k);
+            const Range rows = triangle_column(uplo, n, k);
             copy_run(rows.count, &a(rows.first, k), &out(rows.first, k));
             if constexpr (conjugated)
                 make_real(out(k, k));

@@ -7,8 +7,9 @@
 //
 // The triangle is cut into blocks along its diagonal and rectangles beside them, the blocks into halves in turn. A
 // rectangle is a GEMM. For a leaf on the diagonal GEMM computes the full square into a tile, of which the triangle is
-// then added: twice its work, but leaves are few. The imaginary parts on a Hermitian diagonal are not read and become
-// 0.
+// then added: twice its work, but leaves are few. Vectors of sixteen lanes have another way, for large triangles and
+// for transposed operands: one walk over copies in panels, see gemm_panels.hpp. The imaginary parts on a Hermitian
+// diagonal are not read and become 0.
 #pragma once
 
 #include "blas/assert.hpp"
@@ -28,14 +29,17 @@ constexpr Op mirror(Symmetry symmetry) {
     return symmetry == Symmetry::hermitian ? Op::adjoint : Op::transpose;
 }
 
+constexpr int unlimited = 0x7FFFFFFF;
+
 // Blocks along the diagonal, and in which order.
 struct RankUpdateRow {
     int plain, transposed; // columns of a block, for X = A and for X = A': one after the other
     int leaf;              // a block is halved down to this size
     int order;             // triangles up to this size take
     int depth;             // so many steps of the products at once, so that X and Y stay in the outer cache
+    int panels = unlimited, panelsTransposed = unlimited;         // triangles from this size on go by panels,
+    int panelSteps = unlimited, panelStepsTransposed = unlimited; // with so many steps at least
 };
-constexpr int unlimited = 0x7FFFFFFF;
 
 template <class T, int lanes>
 constexpr RankUpdateRow rankUpdateRow{.plain = 64, .transposed = 128, .leaf = 32, .order = 0, .depth = unlimited};
@@ -55,11 +59,23 @@ template <>
 constexpr RankUpdateRow rankUpdateRow<SingleComplex, 8>{
     .plain = unlimited, .transposed = unlimited, .leaf = 8, .order = 512, .depth = 128};
 template <>
-constexpr RankUpdateRow rankUpdateRow<float, 16>{
-    .plain = unlimited, .transposed = unlimited, .leaf = 16, .order = 512, .depth = 256};
+constexpr RankUpdateRow rankUpdateRow<float, 16>{.plain = unlimited,
+                                                 .transposed = unlimited,
+                                                 .leaf = 16,
+                                                 .order = 512,
+                                                 .depth = 256,
+                                                 .panels = 832,
+                                                 .panelsTransposed = 64,
+                                                 .panelSteps = 512,
+                                                 .panelStepsTransposed = 16};
 template <>
-constexpr RankUpdateRow rankUpdateRow<SingleComplex, 16>{
-    .plain = unlimited, .transposed = unlimited, .leaf = 8, .order = 512, .depth = 256};
+constexpr RankUpdateRow rankUpdateRow<SingleComplex, 16>{.plain = unlimited,
+                                                         .transposed = unlimited,
+                                                         .leaf = 8,
+                                                         .order = 512,
+                                                         .depth = 256,
+                                                         .panelsTransposed = 96,
+                                                         .panelStepsTransposed = 16};
 
 // The first part of n, which is more than a leaf: about half of it, in whole leaves.
 constexpr int half_in_leaves(int n, int leaf) {
@@ -99,17 +115,14 @@ inline void scale_run(int n, float beta, SingleComplex* x) {
 }
 
 // Rows of column j that a triangle of n columns has.
-struct ColumnRun {
-    int first, count;
-};
-constexpr ColumnRun triangle_column(Uplo uplo, int n, int j) {
-    return uplo == Uplo::upper ? ColumnRun{0, j + 1} : ColumnRun{j, n - j};
+constexpr Range triangle_column(Uplo uplo, int n, int j) {
+    return uplo == Uplo::upper ? Range{0, j + 1} : Range{j, n - j};
 }
 
 template <Symmetry symmetry, class T, class S>
 void scale_triangle(Uplo uplo, int n, S beta, Matrix<T> c) {
     for (int j = 0; j < n; ++j) {
-        const ColumnRun rows = triangle_column(uplo, n, j);
+        const Range rows = triangle_column(uplo, n, j);
         scale_run(rows.count, beta, &c(rows.first, j));
         if constexpr (symmetry == Symmetry::hermitian)
             make_real(c(j, j));
@@ -120,7 +133,7 @@ void scale_triangle(Uplo uplo, int n, S beta, Matrix<T> c) {
 template <Symmetry symmetry, class T>
 void add_triangle(Uplo uplo, int n, Matrix<const T> tile, Matrix<T> c) {
     for (int j = 0; j < n; ++j) {
-        const ColumnRun rows = triangle_column(uplo, n, j);
+        const Range rows = triangle_column(uplo, n, j);
         add_run(rows.count, &tile(rows.first, j), &c(rows.first, j));
         if constexpr (symmetry == Symmetry::hermitian)
             make_real(c(j, j));
@@ -197,6 +210,10 @@ struct RankUpdate {
         add_beside(first, half, first + n);
         add_by_halves(first + half, n - half);
     }
+    bool goes_by_panels(int n) const {
+        return transposed ? n >= row.panelsTransposed && k >= row.panelStepsTransposed
+                          : n >= row.panels && k >= row.panelSteps;
+    }
     void add_by_steps(int first, int n) const {
         for (int l = 0, count; l < k; l += count) {
             count = smaller(row.depth, k - l);
@@ -216,14 +233,59 @@ struct RankUpdate {
 
 // beta is real or an element.
 template <Symmetry symmetry, class T, int terms, class S>
+void update_by_halves(const RankUpdate<symmetry, T, terms>& update, int n, S beta) {
+    if (beta != scalar<S>(1))
+        scale_triangle<symmetry>(update.uplo, n, beta, update.c);
+    update.add_by_blocks(n);
+}
+
+// One walk for each product; by halves if memory is refused.
+template <Symmetry symmetry, class T, int terms, class S>
+void update_by_panels(const RankUpdate<symmetry, T, terms>& update, int n, S beta) {
+    constexpr bool hermitian = symmetry == Symmetry::hermitian;
+    constexpr Op other = mirror(symmetry);
+    const bool transposed = update.transposed;
+    if (hermitian && beta != scalar<S>(0)) { // a real beta, which the walk would take for a complex one
+        scale_triangle<symmetry>(update.uplo, n, beta, update.c);
+        beta = scalar<S>(1);
+    }
+    for (const RankTerm<T>& t : update.term) {
+        T factor;
+        if constexpr (hermitian)
+            factor = scalar<T>(beta);
+        else
+            factor = beta;
+        const GemmCall<T> product{transposed ? other : Op::none,
+                                  transposed ? Op::none : other,
+                                  n,
+                                  n,
+                                  update.k,
+                                  t.alpha,
+                                  t.x,
+                                  t.y,
+                                  factor,
+                                  update.c};
+        if (!triangle_by_panels(update.uplo, product))
+            update_by_halves(RankUpdate<symmetry, T, 1>{update.uplo, transposed, update.k, {t}, update.c}, n, beta);
+        beta = scalar<S>(1);
+    }
+    for (int j = 0; hermitian && j < n; ++j)
+        make_real(update.c(j, j));
+}
+
+template <Symmetry symmetry, class T, int terms, class S>
 void update_triangle(const RankUpdate<symmetry, T, terms>& update, int n, S beta) {
     if (n <= 0)
         return;
-    const bool adds = update.k > 0 && update.term[0].alpha != scalar<T>(0);
-    if (beta != scalar<S>(1))
-        scale_triangle<symmetry>(update.uplo, n, beta, update.c);
-    if (adds)
-        update.add_by_blocks(n);
+    if (update.k <= 0 || update.term[0].alpha == scalar<T>(0)) {
+        if (beta != scalar<S>(1))
+            scale_triangle<symmetry>(update.uplo, n, beta, update.c);
+        return;
+    }
+    if constexpr (Pack<float>::count == 16)
+        if (update.goes_by_panels(n))
+            return update_by_panels(update, n, beta);
+    update_by_halves(update, n, beta);
 }
 
 // S is the type of a scalar: real for a Hermitian C.

@@ -20,11 +20,6 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 // more than registers hold beside a coefficient and the vectors of an unknown.
 constexpr int groupRows = Vec::lanes == 16 ? 8 : Vec::lanes == 8 ? 6 : 2;
 
-// Unknowns or right-hand sides [first, first + count).
-struct Range {
-    int first, count;
-};
-
 // Coefficients of the unknowns, in the order in which these are computed; the steps may be negative.
 template <class T>
 struct Coefficients {
