@@ -20,12 +20,13 @@ set(exactly "(= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libqrv${abi})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_DESCRIPTION
-    "BLAS and LAPACK operations, real and complex, behind one provider object of C++, with kernels for each class of
-processors and OpenMP teams.")
+    "BLAS and LAPACK operations, real and complex, behind one provider object of
+C++, with kernels for each class of processors and OpenMP teams.")
 set(CPACK_DEBIAN_DROP-IN_PACKAGE_NAME libqrv-blas${abi})
 set(CPACK_DEBIAN_DROP-IN_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_DROP-IN_DESCRIPTION
-    "BLAS and LAPACK under their published Fortran and C names, for programs that bind to them, linked or preloaded.")
+    "BLAS and LAPACK under their published Fortran and C names, for programs that
+bind to them, linked or preloaded.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqrv-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libqrv${abi} ${exactly}, libqrv-blas${abi} ${exactly}")
@@ -35,6 +36,15 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qrv)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION math)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libqrv${abi} ${exactly}")
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION
-    "The program qrv: solves, inverts, fits and factors matrices in files of Matrix Market and NumPy, and tells how far
-the results can be trusted.")
+    "The program qrv: solves, inverts, fits and factors matrices in files of Matrix
+Market and NumPy, and tells how far the results can be trusted.")
+
+# What Debian wants to know of each package.
+set(history ${PROJECT_BINARY_DIR}/changelog.gz)
+execute_process(COMMAND gzip -9nc ${CMAKE_CURRENT_LIST_DIR}/debian/changelog OUTPUT_FILE ${history})
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  string(TOUPPER ${component} name)
+  install(FILES ${CMAKE_CURRENT_LIST_DIR}/debian/copyright ${history} COMPONENT ${component}
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${name}_PACKAGE_NAME})
+endforeach()
 include(CPack)
