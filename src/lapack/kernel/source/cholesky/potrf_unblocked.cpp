@@ -1,6 +1,5 @@
 // The leaf of the Cholesky factorization, by the serial kernels: halves, down to a few blocks of `leafSide`, each of
-// them factored by itself. A real block is copied to a square where whole vectors can be taken, a complex one is
-// factored where it stands.
+// them factored by itself in a copy where whole vectors can be taken.
 #include <algorithm>
 #include <cmath>
 
@@ -12,22 +11,83 @@
 namespace qrv::lapack {
 namespace {
 
-constexpr int leafSide = 32, largestLeaf = leafSide + fewLeftOver;
+// Wide vectors would have a real one smaller, too.
+template <class T>
+constexpr int leafSide = isComplex<T> ? 16 : 32;
+template <class T>
+constexpr int largestLeaf = leafSide<T> + fewLeftOver;
 // Orders up to this go block by block. Above, thin products cost AVX2 kernels a tenth to a fifth over those of halves.
-constexpr int fewBlocks = 4 * leafSide;
+constexpr int fewBlocks = 128;
 
-// ---- Real blocks ----------------------------------------------------------------------------------------------------
+// ---- A few rows of a column -----------------------------------------------------------------------------------------
 
 constexpr int lanes = 4;
 using Quad [[gnu::may_alias]] = float __attribute__((vector_size(lanes * sizeof(float))));
+struct [[gnu::may_alias]] ComplexQuad {
+    Quad re, im;
+};
+template <class T>
+struct RowsOf {
+    using Type = Quad;
+};
+template <>
+struct RowsOf<SingleComplex> {
+    using Type = ComplexQuad;
+};
+template <class T>
+using Rows = typename RowsOf<T>::Type;
 
-// L by columns; U is held as its transpose. Up to whole vectors zeros follow the last row and the last column, and what
+inline Quad spread(float x) {
+    return Quad{} + x;
+}
+inline ComplexQuad spread(SingleComplex x) {
+    return {Quad{} + x.re, Quad{} + x.im};
+}
+using qrv::operator*, qrv::operator-, qrv::operator+; // of elements
+inline ComplexQuad operator*(const ComplexQuad& x, float y) {
+    return {x.re * y, x.im * y};
+}
+inline ComplexQuad operator-(const ComplexQuad& x, const ComplexQuad& y) {
+    return {x.re - y.re, x.im - y.im};
+}
+inline ComplexQuad operator+(const ComplexQuad& x, const ComplexQuad& y) {
+    return {x.re + y.re, x.im + y.im};
+}
+// x conj(y)
+inline Quad times_adjoint(Quad x, Quad y) {
+    return x * y;
+}
+inline ComplexQuad times_adjoint(const ComplexQuad& x, const ComplexQuad& y) {
+    return {x.re * y.re + x.im * y.im, x.im * y.re - x.re * y.im};
+}
+
+// L by columns; U is held as its adjoint. Up to whole vectors zeros follow the last row and the last column, and what
 // stands above the diagonal does not matter.
+template <class T>
 struct alignas(64) Square {
-    float elements[largestLeaf * largestLeaf];
+    static constexpr int height = largestLeaf<T> * int(sizeof(T) / sizeof(float)); // of a column
+    float elements[height * largestLeaf<T>];
 
-    float& operator()(int i, int j) { return elements[i + largestLeaf * j]; }
-    Quad* quads(int j) { return reinterpret_cast<Quad*>(&(*this)(0, j)); }
+    float* column(int j) { return elements + height * j; }
+    Rows<T>* rows(int j) { return reinterpret_cast<Rows<T>*>(column(j)); }
+    T operator()(int i, int j) {
+        float* const at = place(i, j);
+        if constexpr (isComplex<T>)
+            return {at[0], at[lanes]};
+        else
+            return *at;
+    }
+    void set(int i, int j, T x) {
+        float* const at = place(i, j);
+        *at = real_part(x);
+        if constexpr (isComplex<T>)
+            at[lanes] = x.im;
+    }
+
+private:
+    float* place(int i, int j) { // of the real part
+        return column(j) + (isComplex<T> ? i + i / lanes * lanes : i);
+    }
 };
 
 // The number of vectors that hold so many rows.
@@ -35,95 +95,122 @@ constexpr int quads_of(int rows) {
     return (rows + lanes - 1) / lanes;
 }
 
-void load(Uplo uplo, int n, Matrix<const float> a, Square& x) {
+template <class T>
+void load(Uplo uplo, int n, Matrix<const T> a, Square<T>& x) {
     for (int j = 0; j < quads_of(n) * lanes; ++j)
-        std::fill_n(x.quads(j), quads_of(n), Quad{});
-    if (uplo == Uplo::lower) {
-        for (int j = 0; j < n; ++j)
-            std::copy_n(&a(j, j), n - j, &x(j, j));
-        return;
-    }
+        std::fill_n(x.rows(j), quads_of(n), Rows<T>{});
     for (int j = 0; j < n; ++j)
-        for (int i = 0; i <= j; ++i)
-            x(j, i) = a(i, j);
+        if (uplo == Uplo::upper)
+            for (int i = 0; i <= j; ++i)
+                x.set(j, i, conj(a(i, j)));
+        else if constexpr (isComplex<T>)
+            for (int i = j; i < n; ++i)
+                x.set(i, j, a(i, j));
+        else
+            std::copy_n(&a(j, j), n - j, x.column(j) + j);
 }
 
-void store(Uplo uplo, int n, Square& x, Matrix<float> a) {
-    if (uplo == Uplo::lower) {
-        for (int j = 0; j < n; ++j)
-            std::copy_n(&x(j, j), n - j, &a(j, j));
-        return;
-    }
+template <class T>
+void store(Uplo uplo, int n, Square<T>& x, Matrix<T> a) {
     for (int j = 0; j < n; ++j)
-        for (int i = 0; i <= j; ++i)
-            a(i, j) = x(j, i);
+        if (uplo == Uplo::upper)
+            for (int i = 0; i <= j; ++i)
+                a(i, j) = conj(x(j, i));
+        else if constexpr (isComplex<T>)
+            for (int i = j; i < n; ++i)
+                a(i, j) = x(i, j);
+        else
+            std::copy_n(x.column(j) + j, n - j, &a(j, j));
 }
+
+// ---- Its factorization ----------------------------------------------------------------------------------------------
 
 // A step's four columns within their own rows, and what the rows below are divided by, as factors.
+template <class T>
 struct Corner {
-    float l[lanes][lanes]; // [column][row]
+    T l[lanes][lanes]; // [column][row]
     float reciprocal[lanes];
 };
 
-// Factors the corner at p, of `columns` columns. Result: how many of its pivots are positive up to the first that is
-// not, which is left in its place.
-int factor_corner(Square& x, int p, int columns, Corner& c) {
-    for (int j = 0; j < lanes; ++j)
-        for (int i = 0; i < lanes; ++i)
-            c.l[j][i] = x(p + i, p + j);
+// Factors the corner at p, of `columns` columns, four of them if it is whole. Result: how many of its pivots are
+// positive up to the first that is not, which is left in its place.
+template <bool whole, class T>
+int factor_corner(Square<T>& x, int p, int columns, Corner<T>& c) {
+    const int size = whole ? lanes : columns;
+    auto& l = c.l;
+    for (int j = 0; j < size; ++j)
+        for (int i = 0; i < size; ++i)
+            l[j][i] = x(p + i, p + j);
     int j = 0;
-    for (; j < columns && c.l[j][j] > 0; ++j) {
-        const float root = std::sqrt(c.l[j][j]), reciprocal = 1 / root;
+    for (; j < size; ++j) {
+        const float pivot = real_part(l[j][j]);
+        l[j][j] = scalar<T>(pivot);
+        if (!(pivot > 0))
+            break;
+        const float root = std::sqrt(pivot), reciprocal = 1 / root;
         c.reciprocal[j] = reciprocal;
-        c.l[j][j] = root;
-        for (int i = j + 1; i < lanes; ++i)
-            c.l[j][i] *= reciprocal;
-        for (int k = j + 1; k < lanes; ++k)
-            for (int i = k; i < lanes; ++i)
-                c.l[k][i] -= c.l[j][i] * c.l[j][k];
+        l[j][j] = scalar<T>(root);
+        for (int i = j + 1; i < size; ++i)
+            l[j][i] = reciprocal * l[j][i];
+        for (int k = j + 1; k < size; ++k)
+            for (int i = k; i < size; ++i)
+                l[k][i] -= l[j][i] * conj(l[j][k]);
     }
-    for (int k = 0; k < lanes; ++k)
-        for (int i = k; i < lanes; ++i)
-            x(p + i, p + k) = c.l[k][i];
+    for (int k = 0; k < size; ++k)
+        for (int i = k; i < size; ++i)
+            x.set(p + i, p + k, l[k][i]);
     return j;
 }
 
 // The rows below the corner, up to vector `end`.
-void solve_below(Square& x, int p, const Corner& c, int end) {
-    Quad *const x0 = x.quads(p), *const x1 = x.quads(p + 1), *const x2 = x.quads(p + 2), *const x3 = x.quads(p + 3);
-    const auto& l = c.l;
+template <class T>
+void solve_below(Square<T>& x, int p, const Corner<T>& c, int end) {
+    Rows<T>*const x0 = x.rows(p), *const x1 = x.rows(p + 1), *const x2 = x.rows(p + 2), *const x3 = x.rows(p + 3);
+    const auto factor = [&](int row, int column) { return spread(c.l[column][row]); };
+    const Rows<T> l10 = factor(1, 0), l20 = factor(2, 0), l30 = factor(3, 0), l21 = factor(2, 1), l31 = factor(3, 1),
+                  l32 = factor(3, 2);
     for (int r = p / lanes + 1; r < end; ++r) {
-        const Quad y0 = x0[r] * c.reciprocal[0];
-        const Quad y1 = (x1[r] - y0 * l[0][1]) * c.reciprocal[1];
-        const Quad y2 = (x2[r] - y0 * l[0][2] - y1 * l[1][2]) * c.reciprocal[2];
-        const Quad y3 = (x3[r] - y0 * l[0][3] - (y1 * l[1][3] + y2 * l[2][3])) * c.reciprocal[3];
+        const Rows<T> y0 = x0[r] * c.reciprocal[0];
+        const Rows<T> y1 = (x1[r] - times_adjoint(y0, l10)) * c.reciprocal[1];
+        const Rows<T> y2 = (x2[r] - times_adjoint(y0, l20) - times_adjoint(y1, l21)) * c.reciprocal[2];
+        const Rows<T> y3 =
+            (x3[r] - times_adjoint(y0, l30) - (times_adjoint(y1, l31) + times_adjoint(y2, l32))) * c.reciprocal[3];
         x0[r] = y0, x1[r] = y1, x2[r] = y2, x3[r] = y3;
     }
 }
 
 // The product of the four columns from p on, off columns j and j + 1.
-void subtract_products(Square& x, int p, int j, int end) {
-    const Quad *const x0 = x.quads(p), *const x1 = x.quads(p + 1), *const x2 = x.quads(p + 2),
-                      *const x3 = x.quads(p + 3);
-    Quad *const y = x.quads(j), *const z = x.quads(j + 1);
-    const auto spread = [&](int row, int column) { return Quad{} + x(row, column); };
-    const Quad f0 = spread(j, p), f1 = spread(j, p + 1), f2 = spread(j, p + 2), f3 = spread(j, p + 3);
-    const Quad g0 = spread(j + 1, p), g1 = spread(j + 1, p + 1), g2 = spread(j + 1, p + 2), g3 = spread(j + 1, p + 3);
+template <class T>
+void subtract_products(Square<T>& x, int p, int j, int end) {
+    const Rows<T>*const x0 = x.rows(p), *const x1 = x.rows(p + 1), *const x2 = x.rows(p + 2), *const x3 = x.rows(p + 3);
+    Rows<T>*const y = x.rows(j), *const z = x.rows(j + 1);
+    const auto factor = [&](int row, int column) { return spread(x(row, column)); };
+    const Rows<T> f0 = factor(j, p), f1 = factor(j, p + 1), f2 = factor(j, p + 2), f3 = factor(j, p + 3);
+    const Rows<T> g0 = factor(j + 1, p), g1 = factor(j + 1, p + 1), g2 = factor(j + 1, p + 2),
+                  g3 = factor(j + 1, p + 3);
+    const auto product = [&](int r, const Rows<T>& u0, const Rows<T>& u1, const Rows<T>& u2, const Rows<T>& u3) {
+        return times_adjoint(x0[r], u0) + times_adjoint(x1[r], u1) +
+               (times_adjoint(x2[r], u2) + times_adjoint(x3[r], u3));
+    };
     for (int r = j / lanes; r < end; ++r) {
-        y[r] -= x0[r] * f0 + x1[r] * f1 + (x2[r] * f2 + x3[r] * f3);
-        z[r] -= x0[r] * g0 + x1[r] * g1 + (x2[r] * g2 + x3[r] * g3);
+        y[r] = y[r] - product(r, f0, f1, f2, f3);
+        z[r] = z[r] - product(r, g0, g1, g2, g3);
     }
 }
 
 // Right-looking, four columns at a time. Result: info.
-int factor_square(Square& x, int n) {
+template <class T>
+int factor_square(Square<T>& x, int n) {
     const int end = quads_of(n);
     for (int p = 0; p < n; p += lanes) {
-        Corner corner;
-        const int columns = std::min(lanes, n - p), good = factor_corner(x, p, columns, corner);
+        Corner<T> corner;
+        const int columns = std::min(lanes, n - p);
+        const bool whole = columns == lanes;
+        const int good =
+            whole ? factor_corner<true>(x, p, columns, corner) : factor_corner<false>(x, p, columns, corner);
         if (good < columns)
             return p + good + 1;
-        if (columns < lanes)
+        if (p + lanes >= n)
             break;
         solve_below(x, p, corner, end);
         for (int j = p + lanes; j < n; j += 2)
@@ -132,58 +219,22 @@ int factor_square(Square& x, int n) {
     return 0;
 }
 
-int factor_leaf(Uplo uplo, int n, Matrix<float> a) {
-    Square x;
-    load(uplo, n, a, x);
+template <class T>
+int factor_leaf(Uplo uplo, int n, Matrix<T> a) {
+    Square<T> x;
+    load<T>(uplo, n, a, x);
     const int info = factor_square(x, n);
     store(uplo, n, x, a);
     return info;
-}
-
-// ---- Complex blocks -------------------------------------------------------------------------------------------------
-
-// Row by row of U, column by column of L:
-//
-//   [ U00 u01 U02 ]   done          u11 = sqrt(a11 - u01^H u01)
-//   [     a11 a12 ]   this row      u12 = (a12 - u01^H U02) / u11
-//   [         A22 ]   untouched
-int factor_leaf(Uplo uplo, int n, Matrix<SingleComplex> a) {
-    using T = SingleComplex;
-    const bool upper = uplo == Uplo::upper;
-    const T one = scalar<T>(1), minusOne = scalar<T>(-1);
-    for (int j = 0; j < n; ++j) {
-        const int rest = n - j - 1;
-        const Vector<T> done = upper ? a.column(0, j) : a.row(j, 0); // u01, or the row of L left of the diagonal
-        const float pivot = real_part(a(j, j)) - real_part(kernel::dotc(j, done, done));
-        if (!(pivot > 0)) {
-            a(j, j) = scalar<T>(pivot);
-            return j + 1;
-        }
-        const float root = std::sqrt(pivot);
-        a(j, j) = scalar<T>(root);
-        if (rest == 0)
-            break;
-        const Vector<T> next = upper ? a.row(j, j + 1) : a.column(j + 1, j);
-        if (j > 0) {
-            conjugate(j, done);
-            if (upper)
-                kernel::gemv(Op::transpose, j, rest, minusOne, a.block(0, j + 1), done, one, next);
-            else
-                kernel::gemv(Op::none, rest, j, minusOne, a.block(j + 1, 0), done, one, next);
-            conjugate(j, done);
-        }
-        kernel::scal(rest, 1 / root, next);
-    }
-    return 0;
 }
 
 } // namespace
 
 template <class T>
 int potf2(Uplo uplo, int n, Matrix<T> a) {
-    if (n <= largestLeaf)
+    if (n <= largestLeaf<T>)
         return factor_leaf(uplo, n, a);
-    const int nb = n <= fewBlocks ? leafSide : half_in_blocks(n);
+    const int nb = n <= fewBlocks ? leafSide<T> : half_in_blocks(n);
     const auto factor = [uplo](int, int jb, Matrix<T> diagonal) { return FactorResult{potf2(uplo, jb, diagonal)}; };
     return factor_left_looking<Layer::kernel>(nb, uplo, n, a, factor).info;
 }
