@@ -57,7 +57,7 @@ struct StoredQ {
             for (const Wide<T>& x : vector(number))
                 square += std::norm(x);
             const double off = std::abs(2 * std::real(tau_of(number)) - std::norm(tau_of(number)) * square);
-            worst = worse(worst, off);
+            worst = worse(worst, off * square);
         }
         return worst;
     }

@@ -21,6 +21,7 @@
 #include "blas/thread/common/slice.hpp"
 #include "lapack/factorization.hpp"
 #include "lapack/kernel/source/qr/geqrf.hpp"
+#include "lapack/kernel/source/reflectors/larft.hpp"
 #include "lapack/kernel/source/reflectors/reflected_column.hpp"
 #include "service/work_pool.hpp"
 
@@ -134,8 +135,7 @@ private:
             if (result_.stopped || e == n_)
                 return leave(e, e);
             StripUpdate update;
-            if (!make_update(phase, s, e, update))
-                return leave(s, e);
+            make_update(phase, s, e, update);
             ++phase;
             each_block([&](int block) {
                 apply_strip(block, s, e, update);
@@ -159,11 +159,10 @@ private:
 
     // Result: false if the column is none for this.
     bool make_step(int phase, int i, int e, Step& step) const {
-        constexpr double least = 0x1p-40, most = 0x1p100; // of the square: neither sums nor products may vanish
+        constexpr double least = 0x1p-40; // of the square: no product that matters may vanish
         const double square = sum(phase, 0).real(), norm = std::sqrt(square);
         const Wide alpha = widened(head(phase)[0]);
-        if (!(square >= least && square <= most && std::norm(alpha) <= most &&
-              norm > double{machine::precision} * std::abs(alpha)))
+        if (!(square >= least && is_float(square) && norm > double{machine::precision} * std::abs(alpha)))
             return false;
         const PositiveReflection reflection(alpha, norm);
         step.beta = static_cast<float>(reflection.beta);
@@ -224,34 +223,26 @@ private:
                        one, to);
     }
 
-    // T column by column from V^H V, and W = T^H V^H A. Result: false if it is beyond the range of floats.
-    bool make_update(int phase, int s, int e, StripUpdate& update) const {
+    // T from V^H V, and W = T^H V^H A.
+    void make_update(int phase, int s, int e, StripUpdate& update) const {
         const int width = e - s;
-        Wide t[stripWidth][stripWidth], product[stripWidth];
-        for (int j = 0; j < width; ++j) {
+        alignas(64) T squares[2][stripWidth * stripWidth];
+        const Matrix<T> v{squares[0], width}, t{squares[1], width};
+        for (int j = 0; j < width; ++j)
             for (int l = 0; l < j; ++l)
-                product[l] = sum(phase, l + width * j);
-            t[j][j] = widened(tau_[s + j]);
-            for (int i = 0; i < j; ++i) {
-                Wide coupling = 0;
-                for (int l = i; l < j; ++l)
-                    coupling += t[i][l] * product[l];
-                t[i][j] = -t[j][j] * coupling;
-            }
-        }
+                v(l, j) = ReflectedColumn<T>::element(sum(phase, l + width * j));
+        larft_of_product<T>(Direct::forward, width, v, tau_ + s, t);
         for (int j = 0; j < n_ - e; ++j) {
+            Wide product[stripWidth];
             for (int l = 0; l < width; ++l)
                 product[l] = sum(phase, l + width * (j + width));
             for (int i = 0; i < width; ++i) {
                 Wide w = 0;
                 for (int l = 0; l <= i; ++l)
-                    w += std::conj(t[l][i]) * product[l];
-                if (!is_float(w))
-                    return false;
+                    w += std::conj(widened(t(l, i))) * product[l];
                 update.w[i + width * j] = ReflectedColumn<T>::element(w);
             }
         }
-        return true;
     }
     void apply_strip(int block, int s, int e, StripUpdate& update) const {
         const int width = e - s;

@@ -6,6 +6,7 @@
 //       [ V0 A1 A2 ]   applied to the rest                             [    T1   W ]   W: work for the rest
 //
 // The corner of T that is not made yet has the size of the work of that.
+#include "blas/assert.hpp"
 #include "blas/calls.hpp"
 #include "lapack/kernel/source/qr/geqrf.hpp"
 #include "lapack/kernel/source/reflectors/larft.hpp"
@@ -20,11 +21,12 @@ constexpr int widestStep = 256;
 template <class T>
 void laqrf(int m, int n, Matrix<T> a, T* tau, Matrix<T> t) {
     const int width = std::min(tuning::block_size(RoutineName<T>("LAQRF"), m, n), widestStep), k = std::min(m, n);
-    if (width >= n || m < n) { // wider than high is a last panel, which has room for m columns of T only
+    if (width >= n) {
         geqr2(m, n, a, tau, t.data);
         larft<T>(Direct::forward, StoreV::columns, m, k, a, tau, t);
         return;
     }
+    QRV_ASSERT(m >= n); // what is wider than high is a last panel, of so few rows that it takes no steps
     const StoredReflectors<T> v{Direct::forward, StoreV::columns, a};
     for (int i = 0, ib; i < k; i += ib) {
         ib = std::min(width, k - i);

@@ -96,8 +96,7 @@ void larfb(Side side, Op op, const BlockReflector<T>& h, int m, int n, Matrix<T>
         else
             blas::gemm(left ? adjoint<T> : Op::none, v.op(), across, k, rest, one, c2, v2, one, work);
     }
-    const Op opT = op == Op::none ? Op::none : adjoint<T>;
-    w.multiply(triangle_of_t(h.direct), left ? other<T>(opT) : opT, Diag::nonUnit, h.t);
+    w.multiply(triangle_of_t(h.direct), left ? other<T>(op) : op, Diag::nonUnit, h.t);
     if (rest > 0) {
         if (left)
             blas::gemm(v.op(), w.upright ? Op::none : adjoint<T>, rest, across, k, minusOne, v2, work, one, c2);

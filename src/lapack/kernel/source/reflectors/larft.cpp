@@ -57,19 +57,7 @@ void larft_few(const StoredReflectors<T>& v, int n, int k, const T* tau, Matrix<
     alignas(64) T memory[fewest * fewest];
     const Matrix<T> product{memory, fewest};
     multiply_reflectors(v, n, k, product);
-    // Forward, T(0:j, j) = -tau(j) T(0:j, 0:j) V(:, 0:j)^H v(j); backward it is the same from the other end.
-    const auto at = [&](int i) { return v.direct == Direct::forward ? i : k - 1 - i; };
-    for (int step = 0; step < k; ++step) {
-        const int j = at(step);
-        for (int i = 0; i < step; ++i)
-            t(at(i), j) = scalar<T>(0);
-        for (int l = 0; l < step; ++l) {
-            const T x = -tau[j] * product(at(l), j);
-            for (int i = 0; i <= l; ++i)
-                t(at(i), j) += t(at(i), at(l)) * x;
-        }
-        t(j, j) = tau[j];
-    }
+    larft_of_product<T>(v.direct, k, product, tau, t);
 }
 
 } // namespace

@@ -15,13 +15,13 @@
 namespace qrv::lapack {
 
 // The reflection of [alpha; x], norm = |x|, to a multiple of a unit vector that is positive: beta = |[alpha; x]|, and
-// alpha - beta. With alpha >= 0 that would cancel; from beta^2 = |alpha|^2 + |x|^2 it is found as -(imag(alpha)^2 +
+// alpha - beta. With alpha > 0 that would cancel; from beta^2 = |alpha|^2 + |x|^2 it is found as -(imag(alpha)^2 +
 // |x|^2) / (real(alpha) + beta) instead. (J. Demmel, M. Hoemmen, Y. Hida, E. Riedy, Nonnegative diagonals and high
 // performance on low-profile matrices from Householder QR, SIAM J. Sci. Comput. 31, 2009.)
 struct PositiveReflection {
     PositiveReflection(std::complex<double> alpha, double norm)
         : beta(std::sqrt(std::norm(alpha) + norm * norm)), difference(alpha.real() - beta, alpha.imag()) {
-        if (!std::signbit(alpha.real()))
+        if (alpha.real() > 0)
             difference.real(-(alpha.imag() * alpha.imag() + norm * norm) / (alpha.real() + beta));
     }
     double beta;
@@ -39,13 +39,13 @@ public:
     double norm() const { return norm_; } // of x
     double length() const { return std::sqrt(std::norm(alpha_) + norm_ * norm_); }
 
-    // Makes alpha and x larger until the length has all its digits, as an exact zero never will.
+    // Makes alpha and x so large that the length has all its digits, however small they are but for an exact zero.
     void scale_up() {
-        while (length() < smallest && scalings_ < mostScalings) {
+        if (length() < smallest) {
             kernel::scal(n_, 1 / smallest, x_);
             alpha_ *= double{1 / smallest};
             norm_ = kernel::nrm2(n_, x_);
-            ++scalings_;
+            scale_ = double{smallest};
         }
     }
 
@@ -58,9 +58,7 @@ public:
         if (step != 1)
             kernel::scal(n_, static_cast<float>(step), x_);
         kernel::scal(n_, element(1.0 / (divisor * step)), x_);
-        for (; scalings_ > 0; --scalings_)
-            beta *= double{smallest};
-        head_ = scalar<T>(static_cast<float>(beta));
+        head_ = scalar<T>(static_cast<float>(scale_ * beta));
     }
     // The column becomes [beta; 0].
     void leave_zeros(double beta) {
@@ -79,7 +77,6 @@ public:
 private:
     // Below it a length may be that of denormal numbers, and its reciprocal need not be a float.
     static constexpr float smallest = machine::safeMinimum / machine::epsilon;
-    static constexpr int mostScalings = 20;
     static constexpr double farFromOne = 0x1p100;
 
     static std::complex<double> alpha_of(float x) { return x; }
@@ -90,7 +87,7 @@ private:
     Vector<T> x_;
     std::complex<double> alpha_;
     double norm_;
-    int scalings_ = 0;
+    double scale_ = 1;
 };
 
 } // namespace qrv::lapack
