@@ -5,6 +5,7 @@
 #include "lapack/kernel/source/svd/kept_sweeps.hpp"
 #include "qrv/native.h"
 #include "support/call.hpp"
+#include "support/known_values.hpp"
 #include "support/oracle.hpp"
 
 namespace qrv::test {
@@ -81,6 +82,27 @@ double largest_difference(const std::vector<float>& x, const std::vector<float>&
     return largest;
 }
 
+// Descending: of the symmetric matrix of twice the order with zeros on its diagonal, whose counts of eigenvalues are
+// relatively accurate.
+std::vector<double> values_in_double(const BidiagonalMatrix& b) {
+    Tridiagonal t{b.name, std::vector<float>(2 * b.d.size()), {}};
+    for (std::size_t i = 0; i < b.d.size(); ++i) {
+        t.e.push_back(b.d[i]);
+        if (i + 1 < b.d.size())
+            t.e.push_back(b.e[i]);
+    }
+    const std::vector<double> all = t.eigenvalues();
+    return {all.rbegin(), all.rbegin() + b.n()};
+}
+// Of the values that are at least so large beside the largest one.
+double largest_relative_error(const std::vector<float>& s, const std::vector<double>& expected, double least) {
+    double largest = 0;
+    for (std::size_t i = 0; i < s.size(); ++i)
+        if (expected[i] > std::max(1e-34, least * expected[0]))
+            largest = std::max(largest, std::abs(s[i] / expected[i] - 1));
+    return largest;
+}
+
 // Around the size that is not divided any more, and two and four of it.
 constexpr int sizes[] = {1, 2, 3, 10, 24, 25, 26, 27, 50, 51, 52, 53, 104, 130};
 
@@ -100,6 +122,12 @@ TEST(BidiagonalSvd, ResidualOfEveryMatrix) {
                 e = b.e;
                 EXPECT_EQ(call(SBDSQR, uplo, n, 0, 0, 0, values, e, nullptr, 1, nullptr, 1, nullptr, 1, work), 0);
                 EXPECT_LE(largest_difference(values, s), 10 * n * unitRoundoff * b.norm()) << "values";
+                if (n ==
+                    24) { // small ones are accurate too, alone as far as their squares are floats beside the largest
+                    const std::vector<double> exact = values_in_double(b);
+                    EXPECT_LE(largest_relative_error(s, exact, 0), 10 * n * unitRoundoff);
+                    EXPECT_LE(largest_relative_error(values, exact, 1e-15), 10 * n * unitRoundoff) << "values";
+                }
 
                 e = b.e;
                 Operand<float> du(n, n, n + 1), dvt(n, n, n + 2);
@@ -112,6 +140,14 @@ TEST(BidiagonalSvd, ResidualOfEveryMatrix) {
                 EXPECT_TRUE(is_descending(divided)) << "divided";
                 EXPECT_LE(largest_difference(divided, s), 10 * n * 2 * unitRoundoff * b.norm()) << "divided";
             }
+}
+
+// From this order on 6 n^2 rotations, which the iteration may take, are more than 2^31.
+TEST(BidiagonalSvd, TakesAsManyRotationsAsLongMatricesNeed) {
+    const int n = 18919;
+    std::vector<float> d(n, 1.0F), e(n - 1), vt(n), work(4 * n);
+    d[0] = 3, d[1] = 2, e[0] = e[1] = 1;
+    EXPECT_EQ(call(SBDSQR, 'U', n, 1, 0, 0, d, e, vt, n, nullptr, 1, nullptr, 1, work), 0);
 }
 
 // A column or a row more than the square.
@@ -261,6 +297,7 @@ TEST(BidiagonalSvd, MergesAreTheirSteps) {
         std::vector<float> whole(d);
         std::vector<int> order(idxq);
         int k = -1;
+        whole[nl] = 1e30F; // has no value yet
         EXPECT_EQ(call(SLASD1, nl, nr, sqre, whole, &alpha, &beta, wholeU, wholeVt, order, ints, work), 0);
         int *const idxp = ints.data(), *const idx = idxp + n, *const idxc = idx + n, *const types = idxc + n;
         EXPECT_EQ(
@@ -269,6 +306,11 @@ TEST(BidiagonalSvd, MergesAreTheirSteps) {
         EXPECT_EQ(call(SLASD3, nl, nr, sqre, k, d, q, dsigma, u, u2, vt, vt2, idxc, types, z), 0);
         EXPECT_LE(largest_difference(d, whole), 1e-6);
         EXPECT_LE(std::max(difference(u, wholeU), difference(vt, wholeVt)), 1e-5);
+
+        std::fill(d.begin(), d.end(), 0.0F);
+        const float none = 0;
+        EXPECT_EQ(call(SLASD1, nl, nr, sqre, d, &none, &none, wholeU, wholeVt, idxq, ints, work), 0);
+        EXPECT_EQ(std::count(d.begin(), d.end(), 0.0F), n) << "of nothing";
     }
 }
 

@@ -204,6 +204,8 @@ struct SvdWork {
 };
 template <class T>
 SvdWork gesdd_work(SvdJob job, int m, int n);
+template <class T>
+std::int64_t gesdd_least_work(SvdJob job, int m, int n); // without a look at the tuning values
 
 // Singular values, descending, and vectors. iwork: 8*k ints, k = min(m, n); rwork, for complex elements: 5*k floats for
 // values alone, else 5*k*k + 5*k. Result: 0, or a failure of divide and conquer.

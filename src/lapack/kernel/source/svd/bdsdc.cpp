@@ -97,16 +97,21 @@ int bdsdc(Uplo uplo, int n, float* d, float* e, Matrix<float> u, Matrix<float> v
     laset(Part::whole, n, n, 0.0F, 1.0F, vt);
     const int leaf = leaf_rows();
     const BidiagonalVectors vectors{n, n, 0, vt, u};
-    const int info = n <= leaf ? lasdq(Uplo::upper, false, n, d, e, vectors, rest)
-                               : solve_parts(
-                                     n, d, e, [&](int row) { solve_single(d[row], u(row, row)); },
-                                     [&](int first, int size) {
-                                         return lasd0(size, false, d + first, e + first, u.block(first, first),
-                                                      vt.block(first, first), leaf, iwork, rest);
-                                     });
+    int info;
+    if (n <= leaf) { // which SLASDQ would put in ascending order
+        info = bdsqr(Uplo::upper, n, d, e, vectors, rest);
+    } else {
+        info = solve_parts(
+            n, d, e, [&](int row) { solve_single(d[row], u(row, row)); },
+            [&](int first, int size) {
+                return lasd0(size, false, d + first, e + first, u.block(first, first), vt.block(first, first), leaf,
+                             iwork, rest);
+            });
+        if (info == 0)
+            order_values<std::less_equal<>>(n, d, vectors);
+    }
     if (info != 0)
         return info;
-    order_values<std::less_equal<>>(n, d, vectors);
     if (uplo == Uplo::lower) { // the rotations undone
         std::transform(s, s + n - 1, s, std::negate<>());
         kernel::lasr(Side::left, Pivot::variable, Direct::backward, n, n, c, s, u);
@@ -123,9 +128,7 @@ int bdsdc_compact(int n, float* d, float* e, float* q, int* iq, float* work, int
         const BidiagonalVectors vectors{n, n, 0, vt, u};
         laset(Part::whole, n, n, 0.0F, 1.0F, u);
         laset(Part::whole, n, n, 0.0F, 1.0F, vt);
-        const int info = lasdq(Uplo::upper, false, n, d, e, vectors, work);
-        order_values<std::less_equal<>>(n, d, vectors);
-        return info;
+        return bdsqr(Uplo::upper, n, d, e, vectors, work);
     }
     const CompactColumns columns{leaf, {q, n}, {iq, n}, division_levels(n, leaf)};
     // Of a part its size, and behind it, of all merges together, c, s, and k and givptr as floats.

@@ -7,11 +7,12 @@
 #include "lapack/workspace.hpp"
 
 namespace qrv::lapack {
+namespace {
 
 // The published lengths of WORK. That of real ones holds the work of divide and conquer, which complex ones have in
-// RWORK.
-template <class T>
-SvdWork gesdd_work(SvdJob job, int m, int n) {
+// RWORK. blockSize(name, n1, n2, n3) matters for the best length only.
+template <class T, class BlockSize>
+SvdWork work_of(SvdJob job, int m, int n, const BlockSize& blockSize) {
     if (m <= 0 || n <= 0)
         return {1, 1};
     constexpr bool real = !isComplex<T>;
@@ -20,8 +21,8 @@ SvdWork gesdd_work(SvdJob job, int m, int n) {
     const std::int64_t k = std::min({m, n, 1 << 30}), l = std::max(m, n), vectors = real ? 3 * k : 2 * k;
     const std::int64_t divide = !real ? 0 : job == SvdJob::none ? 7 * k : 3 * k * k + 4 * k;
     const int side = static_cast<int>(k);
-    const auto nb = [](const char(&stem)[6], int n1, int n2, int n3 = -1) {
-        return std::int64_t{tuning::block_size(RoutineName<T>(stem), n1, n2, n3)};
+    const auto nb = [&](const char(&stem)[6], int n1, int n2, int n3 = -1) {
+        return std::int64_t{blockSize(stem, n1, n2, n3)};
     };
     const auto applied = [&](int n1, int n2, int n3) { return nb(real ? "ORMBR" : "UNMBR", n1, n2, n3); };
     const std::int64_t plain = vectors + divide;
@@ -74,8 +75,23 @@ SvdWork gesdd_work(SvdJob job, int m, int n) {
     return {least, std::max(least, most + (overwrite ? l * k : 0))};
 }
 
+} // namespace
+
+template <class T>
+SvdWork gesdd_work(SvdJob job, int m, int n) {
+    return work_of<T>(job, m, n, [](const char(&stem)[6], int n1, int n2, int n3) {
+        return tuning::block_size(RoutineName<T>(stem), n1, n2, n3);
+    });
+}
+template <class T>
+std::int64_t gesdd_least_work(SvdJob job, int m, int n) {
+    return work_of<T>(job, m, n, [](const char(&)[6], int, int, int) { return 0; }).least;
+}
+
 template SvdWork gesdd_work<float>(SvdJob, int, int);
 template SvdWork gesdd_work<SingleComplex>(SvdJob, int, int);
+template std::int64_t gesdd_least_work<float>(SvdJob, int, int);
+template std::int64_t gesdd_least_work<SingleComplex>(SvdJob, int, int);
 
 } // namespace qrv::lapack
 

@@ -7,9 +7,9 @@
 #include "lapack/calls/rotations.hpp"
 #include "lapack/calls/svd.hpp"
 #include "lapack/kernel/source/rotations/lasr3.hpp"
+#include "lapack/workspace.hpp"
 #include "qrv/service.h"
 #include "service/tuning.hpp"
-#include "service/work_pool.hpp"
 
 namespace qrv::lapack {
 
@@ -19,27 +19,24 @@ namespace qrv::lapack {
 // without vectors nothing is kept.
 class KeptSweeps {
 public:
-    KeptSweeps(int n, const BidiagonalVectors& vectors, float* work) : n_(n), vectors_(vectors) {
+    KeptSweeps(int n, const BidiagonalVectors& vectors, float* work)
+        : n_(n), vectors_(vectors), threads_(vectors.any() ? qrv_serv_get_max_threads() : 1),
+          most_(vectors.any() ? tuning::block_size("SBDSQR", n, threads_) : 0),
+          buffer_(nullptr, 0,
+                  std::int64_t{4} * most_ * n + lasr3_work(most_, std::max({vectors.ncvt, vectors.nru, vectors.ncc}))) {
         if (!vectors.any())
             return;
-        threads_ = qrv_serv_get_max_threads();
-        most_ = tuning::block_size("SBDSQR", n, threads_);
-        routes_ = {tuned_sweep_route(Side::left, vectors.ncvt, threads_),
-                   tuned_sweep_route(Side::right, vectors.nru, threads_),
-                   tuned_sweep_route(Side::left, vectors.ncc, threads_)};
-        const auto k = static_cast<std::size_t>(most_), rows = static_cast<std::size_t>(n),
-                   across = static_cast<std::size_t>(std::max({vectors.ncvt, vectors.nru, vectors.ncc}));
-        buffer_ = static_cast<float*>(qrv_serv_allocate(k * (across + 4 * (rows + k)) * sizeof(float), 128));
-        if (!buffer_)
+        const auto route = [&](Side side, int across) {
+            return across == 0 ? SweepRoute::oneByOne : tuned_sweep_route(side, across, threads_);
+        };
+        routes_ = {route(Side::left, vectors.ncvt), route(Side::right, vectors.nru), route(Side::left, vectors.ncc)};
+        if (!buffer_.data())
             most_ = 1;
-        float* const tables = buffer_ ? buffer_ : work;
+        float* const tables = buffer_.data() ? buffer_.data() : work;
         right_ = {tables, n};
         left_ = {tables + std::ptrdiff_t{2} * most_ * n, n};
         rest_ = tables + std::ptrdiff_t{4} * most_ * n;
     }
-    ~KeptSweeps() { qrv_serv_deallocate(buffer_); }
-    KeptSweeps(const KeptSweeps&) = delete;
-    KeptSweeps& operator=(const KeptSweeps&) = delete;
 
     // A sweep on rows and columns first to last: its rotations are put, then it ends. None reaches further down than
     // those that are kept, as the iteration works its way up.
@@ -83,7 +80,7 @@ private:
             return;
         const Matrix<float> a = side == Side::left ? whole.block(first_, 0) : whole.block(0, first_);
         const Matrix<float> rotations = table.block(first_, 0);
-        if (buffer_)
+        if (buffer_.data())
             apply_sweeps({side, direct_, m, n, count_, rotations, a}, route, threads_, rest_);
         else
             kernel::lasr(side, Pivot::variable, direct_, m, n, rotations.column(0), rotations.column(1), a);
@@ -94,8 +91,9 @@ private:
     struct {
         SweepRoute vt, u, c;
     } routes_{};
-    int threads_ = 1, most_ = 1, count_ = 0;
-    float *buffer_ = nullptr, *rest_ = nullptr;
+    int threads_, most_, count_ = 0;
+    WorkArea<float> buffer_;
+    float* rest_ = nullptr;
     Matrix<float> right_{nullptr, 1}, left_{nullptr, 1};
     Direct direct_ = Direct::forward;
     int first_ = 0, last_ = 0; // of what is kept

@@ -8,8 +8,10 @@
 
 namespace qrv::lapack {
 
-// With more roundings than these, residuals grow with no gain: roots and z come in double, so that vectors of close
-// values are orthogonal. 64, as without vectors, made residuals of graded matrices ten times as large.
+// As the published merge of this generation; later ones have 64, which keeps vectors of close values orthogonal in
+// single precision. Here roots and z come in double, and they are: with 64 the medians of the residuals of graded,
+// repeated and nearly equal values were 0.98, 0.36 and 0.33 units for 0.09, 0.14 and 0.18 with 8, and 0.13, 0.18 and
+// 0.24 of the public reference, and the orthogonality no better.
 inline constexpr float roundingsOfMerge = 8;
 
 // The vectors of a value are a column of U and a row of V', in its place.

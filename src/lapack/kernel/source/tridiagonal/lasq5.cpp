@@ -6,18 +6,20 @@ namespace qrv::lapack {
 // A negative d means that tau was too large: nothing behind it is of use, and dmin1 stays negative unless only the last
 // d failed.
 void Dqds::transform() {
-    float d = q(first) - tau, emin = q(first + 1);
-    dmin = d;
+    float d = q(first) - tau, emin = q(first + 1), smallest = d;
     dmin1 = -q(first);
-    // d of the next row. False if this one is negative.
-    const auto step = [&, shiftNow = tau](int k) { // each waits for the one before: nothing on the way is stored first
+    // d of the next row. False if this one is negative. Each step waits for the one before, so on the way nothing is
+    // stored and read again, and no branch depends on which d is the least; a NaN stays in d.
+    const auto step = [&, shiftNow = tau](int k) {
         const float beside = e(k), sum = d + beside, next = q(k + 1);
         other_q(k) = sum;
-        if (d < 0)
+        if (d < 0) {
+            dmin = smallest;
             return false;
+        }
         d = next * (d / sum) - shiftNow;
         other_e(k) = next * (beside / sum);
-        dmin = least(dmin, d);
+        smallest = smallest < d ? smallest : d;
         return true;
     };
     for (int k = first; k <= last - 3; ++k) {
@@ -26,14 +28,15 @@ void Dqds::transform() {
         emin = std::min(emin, other_e(k));
     }
     dn2 = d;
-    dmin2 = dmin;
+    dmin2 = smallest;
     if (!step(last - 2))
         return;
     dn1 = d;
-    dmin1 = dmin;
+    dmin1 = smallest;
     if (!step(last - 1))
         return;
     dn = d;
+    dmin = smallest;
     other_q(last) = dn;
     other_e(last) = emin;
 }
