@@ -115,15 +115,22 @@ TEST(Balancing, EndsOnNaNInfinityAndExtremes) {
 
 // Each row and column wants to be scaled by far more than floats allow; an element before the range would overflow.
 TEST(Balancing, StaysWithinTheRangeOfFloats) {
-    for (const float ratio : {0x1p50F, 0x1p-50F, 0x1p100F, 0x1p-100F}) {
+    const struct {
+        float ratio, before, size;
+    } cases[] = {{0x1p50F, 3e38F, 1}, {0x1p-50F, 3e38F, 1}, {0x1p100F, 3e38F, 1},   {0x1p-100F, 3e38F, 1},
+                 {0x1p50F, 0, 1},     {0x1p-50F, 0, 1},     {0x1p5F, 0, 0x1p-110F}, {0x1p-5F, 0, 0x1p-110F}};
+    for (const auto& [ratio, before, size] : cases) {
         const int n = 8;
         Operand<float> a(n, n, n);
         a.set([&](int i, int j) {
-            return i == j ? 1 : i == j + 1 && j > 0 ? ratio : j == i + 1 && i > 0 ? 1 / ratio : i == 0 ? 3e38F : 0;
+            const float x = i == j ? 1 : i == j + 1 && j > 0 ? ratio : j == i + 1 && i > 0 ? 1 / ratio : 0;
+            return i == 0 && j > 0 ? before : size * x;
         });
         const Balanced b = balance(a, 'B');
-        for (const float s : b.scale)
+        for (const float s : b.scale) {
             EXPECT_TRUE(s >= 0x1p-104F && s <= 0x1p104F) << ratio << ' ' << s;
+            EXPECT_TRUE(s == 1 || size == 1) << ratio << ' ' << s; // too small to be scaled
+        }
         b.a.each_stored([&](int i, int j) { EXPECT_TRUE(std::isfinite(b.a(i, j))) << ratio << ' ' << i << ' ' << j; });
     }
 }

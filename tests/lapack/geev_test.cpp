@@ -110,9 +110,20 @@ void expect_eigen(const Operand<float>& a, const std::string& what) {
 }
 
 TEST(Geev, Residual) {
-    for (const int n : {0, 1, 2, 3, 10, 11, 12, 49, 50, 65, 76, 150})
+    for (const int n : {0, 1, 2, 3, 10, 11, 12, 49, 50, 51, 75, 76, 150})
         for (const auto& [name, a] : unsymmetric_matrices(n))
             expect_eigen(a, name + ' ' + std::to_string(n));
+}
+
+// Small vectors of Frank's matrix are lost if its rows are balanced against each other too far.
+TEST(Geev, ResidualOfALargeMatrix) {
+    for (const auto& [name, a] : unsymmetric_matrices(590))
+        if (name == "Frank") {
+            const Eigen e = eigen_of(a, 'V', 'V');
+            EXPECT_EQ(e.info, 0);
+            EXPECT_LE(residual(WideMatrix<float>(a), false, e), 5);
+            EXPECT_LE(residual(WideMatrix<float>(a), true, e), 5);
+        }
 }
 
 // Sizes at which the matrix has to be scaled, and vectors on the way to overflow.
@@ -175,6 +186,14 @@ std::vector<NamedMatrix> schur_forms(int n) {
         [&](int i, int j) { return i == j ? std::ldexp(1.0F, i * 37 % 200 - 100) : normal(random); });
     add("all but nilpotent", [&](int i, int j) { return (i == j ? 1e-30F : 1e30F) * normal(random); });
     add("one value", [](int i, int j) { return i == j ? 3 : 1e20F; });
+    add("pairs with an unequal column", [&](int, int j) { return (j % 2 == 0 ? 1e-3F : 1e25F) * normal(random); });
+    for (int k = 0; k < n; ++k) {
+        const float below = k % 3 == 0 ? 1e20F : 1;
+        Operand<float>& t = all.back().a;
+        t(k, k) = static_cast<float>(k / 2 + 1);
+        if (k % 2 == 1)
+            t(k, k - 1) = -below, t(k - 1, k) = 1 / below;
+    }
     for (const NamedMatrix& general : unsymmetric_matrices(n)) {
         Operand<float> t(n, n, n + 1), z(n, n, n);
         t.set([&](int i, int j) { return i > j + 1 ? 0 : general.a(i, j); });
@@ -233,6 +252,15 @@ TEST(VectorsOfSchurForms, Residual) {
                     }
             }
         }
+}
+
+// A pivot that is too small is enlarged to what the eigenvalue is known to, and no less.
+TEST(VectorsOfSchurForms, SolutionsForNearlyEqualValuesStayApart) {
+    Operand<float> t(2, 2, 2);
+    t.set([](int i, int j) { return i == j ? 1 : i < j ? 1e-9F : 0; });
+    const Vectors v = vectors_of(t, 'B', 'A');
+    EXPECT_LE(abs(v.right(0, 1)), 0.1);
+    EXPECT_LE(abs(v.left(1, 0)), 0.1);
 }
 
 // Every third row is selected, which may be either one of a pair.

@@ -66,7 +66,12 @@ Operand<float> partly_triangular(int n) {
 TEST(HessenbergForm, ResidualWithinARange) {
     for (const int n : {9, 50, 120}) {
         const Operand<float> a = partly_triangular(n);
-        const Hessenberg form = hessenberg_of(a, 5, n - 3, fullSpeed);
+        Operand<float> withNaN = a; // in places that are not looked at
+        for (int j = 0; j < n; ++j)
+            for (int i = j + 2; i < n; ++i)
+                if (j < 4 || i >= n - 3)
+                    withNaN(i, j) = nan;
+        const Hessenberg form = hessenberg_of(withNaN, 5, n - 3, fullSpeed);
         const WideMatrix<float> q(form.q);
         EXPECT_LE(similarity_error(WideMatrix<float>(a), q, upper_part(form.h, 1)), 5) << n;
         EXPECT_LE(orthogonality_error(q), 5) << n;
@@ -171,22 +176,23 @@ TEST(SchurForm, ResidualWithinARange) {
 }
 
 // Small matrices on which the double-shift iteration fails go on to the other one, in a larger array.
-TEST(SchurForm, ResidualOfTheMultishiftIteration) {
+TEST(SchurForm, ResidualOfEachIteration) {
     for (const int n : {12, 13, 30, 60})
         for (const auto& [name, a] : unsymmetric_matrices(n)) {
             const Hessenberg form = hessenberg_of(a, 1, n, fullSpeed);
             Schur s{form.h, form.q, GuardedVector<float>(n), GuardedVector<float>(n)};
             GuardedVector<float> work(n);
-            for (const bool recurses : {true, false}) {
+            for (const int method : {0, 1, 2}) {
                 s.t.set([&](int i, int j) { return i > j + 1 ? 0 : form.h(i, j); });
                 s.z.set(form.q);
-                s.info =
-                    lapack::laqr0({true, true, n, {0, n}, s.t.view(), s.wr.data(), s.wi.data(), {0, n}, s.z.view()},
-                                  recurses, work.data(), n);
+                const lapack::SchurProblem problem{true,        true,        n,      {0, n},    s.t.view(),
+                                                   s.wr.data(), s.wi.data(), {0, n}, s.z.view()};
+                s.info = method == 2 ? lapack::lahqr(problem) : lapack::laqr0(problem, method == 1, work.data(), n);
                 for (int j = 0; j < n; ++j)
                     for (int i = j + 2; i < n; ++i)
                         s.t(i, j) = 0; // scratch
-                expect_schur(WideMatrix<float>(a), s, name + ' ' + std::to_string(n));
+                expect_schur(WideMatrix<float>(a), s,
+                             name + ' ' + std::to_string(n) + " method " + std::to_string(method));
             }
         }
 }
@@ -256,9 +262,41 @@ struct ActivePart {
     }
 };
 
+// Elements around which the double-shift iteration has to be careful. `splits`: the last row is cut off as it is.
+TEST(SchurForm, ResidualOfSmallForms) {
+    const float f = 0x1p56F, g = 0x1p-96F;
+    const struct {
+        int n;
+        bool splits;
+        float rows[4][4];
+    } cases[] = {
+        {3, true, {{1, 1, 1}, {1, 0, 0}, {0, 1e-9F, 0}}}, // small beside its neighbours: the diagonal is zero
+        {3, true, {{3, 1, 1}, {1, 1, 1e-8F}, {0, 1e-8F, 1.0001F}}},
+        {4, false, {{4, 1, 1, 1}, {f, 4, 1, 1}, {0, g, 4, -f}, {0, 0, 1 / f, 4}}}, // the bulge vanishes inside
+        {3, false, {{4, -1 / g, 1}, {g, 4, -f}, {0, 1 / f, 4}}},                   // its first column is zero
+    };
+    for (const auto& c : cases) {
+        ActivePart x(c.n, {0, c.n}, c.n);
+        x.before.set([&](int i, int j) { return c.rows[i][j]; });
+        x.h.set(x.before);
+        const std::string what = "case " + std::to_string(&c - cases);
+        GuardedVector<float> work(c.n);
+        EXPECT_EQ(lapack::hseqr(x.problem(), false, work.data(), c.n), 0) << what;
+        x.expect_similar(what);
+        for (int j = 0; c.splits && j + 1 < c.n; ++j)
+            EXPECT_EQ(x.z(c.n - 1, j), 0) << what;
+    }
+}
+
+void sweep(ActivePart& x, std::vector<float> sr, std::vector<float> si, bool accumulates, bool wantT = true) {
+    const int ns = static_cast<int>(sr.size()), order = 3 * ns - 3, width = 7;
+    Operand<float> v(3, ns / 2, 3), u(order, order, order), wv(width, order, width), wh(order, width, order);
+    lapack::laqr5(x.problem(wantT), ns, sr.data(), si.data(),
+                  {accumulates, v.view(), u.view(), width, wv.view(), width, wh.view()});
+}
+
 // Two real shifts around a pair of conjugates, which are brought together first, and more pairs.
 void sweep(ActivePart& x, int ns, bool accumulates, bool paired, bool wantT = true) {
-    const int order = 3 * ns - 3, width = 7;
     std::vector<float> sr(std::size_t(ns), 0.5F), si(std::size_t(ns), 0.0F);
     for (int i = 0; i < ns; ++i) {
         const bool real = ns >= 4 && (paired ? i == 2 || i == 3 : i == 0 || i == 3);
@@ -266,15 +304,14 @@ void sweep(ActivePart& x, int ns, bool accumulates, bool paired, bool wantT = tr
         sr[std::size_t(i)] = real ? -0.25F : 0.5F + 0.125F * static_cast<float>(pair);
         si[std::size_t(i)] = real ? 0 : (paired || ns < 4 || i > 3 ? i % 2 == 0 : i == 1) ? 1 : -1;
     }
-    Operand<float> v(3, ns / 2, 3), u(order, order, order), wv(width, order, width), wh(order, width, order);
-    lapack::laqr5(x.problem(wantT), ns, sr.data(), si.data(),
-                  {accumulates, v.view(), u.view(), width, wv.view(), width, wh.view()});
+    sweep(x, std::move(sr), std::move(si), accumulates, wantT);
 }
 
 TEST(SchurForm, ResidualOfSweeps) {
     for (const int n : {3, 4, 8, 13, 14, 15, 16, 17, 18, 31, 40})
         for (const int ns : {2, 4, 6, 8})
-            for (const lapack::ActiveRange range : {lapack::ActiveRange{0, n}, {1, n}, {n / 4, n - n / 5}}) {
+            for (const lapack::ActiveRange range :
+                 {lapack::ActiveRange{0, n}, {1, n}, {n / 4, n - n / 5}, {n / 2, n / 2 + 1}}) {
                 const std::string what =
                     std::to_string(n) + " shifts " + std::to_string(ns) + " from " + std::to_string(range.begin);
                 ActivePart plain(n, range, n), accumulated = plain, shuffled = plain, values = plain;
@@ -290,6 +327,46 @@ TEST(SchurForm, ResidualOfSweeps) {
             }
 }
 
+// A sweep sets subdiagonal elements that have become negligible to zero: the last one, by a shift that is an
+// eigenvalue, and one that is small beside its neighbours where the diagonal stays zero.
+TEST(SchurForm, SolutionsOfSweepsAreZeroWhereTheyConverge) {
+    const int n = 8;
+    const auto after_sweeps = [&](const auto& element, float shift, bool accumulates) {
+        ActivePart x(n, {0, n}, n);
+        x.before.set(element);
+        x.h.set(x.before);
+        for (int i = 0; i < 3; ++i)
+            sweep(x, {shift, shift}, {0, 0}, accumulates);
+        x.expect_similar("shift " + std::to_string(shift));
+        return x.h;
+    };
+    for (const bool accumulates : {false, true}) {
+        const Operand<float> shifted = after_sweeps(
+            [](int i, int j) { return i == j                 ? 2
+                                      : std::abs(i - j) == 1 ? 1
+                                                             : 0; }, 3.87938524F, accumulates);
+        EXPECT_EQ(shifted(n - 1, n - 2), 0);
+        const Operand<float> alternate = after_sweeps(
+            [](int i, int j) {
+                return i == 4 && j == 3                 ? 1e-12F
+                       : i <= j + 1 && (j - i) % 2 != 0 ? 1 / static_cast<float>(j - i + 3)
+                                                        : 0;
+            },
+            0, accumulates);
+        int zeros = 0;
+        for (int i = 1; i < n; ++i)
+            zeros += alternate(i, i - 1) == 0;
+        EXPECT_EQ(zeros, 1);
+    }
+}
+
+lapack::Deflation deflate(ActivePart& x, int nw) {
+    const int order = std::min(nw, x.range.size()), lwork = 80 * order;
+    Operand<float> v(order, order, order), t(order, order + 5, order), wv(3, order, 3);
+    GuardedVector<float> work(lwork);
+    return lapack::laqr3(x.problem(), true, nw, {v.view(), order + 5, t.view(), 3, wv.view(), work.data(), lwork});
+}
+
 TEST(SchurForm, ResidualOfDeflations) {
     for (const int n : {12, 40, 61})
         for (const int nw : {1, 2, 3, 8, 17})
@@ -298,11 +375,8 @@ TEST(SchurForm, ResidualOfDeflations) {
                     const std::string what = std::to_string(n) + " window " + std::to_string(nw) + " small " +
                                              std::to_string(small) + " from " + std::to_string(range.begin);
                     ActivePart x(n, range, range.end - small);
-                    const int order = std::min(nw, range.size()), lwork = 80 * order;
-                    Operand<float> v(order, order, order), t(order, order + 5, order), wv(3, order, 3);
-                    GuardedVector<float> work(lwork);
-                    const lapack::Deflation found = lapack::laqr3(
-                        x.problem(), true, nw, {v.view(), order + 5, t.view(), 3, wv.view(), work.data(), lwork});
+                    const int order = std::min(nw, range.size());
+                    const lapack::Deflation found = deflate(x, nw);
                     x.expect_similar(what);
                     EXPECT_EQ(found.shifts + found.deflated, order) << what;
                     const int end = range.end - found.deflated;
@@ -314,6 +388,24 @@ TEST(SchurForm, ResidualOfDeflations) {
                     for (int i = end - found.shifts; found.deflated > 0 && i + 1 < end; ++i) // the smallest shifts last
                         EXPECT_GE(std::hypot(x.wr[i], x.wi[i]) * 1.5F, std::hypot(x.wr[i + 1], x.wi[i + 1])) << what;
                 }
+}
+
+// The last row has the eigenvalue 0 or 1, and a spike of the size of `below` before it.
+TEST(SchurForm, SolutionsOfDeflationsCountWhatIsNegligible) {
+    const struct {
+        int nw;
+        float below, last;
+        int deflated;
+    } cases[] = {{1, 1e-9F, 1, 1}, {1, 1e-6F, 1, 0}, {2, 0x1p-30F, 0x1p-30F, 1}, {2, 0x1p-20F, 0x1p-20F, 0}};
+    for (const auto& [nw, below, last, deflated] : cases) {
+        ActivePart x(3, {0, 3}, 3);
+        const float rows[3][3] = {{2, 1, 1}, {1, 1, 1}, {0, below, last}};
+        x.before.set([&](int i, int j) { return rows[i][j]; });
+        x.h.set(x.before);
+        EXPECT_EQ(deflate(x, nw).deflated, deflated) << nw << ' ' << below;
+        x.expect_similar("window " + std::to_string(nw));
+        EXPECT_EQ(x.h(2, 1) == 0, deflated == 1) << nw << ' ' << below;
+    }
 }
 
 TEST(SchurForm, SolutionsAreFirstColumnsOfShiftedProducts) {
@@ -427,6 +519,39 @@ TEST(SchurForm, ResidualOfBlocksThatFallApart) {
             }
         }
     EXPECT_GT(fellApart, 0);
+}
+
+// Blocks with nearly the same eigenvalues and much between them: exchanged well, or left alone.
+TEST(SchurForm, ResidualOfBlocksNearEachOther) {
+    std::mt19937 random(12);
+    std::normal_distribution<float> normal;
+    for (const int n1 : {1, 2})
+        for (const int n2 : {1, 2}) {
+            int rejected = 0;
+            for (int trial = 0; trial < 200; ++trial) {
+                const int n = n1 + n2;
+                const float near = std::ldexp(1.0F, -trial % 25), skewness = std::ldexp(1.0F, trial % 11);
+                Operand<float> t(n, n, n), q = identity_operand(n);
+                const auto block = [&](int row, int order, float value) {
+                    t(row, row) = t(row + order - 1, row + order - 1) = value;
+                    if (order == 2)
+                        t(row, row + 1) = skewness, t(row + 1, row) = -1 / skewness;
+                };
+                t.set([&](int i, int j) { return i < n1 && j >= n1 ? skewness * normal(random) : 0; });
+                block(0, n1, 1);
+                block(n1, n2, 1 + near);
+                Operand<float> moved = t;
+                float unused;
+                const int info = call(SLAEXC, 1, n, moved, q, 1, n1, n2, &unused);
+                rejected += info;
+                const std::string what = std::to_string(n1) + std::to_string(n2) + " trial " + std::to_string(trial);
+                EXPECT_LE(similarity_error(WideMatrix<float>(t), WideMatrix<float>(q), upper_part(moved, 1)), 5)
+                    << what;
+                EXPECT_LE(orthogonality_error(WideMatrix<float>(q)), 5) << what;
+                EXPECT_TRUE(info == 0 || moved.same_bits(t)) << what;
+            }
+            EXPECT_EQ(rejected > 0, n1 == 2 && n2 == 2);
+        }
 }
 
 TEST(SchurForm, SolutionsAreReflectorsOfEveryOrder) {

@@ -1,4 +1,5 @@
 // Blocks of order 1 and 2 of the nonsymmetric eigenproblem: standard forms, shifted systems, Sylvester equations.
+#include <array>
 #include <cmath>
 #include <gtest/gtest.h>
 
@@ -46,6 +47,8 @@ TEST(StandardForm, Residual) {
             for (const float c : numbers)
                 for (const float d : numbers)
                     expect_standard_form(a, b, c, d);
+    for (const auto& [a, b, c, d] : {std::array{-5.0F, 1.0F, -9.0F, 1.0F}, {-4, -1, 4, 0}, {-4, 1, -4, 0}})
+        expect_standard_form(a, b, c, d); // one value twice: a lower triangle as soon as the diagonal is equal
 }
 
 TEST(StandardForm, OfInfinityAndNaNIsNotFinite) {
@@ -126,6 +129,7 @@ TEST(ShiftedSystem, Residual) {
                                                  w == 1 ? 1e-10F : 0.75F * w,
                                                  {{e[0], e[2]}, {e[1], e[3]}},
                                                  {{rhs, -2 * rhs}, {0.5F * rhs, rhs}}});
+    expect_solution({0, 2, 1, 0, 1, 1, 1, 0, 0, {{1e-37F, 0}, {0, 1e-37F}}, {{1e5F, 0}, {}}});
 }
 
 // ---- Sylvester equations ------------------------------------------------------------------------------------------

@@ -20,7 +20,8 @@
 extern "C" {
 #endif
 
-/* Eigenvalues and, if they are wanted, eigenvectors of a matrix A of order n: A*v = w*v, u^H*A = w*u^H.
+/* Eigenvalues and, if they are wanted, eigenvectors of a matrix A of order n: A*v = w*v, u^H*A = w*u^H. A is balanced
+ * as SGEBAL does it, but norms within a factor of four of each other stay.
  *
  * jobvl, jobvr      'V': the left vectors u, the right vectors v are computed; 'N': they are not
  * a, lda            A, overwritten; lda >= max(1, n)

@@ -81,6 +81,7 @@ constexpr ActiveRange active(int ilo, int ihi) {
 
 struct Balance {
     bool permutes, scales;
+    float enough = 0.95F; // a row and its column are scaled if the sum of their norms falls below this part of itself
 };
 constexpr Balance balance_of(char job) {
     const bool both = is_option(job, 'B');

@@ -63,7 +63,7 @@ ActiveRange permute(int n, Matrix<float> a, float* scale) {
 
 // ---- Scaling --------------------------------------------------------------------------------------------------------
 
-constexpr float step = 2, enough = 0.95F; // the sum of both norms must fall below this part of itself
+constexpr float step = 2;
 constexpr float leastScale = machine::safeMinimum / machine::precision, largestScale = 1 / leastScale;
 constexpr float lower = leastScale * step, upper = 1 / lower;
 
@@ -100,7 +100,7 @@ float factor_for(Norms& x) {
 
 enum class Change { none, scaled, notANumber };
 
-Change balance(int i, ActiveRange range, int n, Matrix<float> a, float& scale) {
+Change balance(int i, ActiveRange range, float enough, int n, Matrix<float> a, float& scale) {
     Norms x = norms_of(i, range, n, a);
     if (std::isnan(x.column + x.row + x.columnMax + x.rowMax))
         return Change::notANumber;
@@ -117,14 +117,14 @@ Change balance(int i, ActiveRange range, int n, Matrix<float> a, float& scale) {
     return Change::scaled;
 }
 
-// Sweeps until nothing changes. Each change makes a norm smaller by a twentieth, and powers of two within the range of
-// floats end that.
-void scale_rows_and_columns(ActiveRange range, int n, Matrix<float> a, float* scale) {
+// Sweeps until nothing changes. Each change makes norms smaller by a part of them, and powers of two within the range
+// of floats end that.
+void scale_rows_and_columns(ActiveRange range, float enough, int n, Matrix<float> a, float* scale) {
     std::fill(scale + range.begin, scale + range.end, 1.0F);
     for (bool changed = true; changed;) {
         changed = false;
         for (int i = range.begin; i < range.end; ++i) {
-            const Change change = balance(i, range, n, a, scale[i]);
+            const Change change = balance(i, range, enough, n, a, scale[i]);
             if (change == Change::notANumber)
                 return;
             changed = changed || change == Change::scaled;
@@ -140,7 +140,7 @@ ActiveRange gebal(Balance what, int n, Matrix<float> a, float* scale) {
         return {0, 0};
     const ActiveRange range = what.permutes ? permute(n, a, scale) : ActiveRange{0, n};
     if (what.scales)
-        scale_rows_and_columns(range, n, a, scale);
+        scale_rows_and_columns(range, what.enough, n, a, scale);
     return range;
 }
 

@@ -73,7 +73,7 @@ void gehrd(int n, ActiveRange range, Matrix<float> a, float* tau, float* work, i
             nb = block_size_for(lwork, nb, n);
         if (nb > 1)
             for (; i + 1 + last < end; i += nb)
-                reduce_block(i, std::min(nb, end - 1 - i), n, end, a, tau, t, y);
+                reduce_block(i, nb, n, end, a, tau, t, y);
     }
     gehd2(n, {i, end}, a, tau, work);
 }

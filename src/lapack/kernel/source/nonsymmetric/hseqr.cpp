@@ -21,7 +21,6 @@ int laqr0_with_room(const SchurProblem& p) {
     float data[roomy * roomy], work[roomy];
     const Matrix<float> h{data, roomy};
     lacpy<float>(Part::whole, p.n, p.n, p.h, h);
-    h(p.n, p.n - 1) = 0;
     laset<float>(Part::whole, roomy, roomy - p.n, 0, 0, h.block(0, p.n));
     SchurProblem larger = p;
     larger.n = roomy;

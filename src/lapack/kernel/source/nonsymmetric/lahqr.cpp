@@ -52,8 +52,6 @@ int block_begin(int first, int last, ActiveRange range, Matrix<const float> h, f
 // The eigenvalues of [a b; c d]; of real ones that nearer to d, twice.
 ShiftPair shifts_of(float a, float b, float c, float d) {
     const float s = std::fabs(a) + std::fabs(b) + std::fabs(c) + std::fabs(d);
-    if (s == 0)
-        return {};
     a /= s, b /= s, c /= s, d /= s;
     const float mean = (a + d) / 2, det = (a - mean) * (d - mean) - b * c, root = std::sqrt(std::fabs(det));
     if (det >= 0)

@@ -34,9 +34,8 @@ struct Limits {
     int window, mostWindow;
     int shifts, mostShifts;
 };
-int window_wanted(int n, ActiveRange range) {
-    const int wanted = std::max(2, tuning::qr_iteration(13, range.begin + 1, range.end));
-    return std::min({range.size(), (n - 1) / 3, wanted});
+int window_wanted(ActiveRange range) {
+    return std::min(range.size(), std::max(2, tuning::qr_iteration(13, range.begin + 1, range.end)));
 }
 int most_shifts(int n) {
     return n / 9 + (n % 9 + 6) / 9; // (n + 6) / 9
@@ -45,22 +44,23 @@ int shifts_wanted(int n, ActiveRange range) {
     const int wanted = tuning::qr_iteration(15, range.begin + 1, range.end);
     return std::max(2, even(std::min({wanted, most_shifts(n), range.size() - 1})));
 }
-Limits limits_of(int n, ActiveRange range, int lwork) {
+// Windows and shifts that n floats of work are enough for.
+Limits limits_of(int n, ActiveRange range) {
     const auto tuned = [&](int which) { return tuning::qr_iteration(which, range.begin + 1, range.end); };
     return {.leastForMultishift = std::max(tiny, tuned(12)),
             .nibble = std::max(0, tuned(14)),
             .accumulates = tuned(16) > 0,
-            .window = window_wanted(n, range),
-            .mostWindow = std::min((n - 1) / 3, lwork / 2),
+            .window = window_wanted(range),
+            .mostWindow = (n - 1) / 3,
             .shifts = shifts_wanted(n, range),
-            .mostShifts = even(std::min(most_shifts(n), static_cast<int>(std::int64_t{2} * lwork / 3)))};
+            .mostShifts = even(most_shifts(n))};
 }
 
 class Iteration {
 public:
     Iteration(const SchurProblem& p, bool recurses, float* work, int lwork)
         : p_(p), h_(p.h), wr_(p.wr), wi_(p.wi), work_(work), lwork_(lwork), recurses_(recurses),
-          limits_(limits_of(p.n, p.range, lwork)), bottom_(p.range.end - 1) {}
+          limits_(limits_of(p.n, p.range)), bottom_(p.range.end - 1) {}
 
     int run() {
         const int mostRounds = 30 * std::max(10, p_.range.size());
@@ -72,7 +72,7 @@ public:
             const int window = window_order();
             const Deflation found = deflate(window);
             bottom_ -= found.deflated;
-            if (found.deflated == 0 || is_worth_a_sweep(found.deflated, window))
+            if (is_worth_a_sweep(found.deflated, window))
                 sweep(bottom_ - found.shifts + 1);
             inVain_ = found.deflated > 0 ? 1 : inVain_ + 1;
         }
@@ -131,7 +131,10 @@ private:
         block.range = {top_, bottom_ + 1};
         return block;
     }
+    // Two rows a window takes whole, unless they are NaN.
     bool is_worth_a_sweep(int deflated, int window) const {
+        if (deflated == 0)
+            return size() > 2;
         return std::int64_t{100} * deflated <= std::int64_t{window} * limits_.nibble &&
                size() > std::min(limits_.leastForMultishift, limits_.mostWindow);
     }
@@ -139,7 +142,7 @@ private:
     // ---- Shifts: the eigenvalues [first, bottom_] ----
 
     void sweep(int first) {
-        int count = even(std::min({limits_.mostShifts, limits_.shifts, std::max(2, size() - 1)}));
+        int count = even(std::min({limits_.mostShifts, limits_.shifts, size() - 1}));
         if (inVain_ % shiftPatience == 0) {
             first = bottom_ - count + 1;
             make_exceptional(first);
@@ -157,13 +160,9 @@ private:
     }
 
     void make_exceptional(int first) const {
-        for (int i = bottom_; i >= std::max(first + 1, top_ + 2); i -= 2) {
+        for (int i = bottom_; i > first; i -= 2) {
             const float s = std::fabs(h_(i, i - 1)) + std::fabs(h_(i - 1, i - 2)), moved = exceptional1 * s + h_(i, i);
             set_eigenvalues(wr_, wi_, i - 1, lanv2(moved, s, exceptional2 * s, moved));
-        }
-        if (first == top_) {
-            wr_[first] = wr_[first + 1] = h_(first + 1, first + 1);
-            wi_[first] = wi_[first + 1] = 0;
         }
     }
 
@@ -251,7 +250,7 @@ int laqr0(const SchurProblem& p, bool recurses, float* work, int lwork) {
 std::int64_t laqr0_work(int n, ActiveRange range, bool recurses) {
     if (n <= tiny)
         return 1;
-    const int window = window_wanted(n, range) + 1;
+    const int window = window_wanted(range) + 1;
     return std::max(std::int64_t{3} * shifts_wanted(n, range) / 2, laqr3_work(range, window, recurses));
 }
 

@@ -167,8 +167,7 @@ private:
             apply(begin, first + 3, 0, 3, h_.block(0, first));
             if (w_.accumulates) // a column of U has come from where its bulge began, and got no further than the first
                                 // one
-                apply(window_clear() > 0 ? window_clear() : 3 * c.begin, reached(c), window_clear() > 0 ? 0 : 3, 0,
-                      w_.u.block(0, first - window_));
+                apply(3 * c.begin, reached(c), window_clear() > 0 ? 0 : 3, 0, w_.u.block(0, first - window_));
             else if (p_.wantZ)
                 apply(p_.zRows.begin, p_.zRows.end, 0, 0, p_.z.block(0, first));
         }
