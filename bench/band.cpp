@@ -54,11 +54,8 @@ public:
 
     // By products of vectors with the matrix and with its factors.
     Verdict judge(const Library& library) override {
-        if (!routine_.entry(library))
+        if (!routine_.once(library, [this] { restore(), info_ = -1; }))
             return Verdict::absent;
-        restore();
-        info_ = -1;
-        routine_.bind<void>(library, [](auto call) { call(); });
         const double roundings = 3 * k_ + 8;
         bool good = info_ == 0 && pivots_are_rows();
         if (row_.task == Task::solve) {

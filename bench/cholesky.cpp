@@ -48,11 +48,8 @@ public:
 
     // By products of vectors with the matrix and with its factor.
     Verdict judge(const Library& library) override {
-        if (!routine_.entry(library))
+        if (!routine_.once(library, [this] { restore(), info_ = -1; }))
             return Verdict::absent;
-        restore();
-        info_ = -1;
-        routine_.bind<void>(library, [](auto call) { call(); });
         bool good = info_ == 0;
         const double roundings = n_ + 8;
         if (row_.task == Task::solve) {

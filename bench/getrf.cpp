@@ -20,11 +20,8 @@ public:
 
     // By P L U, at some elements of the matrix.
     Verdict judge(const Library& library) override {
-        if (!routine_.entry(library))
+        if (!routine_.once(library, [this] { a_.restore(before_), info_ = -1; }))
             return Verdict::absent;
-        a_.restore(before_);
-        info_ = -1;
-        routine_.bind<void>(library, [](auto call) { call(); });
         if (info_ != 0)
             return Verdict::wrong;
         std::vector<int> row(pivots_.size()); // of A, that is row i of P^T A

@@ -50,10 +50,8 @@ public:
                                                   {'z', &c_.rows}}) {}
 
     Verdict judge(const Library& library) override {
-        if (!routine_.entry(library))
+        if (!routine_.once(library, [this] { restore(); }))
             return Verdict::absent;
-        restore();
-        routine_.bind<void>(library, [](auto call) { call(); });
         std::minstd_rand generator(4);
         for (int sample = 0; sample < 200; ++sample) {
             int i = int(generator() % unsigned(c_rows())), j = int(generator() % unsigned(c_columns()));

@@ -62,11 +62,8 @@ public:
     }
 
     Verdict judge(const Library& library) override {
-        if (!routine_.entry(library))
+        if (!routine_.once(library, [this] { a_.restore(given_), info_ = -1; }))
             return Verdict::absent;
-        a_.restore(given_);
-        info_ = -1;
-        routine_.bind<void>(library, [](auto call) { call(); });
         return info_ == 0 && agrees_in_traces() && (!row_.right() || has_vectors(right_, false)) &&
                        (!row_.left() || has_vectors(left_, true)) && (!row_.schur() || has_schur_form())
                    ? Verdict::correct

@@ -54,6 +54,16 @@ public:
         bind_count<Result>(library, use, counts);
     }
 
+    // One call, after `restore`; false if the library has no such routine.
+    template <class Restore>
+    bool once(const Library& library, const Restore& restore) const {
+        if (!entry(library))
+            return false;
+        restore();
+        bind<void>(library, [](auto call) { call(); });
+        return true;
+    }
+
     template <class Result>
     void repeat(benchmark::State& state, const Library& library) const {
         bind<Result>(library, [&](auto call) {

@@ -62,11 +62,8 @@ public:
 
     // By elements of U S V' where there are vectors, else by the sum of squares, which no step changes.
     Verdict judge(const Library& library) override {
-        if (!routine_.entry(library))
+        if (!routine_.once(library, [this] { restore(), info_ = -1; }))
             return Verdict::absent;
-        restore();
-        info_ = -1;
-        routine_.bind<void>(library, [](auto call) { call(); });
         return info_ == 0 && (row_.hasVectors() ? agrees_at_samples() : agrees_in_size()) ? Verdict::correct
                                                                                           : Verdict::wrong;
     }

@@ -69,11 +69,8 @@ public:
 
     // A x = Q T Q' x for one vector.
     Verdict judge(const Library& library) override {
-        if (!routine_.entry(library))
+        if (!routine_.once(library, [this] { m_.a.restore(m_.given), info_ = -1; }))
             return Verdict::absent;
-        m_.a.restore(m_.given);
-        info_ = -1;
-        routine_.bind<void>(library, [](auto call) { call(); });
         const int n = m_.n;
         Doubles x(std::size_t(n), 1 / std::sqrt(double(n))), t(std::size_t(n), 0.0);
         const Doubles right = m_.times(x);
@@ -141,11 +138,8 @@ public:
 
     // The sum of the eigenvalues and of their squares, and A z = w z for some vectors.
     Verdict judge(const Library& library) override {
-        if (!routine_.entry(library))
+        if (!routine_.once(library, [this] { m_.a.restore(m_.given), info_ = -1; }))
             return Verdict::absent;
-        m_.a.restore(m_.given);
-        info_ = -1;
-        routine_.bind<void>(library, [](auto call) { call(); });
         const int n = m_.n;
         double trace = 0, sum = 0, squares = 0;
         for (int i = 0; i < n; ++i) {

@@ -31,23 +31,9 @@ template <class T>
 std::tuple<T> held(T scalar) {
     return {scalar};
 }
-inline std::tuple<char> held(Side side) {
-    return {letter(side)};
-}
-inline std::tuple<char> held(Uplo uplo) {
-    return {letter(uplo)};
-}
-inline std::tuple<char> held(Op op) {
-    return {letter(op)};
-}
-inline std::tuple<char> held(Diag diag) {
-    return {letter(diag)};
-}
-inline std::tuple<char> held(Direct direct) {
-    return {letter(direct)};
-}
-inline std::tuple<char> held(Pivot pivot) {
-    return {letter(pivot)};
+template <class Option>
+requires std::is_enum_v<Option> std::tuple<char> held(Option option) {
+    return {letter(option)};
 }
 template <class T>
 std::tuple<T*, int> held(Matrix<T> a) {

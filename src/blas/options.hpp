@@ -45,23 +45,9 @@ constexpr Direct direct_of(char option) {
 constexpr Pivot pivot_of(char option) {
     return is_option(option, 'V') ? Pivot::variable : is_option(option, 'T') ? Pivot::top : Pivot::bottom;
 }
-constexpr char letter(Side side) {
-    return static_cast<char>(side);
-}
-constexpr char letter(Uplo uplo) {
-    return static_cast<char>(uplo);
-}
-constexpr char letter(Op op) {
-    return static_cast<char>(op);
-}
-constexpr char letter(Diag diag) {
-    return static_cast<char>(diag);
-}
-constexpr char letter(Direct direct) {
-    return static_cast<char>(direct);
-}
-constexpr char letter(Pivot pivot) {
-    return static_cast<char>(pivot);
+template <class Option>
+constexpr char letter(Option option) {
+    return static_cast<char>(option);
 }
 
 } // namespace QRV_VIEW_NAMESPACE

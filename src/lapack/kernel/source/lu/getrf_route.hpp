@@ -34,6 +34,14 @@ constexpr double getrf_work(double m, double n) {
 // `machine` tells class, vectors and thread budget, products of real numbers in one of elements and, for m x n, the
 // tuned crossover and block size, asked in the order that keeps a small call short: a crossover for -1 threads is that
 // of the serial route.
+//
+//   m x n       threads   crossovers, serial and threaded   block   route
+//   500 x 64    4         64, 64                            64      serial
+//   500 x 100   4         64, 100                           64      ib
+//   500 x 101   4         64, 100                           64      dynamic
+//   64 x 500    2         64, 64                            64      unblocked
+//   350 x 350   2, by work with AVX-512                             serial
+//   351 x 351   2, by work with AVX-512                             dynamic
 template <class Machine>
 GetrfRoute getrf_route(int m, int n, const Machine& machine) {
     using Kind = GetrfRoute::Kind;
