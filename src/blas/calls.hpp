@@ -21,8 +21,7 @@ using MatrixIn = Matrix<const std::type_identity_t<T>>;
 template <class T>
 using VectorIn = Vector<const std::type_identity_t<T>>;
 
-// ---- The native calling form: scalars, sizes and options by address
-// ---------------------------------------------------
+// ---- The native calling form: scalars, sizes and options by address ------------------------------------------------
 
 namespace native {
 
@@ -289,8 +288,7 @@ void trsm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha,
 
 } // namespace kernel
 
-// ---- Decision routines, defined in blas/thread
-// ------------------------------------------------------------------------
+// ---- Decision routines, defined in blas/thread ---------------------------------------------------------------------
 
 namespace blas {
 

@@ -13,6 +13,8 @@
 namespace QRV_VIEW_NAMESPACE {
 
 // C := alpha*op(A)*op(B) + beta*C, where C is m x n, op(A) m x k and op(B) k x n; A and B as they are stored.
+// Inside the kernels a piece has a record of the part that it computes, filled once for all of its tiles: what that
+// leaves out (C, or the options) is not its own to know, and strides are in floats.
 template <class T>
 struct GemmCall {
     Op opA, opB;

@@ -37,8 +37,7 @@ int qrv_lapack_cgetrf_recursive(const int* m, const int* n, qrv_complex* a, cons
 
 decltype(qrv_lapack_ssytd2) qrv_lapack_ssytd3;
 
-// ---- Work sizes
-// -------------------------------------------------------------------------------------------------------
+// ---- Work sizes ----------------------------------------------------------------------------------------------------
 
 // n as a float that is not below it.
 float qrv_lapack_sroundup_work(const int* n);

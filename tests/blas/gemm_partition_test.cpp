@@ -74,15 +74,10 @@ TEST(GemmGain, SmallCalls) {
             << row.sizes << " on " << row.threads;
 }
 
-TEST(GemmPartition, SplitsOfC) {
+// Rows if m > n * team at any size; of those of a plain product Limits has both sides.
+TEST(GemmPartition, SplitsOfScaling) {
     using enum GemmSplit;
-    // Small: rows if m > n * team. Others: rows if m > n.
-    EXPECT_EQ(gemm_plain_split({40, 10, 100}, 4), columns);
-    EXPECT_EQ(gemm_plain_split({41, 10, 100}, 4), rows);
-    EXPECT_EQ(gemm_plain_split({40, 40, 101}, 4), columns);
-    EXPECT_EQ(gemm_plain_split({41, 40, 101}, 4), rows);
     EXPECT_EQ(gemm_plain_split({100, 100, 100}, most), columns);
-    // Scaling: rows if m > n * team at any size.
     EXPECT_EQ(gemm_scale_split({400, 100, 5}, 4), columns);
     EXPECT_EQ(gemm_scale_split({401, 100, 5}, 4), rows);
     EXPECT_EQ(gemm_scale_split({most, 5, 5}, 1 << 30), columns);

@@ -136,8 +136,7 @@ TEST_OF_ELEMENTS(GemmPlans, BuffersOfEachSet) {
             }
 }
 
-// ---- Packing, micro-kernel and the blocked core
-// ----------------------------------------------------------------------------------------------
+// ---- Packing, micro-kernel and the blocked core --------------------------------------------------------------------
 
 constexpr GemmMode selfPacking[] = {GemmMode::choose, GemmMode::packBoth, GemmMode::packA};
 constexpr GemmMode given[] = {GemmMode::packBGivenA, GemmMode::directBGivenA, GemmMode::packAGivenB,

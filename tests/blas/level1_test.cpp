@@ -7,8 +7,7 @@ namespace {
 constexpr double eps = std::numeric_limits<float>::epsilon();
 constexpr float tiny = std::numeric_limits<float>::denorm_min(), largest = std::numeric_limits<float>::max();
 
-// ---- Of one vector
-// ---------------------------------------------------------------------------------------------------
+// ---- Of one vector -------------------------------------------------------------------------------------------------
 
 template <class T>
 struct Norms {

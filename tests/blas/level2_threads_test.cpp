@@ -15,8 +15,7 @@ namespace {
 
 constexpr int huge = 2000000000;
 
-// ---- Rules, on rows in which every number is another one
-// ----------------------------------------------------------------
+// ---- Rules, on rows in which every number is another one -----------------------------------------------------------
 
 TEST(Level2Threads, ShareOfAMatrix) {
     constexpr ShareRule rule{.wide = 32, .wideWork = 3000, .narrowWork = 1600, .narrowLength = 70, .neverShare = 24};
@@ -105,8 +104,7 @@ TEST(Level2Threads, SizesOfSymmetricAndTriangularOnes) {
         }
 }
 
-// ---- The rows
-// -----------------------------------------------------------------------------------------------------------
+// ---- The rows ------------------------------------------------------------------------------------------------------
 
 // A few known values of each; and no call below the first size asks for anything.
 TEST(Level2Threads, EveryRoutine) {

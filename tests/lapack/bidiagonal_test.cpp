@@ -10,11 +10,6 @@ namespace qrv::test {
 namespace {
 
 template <class T>
-struct Bidiagonal : testing::Test {};
-
-TYPED_TEST_SUITE(Bidiagonal, Elements);
-
-template <class T>
 struct Reduced {
     Operand<T> a;
     GuardedVector<float> d, e;
@@ -60,8 +55,7 @@ Operand<T> matrix_with_zeros(int m, int n) {
 constexpr std::pair<int, int> shapes[] = {{1, 1},   {1, 4},   {4, 1},   {2, 2},    {5, 3},   {3, 5},
                                           {40, 33}, {33, 40}, {70, 70}, {150, 40}, {40, 150}};
 
-TYPED_TEST(Bidiagonal, Residual) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Bidiagonal, Residual) {
     for (const auto& [m, n] : shapes) {
         const Operand<T> before = matrix_with_zeros<T>(m, n);
         const auto optimum = static_cast<int>(lapack::gebrd_work<T>(m, n));
@@ -81,8 +75,7 @@ TYPED_TEST(Bidiagonal, Residual) {
 }
 
 // A - V Y^H - X U behind the panel is what the unblocked reduction leaves there; so the rest reduces to the same B.
-TYPED_TEST(Bidiagonal, ResidualOfAPanel) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Bidiagonal, ResidualOfAPanel) {
     for (const auto& [m, n] : {std::pair{30, 22}, {22, 30}, {25, 25}})
         for (const int nb : {1, 4, 7}) {
             const Operand<T> before = matrix_with_zeros<T>(m, n);
@@ -115,8 +108,7 @@ TYPED_TEST(Bidiagonal, ResidualOfAPanel) {
 }
 
 // Q and P^H generated, and applied to the identity.
-TYPED_TEST(Bidiagonal, ResidualOfItsFactors) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Bidiagonal, ResidualOfItsFactors) {
     const char adjoint = isComplex<T> ? 'C' : 'T';
     for (const auto& [m, n] : shapes) {
         SCOPED_TRACE(std::to_string(m) + 'x' + std::to_string(n));

@@ -13,10 +13,6 @@ namespace qrv::test {
 namespace {
 
 template <class T>
-struct Svd : testing::Test {};
-TYPED_TEST_SUITE(Svd, Elements);
-
-template <class T>
 struct Decomposed {
     char job;
     int m, n, k;
@@ -95,8 +91,7 @@ void expect_decomposed(int m, int n, const Spectrum& spectrum, unsigned seed) {
 }
 
 // Tall and wide beyond every ratio that decides on a path, at it, and below; undivided and divided.
-TYPED_TEST(Svd, ResidualOfEveryPath) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Svd, ResidualOfEveryPath) {
     unsigned seed = 1;
     constexpr std::pair<int, int> shapes[] = {{1, 1},   {4, 1},   {5, 4},   {22, 12}, {21, 12}, {23, 12}, {20, 12},
                                               {19, 12}, {60, 30}, {34, 30}, {50, 30}, {54, 30}, {150, 4}};
@@ -110,8 +105,7 @@ TYPED_TEST(Svd, ResidualOfEveryPath) {
         }
 }
 
-TYPED_TEST(Svd, ResidualOfEverySpectrum) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Svd, ResidualOfEverySpectrum) {
     for (const auto& [m, n] : {std::pair{26, 26}, {24, 25}, {27, 27}, {60, 52}})
         for (const Spectrum& spectrum : spectra(std::min(m, n))) {
             expect_decomposed<T>(m, n, spectrum, 7);
@@ -122,8 +116,7 @@ TYPED_TEST(Svd, ResidualOfEverySpectrum) {
     expect_decomposed<T>(30, 28, {"zero", std::vector<double>(28, 0.0)}, 3);
 }
 
-TYPED_TEST(Svd, OfInfinityAndNaNEnds) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Svd, OfInfinityAndNaNEnds) {
     for (const auto& [m, n] : {std::pair{1, 1}, {30, 30}, {80, 30}, {30, 80}})
         for (const float bad : {nan, infinity})
             for (const char job : {'A', 'O', 'N'}) {

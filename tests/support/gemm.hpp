@@ -160,8 +160,7 @@ QRV_GEMM_SUBJECTS(float, sgemm)
 QRV_GEMM_SUBJECTS(SingleComplex, cgemm)
 #undef QRV_GEMM_SUBJECTS
 
-// ---- Packed operands
-// --------------------------------------------------------------------------------------------------
+// ---- Packed operands -----------------------------------------------------------------------------------------------
 
 constexpr int fill_up(int x, int unit) {
     return (x + unit - 1) / unit * unit;

@@ -230,8 +230,7 @@ int trevc_columns(bool selects, const int* select, int n, Matrix<const float> t)
 int trevc(const EigenvectorsWanted& wanted, int n, Matrix<const float> t, int* select, Matrix<float> vl,
           Matrix<float> vr, float* work);
 
-// ---- The driver
-// -------------------------------------------------------------------------------------------------------
+// ---- The driver ----------------------------------------------------------------------------------------------------
 
 // Eigenvalues and vectors of length 1, of which complex ones have a real element of the largest size. work: lwork
 // floats, geev_least_work at least, geev_work for full speed. Result: 0, or i if the eigenvalues behind the i-th only

@@ -107,8 +107,7 @@ private:
     Matrix<T> of_unknowns(Range range) const { return left() ? b.block(range.first, 0) : b.block(0, range.first); }
 };
 
-// ---- A few right-hand sides
-// ------------------------------------------------------------------------------------------
+// ---- A few right-hand sides ----------------------------------------------------------------------------------------
 
 // Whether so few are faster one by one, as vectors. Times of strips over vectors, triangular solves, left, option N:
 //

@@ -160,8 +160,7 @@ void normalize(int begin, int end, int columns, Matrix<float> v) {
         kernel::scal(end - begin, 1 / largest, v.column(begin, c));
 }
 
-// ---- Vectors of T
-// -----------------------------------------------------------------------------------------------------
+// ---- Vectors of T --------------------------------------------------------------------------------------------------
 
 void select_first_of_pairs(int n, Matrix<const float> t, int* select) {
     for (int k = 0; k + 1 < n; ++k)
@@ -190,8 +189,7 @@ void vectors_of_t(Side side, int n, Matrix<const float> t, const int* selected, 
     }
 }
 
-// ---- Vectors of Q T Q'
-// ------------------------------------------------------------------------------------------------
+// ---- Vectors of Q T Q' ---------------------------------------------------------------------------------------------
 
 // V := V X, one vector at a time: X is triangular, so that no column of V is overwritten before it has been used.
 void multiply_one(Side side, const Eigenblock& at, int n, Matrix<const float> x, Matrix<float> v) {
