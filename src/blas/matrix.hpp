@@ -6,6 +6,8 @@
 
 #include <cstddef>
 
+#include "blas/assert.hpp"
+
 #ifdef QRV_KERNEL_BUILD
 #define QRV_VIEW_NAMESPACE qrv::kernel::QRV_KERNEL_BUILD
 #else
@@ -41,7 +43,10 @@ struct Vector {
     T* data;
     int inc = 1;
 
-    T& operator[](int i) const { return data[std::ptrdiff_t{i} * inc]; }
+    T& operator[](int i) const {
+        QRV_ASSERT(i >= 0 && inc >= 0);
+        return data[std::ptrdiff_t{i} * inc];
+    }
     Vector from(int i) const { return {data + std::ptrdiff_t{i} * inc, inc}; }
     constexpr operator Vector<const T>() const { return {data, inc}; }
 };
@@ -50,14 +55,21 @@ Vector(T*) -> Vector<T>;
 template <class T>
 Vector(T*, int) -> Vector<T>;
 
-// Element (i, j), counted from 0, of a matrix with leading dimension ld.
+// Element (i, j), counted from 0, of a matrix with leading dimension ld. Views carry no sizes: they would travel
+// through every call of kernels that get their sizes by themselves.
 template <class T>
 struct Matrix {
     T* data;
     std::ptrdiff_t ld;
 
-    T& operator()(int i, int j) const { return data[i + ld * j]; }
-    Matrix block(int i, int j) const { return {data + i + ld * j, ld}; }
+    T& operator()(int i, int j) const {
+        QRV_ASSERT(i >= 0 && j >= 0);
+        return data[i + ld * j];
+    }
+    Matrix block(int i, int j) const {
+        QRV_ASSERT(i >= 0 && j >= 0);
+        return {data + i + ld * j, ld};
+    }
     T* column(int j) const { return data + ld * j; }
     // From (i, j) on, to the right or downward.
     Vector<T> row(int i, int j) const { return {data + i + ld * j, static_cast<int>(ld)}; }
