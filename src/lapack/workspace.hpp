@@ -11,6 +11,12 @@
 
 namespace qrv::lapack {
 
+// The length of a work array of ints as a routine returns it: of one that is too long to be given, the largest int.
+constexpr int told_ints(std::int64_t length) {
+    constexpr int most = std::numeric_limits<int>::max();
+    return length < most ? static_cast<int>(length) : most;
+}
+
 // Gives out one part behind the other.
 template <class T>
 struct WorkParts {

@@ -122,6 +122,14 @@ TEST(SymmetricReduction, PanelsOnTeamsResidual) {
     }
 }
 
+// Without blocks a team makes panels of one column, one thread none.
+TEST(SymmetricReduction, PanelsAsTold) {
+    for (const auto& [threads, rest] : {std::pair{2, 0}, {1, 2}}) {
+        const lapack::Panels panels = lapack::choose_panels(2, 100, threads);
+        EXPECT_TRUE(panels.width == 1 && panels.rest == rest) << threads;
+    }
+}
+
 // Each column of a triangle is one thread's, and so many elements for each as come near the mean.
 TEST(SymmetricReduction, StripsCoverTheTriangle) {
     for (const lapack::Deal deal : {lapack::Deal::evenWidths, lapack::Deal::nearlyEqual})
@@ -209,7 +217,8 @@ struct Eigen {
 };
 
 // Of all of them or a part: order, values beside those of the whole spectrum, vectors.
-void expect_eigen(const Symmetric& s, const Eigen& x, bool vectors, int first, int count, const std::string& what) {
+void expect_eigen(const Symmetric& s, const Eigen& x, bool vectors, int first, int count, const std::string& what,
+                  double orthogonality = 6) {
     EXPECT_EQ(x.info, 0) << what;
     ASSERT_EQ(x.m, count) << what;
     EXPECT_TRUE(std::is_sorted(x.w.data(), x.w.data() + count)) << what;
@@ -223,7 +232,7 @@ void expect_eigen(const Symmetric& s, const Eigen& x, bool vectors, int first, i
         return;
     const WideMatrix<float> z(s.n, count, [&](int i, int j) { return widen(x.z(i, j)); });
     EXPECT_LE(similarity_error(s.wide(), z, diagonal<float>(w)), 10) << what;
-    EXPECT_LE(orthogonality_error(z), 20) << what;
+    EXPECT_LE(orthogonality_error(z), orthogonality) << what;
 }
 
 TEST(SymmetricEigen, Residual) {
@@ -275,6 +284,21 @@ TEST(SymmetricEigen, OfOneRow) {
     EXPECT_TRUE(x.w[0] == 2 && x.z(0, 0) == 1 && support[0] == 1 && support[1] == 1);
 }
 
+// Ten ints for each row are more than an int can tell.
+TEST(SymmetricEigen, LengthBeyondTheLargestInt) {
+    const int largest = std::numeric_limits<int>::max();
+    for (const int n : {largest / 10, largest / 10 + 1, 500000000, largest}) {
+        float length = 0;
+        int ints = 0, m = 0, relative = 0;
+        call(SSYEVR, 'V', 'A', 'L', n, nullptr, n, 0.0F, 0.0F, 0, 0, 0.0F, nullptr, nullptr, nullptr, n, nullptr,
+             &length, -1, &ints, -1);
+        EXPECT_EQ(ints, n == largest / 10 ? 10 * n : largest);
+        call(SSTEMR, 'V', 'A', n, nullptr, nullptr, 0.0F, 0.0F, 0, 0, &m, nullptr, nullptr, n, n, nullptr, &relative,
+             &length, -1, &ints, -1);
+        EXPECT_EQ(ints, n == largest / 10 ? 10 * n : largest);
+    }
+}
+
 // Down to far below the precision of the largest, on both sides of 0: clusters of clusters of small values, the vectors
 // of which every rounding on the way to a representation turns.
 TEST(SymmetricEigen, GradedBothWaysResidual) {
@@ -284,9 +308,9 @@ TEST(SymmetricEigen, GradedBothWaysResidual) {
         for (int i = 0; i < n; ++i)
             graded.values.push_back(std::pow(2.0, -40.0 * i / n) * (random() % 2 ? 1 : -1));
         const Symmetric s(graded);
-        expect_eigen(s, Eigen(s, 'V', 'A', 'L'), true, 0, n, graded.name);
+        expect_eigen(s, Eigen(s, 'V', 'A', 'L'), true, 0, n, graded.name, 12);
         if (n < 300)
-            expect_eigen(s, Eigen(s, 'V', 'I', 'U', 0, 0, n / 3, n - 1), true, n / 3 - 1, n - n / 3, graded.name);
+            expect_eigen(s, Eigen(s, 'V', 'I', 'U', 0, 0, n / 3, n - 1), true, n / 3 - 1, n - n / 3, graded.name, 12);
     }
 }
 
@@ -294,6 +318,25 @@ TEST(SymmetricEigen, GradedBothWaysResidual) {
 TEST(SymmetricEigen, WithToleranceResidual) {
     const Symmetric s(spectra(50)[2]);
     expect_eigen(s, Eigen(s, 'V', 'A', 'L', 0, 0, 0, 0, false, 1e-3F), true, 0, 50, "tolerance");
+    const Symmetric large(times(0x1p60, spectra(50)[1])); // is scaled with the tolerance
+    expect_eigen(large, Eigen(large, 'V', 'I', 'L', 0, 0, 2, 50, false, 0x1p40F), true, 1, 49, "scaled tolerance");
+    // Values of a matrix that defines them so are accurate beside their size, unless that is not asked for.
+    Symmetric graded(spectra(20)[0]);
+    for (int j = 0; j < 20; ++j)
+        for (int i = 0; i < 20; ++i)
+            graded.a[graded.at(i, j)] = i == j                 ? std::ldexp(1.0, -2 * i)
+                                        : std::abs(i - j) == 1 ? std::ldexp(0.125, -2 * std::min(i, j))
+                                                               : 0;
+    Tridiagonal t{"", {}, {}};
+    for (int i = 0; i < 20; ++i) {
+        t.d.push_back(static_cast<float>(graded.a[graded.at(i, i)]));
+        if (i < 19)
+            t.e.push_back(static_cast<float>(graded.a[graded.at(i + 1, i)]));
+    }
+    const std::vector<double> expected = t.eigenvalues();
+    const Eigen exact(graded, 'V', 'A', 'L');
+    for (int i = 0; i < 20; ++i)
+        EXPECT_NEAR(exact.w[i], expected[std::size_t(i)], 20 * ulp * std::abs(expected[std::size_t(i)])) << i;
 }
 
 // A result or an info, in time.

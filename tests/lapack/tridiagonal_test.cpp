@@ -1,6 +1,7 @@
 // Solvers for symmetric tridiagonal matrices: eigenvalues against bisection in double, residuals and orthogonality of
 // eigenvectors, on every kind of matrix in support/known_values.hpp.
 #include <algorithm>
+#include <cfenv>
 #include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
@@ -363,9 +364,11 @@ TEST(Tridiagonal, CountsAndSingleValues) {
         }
         EXPECT_EQ(call(SLARRR, n, d, e), n > 2);
     }
-    const std::vector<float> d{1, 2, 0.5F}, lld{1, 5}; // a pivot is 0, and the next two quotients are not numbers
+    const std::vector<float> d{1, 2, -9}, lld{1, 5}; // a pivot is 0, and the next two quotients are not numbers
+    std::feclearexcept(FE_ALL_EXCEPT);
     for (const int r : {1, 2, 3})
-        EXPECT_EQ(call(SLANEG, 3, d, lld, 1.0F, 1.0F, r), 1);
+        EXPECT_EQ(call(SLANEG, 3, d, lld, 1.0F, 1.0F, r), 2);
+    EXPECT_FALSE(std::fetestexcept(FE_DIVBYZERO | FE_INVALID | FE_OVERFLOW));
     int seeds[2][4] = {{1, 2, 3, 5}, {1, 2, 3, 5}};
     float x[200], y[200] = {};
     call(SLARNV, 1, &seeds[0][0], 200, &x[0]);
@@ -465,12 +468,34 @@ TEST(Tridiagonal, QdArraysSolutions) {
     }
 }
 
+// The least d of all rows, of all but the last and of all but the last two, where it is the first.
+TEST(Tridiagonal, TransformsTellTheLeastPivot) {
+    const float q[] = {1, 4, 5, 3, 6}, e[] = {0.5F, 0.25F, 0.5F, 0.5F, 0};
+    const int first = 1, n = 5, now = 0, yes = 1;
+    for (const float tau : {0.0F, 0.125F}) {
+        float x[4 * n] = {}, dmin = 0, dmin1 = 0, dmin2 = 0, dn = 0, dn1 = 0, dn2 = 0;
+        for (int i = 0; i < n; ++i)
+            x[4 * i] = q[i], x[4 * i + 2] = e[i];
+        if (tau == 0)
+            SLASQ6(&first, &n, x, &now, &dmin, &dmin1, &dmin2, &dn, &dn1, &dn2);
+        else
+            SLASQ5(&first, &n, x, &now, &tau, &dmin, &dmin1, &dmin2, &dn, &dn1, &dn2, &yes);
+        std::vector<double> d{double{q[0]} - tau};
+        for (int i = 1; i < n; ++i)
+            d.push_back(q[i] * d.back() / (d.back() + e[i - 1]) - tau);
+        EXPECT_TRUE(dmin == 1 - tau && dmin1 == dmin && dmin2 == dmin);
+        EXPECT_NEAR(dn, d[4], 8 * ulp);
+        EXPECT_NEAR(dn1, d[3], 8 * ulp);
+        EXPECT_NEAR(dn2, d[2], 8 * ulp);
+    }
+}
+
 // All of one interval, of a list without room for all, and the places of counts.
 TEST(Tridiagonal, IntervalsOfAList) {
-    const int n = 20, room = 24, none = 0, steps = 60;
+    const int n = 20, room = 24, none = 0;
     const SecondDifference t(n);
     const float tiny = 1e-30F, width = 1e-5F;
-    const auto run = [&](int job, int count, int mmax, float* ab, int* nab, int* wanted) {
+    const auto run = [&](int job, int count, int mmax, float* ab, int* nab, int* wanted, int steps = 60) {
         int found = -9, info = -9;
         SLAEBZ(&job, &steps, &n, &mmax, &count, &none, &width, &tiny, &tiny, t.d.data(), t.e.data(), t.squares.data(),
                wanted, ab, nullptr, &found, nab, nullptr, nullptr, &info);
@@ -500,6 +525,12 @@ TEST(Tridiagonal, IntervalsOfAList) {
         EXPECT_TRUE(around[i] <= t.value(wanted[i] + 1) && around[2 + i] >= t.value(wanted[i]) - width);
     }
     EXPECT_EQ(run(4, 2, 2, around, aroundCounts, wanted).second, -1);
+    float unequal[] = {0, around[1], 4, around[3]}; // the second is narrow already, and comes first
+    EXPECT_EQ(run(3, 2, 2, unequal, aroundCounts, wanted, 1), std::pair(2, 1));
+    EXPECT_TRUE(wanted[0] == 17 && wanted[1] == 3 && unequal[0] >= around[1]);
+    float above[] = {5, 6};
+    int aboveCounts[] = {n, n};
+    EXPECT_EQ(run(2, 1, 1, above, aboveCounts, nullptr), std::pair(1, 0)); // without values nothing is to be narrowed
 }
 
 // Intervals that are too wide, too narrow, or beside their value become as wide as was asked for, and hold it.
@@ -509,11 +540,11 @@ TEST(Tridiagonal, IntervalsAreRefined) {
     const float tiny = 1e-30F, diameter = 4;
     for (const float ofGap : {0.0F, 0.05F})
         for (const float ofValue : {1e-2F, 4e-6F})
-            for (const float error : {0.02F, 0.0F, -0.3F}) {
+            for (const float error : {0.02F, 0.0F, -0.3F, 0.3F}) {
                 GuardedVector<float> w(last - offset), werr(last - offset), gap(last - offset);
                 for (int k = first; k <= last; ++k) {
                     w[k - offset - 1] = static_cast<float>(t.value(k)) + error;
-                    werr[k - offset - 1] = std::max(error, 0.0F);
+                    werr[k - offset - 1] = error == 0.02F ? error : 0;
                     gap[k - offset - 1] = 0.06F;
                 }
                 GuardedVector<float> againW = w, againErr = werr;
@@ -586,18 +617,24 @@ TEST(Tridiagonal, TwistedVectorsResidual) {
         zero.pivots[0] = zero.pivots[std::size_t(n - 1)] = 1;
         zero.ld[0] = zero.l[0], zero.lld[0] = zero.ld[0] * zero.l[0];
         check(zero, 1, n, 1, row, "zero pivot");
+        zero = t;
+        const auto last = std::size_t(n - 1);
+        zero.pivots[last - 1] = 1;
+        zero.l[last - 1] = zero.ld[last - 1] = 0.5F, zero.lld[last - 1] = 0.25F;
+        zero.pivots[last] = 1.25F;
+        check(zero, 1, n, 1.5F, row, "zero pivot from behind");
     }
 }
 
 // A pivot of 0 is followed by one that is infinite, and a quotient of 0.
 TEST(Tridiagonal, CountsPassInfinitePivots) {
     const int n = 3;
-    const float d[] = {1, 1, 4}, l[] = {1, 1}, e[] = {1, 1}, diagonal[] = {1, 2, 5}, low = 0, one = 1, tiny = 1e-30F;
+    const float d[] = {1, 1, -4}, l[] = {1, 1}, e[] = {1, 1}, diagonal[] = {1, 2, -3}, low = 0, one = 1, tiny = 1e-30F;
     for (const char* job : {"T", "L"}) {
         int inside = -1, left = -1, right = -1, info = -1;
         SLARRC(job, &n, &low, &one, *job == 'T' ? diagonal : d, *job == 'T' ? e : l, &tiny, &inside, &left, &right,
                &info);
-        EXPECT_TRUE(left == 0 && right == 1 && inside == 1) << job << left << ' ' << right;
+        EXPECT_TRUE(left == 1 && right == 2 && inside == 1) << job << left << ' ' << right;
     }
 }
 
@@ -623,18 +660,20 @@ TEST(Tridiagonal, RootsAndVectorsResidual) {
                           0)
                     << what;
                 ASSERT_EQ(m, range == 'A' ? n : n - il + 1) << what;
-                const int dol = m > 2 ? 2 : 1; // all vectors but the first
+                const int dol = m > 2 ? 2 : 1, dou = m > 2 ? m - 1 : m; // all vectors but the first and the last
                 Operand<float> z(n, m, n + 1);
-                EXPECT_EQ(call(SLARRV, n, vl, vu, x.d, e, pivmin, isplit, m, dol, m, minrgp, rtol1, rtol2, w, werr, gap,
-                               iblock, indexw, gers, z, isuppz, work, iwork),
+                EXPECT_EQ(call(SLARRV, n, vl, vu, x.d, e, pivmin, isplit, m, dol, dou, minrgp, rtol1, rtol2, w, werr,
+                               gap, iblock, indexw, gers, z, isuppz, work, iwork),
                           0)
                     << what;
-                GuardedVector<float> wanted(m - dol + 1), values(m);
-                Operand<float> vectors(n, m - dol + 1, n);
+                const int count = dou - dol + 1;
+                GuardedVector<float> wanted(count), values(m);
+                Operand<float> vectors(n, count, n);
                 wanted.set([&](int i, int) { return w[dol - 1 + i]; });
                 vectors.set([&](int i, int j) { return z(i, dol - 1 + j); });
-                expect_pairs(t, wanted, vectors, m - dol + 1, 10, what);
-                EXPECT_TRUE(dol == 1 || z(0, 0) == 0);
+                expect_pairs(t, wanted, vectors, count, 10, what);
+                for (int i = 0; i < n && m > 2; ++i)
+                    EXPECT_TRUE(z(i, 0) == 0 && z(i, m - 1) == 0) << what;
                 std::sort(w.data(), w.data() + m);
                 values.set([&](int i, int) { return w[i]; });
                 EXPECT_TRUE(value_error(t, t.eigenvalues(), values, n - m) <= 5) << what;

@@ -67,7 +67,8 @@ QRV_API void SSTEBZ(const char* range, const char* order, const int* n, const fl
  * isuppz   2*m ints: the first and the last row, from 1, of each vector that are not 0
  * tryrac   asks for eigenvalues of full relative accuracy if not 0; set to 0 if T does not define them so
  * work, lwork    18*n floats, 12*n for jobz 'N', at least 1; lwork = -1 asks for the length
- * iwork, liwork  10*n ints, 8*n for jobz 'N', at least 1; liwork = -1 asks for the length
+ * iwork, liwork  10*n ints, 8*n for jobz 'N', at least 1; liwork = -1 asks for the length, 2^31 - 1 if there is no int
+ *          for it
  * info     10 + |info of SLARRE|: values or representations of a block of T were not found; 22: no representation of a
  *          cluster of eigenvalues
  * Reported: 1, 2, 3, 7 (vl, vu), 8, 9, 13, 14, 17 (lwork), 19 (liwork).
@@ -144,7 +145,7 @@ QRV_API void SORMTR(const char* side, const char* uplo, const char* trans, const
  * isuppz   2*n ints: for jobz 'V' and all eigenvalues, the first and the last row, from 1, that are not 0 of each
  *          eigenvector of the tridiagonal matrix; else not touched
  * work, lwork    26*n floats, at least 1; lwork = -1 asks for the length for full speed
- * iwork, liwork  10*n ints, at least 1; liwork = -1 asks for the length
+ * iwork, liwork  10*n ints, at least 1; liwork = -1 asks for the length, 2^31 - 1 if there is no int for it
  * info     i > 0: i eigenvectors have not converged, or as SSTEBZ; only i - 1 eigenvalues mean something if A was far
  *          from size 1
  * Reported: 1, 2, 3, 4, 6, 8 (vl, vu), 9, 10, 15, 18, 20.

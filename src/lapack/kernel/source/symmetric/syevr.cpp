@@ -155,7 +155,7 @@ SyevrResult syevr(bool vectors, Wanted wanted, Uplo uplo, int n, Matrix<float> a
     if (vectors)
         sort_with_vectors(n, result.found, w, z);
     work[0] = roundup_work(syevr_work(n));
-    iwork[0] = static_cast<int>(syevr_ints(n));
+    iwork[0] = told_ints(syevr_ints(n));
     return result;
 }
 

@@ -14,7 +14,8 @@ struct Counts {
     int negative[pointsAtOnce] = {};
 };
 
-// pivot = add(i) + s, s = s / pivot * factor(i) - x. With `safe` a quotient of infinities has its limit 1.
+// pivot = add(i) + s, s = s / pivot * factor(i) - x. A pivot of 0 becomes a small one, so that nothing is divided by 0;
+// the next quotient is 1 then. With `safe` a quotient of infinities has that limit too.
 template <bool safe, class Add, class Factor>
 void count_rows(int first, int end, Counts& counts, const Add& add, const Factor& factor) {
     float s[pointsAtOnce], x[pointsAtOnce];
@@ -25,9 +26,10 @@ void count_rows(int first, int end, Counts& counts, const Add& add, const Factor
         negative[k] = counts.negative[k];
     }
     for (int i = first; i < end; ++i) {
-        const float term = add(i), scale = factor(i);
+        const float term = add(i), scale = factor(i), least = std::fabs(term) * 0x1p-40F + machine::safeMinimum;
         for (int k = 0; k < pointsAtOnce; ++k) {
-            const float pivot = term + s[k];
+            float pivot = term + s[k];
+            pivot = pivot == 0 ? least : pivot;
             float q = s[k] / pivot;
             if constexpr (safe)
                 q = q != q ? 1 : q;

@@ -43,7 +43,7 @@ struct Down {
         if (guarded && std::fabs(pivot) < leastPivot)
             pivot = -leastPivot;
         t.lPlus[i] = Products<T>{x}.ld(i) / pivot;
-        T next = s * t.lPlus[i] * x.l[i];
+        T next = s * x.l[i] * t.lPlus[i]; // the first product does not wait for the quotient
         if (guarded && t.lPlus[i] == 0)
             next = Products<T>{x}.lld(i);
         t.s[i + 1] = next;
@@ -114,10 +114,13 @@ void lar1v(const Representation& x, T above, T lambda, float leastPivot, float n
     const TwistWork<T> t{work, work + n, work + 2 * std::ptrdiff_t{n}, work + 3 * std::ptrdiff_t{n}};
     const Products<T> products{x};
     const int lowest = result.r < 0 ? 0 : result.r, highest = result.r < 0 ? n - 1 : result.r;
-    int negative = eliminate<false, T>(x, above, lambda, lowest, highest, leastPivot, t);
-    const bool guarded = t.s[highest] != t.s[highest] || t.p[lowest] != t.p[lowest];
-    if (guarded)
+    // Quotients by the least pivot stay in range in double; in float it is kept for matrices that need it.
+    bool guarded = std::is_same_v<T, double>;
+    int negative = eliminate<std::is_same_v<T, double>, T>(x, above, lambda, lowest, highest, leastPivot, t);
+    if (t.s[highest] != t.s[highest] || t.p[lowest] != t.p[lowest]) {
+        guarded = true;
         negative = eliminate<true, T>(x, above, lambda, lowest, highest, leastPivot, t);
+    }
     result.below = negative + (t.s[lowest] + t.p[lowest] < 0);
 
     int r = lowest;
@@ -128,7 +131,11 @@ void lar1v(const Representation& x, T above, T lambda, float leastPivot, float n
             r = i;
         }
 
-    // From row r outward, as far as it matters.
+    // From row r outward, as far as it matters and a float can tell.
+    const auto vanishes = [&](T outer, T inner, int i) {
+        const T size = std::fabs(outer) + std::fabs(inner);
+        return size * std::fabs(x.ld[i]) < negligible || size < 0x1p-149F;
+    };
     result.first = 0;
     result.last = n - 1;
     z[r] = 1;
@@ -136,9 +143,9 @@ void lar1v(const Representation& x, T above, T lambda, float leastPivot, float n
     T inner = 1, before = 0; // the two elements that came last
     for (int i = r - 1; i >= 0; --i) {
         T next = -(t.lPlus[i] * inner);
-        if (guarded && inner == 0 && i + 2 < n)
+        if (guarded && inner == 0 && products.ld(i) != 0) // not in the first step
             next = -(products.ld(i + 1) / products.ld(i)) * before;
-        if ((std::fabs(next) + std::fabs(inner)) * std::fabs(x.ld[i]) < negligible) {
+        if (vanishes(next, inner, i)) {
             z[i] = 0;
             result.first = i + 1;
             break;
@@ -149,12 +156,11 @@ void lar1v(const Representation& x, T above, T lambda, float leastPivot, float n
         inner = next;
     }
     inner = 1;
-    before = r > 0 ? z[r - 1] : 0;
     for (int i = r; i < n - 1; ++i) {
         T next = -(t.uMinus[i] * inner);
-        if (guarded && inner == 0 && i > 0)
+        if (guarded && inner == 0 && products.ld(i) != 0)
             next = -(products.ld(i - 1) / products.ld(i)) * before;
-        if ((std::fabs(next) + std::fabs(inner)) * std::fabs(x.ld[i]) < negligible) {
+        if (vanishes(next, inner, i)) {
             z[i + 1] = 0;
             result.last = i;
             break;

@@ -32,7 +32,7 @@ struct Candidate {
             if (i < x.n - 1) {
                 const double multiplier = double{x.d[i]} * x.l[i] / pivot;
                 l[i] = static_cast<float>(multiplier);
-                s = s * multiplier * x.l[i] - shift;
+                s = s * x.l[i] * multiplier - shift;
             }
         }
     }

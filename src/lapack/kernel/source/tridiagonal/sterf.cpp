@@ -42,11 +42,12 @@ void sweep(int last, float* d, float* e2) {
         const float beside = e2[i], r = p + beside, c0 = c, g0 = g;
         if (i < last - 1)
             e2[i + 1] = s * r;
+        const float reciprocal = r / p; // of c, which then need not wait for g
         c = p / r;
         s = beside / r;
         g = c * (d[i] - shift) - s * g0;
         d[i + 1] = g0 + (d[i] - g);
-        p = c != 0 ? g * g / c : c0 * beside;
+        p = c >= machine::safeMinimum ? g * g * reciprocal : c != 0 ? g * g / c : c0 * beside;
     }
     e2[0] = s * p;
     d[0] = shift + g;
