@@ -33,7 +33,7 @@ public:
         expect(geqrf_schedule_may_apply(*schedule_, task), "a job with nothing to do");
         widest_ = std::max(widest_, task.count);
     }
-    void perform(Task& task, int) {
+    bool perform(Task& task, int) {
         while (geqrf_schedule_may_apply(*schedule_, task)) {
             expect(steps(task.panel) == task.panel, "a panel that is not factored");
             for (int block = task.first; block < task.first + task.count; ++block)
@@ -44,6 +44,7 @@ public:
         }
         for (int block = task.first; block < task.first + task.count; ++block)
             give_back(block);
+        return true;
     }
     bool complete() const {
         bool complete = true;

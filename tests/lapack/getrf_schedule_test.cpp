@@ -46,9 +46,10 @@ public:
         if (!task.waits() && !task.ends())
             check(task);
     }
-    void perform(const Task& t, int) {
+    bool perform(const Task& t, int) {
         for (int block = t.firstBlock; block <= t.last_block(); ++block)
             advance(block, t.lastPanel);
+        return true;
     }
     bool complete() const {
         int complete = factored_ == plan_.panels;

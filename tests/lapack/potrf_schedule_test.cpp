@@ -5,8 +5,9 @@
 #include <vector>
 
 #include "lapack/kernel/source/cholesky/potrf_route.hpp"
-#include "lapack/kernel/source/cholesky/potrf_schedule.hpp"
+#include "lapack/kernel/source/cholesky/potrf_tiles.hpp"
 #include "lapack/task_team.hpp"
+#include "support/cholesky.hpp"
 #include "support/simulated_team.hpp"
 
 namespace qrv::test {
@@ -52,7 +53,7 @@ public:
         });
         expect(qrv_lapack_potrf_sched_depth(table(), &task) > 0, "a task with nothing to do");
     }
-    void perform(PotrfTask& task, int) {
+    bool perform(PotrfTask& task, int) {
         const int ready = qrv_lapack_potrf_sched_depth(table(), &task), products = std::min(ready, task.i - task.step);
         for (const int end = task.step + std::min(products, limit_); task.step < end; ++task.step)
             for_each_tile(task, [&](int tile, int i, int j) {
@@ -68,6 +69,7 @@ public:
         }
         for_each_tile(task, [&](int tile, int, int) { give_back(tile); });
         qrv_lapack_potrf_sched_release(table(), &task);
+        return true;
     }
     bool complete() const {
         bool complete = true;
@@ -108,6 +110,40 @@ TEST(PotrfSchedule, TakesEveryTileThroughItsStepsInOrder) {
                 coarsest = std::max(coarsest, job.coarsest());
             }
     EXPECT_EQ(coarsest, 16);
+}
+
+// The tasks themselves on a small matrix. One whose cell fails keeps it: a teammate that takes one more before it sees
+// the stop must not factor what is left of the cell.
+struct SimulatedFactorization : SimulatedMatrix, lapack::TiledMatrix<float> {
+    SimulatedFactorization(Uplo triangle, int order, Matrix<float> matrix, std::vector<int>& words)
+        : SimulatedMatrix(0), TiledMatrix{triangle, order, 8, 2, matrix, reinterpret_cast<PotrfTable*>(words.data())} {}
+    void begin(int team) {
+        const int tiles = (n - 1) / nb + 1;
+        qrv_lapack_potrf_sched_init(table, &tiles, &team);
+        const PotrfTask leading{1, 1, 0, table->cell};
+        lapack::potrf_serial(uplo, length(1, leading.span), a, {});
+        qrv_lapack_potrf_sched_release(table, &leading);
+    }
+};
+TEST(PotrfSchedule, KeepsACellThatFails) {
+    constexpr int n = 90;
+    for (const Uplo uplo : {Uplo::upper, Uplo::lower}) {
+        const Operand<float> good = definite<float>(uplo, n);
+        Operand<float> whole(good);
+        ASSERT_EQ(lapack::potrf_serial(uplo, n, whole.view(), {}).info, 0);
+        for (const int bad : {n, 37, 62, 85})
+            for (unsigned seed = 0; seed < 20; ++seed) {
+                Operand<float> a(good);
+                if (bad < n)
+                    a(bad, bad) = -1;
+                std::vector<int> words(200);
+                SimulatedFactorization job(uplo, n, a.view(), words);
+                ASSERT_EQ(simulate(job, 4, seed), "");
+                ASSERT_EQ(job.result.info, bad < n ? bad + 1 : 0) << letter(uplo) << seed;
+                for (int j = 0; j < bad; ++j)
+                    ASSERT_NEAR(a(j, j), whole(j, j), 1e-4) << letter(uplo) << seed << ' ' << bad;
+            }
+    }
 }
 
 // Threads give cells back without a lock, tile by tile, and others claim them at once. Tasks that do nothing else make

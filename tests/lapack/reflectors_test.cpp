@@ -177,8 +177,8 @@ Operand<T> factor_of(const StoredQ<T>& q) {
 struct BlockSize {
     int n, k, zeros;
 };
-constexpr BlockSize blockSizes[] = {{1, 1, 0},    {3, 3, 0},   {9, 2, 2},  {20, 5, 0},
-                                    {40, 16, 24}, {70, 33, 7}, {33, 32, 0}};
+constexpr BlockSize blockSizes[] = {{1, 1, 0},    {3, 3, 0},   {9, 2, 2},   {20, 5, 0},
+                                    {40, 16, 24}, {70, 33, 7}, {33, 32, 0}, {9, 4, 7}};
 
 TYPED_TEST(Reflectors, BlockResiduals) {
     using T = TypeParam;
@@ -196,9 +196,10 @@ TYPED_TEST(Reflectors, BlockResiduals) {
                                 Operand<T> c(m, n, m + 1, 1);
                                 std::minstd_rand random(static_cast<unsigned>(across));
                                 c.fill_random(random);
-                                for (int i = 0; i < size.n; ++i) // a last column or row of zeros
-                                    if (across == 7)
-                                        (left ? c(i, 6) : c(6, i)) = T();
+                                const int place = std::max(size.k, size.n - size.zeros) - 1;
+                                for (int i = 0; i < size.n; ++i) // a last column or row of zeros, or nearly so
+                                    if (across == 7 || (across == 37 && i != place))
+                                        (left ? c(i, across - 1) : c(across - 1, i)) = T();
                                 const bool upright = left && form == BlockWork::upright;
                                 Operand<T> work(upright ? size.k : across, upright ? across : size.k,
                                                 (upright ? size.k : across) + 2);

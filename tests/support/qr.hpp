@@ -6,11 +6,11 @@
 
 namespace qrv::test {
 
-// Ordinary, near overflow and underflow, with columns of sizes far apart, equal, nearly equal, zero, and zero but for
-// their head.
-enum class QrKind { plain, huge, tiny, graded, equal, near, sparse };
-constexpr QrKind qrKinds[] = {QrKind::plain, QrKind::huge, QrKind::tiny,  QrKind::graded,
-                              QrKind::equal, QrKind::near, QrKind::sparse};
+// Ordinary, near overflow and underflow, with columns of sizes far apart, equal, nearly equal, zero and zero but for
+// their head; the first one lost beside its head, and others a large multiple of their neighbours.
+enum class QrKind { plain, huge, tiny, graded, equal, near, sparse, lost };
+constexpr QrKind qrKinds[] = {QrKind::plain, QrKind::huge, QrKind::tiny,   QrKind::graded,
+                              QrKind::equal, QrKind::near, QrKind::sparse, QrKind::lost};
 
 template <class T>
 Operand<T> qr_matrix(int m, int n, QrKind kind = QrKind::plain) {
@@ -28,6 +28,10 @@ Operand<T> qr_matrix(int m, int n, QrKind kind = QrKind::plain) {
                 a(i, j) = a(i, j - j % 3) + 0x1p-9F * a(i, j);
             if (kind == QrKind::sparse && (j % 4 == 1 || (j % 4 == 2 && i > 0)))
                 a(i, j) = T();
+            if (kind == QrKind::lost && j == 0)
+                a(i, j) = i == 0 ? scalar<T>(0x1p100F) : 0x1p-16F * a(i, j);
+            if (kind == QrKind::lost && j % 3 == 2)
+                a(i, j) = 0x1p119F * a(i, j - 1);
         }
     return a;
 }

@@ -52,8 +52,9 @@ std::string simulate(Job& job, int team, unsigned seed) {
     struct Member {
         int thread;
         typename Job::Task task;
-        bool atWork = false;
+        bool atWork = false, sawStop = false;
     };
+    bool stopped = false; // by a task that failed; others may take one more before they see it
     std::mt19937 random(seed);
     std::vector<Member> members;
     job.begin(team);
@@ -64,9 +65,19 @@ std::string simulate(Job& job, int team, unsigned seed) {
         const std::size_t turn = random() % members.size();
         Member& member = members[turn];
         ++waits;
-        if (member.atWork)
-            job.perform(member.task, member.thread), member.atWork = false, waits = 0;
-        else if (job.next(member.thread, member.task); member.task.ends())
+        if (member.atWork) {
+            if (!job.perform(member.task, member.thread))
+                stopped = member.sawStop = true;
+            member.atWork = false, waits = 0;
+            continue;
+        }
+        bool ends = member.sawStop;
+        if (!ends) {
+            member.sawStop = stopped;
+            job.next(member.thread, member.task);
+            ends = member.task.ends();
+        }
+        if (ends)
             members.erase(members.begin() + static_cast<std::ptrdiff_t>(turn));
         else if (!member.task.waits())
             member.atWork = true, waits = 0;

@@ -63,8 +63,8 @@ struct StoredQ {
     }
 };
 
-// Vectors at random, all that is no element of them NaN; nearly unitary, one of them the identity. The last `zeros`
-// elements of all are 0, which counts forward.
+// Vectors at random, all that is no element of them NaN, or 0 if they are short; nearly unitary, one of them the
+// identity. The last `zeros` elements of all are 0, which counts forward.
 template <class T>
 struct RandomReflectors {
     Operand<T> v;
@@ -79,7 +79,7 @@ struct RandomReflectors {
         v.set([&](int i, int j) {
             const int place = q.by_columns() ? i : j, one = q.unit(q.by_columns() ? j : i);
             if (q.forward() ? place <= one : place >= one)
-                return all_parts<T>(nan);
+                return n < 10 ? T() : all_parts<T>(nan);
             return place >= n - zeros ? T() : any_size_one<T>(random);
         });
         const float square = 1 + static_cast<float>(n * int(sizeof(T) / sizeof(float))) / 3; // about that of a v

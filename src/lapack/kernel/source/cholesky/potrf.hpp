@@ -5,9 +5,9 @@
 // of the factor are real. info is 0, or the order of the first leading block that is not positive definite: the factor
 // is complete before that column. A pivot that is NaN is not positive.
 //
-//   unblocked   the leaf: blocks of 32 by the serial kernels         potrf_unblocked.cpp, potrf_left_looking.hpp
+//   unblocked   the leaf: small blocks by the serial kernels         potrf_unblocked.cpp, potrf_left_looking.hpp
 //   serial      left-looking over blocks, recursive in the diagonal  potrf_serial.cpp
-//   tiles       tasks on square tiles, handed out as they ripen      potrf_omp.cpp, potrf_schedule.hpp
+//   tiles       tasks on square tiles, handed out as they ripen      potrf_omp.cpp, potrf_tiles.hpp, potrf_schedule.hpp
 //
 // The progress routine is called after each leaf. If it asks to stop, the routes return at once: what lies behind the
 // leaves until then is in the state that the route had reached.
