@@ -10,6 +10,7 @@
 #include <regex>
 #include <thread>
 
+#include "busy.hpp"
 #include "case.hpp"
 #include "library.hpp"
 #include "measure.hpp"
@@ -26,7 +27,7 @@ struct Options {
     std::vector<std::string> ours, peers, classes;
     std::vector<int> threads = {1, 2};
     std::filesystem::path out = "build/bench";
-    int beta = 1;
+    int beta = 1, busy = 0;
     bool quick = false, detectedOnly = false;
     Effort effort;
 };
@@ -249,6 +250,9 @@ void parse(CLI::App& app, Options& options) {
     app.add_option("--offset", operandOffset, "bytes past a cache line where operands begin, as malloc's do by 16")
         ->check(CLI::IsMember({0, 4, 8, 16, 32, 48}))
         ->capture_default_str();
+    app.add_option("--busy", options.busy, "so many processes that compute beside the contest")
+        ->check(CLI::Range(0, 1024))
+        ->capture_default_str();
     app.add_option("--repetitions", options.effort.repetitions)->check(CLI::Range(1, 1000))->capture_default_str();
     app.add_option("--seconds", options.effort.seconds, "least time of a repetition")
         ->check(CLI::PositiveNumber)
@@ -285,6 +289,7 @@ int run(Options& options) {
     double load = 0;
     getloadavg(&load, 1);
     fmt::print("{}, load {:.1f}{}\n\n", machine, load, load > 0.5 ? ": not quiet, expect noise (see --best)" : "");
+    const BusyNeighbours neighbours(options.busy);
     initialize(options.effort);
     Run bench(options, load_libraries(options));
     const bool correct = bench.measure(cases);
