@@ -159,6 +159,7 @@ TEST(GetrfRoute, FollowsThreadsAndTuning) {
           Row{250, 250, {2, 64, 64, 64, 66}, Kind::dynamic}, Row{1000, 1000, {8, 64, 64, 64, 66}, Kind::dynamic}}) {
         const auto route = lapack::getrf_route(row.m, row.n, row.machine);
         EXPECT_EQ(route.kind, row.kind) << row.m << " x " << row.n;
+        EXPECT_EQ(route.alone, row.kind == Kind::serial && row.machine.cpuMa == 66);
         EXPECT_EQ(route.threads, row.kind == Kind::ib || row.kind == Kind::dynamic ? row.machine.threads : 1);
     }
 }

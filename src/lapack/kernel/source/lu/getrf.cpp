@@ -31,7 +31,7 @@ int factor(const GetrfRoute& route, int m, int n, Matrix<T> a, int* ipiv) {
     case GetrfRoute::Kind::unblocked:
         return getrf_unblocked(m, n, a, ipiv);
     default:
-        return getrf_recursive(m, n, a, ipiv, {}).info;
+        return getrf_recursive(m, n, a, ipiv, {}, route.alone).info;
     }
 }
 

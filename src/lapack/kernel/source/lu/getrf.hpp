@@ -35,8 +35,9 @@ struct Panel {
 template <class T>
 int getrf_unblocked(int m, int n, Matrix<T> a, int* ipiv);
 
+// `alone`: its products take no threads.
 template <class T>
-FactorResult getrf_recursive(int m, int n, Matrix<T> a, int* ipiv, FactorPlace place);
+FactorResult getrf_recursive(int m, int n, Matrix<T> a, int* ipiv, FactorPlace place, bool alone = false);
 
 // On a team of at most `threads`.
 template <class T>

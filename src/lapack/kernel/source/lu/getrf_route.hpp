@@ -12,6 +12,7 @@ struct GetrfRoute {
     Kind kind = Kind::serial;
     int threads = 1;
     int blockSize = 0;
+    bool alone = false; // the products of the serial route are the calling thread's too
 };
 
 // The static route alone: on one thread there is nothing to share.
@@ -22,7 +23,8 @@ constexpr GetrfRoute getrf_ib_route(int threads) {
 
 // Where threads go by work, one in a factorization must get so much more than in a product, for the panels that it
 // waits for and the lock: two threads took 0.98 of the time of one at n = 192, 0.86 at 256, 0.77 at 320 and 0.70 at
-// 384, complex ones 0.88 at 192 and 0.70 at 256.
+// 384, complex ones 0.88 at 192 and 0.70 at 256. Below, teams in the products alone gained a twentieth at 256, and cost
+// a time slice each where a core is busy.
 inline constexpr double panelCost = 48;
 
 // Multiply-adds of the elements.
@@ -51,7 +53,7 @@ GetrfRoute getrf_route(int m, int n, const Machine& machine) {
                             ? threads_by_work(machine.products() * getrf_work(m, n) / panelCost, machine)
                             : machine.budget();
     if (threads <= 1)
-        return {};
+        return {.alone = goes_by_work(machine)};
     if (machine.crossover(threads) >= n)
         return {Kind::ib, threads};
     const int nb = machine.block_size(threads);

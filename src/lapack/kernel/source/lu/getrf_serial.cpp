@@ -3,7 +3,8 @@
 // linear-algebra algorithms, IBM J. Res. Dev. 41, 1997; S. Toledo, Locality of reference in LU decomposition with
 // partial pivoting, SIAM J. Matrix Anal. Appl. 18, 1997.)
 //
-// The products and solves decide on threads for themselves; inside a parallel region they get one.
+// The products and solves decide on threads for themselves, unless the call is to be one thread's; inside a parallel
+// region they get one.
 #include <algorithm>
 
 #include "blas/calls.hpp"
@@ -28,7 +29,9 @@ constexpr int blockWidths[] = {8192, 4096, 2048, 1024, 128, 64, 32, 16, 0};
 // The step updates the panel A11, A21 with everything left of it and factors it, makes its interchanges on both sides
 // and computes the rows A12 of U. What is below them waits for its own turn as a panel.
 template <class T>
-FactorResult getrf_recursive(int m, int n, Matrix<T> a, int* ipiv, FactorPlace place) {
+FactorResult getrf_recursive(int m, int n, Matrix<T> a, int* ipiv, FactorPlace place, bool alone) {
+    const auto gemm = alone ? kernel::gemm<T> : blas::gemm<T>;
+    const auto trsm = alone ? kernel::trsm<T> : blas::trsm<T>;
     const int width = getrf_block_width(blockWidths, n);
     if (width == 0)
         return getrf_leaf(m, n, a, ipiv, place);
@@ -40,8 +43,8 @@ FactorResult getrf_recursive(int m, int n, Matrix<T> a, int* ipiv, FactorPlace p
         const Matrix<T> A01 = a.block(0, j), A02 = a.block(0, j + jb);
         const Matrix<T> A10 = a.block(j, 0), A11 = a.block(j, j), A12 = a.block(j, j + jb);
         if (j > 0) // A11 and A21 at once
-            blas::gemm(Op::none, Op::none, m - j, jb, j, minusOne, A10, A01, one, A11);
-        const FactorResult result = getrf_recursive(m - j, jb, A11, ipiv + j, {place.thread, place.offset + j});
+            gemm(Op::none, Op::none, m - j, jb, j, minusOne, A10, A01, one, A11);
+        const FactorResult result = getrf_recursive(m - j, jb, A11, ipiv + j, {place.thread, place.offset + j}, alone);
         if (result.stopped)
             return {whole.info, true};
         getrf_append(whole, result, {j, jb}, ipiv);
@@ -49,8 +52,8 @@ FactorResult getrf_recursive(int m, int n, Matrix<T> a, int* ipiv, FactorPlace p
         if (right > 0) {
             laswp(right, A02, j + 1, j + jb, ipiv);
             if (j > 0)
-                blas::gemm(Op::none, Op::none, jb, right, j, minusOne, A10, A02, one, A12);
-            blas::trsm(Side::left, Uplo::lower, Op::none, Diag::unit, jb, right, one, A11, A12);
+                gemm(Op::none, Op::none, jb, right, j, minusOne, A10, A02, one, A12);
+            trsm(Side::left, Uplo::lower, Op::none, Diag::unit, jb, right, one, A11, A12);
         }
     }
     return whole;
@@ -76,8 +79,8 @@ void getrf_apply_panel(int m, Matrix<T> a, const int* ipiv, Panel panel, int fir
                    a.block(next, first));
 }
 
-template FactorResult getrf_recursive(int, int, Matrix<float>, int*, FactorPlace);
-template FactorResult getrf_recursive(int, int, Matrix<SingleComplex>, int*, FactorPlace);
+template FactorResult getrf_recursive(int, int, Matrix<float>, int*, FactorPlace, bool);
+template FactorResult getrf_recursive(int, int, Matrix<SingleComplex>, int*, FactorPlace, bool);
 template void getrf_apply_panel(int, Matrix<float>, const int*, Panel, int, int);
 template void getrf_apply_panel(int, Matrix<SingleComplex>, const int*, Panel, int, int);
 
