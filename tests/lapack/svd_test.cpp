@@ -183,6 +183,12 @@ TEST(BidiagonalSvd, ResidualOfKeptSweeps) {
         Operand<float> u = identity_operand(n), vt = u;
         EXPECT_EQ(call(SBDSQR, 'U', n, n, n, 0, s, e, vt, u, nullptr, 1, work), 0);
         EXPECT_LT(error_of(b, s, u, vt), 8) << b.name;
+        if (b.name == "graded") { // C by itself
+            std::vector<float> values = b.d, beside = b.e;
+            Operand<float> c = identity_operand(n);
+            EXPECT_EQ(call(SBDSQR, 'U', n, 0, 0, n, values, beside, nullptr, 1, nullptr, 1, c, work), 0);
+            EXPECT_LT(norm(WideMatrix<float>(c) - WideMatrix<float>(u).adjoint(), 'M'), 1e-4);
+        }
     }
 }
 
@@ -307,10 +313,22 @@ TEST(BidiagonalSvd, MergesAreTheirSteps) {
         EXPECT_LE(largest_difference(d, whole), 1e-6);
         EXPECT_LE(std::max(difference(u, wholeU), difference(vt, wholeVt)), 1e-5);
 
-        std::fill(d.begin(), d.end(), 0.0F);
-        const float none = 0;
-        EXPECT_EQ(call(SLASD1, nl, nr, sqre, d, &none, &none, wholeU, wholeVt, idxq, ints, work), 0);
-        EXPECT_EQ(std::count(d.begin(), d.end(), 0.0F), n) << "of nothing";
+        // Parts that are diagonal, and a row between them with one element at most: z has one too.
+        for (const float size : {0.0F, 1.0F}) {
+            double expected = size, found = 0;
+            for (int i = 0; i < n; ++i) {
+                d[std::size_t(i)] = size * float(i + 1);
+                idxq[std::size_t(i)] = i < nl ? i + 1 : i - nl;
+                expected += i == nl ? 0 : double{d[std::size_t(i)]} * d[std::size_t(i)];
+            }
+            Operand<float> left = identity_operand(n), right = identity_operand(m);
+            const float none = 0;
+            EXPECT_EQ(call(SLASD1, nl, nr, sqre, d, &none, &size, left, right, idxq, ints, work), 0);
+            for (const float value : d)
+                found += double{value} * value;
+            EXPECT_NEAR(found, expected, 1e-5 * expected) << size;
+            EXPECT_LT(orthogonality_error(WideMatrix<float>(left)), 8) << size;
+        }
     }
 }
 

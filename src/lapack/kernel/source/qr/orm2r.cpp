@@ -26,18 +26,19 @@ void reflect(Side side, int rest, int across, Vector<const T> v, T tau, Vector<T
     kernel::axpy(across, -tau, w, one);
 }
 
-// The panel is one reflector, which lies in a row if form is LQ.
+// The panel is one reflector, whose vector without the 1 is v.
 template <class T>
-void apply_one(Side side, Op op, int m, int n, const QPanel<T>& panel, QForm form, T tau, Matrix<T> c, T* work) {
-    const bool left = side == Side::left, oneBehind = form == QForm::ql;
+void apply_one(Side side, Op op, int m, int n, const QPanel<T>& panel, bool oneBehind, Vector<const T> v, T tau,
+               Matrix<T> c, T* work) {
+    const bool left = side == Side::left;
     const int rest = panel.length - 1, across = left ? n : m;
     const int one = panel.row + (oneBehind ? rest : 0), others = panel.row + (oneBehind ? 0 : 1);
-    const int first = oneBehind ? 0 : smaller(1, rest);
-    const Vector<const T> v = form == QForm::lq ? panel.v.row(0, first) : panel.v.column(first, 0);
     const Vector<T> meetsOne = left ? c.row(one, 0) : c.column(0, one);
     const Matrix<T> other = rest == 0 ? c : left ? c.block(others, 0) : c.block(0, others);
     reflect(side, rest, across, v, op == Op::none ? tau : conj(tau), meetsOne, other, work);
 }
+
+constexpr int shortRow = 64; // copied on the stack to be conjugated
 
 } // namespace
 
@@ -50,9 +51,20 @@ void orm2(QForm form, Side side, Op op, int m, int n, int k, Matrix<const T> a, 
     for (int step = 0; step < k; ++step) {
         const int i = up ? step : k - 1 - step;
         const QPanel<T> panel = q.panel(i, 1);
-        if (form != QForm::lq || !isComplex<T>) {
-            apply_one(side, opOfProduct, m, n, panel, form, tau[i], c, work);
-        } else { // a row is v^H, which level 2 would want conjugated
+        const int rest = panel.length - 1;
+        const auto apply = [&](Vector<const T> v) {
+            apply_one(side, opOfProduct, m, n, panel, form == QForm::ql, v, tau[i], c, work);
+        };
+        if (form != QForm::lq) {
+            apply(panel.v.column(form == QForm::ql ? 0 : smaller(1, rest), 0));
+        } else if (const Vector<const T> row = panel.v.row(0, smaller(1, rest)); !isComplex<T>) {
+            apply(row);
+        } else if (rest <= shortRow) { // a row is v^H
+            T v[shortRow];
+            for (int r = 0; r < rest; ++r)
+                v[r] = conj(row[r]);
+            apply({v, 1});
+        } else {
             const Matrix<T> touched = left ? c.block(panel.row, 0) : c.block(0, panel.row);
             larfb<T>(side, opOfProduct, {q.direct(), q.store(), 1, panel.v, {tau + i, 1}}, left ? panel.length : m,
                      left ? n : panel.length, touched, {work, left ? n : m});

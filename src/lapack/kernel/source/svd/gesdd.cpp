@@ -117,11 +117,11 @@ private:
     void reduce(int rows, int columns, Matrix<T> b) const {
         gebrd(rows, columns, b, s_, e_, tauq_, taup_, work_.first, work_.length());
     }
-    int find_values(Uplo form) const {
+    int find_values() const { // a lower matrix has those of its transpose
         if constexpr (real)
-            return bdsdc_values(form, k_, s_, e_, work_.first);
+            return bdsdc_values(Uplo::upper, k_, s_, e_, work_.first);
         else
-            return bdsdc_values(form, k_, s_, e_, divideWork_);
+            return bdsdc_values(Uplo::upper, k_, s_, e_, divideWork_);
     }
     // The vectors of B, square, into `far` and `near`; complex ones stay apart if `far` is null.
     int divide(Uplo form, Matrix<T> far, Matrix<T> near) const {
@@ -169,8 +169,7 @@ private:
     }
     // `lines` vectors of Q in the place of the reflectors. For all of them the published least work may not do.
     bool generate_q(int lines, Matrix<T> x) const {
-        const WorkArea<T> area(work_.first, work_.count,
-                               std::max<std::int64_t>(lines, work_.count < lines ? lines : 0));
+        const WorkArea<T> area(work_.first, work_.count, lines);
         if (!area.data())
             return false;
         const int length = std::max(work_.length(), lines);
@@ -189,7 +188,7 @@ private:
         factor();
         clear_behind_triangle(a_);
         reduce(k_, k_, a_);
-        return find_values(Uplo::upper);
+        return find_values();
     }
 
     int longest() {
@@ -232,7 +231,7 @@ private:
     int values() {
         take_diagonals();
         reduce(m_, n_, a_);
-        return find_values(form_of_a());
+        return find_values();
     }
 
     int square() {
@@ -314,10 +313,9 @@ private:
         else
             larcm(k_, length, realFar_, x, target, room);
     }
-    void multiply_a_by_real_vectors(float* room) const {
-        const std::int64_t most = std::min<std::int64_t>(work_.count / k_, 2 * std::int64_t{k_} + 2);
+    void multiply_a_by_real_vectors(float* room) const { // l < 2 k here, for which `room` does
         for (int done = 0, size; done < l_; done += size) {
-            size = static_cast<int>(std::min<std::int64_t>(most, l_ - done));
+            size = static_cast<int>(std::min<std::int64_t>(work_.count / k_, l_ - done));
             const Matrix<T> part = from(a_, done), strip = new_far(work_.first, size);
             multiply_by_real_vectors(size, part, strip, room);
             copy(Part::whole, size, k_, strip, part);
