@@ -61,6 +61,12 @@ TEST(Tridiagonal, SterfValuesAsSolutions) {
             EXPECT_EQ(call(SSTERF, n, x.d, x.e), 0) << t.name << ' ' << n;
             EXPECT_TRUE(value_error(t, t.eigenvalues(), x.d) <= 2) << t.name << ' ' << n;
         }
+    const Tridiagonal shifted{"", {0, 0, -1}, {1, 1}}; // its shift is its last element, and the first cosine 0
+    Overwritten x(shifted);
+    std::feclearexcept(FE_ALL_EXCEPT);
+    EXPECT_EQ(call(SSTERF, 3, x.d, x.e), 0);
+    EXPECT_FALSE(std::fetestexcept(FE_DIVBYZERO | FE_INVALID | FE_OVERFLOW));
+    EXPECT_TRUE(value_error(shifted, shifted.eigenvalues(), x.d) <= 2);
 }
 
 // Bisection and inverse iteration in guarded memory.

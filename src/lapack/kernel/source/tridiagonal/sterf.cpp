@@ -16,6 +16,7 @@ namespace {
 
 constexpr float unit = machine::epsilon;
 constexpr int sweepsPerValue = 30;
+constexpr float leastCosine = 0x1p-100F; // squared, whose reciprocal is in range
 
 // The last row of the block that begins at `first`: behind it the matrix comes apart, and is cut.
 int end_of_block(int first, int n, const float* d, float* e) {
@@ -42,12 +43,13 @@ void sweep(int last, float* d, float* e2) {
         const float beside = e2[i], r = p + beside, c0 = c, g0 = g;
         if (i < last - 1)
             e2[i + 1] = s * r;
-        const float reciprocal = r / p; // of c, which then need not wait for g
+        // The reciprocal of c, if it is in range, need not wait for g.
+        const float divisor = std::max(p, std::max(r * leastCosine, machine::safeMinimum)), reciprocal = r / divisor;
         c = p / r;
         s = beside / r;
         g = c * (d[i] - shift) - s * g0;
         d[i + 1] = g0 + (d[i] - g);
-        p = c >= machine::safeMinimum ? g * g * reciprocal : c != 0 ? g * g / c : c0 * beside;
+        p = divisor == p ? g * g * reciprocal : c != 0 ? g * g / c : c0 * beside;
     }
     e2[0] = s * p;
     d[0] = shift + g;
