@@ -169,7 +169,7 @@ private:
             for (int j = p_.range.end, count; j < p_.n; j += count) {
                 count = std::min(w_.columns, p_.n - j);
                 const Matrix<float> rows = p_.h.block(first_, j);
-                blas::gemm(Op::transpose, Op::none, order_, count, order_, 1, w_.v, rows, 0, w_.t);
+                multiply(Op::transpose, order_, count, order_, w_.v, rows, w_.t);
                 lacpy<float>(Part::whole, order_, count, w_.t, rows);
             }
         if (p_.wantZ)
@@ -179,7 +179,7 @@ private:
         for (int i = begin, count; i < end; i += count) {
             count = std::min(w_.rows, end - i);
             const Matrix<float> columns = a.block(i, 0);
-            blas::gemm(Op::none, Op::none, count, order_, order_, 1, columns, w_.v, 0, w_.wv);
+            multiply(Op::none, count, order_, order_, columns, w_.v, w_.wv);
             lacpy<float>(Part::whole, count, order_, w_.wv, columns);
         }
     }

@@ -225,7 +225,7 @@ private:
         for (int j = window_end(), count; j < end_column(); j += count) {
             count = std::min(w_.columns, end_column() - j);
             const Matrix<float> rows = h_.block(at, j);
-            blas::gemm(Op::transpose, Op::none, order, count, order, 1, u, rows, 0, w_.wh);
+            multiply(Op::transpose, order, count, order, u, rows, w_.wh);
             lacpy<float>(Part::whole, order, count, w_.wh, rows);
         }
         multiply_columns(first_row(), window_first_row(), h_.block(0, at), order, u);
@@ -236,7 +236,7 @@ private:
         for (int i = begin, count; i < end; i += count) {
             count = std::min(w_.rows, end - i);
             const Matrix<float> columns = a.block(i, 0);
-            blas::gemm(Op::none, Op::none, count, order, order, 1, columns, u, 0, w_.wv);
+            multiply(Op::none, count, order, order, columns, u, w_.wv);
             lacpy<float>(Part::whole, count, order, w_.wv, columns);
         }
     }
