@@ -22,7 +22,7 @@ using Wide = WideMatrix<float>;
 
 // m x n with room for the fill-in of U, which is not set.
 Band general_band(const BandShape& s, unsigned seed) {
-    Band stored(Form{s.m, s.n, Form::general, 'A', 'N', true, s.kl, s.kv()}, {.extra = 1, .offset = 3});
+    Band stored(Form{s.m, s.n, Form::general, 'A', 'N', true, s.kl, s.kv()}, {.extra = s.kl % 3, .offset = 3});
     Band elements(Form{s.m, s.n, Form::general, 'A', 'N', true, s.kl, s.ku}, {});
     std::mt19937 random(seed);
     elements.fill_random(random);
@@ -35,7 +35,7 @@ Wide meant(const BandShape& s, const Band& a) {
 Band triangle(Uplo uplo, Diag diag, int n, int kd, unsigned seed) {
     const bool upper = uplo == Uplo::upper;
     Band a(Form{n, n, Form::triangular, letter(uplo), letter(diag), true, upper ? 0 : kd, upper ? kd : 0},
-           {.extra = 2});
+           {.extra = kd % 3}); // none with kd = 0: its diagonals are rows of one element
     std::mt19937 random(seed);
     a.fill_random(random);
     return a;
@@ -43,7 +43,7 @@ Band triangle(Uplo uplo, Diag diag, int n, int kd, unsigned seed) {
 // Symmetric, its diagonal outweighing its rows.
 Band definite_band(Uplo uplo, int n, int kd) {
     const bool upper = uplo == Uplo::upper;
-    Band a(Form{n, n, Form::symmetric, letter(uplo), 'N', true, upper ? 0 : kd, upper ? kd : 0}, {.extra = 1});
+    Band a(Form{n, n, Form::symmetric, letter(uplo), 'N', true, upper ? 0 : kd, upper ? kd : 0}, {.extra = kd % 3});
     std::mt19937 random(static_cast<unsigned>(n + kd));
     a.fill_random(random);
     for (int i = 0; i < n; ++i)

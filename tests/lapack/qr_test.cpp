@@ -113,6 +113,7 @@ TYPED_TEST(Qr, ResidualsOfHighMatrices) {
         expect(n, Kind::plain, true);
     for (const Kind kind : qrKinds)
         expect(20, kind, kind == Kind::plain);
+    expect(9, Kind::far, false);
     const WorkMemoryProbe refusing(0, anySize);
     expect(20, Kind::plain, false);
 }

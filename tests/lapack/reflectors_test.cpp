@@ -273,5 +273,32 @@ TEST(ReflectorParts, LengthsAndQuotients) {
     EXPECT_TRUE((lapack::ladiv({1, 2}, {infinity, 1}) == SingleComplex{0, 0}));
 }
 
+// Reductions turn a column [3 4] to -5, as published: theirs are the reflectors without cancellation, not positive
+// ones.
+TEST(ReflectorParts, OfReductionsAreNotPositive) {
+    const int n = 3, one = 1;
+    int info = -1;
+    float a[9], d[3], e[3], tau[3], more[3], x[9], y[9];
+    const auto fresh = [&] {
+        constexpr float given[] = {0, 3, 4, 3, 2, 3, 4, 3, 2};
+        std::copy_n(given, 9, a);
+        return a;
+    };
+    SSYTD2("L", &n, fresh(), &n, d, e, tau, &info);
+    EXPECT_EQ(e[0], -5);
+    SLATRD("L", &n, &one, fresh(), &n, e, tau, x, &n);
+    EXPECT_EQ(e[0], -5);
+    SLATRD("U", &n, &one, fresh(), &n, e, tau, x, &n);
+    EXPECT_EQ(e[1], -5);
+    SGEHD2(&n, &one, &n, fresh(), &n, tau, x, &info);
+    EXPECT_EQ(a[1], -5);
+    SLAHR2(&n, &one, &one, fresh(), &n, tau, x, &n, y, &n);
+    EXPECT_EQ(a[1], -5);
+    SGEBD2(&n, &n, fresh(), &n, d, e, tau, more, x, &info);
+    EXPECT_EQ(d[0], -5);
+    SLABRD(&n, &n, &one, fresh(), &n, d, e, tau, more, x, &n, y, &n);
+    EXPECT_EQ(d[0], -5);
+}
+
 } // namespace
 } // namespace qrv::test

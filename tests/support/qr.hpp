@@ -7,10 +7,11 @@
 namespace qrv::test {
 
 // Ordinary, near overflow and underflow, with columns of sizes far apart, equal, nearly equal, zero and zero but for
-// their head; the first one lost beside its head, and others a large multiple of their neighbours.
-enum class QrKind { plain, huge, tiny, graded, equal, near, sparse, lost };
-constexpr QrKind qrKinds[] = {QrKind::plain, QrKind::huge, QrKind::tiny,   QrKind::graded,
-                              QrKind::equal, QrKind::near, QrKind::sparse, QrKind::lost};
+// their head; the first one lost beside its head; the last one beyond squares, of odd n by itself, of even n a
+// multiple of the one before it.
+enum class QrKind { plain, huge, tiny, graded, equal, near, sparse, lost, far };
+constexpr QrKind qrKinds[] = {QrKind::plain, QrKind::huge,   QrKind::tiny, QrKind::graded, QrKind::equal,
+                              QrKind::near,  QrKind::sparse, QrKind::lost, QrKind::far};
 
 template <class T>
 Operand<T> qr_matrix(int m, int n, QrKind kind = QrKind::plain) {
@@ -25,13 +26,13 @@ Operand<T> qr_matrix(int m, int n, QrKind kind = QrKind::plain) {
             if (kind == QrKind::equal && j % 3 > 0)
                 a(i, j) = a(i, j - j % 3);
             if (kind == QrKind::near && j % 3 > 0)
-                a(i, j) = a(i, j - j % 3) + 0x1p-9F * a(i, j);
+                a(i, j) = (j % 3 == 2 ? 0.5F : 1.0F) * a(i, j - j % 3) + 0x1p-9F * a(i, j);
             if (kind == QrKind::sparse && (j % 4 == 1 || (j % 4 == 2 && i > 0)))
                 a(i, j) = T();
             if (kind == QrKind::lost && j == 0)
                 a(i, j) = i == 0 ? scalar<T>(0x1p100F) : 0x1p-16F * a(i, j);
-            if (kind == QrKind::lost && j % 3 == 2)
-                a(i, j) = 0x1p119F * a(i, j - 1);
+            if (kind == QrKind::far && j > 0 && j == n - 1)
+                a(i, j) = 0x1p119F * a(i, n % 2 == 0 ? j - 1 : j);
         }
     return a;
 }
