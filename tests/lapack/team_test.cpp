@@ -1,5 +1,6 @@
 // LAPACK's own regions on teams: factors are right, whatever the team and the work memory that is there.
 #include "lapack/calls/bidiagonal.hpp"
+#include "lapack/calls/nonsymmetric.hpp"
 #include "lapack/calls/symmetric.hpp"
 #include "lapack/kernel/source/bidiagonal/labrd.hpp"
 #include "lapack/kernel/source/cholesky/potrf.hpp"
@@ -119,6 +120,41 @@ void add_tridiagonal(std::vector<TeamCase>& cases, std::initializer_list<int> or
         }
 }
 
+// A sweep of bulges beside one without a team. The large one asks for threads by itself.
+struct SweepResult {
+    Operand<float> h, z;
+
+    SweepResult(int n, int ns, bool wantT, int threads) : h(n, n, n), z(n, n, n + 1) {
+        std::mt19937 random(static_cast<unsigned>(n));
+        std::normal_distribution<float> normal;
+        h.set([&](int i, int j) { return i <= j + 1 ? normal(random) : 0.0F; });
+        z.set([](int i, int j) { return i == j ? 1.0F : 0.0F; });
+        std::vector<float> sr(std::size_t(ns), 0.5F), si(sr);
+        for (int i = 0; i < ns; ++i)
+            si[std::size_t(i)] = i % 2 == 0 ? 1.0F : -1.0F;
+        const int order = 3 * ns - 3;
+        Operand<float> v(3, ns / 2, 3), u(order, order, order), wv(n, order, n), wh(order, n, order);
+        lapack::laqr5({wantT, true, n, {1, n}, h.view(), nullptr, nullptr, {0, n}, z.view()}, ns, sr.data(), si.data(),
+                      {true, v.view(), u.view(), n, wv.view(), n, wh.view(), threads});
+    }
+};
+void add_sweeps(std::vector<TeamCase>& cases, std::initializer_list<std::pair<int, int>> sizes) {
+    for (const auto& [n, ns] : sizes)
+        for (const bool wantT : {true, false}) {
+            const bool decides = n >= 300;
+            const auto expected = std::make_shared<const SweepResult>(n, ns, wantT, 1);
+            cases.push_back({"laqr5, " + std::to_string(n) + " by " + std::to_string(ns),
+                             [=, n = n, ns = ns](int team, bool twice) {
+                                 const auto result = [&] { return SweepResult(n, ns, wantT, decides ? 0 : team); };
+                                 const SweepResult r = result();
+                                 return difference(r.h, WideMatrix<float>(expected->h)) < 1e-4 * n &&
+                                        difference(r.z, WideMatrix<float>(expected->z)) < 1e-4 * n &&
+                                        (!twice || r.h.same_bits(result().h));
+                             },
+                             decides ? qrv_serv_get_max_threads : std::function<int()>()});
+        }
+}
+
 // By dataflow in blocks and groups of several widths; each block column by itself, so the bits do not depend on who
 // takes it. And Q applied by the driver.
 template <class T>
@@ -183,6 +219,7 @@ INSTANTIATE_TEST_SUITE_P(Lapack, Team,
                                                         add_all<float>(cases);
                                                         add_all<SingleComplex>(cases);
                                                         add_tridiagonal(cases, {2, 40, 105});
+                                                        add_sweeps(cases, {{3, 2}, {40, 6}, {130, 8}, {300, 36}});
                                                         return cases;
                                                     },
                                                     [] {
@@ -190,6 +227,7 @@ INSTANTIATE_TEST_SUITE_P(Lapack, Team,
                                                         add_few<float>(cases);
                                                         add_few<SingleComplex>(cases);
                                                         add_tridiagonal(cases, {30});
+                                                        add_sweeps(cases, {{40, 4}, {110, 6}});
                                                         return cases;
                                                     }}));
 

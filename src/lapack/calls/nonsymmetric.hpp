@@ -175,6 +175,7 @@ struct SweepWork {
     Matrix<float> wv; // rows x 3 * ns - 3
     int columns;
     Matrix<float> wh; // 3 * ns - 3 x columns
+    int threads = 0;  // at most; 0: of the budget as many as are worth it
 };
 void laqr5(const SchurProblem& problem, int ns, float* sr, float* si, const SweepWork& work);
 

@@ -21,6 +21,13 @@ namespace {
 
 constexpr float ulp = machine::precision;
 
+void multiply(Op opA, int m, int n, int k, Matrix<const float> a, Matrix<const float> b, Matrix<float> c) {
+    if (std::int64_t{m} * n * k >= leastForTeam)
+        blas::gemm(opA, Op::none, m, n, k, 1, a, b, 0, c);
+    else
+        kernel::gemm(opA, Op::none, m, n, k, 1, a, b, 0, c);
+}
+
 class Window {
 public:
     Window(const SchurProblem& p, bool recurses, int nw, const DeflationWork& work)

@@ -15,10 +15,21 @@
 //
 // The blocks of U that are zero are multiplied like the others: one large product is faster than several small ones.
 //
+// On a team one thread multiplies by U what the next window is to see and goes on there, with a U of its own, while the
+// others multiply the rest, in pieces that whoever is free takes; so does the one when it is through the window. What
+// holds:
+//   - The next window changes rows from its first_row on in its own columns, and columns up to its end in its own rows.
+//   - The rest are columns from that end on, rows above the first_row of the window before, and Z.
+//   - A piece is the same whoever takes it: the bits depend on whether there is a team, not on how large it is.
+//
 // Source: K. Braman, R. Byers, R. Mathias, The multishift QR algorithm I, SIAM J. Matrix Anal. Appl. 23 (2002).
+#include <array>
+#include <omp.h>
+
 #include "lapack/calls/norms.hpp"
 #include "lapack/kernel/source/nonsymmetric/qr_iteration.hpp"
 #include "lapack/kernel/source/nonsymmetric/reflector3.hpp"
+#include "lapack/workspace.hpp"
 
 namespace qrv::lapack {
 
@@ -45,6 +56,8 @@ void laqr1(int n, Matrix<const float> h, const ShiftPair& shifts, float* v) {
 namespace {
 
 constexpr float ulp = machine::precision;
+constexpr int linesOfPiece = 96;   // that a thread of a team multiplies at a time
+constexpr int linesOfThread = 256; // from so many on another thread is worth it
 
 // Conjugates come to lie side by side, from an even place on; real shifts keep their order.
 void pair_shifts(int ns, float* sr, float* si) {
@@ -59,23 +72,88 @@ class Sweep {
 public:
     Sweep(const SchurProblem& problem, int ns, const float* sr, const float* si, const SweepWork& work)
         : p_(problem), h_(problem.h), w_(work), sr_(sr), si_(si), bulges_(ns / 2), order_(3 * ns - 3),
-          top_(problem.range.begin), bottom_(problem.range.end - 1), smallest_(negligible_size(problem.n)) {}
-
-    void run() {
+          step_(3 * bulges_ - 2), top_(problem.range.begin), bottom_(problem.range.end - 1),
+          smallest_(negligible_size(problem.n)), window_(window(3 * (1 - bulges_) + top_, work.u)) {
         if (bottom_ - top_ >= 2)
             h_(top_ + 2, top_) = 0; // a bulge may enter as soon as its column is clear
-        for (window_ = 3 * (1 - bulges_) + top_; window_ < bottom_; window_ += 3 * bulges_ - 2) {
-            if (w_.accumulates)
-                laset<float>(Part::whole, order_, order_, 0, 1, w_.u);
-            const int lastColumn = std::min(window_ + 3 * bulges_ - 3, bottom_ - 1);
-            for (int column = window_; column <= lastColumn; ++column)
-                advance(column);
+    }
+
+    void run() {
+        for (; window_.begin < bottom_; window_ = window(window_.begin + step_, w_.u)) {
+            pass();
             if (w_.accumulates)
                 multiply_rest();
         }
     }
 
+    // As many threads as are worth waking for what windows leave.
+    int worthwhile_threads() const {
+        const std::int64_t lines = end_column() - first_row() + (p_.wantZ ? p_.zRows.size() : 0);
+        if (!w_.accumulates || lines * order_ * order_ < leastForTeam)
+            return 1;
+        return static_cast<int>(std::min<std::int64_t>(qrv_serv_get_max_threads(), 1 + lines / linesOfThread));
+    }
+    // Memory for another U, and for products of each thread with a piece.
+    std::int64_t memory(int threads) const {
+        return std::int64_t{order_} * (order_ + std::int64_t{threads} * linesOfPiece);
+    }
+    void run_on_team(int threads, float* memory) {
+        const Matrix<float> otherU{memory, order_};
+        float* const products = memory + std::int64_t{order_} * order_;
+        pass();
+        for (bool goesOn = true; goesOn;) {
+            const Window behind = window_;
+            goesOn = behind.begin + step_ < bottom_;
+            if (goesOn)
+                window_ = window(behind.begin + step_, behind.u.data == w_.u.data ? otherU : w_.u);
+            const int seen = goesOn ? window_.end : behind.end;
+#pragma omp parallel num_threads(threads)
+            {
+                const int thread = omp_get_thread_num();
+                float* const product = products + std::int64_t{thread} * order_ * linesOfPiece;
+                if (thread == 0 && goesOn) {
+                    each_piece({behind.end, seen}, linesOfPiece, [&](Lines columns) {
+                        multiply_columns(behind, columns, {product, order_});
+                    });
+                    pass();
+                }
+                const auto share = [](Lines lines, const auto& body) {
+#pragma omp for schedule(dynamic) nowait
+                    for (int begin = lines.begin; begin < lines.end; begin += linesOfPiece)
+                        body(Lines{begin, std::min(begin + linesOfPiece, lines.end)});
+                };
+                share({seen, end_column()}, [&](Lines columns) {
+                    multiply_columns(behind, columns, {product, order_});
+                });
+                for (const Rows& rest : rest_of_rows(behind))
+                    share(rest.lines, [&](Lines rows) {
+                        multiply_rows(behind, rows, rest.a, {product, linesOfPiece});
+                    });
+            }
+        }
+    }
+
 private:
+    // Where a chain moves by a step, and U.
+    struct Window {
+        int begin;    // its first row; before the matrix while the chain enters
+        int firstRow; // of those that the window takes with it
+        int end;      // of its columns
+        int clear;    // rows and columns of U that stay those of I
+        Matrix<float> u;
+    };
+    Window window(int begin, Matrix<float> u) const {
+        return {begin, std::max(top_, begin - 1), std::min(begin + order_, bottom_ + 1), std::max(0, top_ - begin), u};
+    }
+
+    void pass() const {
+        if (w_.accumulates)
+            laset<float>(Part::whole, order_, order_, 0, 1, window_.u);
+        const int lastColumn = std::min(window_.begin + step_ - 1, bottom_ - 1);
+        for (int column = window_.begin; column <= lastColumn; ++column)
+            advance(column);
+    }
+
     // Bulges [begin, end) of three rows are inside; the one after them has two, at the last rows.
     struct Chain {
         int column, begin, end;
@@ -83,7 +161,7 @@ private:
         int row(int bulge) const { return column + 3 * bulge; } // its first; it reduces the column before
     };
 
-    void advance(int column) {
+    void advance(int column) const {
         Chain c{column, std::max(0, (top_ - column + 2) / 3), std::min(bulges_, (bottom_ + 1 - column) / 3), false};
         c.short2 = c.end < bulges_ && c.row(c.end) == bottom_ - 1;
         make_reflectors(c);
@@ -97,7 +175,9 @@ private:
         const int i = 2 * bulge;
         return {{sr_[i], si_[i]}, {sr_[i + 1], si_[i + 1]}};
     }
-    Reflector3 reflector(int bulge) const { return {w_.v(0, bulge), w_.v(1, bulge), w_.v(2, bulge), 0}; }
+    Reflector3 reflector(int bulge) const {
+        return {w_.v(0, bulge), w_.v(1, bulge), w_.v(2, bulge), 0};
+    }
     void set_reflector(int bulge, const Reflector3& h) const {
         w_.v(0, bulge) = h.tau, w_.v(1, bulge) = h.v2, w_.v(2, bulge) = h.v3;
     }
@@ -143,23 +223,23 @@ private:
         return h;
     }
 
-    int end_column() const { return p_.wantT ? p_.n : bottom_ + 1; }
-    int first_row() const { return p_.wantT ? 0 : top_; }
-    // Columns behind those, and rows before those, which the window takes with it.
-    int window_end() const { return std::min(window_ + order_, bottom_ + 1); }
-    int window_first_row() const { return std::max(top_, window_ - 1); }
-    int window_clear() const { return std::max(0, top_ - window_); } // rows and columns of U that stay those of I
+    int end_column() const {
+        return p_.wantT ? p_.n : bottom_ + 1;
+    }
+    int first_row() const {
+        return p_.wantT ? 0 : top_;
+    }
 
     // Bulges have rows of their own, so those of a chain go over each column and row together.
     void apply_left(const Chain& c) const {
-        const int end = w_.accumulates ? window_end() : end_column(), first = c.row(c.begin);
+        const int end = w_.accumulates ? window_.end : end_column(), first = c.row(c.begin);
         if (c.end > c.begin)
             kernel::larf3_left(c.end - c.begin, end - first, w_.v.block(0, c.begin), h_.block(first, first));
         if (c.short2)
             reflect_rows<2>(reflector(c.end), c.row(c.end), c.row(c.end), end, h_);
     }
     void apply_right(const Chain& c) const {
-        const int begin = w_.accumulates ? window_first_row() : first_row(), first = c.row(c.begin);
+        const int begin = w_.accumulates ? window_.firstRow : first_row(), first = c.row(c.begin);
         if (c.end > c.begin) {
             const auto apply = [&](int from, int to, int fromStep, int toStep, Matrix<float> a) {
                 kernel::larf3_right(c.end - c.begin, from, to, fromStep, toStep, w_.v.block(0, c.begin), a);
@@ -167,7 +247,7 @@ private:
             apply(begin, first + 3, 0, 3, h_.block(0, first));
             if (w_.accumulates) // a column of U has come from where its bulge began, and got no further than the first
                                 // one
-                apply(3 * c.begin, reached(c), window_clear() > 0 ? 0 : 3, 0, w_.u.block(0, first - window_));
+                apply(3 * c.begin, reached(c), window_.clear > 0 ? 0 : 3, 0, window_.u.block(0, first - window_.begin));
             else if (p_.wantZ)
                 apply(p_.zRows.begin, p_.zRows.end, 0, 0, p_.z.block(0, first));
         }
@@ -175,13 +255,15 @@ private:
             apply_right_short(c.row(c.end), reflector(c.end), begin);
     }
     // Rows of U that the chain has come to.
-    int reached(const Chain& c) const { return (c.end < bulges_ ? window_end() : c.row(c.end)) - window_; }
+    int reached(const Chain& c) const {
+        return (c.end < bulges_ ? window_.end : c.row(c.end)) - window_.begin;
+    }
     void apply_right_short(int r, const Reflector3& h, int begin) const {
         if (h.tau == 0)
             return;
         reflect_columns<2>(h, r, begin, bottom_ + 1, h_);
         if (w_.accumulates)
-            reflect_columns<2>(h, r - window_, window_clear(), order_, w_.u);
+            reflect_columns<2>(h, r - window_.begin, window_.clear, order_, window_.u);
         else if (p_.wantZ)
             reflect_columns<2>(h, r, p_.zRows.begin, p_.zRows.end, p_.z);
     }
@@ -219,35 +301,49 @@ private:
         }
     }
 
-    void multiply_rest() const {
-        const int skipped = window_clear(), at = window_ + skipped, order = window_end() - at;
-        const Matrix<float> u = w_.u.block(skipped, skipped);
-        for (int j = window_end(), count; j < end_column(); j += count) {
-            count = std::min(w_.columns, end_column() - j);
-            const Matrix<float> rows = h_.block(at, j);
-            multiply(Op::transpose, order, count, order, u, rows, w_.wh);
-            lacpy<float>(Part::whole, order, count, w_.wh, rows);
-        }
-        multiply_columns(first_row(), window_first_row(), h_.block(0, at), order, u);
-        if (p_.wantZ)
-            multiply_columns(p_.zRows.begin, p_.zRows.end, p_.z.block(0, at), order, u);
+    // ---- Products with U ----
+
+    using Lines = ActiveRange;
+    template <class Body>
+    static void each_piece(Lines lines, int most, const Body& body) {
+        for (int begin = lines.begin; begin < lines.end; begin += most)
+            body(Lines{begin, std::min(begin + most, lines.end)});
     }
-    void multiply_columns(int begin, int end, Matrix<float> a, int order, Matrix<float> u) const {
-        for (int i = begin, count; i < end; i += count) {
-            count = std::min(w_.rows, end - i);
-            const Matrix<float> columns = a.block(i, 0);
-            multiply(Op::none, count, order, order, columns, u, w_.wv);
-            lacpy<float>(Part::whole, count, order, w_.wv, columns);
-        }
+    // Rows above a window, and those of Z.
+    struct Rows {
+        Lines lines;
+        Matrix<float> a;
+    };
+    std::array<Rows, 2> rest_of_rows(const Window& x) const {
+        const Lines ofZ = p_.wantZ ? p_.zRows : Lines{0, 0};
+        return {Rows{{first_row(), x.firstRow}, h_}, {ofZ, p_.z}};
+    }
+    void multiply_rest() const {
+        each_piece({window_.end, end_column()}, w_.columns,
+                   [&](Lines columns) { multiply_columns(window_, columns, w_.wh); });
+        for (const Rows& rest : rest_of_rows(window_))
+            each_piece(rest.lines, w_.rows, [&](Lines rows) { multiply_rows(window_, rows, rest.a, w_.wv); });
+    }
+    void multiply_columns(const Window& x, Lines columns, Matrix<float> product) const {
+        const int at = x.begin + x.clear, order = x.end - at, count = columns.size();
+        const Matrix<float> rows = h_.block(at, columns.begin);
+        kernel::gemm(Op::transpose, Op::none, order, count, order, 1, x.u.block(x.clear, x.clear), rows, 0, product);
+        lacpy<float>(Part::whole, order, count, product, rows);
+    }
+    void multiply_rows(const Window& x, Lines rows, Matrix<float> a, Matrix<float> product) const {
+        const int at = x.begin + x.clear, order = x.end - at, count = rows.size();
+        const Matrix<float> columns = a.block(rows.begin, at);
+        kernel::gemm(Op::none, Op::none, count, order, order, 1, columns, x.u.block(x.clear, x.clear), 0, product);
+        lacpy<float>(Part::whole, count, order, product, columns);
     }
 
     const SchurProblem& p_;
     const Matrix<float> h_;
     const SweepWork& w_;
     const float *sr_, *si_;
-    const int bulges_, order_, top_, bottom_;
+    const int bulges_, order_, step_, top_, bottom_;
     const float smallest_;
-    int window_ = 0; // its first row; before the matrix while the chain enters
+    Window window_; // where the chain is
 };
 
 } // namespace
@@ -256,7 +352,10 @@ void laqr5(const SchurProblem& p, int ns, float* sr, float* si, const SweepWork&
     if (ns < 2 || p.range.size() < 2)
         return;
     pair_shifts(ns, sr, si);
-    Sweep(p, ns - ns % 2, sr, si, work).run();
+    Sweep sweep(p, ns - ns % 2, sr, si, work);
+    const int threads = work.threads > 0 ? work.threads : sweep.worthwhile_threads();
+    const WorkArea<float> memory(nullptr, 0, threads > 1 ? sweep.memory(threads) : 0);
+    threads > 1 && memory.data() ? sweep.run_on_team(threads, memory.data()) : sweep.run();
 }
 
 } // namespace qrv::lapack

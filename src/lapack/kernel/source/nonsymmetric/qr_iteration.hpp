@@ -13,6 +13,10 @@
 
 namespace qrv::lapack {
 
+// Products with V of a window or U of a sweep lie between long serial stretches: from so many multiplications on a team
+// is worth waking.
+inline constexpr std::int64_t leastForTeam = std::int64_t{1} << 22;
+
 // What is not above it counts as zero, whatever stands beside it.
 inline float negligible_size(int rows) {
     return machine::safeMinimum * (static_cast<float>(rows) / machine::precision);
@@ -55,17 +59,6 @@ inline void standardize(const SchurProblem& p, int k) {
     }
     if (p.wantZ)
         kernel::rot(p.zRows.size(), p.z.column(p.zRows.begin, k), p.z.column(p.zRows.begin, k + 1), x.cs, x.sn);
-}
-
-// Products with V of a window or U of a sweep lie between long serial stretches: from so many multiplications on a team
-// is worth waking.
-inline constexpr std::int64_t leastForTeam = std::int64_t{1} << 22;
-
-inline void multiply(Op opA, int m, int n, int k, Matrix<const float> a, Matrix<const float> b, Matrix<float> c) {
-    if (std::int64_t{m} * n * k >= leastForTeam)
-        blas::gemm(opA, Op::none, m, n, k, 1, a, b, 0, c);
-    else
-        kernel::gemm(opA, Op::none, m, n, k, 1, a, b, 0, c);
 }
 
 } // namespace qrv::lapack
