@@ -241,33 +241,5 @@ TEST_OF_ELEMENTS(Level1, NanHidesWhatStandsBeforeIt) {
     check_position(undefined.fill([] { return scalar<T>(nan); }));
 }
 
-TEST(Level1Positions, OfTiesInfinitiesAndNan) {
-    const std::pair<std::vector<float>, int> cases[] = {
-        {{3, -3, 3}, 1},
-        {{0, -0.0F, 0}, 1},
-        {{1, -2, 2, -2, 1}, 2},
-        {{1, -infinity, 5}, 2},
-        {{infinity, -infinity}, 1},
-        {{nan, 1, 2}, 3},
-        {{9, nan, 1, 2, 2}, 4},
-        {{1, 2, nan}, 3},
-        {{nan}, 1},
-        {{nan, nan, nan}, 3},
-        {{nan, 0}, 2},
-        {{9, nan, nan, 4, 5}, 5},
-        {{tiny, 0, -tiny}, 1},
-        {{nan, 8, 1, 9, nan, 3, 3, 3, 3, 3}, 6},
-    };
-    for (const VectorBuild& build : vector_builds())
-        for (const auto& [x, position] : cases) {
-            const int n = static_cast<int>(x.size());
-            std::vector<SingleComplex> z;
-            for (float xi : x)
-                z.push_back({0, xi});
-            EXPECT_EQ(norms(build, n, x.data(), 1).iamax, position) << build;
-            EXPECT_EQ(norms(build, n, z.data(), 1).iamax, position) << build;
-        }
-}
-
 } // namespace
 } // namespace qrv::test
