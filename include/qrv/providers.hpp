@@ -18,8 +18,8 @@
 //     using namespace Corvex::Mathematics::LinearAlgebra;
 //     const Providers::ParallelX86SingleLinearAlgebraProvider provider;
 //     std::vector<float> a{1, 2, 3, 4}, b{5, 6, 7, 8}, c(4);
-//     provider.BlasLevel3()->Sgemm(TransposeOperation::None, TransposeOperation::None, 2, 2, 2, 1.0F, a, 0, 2, b, 0, 2,
-//     0.0F,
+//     provider.BlasLevel3()->Sgemm(TransposeOperation::None, TransposeOperation::None,
+//                                  2, 2, 2, 1.0F, a, 0, 2, b, 0, 2, 0.0F,
 //                                  c, 0, 2);
 //     return c == std::vector<float>{23, 34, 31, 46};
 #pragma once

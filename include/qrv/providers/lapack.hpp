@@ -74,9 +74,9 @@ public:
     // absolute value from the first free column on. Needs work memory. With m or n 0 it returns at once: no array is
     // looked at, and info stays as it is.
     //
-    // jpvt  n elements. Before: nonzero where a column of A is to be one of the first of A*P, 0 where it is free.
-    // After:
-    //       jpvt[j - 1] = k says that column j of A*P, from 1, was column k of A
+    // jpvt  n elements.
+    //       Before: nonzero where a column of A is to be one of the first of A*P, 0 where it is free.
+    //       After: jpvt[j - 1] = k says that column j of A*P, from 1, was column k of A
     virtual void Sgeqp3(int m, int n, ProviderArray<float> a, int aOffset, int lda, ProviderArray<int> jpvt,
                         ProviderArray<float> tau, int tauOffset, int& info) = 0;
 
@@ -192,9 +192,9 @@ public:
     // Singular value decomposition A = U*diag(s)*VT of the general m x n matrix A, whose contents are lost, by divide
     // and conquer. Needs work memory, for min(m, n) columns. k stands for min(m, n).
     //
-    // jobz     'A': all of U, m x m, and of VT, n x n; 'S': the first k columns of U and k rows of VT; 'O': those that
-    // fit
-    //          in place of A, the first n columns of U if m >= n, else the first m rows of VT, and all of the other;
+    // jobz     'A': all of U, m x m, and of VT, n x n; 'S': the first k columns of U and k rows of VT;
+    //          'O': those that fit in place of A,
+    //          the first n columns of U if m >= n, else the first m rows of VT, and all of the other;
     //          'N': neither
     // s        k elements: the singular values, in descending order
     // u, ldu   U; ldu >= max(1, m). One element is enough where U is not wanted: 'N', and 'O' with m >= n.
@@ -223,15 +223,15 @@ public:
     // Eigenvalues and, if wanted, eigenvectors of a general A of order n, whose contents are lost. Needs work memory.
     //
     // jobvl, jobvr  'V': the left, the right eigenvectors are wanted; 'N': they are not
-    // wr, wi        n elements each: real and imaginary parts of the eigenvalues. Of a conjugate pair, which stands
-    // side
-    //               by side, the one with positive imaginary part comes first.
+    // wr, wi        n elements each: real and imaginary parts of the eigenvalues.
+    //               Of a conjugate pair, which stands side by side,
+    //               the one with positive imaginary part comes first.
     // vl, vr        n x n, ldvl and ldvr >= n, or one element where they are not wanted and leading dimensions of 1:
     //               column j is the eigenvector of a real eigenvalue j, u'*A = lambda*u' on the left, A*v = lambda*v on
     //               the right; of a pair j, j + 1 the vectors are column j plus and minus i times column j + 1. Each
     //               has Euclidean norm 1 and a largest component that is real.
-    // info          i > 0: the iteration found no more than the eigenvalues from i + 1, from 1, on; there are no
-    // vectors
+    // info          i > 0: the iteration found no more than the eigenvalues from i + 1, from 1, on;
+    //               there are no vectors
     virtual void Sgeev(char16_t jobvl, char16_t jobvr, int n, ProviderArray<float> a, int aOffset, int lda,
                        ProviderArray<float> wr, ProviderArray<float> wi, ProviderArray<float> vl, int ldvl,
                        ProviderArray<float> vr, int ldvr, int& info) = 0;

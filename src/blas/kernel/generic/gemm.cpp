@@ -1,8 +1,8 @@
 // Serial GEMM for processors without vector instructions, real and complex.
 //
-//   tile      real 4 x 1, complex 2 x 1: four running sums in extended precision, rounded once per block of k when
-//   added
-//             to C
+//   tile      real 4 x 1, complex 2 x 1:
+//             four running sums in extended precision,
+//             rounded once per block of k when added to C
 //   packed A  up to 16 rows (complex: 8) x 64 steps of alpha*op(A), in groups of the tile's rows, step by step
 //   packed B  columns of 64 elements, only where op(B)'s columns are not contiguous or the block is padded
 //   reads     nothing past the end of A, B or C; packed operands to their padded depth

@@ -4,8 +4,8 @@
 //   panel B  a step takes 4 floats: re im of column 0, re im of column 1; not scaled
 //   option   C conjugates on the way in, for A and for B
 //   k        filled up to an even depth with a zero step
-//   last     A with r rows left: only the first r lanes of either half of a step are stored, the others stay as they
-//   are
+//   last     A with r rows left: only the first r lanes of either half of a step are stored,
+//            the others stay as they are
 //            B with one column left: zeros beside it
 //   stride   from panel to panel, in complex elements; panels are 16-byte aligned
 //   reads    nothing past the end of the operand

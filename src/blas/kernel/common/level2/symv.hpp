@@ -5,9 +5,9 @@
 // multiplied with x, for the other half. Large matrices are cut into square blocks, so that the parts of x and y that a
 // block works on stay in the first-level cache; vectors whose elements are apart are brought together block by block.
 //
-//   A        the named triangle or strip, read once; of a Hermitian diagonal the real parts only; by SYMV not at all
-//   for
-//            alpha = 0
+//   A        the named triangle or strip, read once;
+//            of a Hermitian diagonal the real parts only;
+//            by SYMV not at all for alpha = 0
 //   x, y     n elements, any increments but 0; y is not read for beta = 0
 //   memory   four blocks of blockElements on the stack
 #pragma once

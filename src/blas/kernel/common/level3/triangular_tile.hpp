@@ -1,9 +1,9 @@
 // A strip of right-hand sides out of B, in a small tile where those of one unknown lie next to each other as whole
 // vectors: the form in which the unknowns of a triangle are computed, whichever way B holds them.
 //
-//   tile       unknown by unknown: its real parts for all right-hand sides of the strip, then its imaginary parts;
-//   64-byte
-//              aligned. The order of the right-hand sides within it is the tile's own affair.
+//   tile       unknown by unknown: its real parts for all right-hand sides of the strip,
+//              then its imaginary parts; 64-byte aligned.
+//              The order of the right-hand sides within it is the tile's own affair.
 //   room       unknowns up to a multiple of the vector's lanes
 //   width      vectors of right-hand sides; those that B does not have are zeros in the tile
 //   reads      no element of B outside the strip; writes the same

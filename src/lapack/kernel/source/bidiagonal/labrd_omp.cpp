@@ -12,8 +12,8 @@
 //     Nothing that they read is written: v or u, A behind i, columns before i of V, Y and X, rows before i of U.
 //   - They write the tops of columns i of Y and X, elements 0 to i, and below them what the other region of the step
 //     does not read again: y before the barrier of the front, the partial sums before that of the back.
-//   - Behind the barrier each thread writes its own elements only: of y and of row i in the front, and of x in the
-//   back,
+//   - Behind the barrier each thread writes its own elements only:
+//     of y and of row i in the front, and of x in the back,
 //     where the elements are dealt anew. It adds the partial sums in the order of the threads.
 //   - The number of threads is that of the team, which may be smaller than asked: the barrier is behind all that counts
 //     on it.

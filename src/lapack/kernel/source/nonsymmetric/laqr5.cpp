@@ -245,8 +245,8 @@ private:
                 kernel::larf3_right(c.end - c.begin, from, to, fromStep, toStep, w_.v.block(0, c.begin), a);
             };
             apply(begin, first + 3, 0, 3, h_.block(0, first));
-            if (w_.accumulates) // a column of U has come from where its bulge began, and got no further than the first
-                                // one
+            // A column of U has come from where its bulge began, and got no further than the first one.
+            if (w_.accumulates)
                 apply(3 * c.begin, reached(c), window_.clear > 0 ? 0 : 3, 0, window_.u.block(0, first - window_.begin));
             else if (p_.wantZ)
                 apply(p_.zRows.begin, p_.zRows.end, 0, 0, p_.z.block(0, first));
