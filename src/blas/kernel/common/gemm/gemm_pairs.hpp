@@ -419,7 +419,7 @@ inline void micro(const char*, const char* transb, const int* m, const int* n, c
     const Matrix<float> matrix{c, *ldc};
     if (form == MicroForm::packedB)
         multiply(*m, *n, *k, aPacked, *aStride, PackedColumns{b, *ldb}, matrix, sliver);
-    else if (*transb == 'N' || *transb == 'n')
+    else if (!transposes(*transb))
         multiply(*m, *n, *k, aPacked, *aStride, AlongSteps{b, *ldb}, matrix, sliver);
     else
         multiply(*m, *n, *k, aPacked, *aStride, AcrossSteps{b, *ldb}, matrix, sliver);
