@@ -188,24 +188,5 @@ TEST(Arguments, BadOnesAreReportedInTheirOrder) {
     expect_bad_arguments_reported(rows, routines);
 }
 
-// The lengths that callers are told.
-template <class T>
-void expect_work_lengths(std::int64_t gecon, std::int64_t geconSecond, std::int64_t trcon, std::int64_t trconSecond) {
-    for (const int n : {0, 1, 7, 1 << 30}) {
-        EstimateWork<T> general(nullptr, nullptr), triangular(nullptr, nullptr);
-        gecon_work(n, general);
-        EXPECT_EQ(general.work.taken, gecon * n);
-        EXPECT_EQ(general.second.taken, geconSecond * n);
-        triangle_work(n, triangular);
-        EXPECT_EQ(triangular.work.taken, trcon * n);
-        EXPECT_EQ(triangular.second.taken, trconSecond * n);
-    }
-}
-
-TEST(WorkLengths, OfConditionEstimates) {
-    expect_work_lengths<float>(4, 1, 3, 1);
-    expect_work_lengths<SingleComplex>(2, 2, 2, 1);
-}
-
 } // namespace
 } // namespace qrv::test

@@ -85,6 +85,15 @@ std::vector<Case> all_cases() {
     return cases;
 }
 
+// Run once on a team of this size.
+std::vector<Case> cases_found_on(int team) {
+    const ForcedTeam forced(team);
+    auto cases = all_cases();
+    for (Case& c : cases)
+        c.run(c.found);
+    return cases;
+}
+
 TEST(Calls, AreToldOfEveryRoutine) {
     auto untold = routines;
     for (const auto& [names, calls] : ordinaryCalls)
@@ -138,10 +147,8 @@ TEST(Calls, BitsOfATeam) {
 
 // Threads of a host that call everything in orders of their own find what one finds alone.
 TEST(Calls, ConcurrencyOfHostThreads) {
+    const auto cases = cases_found_on(1);
     const ForcedTeam alone(1);
-    auto cases = all_cases();
-    for (Case& c : cases)
-        c.run(c.found);
     const int calls = Sample::of_many(4'000, 1'000'000);
     std::vector<std::thread> threads;
     for (unsigned t = 0; t < 8; ++t)
@@ -157,7 +164,7 @@ TEST(Calls, ConcurrencyOfHostThreads) {
 // From a region, a task and a section of a host a call takes one thread, as long as the number may be adjusted; if not,
 // and regions may nest, each has a team of its own.
 TEST(Calls, ConcurrencyInsideRegions) {
-    auto cases = all_cases();
+    auto cases = cases_found_on(1);
     const auto expect_of_every_thread = [&cases] {
         const auto count = static_cast<int>(cases.size());
 #pragma omp parallel num_threads(3)
@@ -178,18 +185,10 @@ TEST(Calls, ConcurrencyInsideRegions) {
     };
     const int dynamic = qrv_serv_get_dynamic(), levels = omp_get_max_active_levels();
     qrv_serv_set_dynamic(1);
-    {
-        const ForcedTeam alone(1);
-        for (Case& c : cases)
-            c.run(c.found);
-    }
-    qrv_serv_set_dynamic(1);
     expect_of_every_thread();
     if (omp_get_thread_limit() > 8) {
+        cases = cases_found_on(2);
         const ForcedTeam forced(2);
-        cases = all_cases();
-        for (Case& c : cases)
-            c.run(c.found);
         omp_set_max_active_levels(2);
         cases.erase(std::remove_if(cases.begin(), cases.end(), [](const Case& c) { return !c.same_bits_on_a_team(); }),
                     cases.end());
@@ -201,10 +200,8 @@ TEST(Calls, ConcurrencyInsideRegions) {
 
 // Threads that end with warm teams take nothing along that others need.
 TEST(Calls, ConcurrencyOfEndingThreads) {
+    const auto cases = cases_found_on(2);
     const ForcedTeam forced(2);
-    auto cases = all_cases();
-    for (Case& c : cases)
-        c.run(c.found);
     constexpr std::size_t threads = 12;
     for (std::size_t t = 0; t < threads; ++t)
         std::thread([&] {
@@ -218,17 +215,9 @@ TEST(Calls, ConcurrencyOfEndingThreads) {
 
 // A child of a process whose teams are warm computes alone.
 TEST(Calls, InAChildOfATeam) {
-    auto cases = all_cases();
-    {
-        const ForcedTeam alone(1);
-        for (Case& c : cases)
-            c.run(c.found);
-    }
+    const auto cases = cases_found_on(1);
+    cases_found_on(2); // warms the team
     const ForcedTeam forced(2);
-    for (const Case& c : cases) {
-        auto arguments = c.given;
-        c.run(arguments);
-    }
     const pid_t child = fork();
     if (child == 0) {
         alarm(120);

@@ -109,15 +109,5 @@ TEST_OF_ELEMENTS(Getrs, ConditionOfSpecialMatrices) {
     EXPECT_EQ(rcond_of('1', Operand<T>(0, 0, 1), 1), 1) << "of nothing";
 }
 
-TEST(GetriWork, Query) {
-    float work = -5, a = 3;
-    int ipiv = 1;
-    for (const int n : {0, 100}) {
-        EXPECT_EQ(call(SGETRI, n, &a, 100, &ipiv, &work, -1), 0);
-        EXPECT_EQ(work, 64 * n);
-    }
-    EXPECT_EQ(a, 3);
-}
-
 } // namespace
 } // namespace qrv::test

@@ -21,8 +21,11 @@ using qrv::test::npy, qrv::test::npy_header;
 using testing::HasSubstr;
 using testing::StartsWith;
 
+std::string with_banner(const std::string& text) {
+    return (text.starts_with("%%") ? "" : "%%MatrixMarket matrix ") + text;
+}
 MatrixFile parse(const std::string& text) {
-    return parse_matrix("name", (text.starts_with("%%") ? "" : "%%MatrixMarket matrix ") + text);
+    return parse_matrix("name", with_banner(text));
 }
 
 TEST(MatrixMarket, ReadsWhatTheFileMeans) {
@@ -50,6 +53,17 @@ TEST(MatrixMarket, ReadsWhatTheFileMeans) {
     for (const auto& [text, elements] : cases)
         EXPECT_EQ(to_complex(parse(text).matrix).values, elements) << text;
     EXPECT_EQ(parse("coordinate real general\n2 2 2\n1 1 1\n1 1 2\n").entries, 2);
+}
+
+void expect_refused(const std::string& name, const std::string& text, const std::string& begin, const char* what) {
+    try {
+        parse_matrix(name, text);
+        ADD_FAILURE() << "taken: " << text;
+    } catch (const InputError& error) {
+        EXPECT_THAT(error.what(), StartsWith(begin)) << text;
+        EXPECT_THAT(error.what(), HasSubstr(what)) << text;
+        EXPECT_LT(std::string(error.what()).size(), 160U);
+    }
 }
 
 TEST(MatrixMarket, RefusesWithTheLine) {
@@ -100,16 +114,8 @@ TEST(MatrixMarket, RefusesWithTheLine) {
         {"array complex hermitian\n1 1\n1 1\n", 3, "imaginary part on the diagonal"},
         {real + "2 2 1\n1 1 \x1b[31m" + std::string(100, 'y') + "\n", 3, "'?[31myyy"},
     };
-    for (const auto& [text, line, what] : cases) {
-        try {
-            parse(text);
-            ADD_FAILURE() << "taken: " << text;
-        } catch (const InputError& error) {
-            EXPECT_THAT(error.what(), StartsWith("name:" + std::to_string(line) + ": ")) << text;
-            EXPECT_THAT(error.what(), HasSubstr(what)) << text;
-            EXPECT_LT(std::string(error.what()).size(), 160U);
-        }
-    }
+    for (const auto& [text, line, what] : cases)
+        expect_refused("name", with_banner(text), "name:" + std::to_string(line) + ": ", what);
 }
 
 TEST(Npy, ReadsWhatTheFileMeans) {
@@ -180,16 +186,8 @@ TEST(Npy, RefusesWithALine) {
         {npy(npy_header("<f4", "(2, 2)", true), {1, INFINITY, 3, 4}), "row 2, column 1 is no finite number"},
         {npy<double>(npy_header("<c16", "(1,)"), {1.0, -4e38}), "row 1, column 1 does not fit"},
     };
-    for (const auto& [content, what] : cases) {
-        try {
-            parse_matrix("name.npy", content);
-            ADD_FAILURE() << "taken: " << content;
-        } catch (const InputError& error) {
-            EXPECT_THAT(error.what(), StartsWith("name.npy: ")) << content;
-            EXPECT_THAT(error.what(), HasSubstr(what)) << content;
-            EXPECT_LT(std::string(error.what()).size(), 160U);
-        }
-    }
+    for (const auto& [content, what] : cases)
+        expect_refused("name.npy", content, "name.npy: ", what);
 }
 
 // Ordinary files end at so many bytes, as on a disk without room.
