@@ -158,10 +158,11 @@ TEST(BidiagonalSvd, ResidualOfLongerMatrices) {
                 SCOPED_TRACE(b.name + ' ' + uplo + std::to_string(n));
                 const int m = n + 1, rows = uplo == 'U' ? n : m, columns = uplo == 'U' ? m : n;
                 std::vector<float> s = b.d, e = b.e;
-                Operand<float> u = identity_operand(rows), vt = identity_operand(columns);
+                Operand<float> u = identity_operand(rows), vt = identity_operand(columns), c = u;
                 GuardedVector<float> work(3 * m * m + 2 * m);
-                EXPECT_EQ(call(SLASDQ, uplo, 1, n, columns, rows, 0, s, e, vt, u, nullptr, 1, work), 0);
+                EXPECT_EQ(call(SLASDQ, uplo, 1, n, columns, rows, rows, s, e, vt, u, c, work), 0);
                 EXPECT_LT(error_of(b, s, u, vt), 8);
+                EXPECT_LT(norm(WideMatrix<float>(c) - WideMatrix<float>(u).adjoint(), 'M'), 1e-5);
                 EXPECT_TRUE(is_descending({s.rbegin(), s.rend()}));
                 if (uplo == 'L' || b.norm() > 2 || b.norm() < 0.1)
                     continue; // divide and conquer wants upper ones of size one

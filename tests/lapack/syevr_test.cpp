@@ -299,18 +299,24 @@ TEST(SymmetricEigen, LengthBeyondTheLargestInt) {
     }
 }
 
-// Down to far below the precision of the largest, on both sides of 0: clusters of clusters of small values, the vectors
-// of which every rounding on the way to a representation turns.
-TEST(SymmetricEigen, GradedBothWaysResidual) {
+// Clusters of clusters of small values on both sides of 0, down to far below the precision of the largest, and values
+// of which neighbours are hardly apart enough to have vectors without a representation of their own: vectors that every
+// rounding on the way turns.
+TEST(SymmetricEigen, GradedAndCloseResidual) {
     std::mt19937 random(3);
     for (const int n : {25, 25, 25, 25, 25, 25, 25, 25, 100, 300}) {
-        Spectrum graded{"graded both ways", {}};
+        Spectrum graded{"graded both ways", {}}, close{"close in the middle", {-1, 1}};
         for (int i = 0; i < n; ++i)
             graded.values.push_back(std::pow(2.0, -40.0 * i / n) * (random() % 2 ? 1 : -1));
-        const Symmetric s(graded);
-        expect_eigen(s, Eigen(s, 'V', 'A', 'L'), true, 0, n, graded.name, 12);
-        if (n < 300)
-            expect_eigen(s, Eigen(s, 'V', 'I', 'U', 0, 0, n / 3, n - 1), true, n / 3 - 1, n - n / 3, graded.name, 12);
+        for (int i = 2; i < n; ++i)
+            close.values.push_back(0.0032 * (i - n / 2));
+        for (const Spectrum& kind : {graded, close}) {
+            const Symmetric s(kind);
+            const double orthogonality = n > 100 ? 12 : kind.name == close.name ? 2 : 6;
+            expect_eigen(s, Eigen(s, 'V', 'A', 'L'), true, 0, n, kind.name, orthogonality);
+            if (n < 300)
+                expect_eigen(s, Eigen(s, 'V', 'I', 'U', 0, 0, n / 3, n - 1), true, n / 3 - 1, n - n / 3, kind.name, 12);
+        }
     }
 }
 

@@ -140,6 +140,8 @@ TEST(Tridiagonal, IntervalsAreHalfOpen) {
     EXPECT_EQ(some.nsplit, 4);
     EXPECT_EQ(some.w[0], 2);
     EXPECT_EQ(some.w[1], 3);
+    // Apart comes what is beside the diagonal if its square is less than the smallest number.
+    EXPECT_EQ(Bisection({"", {0, 0}, {0x1p-63F}}, 'A', 'E', 0, 0, 0, 0).nsplit, 1);
 }
 
 TEST(Tridiagonal, InverseIterationResidual) {
@@ -370,11 +372,16 @@ TEST(Tridiagonal, CountsAndSingleValues) {
         }
         EXPECT_EQ(call(SLARRR, n, d, e), n > 2);
     }
-    const std::vector<float> d{1, 2, -9}, lld{1, 5}; // a pivot is 0, and the next two quotients are not numbers
+    std::vector<float> d{1, 2, -9}, lld{1, 5}; // a pivot is 0, and the next two quotients are not numbers
     std::feclearexcept(FE_ALL_EXCEPT);
     for (const int r : {1, 2, 3})
         EXPECT_EQ(call(SLANEG, 3, d, lld, 1.0F, 1.0F, r), 2);
     EXPECT_FALSE(std::fetestexcept(FE_DIVBYZERO | FE_INVALID | FE_OVERFLOW));
+    for (auto* const x : {&d, &lld}) // beyond the range of what replaces it
+        for (float& element : *x)
+            element *= 1e30F;
+    for (const int r : {1, 2, 3})
+        EXPECT_EQ(call(SLANEG, 3, d, lld, 1e30F, 1.0F, r), 2);
     int seeds[2][4] = {{1, 2, 3, 5}, {1, 2, 3, 5}};
     float x[200], y[200] = {};
     call(SLARNV, 1, &seeds[0][0], 200, &x[0]);
