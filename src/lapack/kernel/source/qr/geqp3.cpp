@@ -69,9 +69,7 @@ std::int64_t geqp3_work(int m, int n) {
 
 template <class T>
 void geqp3(int m, int n, Matrix<T> a, int* jpvt, T* tau, T* work, int lwork, float* norms) {
-    const int k = std::min(m, n);
-    if (k == 0)
-        return;
+    const int k = std::min(m, n); // of no rows, too, the columns are numbered
     std::int64_t used = geqp3_least_work<T>(m, n);
     const auto raise = [&] { used = std::max(used, static_cast<std::int64_t>(real_part(work[0]))); };
 
