@@ -104,11 +104,12 @@ Start find_start(int first, int last, const ShiftPair& shift, Matrix<const float
     }
 }
 
-// One step: the reflector of three rows, or of the last two, on all rows and columns that are wanted.
+// One step: the reflector of three rows, or of the last two, on all rows and columns that are wanted. How H rounds does
+// not depend on how many those are, so that eigenvalues have the same bits with and without a Schur form.
 template <int order>
 void reflect(const Reflector3& reflector, int k, int last, int firstRow, int endColumn, const SchurProblem& p) {
     reflect_rows<order>(reflector, k, k, endColumn, p.h);
-    reflect_columns<order>(reflector, k, firstRow, std::min(k + 3, last) + 1, p.h);
+    reflect_columns<order>(reflector, k, firstRow, std::min(k + 3, last) + 1, p.h, p.n >= leastForKernel);
     if (p.wantZ)
         reflect_columns<order>(reflector, k, p.zRows.begin, p.zRows.end, p.z);
 }

@@ -42,13 +42,13 @@ void reflect_rows(const Reflector3& h, int k, int first, int last, Matrix<float>
     }
 }
 
-// Columns k to k + order - 1, in rows [first, last).
+// Columns k to k + order - 1, in rows [first, last). A kernel may round otherwise than the loops here.
 template <int order>
-void reflect_columns(const Reflector3& h, int k, int first, int last, Matrix<float> a) {
+void reflect_columns(const Reflector3& h, int k, int first, int last, Matrix<float> a, bool byKernel) {
     const float v2 = h.v2, v3 = h.v3, t1 = h.tau, t2 = t1 * v2, t3 = t1 * v3;
     float *const x = a.column(k), *const y = a.column(k + 1);
     if constexpr (order == 3) {
-        if (last - first >= leastForKernel) {
+        if (byKernel) {
             const float v[] = {t1, v2, v3};
             kernel::larf3_right(1, first, last, 0, 0, {v, 3}, a.block(0, k));
             return;
@@ -64,6 +64,11 @@ void reflect_columns(const Reflector3& h, int k, int first, int last, Matrix<flo
             x[i] -= sum * t1, y[i] -= sum * t2;
         }
     }
+}
+
+template <int order>
+void reflect_columns(const Reflector3& h, int k, int first, int last, Matrix<float> a) {
+    reflect_columns<order>(h, k, first, last, a, last - first >= leastForKernel);
 }
 
 } // namespace qrv::lapack
