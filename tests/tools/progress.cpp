@@ -18,6 +18,7 @@ struct Terminal {
     const char* kind;
     unsigned short columns;
     const char* shows; // while 0.3 of the work is done
+    bool inBackground = false;
     int screen = -1;
     pid_t child = -1;
 };
@@ -29,6 +30,7 @@ TEST(ProgressBar, KeepsToTheLineOfATerminal) {
         {"xterm", 30, "\rfactoring [###........]  30 %"},
         {"xterm", 20, ""},
         {"dumb", 100, ""},
+        {"xterm", 100, "", true},
     };
     for (Terminal& t : terminals) {
         const winsize size{24, t.columns, 0, 0};
@@ -36,13 +38,20 @@ TEST(ProgressBar, KeepsToTheLineOfATerminal) {
         ASSERT_GE(t.child, 0);
         if (t.child == 0) {
             setenv("TERM", t.kind, 1);
+            if (t.inBackground) {
+                if (const pid_t job = fork(); job != 0) {
+                    waitpid(job, nullptr, 0);
+                    _exit(0);
+                }
+                setpgid(0, 0);
+            }
             std::atomic<bool> asked{false};
             {
                 const ProgressBar bar("factoring", [&] {
                     asked = true;
                     return 0.3;
                 });
-                const bool mayAsk = t.kind != std::string("dumb");
+                const bool mayAsk = t.kind != std::string("dumb") && !t.inBackground;
                 for (int tenths = mayAsk ? 100 : 7; tenths > 0 && !asked; --tenths)
                     std::this_thread::sleep_for(std::chrono::milliseconds(100));
             }
