@@ -1,7 +1,6 @@
 // How many threads a level 2 or 3 operation gets, on machines of every class. (GEMM: gemm_partition_test.cpp.)
 #include <functional>
 #include <gtest/gtest.h>
-#include <string>
 #include <utility>
 #include <vector>
 

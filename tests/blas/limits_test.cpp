@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <unistd.h>
-#include <vector>
 
 #include "support/builds.hpp"
 #include "support/gemm.hpp"
