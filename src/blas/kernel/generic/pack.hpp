@@ -25,6 +25,10 @@ struct Pack {
     static Pack load(const T* p) { return {*p}; }
     static Pack load(const T* p, All) { return load(p); }
     static Pack load(const T* p, int) { return {*p}; }
+    template <class Part>
+    static Pack load_between_stores(const T* p, Part part) {
+        return load(p, part);
+    }
     static Pack load(const T* p, PackRange range) { return range.any ? load(p) : zero(); }
     void store(T* p) const { *p = v; }
     void store(T* p, All) const { store(p); }

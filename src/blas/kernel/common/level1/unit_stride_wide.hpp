@@ -48,8 +48,8 @@ private:
     // A whole vector, `slot` vectors on.
     [[gnu::always_inline]] void vector(int slot) {
         const std::ptrdiff_t at = done_ + slot * Vec::lanes;
-        Vec x = Step::readsX ? Vec::load(x_ + at) : Vec::zero();
-        Vec y = Step::readsY ? Vec::load(y_ + at) : Vec::zero();
+        Vec x = !Step::readsX ? Vec::zero() : Step::writesY ? load_halves(x_ + at) : Vec::load(x_ + at);
+        Vec y = !Step::readsY ? Vec::zero() : Step::writesX ? load_halves(y_ + at) : Vec::load(y_ + at);
         step_(slot, x, y);
         if constexpr (Step::writesX)
             x.store(x_ + at);

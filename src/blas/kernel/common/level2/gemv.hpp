@@ -131,18 +131,48 @@ void add_to_packs(int m, int n, const T* a, std::ptrdiff_t lda, const T* s, T* y
     add_to_few_rows<packs>(m, n, a, lda, s, y);
 }
 
-// y := y + A*s for a block of A. One that is low is cheaper a few rows at a time, as y then is read once.
+// Columns for which a frame of its own is worth while: a short call feels the one of whole blocks.
+constexpr int fewColumns = 128;
+
+// Rows that are cheaper a few at a time, as y then is read once.
+template <class T>
+constexpr int mostPacks = isComplex<T> ? 2 : 4;
+template <class T>
+constexpr bool is_low(int m) {
+    return Pack<T>::count > 1 && m <= 2 * mostPacks<T> * Pack<T>::count;
+}
+template <class T>
+void add_low_product(int m, int n, Matrix<const T> a, const T* s, T* y) {
+    constexpr int few = mostPacks<T> * Pack<T>::count;
+    add_to_packs<1, mostPacks<T>>(smaller(few, m), n, a.data, a.ld, s, y);
+    if (m > few)
+        add_to_packs<1, mostPacks<T>>(m - few, n, a.data + few, a.ld, s, y + few);
+}
+
+// y := y + A*s for a block of A
 template <class T>
 void add_block_product(int m, int n, Matrix<const T> a, const T* s, T* y) {
-    constexpr int most = isComplex<T> ? 2 : 4, few = most * Pack<T>::count;
-    if (Pack<T>::count > 1 && m <= 2 * few) {
-        add_to_packs<1, most>(smaller(few, m), n, a.data, a.ld, s, y);
-        if (m > few)
-            add_to_packs<1, most>(m - few, n, a.data + few, a.ld, s, y + few);
-        return;
-    }
+    if (is_low<T>(m))
+        return add_low_product(m, n, a, s, y);
     in_passes<columnsAtOnce<T>>(0, n,
                                 [&](auto columns, int j) { add_columns<columns()>(m, a.column(j), a.ld, s + j, y); });
+}
+
+// Rows of a block. Of a y that is not brought together they may be more: beyond the second-level cache longer pieces of
+// columns take 0.8 to 0.9 of the time.
+template <class T>
+constexpr int rows_of_block(StridedVector<T> y) {
+    return y.inc == 1 ? 2 * blockElements<T> : blockElements<T>;
+}
+
+// y := y + alpha*A*x for a low A of few columns and vectors that are not brought together
+template <class T>
+[[gnu::noinline]] void add_small_product(int m, int n, T alpha, Matrix<const T> a, const T* x, T* y) {
+    if (alpha == scalar<T>(1))
+        return add_low_product(m, n, a, x, y);
+    alignas(64) T scaled[fewColumns];
+    scaled_copy(StridedVector<const T>(n, x, 1), 0, n, alpha, scaled);
+    add_low_product(m, n, a, scaled, y);
 }
 
 // y := y + alpha*A*x
@@ -150,6 +180,7 @@ template <class T>
 void add_product(int m, int n, T alpha, Matrix<const T> a, StridedVector<const T> x, StridedVector<T> y) {
     constexpr int block = blockElements<T>;
     alignas(64) T scaled[block], buffer[block];
+    const int rowBlock = rows_of_block(y);
     for (int j = 0, columns; j < n; j += columns) {
         columns = smaller(block, n - j);
         const bool asItIs = alpha == scalar<T>(1) && x.inc == 1;
@@ -157,7 +188,7 @@ void add_product(int m, int n, T alpha, Matrix<const T> a, StridedVector<const T
             scaled_copy(x, j, columns, alpha, scaled);
         const T* const xj = asItIs ? &x[j] : scaled;
         for (int i = 0, rows; i < m; i += rows) {
-            rows = smaller(block, m - i);
+            rows = smaller(rowBlock, m - i);
             T* const yi = gathered(y, i, rows, buffer);
             add_block_product(rows, columns, a.block(i, j), xj, yi);
             scatter(y, i, rows, yi);
@@ -199,7 +230,9 @@ void gemv(Op op, int m, int n, T alpha, Matrix<const T> a, const T* x, int incx,
     scale(ys, transposed ? n : m, beta);
     if (alpha == scalar<T>(0))
         return;
-    if (!transposed)
+    if (!transposed && is_low<T>(m) && n <= fewColumns && incx == 1 && incy == 1)
+        add_small_product(m, n, alpha, a, x, y);
+    else if (!transposed)
         add_product(m, n, alpha, a, xs, ys);
     else if (isComplex<T> && op == Op::adjoint)
         add_transposed_product<isComplex<T>>(m, n, alpha, a, xs, ys);

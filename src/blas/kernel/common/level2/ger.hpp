@@ -18,6 +18,11 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
+// A matrix of so many bytes is far from the processor: longer pieces of columns are faster there, and of real ones a
+// single stream.
+inline constexpr double farBytes = 0x1p23;
+inline constexpr int farRows = 8192;
+
 template <bool conjugated, class T>
 void ger(int m, int n, T alpha, const T* x, int incx, const T* y, int incy, Matrix<T> a) {
     QRV_ASSERT(a.ld >= m || n <= 1);
@@ -28,10 +33,12 @@ void ger(int m, int n, T alpha, const T* x, int incx, const T* y, int incy, Matr
         return ys[j] == scalar<T>(0) || (!isComplex<T> && factor == scalar<T>(0));
     };
     alignas(64) T buffer[blockElements<T>];
+    const bool far = static_cast<double>(m) * n * sizeof(T) > farBytes;
+    const int rowBlock = far && incx == 1 ? farRows : blockElements<T>;
     for (int i = 0, rows; i < m; i += rows) {
-        rows = smaller(blockElements<T>, m - i);
+        rows = smaller(rowBlock, m - i);
         const UpdateVectors<1, T> v{{gathered(xs, i, rows, buffer)}};
-        in_passes<columnsOfUpdate<T, 1>>(0, n, [&](auto columns, int j) {
+        const auto update = [&](auto columns, int j) {
             T s[1][columns()];
             bool all = true;
             for (int k = 0; k < columns(); ++k) {
@@ -43,7 +50,11 @@ void ger(int m, int n, T alpha, const T* x, int incx, const T* y, int incy, Matr
             for (int k = 0; k < columns(); ++k)
                 if (const T single[1][1] = {{s[0][k]}}; !left_alone(j + k, s[0][k]))
                     update_columns<Corner::none>(rows, &a(i, j + k), a.ld, single, v);
-        });
+        };
+        if (far && !isComplex<T>)
+            in_passes<1>(0, n, update);
+        else
+            in_passes<columnsOfUpdate<T, 1>>(0, n, update);
     }
 }
 

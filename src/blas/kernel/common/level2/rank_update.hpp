@@ -45,7 +45,7 @@ void update_columns(int m, T* a, std::ptrdiff_t lda, const T (&s)[terms][columns
         Pack<T> sums[columns];
         QRV_UNROLL
         for (int k = 0; k < columns; ++k) {
-            sums[k] = Pack<T>::load(column.at[k] + i, part(k));
+            sums[k] = Pack<T>::load_between_stores(column.at[k] + i, part(k));
             QRV_UNROLL
             for (int t = 0; t < terms; ++t)
                 sums[k] = x[t].add_to(factor[t][k], sums[k]);

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstddef>
+#include <type_traits>
 
 #include "blas/complex.hpp"
 #include "blas/kernel/common/vec/unrolling.hpp"
@@ -87,6 +88,14 @@ struct Pack {
     static Pack load(const T* p, All) { return load(p); }
     static Pack load(const T* p, int n) {
         return Vec::lanes == 4 && n == count ? load(p) : Pack{load_part<Vec>(floats(p), n * floatsIn<T>)};
+    }
+    // For a loop that stores as much: see load_halves().
+    template <class Part>
+    static Pack load_between_stores(const T* p, Part part) {
+        if constexpr ((Vec::lanes > 4) && std::is_same_v<Part, All>)
+            return {load_halves(floats(p))};
+        else
+            return load(p, part);
     }
     // Elements of a range, zeros around them; nothing else is read, respectively written.
     static Pack load(const T* p, const LaneRange<Vec>& range) { return {range.load(floats(p))}; }

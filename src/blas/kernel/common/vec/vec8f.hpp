@@ -48,6 +48,10 @@ struct Vec8f {
     static __m256i lane_numbers() { return _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7); }
 };
 
+inline Vec8f load_halves(const float* p) {
+    return Vec8f::load(p);
+}
+
 // a*b + c, rounded once
 inline Vec8f multiply_add(Vec8f a, Vec8f b, Vec8f c) {
     return {_mm256_fmadd_ps(a.v, b.v, c.v)};
