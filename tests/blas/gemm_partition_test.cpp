@@ -52,10 +52,11 @@ TEST(GemmGain, SmallCalls) {
              {realGemmGain, {90, 10, 100}, 8, true},   // 50000 / (8000 + 6550) = 3.4
              {realGemmGain, {90, 10, 100}, 40, false}, // more threads than columns: 1.1
              {realGemmGain, {100, 100, 100}, most, false},
-             {whole, {3, 1, 1000}, 2, false},        // 7000 / (2000 + 3000): exactly 1.4 is not enough
-             {whole, {3, 1, 1001}, 2, true},         // 7007 / (2000 + 3003)
-             {complexGemmGain, {17, 5, 5}, 2, true}, // no gain asked of so small a team
-             {complexGemmGain, {17, 5, 5}, 3, false},
+             {whole, {3, 1, 1000}, 2, false},           // 7000 / (2000 + 3000): exactly 1.4 is not enough
+             {whole, {3, 1, 1001}, 2, true},            // 7007 / (2000 + 3003)
+             {complexGemmGain, {12, 12, 12}, 2, true},  // no gain asked of so small a team
+             {complexGemmGain, {12, 12, 12}, 3, false}, // 7200 / (3000 + 2496) = 1.31
+             {complexGemmGain, {13, 13, 13}, 3, true},  // 9126 / (3000 + 2925) = 1.54
              {realGemmGain, {42, 42, 42}, 2, false, VectorForm::avx2}, // a thread costs 4000
              {realGemmGain, {43, 43, 43}, 2, true, VectorForm::avx2},
              {realGemmGain, {56, 56, 56}, 2, false, VectorForm::avx512}, // and 10000
