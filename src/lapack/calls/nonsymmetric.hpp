@@ -136,6 +136,7 @@ struct SchurProblem {
 // SLAQR4) it does not call itself. work: lwork floats, n at least.
 int lahqr(const SchurProblem& problem);
 int laqr0(const SchurProblem& problem, bool recurses, float* work, int lwork);
+int laqr0_with_room(const SchurProblem& problem); // of order 48 at most, in the corner of a larger array
 std::int64_t laqr0_work(int n, ActiveRange range, bool recurses);
 // As published: work[0] becomes the length for full speed; lwork = -1 asks for nothing else.
 int laqr0_telling(const SchurProblem& problem, bool recurses, float* work, int lwork);

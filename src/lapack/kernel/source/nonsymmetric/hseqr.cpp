@@ -16,7 +16,8 @@ int least_for_multishift(ActiveRange range) {
     return std::max(tiny, tuning::qr_iteration(12, range.begin + 1, range.end));
 }
 
-// On a small matrix, in the corner of a larger one.
+} // namespace
+
 int laqr0_with_room(const SchurProblem& p) {
     float data[roomy * roomy], work[roomy];
     const Matrix<float> h{data, roomy};
@@ -30,6 +31,8 @@ int laqr0_with_room(const SchurProblem& p) {
         lacpy<float>(Part::whole, p.n, p.n, h, p.h);
     return info;
 }
+
+namespace {
 
 int iterate(SchurProblem p, float* work, int lwork) {
     if (p.n > least_for_multishift(p.range))
