@@ -6,8 +6,29 @@
 namespace qrv::lapack {
 namespace {
 
+constexpr int fewRows = 8; // for which loops are faster than calls of kernels
+
+void apply_to_few(Uplo uplo, int m, float tau, Vector<const float> v, Matrix<float> a, Vector<float> x) {
+    const auto element = [&](int i, int j) -> float& { return (uplo == Uplo::upper) == (i <= j) ? a(i, j) : a(j, i); };
+    float product = 0;
+    for (int i = 0; i < m; ++i) {
+        float sum = 0;
+        for (int j = 0; j < m; ++j)
+            sum += element(i, j) * v[j];
+        x[i] = tau * sum;
+        product += x[i] * v[i];
+    }
+    for (int i = 0; i < m; ++i)
+        x[i] -= 0.5F * tau * product * v[i];
+    for (int j = 0; j < m; ++j)
+        for (int i = 0; i <= j; ++i)
+            element(i, j) -= v[i] * x[j] + x[i] * v[j];
+}
+
 // The part of A that one reflector with vector v changes, of order m: A := H A H. x: m floats.
 void apply_reflector(Uplo uplo, int m, float tau, Vector<float> v, Matrix<float> a, Vector<float> x) {
+    if (m <= fewRows)
+        return apply_to_few(uplo, m, tau, v, a, x);
     kernel::hemv(uplo, m, tau, a, v, 0.0F, x);
     const float alpha = -0.5F * tau * kernel::dotu(m, x, v);
     kernel::axpy(m, alpha, v, x);

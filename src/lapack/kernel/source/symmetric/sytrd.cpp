@@ -94,9 +94,8 @@ std::int64_t sytrd_work(int n) {
 void sytrd(Uplo uplo, int n, Matrix<float> a, float* d, float* e, float* tau, float* work, int lwork) {
     if (n == 0)
         return;
-    const int threads = sytrd_threads(n);
-    sytrd_in_panels(threads, choose_panels(n, lwork, threads), std::max(1, tuning::crossover("SSYTD2", n)), uplo, n, a,
-                    d, e, tau, {work, n});
+    const int threads = sytrd_threads(n), tail = threads > 1 ? std::max(1, tuning::crossover("SSYTD2", n)) : n;
+    sytrd_in_panels(threads, choose_panels(n, lwork, threads), tail, uplo, n, a, d, e, tau, {work, n});
     work[0] = work_size<float>(sytrd_work(n, threads));
 }
 
