@@ -16,8 +16,8 @@ public:
 
     ColumnsInBlocks(int blocks, int panels, int group)
         : SimulatedMatrix(blocks + 1), blocks_(blocks), panels_(panels),
-          bytes_(geqrf_schedule_bytes(blocks) + 1, guard),
-          schedule_(geqrf_schedule(bytes_.data(), blocks, panels, group)) {
+          words_(geqrf_schedule_bytes(blocks) / sizeof(int) + 1, guard),
+          schedule_(geqrf_schedule(words_.data(), blocks, panels, group)) {
         take(1, 1), advance(1, 1), give_back(1); // the first panel
     }
     void begin(int team) { schedule_->team = team; }
@@ -50,14 +50,14 @@ public:
         bool complete = true;
         for (int block = 1; block <= blocks_; ++block)
             complete = complete && steps(block) == std::min(block, panels_);
-        return complete && bytes_.back() == guard;
+        return complete && words_.back() == guard;
     }
     int widest() const { return widest_; }
 
 private:
-    static constexpr char guard = 77;
+    static constexpr int guard = 1; // what the next block column would need first
     int blocks_, panels_;
-    std::vector<char> bytes_;
+    std::vector<int> words_;
     GeqrfSchedule* schedule_;
     int widest_ = 0;
 };
