@@ -106,7 +106,7 @@ TEST(Band, ResidualsOfLuByEveryRoute) {
         Band f(a);
         const int info = lapack::gbtrf_unblocked(s, dense_view(f), ipiv.data());
         check(f, info, 1, 1);
-        for (const int nb : {2, 5, 16})
+        for (const int nb : {2, 5, 16, 32})
             for (const int threads : {1, 3})
                 if (nb <= s.kl) {
                     Band blocked(a);

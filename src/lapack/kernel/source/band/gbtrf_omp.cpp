@@ -9,8 +9,9 @@
 // A13 is a lower triangle and A31 an upper one: the band ends in them, so they are worked on in squares W13 and W31,
 // whose other triangles are 0. Each of i2, i3, j2 and j3 may be 0 or less: there is no such block then.
 //
-// The panel A11, A21, A31 is factored column by column by the calling thread, with interchanges in its own columns
-// only; elements of A31 go to W31 as soon as their column is done, and rows of W31 take part in later interchanges.
+// The panel A11, A21, A31 is factored by the calling thread, a few columns at a time, with interchanges in its own
+// columns only; elements of A31 go to W31 as soon as their column is done, and rows of W31 take part in later
+// interchanges.
 // Then the columns to the right get the interchanges, the rows of U (solves with A11) and the products. At last the
 // panel's interchanges are undone in the columns left of each pivot, from the last to the first, since the multipliers
 // have to stay where they were computed.
@@ -32,6 +33,7 @@ namespace qrv::lapack {
 namespace {
 
 constexpr int side = gbtrfWidest;
+constexpr int panelStep = 8; // columns of a panel that are factored one by one
 
 // One factorization.
 struct BlockedBand {
@@ -90,7 +92,8 @@ void interchange_in_panel(const BlockedBand& x, const Block& b, int row, int piv
     kernel::swap(b.jb - left, x.a.row(row, row), x.a.row(pivotRow, row));
 }
 
-void factor_column(BlockedBand& x, const Block& b, int column) {
+// `end`: of the columns that get its elimination now.
+void factor_column(BlockedBand& x, const Block& b, int column, int end) {
     const Matrix<float> a = x.a;
     const int below = std::min(x.shape.kl, x.shape.m - column - 1);
     const int pivotRow = column + kernel::iamax(below + 1, a.column(column, column)) - 1;
@@ -104,19 +107,37 @@ void factor_column(BlockedBand& x, const Block& b, int column) {
     if (pivotRow != column)
         interchange_in_panel(x, b, column, pivotRow);
     divide_multipliers(below, pivot, &a(column + 1, column));
-    const int right = std::min(x.reach, b.j + b.jb - 1) - column;
+    const int right = std::min(x.reach, end - 1) - column;
     if (right > 0 && below > 0)
         kernel::geru(below, right, -1, a.column(column + 1, column), a.row(column, column + 1),
                      a.block(column + 1, column + 1));
 }
 
+// The eliminations of columns [first, end) of the panel in those behind them.
+void update_panel(const BlockedBand& x, const Block& b, int first, int end) {
+    const int width = end - first, right = b.j + b.jb - end, last = b.j + x.shape.kl;
+    const Matrix<float> u = x.a.block(first, end);
+    kernel::trsm(Side::left, Uplo::lower, Op::none, Diag::unit, width, right, 1, x.a.block(first, first), u);
+    const auto subtract = [&](int rows, int row, Matrix<const float> multipliers) {
+        if (rows > 0)
+            kernel::gemm(Op::none, Op::none, rows, right, width, -1, multipliers, u, 1, x.a.block(row, end));
+    };
+    subtract(std::min(last, x.shape.m) - end, end, x.a.block(end, first));
+    subtract(std::min(end - b.j, b.i3), last, x.w31.block(0, first - b.j));
+}
+
 void factor_panel(BlockedBand& x, const Block& b) {
     const int last = b.j + x.shape.kl; // first row of A31
-    for (int column = b.j; column < b.j + b.jb; ++column) {
-        clear_fill(x.shape, column, x.a);
-        factor_column(x, b, column);
-        if (const int height = std::min(column - b.j + 1, b.i3); height > 0)
-            std::copy_n(&x.a(last, column), height, &x.w31(0, column - b.j));
+    for (int first = b.j, end; first < b.j + b.jb; first = end) {
+        end = std::min(first + panelStep, b.j + b.jb);
+        for (int column = first; column < end; ++column) {
+            clear_fill(x.shape, column, x.a);
+            factor_column(x, b, column, end);
+            if (const int height = std::min(column - b.j + 1, b.i3); height > 0)
+                std::copy_n(&x.a(last, column), height, &x.w31(0, column - b.j));
+        }
+        if (end < b.j + b.jb)
+            update_panel(x, b, first, end);
     }
 }
 
