@@ -61,6 +61,7 @@ bool geqrf_team(const GeqrfPlan& plan, Matrix<T> a, T* tau, T* area);
 // For matrices that are high and narrow, of their first columns. Result: how many are done; 0 without memory, -1 on a
 // stop.
 bool geqrf_is_tall(int m, int n);
+int geqrf_tall_strip(); // columns after which the progress routine is told
 template <class T>
 int geqrf_tall(int threads, int m, int n, Matrix<T> a, T* tau);
 
