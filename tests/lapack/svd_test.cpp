@@ -201,10 +201,14 @@ TEST(BidiagonalSvd, KeptSweepsStayInOrder) {
     };
     constexpr Sweep sweeps[] = {{Direct::forward, 0, 11}, {Direct::forward, 2, 10}, {Direct::backward, 1, 9},
                                 {Direct::backward, 0, 8}, {Direct::forward, 0, 3},  {Direct::forward, 5, 6}};
-    const int n = 12;
-    Operand<float> u = identity_operand(n), vt = u, expectedU = u, expectedVt = u;
+    const int n = 12, across = 220; // so many that sweeps are kept
+    std::mt19937 random(8);
+    Operand<float> u(across, n, across + 1), vt(n, across, n + 1);
+    for (Operand<float>* const x : {&u, &vt})
+        x->set([&](int, int) { return any_size_one<float>(random); });
+    Operand<float> expectedU = u, expectedVt = vt;
     std::vector<float> work(4 * n), c(n), s(n);
-    lapack::KeptSweeps kept(n, {n, n, 0, vt.view(), u.view()}, work.data());
+    lapack::KeptSweeps kept(n, {across, across, 0, vt.view(), u.view()}, work.data());
     for (const auto& [direct, first, last] : sweeps) {
         kept.begin(direct, first, last);
         for (int i = first; i < last; ++i) {
@@ -213,12 +217,12 @@ TEST(BidiagonalSvd, KeptSweepsStayInOrder) {
         }
         kept.end();
         const int lines = last - first + 1;
-        kernel::lasr(Side::left, Pivot::variable, direct, lines, n, &c[std::size_t(first)], &s[std::size_t(first)],
+        kernel::lasr(Side::left, Pivot::variable, direct, lines, across, &c[std::size_t(first)], &s[std::size_t(first)],
                      {&expectedVt(first, 0), expectedVt.ld()});
         for (int i = first; i < last; ++i)
             s[std::size_t(i)] = -s[std::size_t(i)];
-        kernel::lasr(Side::right, Pivot::variable, direct, n, lines, &c[std::size_t(first)], &s[std::size_t(first)],
-                     {&expectedU(0, first), expectedU.ld()});
+        kernel::lasr(Side::right, Pivot::variable, direct, across, lines, &c[std::size_t(first)],
+                     &s[std::size_t(first)], {&expectedU(0, first), expectedU.ld()});
     }
     kept.apply();
     EXPECT_LE(difference(vt, expectedVt), 1e-5);

@@ -15,21 +15,18 @@ namespace qrv::lapack {
 
 // A table of the rotations from the right, for V', and one of those from the left, for U and C: two columns a sweep,
 // cosines and sines, with row i for the plane (i, i + 1). What is kept all goes in one direction. Behind the tables
-// lies the work of lasr3. Without that memory each sweep is applied at once, from the 4*n floats of `work`;
-// without vectors nothing is kept.
+// lies the work of lasr3. Without that memory, and where sweeps are applied one by one in any case, each is applied at
+// once, from the 4*n floats of `work`; without vectors nothing is kept.
 class KeptSweeps {
 public:
     KeptSweeps(int n, const BidiagonalVectors& vectors, float* work)
-        : n_(n), vectors_(vectors), threads_(vectors.any() ? qrv_serv_get_max_threads() : 1),
-          most_(vectors.any() ? tuning::block_size("SBDSQR", n, threads_) : 0),
+        : n_(n), vectors_(vectors),
+          threads_(vectors.any() ? qrv_serv_get_max_threads() : 1), routes_{route(Side::left, vectors.ncvt),
+                                                                            route(Side::right, vectors.nru),
+                                                                            route(Side::left, vectors.ncc)},
+          most_(routes_.keep() ? tuning::block_size("SBDSQR", n, threads_) : 0),
           buffer_(nullptr, 0,
                   std::int64_t{4} * most_ * n + lasr3_work(most_, std::max({vectors.ncvt, vectors.nru, vectors.ncc}))) {
-        if (!vectors.any())
-            return;
-        const auto route = [&](Side side, int across) {
-            return across == 0 ? SweepRoute::oneByOne : tuned_sweep_route(side, across, threads_);
-        };
-        routes_ = {route(Side::left, vectors.ncvt), route(Side::right, vectors.nru), route(Side::left, vectors.ncc)};
         if (!buffer_.data())
             most_ = 1;
         float* const tables = buffer_.data() ? buffer_.data() : work;
@@ -75,6 +72,17 @@ public:
     }
 
 private:
+    struct Routes {
+        SweepRoute vt, u, c;
+        bool keep() const {
+            return vt != SweepRoute::oneByOne || u != SweepRoute::oneByOne || c != SweepRoute::oneByOne;
+        }
+    };
+    static constexpr int leastAcross = 32; // for which tuning values are asked
+
+    SweepRoute route(Side side, int across) const {
+        return across < leastAcross ? SweepRoute::oneByOne : tuned_sweep_route(side, across, threads_);
+    }
     void apply_to(Side side, SweepRoute route, int m, int n, Matrix<float> table, Matrix<float> whole) const {
         if (m == 0 || n == 0)
             return;
@@ -88,10 +96,9 @@ private:
 
     int n_;
     BidiagonalVectors vectors_;
-    struct {
-        SweepRoute vt, u, c;
-    } routes_{};
-    int threads_, most_, count_ = 0;
+    int threads_;
+    Routes routes_;
+    int most_, count_ = 0;
     WorkArea<float> buffer_;
     float* rest_ = nullptr;
     Matrix<float> right_{nullptr, 1}, left_{nullptr, 1};
