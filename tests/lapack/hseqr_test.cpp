@@ -331,6 +331,15 @@ TEST(SchurForm, ResidualOfSweeps) {
             }
 }
 
+TEST(SchurForm, ThreadsOfASweep) {
+    const struct {
+        int lines, order, budget, threads;
+    } cases[] = {{380, 105, 8, 1}, {381, 105, 8, 2},    {600, 105, 3, 3},
+                 {600, 105, 2, 2}, {5000, 189, 64, 20}, {0, 189, 4, 1}};
+    for (const auto& [lines, order, budget, threads] : cases)
+        EXPECT_EQ(lapack::sweep_threads(lines, order, budget), threads) << lines << " by " << order;
+}
+
 // A sweep sets subdiagonal elements that have become negligible to zero: the last one, by a shift that is an
 // eigenvalue, and one that is small beside its neighbours where the diagonal stays zero.
 TEST(SchurForm, SolutionsOfSweepsAreZeroWhereTheyConverge) {

@@ -4,6 +4,7 @@
 #include "lapack/calls/symmetric.hpp"
 #include "lapack/kernel/source/bidiagonal/labrd.hpp"
 #include "lapack/kernel/source/cholesky/potrf.hpp"
+#include "service/vector_form.hpp"
 #include "support/cholesky.hpp"
 #include "support/lu.hpp"
 #include "support/qr.hpp"
@@ -112,7 +113,9 @@ void add_tridiagonal(std::vector<TeamCase>& cases, std::initializer_list<int> or
                     lapack::sytrd(t.uplo, t.n, t.a.view(), t.d.data(), t.e.data(), t.tau.data(), work.data(),
                                   static_cast<int>(work.size()));
                 };
-                add("sytrd, ", decided, qrv_serv_get_max_threads);
+                add("sytrd, ", decided, [] { // wider kernels go alone up to 600
+                    return vector_form_in_use() == VectorForm::sse ? qrv_serv_get_max_threads() : 1;
+                });
                 continue;
             }
             add("sytrd in panels, ", [](int team, Reduced& t) { t.in_panels(team, {.width = 7, .rest = 25}, 10); });
@@ -120,7 +123,7 @@ void add_tridiagonal(std::vector<TeamCase>& cases, std::initializer_list<int> or
         }
 }
 
-// A sweep of bulges beside one without a team. The large one asks for threads by itself.
+// A sweep of bulges beside one without a team. The large one takes threads by itself.
 struct SweepResult {
     Operand<float> h, z;
 
@@ -150,8 +153,7 @@ void add_sweeps(std::vector<TeamCase>& cases, std::initializer_list<std::pair<in
                                  return difference(r.h, WideMatrix<float>(expected->h)) < 1e-4 * n &&
                                         difference(r.z, WideMatrix<float>(expected->z)) < 1e-4 * n &&
                                         (!twice || r.h.same_bits(result().h));
-                             },
-                             decides ? qrv_serv_get_max_threads : std::function<int()>()});
+                             }});
         }
 }
 

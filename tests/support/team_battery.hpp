@@ -73,8 +73,9 @@ TEST_P(Team, AsDecided) {
     constexpr int team = 3;
     if (omp_get_thread_limit() < team)
         GTEST_SKIP() << "teams are limited";
+    const std::vector<TeamCase> cases = GetParam().all(); // before the team: some are made without one
     const ForcedTeam forced(team);
-    for (const TeamCase& one : GetParam().all())
+    for (const TeamCase& one : cases)
         if (one.threads) {
             largestTeam = 1;
             EXPECT_TRUE(one.right(team, false)) << one.name;
@@ -84,8 +85,8 @@ TEST_P(Team, AsDecided) {
 
 // Each with teams of its own; a limit on threads is for all of them together, and teams then differ from call to call.
 TEST_P(Team, OfEachHostThreadRaces) {
-    const ForcedTeam forced(2);
     const std::vector<TeamCase> cases = GetParam().few();
+    const ForcedTeam forced(2);
     for (const TeamCase& one : cases)
         EXPECT_TRUE(one.right(2, false)) << one.name;
     std::vector<std::thread> hosts;

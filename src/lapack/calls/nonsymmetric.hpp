@@ -176,8 +176,10 @@ struct SweepWork {
     Matrix<float> wv; // rows x 3 * ns - 3
     int columns;
     Matrix<float> wh; // 3 * ns - 3 x columns
-    int threads = 0;  // at most; 0: of the budget as many as are worth it
+    int threads = 0;  // at most; 0: sweep_threads
 };
+// Of a budget, for windows that leave so many rows and columns to be multiplied by U.
+int sweep_threads(std::int64_t lines, int order, int budget);
 void laqr5(const SchurProblem& problem, int ns, float* sr, float* si, const SweepWork& work);
 
 // The driver of both. With zIsUnit Z becomes the product of the transformations alone. work: lwork >= n floats,

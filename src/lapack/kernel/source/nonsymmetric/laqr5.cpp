@@ -53,11 +53,17 @@ void laqr1(int n, Matrix<const float> h, const ShiftPair& shifts, float* v) {
     }
 }
 
+int sweep_threads(std::int64_t lines, int order, int budget) {
+    constexpr int linesOfThread = 256; // from so many on another thread is worth it
+    if (lines * order * order < leastForTeam)
+        return 1;
+    return static_cast<int>(std::min<std::int64_t>(budget, 1 + lines / linesOfThread));
+}
+
 namespace {
 
 constexpr float ulp = machine::precision;
-constexpr int linesOfPiece = 96;   // that a thread of a team multiplies at a time
-constexpr int linesOfThread = 256; // from so many on another thread is worth it
+constexpr int linesOfPiece = 96; // that a thread of a team multiplies at a time
 
 // Conjugates come to lie side by side, from an even place on; real shifts keep their order.
 void pair_shifts(int ns, float* sr, float* si) {
@@ -86,13 +92,11 @@ public:
         }
     }
 
-    // As many threads as are worth waking for what windows leave.
-    int worthwhile_threads() const {
-        const std::int64_t lines = end_column() - first_row() + (p_.wantZ ? p_.zRows.size() : 0);
-        if (!w_.accumulates || lines * order_ * order_ < leastForTeam)
-            return 1;
-        return static_cast<int>(std::min<std::int64_t>(qrv_serv_get_max_threads(), 1 + lines / linesOfThread));
+    // Rows and columns that all windows together leave.
+    std::int64_t lines() const {
+        return w_.accumulates ? end_column() - first_row() + (p_.wantZ ? p_.zRows.size() : 0) : 0;
     }
+    int order() const { return order_; }
     // Memory for another U, and for products of each thread with a piece.
     std::int64_t memory(int threads) const {
         return std::int64_t{order_} * (order_ + std::int64_t{threads} * linesOfPiece);
@@ -353,7 +357,8 @@ void laqr5(const SchurProblem& p, int ns, float* sr, float* si, const SweepWork&
         return;
     pair_shifts(ns, sr, si);
     Sweep sweep(p, ns - ns % 2, sr, si, work);
-    const int threads = work.threads > 0 ? work.threads : sweep.worthwhile_threads();
+    const int threads =
+        work.threads > 0 ? work.threads : sweep_threads(sweep.lines(), sweep.order(), qrv_serv_get_max_threads());
     const WorkArea<float> memory(nullptr, 0, threads > 1 ? sweep.memory(threads) : 0);
     threads > 1 && memory.data() ? sweep.run_on_team(threads, memory.data()) : sweep.run();
 }
