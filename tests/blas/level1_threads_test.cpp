@@ -20,6 +20,7 @@ constexpr std::pair<const char*, const VectorRow*> routines[] = {
 // A row in which every number is another one.
 constexpr VectorRow synthetic{
     .serialUpTo = 40,
+    .newestShare = 45,
     .class5 = {.pairFrom = 60, .allFrom = 250},
     .class4 = {.serialUpTo = 49,
                .smallCache = {.pairFrom = 56, .share = {.moderateTeam = 50, .largeTeam = 100}},
@@ -33,8 +34,8 @@ TEST(Level1Threads, EveryRule) {
     } rows[] = {
         // Classes without a rule, and nobody to share with.
         {{0, 8, true, smallCache}, ""},
-        {{66, 8, true, smallCache}, ""},
-        {{66, 8, false, smallCache}, ""},
+        {{66, 1}, ""},
+        {{66, 0}, ""},
         {{34, 8, true, smallCache}, ""},
         {{64, 1}, ""},
         {{33, 0}, ""},
@@ -42,6 +43,9 @@ TEST(Level1Threads, EveryRule) {
         {{64, 130, false, smallCache}, "41:130"},
         {{32, 2, false, smallCache}, "50:2"},
         {{33, 16, false}, "50:16"},
+        // CpuMa 66 by elements, whatever the cache.
+        {{66, 3, true, smallCache}, "90:2 135:3"},
+        {{66, 4, false}, "90:2 135:3 180:4"},
         // CpuMa 64, whatever the cache.
         {{64, 2}, "60:2"},
         {{64, 3, true, smallCache}, "41:3"},
@@ -108,7 +112,9 @@ TEST(Level1Threads, AsksCheapestFirst) {
         return machine.asked;
     };
     EXPECT_EQ(asked(40, 1, {64, 8}), "");
-    EXPECT_EQ(asked(longest, 1, {66, 8}), "c");
+    EXPECT_EQ(asked(89, 1, {66, 8}), "c");
+    EXPECT_EQ(asked(longest, 0, {66, 8}), "c");
+    EXPECT_EQ(asked(longest, 1, {66, 8}), "cb");
     EXPECT_EQ(asked(49, 1, {33, 8}), "c");
     EXPECT_EQ(asked(longest, 0, {33, 8}), "c");
     EXPECT_EQ(asked(41, 1, {64, 1}), "cb");

@@ -38,10 +38,11 @@ TEST(Level2Threads, GeneralMatrixByRowsOrColumns) {
     // Any share of a thread repays that is at least 8 wide and 1000 in all.
     constexpr ShareRule rows{.wide = 8, .wideWork = 1000, .narrowWork = huge, .narrowLength = 0, .neverShare = 0};
     constexpr ShareRule columns{.wide = 9, .wideWork = 1100, .narrowWork = huge, .narrowLength = 0, .neverShare = 0};
-    constexpr GemvRule rule{.serialBelow = 100, .rowShare = rows, .colShare = columns};
+    constexpr GemvRule rule{
+        .serialBelow = 100, .rowShare = rows, .colShare = columns, .byWork = {.rows = 2000, .columns = 1000}};
     struct Row {
         Op op;
-        int m, n, budget, threads;
+        int m, n, budget, threads, cpuMa = 64;
     };
     for (const Row& p : {Row{Op::none, 99, 99, 2, 1},
                          {Op::none, 100, 21, 2, 2}, // shares of 48 rows: 1008 elements
@@ -52,8 +53,15 @@ TEST(Level2Threads, GeneralMatrixByRowsOrColumns) {
                          {Op::transpose, 22, 100, 2, 2}, // of 50 columns: 1100
                          {Op::adjoint, 21, 100, 2, 1},
                          {Op::transpose, 900, 35, 4, 1}, // of 8 columns
-                         {Op::adjoint, 900, 36, 4, 4}})
-        EXPECT_EQ(gemv_threads(rule, p.op, p.m, p.n, RecordedMachine{64, p.budget}), p.threads)
+                         {Op::adjoint, 900, 36, 4, 4},
+                         {Op::none, 511, 90, 4, 1, 66}, // shares of 255 rows
+                         {Op::none, 512, 7, 4, 1, 66},  // of 1792 elements
+                         {Op::none, 1000, 8, 8, 3, 66},
+                         {Op::none, 1000, 8, 1, 1, 66},
+                         {Op::transpose, 900, 15, 4, 1, 66}, // of seven columns
+                         {Op::adjoint, 900, 16, 4, 2, 66},
+                         {Op::transpose, 100, 19, 4, 1, 66}})
+        EXPECT_EQ(gemv_threads(rule, p.op, p.m, p.n, RecordedMachine{p.cpuMa, p.budget}), p.threads)
             << letter(p.op) << ' ' << p.m << " x " << p.n;
 }
 
@@ -126,8 +134,10 @@ TEST(Level2Threads, EveryRoutine) {
         EXPECT_EQ(machine.asked, "") << row.name;
         EXPECT_EQ(row.decide(row.threadedFrom, machine), 4) << row.name;
         const RecordedMachine newest{66, 16};
-        EXPECT_EQ(row.decide(3000, newest), 1) << row.name;
+        const bool byWork = std::string(row.name).find("gemv") != std::string::npos;
+        EXPECT_EQ(row.decide(row.threadedFrom, newest), 1) << row.name;
         EXPECT_EQ(newest.asked, "c") << row.name;
+        EXPECT_EQ(row.decide(3000, newest), !byWork ? 1 : std::string(row.name) == "sgemv N" ? 11 : 16) << row.name;
     }
     // A real thread of eight rows never repays.
     EXPECT_EQ(gemv_threads(sgemvRule, Op::none, 40, 100000, RecordedMachine{64, 4}), 1);

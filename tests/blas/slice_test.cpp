@@ -37,8 +37,9 @@ TEST(Slices, CoverEverythingOnce) {
             for (const int unit : {1, 2, 4})
                 expect_cover("equal", n, team, unit, [&](int part) { return equal_slice(n, team, part, unit); });
             expect_cover("vector", n, team, 8, [&](int part) { return vector_slice(n, team, part); });
-            expect_cover("gemv T", n, team, 1, [&](int part) { return gemv_slice(Op::transpose, 7, n, team, part); });
-            expect_cover("gemv N", n, team, 8, [&](int part) { return gemv_slice(Op::none, n, 7, team, part); });
+            expect_cover("gemv T", n, team, 8,
+                         [&](int part) { return gemv_slice(Op::transpose, 7, n, team, part, 8); });
+            expect_cover("gemv N", n, team, 8, [&](int part) { return gemv_slice(Op::none, n, 7, team, part, 1); });
             for (const int unit : {8, 16})
                 expect_cover("tiles", n, team, unit, [&](int part) { return tile_slice(n, team, part, unit); });
             for (const bool byWork : {false, true}) {

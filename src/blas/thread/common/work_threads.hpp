@@ -9,11 +9,12 @@
 
 namespace qrv {
 
+inline constexpr int newestClass = 66; // CpuMa
+
 // Whether this class has threads by work; the others have the sizes that their routines name.
 template <class Machine>
 constexpr bool goes_by_work(const Machine& machine) {
-    constexpr int newest = 66;
-    return machine.cpu_ma() == newest;
+    return machine.cpu_ma() == newestClass;
 }
 
 // Multiply-adds of real numbers that each thread must get. A team of two then gains at least half, and squares of 64

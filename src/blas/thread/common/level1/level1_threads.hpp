@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "blas/thread/common/work_threads.hpp"
+
 namespace qrv {
 
 // Elements that a thread must get for a team to be worth its size: of moderate size, and of more than twelve.
@@ -19,7 +21,8 @@ inline constexpr VectorShare complexShare{.moderateTeam = 2500, .largeTeam = 650
 
 // Lengths in elements, as measured for each routine; 0 where a length says nothing beyond the ones before it.
 struct VectorRow {
-    int serialUpTo; // on any processor
+    int serialUpTo;  // on any processor
+    int newestShare; // elements that each thread must get where threads go by work
 
     struct Class5 {   // CpuMa 64
         int pairFrom; // a length that repays a team of two
@@ -47,38 +50,47 @@ inline constexpr int moderateTeamUpTo = 12;
 
 inline constexpr VectorRow saxpyRow{
     .serialUpTo = 4000,
+    .newestShare = 64000,
     .class5 = {.pairFrom = 6000, .allFrom = 25000},
     .class4 = {.serialUpTo = 4900, .smallCache = {5000, realShare}, .largeCache = {6000, 18000}}};
 inline constexpr VectorRow scopyRow{
     .serialUpTo = 5000,
+    .newestShare = 64000,
     .class5 = {.pairFrom = 0, .allFrom = 45000},
     .class4 = {.serialUpTo = 6000, .smallCache = {6000, realShare}, .largeCache = {8000, 20000}}};
 inline constexpr VectorRow sdotRow{
     .serialUpTo = 5000,
+    .newestShare = 64000,
     .class5 = {.pairFrom = 0, .allFrom = 30000},
     .class4 = {.serialUpTo = 5000, .smallCache = {6000, realShare}, .largeCache = {8000, 20000}}};
 inline constexpr VectorRow srotRow{
     .serialUpTo = 4000,
+    .newestShare = 75000,
     .class5 = {.pairFrom = 0, .allFrom = 20000},
     .class4 = {.serialUpTo = 5000, .smallCache = {0, realShare}, .largeCache = {8000, 30000}}};
 inline constexpr VectorRow sswapRow{
     .serialUpTo = 5000,
+    .newestShare = 75000,
     .class5 = {.pairFrom = 0, .allFrom = 20000},
     .class4 = {.serialUpTo = 5000, .smallCache = {0, realShare}, .largeCache = {8000, 20000}}};
 inline constexpr VectorRow caxpyRow{
     .serialUpTo = 2000,
+    .newestShare = 32000,
     .class5 = {.pairFrom = 3000, .allFrom = 20000},
     .class4 = {.serialUpTo = 3000, .smallCache = {3000, complexShare}, .largeCache = {6000, 15000}}};
 inline constexpr VectorRow ccopyRow{
     .serialUpTo = 2500,
+    .newestShare = 32000,
     .class5 = {.pairFrom = 0, .allFrom = 20000},
     .class4 = {.serialUpTo = 3000, .smallCache = {3000, complexShare}, .largeCache = {5000, 8000}}};
 inline constexpr VectorRow cdotcRow{
     .serialUpTo = 2000,
+    .newestShare = 32000,
     .class5 = {.pairFrom = 2500, .allFrom = 20000},
     .class4 = {.serialUpTo = 3000, .smallCache = {4000, complexShare}, .largeCache = {6000, 15000}}};
 inline constexpr VectorRow cswapRow{
     .serialUpTo = 2000,
+    .newestShare = 37500,
     .class5 = {.pairFrom = 0, .allFrom = 15000},
     .class4 = {.serialUpTo = 3000, .smallCache = {3000, complexShare}, .largeCache = {5000, 10000}}};
 
@@ -116,12 +128,17 @@ constexpr int large_cache_threads(const VectorRow::Class4::LargeCache& rule, int
 //   6000     4          4                 4                 1
 //   25000    8          5                 8                 1
 //   40000    8          8                 8                 1
+//   128000   8          8                 8                 2
 template <class Machine>
 constexpr int vector_threads(const VectorRow& row, int n, int incx, int incy, const Machine& machine) {
     if (n <= row.serialUpTo)
         return 1;
-    // Classes that have no rule, the newest above all, run serially at any length.
     const int cpuMa = machine.cpu_ma();
+    if (cpuMa == newestClass) {
+        const int shares = incx == 0 || incy == 0 ? 1 : n / row.newestShare;
+        return shares < 2 ? 1 : std::max(1, std::min(shares, machine.budget()));
+    }
+    // Classes that have no rule run serially at any length.
     const bool class4 = cpuMa == 32 || cpuMa == 33, class5 = cpuMa == 64;
     if ((!class4 && !class5) || (class4 && n <= row.class4.serialUpTo))
         return 1;

@@ -14,9 +14,10 @@ namespace {
 
 template <class T>
 void gemv_omp(int threads, Op op, int m, int n, T alpha, Matrix<const T> a, Vector<const T> x, T beta, Vector<T> y) {
+    const int columnUnit = goes_by_work(ThisMachine{}) ? gemvColumnUnit : 1;
 #pragma omp parallel num_threads(threads)
     {
-        const Slice part = gemv_slice(op, m, n, omp_get_num_threads(), omp_get_thread_num());
+        const Slice part = gemv_slice(op, m, n, omp_get_num_threads(), omp_get_thread_num(), columnUnit);
         if (op == Op::none)
             kernel::gemv(op, part.count, n, alpha, a.block(part.first, 0), x, beta, slice_of(y, m, part));
         else

@@ -5,10 +5,12 @@
 // first: `machine` answers cpu_ma(), budget() and dynamic(). All arithmetic on products of sizes is in 64 bits.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "blas/options.hpp"
 #include "blas/thread/common/slice.hpp"
+#include "blas/thread/common/work_threads.hpp"
 
 namespace qrv {
 
@@ -33,16 +35,25 @@ struct ShareRule {
 struct GemvRule {
     int serialBelow;              // if both dimensions are smaller
     ShareRule rowShare, colShare; // of option N, of the others
+    struct ByWork {               // elements that each thread must get where threads go by work
+        double rows, columns;
+    } byWork;
 };
+// Where threads go by work an element of y is summed as by one thread: these are rows that go another way than few do,
+// and columns of whole passes.
+inline constexpr int leastGemvRows = 256;
+inline constexpr int gemvColumnUnit = 8;
 
 inline constexpr GemvRule sgemvRule{
     .serialBelow = 128,
     .rowShare = {.wide = 32, .wideWork = 3072, .narrowWork = 1536, .narrowLength = 256, .neverShare = 8},
-    .colShare = {.wide = 32, .wideWork = 4096, .narrowWork = 2048, .narrowLength = 0, .neverShare = 0}};
+    .colShare = {.wide = 32, .wideWork = 4096, .narrowWork = 2048, .narrowLength = 0, .neverShare = 0},
+    .byWork = {.rows = 500000, .columns = 125000}};
 inline constexpr GemvRule cgemvRule{
     .serialBelow = 256,
     .rowShare = {.wide = 64, .wideWork = 2048, .narrowWork = 1024, .narrowLength = 0, .neverShare = 0},
-    .colShare = {.wide = 64, .wideWork = 2048, .narrowWork = 1024, .narrowLength = 0, .neverShare = 0}};
+    .colShare = {.wide = 64, .wideWork = 2048, .narrowWork = 1024, .narrowLength = 0, .neverShare = 0},
+    .byWork = {.rows = 250000, .columns = 60000}};
 
 constexpr bool share_repays(const ShareRule& rule, int share, int length) {
     if (share == rule.neverShare)
@@ -59,11 +70,19 @@ constexpr bool share_repays(const ShareRule& rule, int share, int length) {
 //   128 x 48    32 rows of 48      1, 1    12 columns of 128  1, 1
 //   40 x 300    8 rows of 300      1, 4    75 columns of 40   1, 4
 //   20 x 9000   no rows            1, 1    2250 columns of 20 4, 4
+//
+// By work 1000 x 1000 gives 2 threads for N, 4 for T, 500 x 500 1 and 2.
 template <class Machine>
 constexpr int gemv_threads(const GemvRule& rule, Op op, int m, int n, const Machine& machine) {
     constexpr int rowUnit = 8; // rows of a vector slice
     if (m < rule.serialBelow && n < rule.serialBelow)
         return 1;
+    if (goes_by_work(machine)) {
+        const bool rows = op == Op::none;
+        const double repaid = static_cast<double>(m) * n / (rows ? rule.byWork.rows : rule.byWork.columns);
+        const double shares = std::min<double>(repaid, rows ? m / leastGemvRows : n / gemvColumnUnit);
+        return shares < 2 ? 1 : std::max(1, static_cast<int>(std::min<double>(shares, machine.budget())));
+    }
     const int threads = level2_budget(machine);
     if (threads <= 1)
         return 1;
@@ -73,8 +92,8 @@ constexpr int gemv_threads(const GemvRule& rule, Op op, int m, int n, const Mach
 }
 
 // Option N cuts rows, as vectors are cut; the others cut columns.
-constexpr Slice gemv_slice(Op op, int m, int n, int team, int thread) {
-    return op == Op::none ? vector_slice(m, team, thread) : equal_slice(n, team, thread);
+constexpr Slice gemv_slice(Op op, int m, int n, int team, int thread, int columnUnit) {
+    return op == Op::none ? vector_slice(m, team, thread) : equal_slice(n, team, thread, columnUnit);
 }
 
 // ---- Symmetric matrix ----------------------------------------------------------------------------------------------
