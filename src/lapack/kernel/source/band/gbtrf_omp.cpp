@@ -141,15 +141,11 @@ void factor_panel(BlockedBand& x, const Block& b) {
     }
 }
 
-// From the last column to the first, left of each pivot. What is in W31 goes back to the band.
+// From the last column to the first, left of each pivot. W31 is as it was copied then, and the band with it.
 void undo_interchanges(const BlockedBand& x, const Block& b) {
-    const int last = b.j + x.shape.kl;
-    for (int column = b.j + b.jb - 1; column >= b.j; --column) {
+    for (int column = b.j + b.jb - 1; column >= b.j; --column)
         if (const int pivotRow = x.ipiv[column] - 1; pivotRow != column)
             kernel::swap(column - b.j, x.a.row(column, b.j), panel_row(x, b, pivotRow));
-        if (const int height = std::min(column - b.j + 1, b.i3); height > 0)
-            std::copy_n(&x.w31(0, column - b.j), height, &x.a(last, column));
-    }
 }
 
 // ---- The columns to its right ---------------------------------------------------------------------------------------
