@@ -87,7 +87,7 @@ TEST_OF_ELEMENTS(Bidiagonal, ResidualOfAPanel) {
             Operand<T> x(m, nb, m + 1), y(n, nb, n + 2);
             call_for<T>(SLABRD, CLABRD, m, n, nb, r.a, r.d, r.e, r.tauq, r.taup, x, y);
             Operand<T> rest(m - nb, n - nb, m);
-            rest.set([&, rows = m](int i, int j) {
+            rest.set([&](int i, int j) {
                 Wide<T> sum = widen(r.a(nb + i, nb + j));
                 for (int k = 0; k < nb; ++k)
                     sum -= times(widen(r.a(nb + i, k)), conjugate(widen(y(nb + j, k)))) +
