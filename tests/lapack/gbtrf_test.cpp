@@ -233,6 +233,7 @@ TEST(Band, TriangularSolveTellsTheFirstZero) {
         EXPECT_EQ(lapack::tbtrs(Uplo::lower, Op::none, Diag::nonUnit, 9, 2, 2, a.data(), a.ld(), x.view()), first);
         EXPECT_TRUE(x.same_bits(b));
     }
+    EXPECT_EQ(lapack::tbtrs(Uplo::lower, Op::none, Diag::unit, 9, 2, 2, a.data(), a.ld(), x.view()), 0);
 }
 
 TEST(Band, ResidualsOfCholesky) {
