@@ -10,7 +10,8 @@ foreach(library IN ITEMS "qrv library" "qrv_static development" "qrv_blas drop-i
   list(GET words 0 target)
   install(TARGETS ${target} EXPORT qrvTargets
           LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component} NAMELINK_COMPONENT development
-          ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component})
+          ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component}
+          INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endforeach()
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/qrv DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})

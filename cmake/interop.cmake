@@ -38,7 +38,7 @@ set(interop ${PROJECT_SOURCE_DIR}/src/interop)
 add_library(qrv_blas SHARED ${interop}/cblas.cpp ${interop}/fortran.cpp ${interop}/reporter.cpp ${interop}/thread_end.cpp)
 add_library(qrv::qrv_blas ALIAS qrv_blas)
 target_include_directories(qrv_blas
-  PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+  PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
   PRIVATE ${PROJECT_SOURCE_DIR}/src)
 target_link_libraries(qrv_blas PRIVATE qrv_static OpenMP::OpenMP_CXX Threads::Threads ${CMAKE_DL_LIBS})
 target_link_options(qrv_blas PRIVATE @${generated}/qrv_blas.aliases LINKER:--version-script=${generated}/qrv_blas.map
