@@ -63,7 +63,7 @@ int sweep_threads(std::int64_t lines, int order, int budget) {
 namespace {
 
 constexpr float ulp = machine::precision;
-constexpr int linesOfPiece = 96; // that a thread of a team multiplies at a time
+constexpr int linesOfPiece = 192; // that a thread of a team multiplies at a time
 
 // Conjugates come to lie side by side, from an even place on; real shifts keep their order.
 void pair_shifts(int ns, float* sr, float* si) {
