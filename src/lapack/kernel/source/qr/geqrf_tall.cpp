@@ -163,11 +163,11 @@ private:
         constexpr double least = 0x1p-40; // of the square: no product that matters may vanish
         const double square = sum(phase, 0).real(), norm = std::sqrt(square);
         const Wide alpha = widened(head(phase)[0]);
-        if (!(square >= least && is_float(square) && norm > double{machine::precision} * std::abs(alpha)))
+        if (!(square >= least && is_float(square) && norm > double{machine::precision} * modulus(alpha)))
             return false;
         const PositiveReflection reflection(alpha, norm);
         step.beta = static_cast<float>(reflection.beta);
-        step.scale = ReflectedColumn<T>::element(1.0 / reflection.difference);
+        step.scale = ReflectedColumn<T>::element(reciprocal(reflection.difference));
         step.tau = ReflectedColumn<T>::element(-reflection.difference / reflection.beta);
         for (int j = 1; j < e - i; ++j) {
             const Wide product = widened(head(phase)[j]) + std::conj(widened(step.scale) * sum(phase, j));

@@ -10,8 +10,8 @@ namespace {
 // With x = 0 the reflector turns alpha alone.
 template <class T>
 T reflect_first_element(ReflectedColumn<T>& column) {
-    const std::complex<double> alpha = column.alpha();
-    const double size = std::abs(alpha);
+    const auto alpha = column.alpha();
+    const double size = modulus(alpha);
     column.leave_zeros(size);
     return size == 0 ? scalar<T>(0) : column.element(1.0 - alpha / size);
 }
@@ -23,7 +23,7 @@ T larfp(int n, T& alpha, Vector<T> x) {
     if (n <= 0)
         return scalar<T>(0);
     ReflectedColumn<T> column(n - 1, alpha, x);
-    if (column.norm() <= double{machine::precision} * std::abs(column.alpha()))
+    if (column.norm() <= double{machine::precision} * modulus(column.alpha()))
         return reflect_first_element(column);
     column.scale_up();
     const PositiveReflection reflection(column.alpha(), column.norm());

@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <complex>
+#include <type_traits>
 
 #include "blas/calls.hpp"
 #include "lapack/elements.hpp"
@@ -14,28 +15,47 @@
 
 namespace qrv::lapack {
 
+// Squares of what comes from floats are in the range of doubles, so that no modulus and no reciprocal needs a scaled
+// form.
+inline double modulus(double x) {
+    return std::fabs(x);
+}
+inline double modulus(const std::complex<double>& x) {
+    return std::sqrt(std::norm(x));
+}
+inline double reciprocal(double x) {
+    return 1 / x;
+}
+inline std::complex<double> reciprocal(const std::complex<double>& x) {
+    return std::conj(x) / std::norm(x);
+}
+
 // The reflection of [alpha; x], norm = |x|, to a multiple of a unit vector that is positive: beta = |[alpha; x]|, and
 // alpha - beta. With alpha > 0 that would cancel; from beta^2 = |alpha|^2 + |x|^2 it is found as -(imag(alpha)^2 +
 // |x|^2) / (real(alpha) + beta) instead. (J. Demmel, M. Hoemmen, Y. Hida, E. Riedy, Nonnegative diagonals and high
 // performance on low-profile matrices from Householder QR, SIAM J. Sci. Comput. 31, 2009.)
+template <class Number>
 struct PositiveReflection {
-    PositiveReflection(std::complex<double> alpha, double norm)
-        : beta(std::sqrt(std::norm(alpha) + norm * norm)), difference(alpha.real() - beta, alpha.imag()) {
-        if (alpha.real() > 0)
-            difference.real(-(alpha.imag() * alpha.imag() + norm * norm) / (alpha.real() + beta));
+    PositiveReflection(Number alpha, double norm)
+        : beta(std::sqrt(std::norm(alpha) + norm * norm)), difference(alpha - beta) {
+        const double re = std::real(alpha), im = std::imag(alpha);
+        if (re > 0)
+            difference = alpha - re - (im * im + norm * norm) / (re + beta);
     }
     double beta;
-    std::complex<double> difference;
+    Number difference;
 };
 
 template <class T>
 class ReflectedColumn {
 public:
+    using Number = std::conditional_t<isComplex<T>, std::complex<double>, double>; // of the column as a whole
+
     // Elements of x; alpha stays where it is until `leave`.
     ReflectedColumn(int length, T& alpha, Vector<T> x)
         : n_(length), head_(alpha), x_(x), alpha_(alpha_of(alpha)), norm_(kernel::nrm2(length, x)) {}
 
-    const std::complex<double>& alpha() const { return alpha_; }
+    const Number& alpha() const { return alpha_; }
     double norm() const { return norm_; } // of x
     double length() const { return std::sqrt(std::norm(alpha_) + norm_ * norm_); }
 
@@ -51,13 +71,13 @@ public:
 
     // The column becomes [beta; x / divisor], with beta on the scale of `alpha` and `norm`. A divisor whose reciprocal
     // is no normal float takes two steps.
-    void leave(double beta, std::complex<double> divisor) {
-        const double size = std::abs(divisor), step = size < 1 / farFromOne ? farFromOne
-                                                      : size > farFromOne   ? 1 / farFromOne
-                                                                            : 1;
+    void leave(double beta, Number divisor) {
+        const double size = modulus(divisor), step = size < 1 / farFromOne ? farFromOne
+                                                     : size > farFromOne   ? 1 / farFromOne
+                                                                           : 1;
         if (step != 1)
             kernel::scal(n_, static_cast<float>(step), x_);
-        kernel::scal(n_, element(1.0 / (divisor * step)), x_);
+        kernel::scal(n_, element(reciprocal(divisor * step)), x_);
         head_ = scalar<T>(static_cast<float>(scale_ * beta));
     }
     // The column becomes [beta; 0].
@@ -79,13 +99,13 @@ private:
     static constexpr float smallest = machine::safeMinimum / machine::epsilon;
     static constexpr double farFromOne = 0x1p100;
 
-    static std::complex<double> alpha_of(float x) { return x; }
+    static double alpha_of(float x) { return x; }
     static std::complex<double> alpha_of(SingleComplex x) { return {x.re, x.im}; }
 
     int n_;
     T& head_;
     Vector<T> x_;
-    std::complex<double> alpha_;
+    Number alpha_;
     double norm_;
     double scale_ = 1;
 };
