@@ -1,5 +1,8 @@
 // BLAS on teams.
+#include <chrono>
+
 #include "blas/thread/common/level3/gemm_team.hpp"
+#include "blas/thread/common/team_omp.hpp"
 #include "support/gemm.hpp"
 #include "support/routines.hpp"
 #include "support/team_battery.hpp"
@@ -13,6 +16,67 @@ std::string text(const X& x) {
     std::ostringstream out;
     out << x;
     return out.str();
+}
+
+// ---- Busy cores ----------------------------------------------------------------------------------------------------
+
+TEST(TeamsOnBusyCores, GiveWayAfterALossAndForAWhile) {
+    struct Row {
+        int team;
+        Ticks part, region, alone;
+    };
+    for (const Row& row : {Row{2, 40000, leastDelay, 0},
+                           {2, 40000, leastDelay + 1, 8 * (leastDelay + 1)},
+                           {2, 5000000, 10000000, 0},
+                           {2, 5000000, 10000001, 80000008},
+                           {64, 200000, 12800000, 0},
+                           {3, 0, Ticks{1} << 60, longestAlone}})
+        EXPECT_EQ(ticks_alone(row.team, row.part, row.region), row.alone) << row.region;
+    EXPECT_FALSE(is_alone(5000, 5000));
+    EXPECT_TRUE(is_alone(5000, 4999));
+    EXPECT_TRUE(is_alone(longestAlone, 0));
+    EXPECT_FALSE(is_alone(longestAlone, -1));
+}
+
+class DynamicAdjustment {
+public:
+    explicit DynamicAdjustment(int on) : before_(qrv_serv_get_dynamic()) { qrv_serv_set_dynamic(on); }
+    ~DynamicAdjustment() {
+        qrv_serv_set_dynamic(before_);
+        aloneUntil = 0;
+    }
+    DynamicAdjustment(const DynamicAdjustment&) = delete;
+    DynamicAdjustment& operator=(const DynamicAdjustment&) = delete;
+
+private:
+    int before_;
+};
+
+// Whoever of the two comes late. Other work may hold up the other one too, which tells nothing.
+TEST(TeamsOnBusyCores, ATeamThatWasWaitedForIsNotFormedAgain) {
+    if (omp_get_thread_limit() < 8 || omp_get_dynamic())
+        GTEST_SKIP() << "teams are limited";
+    const DynamicAdjustment dynamic(1);
+    for (const int late : {0, 1}) {
+        aloneUntil = 0;
+        for (int tries = 0; tries < 20 && aloneUntil == 0; ++tries)
+            on_team(2, [&](int, int thread) {
+                if (thread == late)
+                    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            });
+        EXPECT_GT(aloneUntil, 0) << late;
+    }
+    const auto largest_of_parts = [] {
+        aloneUntil = ticks_now() + longestAlone;
+        largestTeam = 0;
+        std::atomic<int> parts = 0;
+        on_team(3, [&](int team, int thread) { parts += team * (1 << thread); });
+        EXPECT_EQ(parts, 21);
+        return largestTeam.load();
+    };
+    EXPECT_EQ(largest_of_parts(), 0);
+    qrv_serv_set_dynamic(0);
+    EXPECT_EQ(largest_of_parts(), 3);
 }
 
 // ---- Level 1 -------------------------------------------------------------------------------------------------------
@@ -184,6 +248,51 @@ GemmCall<T> problem_of(const Call<T>& v) {
 template <class T>
 void driver(const Call<T>& v) {
     call_gemm(routine_for<T>(qrv_blas_sgemm, qrv_blas_cgemm), v);
+}
+
+// On busy cores the caller does the parts of all.
+template <class Run>
+auto result_alone(const Run& run) {
+    aloneUntil = ticks_now() + longestAlone;
+    largestTeam = 0;
+    return run();
+}
+TEST_OF_ELEMENTS(TeamsOnBusyCores, BitsOfTheTeam) {
+    if (omp_get_thread_limit() < 8 || omp_get_dynamic())
+        GTEST_SKIP() << "teams are limited";
+    const DynamicAdjustment dynamic(1);
+    constexpr int team = 3;
+    for (const Routine<T>& routine : routines<T>()) {
+        const bool gemv = std::string_view(routine.name).substr(1) == "gemv";
+        if (!routine.decided || (routine.on_team && !gemv))
+            continue;
+        for (Shape p : every_option<T>(routine.operation)) {
+            p.m = 150, p.n = 140, p.k = routine.operation.updates() ? 90 : 0, p.alpha = 0.5F, p.beta = -0.75F;
+            const Problem<T> problem(routine.operation, p);
+            const auto run = [&] {
+                return problem.result([&](const Call<T>& v) { gemv ? routine.on_team(&team, v) : routine.decided(v); });
+            };
+            aloneUntil = 0;
+            const Operand<T> together = run();
+            EXPECT_TRUE(together.same_bits(result_alone(run))) << routine.name << ' ' << p;
+            EXPECT_TRUE(largestTeam == 0 || !goes_by_work(ThisMachine{})) << routine.name << ' ' << p;
+        }
+    }
+    for (const VectorRoutine<T>& routine : vector_routines<T>())
+        if (routine.on_team) {
+            EXPECT_TRUE(result_alone([&] {
+                return comes_out_exactly(routine, {.n = 1000, .incy = -2},
+                                         [&](const VectorCall<T>& v) { return routine.on_team(&team, v); });
+            })) << routine.name;
+            EXPECT_EQ(largestTeam, 0) << routine.name;
+        }
+    const GemmCase<T> product({.transb = 'T', .m = 80, .n = 90, .k = 70, .alpha = -0.5F, .beta = 0.5F});
+    const auto multiplied = [&] {
+        return product.result([&](const Call<T>& v) { gemm_grid_region(problem_of(v), team); });
+    };
+    aloneUntil = 0;
+    const Operand<T> together = multiplied();
+    EXPECT_TRUE(together.same_bits(result_alone(multiplied)) && largestTeam == 0);
 }
 
 // Facts of a machine of each class; the build stays the one of this run. For complex operands all classes are one.

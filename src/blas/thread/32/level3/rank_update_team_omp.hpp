@@ -3,12 +3,11 @@
 // diagonal, and the rectangles then go through the threaded GEMM.
 #pragma once
 
-#include <omp.h>
-
 #include "blas/calls.hpp"
 #include "blas/native.hpp"
 #include "blas/thread/32/level3/level3_threads.hpp"
 #include "blas/thread/common/machine.hpp"
+#include "blas/thread/common/team_omp.hpp"
 
 namespace qrv {
 
@@ -52,9 +51,7 @@ void update_on_team(Uplo uplo, int n, double work, const Block& block, const Rec
     if (team.threads <= 1)
         return block(Slice{0, n});
     int size = 1;
-#pragma omp parallel num_threads(team.threads)
-    {
-        const int threads = omp_get_num_threads(), thread = omp_get_thread_num();
+    on_team(team.threads, [&](int threads, int thread) {
         if (thread == 0)
             size = threads;
         if (team.byWork) {
@@ -66,7 +63,7 @@ void update_on_team(Uplo uplo, int n, double work, const Block& block, const Rec
         } else {
             block(triangle_block_row(n, threads, thread).rows);
         }
-    }
+    });
     for (int i = 0; !team.byWork && i < size - 1; ++i) {
         const TriangleBlockRow row = triangle_block_row(n, size, i);
         if (uplo == Uplo::upper)

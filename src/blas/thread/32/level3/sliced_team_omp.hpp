@@ -2,12 +2,11 @@
 // and all of the other operand, and calls the serial kernel.
 #pragma once
 
-#include <omp.h>
-
 #include "blas/calls.hpp"
 #include "blas/native.hpp"
 #include "blas/thread/32/level3/level3_threads.hpp"
 #include "blas/thread/common/machine.hpp"
+#include "blas/thread/common/team_omp.hpp"
 
 namespace qrv {
 
@@ -19,8 +18,7 @@ void on_matrix_slices(const SlicedCall& call, const Part& part) {
     const Level3Team team = sliced_team(call, ThisMachine{});
     if (team.threads <= 1)
         return part(MatrixSlice{0, 0, call.m, call.n});
-#pragma omp parallel num_threads(team.threads)
-    part(matrix_slice(call, team.byWork, omp_get_num_threads(), omp_get_thread_num()));
+    on_team(team.threads, [&](int threads, int thread) { part(matrix_slice(call, team.byWork, threads, thread)); });
 }
 
 } // namespace qrv

@@ -38,16 +38,14 @@ T dot_omp(int threads, int n, Vector<const T> x, Vector<const T> y) {
         if (!partial)
             return kernel::dotc(n, x, y);
     }
-    int team = 1;
-#pragma omp parallel num_threads(threads)
-    {
-        const int size = omp_get_num_threads(), thread = omp_get_thread_num();
-        const Slice part = vector_slice(n, size, thread);
+    int size = 1;
+    on_team(threads, [&](int team, int thread) {
+        const Slice part = vector_slice(n, team, thread);
         partial[thread] = kernel::dotc(part.count, slice_of(x, n, part), slice_of(y, n, part));
-#pragma omp master
-        team = size;
-    }
-    const T result = team == 1 ? partial[0] : sum(partial, team);
+        if (thread == 0)
+            size = team;
+    });
+    const T result = size == 1 ? partial[0] : sum(partial, size);
     qrv_serv_deallocate(block);
     return result;
 }

@@ -4,13 +4,12 @@
 // arguments, and blas::, by value. Both share the decision for longer ones.
 #pragma once
 
-#include <omp.h>
-
 #include "blas/calls.hpp"
 #include "blas/native.hpp"
 #include "blas/thread/common/level1/level1_threads.hpp"
 #include "blas/thread/common/machine.hpp"
 #include "blas/thread/common/slice.hpp"
+#include "blas/thread/common/team_omp.hpp"
 
 namespace qrv {
 
@@ -18,8 +17,7 @@ namespace qrv {
 // gets the whole.
 template <class Body>
 void on_slices(int threads, int n, const Body& body) {
-#pragma omp parallel num_threads(threads)
-    body(vector_slice(n, omp_get_num_threads(), omp_get_thread_num()));
+    on_team(threads, [&](int team, int thread) { body(vector_slice(n, team, thread)); });
 }
 
 } // namespace qrv

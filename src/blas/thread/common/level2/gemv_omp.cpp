@@ -2,12 +2,11 @@
 //
 // Every thread computes its own slice of y with one call of the serial kernel, from a band of rows of A (option N) or
 // of columns (the others). So nothing is summed across threads and nothing is waited for.
-#include <omp.h>
-
 #include "blas/calls.hpp"
 #include "blas/native.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
 #include "blas/thread/common/machine.hpp"
+#include "blas/thread/common/team_omp.hpp"
 
 namespace qrv {
 namespace {
@@ -15,14 +14,13 @@ namespace {
 template <class T>
 void gemv_omp(int threads, Op op, int m, int n, T alpha, Matrix<const T> a, Vector<const T> x, T beta, Vector<T> y) {
     const int columnUnit = goes_by_work(ThisMachine{}) ? gemvColumnUnit : 1;
-#pragma omp parallel num_threads(threads)
-    {
-        const Slice part = gemv_slice(op, m, n, omp_get_num_threads(), omp_get_thread_num(), columnUnit);
+    on_team(threads, [&](int team, int thread) {
+        const Slice part = gemv_slice(op, m, n, team, thread, columnUnit);
         if (op == Op::none)
             kernel::gemv(op, part.count, n, alpha, a.block(part.first, 0), x, beta, slice_of(y, m, part));
         else
             kernel::gemv(op, m, part.count, alpha, a.block(0, part.first), x, beta, slice_of(y, n, part));
-    }
+    });
 }
 
 template <class T>

@@ -8,6 +8,7 @@
 
 #include "blas/native.hpp"
 #include "blas/thread/common/level3/gemm_team.hpp"
+#include "blas/thread/common/team_omp.hpp"
 #include "service/work_pool.hpp"
 
 namespace qrv {
@@ -197,13 +198,11 @@ void share_copies(GemmSizes s, GemmPlan<T>* plan, GemmThreadContext<T>* context,
 
 template <class T>
 void gemm_grid_region(const GemmCall<T>& call, int threads) {
-#pragma omp parallel num_threads(threads)
-    {
-        const GemmGrid grid = gemm_grid(sizes_of(call), call.opA != Op::none, omp_get_num_threads());
-        const int thread = omp_get_thread_num();
+    on_team(threads, [&](int team, int thread) {
+        const GemmGrid grid = gemm_grid(sizes_of(call), call.opA != Op::none, team);
         serial(columns_of(rows_of(call, row_slice(call.m, grid.rows, thread % grid.rows)),
                           column_slice(call.n, grid.columns, thread / grid.rows)));
-    }
+    });
 }
 
 template <class T>
