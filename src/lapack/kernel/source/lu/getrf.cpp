@@ -39,7 +39,11 @@ int factor(const GetrfRoute& route, int m, int n, Matrix<T> a, int* ipiv) {
 
 template <class T>
 int getrf(int m, int n, Matrix<T> a, int* ipiv) {
-    return m > 0 && n > 0 ? factor<T>(getrf_route(m, n, GetrfMachine<T>(m, n)), m, n, a, ipiv) : 0;
+    if (m <= 0 || n <= 0)
+        return 0;
+    if (getrf_is_small<T>(m, n)) // before numbers are looked up
+        return getrf_leaf(m, n, a, ipiv, {}).info;
+    return factor<T>(getrf_route(m, n, GetrfMachine<T>(m, n)), m, n, a, ipiv);
 }
 
 template <class T>

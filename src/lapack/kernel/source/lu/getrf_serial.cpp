@@ -32,7 +32,7 @@ template <class T>
 FactorResult getrf_recursive(int m, int n, Matrix<T> a, int* ipiv, FactorPlace place, bool alone) {
     const auto gemm = alone ? kernel::gemm<T> : blas::gemm<T>;
     const auto trsm = alone ? kernel::trsm<T> : blas::trsm<T>;
-    const int width = getrf_block_width(blockWidths, n);
+    const int width = getrf_is_small<T>(m, n) ? 0 : getrf_block_width(blockWidths, n);
     if (width == 0)
         return getrf_leaf(m, n, a, ipiv, place);
     const T one = scalar<T>(1), minusOne = scalar<T>(-1);

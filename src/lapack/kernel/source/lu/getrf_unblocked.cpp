@@ -4,7 +4,10 @@
 // was chosen; both are products with a matrix. So everything right of the next column and below the last pivot row is
 // untouched but for interchanges. (Crout's order; with partial pivoting in J. Dongarra, F. Gustavson, A. Karp,
 // Implementing linear algebra algorithms for dense matrices on a vector pipeline machine, SIAM Review 26, 1984.)
+//
+// A small matrix takes plain loops instead, right-looking: calls of kernels would cost more than what they do.
 #include <algorithm>
+#include <utility>
 
 #include "blas/calls.hpp"
 #include "lapack/elements.hpp"
@@ -16,20 +19,68 @@
 namespace qrv::lapack {
 namespace {
 
-// x := x / pivot, by the reciprocal where that is a normal number in full precision.
-template <class T>
-void divide(int n, T pivot, T* x) {
+// x := x / pivot, by the reciprocal where that is a normal number in full precision; scale(n, factor, x) multiplies.
+template <class T, class Scale>
+void divide(int n, T pivot, T* x, const Scale& scale) {
     if (const float size = modulus(pivot); size >= machine::safeMinimum && size <= 1 / machine::safeMinimum)
-        kernel::scal(n, scalar<T>(1) / pivot, Vector{x});
+        scale(n, scalar<T>(1) / pivot, x);
     else
         for (int i = 0; i < n; ++i)
             x[i] = x[i] / pivot;
+}
+
+template <class T>
+void scale_by_loop(int n, T factor, T* x) {
+#pragma omp simd
+    for (int i = 0; i < n; ++i)
+        x[i] *= factor;
+}
+
+// The row from j on that ISAMAX would choose.
+template <class T>
+int pivot_row(int j, int m, const T* column) {
+    int row = j;
+    float largest = abs1(column[j]);
+    for (int i = j + 1; i < m; ++i)
+        if (const float size = abs1(column[i]); !(largest >= size)) {
+            largest = size;
+            row = i;
+        }
+    return row;
+}
+
+template <class T>
+int factor_by_loops(int m, int n, Matrix<T> a, int* ipiv) {
+    int info = 0;
+    for (int j = 0; j < std::min(m, n); ++j) {
+        T* const x = a.column(j);
+        const int pivotRow = pivot_row(j, m, x);
+        ipiv[j] = pivotRow + 1;
+        if (x[pivotRow] != scalar<T>(0)) {
+            if (pivotRow != j)
+                for (int k = 0; k < n; ++k)
+                    std::swap(a(j, k), a(pivotRow, k));
+            divide(m - j - 1, x[j], x + j + 1, scale_by_loop<T>);
+        } else if (info == 0) {
+            info = j + 1;
+        }
+        for (int k = j + 1; k < n; ++k) {
+            T* const y = a.column(k);
+            const T factor = y[j];
+#pragma omp simd
+            for (int i = j + 1; i < m; ++i)
+                y[i] -= x[i] * factor;
+        }
+    }
+    return info;
 }
 
 } // namespace
 
 template <class T>
 int getrf_unblocked(int m, int n, Matrix<T> a, int* ipiv) {
+    if (getrf_is_small<T>(m, n))
+        return factor_by_loops(m, n, a, ipiv);
     const int length = std::min(m, n);
     const T one = scalar<T>(1), minusOne = scalar<T>(-1);
     int info = 0;
@@ -41,7 +92,8 @@ int getrf_unblocked(int m, int n, Matrix<T> a, int* ipiv) {
             if (pivotRow != j)
                 kernel::swap(n, a.row(j, 0), a.row(pivotRow, 0));
             if (below > 0)
-                divide(below, pivot, &a(j + 1, j));
+                divide(below, pivot, &a(j + 1, j),
+                       [](int rows, T factor, T* x) { kernel::scal(rows, factor, Vector{x}); });
         } else if (info == 0) {
             info = j + 1;
         }
