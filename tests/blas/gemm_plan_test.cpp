@@ -42,56 +42,7 @@ TEST(GemmBlocks, AreUnitsWithinTheirLimits) {
     EXPECT_EQ(column_block(sgemmBlocksSse42, 4997, 4), 5000);
 }
 
-TEST(GemmBlocks, RowsByTheCacheThatHoldsThem) {
-    for (const auto& [rule, kUnit, nUnit] : rules) {
-        const auto rows = [&, &r = rule](int second, int third) {
-            return row_block(r, {third ? 3 : 2, {32768, second, third, 0}});
-        };
-        const bool byThird = rule.cacheLevel == 3;
-        const int limit = rule.cacheLimit;
-        EXPECT_EQ(row_block(rule, CacheTable{}), rule.mbLarge) << "nothing known";
-        EXPECT_EQ(byThird ? rows(1, limit) : rows(limit, 1), rule.mbSmall);
-        EXPECT_EQ(byThird ? rows(1, limit + 1) : rows(limit + 1, 1), rule.mbLarge);
-        EXPECT_LE(rule.mbSmall, rule.mbLarge);
-    }
-    EXPECT_EQ(row_block(sgemmBlocksSse42, {2, {32768, 262144, 0, 0}}), sgemmBlocksSse42.mbSmall) << "no third level";
-}
-
 // ---- Plans ---------------------------------------------------------------------------------------------------------
-
-TEST_OF_ELEMENTS(GemmPlans, PresetBlocksSurvive) {
-    const int m = 1000, n = 1000, k = 1000;
-    for (const PlanBuild<T>& build : plan_builds<T>())
-        for (int preset = 0; preset < 8; ++preset) {
-            GemmPlan<T> plan = build.loaded(), free = plan;
-            EXPECT_EQ(plan.mb + plan.nb + plan.kb, 0);
-            free.setBlocks(&m, &n, &k, &free);
-            plan.mb = preset & 1 ? 24 : 0;
-            plan.nb = preset & 2 ? 40 : 0;
-            plan.kb = preset & 4 ? 56 : 0;
-            plan.setBlocks(&m, &n, &k, &plan);
-            EXPECT_EQ(plan.mb, preset & 1 ? 24 : free.mb) << build;
-            EXPECT_EQ(plan.nb, preset & 2 ? 40 : 1000) << build;
-            EXPECT_EQ(plan.kb, preset & 4 ? 56 : free.kb) << build;
-        }
-}
-
-TEST(GemmPlanRows, Sse41ChoosesTheRow) {
-    EXPECT_EQ(kernel::ssse3::plan_row(false), 0);
-    EXPECT_EQ(kernel::ssse3::plan_row(true), 1);
-    if (!in_this_run(4))
-        return;
-    GemmPlan<float> plan{};
-    GemmPlan<SingleComplex> complexPlan{};
-    kernel::ssse3::blas_sgemm_plan_load(&plan);
-    kernel::ssse3::blas_cgemm_plan_load(&complexPlan);
-    EXPECT_EQ(plan.rowIndex, bit(cpuid(1).ecx, 19) ? 1 : 0);
-    EXPECT_EQ(complexPlan.rowIndex, plan.rowIndex);
-    kernel::ssse3::blas_sgemm_plan_set_blocks(8, 12, 16, &plan);
-    EXPECT_TRUE(plan.mb == 8 && plan.nb == 12 && plan.kb == 16);
-    kernel::ssse3::blas_sgemm_plan_reset(&plan);
-    EXPECT_TRUE(plan.mb + plan.nb + plan.kb + plan.mUnit + plan.tableTag == 0 && !plan.micro);
-}
 
 // Each buffer of a set holds whole panels of what a block can be, 512 bytes more for what kernels may read, aligned as
 // it says, and behind the one before it in a single block.
@@ -264,25 +215,6 @@ TEST_OF_ELEMENTS(GemmPlans, RefusedMemory) {
             const auto c = x.result([&](const Call<T>& v) { EXPECT_EQ(run_core(build, mode, {}, v), 1); });
             EXPECT_TRUE(c.same_bits(x.before)) << build << ' ' << static_cast<int>(mode);
         }
-    }
-}
-
-// A problem right at the limits is small for the mode that packs both, and is not for the one that packs A.
-TEST_OF_ELEMENTS(GemmPlans, SmallProblemsTakeNoMemory) {
-    for (const PlanBuild<T>& build : plan_builds<T>()) {
-        const GemmPlan<T> row = build.loaded();
-        for (int side = 0; side < 3; ++side)
-            for (const int excess : {-1, 0, 1}) {
-                const auto size = [&](int which, int limit) { return which == side ? limit + excess : 40; };
-                const Shape p{.m = size(0, row.smallM), .n = size(1, row.smallN), .k = size(2, row.smallK)};
-                const auto takes = [&](GemmMode mode) {
-                    const WorkMemoryProbe probe;
-                    check_core(build, mode, p);
-                    return probe.threads() > 0;
-                };
-                EXPECT_EQ(takes(GemmMode::packBoth), excess > 0) << build << ' ' << p;
-                EXPECT_EQ(takes(GemmMode::packA), excess >= 0) << build << ' ' << p;
-            }
     }
 }
 

@@ -13,10 +13,6 @@ namespace {
 constexpr int longest = std::numeric_limits<int>::max();
 constexpr int smallCache = 3 << 20; // the largest that counts as small
 
-constexpr std::pair<const char*, const VectorRow*> routines[] = {
-    {"saxpy", &saxpyRow}, {"scopy", &scopyRow}, {"sdot", &sdotRow},   {"srot", &srotRow},  {"sswap", &sswapRow},
-    {"caxpy", &caxpyRow}, {"ccopy", &ccopyRow}, {"cdotc", &cdotcRow}, {"cswap", &cswapRow}};
-
 // A row in which every number is another one.
 constexpr VectorRow synthetic{
     .serialUpTo = 40,
@@ -80,47 +76,6 @@ TEST(Level1Threads, EveryRule) {
     }
     // Products of shares and threads do not fit an int here.
     EXPECT_EQ(vector_threads(synthetic, longest, 1, 1, RecordedMachine{33, 100000000, true, 1}), longest / 100);
-}
-
-// No team beyond the budget, none smaller for a longer vector, none where a row says serial.
-TEST(Level1Threads, EveryRoutine) {
-    for (const auto& [name, row] : routines)
-        for (const int cpuMa : {32, 33, 64})
-            for (const int cache : {-1, smallCache, smallCache + 1})
-                for (const int budget : {2, 4, 8, 12, 13, 40}) {
-                    const RecordedMachine machine{cpuMa, budget, true, cache};
-                    const int serialUpTo = cpuMa == 64 ? row->serialUpTo : row->class4.serialUpTo;
-                    EXPECT_GE(row->class4.serialUpTo, row->serialUpTo) << name;
-                    int before = 1;
-                    for (int n = 1; n < 500000; n += 1 + n / 50) {
-                        const int threads = vector_threads(*row, n, 1, 1, machine);
-                        ASSERT_TRUE(before <= threads && threads <= budget) << name << " n=" << n << ' ' << machine;
-                        ASSERT_TRUE(n > serialUpTo || threads == 1) << name << " n=" << n << ' ' << machine;
-                        before = threads;
-                    }
-                    ASSERT_EQ(before, budget) << name << ' ' << machine;
-                }
-    EXPECT_EQ(vector_threads(saxpyRow, 25000, 1, 1, RecordedMachine{64, 8}), 8);
-    EXPECT_EQ(vector_threads(scopyRow, 44999, 1, 1, RecordedMachine{64, 8}), 4);
-    EXPECT_EQ(vector_threads(ccopyRow, 8000, 1, 1, RecordedMachine{33, 8}), 8);
-}
-
-// What a call costs before the kernel runs: a machine is asked for no more than the length makes worth it.
-TEST(Level1Threads, AsksCheapestFirst) {
-    const auto asked = [](int n, int incx, const RecordedMachine& machine) {
-        vector_threads(synthetic, n, incx, 1, machine);
-        return machine.asked;
-    };
-    EXPECT_EQ(asked(40, 1, {64, 8}), "");
-    EXPECT_EQ(asked(89, 1, {66, 8}), "c");
-    EXPECT_EQ(asked(longest, 0, {66, 8}), "c");
-    EXPECT_EQ(asked(longest, 1, {66, 8}), "cb");
-    EXPECT_EQ(asked(49, 1, {33, 8}), "c");
-    EXPECT_EQ(asked(longest, 0, {33, 8}), "c");
-    EXPECT_EQ(asked(41, 1, {64, 1}), "cb");
-    EXPECT_EQ(asked(longest, 1, {64, 8}), "cbd");
-    EXPECT_EQ(asked(longest, 1, {33, 8, false}), "cbd");
-    EXPECT_EQ(asked(longest, 1, {33, 8}), "cbds");
 }
 
 } // namespace

@@ -16,24 +16,6 @@ constexpr int huge = 2000000000;
 
 // ---- Rules, on rows in which every number is another one -----------------------------------------------------------
 
-TEST(Level2Threads, ShareOfAMatrix) {
-    constexpr ShareRule rule{.wide = 32, .wideWork = 3000, .narrowWork = 1600, .narrowLength = 70, .neverShare = 24};
-    struct Row {
-        int share, length;
-        bool repays;
-    };
-    for (const Row& row : {Row{32, 93, false},
-                           {32, 94, true},   // 3008 elements
-                           {31, 69, false},  // 2139, but short
-                           {31, 70, true},   // 2170
-                           {20, 79, false},  // 1580
-                           {20, 80, true},   // 1600
-                           {24, 999, false}, // never
-                           {0, huge, false},
-                           {huge, huge, true}})
-        EXPECT_EQ(share_repays(rule, row.share, row.length), row.repays) << row.share << " x " << row.length;
-}
-
 TEST(Level2Threads, GeneralMatrixByRowsOrColumns) {
     // Any share of a thread repays that is at least 8 wide and 1000 in all.
     constexpr ShareRule rows{.wide = 8, .wideWork = 1000, .narrowWork = huge, .narrowLength = 0, .neverShare = 0};
@@ -111,52 +93,7 @@ TEST(Level2Threads, SizesOfSymmetricAndTriangularOnes) {
         }
 }
 
-// ---- The rows ------------------------------------------------------------------------------------------------------
-
-// A few known values of each; and no call below the first size asks for anything.
-TEST(Level2Threads, EveryRoutine) {
-    struct Row {
-        const char* name;
-        std::function<int(int n, const RecordedMachine& machine)> decide;
-        int serialUpTo, threadedFrom;
-    };
-    for (const Row& row : {
-             Row{"sgemv N", [](int n, auto&m) { return gemv_threads(sgemvRule, Op::none, n, n, m); }, 127, 128},
-             {"sgemv T", [](int n, auto&m) { return gemv_threads(sgemvRule, Op::transpose, n, n, m); }, 127, 128},
-             {"cgemv C", [](int n, auto&m) { return gemv_threads(cgemvRule, Op::adjoint, n, n, m); }, 255, 256},
-             {"ssymv", [](int n, auto&m) { return symv_threads(ssymvRule, n, m); }, 255, 256},
-             {"strmv", [](int n, auto&m) { return trmv_threads(strmvRule, n, m); }, 219, 220},
-             {"ctrmv", [](int n, auto&m) { return trmv_threads(ctrmvRule, n, m); }, 127, 128},
-             {"ssyr", [](int n, auto&m) { return syr_threads(ssyrRule, n, m); }, 1499, 1500},
-         }) {
-        const RecordedMachine machine{64, 4};
-        EXPECT_EQ(row.decide(row.serialUpTo, machine), 1) << row.name;
-        EXPECT_EQ(machine.asked, "") << row.name;
-        EXPECT_EQ(row.decide(row.threadedFrom, machine), 4) << row.name;
-        const RecordedMachine newest{66, 16};
-        const bool byWork = std::string(row.name).find("gemv") != std::string::npos;
-        EXPECT_EQ(row.decide(row.threadedFrom, newest), 1) << row.name;
-        EXPECT_EQ(newest.asked, "c") << row.name;
-        EXPECT_EQ(row.decide(3000, newest), !byWork ? 1 : std::string(row.name) == "sgemv N" ? 11 : 16) << row.name;
-    }
-    // A real thread of eight rows never repays.
-    EXPECT_EQ(gemv_threads(sgemvRule, Op::none, 40, 100000, RecordedMachine{64, 4}), 1);
-    EXPECT_EQ(gemv_threads(cgemvRule, Op::none, 40, 100000, RecordedMachine{64, 4}), 4);
-}
-
-TEST(Level3Threads, SmallCallsAskForNothing) {
-    for (const int cpuMa : {64, 66}) {
-        const RecordedMachine machine{cpuMa, 4};
-        EXPECT_EQ(sliced_team(symmetric_call<float>(Side::left, 16, 16), machine).threads, 1);
-        EXPECT_EQ(update_team(16, 1e9, machine).threads, 1);
-        EXPECT_EQ(machine.asked, "");
-    }
-    const RecordedMachine machine{64, 4};
-    EXPECT_EQ(sliced_team(solve_call<float>(Side::left, 17, 1), machine).threads, 4);
-    EXPECT_EQ(sliced_team(product_call<float>(Side::right, 1, 17), machine).threads, 4);
-    EXPECT_EQ(update_team(17, 1, machine).threads, 4);
-    EXPECT_EQ(machine.asked, "cbcbcb");
-}
+// ---- By work -------------------------------------------------------------------------------------------------------
 
 // The newest class: a thread gets a least share of multiply-adds, and eight columns or rows.
 TEST(Level3Threads, ByWork) {

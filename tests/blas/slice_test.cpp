@@ -83,8 +83,15 @@ TEST(Slices, CoverEverythingOnce) {
         }
 }
 
-// Tiles are dealt out evenly, trapezoids have about equal areas.
+// Tiles are dealt out evenly, trapezoids have about equal areas, and of two bands of a triangle the one with the long
+// rows is half as wide.
 TEST(Slices, AreOfEqualWork) {
+    for (const Uplo uplo : {Uplo::upper, Uplo::lower}) {
+        EXPECT_EQ(syr_band(3000, 2, 0, uplo).count, uplo == Uplo::upper ? 2000 : 1000);
+        for (const Op op : {Op::none, Op::transpose})
+            EXPECT_EQ(trmv_band(3000, 2, 0, uplo, op).slice.count,
+                      (uplo == Uplo::upper) == (op == Op::none) ? 1000 : 2000);
+    }
     for (const int n : {1000, 4096})
         for (const int team : {2, 3, 8})
             for (int part = 0; part < team; ++part) {
@@ -95,20 +102,6 @@ TEST(Slices, AreOfEqualWork) {
                         << n << ' ' << team << ' ' << part;
                 }
             }
-}
-
-// The parts are of one size as long as there are units for all; what remains is less than a unit a part, and one unit.
-TEST(Slices, AreEqual) {
-    for (const int n : {100, 299, 4096, most})
-        for (const int team : {1, 2, 3, 7, 20})
-            for (const int unit : {1, 4, 8}) {
-                const int first = equal_slice(n, team, 0, unit).count,
-                          last = equal_slice(n, team, team - 1, unit).count;
-                EXPECT_TRUE(last >= first && last - first < unit * team + unit) << n << ' ' << team << ' ' << unit;
-                EXPECT_EQ(equal_slice(n, team, team - 1, unit).first + last, n);
-            }
-    EXPECT_EQ(vector_slice(100, 3, 3).count, 0) << "beyond the team";
-    EXPECT_EQ(vector_slice(-5, 3, 2).count, 0);
 }
 
 // A slice handed to a routine names the elements that it names in the whole vector.
@@ -129,66 +122,6 @@ TEST(Slices, OfAnyIncrement) {
     if constexpr (sizeof(std::ptrdiff_t) > sizeof(int)) {
         EXPECT_EQ(slice_offset({1 << 30, 8}, most, 4), std::int64_t{1} << 32);
         EXPECT_EQ(slice_offset({0, 8}, most, -4), std::int64_t{most - 8} * 4);
-    }
-}
-
-TEST(Slices, BlocksOfASlice) {
-    for (int count = 0; count <= 40; ++count)
-        for (int size = 1; size <= 12; ++size) {
-            const int blocks = 48 / size + 1;
-            int next = 7;
-            for (int i = 0; i < blocks; ++i) {
-                const Slice block = gemm_block({7, count}, i * size, size);
-                ASSERT_EQ(block.first, next) << count << " by " << size;
-                ASSERT_TRUE(block.count == size || next + block.count == 7 + count) << count << " by " << size;
-                next += block.count;
-            }
-            ASSERT_EQ(next, 7 + count) << "by " << size;
-        }
-}
-
-TEST(Slices, TrianglesAreCutWhereBothHalvesHaveAsMuch) {
-    struct Row {
-        int n, team;
-        TriangleCut cut;
-        std::vector<int> widths;
-    };
-    for (const Row& p : {
-             Row{100, 5, TriangleCut::twoThirds, {24, 24, 16, 16, 20}}, // an odd thread is in the second half
-             {1024, 2, TriangleCut::third, {512, 512}},
-             {1025, 2, TriangleCut::third, {336, 689}},
-             {1500, 2, TriangleCut::twoThirds, {1000, 500}},
-             {3000, 4, TriangleCut::third, {496, 496, 1000, 1008}},
-             {12, 8, TriangleCut::third, {0, 0, 0, 0, 0, 0, 0, 12}},
-         }) {
-        std::vector<int> widths;
-        for (int thread = 0; thread < p.team; ++thread)
-            widths.push_back(triangle_slice(p.n, p.team, thread, p.cut).count);
-        EXPECT_EQ(widths, p.widths) << p.n << " on " << p.team;
-    }
-    EXPECT_EQ(triangle_slice(2000000000, 2, 0, TriangleCut::twoThirds).count, 1333333328);
-}
-
-// A band of a product has the columns of its rows that are not zero, and no thread of two has twice as many elements.
-TEST(Slices, BandsOfATriangle) {
-    constexpr int n = 3000;
-    for (const Uplo uplo : {Uplo::upper, Uplo::lower}) {
-        const auto area = [](Slice rows, bool fromDiagonal) {
-            const std::int64_t mean = 2 * rows.first + rows.count;
-            return rows.count * (fromDiagonal ? 2 * n - mean : mean) / 2;
-        };
-        for (const Op op : {Op::none, Op::transpose, Op::adjoint}) {
-            const bool fromDiagonal = (uplo == Uplo::upper) == (op == Op::none);
-            std::int64_t areas[2];
-            for (const int thread : {0, 1}) {
-                const auto [slice, first, length] = trmv_band(n, 2, thread, uplo, op);
-                const int end = slice.first + slice.count;
-                EXPECT_TRUE(fromDiagonal ? first == slice.first && length == n - first : first == 0 && length == end);
-                areas[thread] = area(slice, fromDiagonal);
-            }
-            EXPECT_TRUE(areas[0] < 2 * areas[1] && areas[1] < 2 * areas[0]) << areas[0] << ' ' << areas[1];
-        }
-        EXPECT_EQ(syr_band(n, 2, 0, uplo).count, uplo == Uplo::upper ? 2000 : 1000);
     }
 }
 
