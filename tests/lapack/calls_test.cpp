@@ -472,6 +472,31 @@ TEST(Calls, EndWhateverTheNumbers) {
     std::signal(SIGSEGV, strayed);
 }
 
+// Eigenvalues and singular values of a matrix that is not finite somewhere on its diagonal are not all finite, or info
+// tells.
+TEST(Calls, FindNoFiniteValuesOfWhatIsNot) {
+    const struct {
+        const char* routine;
+        std::size_t matrix, values; // the positions, from 0
+    } rows[] = {{"SGEEV ", 3, 5}, {"SHSEQR", 5, 7}, {"SSYEVR", 4, 12}, {"SGESDD", 3, 5},
+                {"CGESDD", 3, 5}, {"SBDSQR", 5, 5}, {"SBDSDC", 3, 3}};
+    const ForcedTeam alone(1);
+    for (const Case& c : all_cases())
+        for (const auto& [routine, matrix, values] : rows) {
+            if (!c.text.starts_with(routine))
+                continue;
+            const Argument& given = c.given[matrix];
+            const std::size_t step = given.is_matrix() ? std::size_t(c.given[matrix + 1].value()) + 1 : 1;
+            for (const float x : {nan, infinity})
+                for (const std::size_t row : {0U, 3U, 7U}) {
+                    auto arguments = c.given;
+                    arguments[matrix].replace({row * step, given.bytes()}, x);
+                    c.run(arguments);
+                    EXPECT_TRUE(c.info(arguments) > 0 || !arguments[values].is_finite()) << c.text << ": " << x << row;
+                }
+        }
+}
+
 std::atomic<int> requests, refused;
 
 void* refusing_malloc(std::size_t size) {

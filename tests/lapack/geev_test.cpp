@@ -147,34 +147,6 @@ TEST(Geev, ResidualOfHugeAndTinyMatrices) {
         }
 }
 
-TEST(Geev, SolutionsThatAreKnown) {
-    Operand<float> a(3, 3, 3);
-    const float rows[3][3] = {{0, 0, 6}, {1, 0, -11}, {0, 1, 6}}; // (x - 1) (x - 2) (x - 3)
-    a.set([&](int i, int j) { return rows[i][j]; });
-    const Eigen e = eigen_of(a, 'N', 'N');
-    std::vector<float> values{e.wr[0], e.wr[1], e.wr[2]};
-    std::sort(values.begin(), values.end());
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_NEAR(values[std::size_t(i)], 1 + i, 2e-5);
-        EXPECT_EQ(e.wi[i], 0);
-    }
-}
-
-TEST(Geev, OfNaNAndInfinityEnds) {
-    for (const int n : {1, 2, 20, 130})
-        for (const float x : {nan, infinity})
-            for (const char job : {'N', 'V'}) {
-                Operand<float> a = unsymmetric_matrices(n)[0].a;
-                a(n / 2, n / 3) = x;
-                const Eigen e = eigen_of(a, job, job);
-                EXPECT_TRUE(e.info >= 0 && e.info <= n) << n;
-                bool finite = e.info == 0;
-                for (int i = 0; i < n; ++i)
-                    finite = finite && std::isfinite(e.wr[i]);
-                EXPECT_FALSE(finite) << n << ' ' << x;
-            }
-}
-
 // ---- Vectors of Schur forms ---------------------------------------------------------------------------------------
 
 // Triangles with what makes the substitution scale its vectors, and the Schur forms of general matrices.

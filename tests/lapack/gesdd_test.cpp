@@ -116,29 +116,6 @@ TEST_OF_ELEMENTS(Svd, ResidualOfEverySpectrum) {
     expect_decomposed<T>(30, 28, {"zero", std::vector<double>(28, 0.0)}, 3);
 }
 
-TEST_OF_ELEMENTS(Svd, OfInfinityAndNaNEnds) {
-    for (const auto& [m, n] : {std::pair{1, 1}, {30, 30}, {80, 30}, {30, 80}})
-        for (const float bad : {nan, infinity})
-            for (const char job : {'A', 'O', 'N'}) {
-                Operand<T> a = matrix_of<T>(m, n, std::vector<double>(std::size_t(std::min(m, n)), 1.0), 5);
-                a(m / 2, n / 2) = scalar<T>(bad);
-                const Decomposed<T> d(job, a, Decomposed<T>::best);
-                EXPECT_TRUE(d.info > 0 || !std::isfinite(d.s[0]) || !is_descending(d.s)) << m << 'x' << n << ' ' << job;
-            }
-}
-
-TEST(Svd, ChoosesItsPathInSinglePrecision) {
-    using lapack::SvdKind, lapack::svd_kind;
-    EXPECT_EQ(svd_kind<float>(22, 12), SvdKind::longest);
-    EXPECT_EQ(svd_kind<float>(12, 22), SvdKind::longest);
-    EXPECT_EQ(svd_kind<float>(21, 12), SvdKind::square);
-    EXPECT_EQ(svd_kind<float>(2796223, 1525213), SvdKind::square); // 11/6 in double
-    EXPECT_EQ(svd_kind<SingleComplex>(17, 9), SvdKind::longest);
-    EXPECT_EQ(svd_kind<SingleComplex>(16, 9), SvdKind::middle);
-    EXPECT_EQ(svd_kind<SingleComplex>(15, 9), SvdKind::middle);
-    EXPECT_EQ(svd_kind<SingleComplex>(14, 9), SvdKind::square);
-}
-
 // The published numbers, whatever is needed.
 TEST(Svd, NeedsThePublishedWork) {
     using lapack::SvdJob, lapack::gesdd_work;

@@ -108,34 +108,5 @@ TEST(GetrfSchedule, AppliesEveryPanelOnceAndInOrder) {
                 }
 }
 
-// A thread leaves at once only if it never has work: with no tail, and no group of its own.
-TEST(GetrfSchedule, FirstTasks) {
-    constexpr auto wait = GetrfTaskKind::wait, done = GetrfTaskKind::done;
-    struct Row {
-        Plan plan;
-        int thread;
-        GetrfTaskKind kind;
-        int firstBlock, lastBlock;
-    };
-    for (const Row& row : {Row{{20, 19, 4, 3, 4}, 0, wait, 2, 3}, Row{{20, 19, 4, 3, 4}, 2, wait, 7, 9},
-                           Row{{20, 19, 4, 1, 0}, 0, wait, 5, 5}, Row{{20, 19, 4, 1, 0}, 3, wait, 4, 4},
-                           Row{{4, 3, 4, 1, 0}, 0, done, 0, 0}, Row{{6, 5, 4, 3, 0}, 2, done, 0, 0},
-                           Row{{8, 7, 4, 3, 3}, 1, wait, 4, 5}, Row{{8, 7, 4, 3, 3}, 2, wait, 6, 6},
-                           Row{{8, 7, 4, 3, 8}, 0, wait, 1, 1}, Row{{8, 7, 4, 1, 1000000}, 2, wait, 1, 1}}) {
-        Scheduled job(row.plan);
-        job.begin(row.plan.team);
-        const GetrfTask task = job.first(row.thread);
-        EXPECT_EQ(std::tuple(task.kind, task.firstBlock, task.lastBlock),
-                  std::tuple(row.kind, row.firstBlock, row.lastBlock))
-            << row.plan << ", thread " << row.thread;
-    }
-}
-
-// 32 bytes, and 4 for each block column but one.
-TEST(GetrfSchedule, Size) {
-    for (const auto& [n, bytes] : {std::pair{64, 32U}, {65, 36U}, {1000, 92U}})
-        EXPECT_EQ(getrf_schedule_bytes(n, 64), bytes) << n;
-}
-
 } // namespace
 } // namespace qrv::test

@@ -1,10 +1,9 @@
 // LU factorization on teams: bits, progress and stops. That factors are right is in team_test.cpp.
 #include <algorithm>
-#include <set>
 
 #include "lapack/calls/lu.hpp"
-#include "qrv/service.h"
 #include "support/lu.hpp"
+#include "support/progress.hpp"
 #include "support/teams.hpp"
 
 namespace qrv::test {
@@ -34,34 +33,6 @@ TEST_OF_ELEMENTS(GetrfTeam, TheSameBitsWhateverIsReadyAtOnce) {
 }
 
 // ---- Progress -----------------------------------------------------------------------------------------------------
-
-// What the progress routine is told, and the call at which it asks to stop.
-struct Progress {
-    int calls = 0, stopAt = 0;
-    std::vector<int> steps;
-    std::set<int> threads;
-    std::set<std::string> stages;
-} progress;
-
-// Panels are factored one after the other, so its calls follow each other too.
-int on_progress(const int* thread, const int* step, const char* stage, int length) {
-    progress.steps.push_back(*step);
-    progress.threads.insert(*thread);
-    progress.stages.insert(std::string(stage, static_cast<std::size_t>(length)));
-    return ++progress.calls == progress.stopAt ? 1 : 0;
-}
-
-class ProgressHook {
-public:
-    explicit ProgressHook(int stopAt) {
-        progress = {};
-        progress.stopAt = stopAt;
-        qrv_serv_set_progress(on_progress);
-    }
-    ~ProgressHook() { qrv_serv_set_progress(nullptr); }
-    ProgressHook(const ProgressHook&) = delete;
-    ProgressHook& operator=(const ProgressHook&) = delete;
-};
 
 template <class T>
 int recursive(int m, int n, Matrix<T> a, int* ipiv, int* info, int thread, int offset) {

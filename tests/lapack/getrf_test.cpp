@@ -109,69 +109,6 @@ TEST_OF_ELEMENTS(Getrf, PivotsAtTheEndsOfTheRange) {
     }
 }
 
-// ---- Decisions ----------------------------------------------------------------------------------------------------
-
-struct RecordedMachine {
-    int threads, serialCrossover, threadedCrossover, nb;
-    int cpuMa = 64;
-    VectorForm vectors = VectorForm::sse;
-    int cpu_ma() const { return cpuMa; }
-    VectorForm form() const { return vectors; }
-    int budget() const { return threads; }
-    static double products() { return 1; }
-    int crossover(int threadCount) const { return threadCount < 0 ? serialCrossover : threadedCrossover; }
-    int block_size(int) const { return nb; }
-};
-
-TEST(GetrfRoute, FollowsThreadsAndTuning) {
-    using Kind = lapack::GetrfRoute::Kind;
-    struct Row {
-        int m, n;
-        RecordedMachine machine;
-        Kind kind;
-    };
-    for (const Row& row :
-         {Row{500, 64, {4, 64, 64, 64}, Kind::serial}, Row{500, 500, {1, 64, 64, 64}, Kind::serial},
-          Row{500, 100, {4, 64, 100, 64}, Kind::ib}, Row{500, 101, {4, 64, 100, 64}, Kind::dynamic},
-          Row{65, 500, {2, 64, 64, 64}, Kind::dynamic}, Row{64, 500, {2, 64, 64, 64}, Kind::unblocked},
-          Row{500, 500, {4, 64, 64, 1}, Kind::unblocked},
-          // By work: 351^3 / 3 products are two threads' with AVX-512, 350^3 / 3 are not.
-          Row{350, 350, {2, 64, 64, 64, 66, VectorForm::avx512}, Kind::serial},
-          Row{351, 351, {2, 64, 64, 64, 66, VectorForm::avx512}, Kind::dynamic},
-          Row{160, 1500, {2, 64, 64, 64, 66, VectorForm::avx512}, Kind::dynamic},
-          Row{1500, 160, {2, 64, 64, 64, 66, VectorForm::avx512}, Kind::dynamic},
-          Row{250, 250, {2, 64, 64, 64, 66}, Kind::dynamic}, Row{1000, 1000, {8, 64, 64, 64, 66}, Kind::dynamic}}) {
-        const auto route = lapack::getrf_route(row.m, row.n, row.machine);
-        EXPECT_EQ(route.kind, row.kind) << row.m << " x " << row.n;
-        EXPECT_EQ(route.alone, row.kind == Kind::serial && row.machine.cpuMa == 66);
-        EXPECT_EQ(route.threads, row.kind == Kind::ib || row.kind == Kind::dynamic ? row.machine.threads : 1);
-    }
-}
-
-TEST(GetrfLookahead, SharesOutEveryColumn) {
-    for (int columns = 1; columns <= 300; ++columns)
-        for (int team = 1; team <= 17; ++team)
-            for (const int applied : {8, 32, 128})
-                for (const int next : {1, applied / 2, applied}) {
-                    if (next > columns)
-                        continue;
-                    const auto share = lapack::lookahead_share(columns, team, applied, next);
-                    EXPECT_EQ(share.factors, columns / team >= next);
-                    EXPECT_TRUE(!share.factors || share.first >= next);
-                    int end = 0;
-                    for (int thread = 0; thread < team; ++thread) {
-                        const Slice slice = share.slice(columns, team, thread);
-                        ASSERT_EQ(slice.first, end);
-                        ASSERT_GE(slice.count, 0);
-                        end += slice.count;
-                    }
-                    ASSERT_EQ(end, columns) << "team " << team;
-                }
-    // Thread 0 gives a quarter of the panel away if it can, and keeps the next panel if it cannot.
-    for (const auto& [columns, first] : {std::pair{1024, 224}, {512, 128}, {400, 100}})
-        EXPECT_EQ(lapack::lookahead_share(columns, 4, 128, 128).first, first);
-}
-
 // ---- Real inputs --------------------------------------------------------------------------------------------------
 
 template <class T>

@@ -175,13 +175,5 @@ TEST_OF_ELEMENTS(Norms, MultiplesOfWhatIsStored) {
         }
 }
 
-// The first diagonal below belongs to it too.
-TEST(Multiples, OfHessenbergMatrices) {
-    Operand<float> a(5, 5, 5);
-    a.fill(1);
-    call(SLASCL, 'H', 0, 0, 1.0F, 2.0F, 5, 5, a);
-    EXPECT_EQ(a.count_bad([](int i, int j, float x) { return x == (i <= j + 1 ? 2 : 1); }), 0);
-}
-
 } // namespace
 } // namespace qrv::test

@@ -9,8 +9,8 @@
 #include "lapack/elements.hpp"
 #include "lapack/kernel/source/cholesky/potrf.hpp"
 #include "lapack/lapack.hpp"
-#include "service/reporter.hpp"
 #include "support/cholesky.hpp"
+#include "support/progress.hpp"
 
 namespace qrv::test {
 namespace {
@@ -94,18 +94,6 @@ TYPED_TEST(Potrf, TellsTheFirstColumnThatIsNotDefinite) {
                 }
 }
 
-TYPED_TEST(Potrf, EndsWithNanAndInfinity) {
-    using T = TypeParam;
-    constexpr int n = 131, i = 20, j = 90;
-    for (const auto& route : routes<T>())
-        for (const Uplo uplo : {Uplo::upper, Uplo::lower})
-            for (const float x : {nan, infinity}) {
-                Operand<T> a = definite<T>(uplo, n);
-                (uplo == Uplo::upper ? a(i, j) : a(j, i)) = scalar<T>(x);
-                EXPECT_EQ(route.factor(uplo, n, a.view()), j + 1) << route.name << ' ' << letter(uplo) << x;
-            }
-}
-
 TYPED_TEST(Potrf, SolutionsInversesAndEstimates) {
     using T = TypeParam;
     for (const Uplo uplo : {Uplo::upper, Uplo::lower})
@@ -159,13 +147,10 @@ TYPED_TEST(Potrf, ResidualsOfAliasedColumns) {
 }
 
 // A stop leaves the rest of the matrix alone and info 0.
-int stop_at_once(const int*, const int*, const char*, int) {
-    return 1;
-}
 TEST(PotrfProgress, AStopEndsTheFactorization) {
     constexpr int n = 600;
-    qrv_serv_set_progress(stop_at_once);
     for (const int threads : {1, 4}) {
+        const ProgressHook hook(1);
         const Operand<float> a = definite<float>(Uplo::lower, n);
         Operand<float> factor(a);
         const lapack::FactorResult result =
@@ -174,7 +159,6 @@ TEST(PotrfProgress, AStopEndsTheFactorization) {
         EXPECT_TRUE(result.stopped && result.info == 0);
         EXPECT_TRUE(same_bits(factor(n - 1, n - 1), a(n - 1, n - 1)));
     }
-    qrv_serv_set_progress(nullptr);
 }
 
 } // namespace

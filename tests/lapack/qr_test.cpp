@@ -5,6 +5,7 @@
 
 #include "lapack/elements.hpp"
 #include "lapack/lapack.hpp"
+#include "support/progress.hpp"
 #include "support/qr.hpp"
 #include "support/teams.hpp"
 #include "support/work_memory.hpp"
@@ -199,19 +200,6 @@ TYPED_TEST(Qr, ResidualsOfPivoting) {
                 }
 }
 
-TYPED_TEST(Qr, PivotingEndsWithNanAndInfinity) {
-    using T = TypeParam;
-    for (const float x : {nan, infinity}) {
-        Operand<T> a = qr_matrix<T>(60, 50);
-        a(30, 20) = scalar<T>(x);
-        std::vector<int> jpvt(50);
-        std::vector<T> tau(50), work(std::size_t(lapack::geqp3_work<T>(60, 50)));
-        std::vector<float> norms(100);
-        lapack::geqp3(60, 50, a.view(), jpvt.data(), tau.data(), work.data(), int(work.size()), norms.data());
-        EXPECT_EQ(jpvt[0], 21) << x;
-    }
-}
-
 // ---- Q applied and generated --------------------------------------------------------------------------------------
 
 struct FormOfQ {
@@ -224,13 +212,14 @@ constexpr FormOfQ forms[] = {{QForm::qr, Direct::forward, StoreV::columns},
                              {QForm::lq, Direct::forward, StoreV::rows}};
 
 template <class T, class Apply>
-void expect_applied(const Apply& apply, std::initializer_list<std::pair<int, int>> ordersAndCounts) {
+void expect_applied(const Apply& apply, std::initializer_list<std::pair<int, int>> ordersAndCounts,
+                    std::initializer_list<int> lengths = {1, 9, 40}) {
     for (const auto& form : forms)
         for (const auto& [order, k] : ordersAndCounts) {
             const RandomReflectors<T> reflectors(form.direct, form.store, order, k);
             for (const bool left : {true, false})
                 for (const Op op : {Op::none, lapack::adjoint<T>})
-                    for (const int across : {1, 9, 40}) {
+                    for (const int across : lengths) {
                         const int m = left ? order : across, n = left ? across : order;
                         Operand<T> c = qr_matrix<T>(m, n);
                         WideMatrix<T> expected(c);
@@ -254,33 +243,18 @@ TYPED_TEST(Qr, ResidualsOfQApplied) {
     for (const int threads : {1, 2, 3, 8})
         for (const bool enough : {true, false}) {
             const ForcedTeam forced(threads);
-            expect_applied<T>(
-                [&](QForm form, Side side, Op op, int m, int n, int k, const auto& reflectors, Operand<T>& c) {
-                    const std::int64_t full = lapack::orm_work<T>(form, side, m, n, k);
-                    GuardedVector<T> work(enough ? int(full) : side == Side::left ? n : m);
-                    lapack::orm<T>(form, side, op, m, n, k, reflectors.v.view(), reflectors.tau.data(), c.view(),
-                                   work.data(), work.size());
-                    EXPECT_EQ(lapack::real_part(work[0]), static_cast<float>(full));
-                },
-                {{6, 3}, {64, 12}, {90, 70}, {66, 66}});
+            const auto apply = [&](QForm form, Side side, Op op, int m, int n, int k, const auto& reflectors,
+                                   Operand<T>& c) {
+                const std::int64_t full = lapack::orm_work<T>(form, side, m, n, k);
+                GuardedVector<T> work(enough ? int(full) : side == Side::left ? n : m);
+                lapack::orm<T>(form, side, op, m, n, k, reflectors.v.view(), reflectors.tau.data(), c.view(),
+                               work.data(), work.size());
+                EXPECT_EQ(lapack::real_part(work[0]), static_cast<float>(full));
+            };
+            expect_applied<T>(apply, {{6, 3}, {64, 12}, {90, 70}, {66, 66}});
+            if (threads == 1 || threads == 3)
+                expect_applied<T>(apply, {{40, 35}}, {900}); // in strips
         }
-}
-
-// Strips of a wide matrix.
-TYPED_TEST(Qr, ResidualsOfQAppliedInStrips) {
-    using T = TypeParam;
-    const RandomReflectors<T> reflectors(Direct::forward, StoreV::columns, 40, 35);
-    for (const int threads : {1, 3}) {
-        const ForcedTeam forced(threads);
-        Operand<T> c = qr_matrix<T>(40, 900);
-        WideMatrix<T> expected(c);
-        reflectors.q.apply(true, true, expected);
-        GuardedVector<T> work(900);
-        const WorkMemoryProbe probe;
-        lapack::orm<T>(QForm::qr, Side::left, lapack::adjoint<T>, 40, 900, 35, reflectors.v.view(),
-                       reflectors.tau.data(), c.view(), work.data(), 900);
-        EXPECT_TRUE(difference(c, expected) < 60 * unitRoundoff);
-    }
 }
 
 TYPED_TEST(Qr, ResidualsOfQGenerated) {
@@ -317,25 +291,16 @@ TYPED_TEST(Qr, ResidualsOfQGenerated) {
             }
 }
 
-// ---- What is not finite, stops, queries ---------------------------------------------------------------------------
+// ---- Stops --------------------------------------------------------------------------------------------------------
 
-TYPED_TEST(Qr, EndsWithNanAndInfinity) {
-    using T = TypeParam;
-    for (const auto& route : routes<T>())
-        for (const float x : {nan, infinity}) {
-            Operand<T> a = qr_matrix<T>(60, 50);
-            a(30, 20) = scalar<T>(x);
-            QrResult<T> f(a, route.work(60, 50));
-            route.factor(f);
-            EXPECT_FALSE(is_finite(f.a(49, 49))) << route.name << x;
-        }
-}
-
-int callsLeft;
-std::vector<int> steps;
-int count_calls(const int*, const int* step, const char*, int) {
-    steps.push_back(*step);
-    return --callsLeft == 0 ? 1 : 0;
+// The steps told, or so many of them if asked to stop there.
+template <class Factor>
+void expect_told(std::vector<int> steps, int stopAt, const Factor& factor) {
+    const ProgressHook hook(stopAt);
+    factor();
+    if (stopAt > 0)
+        steps.resize(static_cast<std::size_t>(stopAt));
+    EXPECT_EQ(progress.steps, steps) << "stop " << stopAt;
 }
 
 // Panel by panel, and once at the end. After a stop nothing more is done.
@@ -343,74 +308,35 @@ TEST(QrProgress, ToldAfterEachPanelAndStops) {
     constexpr int m = 190, n = 180;
     for (const int threads : {1, 2, 4})
         for (const int stopAt : {0, 1, 3}) {
-            callsLeft = stopAt;
-            steps.clear();
-            qrv_serv_set_progress(count_calls);
+            SCOPED_TRACE(threads);
             const Operand<float> a = qr_matrix<float>(m, n);
             QrResult<float> f(a, lapack::geqrf_serial_work<float>(m, n));
-            if (threads == 1)
-                lapack::geqrf_serial(m, n, f.a.view(), f.tau.data(), f.work.data(), f.work.size());
-            else
-                EXPECT_TRUE(factor_on_team(f, threads, 16, 2));
-            qrv_serv_set_progress(nullptr);
             std::vector<int> expected{16, 32}; // what is left then goes column by column in the serial route
             for (int step = 48; threads > 1 && step < n; step += 16)
                 expected.push_back(step);
             if (threads > 1)
                 expected.push_back(n); // the last panel
             expected.push_back(n);
-            if (stopAt > 0)
-                expected.resize(static_cast<std::size_t>(stopAt));
-            EXPECT_EQ(steps, expected) << threads << " threads, stop " << stopAt;
-            EXPECT_EQ(same_bits(f.a(m - 1, n - 1), a(m - 1, n - 1)), stopAt == 1) << threads << ' ' << stopAt;
+            expect_told(expected, stopAt, [&] {
+                if (threads == 1)
+                    lapack::geqrf_serial(m, n, f.a.view(), f.tau.data(), f.work.data(), f.work.size());
+                else
+                    EXPECT_TRUE(factor_on_team(f, threads, 16, 2));
+            });
+            EXPECT_EQ(same_bits(f.a(m - 1, n - 1), a(m - 1, n - 1)), stopAt == 1) << stopAt;
         }
 }
 
 TEST(QrProgress, ToldAfterEachStripOfHighMatrices) {
     constexpr int m = 4 * 2048, n = 20;
     for (const int stopAt : {0, 1, 3}) {
-        callsLeft = stopAt;
-        steps.clear();
-        qrv_serv_set_progress(count_calls);
         QrResult<float> f(qr_matrix<float>(m, n), n);
-        lapack::geqrf(m, n, f.a.view(), f.tau.data(), f.work.data(), n);
-        qrv_serv_set_progress(nullptr);
         std::vector<int> expected;
         for (int step = lapack::geqrf_tall_strip(); step < n; step += lapack::geqrf_tall_strip())
             expected.push_back(step);
         expected.insert(expected.end(), 2, n);
-        if (stopAt > 0)
-            expected.resize(static_cast<std::size_t>(stopAt));
-        EXPECT_EQ(steps, expected) << stopAt;
+        expect_told(expected, stopAt, [&] { lapack::geqrf(m, n, f.a.view(), f.tau.data(), f.work.data(), n); });
     }
-}
-
-// The lengths that a caller is told, through the entry; nothing of the matrix is looked at.
-TEST(QrWork, Queries) {
-    const auto asked = [](int m, int n) {
-        const int lda = std::max(1, m), query = -1;
-        int info = -99;
-        float work = -1;
-        SGEQRF(&m, &n, nullptr, &lda, nullptr, &work, &query, &info);
-        EXPECT_EQ(info, 0);
-        return work;
-    };
-    const ForcedTeam forced(3);
-    EXPECT_EQ(asked(0, 7), 1);
-    EXPECT_EQ(asked(7, 0), 1);
-    EXPECT_EQ(asked(60, 50), 50) << "too small for a team: no blocks either";
-    EXPECT_EQ(asked(300, 200), 200 * 16 + 3 * 2 * 16 * 16);
-    const auto sormqr = [](int m, int n, int k) {
-        const int lda = std::max(1, m), query = -1;
-        int info = -99;
-        float work = -1;
-        SORMQR("L", "T", &m, &n, &k, nullptr, &lda, nullptr, nullptr, &lda, &work, &query, &info);
-        EXPECT_EQ(info, 0);
-        return work;
-    };
-    EXPECT_EQ(sormqr(300, 200, 100), (200 * 3 + 100) * 32);
-    // Above 2^31, and no float: rounded up.
-    EXPECT_EQ(sormqr(2'000'000'000, 2'000'000'001, 1), std::nextafter(768'000'000'000.0F, 1e30F));
 }
 
 } // namespace

@@ -1,8 +1,14 @@
-// Plane rotations.
+// Plane rotations; and several sequences of them applied together, on every route, against the kernel of one sequence,
+// which has a test of its own.
+#include "blas/calls.hpp"
+#include "lapack/calls/rotations.hpp"
+#include "lapack/kernel/source/rotations/lasr3.hpp"
+#include "lapack/lapack.hpp"
 #include <cmath>
 #include <gtest/gtest.h>
 
 #include "qrv/native.h"
+#include "support/call.hpp"
 #include "support/oracle.hpp"
 
 namespace qrv::test {
@@ -69,6 +75,110 @@ TEST(Rotations, DecomposeATriangle) {
                      {a * cr + b * sr - most, b * cr - a * sr, c * cr + d * sr, d * cr - c * sr - least})
                     EXPECT_LE(std::abs(error), 8 * unitRoundoff * largest + 0x1p-148) << f << ' ' << g << ' ' << h;
             }
+}
+
+// ---- Sequences ------------------------------------------------------------------------------------------------------
+
+using lapack::SweepRoute;
+
+// Every third sequence has rotations on a part of the planes only.
+struct Sequences {
+    Side side;
+    Direct direct;
+    int lines, across, count;
+    Operand<float> cs, before, expected;
+
+    Sequences(Side s, Direct d, int lineCount, int length, int sequences)
+        : side(s), direct(d), lines(lineCount), across(length), count(sequences),
+          cs(std::max(lines - 1, 0), 2 * count, std::max(1, lines + 1)),
+          before(left() ? lines : across, left() ? across : lines, (left() ? lines : across) + 3), expected(before) {
+        std::mt19937 random(static_cast<unsigned>(7 * lines + across + 3 * count));
+        cs.fill(0);
+        for (int q = 0; q < count; ++q)
+            for (int i = 0; i + 1 < lines; ++i) {
+                const bool turns = q % 3 != 1 || (i > lines / 4 && i < lines - lines / 3);
+                const double angle = turns ? double(random() % 628) / 100 : 0;
+                cs(i, 2 * q) = static_cast<float>(std::cos(angle)),
+                          cs(i, 2 * q + 1) = static_cast<float>(std::sin(angle));
+            }
+        before.set([&](int, int) { return any_size_one<float>(random); });
+        expected.set(before);
+        for (int q = 0; q < count; ++q)
+            kernel::lasr(side, Pivot::variable, direct, before.rows(), before.columns(), &cs(0, 2 * q),
+                         &cs(0, 2 * q + 1), expected.view());
+    }
+    bool left() const { return side == Side::left; }
+
+    // Whether run(a, work) does it.
+    template <class Run>
+    bool done_by(const Run& run) {
+        Operand<float> a = before;
+        GuardedVector<float> work(static_cast<int>(lapack::lasr3_work(count, across)));
+        run(a, work);
+        const double allowed = 40 * unitRoundoff * std::sqrt(double(count) + lines);
+        return a.count_bad([&](int i, int j, float x) { return std::abs(x - expected(i, j)) <= allowed; }) == 0;
+    }
+    std::string name() const {
+        return std::string(1, letter(side)) + letter(direct) + ' ' + std::to_string(count) + " on " +
+               std::to_string(lines) + " of " + std::to_string(across);
+    }
+};
+
+// On either side, in either direction.
+template <class Body>
+void each_sequences(int lines, int across, int count, const Body& body) {
+    for (const Side side : {Side::left, Side::right})
+        for (const Direct direct : {Direct::forward, Direct::backward})
+            body(Sequences(side, direct, lines, across, count));
+}
+
+constexpr SweepRoute routes[] = {SweepRoute::oneByOne, SweepRoute::skewed, SweepRoute::blocked,
+                                 SweepRoute::blockedTeam};
+
+// Around one, two and more blocks, and where a block has no room for an element of all its lines.
+void expect_right(std::initializer_list<int> counts, std::initializer_list<int> lengths,
+                  std::initializer_list<int> teams) {
+    for (const int count : counts)
+        for (const int lines : {2, count, count + 1, 2 * count, 2 * count + 1, 3 * count, 3 * count + 1, 5 * count + 2})
+            for (const int across : lengths)
+                each_sequences(std::max(lines, 2), across, count, [&](Sequences q) {
+                    for (const SweepRoute route : routes)
+                        for (const int team : teams)
+                            EXPECT_TRUE(q.done_by([&](auto& a, auto& work) {
+                                lapack::apply_sweeps(
+                                    {q.side, q.direct, a.rows(), a.columns(), q.count, q.cs.view(), a.view()}, route,
+                                    team, work.data());
+                            })) << q.name()
+                                << " route " << static_cast<int>(route) << " team " << team;
+                });
+}
+
+TEST(Lasr3, SolutionsOnEveryRoute) {
+    expect_right({1, 2, 5, 36}, {1, 3, 33}, {1, 3});
+}
+
+TEST(Lasr3, Races) {
+    expect_right({3}, {9}, {2, 3});
+}
+
+// By address, where options are upper-case letters: others do nothing.
+TEST(Lasr3, OptionsInTheNativeForm) {
+    for (const int across : {20, 215})
+        each_sequences(30, across, 4, [&](Sequences q) {
+            const char side = letter(q.side), direct = letter(q.direct);
+            const auto call = [&](const char* pivot, const char* direction) {
+                return q.done_by([&](auto& a, auto& work) {
+                    int info = 5;
+                    test::call(qrv_lapack_slasr3, side, pivot, direction, a.rows(), a.columns(), q.count, q.cs, a, work,
+                               work.size(), &info);
+                    EXPECT_EQ(info, 5);
+                });
+            };
+            EXPECT_TRUE(call("Variable", &direct)) << q.name();
+            EXPECT_FALSE(call("v", &direct)) << q.name();
+            EXPECT_FALSE(call("T", &direct)) << q.name();
+            EXPECT_FALSE(call("V", direct == 'F' ? "f" : "b")) << q.name();
+        });
 }
 
 } // namespace

@@ -122,55 +122,6 @@ TEST(SymmetricReduction, PanelsOnTeamsResidual) {
     }
 }
 
-// Without blocks a team makes panels of one column, one thread none.
-TEST(SymmetricReduction, PanelsAsTold) {
-    for (const auto& [threads, rest] : {std::pair{2, 0}, {1, 2}}) {
-        const lapack::Panels panels = lapack::choose_panels(2, 100, threads);
-        EXPECT_TRUE(panels.width == 1 && panels.rest == rest) << threads;
-    }
-}
-
-// Each column of a triangle is one thread's, and so many elements for each as come near the mean.
-TEST(SymmetricReduction, StripsCoverTheTriangle) {
-    for (const lapack::Deal deal : {lapack::Deal::evenWidths, lapack::Deal::nearlyEqual})
-        for (const Uplo uplo : {Uplo::upper, Uplo::lower})
-            for (int n = 0; n <= 90; ++n)
-                for (int team = 1; team <= 9; ++team) {
-                    std::vector<int> owners(std::size_t(n), 0);
-                    for (int thread = 0; thread < team; ++thread) {
-                        const auto [shorter, longer] = lapack::triangle_share(deal, uplo, n, team, thread);
-                        int elements = 0;
-                        for (const Slice strip : {shorter, longer})
-                            for (int j = strip.first; j < strip.first + strip.count; ++j) {
-                                ++owners.at(std::size_t(j));
-                                elements += uplo == Uplo::upper ? j + 1 : n - j;
-                            }
-                        EXPECT_TRUE(deal == lapack::Deal::evenWidths ? thread == 0 || shorter.count % 2 == 0
-                                                                     : std::abs(shorter.count - longer.count) <= 1);
-                        EXPECT_TRUE(thread == 0 || elements <= n * (n + 1) / 2 / team + 2 * n) << n << ' ' << team;
-                    }
-                    EXPECT_EQ(std::count(owners.begin(), owners.end(), 1), n) << n << ' ' << team;
-                }
-}
-
-// A matrix that is tridiagonal already stays as it is.
-TEST(SymmetricReduction, LeavesTridiagonalMatricesAlone) {
-    const int n = 40;
-    for (const char uplo : {'U', 'L'}) {
-        Symmetric s(spectra(n)[1]);
-        for (int j = 0; j < n; ++j)
-            for (int i = 0; i < n; ++i)
-                s.a[s.at(i, j)] = i == j ? 2 : std::abs(i - j) == 1 ? 1 : 0;
-        const Reduction r(s, uplo, false);
-        for (int i = 0; i < n; ++i)
-            EXPECT_EQ(r.d[i], 2);
-        for (int i = 0; i < n - 1; ++i) {
-            EXPECT_EQ(r.e[i], 1);
-            EXPECT_EQ(r.tau[i], 0);
-        }
-    }
-}
-
 // Q applied from both sides, transposed or not: all agree with Q itself.
 TEST(SymmetricReduction, ProductsWithQSolutions) {
     std::mt19937 random(7);
@@ -284,21 +235,6 @@ TEST(SymmetricEigen, OfOneRow) {
     EXPECT_TRUE(x.w[0] == 2 && x.z(0, 0) == 1 && support[0] == 1 && support[1] == 1);
 }
 
-// Ten ints for each row are more than an int can tell.
-TEST(SymmetricEigen, LengthBeyondTheLargestInt) {
-    const int largest = std::numeric_limits<int>::max();
-    for (const int n : {largest / 10, largest / 10 + 1, 500000000, largest}) {
-        float length = 0;
-        int ints = 0, m = 0, relative = 0;
-        call(SSYEVR, 'V', 'A', 'L', n, nullptr, n, 0.0F, 0.0F, 0, 0, 0.0F, nullptr, nullptr, nullptr, n, nullptr,
-             &length, -1, &ints, -1);
-        EXPECT_EQ(ints, n == largest / 10 ? 10 * n : largest);
-        call(SSTEMR, 'V', 'A', n, nullptr, nullptr, 0.0F, 0.0F, 0, 0, &m, nullptr, nullptr, n, n, nullptr, &relative,
-             &length, -1, &ints, -1);
-        EXPECT_EQ(ints, n == largest / 10 ? 10 * n : largest);
-    }
-}
-
 // Clusters of clusters of small values on both sides of 0, down to far below the precision of the largest, and values
 // of which neighbours are hardly apart enough to have vectors without a representation of their own: vectors that every
 // rounding on the way turns.
@@ -343,24 +279,6 @@ TEST(SymmetricEigen, WithToleranceResidual) {
     const Eigen exact(graded, 'V', 'A', 'L');
     for (int i = 0; i < 20; ++i)
         EXPECT_NEAR(exact.w[i], expected[std::size_t(i)], 20 * ulp * std::abs(expected[std::size_t(i)])) << i;
-}
-
-// A result or an info, in time.
-TEST(SymmetricEigen, NonFiniteShowsInEveryValue) {
-    for (const float bad : {nan, infinity, -infinity})
-        for (const int n : {1, 2, 3, 40})
-            for (const int row : {0, n / 2, n - 1})
-                for (const char uplo : {'U', 'L'})
-                    for (const char jobz : {'V', 'N'})
-                        for (const char range : {'A', 'I', 'V'}) {
-                            Symmetric s(spectra(n)[1]);
-                            s.a[s.at(n - 1, row)] = s.a[s.at(row, n - 1)] = bad;
-                            const Eigen x(s, jobz, range, uplo, -1, 1, 1, (n + 1) / 2);
-                            EXPECT_EQ(x.info, 0);
-                            EXPECT_EQ(x.m, range == 'V' ? 0 : range == 'I' ? (n + 1) / 2 : n) << bad << ' ' << n;
-                            for (int j = 0; j < x.m; ++j)
-                                EXPECT_FALSE(std::isfinite(x.w[j])) << bad << ' ' << n << uplo << jobz << range;
-                        }
 }
 
 } // namespace

@@ -338,39 +338,55 @@ TEST(Tridiagonal, SingularSolvesDoNotOverflow) {
     }
 }
 
-// Of the matrix with 2 and -1, whose eigenvalues are 2 - 2 cos(k pi / (n + 1)), and of its factors.
-TEST(Tridiagonal, CountsAndSingleValues) {
-    for (const int n : {1, 2, 9, 40, 300}) {
-        std::vector<float> d(std::size_t(n), 2.0F), e(std::size_t(n), -1.0F), squares(std::size_t(n), 1.0F), pivots, l,
-            lld;
-        for (int i = 1; i <= n; ++i) { // of L D L'
+// The matrix with 2 and -1, its factors L D L', and eigenvalues.
+struct SecondDifference {
+    int n;
+    std::vector<float> d, e, squares, pivots, l, ld, lld;
+
+    explicit SecondDifference(int order)
+        : n(order), d(std::size_t(order), 2.0F), e(std::size_t(order), -1.0F), squares(std::size_t(order), 1.0F) {
+        for (int i = 1; i <= n; ++i) {
             pivots.push_back(static_cast<float>(1.0 + 1.0 / i));
             l.push_back(static_cast<float>(-i / (i + 1.0)));
-            lld.push_back(pivots.back() * l.back() * l.back());
+            ld.push_back(pivots.back() * l.back());
+            lld.push_back(ld.back() * l.back());
         }
-        const float tiny = 1e-30F, low = 0.5F, high = 3.1F;
-        const auto value = [n](int k) { return 2 - 2 * std::cos(k * 3.14159265358979 / (n + 1)); };
+    }
+    double value(int k) const { return 2 - 2 * std::cos(k * 3.14159265358979323846 / (n + 1)); }
+};
+
+TEST(Tridiagonal, CountsAndSingleValues) {
+    const float tiny = 1e-30F, low = 0.5F, high = 3.1F;
+    for (const int n : {1, 2, 9, 40, 300}) {
+        SecondDifference t(n);
         int upToLow = 0, upToHigh = 0;
         for (int k = 1; k <= n; ++k) {
-            upToLow += value(k) <= low;
-            upToHigh += value(k) <= high;
+            upToLow += t.value(k) <= low;
+            upToHigh += t.value(k) <= high;
         }
         for (const char job : {'T', 'L'}) {
             int inside = -1, left = -1, right = -1;
-            EXPECT_EQ(call(SLARRC, job, n, low, high, job == 'T' ? d : pivots, job == 'T' ? e : l, tiny, &inside, &left,
-                           &right),
+            EXPECT_EQ(call(SLARRC, job, n, low, high, job == 'T' ? t.d : t.pivots, job == 'T' ? t.e : t.l, tiny,
+                           &inside, &left, &right),
                       0);
             EXPECT_TRUE(left == upToLow && right == upToHigh && inside == right - left) << job << n;
         }
         for (const int k : {1, (n + 1) / 2, n}) {
             float w = 0, werr = 0;
-            EXPECT_EQ(call(SLARRK, n, k, 0.0F, 4.0F, d, squares, tiny, 1e-6F, &w, &werr), 0);
-            EXPECT_TRUE(std::abs(w - value(k)) <= 8 * ulp * 4 && werr <= 1e-5F) << n << ' ' << k;
+            EXPECT_EQ(call(SLARRK, n, k, 0.0F, 4.0F, t.d, t.squares, tiny, 1e-6F, &w, &werr), 0);
+            EXPECT_TRUE(std::abs(w - t.value(k)) <= 8 * ulp * 4 && werr <= 1e-5F) << n << ' ' << k;
             for (const int r : {1, (n + 1) / 2, n})
                 for (const float x : {low, high})
-                    EXPECT_EQ(call(SLANEG, n, pivots, lld, x, tiny, r), x == low ? upToLow : upToHigh);
+                    EXPECT_EQ(call(SLANEG, n, t.pivots, t.lld, x, tiny, r), x == low ? upToLow : upToHigh);
         }
-        EXPECT_EQ(call(SLARRR, n, d, e), n > 2);
+        EXPECT_EQ(call(SLARRR, n, t.d, t.e), n > 2);
+    }
+    // A pivot of 0 is followed by one that is infinite, and a quotient of 0.
+    float pivots[] = {1, 1, -4}, ones[] = {1, 1}, diagonal[] = {1, 2, -3};
+    for (const char job : {'T', 'L'}) {
+        int inside = -1, left = -1, right = -1;
+        call(SLARRC, job, 3, 0.0F, 1.0F, job == 'T' ? diagonal : pivots, &ones[0], tiny, &inside, &left, &right);
+        EXPECT_TRUE(left == 1 && right == 2 && inside == 1) << job << left << ' ' << right;
     }
     std::vector<float> d{1, 2, -9}, lld{1, 5}; // a pivot is 0, and the next two quotients are not numbers
     std::feclearexcept(FE_ALL_EXCEPT);
@@ -390,23 +406,6 @@ TEST(Tridiagonal, CountsAndSingleValues) {
 }
 
 // ---- Parts of them by themselves ----------------------------------------------------------------------------------
-
-// The matrix with 2 and -1, its factors L D L', and eigenvalues.
-struct SecondDifference {
-    int n;
-    std::vector<float> d, e, squares, pivots, l, ld, lld;
-
-    explicit SecondDifference(int order)
-        : n(order), d(std::size_t(order), 2.0F), e(std::size_t(order), -1.0F), squares(std::size_t(order), 1.0F) {
-        for (int i = 1; i <= n; ++i) {
-            pivots.push_back(static_cast<float>(1.0 + 1.0 / i));
-            l.push_back(static_cast<float>(-i / (i + 1.0)));
-            ld.push_back(pivots.back() * l.back());
-            lld.push_back(ld.back() * l.back());
-        }
-    }
-    double value(int k) const { return 2 - 2 * std::cos(k * 3.14159265358979323846 / (n + 1)); }
-};
 
 TEST(Tridiagonal, QdArraysSolutions) {
     for (const int n : {1, 2, 3, 4, 9, 60}) {
@@ -437,32 +436,13 @@ TEST(Tridiagonal, QdArraysSolutions) {
         }
         if (n < 3)
             continue;
-        // One transform moves the trace by the shifts, leaves the product of the q if there is none, and finds its
-        // least d; then step by step to all values.
+        // Step by step to all values.
         std::vector<float> spread(std::size_t(4 * n), 0.0F);
         for (int i = 0; i < n; ++i) {
             spread[std::size_t(4 * i)] = t.pivots[std::size_t(i)];
             spread[std::size_t(4 * i + 2)] = i < n - 1 ? t.lld[std::size_t(i)] : 0;
         }
-        const int one = 1, first = 0;
-        const float half = static_cast<float>(t.value(1) / 2);
-        for (const float tau : {0.0F, half}) {
-            auto x = spread;
-            float dmin = 0, dmin1 = 0, dmin2 = 0, dn = 0, dn1 = 0, dn2 = 0;
-            if (tau == 0)
-                SLASQ6(&one, &n, x.data(), &first, &dmin, &dmin1, &dmin2, &dn, &dn1, &dn2);
-            else
-                SLASQ5(&one, &n, x.data(), &first, &tau, &dmin, &dmin1, &dmin2, &dn, &dn1, &dn2, &one);
-            double trace = 0, product = 1;
-            for (int i = 0; i < n; ++i) {
-                trace += double{x[std::size_t(4 * i + 1)]} + (i < n - 1 ? x[std::size_t(4 * i + 3)] : 0);
-                product *= x[std::size_t(4 * i + 1)];
-            }
-            EXPECT_NEAR(trace, 2.0 * n - tau * double(n), 8 * n * ulp);
-            EXPECT_TRUE(tau > 0 || std::abs(product / (n + 1) - 1) <= 8 * n * ulp);
-            EXPECT_TRUE(dmin > 0 && dmin <= dmin1 && dmin1 <= dmin2 && dmin <= dn && dmin1 <= dn1 && dmin2 <= dn2);
-            EXPECT_TRUE(dn == x[std::size_t(4 * n - 3)] && dmin >= t.value(1) - tau - 8 * ulp);
-        }
+        const int one = 1;
         float sigma = 0, desig = 0, qmax = 4, dmin = 0, dmin1 = 0, dmin2 = 0, dn = 0, dn1 = 0, dn2 = 0, g = 0, tau = 0;
         int left = n, now = 0, failed = 0, steps = 0, divisions = 0, kind = 0;
         for (const int from : {0, 1})
@@ -636,18 +616,6 @@ TEST(Tridiagonal, TwistedVectorsResidual) {
         zero.l[last - 1] = zero.ld[last - 1] = 0.5F, zero.lld[last - 1] = 0.25F;
         zero.pivots[last] = 1.25F;
         check(zero, 1, n, 1.5F, row, "zero pivot from behind");
-    }
-}
-
-// A pivot of 0 is followed by one that is infinite, and a quotient of 0.
-TEST(Tridiagonal, CountsPassInfinitePivots) {
-    const int n = 3;
-    const float d[] = {1, 1, -4}, l[] = {1, 1}, e[] = {1, 1}, diagonal[] = {1, 2, -3}, low = 0, one = 1, tiny = 1e-30F;
-    for (const char* job : {"T", "L"}) {
-        int inside = -1, left = -1, right = -1, info = -1;
-        SLARRC(job, &n, &low, &one, *job == 'T' ? diagonal : d, *job == 'T' ? e : l, &tiny, &inside, &left, &right,
-               &info);
-        EXPECT_TRUE(left == 1 && right == 2 && inside == 1) << job << left << ' ' << right;
     }
 }
 

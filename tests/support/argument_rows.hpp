@@ -153,6 +153,15 @@ public:
         const double nanIfAny = 0 * squares; // maxima pass over NaN
         return {distance / largest + nanIfAny, std::abs(std::sqrt(squares / otherSquares) - 1)};
     }
+    bool is_finite() const {
+        for (std::size_t k = 0; k < memory_.size(); k += sizeof(float)) {
+            float x;
+            std::memcpy(&x, memory_.data() + k, sizeof x);
+            if (!std::isfinite(x))
+                return false;
+        }
+        return true;
+    }
     bool same_bits(const Argument& other) const { return memory_ == other.memory_; }
     bool is_floating() const { return kind_ == Kind::real || kind_ == Kind::complex; }
     void store(std::size_t k, double value, double imaginary = 0) {
