@@ -65,8 +65,6 @@ void expect_normalized(const Operand<float>& v, const GuardedVector<float>& wi, 
     }
 }
 
-constexpr int fullSpeed = -1, least = 1;
-
 Eigen eigen_of(const Operand<float>& a, char jobvl, char jobvr, int workLength = fullSpeed) {
     const int n = a.rows();
     Eigen e(n);
@@ -74,11 +72,7 @@ Eigen eigen_of(const Operand<float>& a, char jobvl, char jobvr, int workLength =
     const auto find = [&](float* work, int lwork) {
         e.info = call(SGEEV, jobvl, jobvr, n, overwritten, e.wr, e.wi, e.left, e.right, work, lwork);
     };
-    const int leastLength = std::max(1, n * (jobvl == 'V' || jobvr == 'V' ? 4 : 3));
-    float answer = 0;
-    find(&answer, -1);
-    EXPECT_GE(answer, leastLength);
-    GuardedVector<float> work(workLength == fullSpeed ? static_cast<int>(answer) : leastLength);
+    GuardedVector<float> work(work_length(workLength, std::max(1, n * (jobvl == 'V' || jobvr == 'V' ? 4 : 3)), find));
     find(work.data(), work.size());
     return e;
 }

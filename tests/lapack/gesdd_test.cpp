@@ -148,23 +148,6 @@ TEST(Svd, TellsWorkThatNoFloatHasAsALargerOne) {
     EXPECT_EQ(lapack::gesdd_work<float>(lapack::SvdJob::overwrite, 40000, 40000).least > 2147483647, true);
 }
 
-TEST(Svd, CopiesPartsOfRealMatrices) {
-    for (const char part : {'U', 'L', 'A'})
-        for (const auto& [m, n] : {std::pair{5, 3}, {3, 5}}) {
-            Operand<float> a(m, n, m + 1);
-            Operand<SingleComplex> b(m, n, m + 2);
-            a.set([](int i, int j) { return float(1 + i + 10 * j); });
-            b.set([](int, int) { return SingleComplex{-1, -1}; });
-            call(CLACP2, part, m, n, a, b);
-            EXPECT_EQ(b.count_bad([&](int i, int j, SingleComplex x) {
-                const bool copied = part == 'U' ? i <= j : part == 'L' ? i >= j : true;
-                return copied ? x.re == a(i, j) && x.im == 0 : x.re == -1 && x.im == -1;
-            }),
-                      0)
-                << part << m;
-        }
-}
-
 TEST(Svd, WorkOfPathsOnATeamRaces) {
     const ForcedTeam forced(3);
     expect_decomposed<float>(70, 30, {"equal", std::vector<double>(30, 1.0)}, 9);

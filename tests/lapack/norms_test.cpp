@@ -90,6 +90,15 @@ TEST_OF_ELEMENTS(Norms, CopiesOfWhatIsNamed) {
             EXPECT_EQ(
                 b.count_bad([&](int i, int j, T x) { return x == (is_copied(i, j) ? a(i, j) : all_parts<T>(5)); }), 0)
                 << uplo << ' ' << m << " x " << n;
+            if constexpr (!isComplex<T>) { // to complex elements
+                Operand<SingleComplex> c(m, n, m + 3);
+                call(CLACP2, uplo, m, n, a, c.fill(5));
+                EXPECT_EQ(c.count_bad([&](int i, int j, SingleComplex x) {
+                    return x == (is_copied(i, j) ? SingleComplex{a(i, j), 0} : SingleComplex{5, 5});
+                }),
+                          0)
+                    << uplo << ' ' << m << " x " << n;
+            }
         }
 }
 
@@ -173,6 +182,14 @@ TEST_OF_ELEMENTS(Norms, MultiplesOfWhatIsStored) {
                       0)
                 << row.type << ' ' << to << " / " << from;
         }
+}
+
+// The first diagonal below belongs to it too.
+TEST(Multiples, OfHessenbergMatrices) {
+    Operand<float> a(5, 5, 5);
+    a.fill(1);
+    call(SLASCL, 'H', 0, 0, 1.0F, 2.0F, 5, 5, a);
+    EXPECT_EQ(a.count_bad([](int i, int j, float x) { return x == (i <= j + 1 ? 2 : 1); }), 0);
 }
 
 } // namespace

@@ -222,6 +222,18 @@ TYPED_TEST(Reflectors, BlockResiduals) {
             }
 }
 
+// Both return at once where a size is not positive, as the last strips of a team rely on.
+TYPED_TEST(Reflectors, BlocksOfNothing) {
+    using T = TypeParam;
+    T one = scalar<T>(1), kept = one;
+    const lapack::BlockReflector<T> h{Direct::forward, StoreV::columns, 1, {&one, 1}, {&one, 1}};
+    lapack::larfb<T>(Side::left, Op::none, h, 1, -3, {nullptr, 1}, {nullptr, 1});
+    lapack::larfb<T>(Side::right, Op::none, h, -1, 1, {nullptr, 1}, {nullptr, 1});
+    lapack::larft<T>(Direct::forward, StoreV::columns, 0, 1, {nullptr, 1}, &one, {&kept, 1});
+    lapack::larft<T>(Direct::backward, StoreV::rows, 1, 0, {nullptr, 1}, &one, {&kept, 1});
+    EXPECT_TRUE(same_bits(one, kept));
+}
+
 // ---- Parts ----------------------------------------------------------------------------------------------------------
 
 TYPED_TEST(Reflectors, LastRowAndColumn) {

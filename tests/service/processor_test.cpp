@@ -213,13 +213,5 @@ TEST(VectorForms, NeedProcessorAndSystem) {
         EXPECT_EQ(form(all1, all7, allStates & ~missing), VectorForm::sse) << missing;
 }
 
-TEST(VectorForms, CanBeRestricted) {
-    const VectorForm widest = vector_form();
-    restrict_vector_form(VectorForm::sse);
-    EXPECT_EQ(vector_form(), VectorForm::sse);
-    restrict_vector_form(VectorForm::avx512);
-    EXPECT_EQ(vector_form(), widest);
-}
-
 } // namespace
 } // namespace qrv::test

@@ -9,6 +9,17 @@
 
 namespace qrv::test {
 
+constexpr int fullSpeed = -1, least = 1;
+
+// The length of work of a routine: all that it can use, which ask(work, -1) tells, or the least.
+template <class Ask>
+int work_length(int which, int leastLength, const Ask& ask) {
+    float answer = 0;
+    if (which == fullSpeed)
+        ask(&answer, -1);
+    return std::max(leastLength, static_cast<int>(answer));
+}
+
 struct NamedMatrix {
     std::string name;
     Operand<float> a;

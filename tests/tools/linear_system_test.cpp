@@ -44,32 +44,12 @@ TEST(LinearSystem, BoundsTheForwardError) {
     EXPECT_EQ(forward_error_bound(3, {0, 1}), std::numeric_limits<double>::infinity());
 }
 
-TEST(LinearSystem, SolvesInvertsAndNamesTheZeroPivot) {
-    const auto a = matrix<SingleComplex>(2, 2, {{0, 0}, {0, 2}, {1, 0}, {1, 1}}); // [0 1; 2i 1+i]
-    LinearSystem<SingleComplex> system("A", a);
-    const Matrix<SingleComplex> x = system.solve(product(a, matrix<SingleComplex>(2, 1, {{1, 2}, {3, -4}})));
-    EXPECT_LT(relative_difference(x, matrix<SingleComplex>(2, 1, {{1, 2}, {3, -4}})), 1e-6);
-    // A^-1 = [(i-1)/2 -i/2; 1 0]. An estimate is never too large, and at this size not far off.
-    const double condition = (2 + std::sqrt(2.0)) * (std::sqrt(0.5) + 0.5);
-    EXPECT_LE(system.condition(), condition * (1 + 1e-5));
-    EXPECT_GE(system.condition(), condition / 2);
-    const Matrix<SingleComplex> unit = matrix<SingleComplex>(2, 2, {1, 0, 0, 1});
-    EXPECT_LT(relative_difference(product(a, std::move(system).inverse()), unit), 1e-6);
-
-    // Of x = (1 + 2^-10, 1), of which the first element is wrong by 2^-10.
+// Of x = (1 + 2^-10, 1), of which the first element is wrong by 2^-10.
+TEST(LinearSystem, EstimatesTheError) {
     const auto diagonal = matrix<float>(2, 2, {2, 0, 0, 4});
     const auto nearly = matrix<float>(2, 1, {1 + 0x1p-10F, 1});
     EXPECT_DOUBLE_EQ(LinearSystem<float>("A", diagonal).error_estimate(diagonal, nearly, matrix<float>(2, 1, {2, 4})),
                      0x1p-10 / (1 + 0x1p-10));
-
-    try {
-        LinearSystem<float>("the file", matrix<float>(3, 3, {1, 0, 0, 0, 0, 0, 0, 0, 1}));
-        ADD_FAILURE();
-    } catch (const Unsolvable& error) {
-        EXPECT_STREQ(error.what(), "the file is singular: pivot 2 of 3 is 0");
-    }
-    LinearSystem<float> tiny("A", matrix<float>(1, 1, {1e-30F}));
-    EXPECT_THROW(tiny.solve(matrix<float>(1, 1, {1e30F})), Unsolvable);
 }
 
 // Every method solves the same system, and says which it was; their conditions are those of LU.

@@ -147,13 +147,13 @@ inline constexpr TrmvRule ctrmvRule{.serialBelow = 128, .largeTeamFrom = 161, .a
 
 template <class Machine>
 constexpr int trmv_threads(const TrmvRule& rule, int n, const Machine& machine) {
-    constexpr int fewThreads = 4;
+    constexpr int mostBelow = 4;
     if (n < rule.serialBelow)
         return 1;
     const int threads = level2_budget(machine);
     if (threads <= 1 || (threads >= largeTeam && n < rule.largeTeamFrom))
         return 1;
-    return n < rule.allFrom && threads > fewThreads && machine.dynamic() == 1 ? fewThreads : threads;
+    return n < rule.allFrom && threads > mostBelow && machine.dynamic() == 1 ? mostBelow : threads;
 }
 
 struct SyrRule {

@@ -1,0 +1,84 @@
+// How many threads operations get, on machines of every class.
+#include <functional>
+#include <gtest/gtest.h>
+#include <limits>
+#include <vector>
+
+#include "blas/thread/32/level3/level3_threads.hpp"
+#include "blas/thread/common/level1/level1_threads.hpp"
+#include "blas/thread/common/level2/level2_threads.hpp"
+#include "support/recorded_machine.hpp"
+
+namespace qrv::test {
+namespace {
+
+constexpr int longest = std::numeric_limits<int>::max();
+
+struct Decision {
+    const char* name;
+    int large; // a size at which a machine of class 64 gives all its threads
+    std::function<int(int n, const RecordedMachine& machine)> threads;
+};
+
+std::vector<Decision> decisions() {
+    std::vector<Decision> all{
+        {"sgemv N", 20000, [](int n, const auto& on) { return gemv_threads(sgemvRule, Op::none, n, n, on); }},
+        {"sgemv T", 20000, [](int n, const auto& on) { return gemv_threads(sgemvRule, Op::transpose, n, n, on); }},
+        {"cgemv C", 20000, [](int n, const auto& on) { return gemv_threads(cgemvRule, Op::adjoint, n, n, on); }},
+        {"ssymv", 2000, [](int n, const auto& on) { return symv_threads(ssymvRule, n, on); }},
+        {"strmv", 20000, [](int n, const auto& on) { return trmv_threads(strmvRule, n, on); }},
+        {"ctrmv", 20000, [](int n, const auto& on) { return trmv_threads(ctrmvRule, n, on); }},
+        {"ssyr", 20000, [](int n, const auto& on) { return syr_threads(ssyrRule, n, on); }},
+        {"strmm", 20000,
+         [](int n, const auto& on) { return sliced_team(product_call<float>(Side::left, n, n), on).threads; }},
+        {"ssyrk", 20000, [](int n, const auto& on) { return update_team(n, work_of<float>(n, n, n), on).threads; }}};
+    for (const VectorRow* row :
+         {&saxpyRow, &scopyRow, &sdotRow, &srotRow, &sswapRow, &caxpyRow, &ccopyRow, &cdotcRow, &cswapRow})
+        all.push_back(
+            {"a vector", longest, [row](int n, const auto& on) { return vector_threads(*row, n, 1, -2, on); }});
+    return all;
+}
+
+// What is small asks the machine for nothing. The longer a call the more threads, and no more than there are.
+TEST(LevelThreads, GrowWithTheSizeUpToTheBudget) {
+    for (const Decision& d : decisions())
+        for (const int cpuMa : {0, 32, 33, 34, 64, 66})
+            for (const int cache : {-1, smallCacheBytes, smallCacheBytes + 1})
+                for (const int budget : {1, 2, 3, 4, 8, 12, 13, 40, 100'000'000})
+                    for (const bool dynamic : {true, false}) {
+                        const RecordedMachine machine{cpuMa, budget, dynamic, cache};
+                        SCOPED_TRACE(testing::Message() << d.name << ' ' << machine);
+                        ASSERT_EQ(d.threads(1, machine), 1);
+                        ASSERT_EQ(machine.asked, "");
+                        int before = 1;
+                        for (std::int64_t n = 2; n < d.large; n += 1 + n / 20) {
+                            const int threads = d.threads(static_cast<int>(n), machine);
+                            ASSERT_TRUE(before <= threads && threads <= budget) << "n=" << n << ": " << threads;
+                            before = threads;
+                        }
+                        ASSERT_TRUE(cpuMa != 64 || budget > 1000 || d.threads(d.large, machine) == budget);
+                    }
+}
+
+// Increments of 0 name one element, of which each step needs the one before it.
+TEST(LevelThreads, OneForARepeatedElement) {
+    const RecordedMachine machine{64, 8};
+    EXPECT_EQ(vector_threads(saxpyRow, longest, 1, 0, machine), 1);
+    EXPECT_EQ(vector_threads(srotRow, longest, 0, 1, machine), 1);
+}
+
+// Of narrow matrices each thread gets enough rows or columns.
+TEST(LevelThreads, FewForNarrowMatrices) {
+    for (const int cpuMa : {64, 66}) {
+        const RecordedMachine machine{cpuMa, 16};
+        EXPECT_EQ(gemv_threads(sgemvRule, Op::none, 40, 100000, machine), 1);
+        EXPECT_EQ(gemv_threads(sgemvRule, Op::transpose, 100000, 7, machine), 1);
+    }
+    const RecordedMachine newest{66, 16};
+    EXPECT_EQ(sliced_team(symmetric_call<float>(Side::left, 5000, 2 * leastSlice - 1), newest).threads, 1);
+    EXPECT_EQ(sliced_team(symmetric_call<float>(Side::right, 3 * leastSlice, 5000), newest).threads, 3);
+    EXPECT_LE(update_team(31, 1e9, newest).threads, 4);
+}
+
+} // namespace
+} // namespace qrv::test
