@@ -16,6 +16,7 @@ template <>
 struct DirectTiles<Vec8f, float> {
     static constexpr int vectors = manyRegisters ? 2 : 1;
     static constexpr int columns = 6;
+    using Half = Vec8f;
 };
 
 // The same with two sums for each vector and column.
@@ -23,6 +24,7 @@ template <>
 struct DirectTiles<Vec8f, SingleComplex> {
     static constexpr int vectors = manyRegisters ? 2 : 1;
     static constexpr int columns = 3;
+    using Half = Vec8f;
 };
 
 namespace {

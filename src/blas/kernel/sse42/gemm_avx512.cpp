@@ -20,6 +20,7 @@ template <>
 struct DirectTiles<Vec16f, float> {
     static constexpr int vectors = manyRegisters ? 3 : 1;
     static constexpr int columns = manyRegisters ? 8 : 6;
+    using Half = LowerHalf16f;
 };
 
 // The same with two sums for each vector and column.
@@ -27,6 +28,7 @@ template <>
 struct DirectTiles<Vec16f, SingleComplex> {
     static constexpr int vectors = manyRegisters ? 2 : 1;
     static constexpr int columns = manyRegisters ? 6 : 3;
+    using Half = LowerHalf16f;
 };
 
 namespace {

@@ -18,6 +18,7 @@
 #pragma once
 
 #include <cstddef>
+#include <type_traits>
 
 #include "blas/assert.hpp"
 #include "blas/complex.hpp"
@@ -31,7 +32,8 @@
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 // The largest register tile, in vectors of rows and in columns. Its sums fill the registers, but for a step of A and an
-// element of B.
+// element of B. Half: what the sums of the last vector are if at most half of it is rows; the vector itself if that
+// saves nothing.
 template <class Vector, class T>
 struct DirectTiles;
 
@@ -98,38 +100,62 @@ QRV_INLINE Vector combine(const DirectProduct<T>& p, const Vector (&sums)[floats
     }
 }
 
+template <class Last, class Vector>
+QRV_INLINE Last as_last(Vector x) {
+    if constexpr (std::is_same_v<Last, Vector>)
+        return x;
+    else
+        return lower_half(x);
+}
+template <class Vector, class Last>
+QRV_INLINE Vector as_whole(Last x) {
+    if constexpr (std::is_same_v<Last, Vector>)
+        return x;
+    else
+        return whole(x);
+}
+
 // One tile: all rows of its vectors but the last one, of which there are `lastRows`, counted in floats as all rows
-// here.
-template <class Vector, class T, int vectors, int columns>
+// here, summed in `Last`.
+template <class Vector, class Last, class T, int vectors, int columns>
 void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, float* c, int lastRows) {
     constexpr int group = 4; // columns of B that share a pointer
     const typename Vector::Mask mask = Vector::Mask::first(lastRows);
     const std::ptrdiff_t aStep = p.aStep, bStep = p.bStep, bColumn = p.bColumn, bColumns3 = 3 * bColumn;
     constexpr int parts = floatsIn<T>; // of an element of B
     Vector sums[columns][vectors][parts];
+    Last lastSums[columns][parts];
     QRV_UNROLL
     for (int j = 0; j < columns; ++j)
         QRV_UNROLL
-    for (int v = 0; v < vectors; ++v)
+    for (int part = 0; part < parts; ++part) {
         QRV_UNROLL
-    for (int part = 0; part < parts; ++part)
-        sums[j][v][part] = Vector::zero();
+        for (int v = 0; v < vectors - 1; ++v)
+            sums[j][v][part] = Vector::zero();
+        lastSums[j][part] = Last::zero();
+    }
     const float* second = b + (columns > group ? group * bColumn : 0);
     for (int l = p.k; l > 0; --l) {
-        Vector rows[vectors];
+        [[maybe_unused]] Vector rows[vectors];
         QRV_UNROLL
         for (int v = 0; v < vectors - 1; ++v)
             rows[v] = Vector::load(a + v * Vector::lanes);
-        rows[vectors - 1] = load_kept(a + (vectors - 1) * Vector::lanes, mask);
+        const Last lastRow = as_last<Last>(load_kept(a + (vectors - 1) * Vector::lanes, mask));
         QRV_UNROLL
         for (int j = 0; j < columns; ++j)
             QRV_UNROLL
         for (int part = 0; part < parts; ++part) {
             const float* four = j < group ? b : second;
-            const Vector x = Vector::splat(four[(j % group == 3 ? bColumns3 : j % group * bColumn) + part]);
-            QRV_UNROLL
-            for (int v = 0; v < vectors; ++v)
-                sums[j][v][part] = multiply_add(rows[v], x, sums[j][v][part]);
+            const float& element = four[(j % group == 3 ? bColumns3 : j % group * bColumn) + part];
+            if constexpr (vectors > 1) {
+                const Vector x = Vector::splat(element);
+                QRV_UNROLL
+                for (int v = 0; v < vectors - 1; ++v)
+                    sums[j][v][part] = multiply_add(rows[v], x, sums[j][v][part]);
+                lastSums[j][part] = multiply_add(lastRow, as_last<Last>(x), lastSums[j][part]);
+            } else {
+                lastSums[j][part] = multiply_add(lastRow, Last::splat(element), lastSums[j][part]);
+            }
         }
         a += aStep;
         b += bStep;
@@ -140,6 +166,11 @@ void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, floa
     // of C is read before any of it is written, and the last column is written without a mask: the next tile may begin
     // within a vector of it.
     Vector totals[columns][vectors];
+    QRV_UNROLL
+    for (int j = 0; j < columns; ++j)
+        QRV_UNROLL
+    for (int part = 0; part < parts; ++part)
+        sums[j][vectors - 1][part] = as_whole<Vector>(lastSums[j][part]);
     QRV_UNROLL
     for (int j = 0; j < columns; ++j)
         QRV_UNROLL
@@ -187,13 +218,13 @@ template <class T>
 using DirectTile = void(const DirectProduct<T>& p, const float* a, const float* b, float* c, int lastRows);
 
 // The tiles of all sizes, one vector and one column first.
-template <class Vector, class T>
+template <class Vector, class Last, class T>
 struct DirectTileTable {
     DirectTile<T>* tile[DirectTiles<Vector, T>::vectors][DirectTiles<Vector, T>::columns];
 
     template <int vectors = 1, int columns = 1>
     constexpr void fill() {
-        tile[vectors - 1][columns - 1] = direct_tile<Vector, T, vectors, columns>;
+        tile[vectors - 1][columns - 1] = direct_tile<Vector, Last, T, vectors, columns>;
         if constexpr (columns < DirectTiles<Vector, T>::columns)
             fill<vectors, columns + 1>();
         else if constexpr (vectors < DirectTiles<Vector, T>::vectors)
@@ -201,8 +232,17 @@ struct DirectTileTable {
     }
     constexpr DirectTileTable() : tile{} { fill(); }
 };
+template <class Vector, class Last, class T>
+constexpr DirectTileTable<Vector, Last, T> directTiles;
+
 template <class Vector, class T>
-constexpr DirectTileTable<Vector, T> directTiles;
+QRV_INLINE DirectTile<T>* direct_tile_of(int vectors, int lastRows, int columns) {
+    using Half = typename DirectTiles<Vector, T>::Half;
+    if constexpr (!std::is_same_v<Half, Vector>)
+        if (lastRows <= Vector::lanes / 2)
+            return directTiles<Vector, Half, T>.tile[vectors - 1][columns - 1];
+    return directTiles<Vector, Vector, T>.tile[vectors - 1][columns - 1];
+}
 
 // Lane i of x[j] becomes lane j of x[i].
 template <class Vector>
@@ -316,7 +356,7 @@ QRV_INLINE void direct_rows(RowShare<Vector, T> share, int n, const DirectProduc
                             float* c) {
     for (int columns; n > 0; n -= columns) {
         columns = even_share(n, DirectTiles<Vector, T>::columns);
-        directTiles<Vector, T>.tile[share.vectors - 1][columns - 1](p, a, b, c, share.last_rows());
+        direct_tile_of<Vector, T>(share.vectors, share.last_rows(), columns)(p, a, b, c, share.last_rows());
         b += columns * p.bColumn;
         c += columns * p.ldc;
     }

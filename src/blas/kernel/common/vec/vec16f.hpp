@@ -52,8 +52,25 @@ struct Vec16f {
     static __m512i lane_numbers() { return _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15); }
 };
 
-// The same by two loads: a load may wait for a store before it whose address ends alike, one of 512 bits ten times as
-// long.
+// The lower half of a vector where no more is needed: half the work of processors that take 512 bits in two steps.
+struct LowerHalf16f {
+    __m256 v;
+
+    static LowerHalf16f zero() { return {_mm256_setzero_ps()}; }
+    static LowerHalf16f splat(float x) { return {_mm256_set1_ps(x)}; }
+};
+inline LowerHalf16f lower_half(Vec16f x) {
+    return {_mm512_castps512_ps256(x.v)};
+}
+inline Vec16f whole(LowerHalf16f x) {
+    return {_mm512_zextps256_ps512(x.v)};
+}
+inline LowerHalf16f multiply_add(LowerHalf16f a, LowerHalf16f b, LowerHalf16f c) {
+    return {_mm256_fmadd_ps(a.v, b.v, c.v)};
+}
+
+// Vec16f::load by two loads: a load may wait for a store before it whose address ends alike, one of 512 bits ten times
+// as long.
 inline Vec16f load_halves(const float* p) {
     const __m512 low = _mm512_castps256_ps512(_mm256_loadu_ps(p));
     return {_mm512_insertf32x8(low, _mm256_loadu_ps(p + 8), 1)};
