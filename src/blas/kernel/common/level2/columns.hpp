@@ -4,16 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "blas/kernel/common/count.hpp"
 #include "blas/kernel/common/vec/unrolling.hpp"
 #include "blas/kernel/pack.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
-
-// A number as a type.
-template <int value>
-struct Count {
-    constexpr int operator()() const { return value; }
-};
 
 // Calls pass(Count<columns>, j) for the columns from j to n: `most` of them at a time, then half as many, and so on.
 template <int most, class Pass>

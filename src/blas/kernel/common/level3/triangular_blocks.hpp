@@ -111,14 +111,15 @@ private:
 
 // Whether so few are faster one by one, as vectors. Times of strips over vectors, triangular solves, left, option N:
 //
-//   unknowns                          8     16    32    64    256   1024  2048
-//   real, AVX-512,  1 right side      2.1   1.9   2.7   3.8   6.5   4.3   3.6
-//                   2                 1.1   1.0   1.4   1.9   3.3   2.1   1.8
-//                   3                 0.7   0.6   0.9   1.3   2.2   1.2   1.0
-//   complex, AVX-512, 3                                 1.0   0.8   0.6   0.8
+//   unknowns                          32     64     128    256    1000   2000
+//   real, AVX-512,  2 right sides     0.61   0.83   1.22   1.70   1.02   0.97
+//                   3                        0.56          1.15   0.74
+//   real, SSE,      2                        1.16          1.12   1.14
+//                   3                        0.78          0.90   0.91
+//   complex, AVX-512, 3                      1.0           0.8    0.6    0.8
 template <class T>
 constexpr bool go_as_vectors(int unknowns, int count) {
-    return count <= (unknowns < 32 ? 1 : isComplex<T> || unknowns < 64 || unknowns > 1024 ? 2 : 3);
+    return count <= (unknowns < (isComplex<T> ? 32 : 100) ? 1 : 2);
 }
 
 template <class Operation, class T>
@@ -145,13 +146,13 @@ void compute_vectors(const TriangularProblem<T>& problem) {
 // ---- Triangles of at most baseSize ----------------------------------------------------------------------------------
 
 // All unknowns of a strip.
-template <class Operation, class T, class CoefficientsBeside>
+template <class Operation, int vectors, class T, class CoefficientsBeside>
 QRV_INLINE void compute_groups(int n, const Coefficients<T>& a, const T* diagonal, const Unknowns& x,
                                const CoefficientsBeside& coefficients_beside) {
     each_group(n, [&](auto rows, int first) {
-        const Range beside = Operation::beside(first, rows.count, n);
-        Operation::template group<rows.count>(first, beside, {a.at(first, first), a.rowStep, a.columnStep},
-                                              coefficients_beside(first, rows.count, beside), diagonal, x);
+        const Range beside = Operation::beside(first, rows(), n);
+        Operation::template group<rows(), vectors>(first, beside, {a.at(first, first), a.rowStep, a.columnStep},
+                                                   coefficients_beside(first, rows(), beside), diagonal, x);
     });
 }
 
@@ -176,7 +177,10 @@ void compute_strips(const TriangularProblem<T>& problem) {
             const Matrix<T> b = problem.chunk({j, count}).b;
             const StripOfB<T> strip{{b.data, b.ld, n, count, problem.op == Op::adjoint}};
             strip.load(tile);
-            compute();
+            if (strip_vectors<T>(count) < stripVectors<T>)
+                compute(Count<narrowVectors<T>>());
+            else
+                compute(Count<stripVectors<T>>());
             strip.store(tile);
         }
     };
@@ -185,15 +189,15 @@ void compute_strips(const TriangularProblem<T>& problem) {
         buffer = static_cast<T*>(qrv_serv_allocate(Copies::room(n) * sizeof(T), 64));
     if (buffer) {
         const Copies copies(n, a, buffer);
-        each_strip([&] {
+        each_strip([&](auto vectors) {
             Copies left = copies;
-            compute_groups<Operation>(n, a, diagonal, x,
-                                      [&](int, int rows, Range beside) { return left.take(rows, beside); });
+            compute_groups<Operation, vectors()>(n, a, diagonal, x,
+                                                 [&](int, int rows, Range beside) { return left.take(rows, beside); });
         });
         qrv_serv_deallocate(buffer);
     } else {
-        each_strip([&] {
-            compute_groups<Operation>(n, a, diagonal, x, [&](int first, int, Range beside) {
+        each_strip([&](auto vectors) {
+            compute_groups<Operation, vectors()>(n, a, diagonal, x, [&](int first, int, Range beside) {
                 return Coefficients<T>{a.at(first, beside.first), a.rowStep, a.columnStep};
             });
         });

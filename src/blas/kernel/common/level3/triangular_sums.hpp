@@ -10,6 +10,7 @@
 
 #include "blas/complex.hpp"
 #include "blas/kernel/common/action.hpp"
+#include "blas/kernel/common/count.hpp"
 #include "blas/kernel/common/level3/triangular_tile.hpp"
 #include "blas/kernel/common/vec/unrolling.hpp"
 #include "blas/kernel/vec.hpp"
@@ -37,10 +38,10 @@ struct Unknowns {
     float* at(int k) const { return data + k * step; }
 };
 
-// An unknown for all right-hand sides of a strip.
-template <class T>
+// An unknown for all right-hand sides of a strip, or of a narrow one.
+template <class T, int vectors>
 struct StripOf {
-    static constexpr int parts = floatsIn<T>, vectors = stripVectors<T>;
+    static constexpr int parts = floatsIn<T>;
     Vec part[parts][vectors]; // real, then imaginary
 
     QRV_INLINE static StripOf load(const float* from) {
@@ -49,7 +50,7 @@ struct StripOf {
         for (int p = 0; p < parts; ++p)
             QRV_UNROLL
         for (int v = 0; v < vectors; ++v)
-            s.part[p][v] = Vec::load_aligned(from + (p * vectors + v) * Vec::lanes);
+            s.part[p][v] = Vec::load_aligned(from + (p * stripVectors<T> + v) * Vec::lanes);
         return s;
     }
     QRV_INLINE void store(float* to) const {
@@ -57,7 +58,7 @@ struct StripOf {
         for (int p = 0; p < parts; ++p)
             QRV_UNROLL
         for (int v = 0; v < vectors; ++v)
-            part[p][v].store_aligned(to + (p * vectors + v) * Vec::lanes);
+            part[p][v].store_aligned(to + (p * stripVectors<T> + v) * Vec::lanes);
     }
 
     // *this += a*x for a product, -= for a solve.
@@ -101,13 +102,14 @@ private:
 
 // The unknowns of a range times their coefficients into the sums of a group; a begins with the group's first row and
 // the range's first unknown.
-template <Action action, int rows, class T>
-QRV_INLINE void add_unknowns(StripOf<T> (&sums)[rows], const Coefficients<T>& a, Range range, const Unknowns& x) {
+template <Action action, int rows, int vectors, class T>
+QRV_INLINE void add_unknowns(StripOf<T, vectors> (&sums)[rows], const Coefficients<T>& a, Range range,
+                             const Unknowns& x) {
     const T* column = a.data;
     const float* unknown = x.at(range.first);
 #pragma GCC unroll 1
     for (int k = 0; k < range.count; ++k, column += a.columnStep, unknown += x.step) {
-        const auto term = StripOf<T>::load(unknown);
+        const auto term = StripOf<T, vectors>::load(unknown);
         QRV_UNROLL
         for (int r = 0; r < rows; ++r)
             sums[r].template add<action>(column[r * a.rowStep], term);
@@ -116,17 +118,11 @@ QRV_INLINE void add_unknowns(StripOf<T> (&sums)[rows], const Coefficients<T>& a,
 
 // ---- Groups -------------------------------------------------------------------------------------------------------
 
-// A number of rows as a type.
-template <int rows>
-struct Rows {
-    static constexpr int count = rows;
-};
-
-// each(Rows<..>(), first unknown) for groups of groupRows, and for one of what is left.
+// each(Count<..>(), first unknown) for groups of groupRows, and for one of what is left.
 template <class Each, int rows = groupRows>
 QRV_INLINE void each_group(int n, const Each& each, int first = 0) {
     for (; n - first >= rows; first += rows)
-        each(Rows<rows>(), first);
+        each(Count<rows>(), first);
     if constexpr (rows > 1)
         each_group<Each, rows - 1>(n, each, first);
 }
@@ -148,10 +144,10 @@ public:
 
     CoefficientCopies(int n, const Coefficients<T>& a, T* buffer) : next_(buffer), backward_(a.rowStep < 0) {
         each_group(n, [&](auto rows, int first) {
-            const Range beside = Operation::beside(first, rows.count, n);
-            const T* from = a.at(backward_ ? first + rows.count - 1 : first, beside.first);
-            for (int k = 0; k < beside.count; ++k, from += a.columnStep, buffer += rows.count)
-                std::memcpy(buffer, from, rows.count * sizeof(T));
+            const Range beside = Operation::beside(first, rows(), n);
+            const T* from = a.at(backward_ ? first + rows() - 1 : first, beside.first);
+            for (int k = 0; k < beside.count; ++k, from += a.columnStep, buffer += rows())
+                std::memcpy(buffer, from, rows() * sizeof(T));
         });
     }
 

@@ -107,6 +107,13 @@ template <class T>
 constexpr int stripVectors = Vec::lanes == 4 ? 4 / floatsIn<T> : 2 / floatsIn<T>;
 template <class T>
 constexpr int stripWidth = stripVectors<T>* Vec::lanes;
+// Few right-hand sides are as a narrow strip: in the tile as the first ones of a whole strip.
+template <class T>
+constexpr int narrowVectors = stripVectors<T> > 1 ? stripVectors<T> / 2 : 1;
+template <class T>
+constexpr int strip_vectors(int count) {
+    return count <= narrowVectors<T> * Vec::lanes ? narrowVectors<T> : stripVectors<T>;
+}
 // Floats of an unknown in the tile.
 template <class T>
 constexpr int unknownFloats = floatsIn<T>* stripWidth<T>;
@@ -160,7 +167,7 @@ private:
     template <class Each>
     QRV_INLINE void each_square(const Each& each) const {
         const int floats = floatsIn<T> * this->unknowns;
-        for (int j = 0; j < stripWidth<T>; j += lanes)
+        for (int j = 0; j < strip_vectors<T>(this->count) * lanes; j += lanes)
             for (int i = 0; i < floats; i += lanes)
                 each(this->at(j * this->ld) + i, floats - i, this->count - j, i * stripWidth<T> + j);
     }

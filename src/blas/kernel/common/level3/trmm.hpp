@@ -33,13 +33,13 @@ struct Multiply {
     static Range beside(int first, int rows, int n) { return {first + rows, n - first - rows}; }
 
     // and itself.
-    template <int rows, class T>
+    template <int rows, int vectors, class T>
     static void group(int first, Range behind, const Coefficients<T>& own, const Coefficients<T>& beside,
                       const T* diagonal, const Unknowns& x) {
-        StripOf<T> sums[rows];
+        StripOf<T, vectors> sums[rows];
         QRV_UNROLL
         for (int k = 0; k < rows; ++k) {
-            const auto unknown = StripOf<T>::load(x.at(first + k));
+            const auto unknown = StripOf<T, vectors>::load(x.at(first + k));
             sums[k] = unknown;
             if (diagonal)
                 sums[k].multiply_by(diagonal[first + k]);

@@ -33,13 +33,13 @@ struct Solve {
     static Range beside(int first, int, int) { return {0, first}; }
 
     // which are subtracted at once; then it goes row by row.
-    template <int rows, class T>
+    template <int rows, int vectors, class T>
     static void group(int first, Range before, const Coefficients<T>& own, const Coefficients<T>& beside,
                       const T* reciprocals, const Unknowns& x) {
-        StripOf<T> sums[rows];
+        StripOf<T, vectors> sums[rows];
         QRV_UNROLL
         for (int r = 0; r < rows; ++r)
-            sums[r] = StripOf<T>::load(x.at(first + r));
+            sums[r] = StripOf<T, vectors>::load(x.at(first + r));
         add_unknowns<action>(sums, beside, before, x);
         QRV_UNROLL
         for (int k = 0; k < rows; ++k) {
