@@ -99,14 +99,14 @@ struct SymmetricProduct {
     Matrix<T> c;
     Matrix<T> square;
     int block; // its side
+    T beta = scalar<T>(1);
 
-    // C += alpha*X*B or C += alpha*B*X, where X is op(x), `rows` x `columns` elements of A from (i, j) on.
+    // C := beta*C + alpha*X*B or beta*C + alpha*B*X, where X is op(x), `rows` x `columns` elements of A from (i, j) on.
     void add(int i, int rows, int j, int columns, Op op, Matrix<const T> x) const {
-        const T one = scalar<T>(1);
         if (side == Side::left)
-            gemm(op, Op::none, rows, length, columns, alpha, x, b.block(j, 0), one, c.block(i, 0));
+            gemm(op, Op::none, rows, length, columns, alpha, x, b.block(j, 0), beta, c.block(i, 0));
         else
-            gemm(Op::none, op, length, columns, rows, alpha, b.block(0, i), x, one, c.block(0, j));
+            gemm(Op::none, op, length, columns, rows, alpha, b.block(0, i), x, beta, c.block(0, j));
     }
     // What A holds beside its diagonal: what it adds to the rows or columns of C from p on.
     void add_rectangle(int p, int width, int from, int count) const {
@@ -159,13 +159,13 @@ void add_symmetric_product(SymmetricProduct<symmetry, T> product, int order) {
     }
 }
 
-// Without work memory the square is a small one.
+// A small A, and any without work memory.
+constexpr int smallSquare = 32;
 template <Symmetry symmetry, class T>
 [[gnu::noinline]] void add_by_small_squares(SymmetricProduct<symmetry, T> product, int order) {
-    constexpr int side = 32;
-    alignas(64) T buffer[side * side];
-    product.square = {buffer, side};
-    product.block = side;
+    alignas(64) T buffer[smallSquare * smallSquare];
+    product.square = {buffer, smallSquare};
+    product.block = smallSquare;
     add_symmetric_product(product, order);
 }
 
@@ -176,13 +176,23 @@ void symm(Side side, Uplo uplo, int m, int n, T alpha, Matrix<const T> a, Matrix
     const bool left = side == Side::left;
     const int order = left ? m : n, block = smaller(order, left ? symmRow.leftBlock : symmRow.rightBlock);
     QRV_ASSERT(a.ld >= order && b.ld >= m && c.ld >= m);
-    scale(m, n, beta, c);
+    SymmetricProduct<symmetry, T> product{side, uplo, left ? n : m, alpha, a, b, c, {}, block};
+    const bool atOnce = order <= block && alpha != scalar<T>(0);
+    if (atOnce)
+        product.beta = beta; // as each element of C is in one product
+    else
+        scale(m, n, beta, c);
     if (alpha == scalar<T>(0))
         return;
-    SymmetricProduct<symmetry, T> product{side, uplo, left ? n : m, alpha, a, b, c, {}, block};
-    void* const memory = qrv_serv_allocate(sizeof(T) * static_cast<std::size_t>(block * block), 64);
-    if (!memory)
+    if (order <= smallSquare)
         return add_by_small_squares(product, order);
+    void* const memory = qrv_serv_allocate(sizeof(T) * static_cast<std::size_t>(block * block), 64);
+    if (!memory) {
+        if (atOnce)
+            scale(m, n, beta, c);
+        product.beta = scalar<T>(1);
+        return add_by_small_squares(product, order);
+    }
     product.square = {static_cast<T*>(memory), block};
     add_symmetric_product(product, order);
     qrv_serv_deallocate(memory);

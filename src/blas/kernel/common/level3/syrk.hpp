@@ -77,6 +77,8 @@ constexpr RankUpdateRow rankUpdateRow<SingleComplex, 16>{.plain = unlimited,
                                                          .panelsTransposed = 96,
                                                          .panelStepsTransposed = 16};
 
+// So few columns beyond a leaf are not worth products of their own.
+constexpr int leafExcess = 2;
 // The first part of n, which is more than a leaf: about half of it, in whole leaves.
 constexpr int half_in_leaves(int n, int leaf) {
     return (n / 2 + leaf - 1) / leaf * leaf;
@@ -182,7 +184,7 @@ struct RankUpdate {
         }
     }
     void add_leaf(int first, int n) const {
-        constexpr int tileSide = row.leaf;
+        constexpr int tileSide = row.leaf + leafExcess;
         alignas(64) T buffer[tileSide * tileSide];
         const Matrix<T> tile{buffer, tileSide};
         multiply(first, n, first, n, scalar<T>(0), tile);
@@ -203,7 +205,7 @@ struct RankUpdate {
     void add_by_halves(int first, int n) const {
         if (n <= row.order && k > row.depth)
             return add_by_steps(first, n);
-        if (n <= row.leaf)
+        if (n <= row.leaf + leafExcess)
             return add_leaf(first, n);
         const int half = half_in_leaves(n, row.leaf);
         add_by_halves(first, half);
