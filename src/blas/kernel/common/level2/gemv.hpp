@@ -215,6 +215,21 @@ void add_transposed_product(int m, int n, T alpha, Matrix<const T> a, StridedVec
     }
 }
 
+// y := y + alpha*op(A)*x for columns of a pack at most and vectors that are not brought together
+template <bool conjugated, class T>
+[[gnu::noinline]] void add_short_dots(int m, int n, T alpha, Matrix<const T> a, const T* x, T* y) {
+    const DotOperand<T> xs(Pack<T>::load(x, m));
+    in_passes<columnsAtOnce<T>>(0, n, [&](auto inPass, int j) {
+        constexpr int columns = inPass();
+        DotSum<conjugated, T> sums[columns];
+        clear(sums);
+        QRV_UNROLL
+        for (int k = 0; k < columns; ++k)
+            sums[k].add(Pack<T>::load(a.column(j + k), m), xs);
+        add_dots(sums, alpha, y + j);
+    });
+}
+
 //   A        m x n, stored: op(A) is n x m if op transposes; read once, and not at all for alpha = 0
 //   x, y     as long as op(A) has columns and rows, any increments but 0; y is not read for beta = 0
 //   memory   two or three blocks of blockElements on the stack
@@ -230,6 +245,10 @@ void gemv(Op op, int m, int n, T alpha, Matrix<const T> a, const T* x, int incx,
     scale(ys, transposed ? n : m, beta);
     if (alpha == scalar<T>(0))
         return;
+    if constexpr (Pack<T>::count > 1)
+        if (transposed && m <= Pack<T>::count && incx == 1 && incy == 1)
+            return op == Op::adjoint ? add_short_dots<isComplex<T>>(m, n, alpha, a, x, y)
+                                     : add_short_dots<false>(m, n, alpha, a, x, y);
     if (!transposed && is_low<T>(m) && n <= fewColumns && incx == 1 && incy == 1)
         add_small_product(m, n, alpha, a, x, y);
     else if (!transposed)

@@ -323,6 +323,22 @@ QRV_INLINE void store_dots(const DotSum<conjugated, T> (&sums)[count], T* out) {
         __builtin_memcpy(out, few, sizeof(float) * floats);
 }
 
+// y[k] := y[k] + alpha * the result of sums[k]. By quads, as a wider load would wait for their stores.
+template <int count, bool conjugated, class T>
+QRV_INLINE void add_dots(const DotSum<conjugated, T> (&sums)[count], T alpha, T* y) {
+    T dots[count];
+    store_dots(sums, dots);
+    if constexpr (!isComplex<T> && count % 4 == 0) {
+        QRV_UNROLL
+        for (int k = 0; k < count; k += 4)
+            (Vec4f::load(y + k) + Vec4f::splat(alpha) * Vec4f::load(dots + k)).store(y + k);
+    } else {
+        QRV_UNROLL
+        for (int k = 0; k < count; ++k)
+            y[k] += alpha * dots[k];
+    }
+}
+
 // ---- Columns of a matrix that one pass takes ----------------------------------------------------------------------
 
 constexpr int registers = Vec::lanes == 16 ? 32 : sizeof(void*) == 8 ? 16 : 8;
