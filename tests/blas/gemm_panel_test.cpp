@@ -27,15 +27,10 @@ TEST_OF_ELEMENTS(GemmPanel, StaysInsideItsWorkMemory) {
                 for (float* block : {behind.data(), front.data() + start})
                     x.check(
                         [&](const Call<T>& v) {
-                            panel::multiply_by_panels<T>({v.m,
-                                                          v.n,
-                                                          v.k,
-                                                          v.alpha,
-                                                          {v.a, v.lda, false},
-                                                          {v.b, v.ldb, is_transposed(transb)},
-                                                          false,
-                                                          conjugates(transb)},
-                                                         v.beta, {v.c, v.ldc}, nb, block);
+                            const OpView<const T> a{v.a, v.lda, false}, b{v.b, v.ldb, is_transposed(transb)};
+                            const panel::PanelProduct<T> product{v.m, v.n, v.k,   v.alpha,
+                                                                 a,   b,   false, conjugates(transb)};
+                            panel::multiply_by_panels<T>(product, v.beta, {v.c, v.ldc}, nb, block);
                         },
                         "nb=" + std::to_string(nb));
             }

@@ -2,15 +2,37 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <limits>
+#include <ostream>
+#include <string>
 #include <vector>
 
 #include "blas/thread/32/level3/level3_threads.hpp"
 #include "blas/thread/common/level1/level1_threads.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
-#include "support/recorded_machine.hpp"
+#include "service/vector_form.hpp"
 
 namespace qrv::test {
 namespace {
+
+// Notes what it was asked: c(lass), b(udget), d(ynamic), s(econd cache), f(orm).
+struct RecordedMachine {
+    int cpuMa, threads;
+    bool dynamicThreads = true;
+    int cache = -1; // bytes of the second level
+    VectorForm vectors = VectorForm::sse;
+    mutable std::string asked = "";
+
+    int cpu_ma() const { return asked += 'c', cpuMa; }
+    VectorForm form() const { return asked += 'f', vectors; }
+    int budget() const { return asked += 'b', threads; }
+    int dynamic() const { return asked += 'd', dynamicThreads; }
+    int second_cache_bytes() const { return asked += 's', cache; }
+};
+
+std::ostream& operator<<(std::ostream& out, const RecordedMachine& machine) {
+    return out << "CpuMa " << machine.cpuMa << " budget " << machine.threads << " dynamic " << machine.dynamicThreads
+               << " cache " << machine.cache;
+}
 
 constexpr int longest = std::numeric_limits<int>::max();
 

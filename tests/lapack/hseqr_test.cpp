@@ -325,24 +325,18 @@ TEST(SchurForm, SolutionsOfSweepsAreZeroWhereTheyConverge) {
     };
     for (const bool accumulates : {false, true}) {
         const Operand<float> shifted = after_sweeps(
-            [](int i, int j) { return i == j                 ? 2
-                                      : std::abs(i - j) == 1 ? 1
-                                                             : 0; }, 3.87938524F, accumulates);
+            [](int i, int j) { return 2.0F * (i == j) + (std::abs(i - j) == 1); }, 3.87938524F, accumulates);
         EXPECT_EQ(shifted(n - 1, n - 2), 0);
-        const Operand<float> alternate = after_sweeps(
-            [](int i, int j) {
-                return i == 4 && j == 3                 ? 1e-12F
-                       : i <= j + 1 && (j - i) % 2 != 0 ? 1 / static_cast<float>(j - i + 3)
-                                                        : 0;
-            },
-            0, accumulates);
+        const auto falling = [](int i, int j) { return i > j + 1 ? 0 : 1 / static_cast<float>(j - i + 3); };
+        const Operand<float> alternate =
+            after_sweeps([&](int i, int j) { return i == 4 && j == 3   ? 1e-12F
+                                                    : (j - i) % 2 != 0 ? falling(i, j)
+                                                                       : 0; },
+                         0, accumulates);
         for (int row = 3; row < 7; ++row) // what a bulge grows by is zero there, but what it has is not negligible
             for (const float shift : {-1.0F, 0.25F, 3.0F})
-                after_sweeps(
-                    [=](int i, int j) {
-                        return i > j + 1 ? 0 : i == j + 1 && i == row ? 0x1p-149F : 1 / static_cast<float>(j - i + 3);
-                    },
-                    shift, accumulates);
+                after_sweeps([&](int i, int j) { return i == row && j == row - 1 ? 0x1p-149F : falling(i, j); }, shift,
+                             accumulates);
         int zeros = 0;
         for (int i = 1; i < n; ++i)
             zeros += alternate(i, i - 1) == 0;

@@ -56,16 +56,18 @@ TEST(StandardForm, Residual) {
 struct Shifted {
     int trans, na, nw;
     float smin, ca, d1, d2, wr, wi;
-    float a[2][2], b[2][2]; // by columns
+    const float* a; // by rows
+    float rhs;      // the size of b
 };
 
 void expect_solution(const Shifted& s) {
     SCOPED_TRACE(testing::Message() << s.trans << s.na << s.nw << " smin " << s.smin << " w " << s.wr << ' ' << s.wi
-                                    << " a " << s.a[0][0] << ' ' << s.a[0][1] << ' ' << s.a[1][0] << ' ' << s.a[1][1]
-                                    << " b " << s.b[0][0]);
+                                    << " a " << s.a[0] << ' ' << s.a[1] << ' ' << s.a[2] << ' ' << s.a[3] << " b "
+                                    << s.rhs);
     Operand<float> a(s.na, s.na, s.na + 1), b(s.na, s.nw, s.na + 2), x(s.na, s.nw, s.na);
-    a.set([&](int i, int j) { return s.a[j][i]; });
-    b.set([&](int i, int j) { return s.b[j][i]; });
+    const float shares[] = {1, 0.5F, -2, 1};
+    a.set([&](int i, int j) { return s.a[2 * i + j]; });
+    b.set([&](int i, int j) { return s.rhs * shares[2 * i + j]; });
     float scale = nan, xnorm = nan;
     const int info = call(SLALN2, s.trans, s.na, s.nw, s.smin, s.ca, a, s.d1, s.d2, b, s.wr, s.wi, x, &scale, &xnorm);
     ASSERT_TRUE(scale > 0 && scale <= 1) << scale;
@@ -75,7 +77,7 @@ void expect_solution(const Shifted& s) {
     Number m[2][2];
     for (int i = 0; i < s.na; ++i) {
         for (int j = 0; j < s.na; ++j) {
-            m[i][j] = s.ca * double{s.trans ? s.a[i][j] : s.a[j][i]};
+            m[i][j] = s.ca * double{s.a[s.trans ? 2 * j + i : 2 * i + j]};
             if (i == j)
                 m[i][j] -= double{i == 0 ? s.d1 : s.d2} * Number(s.wr, s.nw == 2 ? s.wi : 0);
             size = std::max(size, abs(m[i][j]));
@@ -108,18 +110,10 @@ TEST(ShiftedSystem, Residual) {
                     for (const float smin : {0.0F, 1e-6F})
                         for (const float w : {0.0F, 1.0F, 2.5F, 1e-30F})
                             for (const float rhs : {1.0F, 1e-30F, 1e30F})
-                                expect_solution({trans,
-                                                 na,
-                                                 nw,
-                                                 smin,
-                                                 1.5F,
-                                                 1,
-                                                 0.5F,
-                                                 w,
-                                                 w == 1 ? 1e-10F : 0.75F * w,
-                                                 {{e[0], e[2]}, {e[1], e[3]}},
-                                                 {{rhs, -2 * rhs}, {0.5F * rhs, rhs}}});
-    expect_solution({0, 2, 1, 0, 1, 1, 1, 0, 0, {{1e-37F, 0}, {0, 1e-37F}}, {{1e5F, 0}, {}}});
+                                expect_solution(
+                                    {trans, na, nw, smin, 1.5F, 1, 0.5F, w, w == 1 ? 1e-10F : 0.75F * w, e, rhs});
+    const float tiny[] = {1e-37F, 0, 0, 1e-37F};
+    expect_solution({0, 2, 1, 0, 1, 1, 1, 0, 0, tiny, 1e5F});
 }
 
 // ---- Sylvester equations ------------------------------------------------------------------------------------------

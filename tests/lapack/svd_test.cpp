@@ -423,20 +423,11 @@ TEST(BidiagonalSvd, ResidualOfFactors) {
                 run(1, d, e);
                 std::sort(values.begin(), values.end());
                 Columns left = zeros(n), right = zeros(m);
-                multiply_out({u.view(),
-                              vt.view(),
-                              k.data(),
-                              difl.view(),
-                              difr.view(),
-                              z.view(),
-                              poles.view(),
-                              givptr.data(),
-                              {givcol.data(), n},
-                              {perm.data(), n},
-                              givnum.view(),
-                              c.data(),
-                              s.data()},
-                             leaf, 0, n, sqre == 1, left, right);
+                const lapack::CompactForm factors{
+                    u.view(),      vt.view(),    k.data(),      difl.view(),        difr.view(),
+                    z.view(),      poles.view(), givptr.data(), {givcol.data(), n}, {perm.data(), n},
+                    givnum.view(), c.data(),     s.data()};
+                multiply_out(factors, leaf, 0, n, sqre == 1, left, right);
                 const WideMatrix<float> wholeU(n, n,
                                                [&](int i, int j) { return left[std::size_t(j)][std::size_t(i)]; }),
                     wholeVt(n, m, [&](int i, int j) { return right[std::size_t(i)][std::size_t(j)]; });
@@ -475,20 +466,22 @@ TEST(BidiagonalSvd, ResidualOfCompactForm) {
                         givptr(part + 1 + 3 * nodes, part + 1 + 4 * nodes);
                     std::vector<float> c(part + 1, part + 1 + nodes), sines(part + 1 + nodes, part + 1 + 2 * nodes);
                     const int next = 2 * s + 3;
-                    multiply_out({from(first, 0),
-                                  from(first, s),
-                                  k.data(),
-                                  from(first, next),
-                                  from(first, next + l),
-                                  from(first, next + 3 * l),
-                                  from(first, next + 4 * l),
-                                  givptr.data(),
-                                  {&iq[std::size_t(l * n + first)], n},
-                                  {&iq[std::size_t(first)], n},
-                                  from(first, next + 6 * l),
-                                  c.data(),
-                                  sines.data()},
-                                 s, first, size, false, u, v);
+                    int *const columnsOfPairs = &iq[std::size_t(l * n + first)], *const places =
+                                                                                     &iq[std::size_t(first)];
+                    const lapack::CompactForm factors{from(first, 0),
+                                                      from(first, s),
+                                                      k.data(),
+                                                      from(first, next),
+                                                      from(first, next + l),
+                                                      from(first, next + 3 * l),
+                                                      from(first, next + 4 * l),
+                                                      givptr.data(),
+                                                      {columnsOfPairs, n},
+                                                      {places, n},
+                                                      from(first, next + 6 * l),
+                                                      c.data(),
+                                                      sines.data()};
+                    multiply_out(factors, s, first, size, false, u, v);
                     first += std::max(1, size);
                 }
                 for (int i = 0; i < n; ++i)
