@@ -88,6 +88,19 @@ constexpr Answer<T> answer(T* work, T length) {
     return {work, length};
 }
 
+// The length that only a call with a bad argument sees, as a step behind stores another one: found by tell() then.
+template <class T, class Tell>
+struct AnswerToBad {
+    static constexpr int position = 0;
+    T* work;
+    Tell tell;
+    constexpr bool ends_call() const { return false; }
+};
+template <class T, class Tell>
+constexpr AnswerToBad<T, Tell> answer_to_bad(T* work, Tell tell) {
+    return {work, tell};
+}
+
 // A call that only asks for the length ends here.
 struct Query {
     static constexpr int position = 0;
@@ -102,11 +115,20 @@ constexpr Query query(int lwork) {
 
 constexpr int goOn = -1;
 
+template <class Step>
+constexpr void tell_bad(const Step&) {}
+template <class T, class Tell>
+void tell_bad(const AnswerToBad<T, Tell>& step) {
+    *step.work = step.tell();
+}
+
 // Does the steps in order: goOn after the last one; else the position of the bad argument, or 0 for a query.
 template <class... Steps>
 [[gnu::always_inline]] inline int first_end(const Steps&... steps) {
     int end = goOn;
     (void)((steps.ends_call() && (end = steps.position, true)) || ...);
+    if (end > 0)
+        (tell_bad(steps), ...);
     return end;
 }
 

@@ -7,6 +7,7 @@
 #include "lapack/calls/cholesky.hpp"
 #include "lapack/elements.hpp"
 #include "lapack/kernel/source/cholesky/potrf_left_looking.hpp"
+#include "lapack/quads.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -19,47 +20,8 @@ constexpr int largestLeaf = leafSide<T> + fewLeftOver;
 // Orders up to this go block by block. Above, thin products cost AVX2 kernels a tenth to a fifth over those of halves.
 constexpr int fewBlocks = 128;
 
-// ---- A few rows of a column -----------------------------------------------------------------------------------------
-
-constexpr int lanes = 4;
-using Quad [[gnu::may_alias]] = float __attribute__((vector_size(lanes * sizeof(float))));
-struct [[gnu::may_alias]] ComplexQuad {
-    Quad re, im;
-};
-template <class T>
-struct RowsOf {
-    using Type = Quad;
-};
-template <>
-struct RowsOf<SingleComplex> {
-    using Type = ComplexQuad;
-};
-template <class T>
-using Rows = typename RowsOf<T>::Type;
-
-inline Quad spread(float x) {
-    return Quad{} + x;
-}
-inline ComplexQuad spread(SingleComplex x) {
-    return {Quad{} + x.re, Quad{} + x.im};
-}
-using qrv::operator*, qrv::operator-, qrv::operator+; // of elements
-inline ComplexQuad operator*(const ComplexQuad& x, float y) {
-    return {x.re * y, x.im * y};
-}
-inline ComplexQuad operator-(const ComplexQuad& x, const ComplexQuad& y) {
-    return {x.re - y.re, x.im - y.im};
-}
-inline ComplexQuad operator+(const ComplexQuad& x, const ComplexQuad& y) {
-    return {x.re + y.re, x.im + y.im};
-}
-// x conj(y)
-inline Quad times_adjoint(Quad x, Quad y) {
-    return x * y;
-}
-inline ComplexQuad times_adjoint(const ComplexQuad& x, const ComplexQuad& y) {
-    return {x.re * y.re + x.im * y.im, x.im * y.re - x.re * y.im};
-}
+// ---- The copy
+// --------------------------------------------------------------------------------------------------------
 
 // L by columns; U is held as its adjoint. Up to whole vectors zeros follow the last row and the last column, and what
 // stands above the diagonal does not matter.
@@ -89,11 +51,6 @@ private:
         return column(j) + (isComplex<T> ? i + i / lanes * lanes : i);
     }
 };
-
-// The number of vectors that hold so many rows.
-constexpr int quads_of(int rows) {
-    return (rows + lanes - 1) / lanes;
-}
 
 template <class T>
 void load(Uplo uplo, int n, Matrix<const T> a, Square<T>& x) {

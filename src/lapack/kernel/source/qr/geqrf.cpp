@@ -2,6 +2,7 @@
 #include "lapack/kernel/source/qr/geqrf.hpp"
 
 #include "lapack/factorization.hpp"
+#include "lapack/kernel/source/reflectors/small_columns.hpp"
 #include "qrv/service.h"
 
 namespace qrv::lapack {
@@ -42,6 +43,8 @@ template <class T>
 std::int64_t geqrf_work(int m, int n) {
     if (m == 0 || n == 0)
         return 1;
+    if (is_small<T>(m, n))
+        return geqrf_serial_work<T>(m, n);
     const GeqrfPlan plan = geqrf_plan<T>(m, n);
     return plan.wants_team() ? plan.work() : geqrf_serial_work<T>(m, n);
 }
@@ -50,6 +53,8 @@ template <class T>
 void geqrf(int m, int n, Matrix<T> a, T* tau, T* work, int lwork) {
     if (m == 0 || n == 0)
         return;
+    if (is_small<T>(m, n))
+        return geqrf_serial(m, n, a, tau, work, lwork);
     const GeqrfPlan plan = geqrf_plan<T>(m, n);
     const int done = geqrf_is_tall(m, n) ? geqrf_tall(plan.threads, m, n, a, tau) : 0;
     if (done != 0)

@@ -3,6 +3,7 @@
 #include "lapack/elements.hpp"
 #include "lapack/factorization.hpp"
 #include "lapack/kernel/source/qr/geqrf.hpp"
+#include "lapack/kernel/source/reflectors/small_columns.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -42,6 +43,8 @@ int factor_in_panels(int m, int n, int nb, int tail, Matrix<T> a, T* tau, T* are
 
 template <class T>
 std::int64_t geqrf_serial_work(int m, int n) {
+    if (is_small<T>(m, n)) // asked before all tables, which take as long as a few columns
+        return n;
     const int k = std::min(m, n), nb = block_of<T>(m, k);
     const bool blocked = nb < k && std::max(nb, crossover_of<T>(m, k)) < k;
     return blocked ? std::int64_t{nb} * n : n;

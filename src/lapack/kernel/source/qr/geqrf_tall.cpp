@@ -33,15 +33,6 @@ constexpr int height = 2048;    // of a block: with its columns about half of an
 constexpr int widestStrip = 16; // columns
 constexpr int mostColumns = 64; // of the matrix
 
-using Wide = std::complex<double>;
-
-inline Wide widened(float x) {
-    return x;
-}
-inline Wide widened(SingleComplex x) {
-    return {x.re, x.im};
-}
-
 template <class T>
 class TallFactorization {
 public:
@@ -96,8 +87,8 @@ private:
     T* head(int phase) const {
         return products(phase, blocks_);
     }
-    Wide sum(int phase, int index) const {
-        Wide total = 0;
+    Wide<T> sum(int phase, int index) const {
+        Wide<T> total = 0;
         for (int block = 0; block < blocks_; ++block)
             total += widened(products(phase, block)[index]);
         return total;
@@ -161,26 +152,26 @@ private:
     // Result: false if the column is none for this.
     bool make_step(int phase, int i, int e, Step& step) const {
         constexpr double least = 0x1p-40; // of the square: no product that matters may vanish
-        const double square = sum(phase, 0).real(), norm = std::sqrt(square);
-        const Wide alpha = widened(head(phase)[0]);
-        if (!(square >= least && is_float(square) && norm > double{machine::precision} * modulus(alpha)))
+        const double square = std::real(sum(phase, 0));
+        const Wide<T> alpha = widened(head(phase)[0]);
+        if (!(square >= least && is_float(square)) || is_lost(square, alpha))
             return false;
-        const PositiveReflection reflection(alpha, norm);
+        const PositiveReflection<Wide<T>> reflection(alpha, square);
         step.beta = static_cast<float>(reflection.beta);
-        step.scale = ReflectedColumn<T>::element(reciprocal(reflection.difference));
-        step.tau = ReflectedColumn<T>::element(-reflection.difference / reflection.beta);
+        step.scale = element(reciprocal(reflection.difference));
+        step.tau = element(reflection.tau());
         for (int j = 1; j < e - i; ++j) {
-            const Wide product = widened(head(phase)[j]) + std::conj(widened(step.scale) * sum(phase, j));
-            const Wide y = widened(step.tau) * std::conj(product); // conjugated, as it is taken off as v y^H
+            const Wide<T> product = widened(head(phase)[j]) + conj(widened(step.scale) * sum(phase, j));
+            const Wide<T> y = widened(step.tau) * conj(product); // conjugated, as it is taken off as v y^H
             if (!is_float(y))
                 return false;
-            step.y[j - 1] = ReflectedColumn<T>::element(y);
+            step.y[j - 1] = element(y);
         }
         return true;
     }
-    static bool is_float(Wide x) {
+    static bool is_float(Wide<T> x) {
         constexpr double largest = std::numeric_limits<float>::max();
-        return std::abs(x.real()) <= largest && std::abs(x.imag()) <= largest;
+        return std::fabs(std::real(x)) <= largest && std::fabs(std::imag(x)) <= largest;
     }
 
     void apply_step(int block, int i, int e, const Step& step) const {
@@ -231,17 +222,17 @@ private:
         const Matrix<T> v{squares[0], width}, t{squares[1], width};
         for (int j = 0; j < width; ++j)
             for (int l = 0; l < j; ++l)
-                v(l, j) = ReflectedColumn<T>::element(sum(phase, l + width * j));
+                v(l, j) = element(sum(phase, l + width * j));
         larft_of_product<T>(Direct::forward, width, v, tau_ + s, t);
         for (int j = 0; j < n_ - e; ++j) {
-            Wide product[widestStrip];
+            Wide<T> product[widestStrip];
             for (int l = 0; l < width; ++l)
                 product[l] = sum(phase, l + width * (j + width));
             for (int i = 0; i < width; ++i) {
-                Wide w = 0;
+                Wide<T> w = 0;
                 for (int l = 0; l <= i; ++l)
-                    w += std::conj(widened(t(l, i))) * product[l];
-                update.w[i + width * j] = ReflectedColumn<T>::element(w);
+                    w += conj(widened(t(l, i))) * product[l];
+                update.w[i + width * j] = element(w);
             }
         }
     }

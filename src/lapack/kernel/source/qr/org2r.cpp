@@ -2,11 +2,14 @@
 // one after the other to columns of the identity matrix, the last one first: so it meets those behind it only.
 #include "blas/calls.hpp"
 #include "lapack/calls/qr.hpp"
+#include "lapack/kernel/source/qr/small_qr.hpp"
 
 namespace qrv::lapack {
 
 template <class T>
 void org2r(int m, int n, int k, Matrix<T> a, const T* tau, T* work) {
+    if (is_small<T>(m, n))
+        return generate_small(m, n, k, a, Op::none, tau);
     const T zero = scalar<T>(0), one = scalar<T>(1);
     for (int j = k; j < n; ++j) {
         for (int i = 0; i < m; ++i)

@@ -3,11 +3,14 @@
 #include "blas/calls.hpp"
 #include "lapack/calls/qr.hpp"
 #include "lapack/elements.hpp"
+#include "lapack/kernel/source/qr/small_qr.hpp"
 
 namespace qrv::lapack {
 
 template <class T>
 void orgl2(int m, int n, int k, Matrix<T> a, const T* tau, T* work) {
+    if (is_small<T>(n, m))
+        return generate_small(n, m, k, a, adjoint<T>, tau);
     const T zero = scalar<T>(0), one = scalar<T>(1);
     for (int j = 0; j < n; ++j)
         for (int i = k; i < m; ++i)

@@ -2,6 +2,7 @@
 // vectors are only read, so several threads may apply the same Q.
 #include "blas/calls.hpp"
 #include "lapack/kernel/source/qr/apply_q.hpp"
+#include "lapack/kernel/source/reflectors/small_columns.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -40,12 +41,38 @@ void apply_one(Side side, Op op, int m, int n, const QPanel<T>& panel, bool oneB
 
 constexpr int shortRow = 64; // copied on the stack to be conjugated
 
+// A copy pays as long as reflectors are no wider than a few vectors of it.
+template <class T>
+bool goes_small(int order, int across) {
+    return is_small<T>(order, across) && (!isComplex<T> || order <= 12);
+}
+// In a copy of C; from the right, in one of its adjoint.
+template <class T>
+void apply_small(const ReflectorsOfQ<T>& q, Side side, Op op, int across, Matrix<T> c) {
+    const bool left = side == Side::left, up = q.first_comes_first(side, op), behind = q.form == QForm::ql;
+    const bool plain = left == (q.op_of_product(op) == Op::none);
+    SmallColumns<T> columns(q.order, across, c, left ? Op::none : adjoint<T>);
+    for (int step = 0; step < q.k; ++step) {
+        const int i = up ? step : q.k - 1 - step;
+        const QPanel<T> panel = q.panel(i, 1);
+        T v[smallSide<T>] = {};
+        for (int r = behind ? 0 : 1; r < panel.length - (behind ? 1 : 0); ++r)
+            v[panel.row + r] = q.form == QForm::lq ? conj(panel.v(0, r)) : panel.v(r, 0);
+        v[panel.row + (behind ? panel.length - 1 : 0)] = scalar<T>(1);
+        columns.take(v, panel.row);
+        columns.apply(plain ? q.tau[i] : conj(q.tau[i]), 0);
+    }
+    columns.store(c);
+}
+
 } // namespace
 
 template <class T>
 void orm2(QForm form, Side side, Op op, int m, int n, int k, Matrix<const T> a, const T* tau, Matrix<T> c, T* work) {
     const bool left = side == Side::left;
     const ReflectorsOfQ<T> q{form, left ? m : n, k, a, tau};
+    if (goes_small<T>(q.order, left ? n : m))
+        return apply_small(q, side, op, left ? n : m, c);
     const bool up = q.first_comes_first(side, op);
     const Op opOfProduct = q.op_of_product(op);
     for (int step = 0; step < k; ++step) {

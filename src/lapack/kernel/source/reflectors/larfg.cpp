@@ -10,13 +10,13 @@ T larfg(int n, T& alpha, Vector<T> x) {
     if (n <= 0)
         return scalar<T>(0);
     ReflectedColumn<T> column(n - 1, alpha, x);
-    if (column.norm() == 0 && std::imag(column.alpha()) == 0)
+    if (column.square() == 0 && std::imag(column.alpha()) == 0)
         return scalar<T>(0);
     column.scale_up();
     const double beta = -std::copysign(column.length(), std::real(column.alpha()));
-    const auto difference = column.alpha() - beta;
+    const Wide<T> difference = column.alpha() - beta;
     column.leave(beta, difference);
-    return column.element(-difference / beta);
+    return element(-difference / beta);
 }
 
 template float larfg(int, float&, Vector<float>);
