@@ -9,6 +9,7 @@
 //   complex    rows as they lie, real and imaginary parts side by side, times the real and times the imaginary part of
 //              an element of B, summed apart; the end combines the sums and settles all conjugations by signs
 //   few rows, or few columns, and many steps  of real elements, see gemm_dots.hpp
+//   few rows and B transposed  of real elements: C' aside, by vectors of columns of C
 //   alignment  none assumed
 //   reads      nothing past the operands; C only if beta is not 0
 //   m, n, k    positive; alpha = 0 and k = 0 are the caller's
@@ -364,7 +365,7 @@ QRV_INLINE void direct_rows(RowShare<Vector, T> share, int n, const DirectProduc
 
 template <class Vector, class T>
 QRV_INLINE void direct_straight(int m, int n, DirectProduct<T>& p, int k, const float* a, const float* b, float* c) {
-    const int steps = even_block(k, directDepth, directUnit);
+    const int steps = k <= directDepth ? k : even_block(k, directDepth, directUnit); // without a division
     for (int l = 0; l < k; l += p.k, p.beta = scalar<T>(1)) {
         p.k = smaller(k - l, steps);
         // Down the columns of C if the steps are few, as it is then C that the time goes into: few columns where it is
@@ -408,16 +409,10 @@ template <class Vector, class T>
     }
 }
 
-// The whole product; m, n and k are positive.
 template <class Vector, class T>
-QRV_INLINE void gemm_direct(const GemmCall<T>& call) {
-    QRV_ASSERT(call.is_well_formed());
+QRV_INLINE void direct_tiles(const GemmCall<T>& call) {
     constexpr std::ptrdiff_t element = floatsIn<T>;
     const bool transposedA = transposes(call.opA);
-    if constexpr (!isComplex<T>)
-        if (call.k >= dotsDepth<Vector> &&
-            pays_by_dots<Vector>(transposedA, transposes(call.opB), call.m, call.n, call.k))
-            return gemm_by_dots<Vector>(call);
     const std::ptrdiff_t stepA = call.a.ld * element;
     DirectProduct<T> p = direct_product(call);
     const auto *aFloats = reinterpret_cast<const float*>(call.a.data),
@@ -428,6 +423,51 @@ QRV_INLINE void gemm_direct(const GemmCall<T>& call) {
         direct_gathered<Vector>(transposedA, rows, call.n, p, call.k, aFloats, stepA, bFloats, cFloats);
     else
         direct_straight<Vector>(rows, call.n, p, call.k, aFloats, bFloats, cFloats);
+}
+
+// Few rows would leave most of a vector empty, where B transposed has vectors of columns: C' = B*op(A)' is computed,
+// some columns of C at a time, and brought home, which takes as long as eight steps.
+constexpr int mostMirroredRows = 6;
+template <class Vector>
+constexpr bool pays_mirrored(int m, int n, int k) {
+    return m <= mostMirroredRows && n >= Vector::lanes && k >= 8 * m;
+}
+template <class Vector>
+[[gnu::noinline]] void direct_mirrored(GemmCall<float> call) {
+    constexpr int most = 192; // columns: whole tiles
+    alignas(64) float buffer[mostMirroredRows * most];
+    for (int j = 0, columns; j < call.n; j += columns) {
+        columns = smaller(most, call.n - j);
+        direct_tiles<Vector>(GemmCall<float>{Op::none,
+                                             call.opA == Op::none ? Op::transpose : Op::none,
+                                             columns,
+                                             call.m,
+                                             call.k,
+                                             call.alpha,
+                                             call.b.block(j, 0),
+                                             call.a,
+                                             0,
+                                             {buffer, most}});
+        for (int i = 0; i < columns; ++i) {
+            float* const c = &call.c(0, j + i);
+            for (int row = 0; row < call.m; ++row)
+                c[row] = buffer[row * most + i] + (call.beta == 0 ? 0 : call.beta * c[row]);
+        }
+    }
+}
+
+// The whole product; m, n and k are positive.
+template <class Vector, class T>
+QRV_INLINE void gemm_direct(const GemmCall<T>& call) {
+    QRV_ASSERT(call.is_well_formed());
+    const bool transposedA = transposes(call.opA), transposedB = transposes(call.opB);
+    if constexpr (!isComplex<T>) {
+        if (call.k >= dotsDepth<Vector> && pays_by_dots<Vector>(transposedA, transposedB, call.m, call.n, call.k))
+            return gemm_by_dots<Vector>(call);
+        if (transposedB && pays_mirrored<Vector>(call.m, call.n, call.k))
+            return direct_mirrored<Vector>(call);
+    }
+    direct_tiles<Vector>(call);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD
