@@ -5,16 +5,32 @@
 // stands for a size that is not known. All are pure functions, but for two that ask for the processor class.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string_view>
+#include <type_traits>
+
+#include "service/tuning/names.hpp"
 
 namespace qrv::tuning {
 
+// The row of a routine in the tables. That of a name written out is found by the compiler.
+struct Row {
+    std::uint64_t key;
+
+    template <std::size_t N>
+    constexpr Row(const char (&name)[N]) : key(Name({name, N - 1}).row()) {}
+    template <class Text>
+    requires std::is_convertible_v<const Text&, std::string_view>
+    constexpr Row(const Text& name) : key(Name(name).row()) {}
+};
+
 // Columns that a blocked routine takes at a time; 1: it does not block.
-int block_size(std::string_view name, int n1, int n2 = -1, int n3 = -1, int n4 = -1);
+int block_size(Row row, int n1, int n2 = -1, int n3 = -1, int n4 = -1);
 // The least block size that is worth blocking for.
 int minimum_block_size(std::string_view name);
 // The size below which the unblocked or serial form is faster.
-int crossover(std::string_view name, int n1, int n2 = -1, int n3 = -1, int n4 = -1);
+int crossover(Row row, int n1, int n2 = -1, int n3 = -1, int n4 = -1);
 
 // How the threaded LU shares out block columns of an n x n matrix: how many one thread owns side by side, and how many
 // at the right end are free for any thread. 1 and 0 for other names than SGETRF and CGETRF.

@@ -28,14 +28,14 @@ int singular_value_crossover(const Sizes& n) {
 
 } // namespace
 
-int block_size(std::string_view name, int n1, int n2, int n3, int n4) {
-    return value(1, name, " ", {n1, n2, n3, n4});
+int block_size(Row row, int n1, int n2, int n3, int n4) {
+    return block_size_of(row.key, " ", {n1, n2, n3, n4});
 }
 int minimum_block_size(std::string_view name) {
     return value(2, name, " ", {});
 }
-int crossover(std::string_view name, int n1, int n2, int n3, int n4) {
-    return value(3, name, " ", {n1, n2, n3, n4});
+int crossover(Row row, int n1, int n2, int n3, int n4) {
+    return crossover_of(row.key, {n1, n2, n3, n4});
 }
 
 int value(int ispec, std::string_view name, std::string_view opts, const Sizes& sizes) {

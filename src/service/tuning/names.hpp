@@ -9,12 +9,13 @@
 
 namespace qrv::tuning {
 
-// The first six characters of a name as one number, missing ones as blanks.
+// The first six characters of a name as one number, missing ones as blanks. No loop, so that nothing is left of it
+// where the name is written out.
 constexpr std::uint64_t key(std::string_view name) {
-    std::uint64_t number = 0;
-    for (std::size_t i = 0; i < 6; ++i)
-        number = number << 8 | static_cast<unsigned char>(i < name.size() ? name[i] : ' ');
-    return number;
+    const auto letter = [&](std::size_t i) {
+        return std::uint64_t{static_cast<unsigned char>(i < name.size() ? name[i] : ' ')} << 8 * (5 - i);
+    };
+    return letter(0) | letter(1) | letter(2) | letter(3) | letter(4) | letter(5);
 }
 
 // Six letters, folded to upper case if the first one is lower case.

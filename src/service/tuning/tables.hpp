@@ -7,7 +7,6 @@
 #include <string_view>
 
 #include "service/tuning.hpp"
-#include "service/tuning/names.hpp"
 
 namespace qrv::tuning {
 

@@ -1,5 +1,9 @@
 // SLARF, CLARF: a reflector applied to a matrix from either side. Trailing zeros of v, and rows or columns of C that
 // meet nothing but zeros, are left out.
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
 #include "blas/calls.hpp"
 #include "lapack/calls/reflectors.hpp"
 #include "lapack/elements.hpp"
@@ -19,26 +23,50 @@ Vector<const T> without_trailing_zeros(int& n, Vector<const T> v) {
     return v;
 }
 
+constexpr int fewElements = 64; // for which loops are faster than calls of kernels
+
+void apply_to_few(Side side, int m, int n, Vector<const float> v, float tau, Matrix<float> c, float* w) {
+    if (v.inc < 0)
+        v.data -= std::ptrdiff_t{(side == Side::left ? m : n) - 1} * v.inc;
+    if (side == Side::left) {
+        for (int j = 0; j < n; ++j) {
+            float sum = 0;
+            for (int i = 0; i < m; ++i)
+                sum += c(i, j) * v[i];
+            for (int i = 0; i < m; ++i)
+                c(i, j) -= tau * sum * v[i];
+        }
+        return;
+    }
+    std::fill_n(w, m, 0.0F);
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < m; ++i)
+            w[i] += c(i, j) * v[j];
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < m; ++i)
+            c(i, j) -= w[i] * (tau * v[j]);
+}
+
 } // namespace
 
 template <class T>
 void larf(Side side, int m, int n, Vector<const T> v, T tau, Matrix<T> c, T* work) {
     if (tau == scalar<T>(0) || m <= 0 || n <= 0)
         return;
+    const bool left = side == Side::left;
+    v = without_trailing_zeros(left ? m : n, v);
+    (left ? n : m) = left ? ilaslc(m, n, c) : ilaslr(m, n, c);
+    if (m == 0 || n == 0)
+        return;
+    if constexpr (!isComplex<T>)
+        if (std::int64_t{m} * n <= fewElements)
+            return apply_to_few(side, m, n, v, tau, c, work);
     const T one = scalar<T>(1), zero = scalar<T>(0);
     const Vector<T> w{work};
-    if (side == Side::left) { // C - tau v (C^H v)^H
-        v = without_trailing_zeros(m, v);
-        n = ilaslc(m, n, c);
-        if (n == 0)
-            return;
+    if (left) { // C - tau v (C^H v)^H
         blas::gemv(adjoint<T>, m, n, one, c, v, zero, w);
         blas::gerc(m, n, -tau, v, w, c);
     } else { // C - tau (C v) v^H
-        v = without_trailing_zeros(n, v);
-        m = ilaslr(m, n, c);
-        if (m == 0)
-            return;
         blas::gemv(Op::none, m, n, one, c, v, zero, w);
         blas::gerc(m, n, -tau, w, v, c);
     }

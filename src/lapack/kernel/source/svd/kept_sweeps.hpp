@@ -2,6 +2,8 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 
 #include "blas/calls.hpp"
 #include "lapack/calls/rotations.hpp"
@@ -20,13 +22,10 @@ namespace qrv::lapack {
 class KeptSweeps {
 public:
     KeptSweeps(int n, const BidiagonalVectors& vectors, float* work)
-        : n_(n), vectors_(vectors),
-          threads_(vectors.any() ? qrv_serv_get_max_threads() : 1), routes_{route(Side::left, vectors.ncvt),
-                                                                            route(Side::right, vectors.nru),
-                                                                            route(Side::left, vectors.ncc)},
+        : n_(n), vectors_(vectors), threads_(longest_line() < leastAcross ? 1 : qrv_serv_get_max_threads()),
+          routes_{route(Side::left, vectors.ncvt), route(Side::right, vectors.nru), route(Side::left, vectors.ncc)},
           most_(routes_.keep() ? tuning::block_size("SBDSQR", n, threads_) : 0),
-          buffer_(nullptr, 0,
-                  std::int64_t{4} * most_ * n + lasr3_work(most_, std::max({vectors.ncvt, vectors.nru, vectors.ncc}))) {
+          buffer_(nullptr, 0, std::int64_t{4} * most_ * n + lasr3_work(most_, longest_line())) {
         if (!buffer_.data())
             most_ = 1;
         float* const tables = buffer_.data() ? buffer_.data() : work;
@@ -79,7 +78,9 @@ private:
         }
     };
     static constexpr int leastAcross = 32; // for which tuning values are asked
+    static constexpr int fewElements = 64; // for which loops are faster than calls of kernels
 
+    int longest_line() const { return std::max({vectors_.ncvt, vectors_.nru, vectors_.ncc}); }
     SweepRoute route(Side side, int across) const {
         return across < leastAcross ? SweepRoute::oneByOne : tuned_sweep_route(side, across, threads_);
     }
@@ -88,10 +89,28 @@ private:
             return;
         const Matrix<float> a = side == Side::left ? whole.block(first_, 0) : whole.block(0, first_);
         const Matrix<float> rotations = table.block(first_, 0);
-        if (buffer_.data())
+        if (std::int64_t{m} * n <= fewElements && count_ == 1)
+            turn_few(side, (side == Side::left ? m : n) - 1, side == Side::left ? n : m, rotations, a);
+        else if (buffer_.data())
             apply_sweeps({side, direct_, m, n, count_, rotations, a}, route, threads_, rest_);
         else
             kernel::lasr(side, Pivot::variable, direct_, m, n, rotations.column(0), rotations.column(1), a);
+    }
+
+    void turn_few(Side side, int planes, int across, Matrix<const float> cs, Matrix<float> a) const {
+        const std::ptrdiff_t line = side == Side::left ? 1 : a.ld, element = side == Side::left ? a.ld : 1;
+        for (int k = 0; k < planes; ++k) {
+            const int p = direct_ == Direct::forward ? k : planes - 1 - k;
+            const float c = cs(p, 0), s = cs(p, 1);
+            if (c == 1 && s == 0)
+                continue;
+            float* x = a.data + p * line;
+            for (int i = 0; i < across; ++i, x += element) {
+                const float first = x[0];
+                x[0] = s * x[line] + c * first;
+                x[line] = c * x[line] - s * first;
+            }
+        }
     }
 
     int n_;

@@ -1,4 +1,6 @@
 // SSYTD2: reduction of a symmetric matrix to tridiagonal form, one reflector after the other.
+#include <algorithm>
+
 #include "blas/calls.hpp"
 #include "lapack/calls/reflectors.hpp"
 #include "lapack/calls/symmetric.hpp"
@@ -6,29 +8,40 @@
 namespace qrv::lapack {
 namespace {
 
-constexpr int fewRows = 8; // for which loops are faster than calls of kernels
+constexpr int fewRows = 16; // for which loops are faster than calls of kernels
 
-void apply_to_few(Uplo uplo, int m, float tau, Vector<const float> v, Matrix<float> a, Vector<float> x) {
-    const auto element = [&](int i, int j) -> float& { return (uplo == Uplo::upper) == (i <= j) ? a(i, j) : a(j, i); };
+void apply_to_few(Uplo uplo, int m, float tau, const float* v, Matrix<float> a, float* x) {
+    const auto each_column = [&](const auto& body) { // with its rows beside the diagonal
+        for (int j = 0; j < m; ++j)
+            uplo == Uplo::upper ? body(a.column(j), j, 0, j) : body(a.column(j), j, j + 1, m);
+    };
+    std::fill_n(x, m, 0.0F);
+    each_column([&](float* column, int j, int from, int to) {
+        float sum = column[j] * v[j];
+        for (int i = from; i < to; ++i) {
+            x[i] += column[i] * v[j];
+            sum += column[i] * v[i];
+        }
+        x[j] += sum;
+    });
     float product = 0;
     for (int i = 0; i < m; ++i) {
-        float sum = 0;
-        for (int j = 0; j < m; ++j)
-            sum += element(i, j) * v[j];
-        x[i] = tau * sum;
+        x[i] *= tau;
         product += x[i] * v[i];
     }
     for (int i = 0; i < m; ++i)
         x[i] -= 0.5F * tau * product * v[i];
-    for (int j = 0; j < m; ++j)
-        for (int i = 0; i <= j; ++i)
-            element(i, j) -= v[i] * x[j] + x[i] * v[j];
+    each_column([&](float* column, int j, int from, int to) {
+        for (int i = from; i < to; ++i)
+            column[i] -= v[i] * x[j] + x[i] * v[j];
+        column[j] -= 2 * v[j] * x[j];
+    });
 }
 
 // The part of A that one reflector with vector v changes, of order m: A := H A H. x: m floats.
 void apply_reflector(Uplo uplo, int m, float tau, Vector<float> v, Matrix<float> a, Vector<float> x) {
     if (m <= fewRows)
-        return apply_to_few(uplo, m, tau, v, a, x);
+        return apply_to_few(uplo, m, tau, v.data, a, x.data);
     kernel::hemv(uplo, m, tau, a, v, 0.0F, x);
     const float alpha = -0.5F * tau * kernel::dotu(m, x, v);
     kernel::axpy(m, alpha, v, x);
