@@ -1,12 +1,48 @@
-// The plan-driven GEMM from the inside: buffers, packing, the micro-kernel and the blocked core in every mode.
+// The plan-driven GEMM from the inside: block rules, buffers, packing, the micro-kernel and the blocked core in every
+// mode.
 #include <memory>
 #include <string_view>
 
+#include "blas/kernel/common/gemm/gemm_blocks.hpp"
 #include "support/gemm.hpp"
 #include "support/work_memory.hpp"
 
 namespace qrv::test {
 namespace {
+
+// ---- Block rules ---------------------------------------------------------------------------------------------------
+
+struct NamedRule {
+    const BlockRule& rule;
+    int kUnit, nUnit;
+};
+constexpr NamedRule rules[] = {{sgemmBlocksSse42, 4, 4}, {sgemmBlocksSsse3, 4, 4}, {sgemmBlocksPairs, 2, 2},
+                               {cgemmBlocksSse42, 2, 2}, {cgemmBlocksSsse3, 2, 2}, {cgemmBlocksPlain, 2, 2}};
+
+// Whole units, never beyond the largest block; what is a little too deep for one block goes in two equal ones.
+TEST(GemmBlocks, AreUnitsWithinTheirLimits) {
+    for (const auto& [rule, kUnit, nUnit] : rules)
+        for (int size = 1; size < 6000; size += size < 600 ? 1 : 97) {
+            const int kb = k_block(rule, size, kUnit), nb = column_block(rule, size, nUnit);
+            EXPECT_TRUE(kb % kUnit == 0 && kb >= std::min(rule.kbLeast, rule.kbFull / 2) && kb <= rule.kbFull)
+                << size << ' ' << kb;
+            const int even = even_k_block(rule, size, kUnit), blocks = (size + rule.kbFull - 1) / rule.kbFull;
+            EXPECT_TRUE(even % kUnit == 0 && even <= rule.kbFull && (size + even - 1) / even <= blocks &&
+                        blocks * even < size + blocks * kUnit)
+                << size << ' ' << even;
+            if (size > rule.kbFull && size < 2 * rule.kbFull) {
+                EXPECT_TRUE(2 * kb >= size - 1 && 2 * kb < size + 2 * kUnit) << size << ' ' << kb;
+            }
+            EXPECT_TRUE(nb >= std::min(size, rule.nbMost) && nb < std::max(size, nUnit) + nUnit && nb <= rule.nbMost)
+                << size << ' ' << nb;
+            EXPECT_TRUE(!rule.nbFilled || nb % nUnit == 0);
+        }
+    EXPECT_EQ(k_block(sgemmBlocksSse42, 300, 4), 152);
+    EXPECT_EQ(k_block(cgemmBlocksPlain, 81, 2), 40);
+    EXPECT_EQ(column_block(sgemmBlocksSse42, 4997, 4), 5000);
+}
+
+// ---- Plans ---------------------------------------------------------------------------------------------------------
 
 // Each buffer of a set holds whole panels of what a block can be, 512 bytes more for what kernels may read, aligned as
 // it says, and behind the one before it in a single block.

@@ -2,12 +2,10 @@
 // getrf_team_test.cpp.
 #include <gmock/gmock.h>
 
-#include "lapack/kernel/source/lu/getrf_lookahead.hpp"
-#include "lapack/kernel/source/lu/getrf_route.hpp"
+#include "matrix_file/matrix_file.hpp"
 #include "qrv/native.h"
 #include "qrv/service.h"
 #include "support/lu.hpp"
-#include "support/matrix_market.hpp"
 
 namespace qrv::test {
 namespace {
@@ -110,6 +108,21 @@ TEST_OF_ELEMENTS(Getrf, PivotsAtTheEndsOfTheRange) {
 }
 
 // ---- Real inputs --------------------------------------------------------------------------------------------------
+
+// As a full matrix with `extra` rows of gap between its columns. A complex file needs a complex T.
+template <class T>
+Operand<T> read_matrix_market(const std::string& path, int extra = 0) {
+    const tools::AnyMatrix file = tools::read_matrix(path).matrix;
+    const auto guarded = [extra](const auto& matrix, auto element) {
+        return Operand<T>(matrix.rows, matrix.columns, matrix.rows + extra).set([&](int i, int j) {
+            return element(matrix(i, j));
+        });
+    };
+    if constexpr (isComplex<T>)
+        return guarded(tools::to_complex(file), [](auto value) { return T{value.Re(), value.Im()}; });
+    else
+        return guarded(std::get<tools::Matrix<float>>(file), [](float value) { return value; });
+}
 
 template <class T>
 void check_file(const char* name) {

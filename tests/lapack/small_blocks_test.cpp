@@ -165,12 +165,5 @@ TEST(SmallSylvester, Residual) {
                                              rhs);
 }
 
-TEST(SmallSylvester, OfEqualEigenvaluesIsTold) {
-    const float one = 1;
-    float scale, x, xnorm;
-    EXPECT_EQ(call(SLASY2, 0, 0, -1, 1, 1, &one, 1, &one, 1, &one, 1, &scale, &x, 1, &xnorm), 1);
-    EXPECT_TRUE(std::isfinite(x));
-}
-
 } // namespace
 } // namespace qrv::test

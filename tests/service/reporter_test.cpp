@@ -11,6 +11,7 @@
 #include "service/messages.hpp"
 #include "service/options.hpp"
 #include "service/reporter.hpp"
+#include "support/progress.hpp"
 
 namespace qrv::test {
 namespace {
@@ -120,33 +121,25 @@ TEST(Slots, LapackEntriesSetBothToTheirDefaults) {
 }
 
 // Programs hear of progress and can stop an LU factorization.
-std::vector<int> stepsOfLu;
-int stopAt;
-int note_step(const int*, const int* step, const char* stage, int length) {
-    EXPECT_EQ(std::string(stage, static_cast<std::size_t>(length)), "SGETRF");
-    stepsOfLu.push_back(*step);
-    return *step >= stopAt;
-}
-
 TEST(Slots, ProgramsHearOfProgressAndStop) {
     static constexpr int n = 300;
-    const auto last_step = [](int stop, qrv_progress_routine routine) {
+    const auto steps_told = [](int stopAt, qrv_progress_routine routine) {
         std::vector<float> a(n * n);
         for (std::size_t i = 0; i < a.size(); ++i)
             a[i] = static_cast<float>(i * 7919 % 1009);
         std::vector<int> pivots(n);
         int info = -7;
-        stepsOfLu = {0};
-        stopAt = stop;
+        progress = {};
+        progress.stopAt = stopAt;
         qrv_serv_set_default_progress(routine);
         SGETRF(&n, &n, a.data(), &n, pivots.data(), &info);
         EXPECT_EQ(info, 0);
-        return stepsOfLu.back();
+        return progress.steps;
     };
-    EXPECT_EQ(last_step(1000, note_step), n);
-    const int stopped = last_step(64, note_step);
-    EXPECT_TRUE(stopped >= 64 && stopped < n) << stopped;
-    EXPECT_EQ(last_step(1000, nullptr), 0) << "null is no routine";
+    EXPECT_EQ(steps_told(0, on_progress).back(), n);
+    EXPECT_EQ(progress.stages, std::set<std::string>{"SGETRF"});
+    EXPECT_EQ(steps_told(2, on_progress).size(), 2U);
+    EXPECT_TRUE(steps_told(0, nullptr).empty()) << "null is no routine";
 }
 
 } // namespace

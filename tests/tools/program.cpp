@@ -39,10 +39,14 @@ protected:
         write("nearly_singular", "array real general\n2 2\n1\n1\n1\n1.0000001\n");
         write("overflow", "array real general\n2 2\n3e38\n3e38\n-3e38\n3e38\n"); // condition 2, but u(2, 2) is 6e38
         write("beyond", "array real general\n2 2\n3e38\n3e38\n3e38\n3e38\n");    // 6e38 and 0
-        write("growth", growth(60));
-        write("diagonal", unit(40));
+        // Elimination with row exchanges makes the last column 1.9 times as large in each step, until nothing of A is
+        // left.
+        write_square("growth", 60, [](int i, int j) { return i == j || j == 59 ? 1 : i > j ? -0.9F : 0; });
+        write_unit("diagonal", 40);
         write("indefinite", "array real general\n2 2\n1\n2\n2\n1\n");
-        write("band", band(60));
+        write_square("band", 60, [](int i, int j) { // with a link further up
+            return i == j ? 3 : i == j + 1 ? -1 : j == i + 1 ? 1 : i == 0 && j == 2 ? 0.5F : 0;
+        });
         write("rotation", "array real general\n2 2\n1\n2\n-2\n1\n"); // 1 + 2i and its conjugate
         write("wide", "array real general\n1 2\n1\n2\n");
         write("short", "array real general\n2 2\n1\n2\n");
@@ -73,7 +77,6 @@ protected:
     Folder folder;
     std::ptrdiff_t files = 0;
 
-protected:
     // Red, green and blue differ.
     static support::Picture of_rank_one(int planes) {
         support::Picture picture(20, 30 * planes);
@@ -83,37 +86,17 @@ protected:
         return picture;
     }
 
-    static std::string unit(int n) {
-        const std::string order = std::to_string(n);
-        std::string text = "coordinate real general\n" + order + " " + order + " " + order + "\n";
-        for (int i = 1; i <= n; ++i)
-            text += std::to_string(i) + " " + std::to_string(i) + " 1\n";
-        return text;
-    }
-
-private:
-    // Elimination with row exchanges makes the last column 1.9 times as large in each step, until nothing of A is left.
-    static std::string growth(int n) {
-        std::string text = "array real general\n" + std::to_string(n) + " " + std::to_string(n) + "\n";
+    template <class Element>
+    void write_square(const std::string& name, int n, const Element& element) {
+        Matrix<float> a(n, n);
         for (int j = 0; j < n; ++j)
             for (int i = 0; i < n; ++i)
-                text += i == j || j == n - 1 ? "1\n" : i > j ? "-0.9\n" : "0\n";
-        return text;
+                a(i, j) = element(i, j);
+        OutputFile file(folder.file(name));
+        write_matrix(file, a, Format::array, "");
     }
-
-    // -1, 3, 1 around the diagonal and a link further up.
-    static std::string band(int n) {
-        std::string text = "coordinate real general\n" + std::to_string(n) + " " + std::to_string(n) + " " +
-                           std::to_string(3 * n - 1) + "\n1 3 0.5\n";
-        const auto entry = [&](int i, int j, const char* value) {
-            text += std::to_string(i) + " " + std::to_string(j) + " " + value + "\n";
-        };
-        for (int j = 1; j <= n; ++j) {
-            entry(j, j, "3");
-            if (j < n)
-                entry(j + 1, j, "-1"), entry(j, j + 1, "1");
-        }
-        return text;
+    void write_unit(const std::string& name, int n) {
+        write_square(name, n, [](int i, int j) { return i == j; });
     }
 };
 
@@ -235,7 +218,7 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
 
 // Whenever it ends: the file that was there, or the whole result, and nothing else.
 TEST_F(Program, LeavesNoTornFileWhenASignalEndsIt) {
-    write("large", unit(90));
+    write_unit("large", 90);
     const ChildResult ended = run_script("cases=" + std::to_string(qrv::test::Sample::of_many(20, 4'000)) + R"(
             qrv invert large -o new && echo old > old
             for k in $(seq $cases); do
