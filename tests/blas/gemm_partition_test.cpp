@@ -1,23 +1,14 @@
 // The decisions of the threaded GEMM, as functions of sizes, team and machine.
 #include <gtest/gtest.h>
-#include <ostream>
+#include <limits>
 
 #include "blas/thread/common/level3/gemm_partition.hpp"
 
-namespace qrv {
-
-static std::ostream& operator<<(std::ostream& out, GemmSizes s) {
-    return out << "m=" << s.m << " n=" << s.n << " k=" << s.k;
-}
-
-namespace test {
+namespace qrv::test {
 namespace {
 
 constexpr int most = std::numeric_limits<int>::max();
 
-constexpr auto row = GemmRegion::row;
-constexpr auto column = GemmRegion::column;
-constexpr auto acopy = GemmRegion::acopy;
 constexpr GemmBlocks blocks{2000, 5000, 256};
 constexpr GemmMachine machines[] = {GemmMachine::plain, GemmMachine::pairs, GemmMachine::quadsLargeL2,
                                     GemmMachine::sse42, GemmMachine::quads};
@@ -33,14 +24,16 @@ TEST(GemmPartition, EveryProduct) {
                         for (const bool planned : {false, true}) {
                             const GemmSizes sizes{m, n, k};
                             const GemmPartition got = gemm_partition(machine, planned, sizes, blocks, team);
-                            SCOPED_TRACE(testing::Message() << "class " << static_cast<int>(machine) << ' ' << sizes
-                                                            << " team=" << team << " planned=" << planned);
-                            const bool byMachine = planned && gemm_scales_first(machine), copied = got.region == acopy;
+                            SCOPED_TRACE(testing::Message()
+                                         << "class " << static_cast<int>(machine) << ' ' << m << 'x' << n << 'x' << k
+                                         << " team=" << team << " planned=" << planned);
+                            const bool byMachine = planned && gemm_scales_first(machine),
+                                       copied = got.region == GemmRegion::acopy;
                             ASSERT_TRUE(byMachine || !copied);
-                            ASSERT_TRUE(m <= n || got.region != column || gemm_is_small(sizes));
-                            ASSERT_TRUE(m > n || got.region != row);
+                            ASSERT_TRUE(m <= n || got.region != GemmRegion::column || gemm_is_small(sizes));
+                            ASSERT_TRUE(m > n || got.region != GemmRegion::row);
                             ASSERT_EQ(got.threads, byMachine ? team / 2 * 2 : team);
-                            ASSERT_EQ(got.rowThreads, got.region == column ? 1 : got.threads);
+                            ASSERT_EQ(got.rowThreads, got.region == GemmRegion::column ? 1 : got.threads);
                             ASSERT_EQ(got.rowThreads * got.colThreads, got.threads);
                             ASSERT_EQ(got.mode, !byMachine ? GemmMode::choose
                                                 : copied   ? GemmMode::directBGivenA
@@ -60,5 +53,4 @@ TEST(GemmPartition, SharedBytes) {
 }
 
 } // namespace
-} // namespace test
-} // namespace qrv
+} // namespace qrv::test

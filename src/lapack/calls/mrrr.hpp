@@ -108,6 +108,13 @@ struct Mrrr {
 
     int first_row(int block) const { return block == 0 ? 0 : isplit[block - 1]; }
     int last_row(int block) const { return isplit[block] - 1; }
+    // So many values from this one on are of one block.
+    int count_in_block(int begin, int block) const {
+        int count = 0;
+        while (begin + count < m && iblock[begin + count] == block + 1)
+            ++count;
+        return count;
+    }
     // What holds all values of a block.
     Interval rows(int block) const {
         Interval all{gershgorin[2 * first_row(block)], gershgorin[2 * first_row(block) + 1]};

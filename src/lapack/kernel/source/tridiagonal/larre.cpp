@@ -220,8 +220,7 @@ int larre(const Wanted& wanted, Mrrr& x, const RefineTolerance& tolerance, float
             }
             x.m += size;
         } else {
-            while (begin + m < x.m && x.iblock[begin + m] == block + 1)
-                ++m;
+            m = x.count_in_block(begin, block);
         }
         const Values values{x.w + begin, x.werr + begin, x.wgap + begin, m > 0 ? x.indexw[begin] : 1};
         begin += m;

@@ -266,9 +266,7 @@ int larrv(Mrrr& x, const VectorsWanted& vectors, const RefineTolerance& toleranc
     laset(Part::whole, x.n, x.m, 0.0F, 0.0F, z);
     for (int begin = 0, m; begin < x.m; begin += m) {
         const int block = x.iblock[begin] - 1;
-        m = 1;
-        while (begin + m < x.m && x.iblock[begin + m] == block + 1)
-            ++m;
+        m = x.count_in_block(begin, block);
         if (x.first_row(block) == x.last_row(block)) {
             if (begin + 1 < vectors.first || begin + 1 > vectors.last)
                 continue;

@@ -138,9 +138,7 @@ StemrResult stemr(bool vectors, Wanted wanted, int n, float* d, float* e, float*
         const Sturm whole{n, original, x.e2, x.leastPivot};
         for (int begin = 0, m; begin < x.m; begin += m) {
             const int block = x.iblock[begin] - 1;
-            m = 1;
-            while (begin + m < x.m && x.iblock[begin + m] == block + 1)
-                ++m;
+            m = x.count_in_block(begin, block);
             if (x.first_row(block) < x.last_row(block)) // else it is exact
                 larrj(whole.block(x.first_row(block), x.last_row(block)), m, x.indexw[begin], w + begin, x.werr + begin,
                       4 * eps, norm * scale);
