@@ -31,24 +31,6 @@ constexpr SymmRow symmRow =
         ? SymmRow{.leftBlock = 256, .rightBlock = 256, .walkedUpTo = 256, .columnsAtOnce = allColumns}
         : SymmRow{.leftBlock = 256, .rightBlock = 192, .walkedUpTo = 512, .columnsAtOnce = 512};
 
-// out := a', m x n elements of a.
-template <bool conjugated, class T>
-void transpose_rectangle(int m, int n, Matrix<const T> a, Matrix<T> out) {
-    constexpr int side = SmallSquare<T>::side;
-    const int squaresUpTo = n / side * side;
-    for (int j = 0; j < squaresUpTo; j += side) {
-        int i = 0;
-        for (; m - i >= side; i += side)
-            SmallSquare<T>::template transpose<conjugated>(&a(i, j), a.ld, &out(j, i), out.ld);
-        for (; i < m; ++i)
-            for (int k = j; k < j + side; ++k)
-                out(k, i) = conj_if<conjugated>(a(i, k));
-    }
-    for (int j = squaresUpTo; j < n; ++j)
-        for (int i = 0; i < m; ++i)
-            out(j, i) = conj_if<conjugated>(a(i, j));
-}
-
 // The other half of a triangle of order n, without the diagonal.
 template <bool conjugated, class T>
 void mirror_triangle(Uplo uplo, int n, Matrix<const T> a, Matrix<T> out) {

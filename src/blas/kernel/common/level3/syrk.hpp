@@ -7,9 +7,10 @@
 //
 // The triangle is cut into blocks along its diagonal and rectangles beside them, the blocks into halves in turn. A
 // rectangle is a GEMM. For a leaf on the diagonal GEMM computes the full square into a tile, of which the triangle is
-// then added: twice its work, but leaves are few. Vectors of sixteen lanes have another way, for large triangles and
-// for transposed operands: one walk over copies in panels, see gemm_panels.hpp. The imaginary parts on a Hermitian
-// diagonal are not read and become 0.
+// then added: twice its work, but leaves are few. Of a rank 2k update the square of the first product and its mirror
+// image, added, are the whole leaf. Vectors of sixteen lanes have another way, for large triangles and for transposed
+// operands: one walk over copies in panels, see gemm_panels.hpp. The imaginary parts on a Hermitian diagonal are not
+// read and become 0.
 #pragma once
 
 #include "blas/assert.hpp"
@@ -116,6 +117,24 @@ inline void scale_run(int n, float beta, SingleComplex* x) {
     scale_run(2 * n, beta, reinterpret_cast<float*>(x));
 }
 
+// out := a', m x n elements of a.
+template <bool conjugated, class T>
+void transpose_rectangle(int m, int n, Matrix<const T> a, Matrix<T> out) {
+    constexpr int side = SmallSquare<T>::side;
+    const int squaresUpTo = n / side * side;
+    for (int j = 0; j < squaresUpTo; j += side) {
+        int i = 0;
+        for (; m - i >= side; i += side)
+            SmallSquare<T>::template transpose<conjugated>(&a(i, j), a.ld, &out(j, i), out.ld);
+        for (; i < m; ++i)
+            for (int k = j; k < j + side; ++k)
+                out(k, i) = conj_if<conjugated>(a(i, k));
+    }
+    for (int j = squaresUpTo; j < n; ++j)
+        for (int i = 0; i < m; ++i)
+            out(j, i) = conj_if<conjugated>(a(i, j));
+}
+
 // Rows of column j that a triangle of n columns has.
 constexpr Range triangle_column(Uplo uplo, int n, int j) {
     return uplo == Uplo::upper ? Range{0, j + 1} : Range{j, n - j};
@@ -153,6 +172,10 @@ struct RankTerm {
 template <Symmetry symmetry, class T, int terms>
 struct RankUpdate {
     static constexpr RankUpdateRow row = rankUpdateRow<T, Pack<float>::count>;
+    // Of two products the second is the first one mirrored: a square of one is a triangle of both, and nothing of it is
+    // in vain. Below `mirrorsFrom` two products take less time than a mirror image.
+    static constexpr int leaf = terms == 1 ? row.leaf : isComplex<T> ? 32 : 48;
+    static constexpr int mirrorsFrom = isComplex<T> || Pack<float>::count <= 4 ? 1 : 16;
 
     Uplo uplo;
     bool transposed; // X = A'
@@ -174,23 +197,32 @@ struct RankUpdate {
         return part;
     }
 
-    // out := beta*out + rows i to i + m - 1 and columns j to j + n - 1 of the products
-    void multiply(int i, int m, int j, int n, T beta, Matrix<T> out) const {
+    // out := beta*out + rows i to i + m - 1 and columns j to j + n - 1 of a product
+    void multiply(const RankTerm<T>& t, int i, int m, int j, int n, T beta, Matrix<T> out) const {
         constexpr Op other = mirror(symmetry);
-        for (const RankTerm<T>& t : term) {
-            gemm(transposed ? other : Op::none, transposed ? Op::none : other, m, n, k, t.alpha, rows_from(i, t.x),
-                 rows_from(j, t.y), beta, out);
-            beta = scalar<T>(1);
-        }
+        gemm(transposed ? other : Op::none, transposed ? Op::none : other, m, n, k, t.alpha, rows_from(i, t.x),
+             rows_from(j, t.y), beta, out);
     }
     void add_leaf(int first, int n) const {
-        constexpr int tileSide = row.leaf + leafExcess;
-        alignas(64) T buffer[tileSide * tileSide];
-        const Matrix<T> tile{buffer, tileSide};
-        multiply(first, n, first, n, scalar<T>(0), tile);
-        add_triangle<symmetry, T>(uplo, n, tile, c.block(first, first));
+        constexpr int tileSide = leaf + leafExcess;
+        alignas(64) T buffers[terms][tileSide * tileSide];
+        const Matrix<T> tile{buffers[0], tileSide};
+        const Matrix<T> corner = c.block(first, first);
+        multiply(term[0], first, n, first, n, scalar<T>(0), tile);
+        const bool mirrors = terms == 2 && n >= mirrorsFrom;
+        for (int t = 1; t < terms && !mirrors; ++t)
+            multiply(term[t], first, n, first, n, scalar<T>(1), tile);
+        const Matrix<T> mirrored{buffers[terms - 1], tileSide};
+        if (mirrors)
+            transpose_rectangle<symmetry == Symmetry::hermitian, T>(n, n, tile, mirrored);
+        add_triangle<symmetry, T>(uplo, n, tile, corner);
+        if (mirrors) // last: its stores are short, and wide loads wait for them
+            add_triangle<symmetry, T>(uplo, n, mirrored, corner);
     }
-    void add_rectangle(int i, int m, int j, int n) const { multiply(i, m, j, n, scalar<T>(1), c.block(i, j)); }
+    void add_rectangle(int i, int m, int j, int n) const {
+        for (const RankTerm<T>& t : term)
+            multiply(t, i, m, j, n, scalar<T>(1), c.block(i, j));
+    }
 
     // What lies beside `rows` rows or columns from `first` on, up to row or column `end`.
     void add_beside(int first, int rows, int end) const {
@@ -205,9 +237,9 @@ struct RankUpdate {
     void add_by_halves(int first, int n) const {
         if (n <= row.order && k > row.depth)
             return add_by_steps(first, n);
-        if (n <= row.leaf + leafExcess)
+        if (n <= leaf + leafExcess)
             return add_leaf(first, n);
-        const int half = half_in_leaves(n, row.leaf);
+        const int half = half_in_leaves(n, leaf);
         add_by_halves(first, half);
         add_beside(first, half, first + n);
         add_by_halves(first + half, n - half);
