@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <random>
-#include <unistd.h>
 
 #include "matrix_file/matrix_file.hpp"
 #include "support/folder.hpp"
@@ -108,38 +107,18 @@ struct Answer {
     int exitStatus;
     std::string err;
 };
-class Streams {
-public:
-    Answer of(std::vector<std::string> arguments) {
-        std::vector<char*> pointers{program_};
-        for (std::string& argument : arguments)
-            pointers.push_back(argument.data());
-        pointers.push_back(nullptr);
-        std::fflush(nullptr);
-        for (Stream& s : streams_) {
-            std::rewind(s.file);
-            EXPECT_EQ(ftruncate(fileno(s.file), 0), 0);
-            dup2(fileno(s.file), s.number);
-        }
-        const int exitStatus = run_program(static_cast<int>(arguments.size()) + 1, pointers.data());
-        std::fflush(nullptr);
-        for (Stream& s : streams_)
-            dup2(s.saved, s.number);
-        std::string said;
-        std::rewind(streams_[1].file);
-        for (int c; (c = std::fgetc(streams_[1].file)) != EOF;)
-            said += static_cast<char>(c);
-        return {exitStatus, said};
-    }
-
-private:
-    struct Stream {
-        int number, saved = dup(number);
-        std::FILE* file = std::tmpfile();
-    };
-    char program_[4] = "qrv";
-    Stream streams_[2] = {{STDOUT_FILENO}, {STDERR_FILENO}};
-};
+Answer answer_of(std::vector<std::string> arguments) {
+    char program[] = "qrv";
+    std::vector<char*> pointers{program};
+    for (std::string& argument : arguments)
+        pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const int exitStatus = run_program(static_cast<int>(arguments.size()) + 1, pointers.data());
+    testing::internal::GetCapturedStdout();
+    return {exitStatus, testing::internal::GetCapturedStderr()};
+}
 
 TEST(HostileFiles, EndEveryCommandWithALine) {
     const qrv::test::ForcedTeam alone(1);
@@ -155,7 +134,6 @@ TEST(HostileFiles, EndEveryCommandWithALine) {
                                                  {"svd", a, "--vectors", "-o", out},
                                                  {"compress", a, "--rank", "1", "-o", out}};
     std::mt19937 random(2);
-    Streams streams;
     for (int k = qrv::test::Sample::of_many(200, 100'000); k > 0; --k) {
         const std::string text = damaged(random);
         if (is_large(text))
@@ -163,7 +141,7 @@ TEST(HostileFiles, EndEveryCommandWithALine) {
         std::ofstream(a, std::ios::binary) << text;
         std::ofstream(b, std::ios::binary) << damaged(random);
         for (const auto& command : commands) {
-            const Answer answer = streams.of(command);
+            const Answer answer = answer_of(command);
             ASSERT_TRUE(answer.exitStatus >= 0 && answer.exitStatus <= 2) << command[0] << ' ' << text;
             ASSERT_EQ(answer.err.empty(), answer.exitStatus == 0) << command[0] << ' ' << text << answer.err;
             ASSERT_TRUE(answer.err.empty() || answer.err.find('\n') + 1 == answer.err.size()) << text << answer.err;
