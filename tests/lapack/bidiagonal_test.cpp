@@ -52,8 +52,8 @@ Operand<T> matrix_with_zeros(int m, int n) {
     return a.set([&](int i, int j) { return i == 3 && j > 3 ? scalar<T>(0) : any_size_one<T>(random); });
 }
 
-constexpr std::pair<int, int> shapes[] = {{1, 1},   {1, 4},   {4, 1},   {2, 2},    {5, 3},   {3, 5},
-                                          {40, 33}, {33, 40}, {70, 70}, {150, 40}, {40, 150}};
+constexpr std::pair<int, int> shapes[] = {{1, 1},   {1, 4},   {4, 1},   {2, 2},    {5, 3},    {3, 5},
+                                          {40, 33}, {33, 40}, {70, 70}, {150, 40}, {40, 150}, {140, 133}};
 
 TEST_OF_ELEMENTS(Bidiagonal, Residual) {
     for (const auto& [m, n] : shapes) {
@@ -66,6 +66,13 @@ TEST_OF_ELEMENTS(Bidiagonal, Residual) {
             GuardedVector<T> work(lwork);
             EXPECT_EQ(call_for<T>(SGEBRD, CGEBRD, m, n, r.a, r.d, r.e, r.tauq, r.taup, work, lwork), 0);
             EXPECT_LT(r.error(before), 10) << m << 'x' << n << " work " << lwork;
+        }
+        if (std::min(m, n) > 30) {
+            Reduced<T> r(before);
+            GuardedVector<T> work(7 * (m + n));
+            lapack::gebrd_in_panels<T>({7, 15}, m, n, r.a.view(), r.d.data(), r.e.data(), r.tauq.data(), r.taup.data(),
+                                       work.data());
+            EXPECT_LT(r.error(before), 10) << m << 'x' << n << " in panels";
         }
         Reduced<T> r(before);
         GuardedVector<T> work(std::max(m, n));

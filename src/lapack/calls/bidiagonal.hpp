@@ -20,8 +20,17 @@ void gebd2(int m, int n, Matrix<T> a, float* d, float* e, T* tauq, T* taup, T* w
 template <class T>
 void labrd(int m, int n, int nb, Matrix<T> a, float* d, float* e, T* tauq, T* taup, Matrix<T> x, Matrix<T> y);
 
-// The same in blocks. work: lwork elements, max(m, n) at least, gebrd_work for full speed; of an
-// empty matrix work[0] becomes 1.
+// The same in panels of so many rows and columns, as long as more than `rest` are left. work: max(m, n) elements, and
+// (m + n) * width if there is a panel.
+struct BidiagonalPanels {
+    int width, rest;
+};
+template <class T>
+void gebrd_in_panels(const BidiagonalPanels& panels, int m, int n, Matrix<T> a, float* d, float* e, T* tauq, T* taup,
+                     T* work);
+
+// The same, as is best. work: lwork elements, max(m, n) at least, gebrd_work for full speed; of an empty matrix work[0]
+// becomes 1.
 template <class T>
 std::int64_t gebrd_work(int m, int n);
 template <class T>

@@ -28,7 +28,6 @@ int solve_parts(int n, float* d, float* e, const Single& single, const Part& par
         return n;
     const float norm = lanst(Norm::maximum, n, d, e);
     if (norm == 0) {
-        std::fill_n(d, n, 0.0F); // not -0
         for (int i = 0; i < n; ++i)
             single(i);
         return 0;
