@@ -141,14 +141,27 @@ void add_symmetric_product(SymmetricProduct<symmetry, T> product, int order) {
     }
 }
 
-// A small A, and any without work memory.
+// The side of a square on the stack.
 constexpr int smallSquare = 32;
+
+// Without work memory.
 template <Symmetry symmetry, class T>
 [[gnu::noinline]] void add_by_small_squares(SymmetricProduct<symmetry, T> product, int order) {
     alignas(64) T buffer[smallSquare * smallSquare];
     product.square = {buffer, smallSquare};
     product.block = smallSquare;
     add_symmetric_product(product, order);
+}
+
+// All of it for an A of one such square.
+template <Symmetry symmetry, class T>
+[[gnu::noinline]] void multiply_small(Side side, Uplo uplo, int m, int n, T alpha, Matrix<const T> a, Matrix<const T> b,
+                                      T beta, Matrix<T> c) {
+    alignas(64) T buffer[smallSquare * smallSquare];
+    const Matrix<T> square{buffer, smallSquare};
+    const bool left = side == Side::left;
+    expand<symmetry, T>(uplo, left ? m : n, a, square);
+    gemm(Op::none, Op::none, m, n, left ? m : n, alpha, left ? square : b, left ? b : square, beta, c);
 }
 
 template <Symmetry symmetry, class T>
@@ -158,6 +171,8 @@ void symm(Side side, Uplo uplo, int m, int n, T alpha, Matrix<const T> a, Matrix
     const bool left = side == Side::left;
     const int order = left ? m : n, block = smaller(order, left ? symmRow.leftBlock : symmRow.rightBlock);
     QRV_ASSERT(a.ld >= order && b.ld >= m && c.ld >= m);
+    if (order <= smallSquare && alpha != scalar<T>(0))
+        return multiply_small<symmetry, T>(side, uplo, m, n, alpha, a, b, beta, c);
     SymmetricProduct<symmetry, T> product{side, uplo, left ? n : m, alpha, a, b, c, {}, block};
     const bool atOnce = order <= block && alpha != scalar<T>(0);
     if (atOnce)
@@ -166,8 +181,6 @@ void symm(Side side, Uplo uplo, int m, int n, T alpha, Matrix<const T> a, Matrix
         scale(m, n, beta, c);
     if (alpha == scalar<T>(0))
         return;
-    if (order <= smallSquare)
-        return add_by_small_squares(product, order);
     void* const memory = qrv_serv_allocate(sizeof(T) * static_cast<std::size_t>(block * block), 64);
     if (!memory) {
         if (atOnce)
