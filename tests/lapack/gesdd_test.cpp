@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "lapack/calls/svd.hpp"
-#include "lapack/kernel/source/svd/gesdd.hpp"
 #include "lapack/lapack.hpp"
 #include "qrv/native.h"
 #include "support/call.hpp"

@@ -4,7 +4,6 @@
 
 #include "matrix_file/matrix_file.hpp"
 #include "qrv/native.h"
-#include "qrv/service.h"
 #include "support/lu.hpp"
 
 namespace qrv::test {

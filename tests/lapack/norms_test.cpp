@@ -167,13 +167,13 @@ TEST_OF_ELEMENTS(Norms, MultiplesOfWhatIsStored) {
                 stored.above += row.kl; // room that is not looked at
             Operand<T> a(stored, Layout{1});
             const auto in_band = [&](int i, int j) { return !stored.banded || j - i <= row.ku; };
-            a.set([&](int i, int j) {
+            a.set([&, size = size](int i, int j) {
                 return in_band(i, j) ? scalar<T>(size) * any_size_one<T>(random) : all_parts<T>(7);
             });
             const Operand<T> before = a;
             EXPECT_EQ(
                 call_for<T>(SLASCL, CLASCL, row.type, row.kl, row.ku, from, to, row.form.rows, row.form.columns, a), 0);
-            EXPECT_EQ(a.count_bad([&](int i, int j, T x) {
+            EXPECT_EQ(a.count_bad([&, from = from, to = to](int i, int j, T x) {
                 if (!in_band(i, j))
                     return same_bits(x, before(i, j));
                 const auto expected = widen(before(i, j)) * (double{to} / from);

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-#include "lapack/kernel/source/cholesky/potrf_route.hpp"
 #include "lapack/kernel/source/cholesky/potrf_tiles.hpp"
 #include "lapack/task_team.hpp"
 #include "support/cholesky.hpp"

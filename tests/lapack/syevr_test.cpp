@@ -2,10 +2,8 @@
 // double, on spectra of every kind.
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <gtest/gtest.h>
 
-#include "lapack/kernel/source/symmetric/strips.hpp"
 #include "qrv/native.h"
 #include "support/call.hpp"
 #include "support/known_values.hpp"
