@@ -64,11 +64,24 @@ int first_of_magnitude(float size, int n, const T* x) {
     return i + __builtin_ctzll(equal_lanes(wanted, magnitudes_part(x + i, n - i)));
 }
 
+// Index of the winner among n elements, no more than a vector has lanes, or -1 if one is NaN.
+template <class T>
+int index_in_vector(int n, const T* x) {
+    const Vec all = n == Vec::lanes ? magnitudes(x) : magnitudes_part(x, n);
+    Peak peak;
+    peak.take(all);
+    const float largest = peak.value();
+    return largest == largest ? __builtin_ctzll(equal_lanes(Vec::splat(largest), all)) : -1;
+}
+
 // Index of the winner among n elements without gaps. Block by block the largest magnitude is compared with the best so
 // far; where in its block the winner lies is found at the end.
 template <class T>
 int index_of_largest(int n, const T* x) {
     constexpr int block = 32 * Vec::lanes;
+    if (n <= Vec::lanes)
+        if (const int index = index_in_vector(n, x); index >= 0)
+            return index;
     const auto block_at = [n](int i) { return n - i < block ? n - i : block; };
     float best = -1;
     int bestBlock = 0;
