@@ -13,6 +13,9 @@
 namespace qrv::lapack {
 namespace {
 
+// No crossover lies below, nor do columns that go aside: small calls ask for neither.
+constexpr int surelyUnblocked = 64;
+
 template <class T>
 struct PotrfMachine {
     int n;
@@ -28,6 +31,8 @@ struct PotrfMachine {
 
 template <class T>
 FactorResult potrf_any(Uplo uplo, int n, Matrix<T> a) {
+    if (n <= surelyUnblocked)
+        return {potf2(uplo, n, a)};
     using Kind = PotrfRoute::Kind;
     const PotrfRoute route = potrf_route(n, PotrfMachine<T>{n});
     switch (route.kind) {

@@ -20,11 +20,10 @@ constexpr int largestLeaf = leafSide<T> + fewLeftOver;
 // Orders up to this go block by block. Above, thin products cost AVX2 kernels a tenth to a fifth over those of halves.
 constexpr int fewBlocks = 128;
 
-// ---- The copy
-// --------------------------------------------------------------------------------------------------------
+// ---- The copy -------------------------------------------------------------------------------------------------------
 
-// L by columns; U is held as its adjoint. Up to whole vectors zeros follow the last row and the last column, and what
-// stands above the diagonal does not matter.
+// L by columns; U is held as its adjoint. Up to whole vectors zeros follow the last row, and the last column from the
+// vector with the diagonal on; what stands above the diagonal does not matter.
 template <class T>
 struct alignas(64) Square {
     static constexpr int height = largestLeaf<T> * int(sizeof(T) / sizeof(float)); // of a column
@@ -52,10 +51,22 @@ private:
     }
 };
 
+// A call pays for more than two vectors only, and costs the loops around it their registers if it stands among them.
+[[gnu::noinline]] void copy_column(int n, const float* from, float* to) {
+    if (n > 2 * lanes)
+        std::copy_n(from, n, to);
+    else
+        for (int i = 0; i < n; ++i)
+            to[i] = from[i];
+}
+
 template <class T>
 void load(Uplo uplo, int n, Matrix<const T> a, Square<T>& x) {
-    for (int j = 0; j < quads_of(n) * lanes; ++j)
-        std::fill_n(x.rows(j), quads_of(n), Rows<T>{});
+    const int end = quads_of(n);
+    for (int j = 0; j < n; ++j)
+        x.rows(j)[j / lanes] = x.rows(j)[end - 1] = Rows<T>{};
+    if (n % lanes != 0)
+        x.rows(n)[end - 1] = Rows<T>{};
     for (int j = 0; j < n; ++j)
         if (uplo == Uplo::upper)
             for (int i = 0; i <= j; ++i)
@@ -64,7 +75,7 @@ void load(Uplo uplo, int n, Matrix<const T> a, Square<T>& x) {
             for (int i = j; i < n; ++i)
                 x.set(i, j, a(i, j));
         else
-            std::copy_n(&a(j, j), n - j, x.column(j) + j);
+            copy_column(n - j, &a(j, j), x.column(j) + j);
 }
 
 template <class T>
@@ -77,7 +88,7 @@ void store(Uplo uplo, int n, Square<T>& x, Matrix<T> a) {
             for (int i = j; i < n; ++i)
                 a(i, j) = x(i, j);
         else
-            std::copy_n(x.column(j) + j, n - j, &a(j, j));
+            copy_column(n - j, x.column(j) + j, &a(j, j));
 }
 
 // ---- Its factorization ----------------------------------------------------------------------------------------------
@@ -89,11 +100,10 @@ struct Corner {
     float reciprocal[lanes];
 };
 
-// Factors the corner at p, of `columns` columns, four of them if it is whole. Result: how many of its pivots are
-// positive up to the first that is not, which is left in its place.
-template <bool whole, class T>
-int factor_corner(Square<T>& x, int p, int columns, Corner<T>& c) {
-    const int size = whole ? lanes : columns;
+// Factors the corner at p, of so many columns. Result: how many of its pivots are positive up to the first that is not,
+// which is left in its place.
+template <int size, class T>
+int factor_corner(Square<T>& x, int p, Corner<T>& c) {
     auto& l = c.l;
     for (int j = 0; j < size; ++j)
         for (int i = 0; i < size; ++i)
@@ -162,9 +172,10 @@ int factor_square(Square<T>& x, int n) {
     for (int p = 0; p < n; p += lanes) {
         Corner<T> corner;
         const int columns = std::min(lanes, n - p);
-        const bool whole = columns == lanes;
-        const int good =
-            whole ? factor_corner<true>(x, p, columns, corner) : factor_corner<false>(x, p, columns, corner);
+        const int good = columns == lanes ? factor_corner<lanes>(x, p, corner)
+                         : columns == 3   ? factor_corner<3>(x, p, corner)
+                         : columns == 2   ? factor_corner<2>(x, p, corner)
+                                          : factor_corner<1>(x, p, corner);
         if (good < columns)
             return p + good + 1;
         if (p + lanes >= n)

@@ -78,8 +78,8 @@ bool geqrf_team(const GeqrfPlan& plan, Matrix<T> a, T* tau, T* area) {
         return false;
     BlockColumns<T> job{plan, a, tau, area, geqrf_schedule(memory, blocks, plan.panels(), plan.group)};
     const bool few = blocks <= plan.threads && qrv_serv_get_dynamic() != 0;
-    if (job.factor(1, 0))
-        TaskTeam(job).run(few ? std::max(1, blocks - 1) : plan.threads);
+    if (job.factor(1, 0) && blocks > 1)
+        TaskTeam(job).run(few ? blocks - 1 : plan.threads);
     if (!job.stopped)
         tell_progress(geqrfName<T>, plan.k(), {}, 0);
     qrv_serv_deallocate(memory);

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <algorithm>
-#include <utility>
 
 #include "blas/assert.hpp"
 #include "lapack/calls/reflectors.hpp"
@@ -28,16 +27,16 @@ public:
     SmallColumns(int m, int n, Matrix<const T> a, Op op = Op::none) : m_(m), n_(n), height_(quads_of(m)), op_(op) {
         QRV_ASSERT(is_small<T>(m, n));
         each_quad([&](Rows<T>& rows, int i, int j, int count) {
-            rows = op == Op::none ? load_rows(&a(i, j), 1, count) : adjoint_of(load_rows(&a(j, i), a.ld, count));
+            rows = op == Op::none ? load_rows<T>(&a(i, j), 1, count) : adjoint_of(load_rows<T>(&a(j, i), a.ld, count));
         });
     }
     // Where it came from.
     void store(Matrix<T> a) {
         each_quad([&](const Rows<T>& rows, int i, int j, int count) {
-            for (int l = 0; l < count; ++l)
-                if (op_ == Op::none)
-                    a(i + l, j) = element_of(rows, l);
-                else
+            if (op_ == Op::none)
+                store_rows(rows, count, &a(i, j));
+            else
+                for (int l = 0; l < count; ++l)
                     a(j, i + l) = conj(element_of(rows, l));
         });
     }
@@ -80,7 +79,7 @@ public:
     void take(const T* v, int i) {
         begin(i);
         for (int r = first_; r < height_; ++r)
-            v_[r] = load_rows(v + r * lanes, 1, smaller(lanes, m_ - r * lanes));
+            v_[r] = load_rows<T>(v + r * lanes, 1, smaller(lanes, m_ - r * lanes));
     }
     // Applies I - tau v v^H to the columns from j on. Rows in front of v are not looked at, whatever they hold.
     void apply(T tau, int j) {
@@ -112,17 +111,13 @@ public:
     // Column j becomes that of the identity matrix.
     void make_unit(int j) {
         std::fill_n(column(j), height_, Rows<T>{});
-        set(column(j)[j / lanes], j % lanes, scalar<T>(1));
+        set_element(column(j)[j / lanes], j % lanes, scalar<T>(1));
     }
 
 private:
     using Lanes = int __attribute__((vector_size(sizeof(Quad))));
     static Quad keep(Quad x, Lanes which) { return reinterpret_cast<Quad>(reinterpret_cast<Lanes>(x) & which); }
     static ComplexQuad keep(const ComplexQuad& x, Lanes which) { return {keep(x.re, which), keep(x.im, which)}; }
-    static float element_of(const Quad& x, int lane) { return x[lane]; }
-    static SingleComplex element_of(const ComplexQuad& x, int lane) { return {x.re[lane], x.im[lane]}; }
-    static void set(Quad& x, int lane, float value) { x[lane] = value; }
-    static void set(ComplexQuad& x, int lane, SingleComplex value) { x.re[lane] = value.re, x.im[lane] = value.im; }
 
     static Quad adjoint_of(Quad x) { return x; }
     static ComplexQuad adjoint_of(const ComplexQuad& x) { return {x.re, -x.im}; }
@@ -146,18 +141,6 @@ private:
         return (sum[0] + sum[2]) + (sum[1] + sum[3]);
     }
 
-    // Elements 0 to count - 1, which lie so far apart, and zeros behind them.
-    static Rows<T> load_rows(const T* from, std::ptrdiff_t step, int count) {
-        const auto load = [&]<int... l>(std::integer_sequence<int, l...>) {
-            Rows<T> rows{};
-            (set(rows, l, from[l * step]), ...);
-            return rows;
-        };
-        return count == 1   ? load(std::make_integer_sequence<int, 1>())
-               : count == 2 ? load(std::make_integer_sequence<int, 2>())
-               : count == 3 ? load(std::make_integer_sequence<int, 3>())
-                            : load(std::make_integer_sequence<int, lanes>());
-    }
     // body(rows, i, j, count): of column j those from i on.
     template <class Body>
     void each_quad(const Body& body) {
@@ -180,7 +163,7 @@ private:
             x[l] = element_of(rows[l / lanes], l % lanes);
         const T tau = larfp(m_ - i, x[i], Vector<T>{x + i + 1});
         for (int l = i; l < m_; ++l)
-            set(rows[l / lanes], l % lanes, x[l]);
+            set_element(rows[l / lanes], l % lanes, x[l]);
         take(i, j);
         return tau;
     }
