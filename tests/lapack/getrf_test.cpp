@@ -93,6 +93,20 @@ TEST_OF_ELEMENTS(Getrf, NanAndInfinity) {
                 }
 }
 
+// As ISAMAX and ICAMAX choose: |re| + |im| counts, and the element behind a NaN takes over from it.
+TEST_OF_ELEMENTS(Getrf, PivotOfAColumn) {
+    const T slanted = isComplex<T> ? all_parts<T>(0.8F) : scalar<T>(1.4F);
+    for (const int m : {3, 40})
+        for (const T third : {slanted, scalar<T>(0.5F)}) {
+            Operand<T> a(m, 1, m);
+            a.set([&](int i, int) { return i == 0 ? scalar<T>(1.3F) : i == 2 ? third : scalar<T>(0); });
+            if (third == scalar<T>(0.5F))
+                a(1, 0) = all_parts<T>(nan);
+            for (const auto& route : routes<T>())
+                EXPECT_EQ(factor(route, a).ipiv[0], 3) << route << ", " << m << " rows";
+        }
+}
+
 // A pivot whose reciprocal would overflow, or vanish, divides its column.
 TEST_OF_ELEMENTS(Getrf, PivotsAtTheEndsOfTheRange) {
     for (const float size : {0x1p-143F, 0x1.8p125F}) {
