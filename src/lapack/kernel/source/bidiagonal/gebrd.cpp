@@ -7,6 +7,7 @@
 #include "lapack/elements.hpp"
 #include "lapack/routine_name.hpp"
 #include "service/tuning.hpp"
+#include "service/vector_form.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -17,15 +18,12 @@ int block_size(int m, int n) {
 }
 
 // The order up to which the unblocked form is faster, as what it goes through again and again stays in a cache: for 64
-// it took 0.84 of the time of panels, for 128 0.91; for 200 and 256 complex ones 0.83 and 0.78. Of matrices that are
-// not far from square.
-template <class T>
-constexpr int leastInPanels = isComplex<T> ? 256 : 128;
-
+// it took 0.84 of the time of panels, for 128 0.91; for 200 and 256 complex ones 0.83 and 0.78, but without wide
+// vectors teams had the panels of these. Far from square it is not.
 template <class T>
 int unblocked_rest(int m, int n) {
-    const int least = leastInPanels<T>;
-    return std::abs(m - n) <= least / 2 ? least : tuning::crossover(RoutineName<T>("GEBRD"), m, n);
+    const int most = isComplex<T> && vector_form_in_use() != VectorForm::sse ? 256 : 128;
+    return std::abs(m - n) <= most / 2 ? most : tuning::crossover(RoutineName<T>("GEBRD"), m, n);
 }
 
 template <class T>
