@@ -2,6 +2,7 @@
 // other.
 #include <gtest/gtest.h>
 
+#include "lapack/calls/qr.hpp"
 #include "lapack/calls/reflectors.hpp"
 #include "lapack/elements.hpp"
 #include "lapack/lapack.hpp"
@@ -116,6 +117,19 @@ TYPED_TEST(Reflectors, OfOneColumn) {
     expect_reflected<T>(
         [](int n, T& alpha, T* x, int inc) {
             return lapack::larfp(n, alpha, Vector<T>{x, inc});
+        },
+        true);
+    expect_reflected<T>( // a small matrix, which goes aside
+        [](int n, T& alpha, T* x, int inc) {
+            std::vector<T> column{alpha};
+            for (int i = 0; i + 1 < n; ++i)
+                column.push_back(x[i * inc]);
+            T tau, work;
+            lapack::geqr2(n, 1, Matrix<T>{column.data(), n}, &tau, &work);
+            alpha = column[0];
+            for (int i = 0; i + 1 < n; ++i)
+                x[i * inc] = column[i + 1];
+            return tau;
         },
         true);
 }
