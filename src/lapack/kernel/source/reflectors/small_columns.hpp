@@ -56,7 +56,7 @@ public:
         } else {
             const PositiveReflection<Wide<T>> reflection(alpha, square);
             beta = reflection.beta;
-            if (beta < smallestLength || is_far_from_one(modulus(reflection.difference)))
+            if (is_far_from_one(modulus(reflection.difference))) // so it is where the column is too short
                 return reflect_with_care(i, j);
             tau = reflection.tau();
             factor = reciprocal(reflection.difference);
