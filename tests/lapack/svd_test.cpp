@@ -203,14 +203,14 @@ TEST(BidiagonalSvd, KeptSweepsStayInOrder) {
     };
     constexpr Sweep sweeps[] = {{Direct::forward, 0, 11}, {Direct::forward, 2, 10}, {Direct::backward, 1, 9},
                                 {Direct::backward, 0, 8}, {Direct::forward, 0, 3},  {Direct::forward, 5, 6}};
-    const int n = 12, across = 220; // so many that sweeps are kept
+    const int n = 12, across = 220, few = 3; // so many that sweeps are kept, and so few that loops turn them
     std::mt19937 random(8);
-    Operand<float> u(across, n, across + 1), vt(n, across, n + 1);
-    for (Operand<float>* const x : {&u, &vt})
+    Operand<float> u(across, n, across + 1), vt(n, across, n + 1), narrow(n, few, n + 2);
+    for (Operand<float>* const x : {&u, &vt, &narrow})
         x->set([&](int, int) { return any_size_one<float>(random); });
-    Operand<float> expectedU = u, expectedVt = vt;
+    Operand<float> expectedU = u, expectedVt = vt, expectedNarrow = narrow;
     std::vector<float> work(4 * n), c(n), s(n);
-    lapack::KeptSweeps kept(n, {across, across, 0, vt.view(), u.view()}, work.data());
+    lapack::KeptSweeps kept(n, {across, across, few, vt.view(), u.view(), narrow.view()}, work.data());
     for (const auto& [direct, first, last] : sweeps) {
         kept.begin(direct, first, last);
         for (int i = first; i < last; ++i) {
@@ -225,10 +225,13 @@ TEST(BidiagonalSvd, KeptSweepsStayInOrder) {
             s[std::size_t(i)] = -s[std::size_t(i)];
         kernel::lasr(Side::right, Pivot::variable, direct, across, lines, &c[std::size_t(first)],
                      &s[std::size_t(first)], {&expectedU(0, first), expectedU.ld()});
+        kernel::lasr(Side::left, Pivot::variable, direct, lines, few, &c[std::size_t(first)], &s[std::size_t(first)],
+                     {&expectedNarrow(first, 0), expectedNarrow.ld()});
     }
     kept.apply();
     EXPECT_LE(difference(vt, expectedVt), 1e-5);
     EXPECT_LE(difference(u, expectedU), 1e-5);
+    EXPECT_LE(difference(narrow, expectedNarrow), 1e-5);
 }
 
 // Roots lie between the poles, and differences and sums are accurate where they are small.
