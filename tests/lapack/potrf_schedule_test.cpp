@@ -109,6 +109,8 @@ TEST(PotrfSchedule, TakesEveryTileThroughItsStepsInOrder) {
                 coarsest = std::max(coarsest, job.coarsest());
             }
     EXPECT_EQ(coarsest, 16);
+    const int most = 100'000; // beyond what an int counts
+    EXPECT_GT(qrv_lapack_potrf_sched_size(&most), std::int64_t{most} * most / 2);
 }
 
 // The tasks themselves on a small matrix. One whose cell fails keeps it: a teammate that takes one more before it sees

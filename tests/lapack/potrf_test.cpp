@@ -159,6 +159,11 @@ TEST(PotrfProgress, AStopEndsTheFactorization) {
         EXPECT_TRUE(result.stopped && result.info == 0);
         EXPECT_TRUE(same_bits(factor(n - 1, n - 1), a(n - 1, n - 1)));
     }
+    const ProgressHook hook(2); // the first leaf of a team was told before there was one
+    Operand<float> factor = definite<float>(Uplo::lower, n);
+    EXPECT_TRUE(lapack::potrf_tiles(4, {8, 4, 8}, Uplo::lower, n, factor.view()).stopped);
+    ASSERT_EQ(progress.calls, 2);
+    EXPECT_LT(progress.steps[0], progress.steps[1]);
 }
 
 } // namespace

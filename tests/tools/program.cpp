@@ -394,7 +394,7 @@ TEST_F(Program, ReportsAndWritesResults) {
         {"eig indefinite -o real_values --right real_vectors --picture real.svg", "picture           real.svg"},
         {"eig rotation --picture plane.svg", "trace"},
         {"svd indefinite", "2, from 3 to 1 "},
-        {"svd indefinite", "\n    3\n    1\n"},
+        {"svd diagonal", "    1\n    ... 20 more; -o gives all\n    1\n"},
         {"svd indefinite", "condition         3:"},
         {"svd indefinite --tolerance 0.5", "rank              1: values above 0.5"},
         {"svd singular", "rank              1:"},
