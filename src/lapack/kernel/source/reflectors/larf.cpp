@@ -26,25 +26,26 @@ Vector<const T> without_trailing_zeros(int& n, Vector<const T> v) {
 constexpr int fewElements = 64; // for which loops are faster than calls of kernels
 
 void apply_to_few(Side side, int m, int n, Vector<const float> v, float tau, Matrix<float> c, float* w) {
-    if (v.inc < 0)
-        v.data -= std::ptrdiff_t{(side == Side::left ? m : n) - 1} * v.inc;
+    // With a negative increment the first element is the last one in memory.
+    const float* const first = v.inc < 0 ? v.data - std::ptrdiff_t{(side == Side::left ? m : n) - 1} * v.inc : v.data;
+    const auto x = [&](int i) { return first[std::ptrdiff_t{i} * v.inc]; };
     if (side == Side::left) {
         for (int j = 0; j < n; ++j) {
             float sum = 0;
             for (int i = 0; i < m; ++i)
-                sum += c(i, j) * v[i];
+                sum += c(i, j) * x(i);
             for (int i = 0; i < m; ++i)
-                c(i, j) -= tau * sum * v[i];
+                c(i, j) -= tau * sum * x(i);
         }
         return;
     }
     std::fill_n(w, m, 0.0F);
     for (int j = 0; j < n; ++j)
         for (int i = 0; i < m; ++i)
-            w[i] += c(i, j) * v[j];
+            w[i] += c(i, j) * x(j);
     for (int j = 0; j < n; ++j)
         for (int i = 0; i < m; ++i)
-            c(i, j) -= w[i] * (tau * v[j]);
+            c(i, j) -= w[i] * (tau * x(j));
 }
 
 } // namespace
