@@ -26,7 +26,9 @@ endfunction()
 
 function(qrv_native_flags target)
   qrv_flags(${target})
-  target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti -fno-math-errno -fno-trapping-math)
+  target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti -fno-math-errno -fno-trapping-math
+    # A loop that is asked to be vectorized may stay as it is: sanitizers take the vectorizer away.
+    $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-Wno-pass-failed>)
   # A host may give its threads small stacks: a call takes 48 KB at most, of which one frame may have the greater part.
   # Sanitizers enlarge frames.
   if(NOT CMAKE_BUILD_TYPE STREQUAL "Sanitize")
