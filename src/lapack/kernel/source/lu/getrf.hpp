@@ -34,7 +34,8 @@ struct Panel {
 // ---- Routes: m and n are at least 1 -------------------------------------------------------------------------------
 
 // Whether a matrix is one leaf, which takes loops without kernels: those made AVX-512 2 to 3 times as fast from order 2
-// to 11, 1.4 times at 24 and 1.03 times at 32, complex ones 1.4 times at 16 and 1.05 times at 22; AVX2 and SSE more.
+// to 11, 1.4 times at 24 and 1.03 times at 32, complex ones 1.4 times at 16 and 1.05 times at 22; the generic and SSSE3
+// kernels more.
 template <class T>
 constexpr bool getrf_is_small(int m, int n) {
     constexpr int mostRows = 32, mostFloats = 1024;
