@@ -73,10 +73,20 @@ struct Twisted {
     }
 };
 // above: L D L of the row above, if these are a part of the rows. negligible: what may be left out of z where it
-// decays. work: 4 n elements. T is float or double.
-template <class T>
-void lar1v(const Representation& rep, T above, T lambda, float leastPivot, float negligible, float* z, Twisted& t,
-           T* work);
+// decays. work: 4 n floats.
+void lar1v(const Representation& rep, float above, float lambda, float leastPivot, float negligible, float* z,
+           Twisted& t, float* work);
+
+// The same in double for several at once, the quotients of which do not wait for each other. work: 4 n doubles for one,
+// which begin a vector of 16 bytes if there are more, and 4 n vectorsAtOnce for so many.
+struct TwistedVector {
+    double lambda;
+    float negligible;
+    float* z;
+    Twisted twisted;
+};
+constexpr int vectorsAtOnce = 4;
+void lar1v(const Representation& rep, float leastPivot, TwistedVector* const* vectors, int count, double* work);
 
 // Values of T refined to this accuracy beside their size (SLARRJ): m of them, from this number on.
 void larrj(const Sturm& t, int m, int number, float* w, float* werr, float tolerance, float diameter);

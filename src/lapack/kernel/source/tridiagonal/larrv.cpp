@@ -4,11 +4,13 @@
 // value gets its vector, a cluster a representation of its own, which waits in the first two columns that its vectors
 // will take.
 #include <cstdint>
+#include <limits>
 #include <new>
 
 #include "blas/calls.hpp"
 #include "lapack/calls/mrrr.hpp"
 #include "lapack/calls/norms.hpp"
+#include "lapack/workspace.hpp"
 
 namespace qrv::lapack {
 namespace {
@@ -51,6 +53,7 @@ private:
 // Where a value lies: the interval that counts in float have told, with room for their roundings.
 class Bracket {
 public:
+    Bracket() = default;
     Bracket(float w, float werr) : low_(w - room(w, werr)), high_(w + room(w, werr)) {}
 
     // Whether a step leads to the side where the value lies, and not out of the interval, which then ends at lambda.
@@ -64,20 +67,21 @@ public:
 
 private:
     static double room(double w, double werr) { return werr + 4 * eps * std::fabs(w); }
-    double low_, high_;
+    double low_ = 0, high_ = 0;
 };
 
 // One block of T, with m values that are wanted.
 class Tree {
 public:
     Tree(const Mrrr& x, int block, int begin, int m, const VectorsWanted& vectors, const RefineTolerance& tolerance,
-         Matrix<float> z, int* isuppz, float* work, int* iwork)
+         Matrix<float> z, int* isuppz, float* work, double* doubles, int* iwork)
         : firstRow_(x.first_row(block)), m_(m), vectors_{vectors.first - begin, vectors.last - begin, vectors.gap},
           leastPivot_(x.leastPivot), low_(x.searched.low), tolerance_(tolerance),
           w_(x.w + begin), relative_{work + begin, x.werr + begin, x.wgap + begin, x.indexw[begin]},
           z_(z.block(firstRow_, begin)), isuppz_(isuppz + 2 * std::ptrdiff_t{begin}),
-          scratch_(work + 3 * std::ptrdiff_t{x.n}), doubles_(aligned_doubles(scratch_, 4 * std::ptrdiff_t{x.n})),
-          waiting_(iwork), d_(x.d + firstRow_), l_(x.e + firstRow_), ld_(work + x.n + firstRow_),
+          scratch_(work + 3 * std::ptrdiff_t{x.n}), atOnce_(doubles ? vectorsAtOnce : 1),
+          doubles_(doubles ? doubles : aligned_doubles(scratch_, 4 * std::ptrdiff_t{x.n})), waiting_(iwork),
+          d_(x.d + firstRow_), l_(x.e + firstRow_), ld_(work + x.n + firstRow_),
           lld_(work + 2 * std::ptrdiff_t{x.n} + firstRow_), rep_{x.last_row(block) - firstRow_ + 1, d_, l_, ld_, lld_},
           shift_(l_[rep_.n - 1]) {
         diameter_ = x.rows(block).high - x.rows(block).low;
@@ -107,13 +111,18 @@ private:
         }
         if (node.depth > 0)
             refine(node);
+        Single singles[vectorsAtOnce];
+        int count = 0;
         for (int first = node.first, last; first <= node.last; first = last + 1) {
             last = end_of_cluster(first, node.last);
-            if (last + 1 < vectors_.first || first + 1 > vectors_.last)
-                continue;
-            if (first == last)
-                find_vector(first);
-            else if (!make_child({first, last, node.depth + 1}))
+            const bool wanted = last + 1 >= vectors_.first && first + 1 <= vectors_.last;
+            if (wanted && first == last)
+                singles[count++] = single(first);
+            if (count == vectorsAtOnce || last > first || last == node.last) {
+                find_vectors(singles, count);
+                count = 0;
+            }
+            if (wanted && last > first && !make_child({first, last, node.depth + 1}))
                 return false;
         }
         return true;
@@ -177,70 +186,107 @@ private:
         return true;
     }
 
-    // The vector of a single value, which is corrected by its Rayleigh quotient as long as that leads inward, else
-    // first refined by bisection. The value is kept in double: an error of it stands in the vector, over its gap.
-    void find_vector(int i) {
+    // A single value and its vector: corrected by its Rayleigh quotient as long as that leads inward, else first
+    // refined by bisection. The value is kept in double: an error of it stands in the vector, over its gap.
+    struct Single {
+        int place;
+        TwistedVector vector;
+        Bracket range;
+        float gap; // to the nearest value
+        double best;
+        float bestResidual;
+        int supportFirst, supportLast, steps;
+        bool bisected, done;
+    };
+    Single single(int i) {
         const bool lowest = i == 0, highest = i == m_ - 1;
-        float *const w = relative_.w, *const werr = relative_.werr, *const wgap = relative_.wgap;
-        Bracket range(w[i], werr[i]);
-        const float outermost = eps * (std::fabs(w[i]) + werr[i]), gapAbove = wgap[i];
-        const float gap = std::min(lowest ? outermost : wgap[i - 1], highest ? outermost : wgap[i]);
-        const float negligible = lowest || highest ? 0 : gap * eps;
-        wgap[i] = gap;
-
-        double lambda = w[i], best = lambda;
-        float* const z = &z_(0, i);
-        Twisted twisted;
-        float bestResidual = 0;
-        int supportFirst = rep_.n, supportLast = -1;
-        const auto compute = [&] {
-            lar1v<double>(rep_, 0, lambda, leastPivot_, negligible, z, twisted, doubles_);
-            supportFirst = std::min(supportFirst, twisted.first);
-            supportLast = std::max(supportLast, twisted.last);
-        };
-        bool bisected = false;
-        for (int step = 0; step <= mostCorrections; ++step) {
-            compute();
-            if (step == 0 || twisted.residual < bestResidual) {
-                bestResidual = twisted.residual;
-                best = lambda;
-            }
-            if (!(twisted.residual > vectorError * gap &&
-                  std::fabs(twisted.correction) > finestStep * std::fabs(lambda)))
-                break;
-            if (range.admits(relative_.number + i <= twisted.below, lambda, twisted.correction)) {
-                lambda += twisted.correction;
-            } else if (!bisected) {
-                bisected = true;
-                larrb_on(i, i, {0, finest}, twisted.r);
-                range = Bracket(w[i], werr[i]);
-                lambda = w[i];
-                twisted.r = -1;
-            } else {
-                break;
-            }
-        }
-        if (bestResidual < twisted.residual) {
-            lambda = best;
-            compute();
-        }
-        w[i] = static_cast<float>(lambda);
-        store(i, twisted, supportFirst, supportLast);
-        wgap[i] = gapAbove;
-        if (!lowest)
-            raise_gap(i - 1, wgap[i - 1]);
-        if (!highest)
-            raise_gap(i, gapAbove);
+        const float value = relative_.w[i], werr = relative_.werr[i], outermost = eps * (std::fabs(value) + werr);
+        const float gap = std::min(lowest ? outermost : relative_.wgap[i - 1], highest ? outermost : relative_.wgap[i]);
+        return {.place = i,
+                .vector = {value, lowest || highest ? 0 : gap * eps, &z_(0, i), {}},
+                .range = Bracket(value, werr),
+                .gap = gap,
+                .best = value,
+                .bestResidual = std::numeric_limits<float>::infinity(),
+                .supportFirst = rep_.n,
+                .supportLast = -1,
+                .steps = 0,
+                .bisected = false,
+                .done = false};
     }
 
-    void store(int i, const Twisted& twisted, int supportFirst, int supportLast) {
+    // The gaps beside them are those from before all of them.
+    void find_vectors(Single* singles, int count) {
+        for (int open = count; open > 0;) {
+            TwistedVector* vectors[vectorsAtOnce];
+            open = 0;
+            for (int k = 0; k < count; ++k)
+                if (!singles[k].done)
+                    vectors[open++] = &singles[k].vector;
+            for (int done = 0, now; done < open; done += now) {
+                now = std::min(open - done, atOnce_);
+                lar1v(rep_, leastPivot_, vectors + done, now, doubles_);
+            }
+            for (int k = 0; k < count; ++k)
+                if (!singles[k].done)
+                    correct(singles[k]);
+        }
+        for (int k = 0; k < count; ++k)
+            store(singles[k]);
+    }
+
+    // After a vector was computed: it is the one, or lambda is where the next one will be.
+    void correct(Single& x) {
+        const int i = x.place;
+        Twisted& twisted = x.vector.twisted;
+        double& lambda = x.vector.lambda;
+        x.supportFirst = std::min(x.supportFirst, twisted.first);
+        x.supportLast = std::max(x.supportLast, twisted.last);
+        if (x.steps > mostCorrections) { // this is the best one again
+            x.done = true;
+            return;
+        }
+        if (x.steps == 0 || twisted.residual < x.bestResidual) {
+            x.bestResidual = twisted.residual;
+            x.best = lambda;
+        }
+        ++x.steps;
+        if (x.steps <= mostCorrections && twisted.residual > vectorError * x.gap &&
+            std::fabs(twisted.correction) > finestStep * std::fabs(lambda)) {
+            if (x.range.admits(relative_.number + i <= twisted.below, lambda, twisted.correction)) {
+                lambda += twisted.correction;
+                return;
+            }
+            if (!x.bisected) {
+                x.bisected = true;
+                larrb_on(i, i, {0, finest}, twisted.r);
+                x.range = Bracket(relative_.w[i], relative_.werr[i]);
+                lambda = relative_.w[i];
+                twisted.r = -1;
+                return;
+            }
+        }
+        x.done = !(x.bestResidual < twisted.residual);
+        if (!x.done)
+            lambda = x.best;
+        x.steps = mostCorrections + 1;
+    }
+
+    void store(const Single& x) {
+        const int i = x.place;
+        const Twisted& twisted = x.vector.twisted;
+        relative_.w[i] = static_cast<float>(x.vector.lambda);
         w_[i] = relative_.w[i] + shift_;
-        float* const z = &z_(0, i);
-        std::fill(z + supportFirst, z + twisted.first, 0.0F);
-        std::fill(z + twisted.last + 1, z + supportLast + 1, 0.0F);
+        float* const z = x.vector.z;
+        std::fill(z + x.supportFirst, z + twisted.first, 0.0F);
+        std::fill(z + twisted.last + 1, z + x.supportLast + 1, 0.0F);
         kernel::scal(twisted.last - twisted.first + 1, twisted.scale, Vector{z + twisted.first});
         isuppz_[2 * i] = firstRow_ + twisted.first + 1;
         isuppz_[2 * i + 1] = firstRow_ + twisted.last + 1;
+        if (i > 0)
+            raise_gap(i - 1, relative_.wgap[i - 1]);
+        if (i < m_ - 1)
+            raise_gap(i, relative_.wgap[i]);
     }
 
     int firstRow_, m_;
@@ -251,8 +297,9 @@ private:
     Values relative_; // of the present representation
     Matrix<float> z_;
     int* isuppz_;
-    float* scratch_;  // 9 n floats, or in the same place
-    double* doubles_; // 4 n doubles
+    float* scratch_;  // 9 n floats, where the doubles lie too if there is no other room
+    int atOnce_;      // vectors
+    double* doubles_; // 4 n for each
     NodeStack waiting_;
     float *d_, *l_, *ld_, *lld_; // the present representation
     Representation rep_;
@@ -264,6 +311,7 @@ private:
 int larrv(Mrrr& x, const VectorsWanted& vectors, const RefineTolerance& tolerance, Matrix<float> z, int* isuppz,
           float* work, int* iwork) {
     laset(Part::whole, x.n, x.m, 0.0F, 0.0F, z);
+    const WorkArea<double> doubles(nullptr, 0, std::int64_t{4 * vectorsAtOnce} * x.n);
     for (int begin = 0, m; begin < x.m; begin += m) {
         const int block = x.iblock[begin] - 1;
         m = x.count_in_block(begin, block);
@@ -272,7 +320,7 @@ int larrv(Mrrr& x, const VectorsWanted& vectors, const RefineTolerance& toleranc
                 continue;
             z(x.first_row(block), begin) = 1;
             isuppz[2 * begin] = isuppz[2 * begin + 1] = x.first_row(block) + 1;
-        } else if (!Tree(x, block, begin, m, vectors, tolerance, z, isuppz, work, iwork).grow()) {
+        } else if (!Tree(x, block, begin, m, vectors, tolerance, z, isuppz, work, doubles.data(), iwork).grow()) {
             return -2;
         }
     }
