@@ -1,11 +1,11 @@
 // The entries of BLAS, from their rows.
-#include "blas/native.hpp"
 #include "blas/stored_columns.hpp"
 #include "entry/checks.hpp"
+#include "entry/short_calls.hpp"
 
-namespace qrv::blas {
+namespace qrv::entry {
 
-using namespace entry;
+using namespace blas;
 
 extern "C" {
 
@@ -25,4 +25,4 @@ extern "C" {
 #include "routines/members.def"
 
 } // extern "C"
-} // namespace qrv::blas
+} // namespace qrv::entry

@@ -1,10 +1,7 @@
 // The DispatchSlots and dispatchers of all kernels.
-#include "blas/kernel/kernels.hpp"
-
-#include "service/dispatch.hpp"
+#include "blas/kernel/slots.hpp"
 
 namespace qrv::kernel {
-namespace {
 
 #define QRV_DEFINE_SLOT(Result, name, parameters, arguments)                                                           \
     constinit DispatchSlot<Result parameters> name##_slot{                                                             \
@@ -22,7 +19,6 @@ QRV_VECTOR_KERNELS(QRV_DEFINE_SLOT)
 #endif
 #undef QRV_DEFINE_SLOT
 
-} // namespace
 } // namespace qrv::kernel
 
 #define QRV_DEFINE_DISPATCHER(Result, name, parameters, arguments)                                                     \

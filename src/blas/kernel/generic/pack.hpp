@@ -40,6 +40,10 @@ struct Pack {
     static PackRange range(int from, int to) { return {from < to}; }
 };
 
+inline float multiply_add_element(float a, float b, float c) {
+    return a * b + c;
+}
+
 template <class T>
 struct Factor {
     T v;

@@ -10,6 +10,8 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 // Passes of 64 floats, at least 8 vectors, then 8, 4, 2, 1, between what is no whole vector.
 inline float sum_of_magnitudes(std::ptrdiff_t n, const float* x) {
+    if (isWide && n < Vec::lanes)
+        return sum_of_lanes(abs(load_part<Vec>(x, static_cast<int>(n))));
     Vec a = Vec::zero(), b = a, c = a, d = a;
     if (const int head = floats_to_peel(n, x)) {
         a = abs(load_part<Vec>(x, head));

@@ -43,9 +43,12 @@ bool contiguous_either_way(const T* x, int inc) {
     return (inc == 1 || inc == -1) && is_float_address(x);
 }
 
+// Whether a part of a vector is one masked load, so that fewer floats than a vector holds go without a loop.
+constexpr bool isWide = Vec::lanes > 4;
+
 // Sums over one vector: how many of the n floats at x are taken before the vectors that follow lie on boundaries. Wide
 // loads may cross a boundary, at a price that short sums do not earn back.
-constexpr int peeledFrom = Vec::lanes == 4 ? 0 : 256;
+constexpr int peeledFrom = isWide ? 256 : 0;
 inline int floats_to_peel(std::ptrdiff_t n, const float* x) {
     const auto past = static_cast<int>(reinterpret_cast<std::uintptr_t>(x) / sizeof(float) % Vec::lanes);
     if (past == 0 || n < peeledFrom)

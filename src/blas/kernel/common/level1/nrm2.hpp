@@ -42,12 +42,21 @@ inline double sum_of_squares(std::ptrdiff_t n, const float* x) {
     return (even + odd).sum();
 }
 
+// The same for fewer floats than a wide vector holds.
+inline double sum_of_few_squares(int n, const float* x) {
+    Doubles<Vec> sum = Doubles<Vec>::zero();
+    sum.add_squares(Doubles<Vec>::widen(load_part<Vec>(x, n)));
+    return sum.sum();
+}
+
 template <class T>
 float nrm2(int n, const T* x, int incx) {
     if (n < 1)
         return 0;
     double sum = 0;
-    if (contiguous_either_way(x, incx))
+    if (isWide && n < Vec::lanes / floatsIn<T> && contiguous_either_way(x, incx))
+        sum = sum_of_few_squares(n * floatsIn<T>, parts(x));
+    else if (contiguous_either_way(x, incx))
         sum = sum_of_squares(std::ptrdiff_t{n} * floatsIn<T>, parts(x));
     else
         strided::walk_parts(n, x, incx, [&](float part) { sum += double{part} * part; });

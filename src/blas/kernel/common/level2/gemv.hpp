@@ -142,7 +142,7 @@ constexpr bool is_low(int m) {
     return Pack<T>::count > 1 && m <= 2 * mostPacks<T> * Pack<T>::count;
 }
 template <class T>
-void add_low_product(int m, int n, Matrix<const T> a, const T* s, T* y) {
+[[gnu::noinline]] void add_low_product(int m, int n, Matrix<const T> a, const T* s, T* y) {
     constexpr int few = mostPacks<T> * Pack<T>::count;
     add_to_packs<1, mostPacks<T>>(smaller(few, m), n, a.data, a.ld, s, y);
     if (m > few)
@@ -168,8 +168,6 @@ constexpr int rows_of_block(StridedVector<T> y) {
 // y := y + alpha*A*x for a low A of few columns and vectors that are not brought together
 template <class T>
 [[gnu::noinline]] void add_small_product(int m, int n, T alpha, Matrix<const T> a, const T* x, T* y) {
-    if (alpha == scalar<T>(1))
-        return add_low_product(m, n, a, x, y);
     alignas(64) T scaled[fewColumns];
     scaled_copy(StridedVector<const T>(n, x, 1), 0, n, alpha, scaled);
     add_low_product(m, n, a, scaled, y);
@@ -230,33 +228,44 @@ template <bool conjugated, class T>
     });
 }
 
+// y := y + alpha*op(A)*x in blocks.
+template <class T>
+[[gnu::noinline]] void gemv_by_blocks(Op op, int m, int n, T alpha, Matrix<const T> a, StridedVector<const T> x,
+                                      StridedVector<T> y) {
+    if (!transposes(op))
+        add_product(m, n, alpha, a, x, y);
+    else if (isComplex<T> && op == Op::adjoint)
+        add_transposed_product<isComplex<T>>(m, n, alpha, a, x, y);
+    else
+        add_transposed_product<false>(m, n, alpha, a, x, y);
+}
+
 //   A        m x n, stored: op(A) is n x m if op transposes; read once, and not at all for alpha = 0
 //   x, y     as long as op(A) has columns and rows, any increments but 0; y is not read for beta = 0
 //   memory   two or three blocks of blockElements on the stack
 //   reads    nothing past the m rows of a column
+//
+// A product of few rows is called from here with its arguments in registers: it costs little more than its call.
 template <class T>
-void gemv(Op op, int m, int n, T alpha, Matrix<const T> a, const T* x, int incx, T beta, T* y, int incy) {
+QRV_INLINE void gemv(Op op, int m, int n, T alpha, Matrix<const T> a, const T* x, int incx, T beta, T* y, int incy) {
     QRV_ASSERT(a.ld >= m || n <= 1);
     if (m <= 0 || n <= 0 || (alpha == scalar<T>(0) && beta == scalar<T>(1)))
         return;
     const bool transposed = transposes(op);
-    const StridedVector<const T> xs(transposed ? m : n, x, incx);
     const StridedVector<T> ys(transposed ? n : m, y, incy);
-    scale(ys, transposed ? n : m, beta);
+    if (beta != scalar<T>(1))
+        scale(ys, transposed ? n : m, beta);
     if (alpha == scalar<T>(0))
         return;
     if constexpr (Pack<T>::count > 1)
-        if (transposed && m <= Pack<T>::count && incx == 1 && incy == 1)
-            return op == Op::adjoint ? add_short_dots<isComplex<T>>(m, n, alpha, a, x, y)
-                                     : add_short_dots<false>(m, n, alpha, a, x, y);
-    if (!transposed && is_low<T>(m) && n <= fewColumns && incx == 1 && incy == 1)
-        add_small_product(m, n, alpha, a, x, y);
-    else if (!transposed)
-        add_product(m, n, alpha, a, xs, ys);
-    else if (isComplex<T> && op == Op::adjoint)
-        add_transposed_product<isComplex<T>>(m, n, alpha, a, xs, ys);
-    else
-        add_transposed_product<false>(m, n, alpha, a, xs, ys);
+        if (incx == 1 && incy == 1) {
+            if (transposed && m <= Pack<T>::count)
+                return op == Op::adjoint ? add_short_dots<isComplex<T>>(m, n, alpha, a, x, y)
+                                         : add_short_dots<false>(m, n, alpha, a, x, y);
+            if (!transposed && is_low<T>(m) && (n <= fewColumns || alpha == scalar<T>(1)))
+                return alpha == scalar<T>(1) ? add_low_product(m, n, a, x, y) : add_small_product(m, n, alpha, a, x, y);
+        }
+    gemv_by_blocks<T>(op, m, n, alpha, a, {transposed ? m : n, x, incx}, ys);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -154,13 +154,35 @@ void add_strip(Uplo uplo, int n, int firstColumn, int endColumn, T alpha, Matrix
     }
 }
 
+// Orders of real matrices that are cheaper element by element.
+template <class T>
+constexpr int elementwiseSymvUpTo = isComplex<T> || Pack<T>::count == 1 ? 0 : 8;
+
+[[gnu::noinline]] inline void add_elements(Uplo uplo, int n, float alpha, Matrix<const float> a,
+                                           StridedVector<const float> x, StridedVector<float> y) {
+    for (int j = 0; j < n; ++j) {
+        const float s = alpha * x[j];
+        float dot = 0;
+        const int end = uplo == Uplo::upper ? j : n;
+        for (int i = uplo == Uplo::upper ? 0 : j + 1; i < end; ++i) {
+            dot = multiply_add_element(a(i, j), x[i], dot);
+            y[i] = multiply_add_element(a(i, j), s, y[i]);
+        }
+        y[j] += alpha * (dot + a(j, j) * x[j]);
+    }
+}
+
 template <class T>
 void symv(Uplo uplo, int n, T alpha, Matrix<const T> a, const T* x, int incx, T beta, T* y, int incy) {
     QRV_ASSERT(a.ld >= n || n <= 1);
     if (n <= 0 || (alpha == scalar<T>(0) && beta == scalar<T>(1)))
         return;
     const StridedVector<T> ys(n, y, incy);
-    scale(ys, n, beta);
+    if (beta != scalar<T>(1))
+        scale(ys, n, beta);
+    if constexpr (elementwiseSymvUpTo < T >> 0)
+        if (alpha != 0 && n <= elementwiseSymvUpTo<T>)
+            return add_elements(uplo, n, alpha, a, {n, x, incx}, ys);
     if (alpha != scalar<T>(0))
         add_strip<T>(uplo, n, 0, n, alpha, a, {n, x, incx}, ys);
 }

@@ -95,6 +95,29 @@ void update_triangle_columns(Uplo uplo, int start, int end, int j, const T (&s)[
         update_columns<Corner::first>(end - j, &a(j, j), a.ld, s, v.from(j - start));
 }
 
+// Orders of whole real triangles that are cheaper element by element: what a vector would store of a column in part the
+// next call waits for.
+template <int terms, class T>
+constexpr int elementwiseUpTo = isComplex<T> || Pack<T>::count == 1 ? 0
+                                : Pack<T>::count == 4               ? 7
+                                : terms == 1                        ? 12
+                                                                    : 10;
+
+template <int terms>
+[[gnu::noinline]] void update_elements(Uplo uplo, int n, float alpha, const UpdateSources<terms, float>& v,
+                                       Matrix<float> a) {
+    for (int j = 0; j < n; ++j) {
+        if (v.all_zero(j))
+            continue;
+        float s[terms];
+        column_factors(alpha, v, j, s);
+        const int end = uplo == Uplo::upper ? j + 1 : n;
+        for (int i = uplo == Uplo::upper ? 0 : j; i < end; ++i)
+            for (int t = 0; t < terms; ++t)
+                a(i, j) = multiply_add_element(v.x[t][i], s[t], a(i, j));
+    }
+}
+
 template <int terms, class Alpha, class T>
 void update_triangle(TriangleBand band, Alpha alpha, const UpdateSources<terms, T>& sources, Matrix<T> a) {
     constexpr int block = blockElements<T>;
@@ -138,12 +161,18 @@ void update_triangle(TriangleBand band, Alpha alpha, const UpdateSources<terms, 
 template <class T>
 void syr(TriangleBand band, float alpha, StridedVector<const T> x, Matrix<T> a) {
     QRV_ASSERT(a.ld >= band.firstRow + band.rows || band.columns <= 1);
+    if constexpr (elementwiseUpTo < 1, T >> 0)
+        if (alpha != 0 && band.rows == band.columns && band.rows <= elementwiseUpTo<1, T>)
+            return update_elements<1>(band.uplo, band.rows, alpha, {{x}}, a);
     if (alpha != 0)
         update_triangle<1, float, T>(band, alpha, {{x}}, a);
 }
 template <class T>
 void syr2(TriangleBand band, T alpha, StridedVector<const T> x, StridedVector<const T> y, Matrix<T> a) {
     QRV_ASSERT(a.ld >= band.firstRow + band.rows || band.columns <= 1);
+    if constexpr (elementwiseUpTo < 2, T >> 0)
+        if (alpha != 0 && band.rows == band.columns && band.rows <= elementwiseUpTo<2, T>)
+            return update_elements<2>(band.uplo, band.rows, alpha, {{x, y}}, a);
     if (alpha != scalar<T>(0))
         update_triangle<2, T, T>(band, alpha, {{x, y}}, a);
 }

@@ -339,6 +339,14 @@ QRV_INLINE void add_dots(const DotSum<conjugated, T> (&sums)[count], T alpha, T*
     }
 }
 
+// a*b + c, rounded as in the lanes of a vector.
+inline float multiply_add_element(float a, float b, float c) {
+    if constexpr (Vec::lanes > 4)
+        return __builtin_fmaf(a, b, c);
+    else
+        return a * b + c;
+}
+
 // ---- Columns of a matrix that one pass takes ----------------------------------------------------------------------
 
 constexpr int registers = Vec::lanes == 16 ? 32 : sizeof(void*) == 8 ? 16 : 8;

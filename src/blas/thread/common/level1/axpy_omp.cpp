@@ -29,14 +29,10 @@ template void blas::axpy(int, SingleComplex, Vector<const SingleComplex>, Vector
 using namespace qrv;
 
 void qrv_blas_saxpy(const int* n, const float* alpha, const float* x, const int* incx, float* y, const int* incy) {
-    if (*n <= saxpyRow.serialUpTo)
-        return qrv_blas_saxpy_kernel(n, alpha, x, incx, y, incy);
     blas::axpy<float>(*n, *alpha, {x, *incx}, {y, *incy});
 }
 void qrv_blas_caxpy(const int* n, const qrv_complex* alpha, const qrv_complex* x, const int* incx, qrv_complex* y,
                     const int* incy) {
-    if (*n <= caxpyRow.serialUpTo)
-        return qrv_blas_caxpy_kernel(n, alpha, x, incx, y, incy);
     blas::axpy<SingleComplex>(*n, *alpha, {x, *incx}, {y, *incy});
 }
 void qrv_blas_saxpy_omp(const int* threads, const int* n, const float* alpha, const float* x, const int* incx, float* y,

@@ -28,13 +28,9 @@ template void blas::copy(int, Vector<const SingleComplex>, Vector<SingleComplex>
 using namespace qrv;
 
 void qrv_blas_scopy(const int* n, const float* x, const int* incx, float* y, const int* incy) {
-    if (*n <= scopyRow.serialUpTo)
-        return qrv_blas_scopy_kernel(n, x, incx, y, incy);
     blas::copy<float>(*n, {x, *incx}, {y, *incy});
 }
 void qrv_blas_ccopy(const int* n, const qrv_complex* x, const int* incx, qrv_complex* y, const int* incy) {
-    if (*n <= ccopyRow.serialUpTo)
-        return qrv_blas_ccopy_kernel(n, x, incx, y, incy);
     blas::copy<SingleComplex>(*n, {x, *incx}, {y, *incy});
 }
 void qrv_blas_scopy_omp(const int* threads, const int* n, const float* x, const int* incx, float* y, const int* incy) {

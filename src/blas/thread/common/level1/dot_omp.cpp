@@ -70,14 +70,10 @@ SingleComplex blas::dotc(int n, Vector<const SingleComplex> x, Vector<const Sing
 using namespace qrv;
 
 float qrv_blas_sdot(const int* n, const float* x, const int* incx, const float* y, const int* incy) {
-    if (*n <= sdotRow.serialUpTo)
-        return qrv_blas_sdot_kernel(n, x, incx, y, incy);
     return dot<float>(*n, {x, *incx}, {y, *incy});
 }
 void qrv_blas_cdotc(qrv_complex* result, const int* n, const qrv_complex* x, const int* incx, const qrv_complex* y,
                     const int* incy) {
-    if (*n <= cdotcRow.serialUpTo)
-        return qrv_blas_cdotc_kernel(result, n, x, incx, y, incy);
     *result = dot<SingleComplex>(*n, {x, *incx}, {y, *incy});
 }
 float qrv_blas_sdot_omp(const int* threads, const int* n, const float* x, const int* incx, const float* y,

@@ -42,6 +42,11 @@ struct VectorRow {
     } class4;
 };
 
+// Whether the length alone decides for one thread.
+constexpr bool is_short(const VectorRow& row, int n) {
+    return n <= row.serialUpTo;
+}
+
 // What holds for all of them: the second level that counts as small (two cores share one of 3 MiB on the smaller
 // processors of the class), as many threads as a vector of moderate length feeds, and the team that counts as large.
 inline constexpr int smallCacheBytes = 3 << 20;
@@ -131,7 +136,7 @@ constexpr int large_cache_threads(const VectorRow::Class4::LargeCache& rule, int
 //   128000   8          8                 8                 2
 template <class Machine>
 constexpr int vector_threads(const VectorRow& row, int n, int incx, int incy, const Machine& machine) {
-    if (n <= row.serialUpTo)
+    if (is_short(row, n))
         return 1;
     const int cpuMa = machine.cpu_ma();
     if (cpuMa == newestClass) {

@@ -24,8 +24,6 @@ void blas::rot(int n, Vector<float> x, Vector<float> y, float c, float s) {
 using namespace qrv;
 
 void qrv_blas_srot(const int* n, float* x, const int* incx, float* y, const int* incy, const float* c, const float* s) {
-    if (*n <= srotRow.serialUpTo)
-        return qrv_blas_srot_kernel(n, x, incx, y, incy, c, s);
     blas::rot(*n, {x, *incx}, {y, *incy}, *c, *s);
 }
 void qrv_blas_srot_omp(const int* threads, const int* n, float* x, const int* incx, float* y, const int* incy,

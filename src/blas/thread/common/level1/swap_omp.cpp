@@ -28,13 +28,9 @@ template void blas::swap(int, Vector<SingleComplex>, Vector<SingleComplex>);
 using namespace qrv;
 
 void qrv_blas_sswap(const int* n, float* x, const int* incx, float* y, const int* incy) {
-    if (*n <= sswapRow.serialUpTo)
-        return qrv_blas_sswap_kernel(n, x, incx, y, incy);
     blas::swap<float>(*n, {x, *incx}, {y, *incy});
 }
 void qrv_blas_cswap(const int* n, qrv_complex* x, const int* incx, qrv_complex* y, const int* incy) {
-    if (*n <= cswapRow.serialUpTo)
-        return qrv_blas_cswap_kernel(n, x, incx, y, incy);
     blas::swap<SingleComplex>(*n, {x, *incx}, {y, *incy});
 }
 void qrv_blas_sswap_omp(const int* threads, const int* n, float* x, const int* incx, float* y, const int* incy) {

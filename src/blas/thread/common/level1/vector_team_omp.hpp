@@ -1,7 +1,4 @@
 // One level 1 operation on a team, told once for all: the region in which every thread calls the kernel on its slices.
-//
-// A decision routine has two ways in: its C name, which sends a short vector straight to the kernel with the caller's
-// arguments, and blas::, by value. Both share the decision for longer ones.
 #pragma once
 
 #include "blas/calls.hpp"

@@ -21,6 +21,12 @@ constexpr int level2_budget(const Machine& machine) {
     return cpuMa == 32 || cpuMa == 33 || cpuMa == 64 ? machine.budget() : 1;
 }
 
+// Whether the order alone decides for one thread.
+template <class Rule>
+constexpr bool is_short(const Rule& rule, int n) {
+    return n < rule.serialBelow;
+}
+
 // ---- General matrix ------------------------------------------------------------------------------------------------
 
 // Which shares of a matrix repay a thread: `share` rows or columns of the given length.
@@ -55,6 +61,11 @@ inline constexpr GemvRule cgemvRule{
     .colShare = {.wide = 64, .wideWork = 2048, .narrowWork = 1024, .narrowLength = 0, .neverShare = 0},
     .byWork = {.rows = 250000, .columns = 60000}};
 
+// Whether the sizes alone decide for one thread.
+constexpr bool is_short(const GemvRule& rule, int m, int n) {
+    return m < rule.serialBelow && n < rule.serialBelow;
+}
+
 constexpr bool share_repays(const ShareRule& rule, int share, int length) {
     if (share == rule.neverShare)
         return false;
@@ -75,7 +86,7 @@ constexpr bool share_repays(const ShareRule& rule, int share, int length) {
 template <class Machine>
 constexpr int gemv_threads(const GemvRule& rule, Op op, int m, int n, const Machine& machine) {
     constexpr int rowUnit = 8; // rows of a vector slice
-    if (m < rule.serialBelow && n < rule.serialBelow)
+    if (is_short(rule, m, n))
         return 1;
     if (goes_by_work(machine)) {
         const bool rows = op == Op::none;
@@ -110,7 +121,7 @@ inline constexpr SymvRule ssymvRule{.serialBelow = 256, .smallTeamUpTo = 4000, .
 
 template <class Machine>
 constexpr int symv_threads(const SymvRule& rule, int n, const Machine& machine) {
-    if (n < rule.serialBelow)
+    if (is_short(rule, n))
         return 1;
     const int threads = level2_budget(machine);
     if (threads <= 1)
@@ -148,7 +159,7 @@ inline constexpr TrmvRule ctrmvRule{.serialBelow = 128, .largeTeamFrom = 161, .a
 template <class Machine>
 constexpr int trmv_threads(const TrmvRule& rule, int n, const Machine& machine) {
     constexpr int mostBelow = 4;
-    if (n < rule.serialBelow)
+    if (is_short(rule, n))
         return 1;
     const int threads = level2_budget(machine);
     if (threads <= 1 || (threads >= largeTeam && n < rule.largeTeamFrom))
@@ -164,7 +175,7 @@ inline constexpr SyrRule ssyrRule{.serialBelow = 1500};
 
 template <class Machine>
 constexpr int syr_threads(const SyrRule& rule, int n, const Machine& machine) {
-    if (n < rule.serialBelow)
+    if (is_short(rule, n))
         return 1;
     const int threads = level2_budget(machine);
     return threads > 1 ? threads : 1;

@@ -1,0 +1,98 @@
+// What the entries of BLAS call: as blas::Native (blas/native.hpp), but straight through the slot of the kernel where
+// there is no decision, or where the sizes alone decide for one thread. Of a call of few elements each hop between
+// entry and kernel is a tenth.
+#pragma once
+
+#include "blas/kernel/slots.hpp"
+#include "blas/native.hpp"
+#include "blas/thread/common/level1/level1_threads.hpp"
+#include "blas/thread/common/level2/level2_threads.hpp"
+#include "blas/thread/common/machine.hpp"
+
+namespace qrv::entry {
+
+#define QRV_NONE(...)
+#define QRV_SLOT(what, name, routine) static constexpr auto& name = kernel::blas_##routine##_kernel_slot;
+#define QRV_SLOT_ALONE(what, name, routine) QRV_SLOT_ALONE_##what(name, routine)
+#define QRV_SLOT_ALONE_KERNEL(name, routine) QRV_SLOT(KERNEL, name, routine)
+#define QRV_SLOT_ALONE_DECIDED(name, routine)
+#define QRV_SLOT_ALONE_ON_TEAM(name, routine)
+
+template <class T>
+struct Slots;
+template <>
+struct Slots<float> {
+    QRV_BLAS_NAMES(QRV_SLOT, QRV_NONE)
+};
+template <>
+struct Slots<SingleComplex> {
+    QRV_BLAS_NAMES(QRV_NONE, QRV_SLOT)
+};
+
+// The slot's kernel for a short call, else the decision.
+template <class Slot, class Decision, class... Arguments>
+[[gnu::always_inline]] inline auto choose(bool isShort, Slot& slot, Decision& decision, Arguments... arguments) {
+    return isShort ? slot(arguments...) : decision(arguments...);
+}
+
+template <class T>
+struct ShortCalls : blas::Native<T> {
+    using Slot = Slots<T>;
+    using Decision = blas::Native<T>;
+
+    static void axpy(const int* n, const T* alpha, QRV_VECTORS_TO_Y(T)) {
+        choose(is_short(row_for<T>(saxpyRow, caxpyRow), *n), Slot::axpy, Decision::axpy, n, alpha, x, incx, y, incy);
+    }
+    static void copy(const int* n, QRV_VECTORS_TO_Y(T)) {
+        choose(is_short(row_for<T>(scopyRow, ccopyRow), *n), Slot::copy, Decision::copy, n, x, incx, y, incy);
+    }
+    static void swap(QRV_BOTH_VECTORS(T)) {
+        choose(is_short(row_for<T>(sswapRow, cswapRow), *n), Slot::swap, Decision::swap, n, x, incx, y, incy);
+    }
+    static void gemv(QRV_GEMV_PARAMETERS(T)) {
+        choose(is_short(row_for<T>(sgemvRule, cgemvRule), *m, *n), Slot::gemv, Decision::gemv, QRV_GEMV_ARGUMENTS);
+    }
+    static void trmv(QRV_TRIANGULAR_PARAMETERS(T)) {
+        choose(is_short(row_for<T>(strmvRule, ctrmvRule), *n), Slot::trmv, Decision::trmv, QRV_TRIANGULAR_ARGUMENTS);
+    }
+};
+
+template <class T>
+struct Native;
+template <>
+struct Native<float> : ShortCalls<float> {
+    QRV_BLAS_NAMES(QRV_SLOT_ALONE, QRV_NONE)
+
+    static float dotu(QRV_VECTORS(float)) {
+        return choose(is_short(sdotRow, *n), Slot::dotu, Decision::dotu, n, x, incx, y, incy);
+    }
+    static void rot(QRV_BOTH_VECTORS(float), const float* c, const float* s) {
+        choose(is_short(srotRow, *n), Slot::rot, Decision::rot, n, x, incx, y, incy, c, s);
+    }
+    static void hemv(QRV_SYMV_PARAMETERS(float)) {
+        choose(is_short(ssymvRule, *n), Slot::hemv, Decision::hemv, QRV_SYMV_ARGUMENTS);
+    }
+    static void her(QRV_SYR_PARAMETERS(float)) {
+        choose(is_short(ssyrRule, *n), Slot::her, Decision::her, QRV_SYR_ARGUMENTS);
+    }
+    static void her2(QRV_SYR2_PARAMETERS(float)) {
+        choose(is_short(ssyrRule, *n), Slot::her2, Decision::her2, QRV_SYR2_ARGUMENTS);
+    }
+};
+template <>
+struct Native<SingleComplex> : ShortCalls<SingleComplex> {
+    QRV_BLAS_NAMES(QRV_NONE, QRV_SLOT_ALONE)
+
+    static void dotc(SingleComplex* result, QRV_VECTORS(SingleComplex)) {
+        choose(is_short(cdotcRow, *n), Slot::dotc, Decision::dotc, result, n, x, incx, y, incy);
+    }
+};
+
+#undef QRV_NONE
+#undef QRV_SLOT
+#undef QRV_SLOT_ALONE
+#undef QRV_SLOT_ALONE_KERNEL
+#undef QRV_SLOT_ALONE_DECIDED
+#undef QRV_SLOT_ALONE_ON_TEAM
+
+} // namespace qrv::entry
