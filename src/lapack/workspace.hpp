@@ -17,6 +17,12 @@ constexpr int told_ints(std::int64_t length) {
     return length < most ? static_cast<int>(length) : most;
 }
 
+// The leading dimension of a copy with n rows: whole lines, and columns that do not share few sets of the caches.
+constexpr int dimension_aside(int n, int elementSize) {
+    const int line = 64 / elementSize, rounded = (n / line + 2) * line;
+    return std::int64_t{rounded} * elementSize % 1024 == 0 ? rounded + line : rounded;
+}
+
 // Gives out one part behind the other.
 template <class T>
 struct WorkParts {

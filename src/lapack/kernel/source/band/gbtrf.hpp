@@ -7,7 +7,7 @@
 // 0, or the position of the first pivot that is exactly 0.
 //
 //   unblocked   column by column                                        gbtrf_unblocked.cpp
-//   blocked     right-looking over blocks; on a team or on one thread   gbtrf_omp.cpp
+//   blocked     right-looking over blocks; on a team or on one thread   gbtrf_omp.cpp, gbtrf_blocked.hpp
 #pragma once
 
 #include "lapack/calls/band.hpp"
@@ -16,9 +16,10 @@ namespace qrv::lapack {
 
 // Both take the dense view of the band. Result: info.
 int gbtrf_unblocked(const BandShape& shape, Matrix<float> a, int* ipiv);
-// In blocks of nb <= kl columns, nb <= gbtrfWidest; on one thread, or products and solves on `threads`. `stage` is told
-// to the progress routine after each panel; if that asks to stop, info is what it is then.
-constexpr int gbtrfWidest = 32; // as two squares of them lie on the stack
+// In blocks of nb <= kl columns, nb <= gbtrfWidest, on a team of at most `threads`; unblocked without memory for copies
+// of two blocks. `stage` is told to the progress routine after each panel; if that asks to stop, info is what it is
+// then.
+constexpr int gbtrfWidest = 32; // as a square of them lies on the stack
 int gbtrf_blocked(int threads, int nb, const char* stage, const BandShape& shape, Matrix<float> a, int* ipiv);
 
 // ---- What they share ------------------------------------------------------------------------------------------------

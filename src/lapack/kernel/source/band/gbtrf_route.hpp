@@ -19,9 +19,9 @@ struct NarrowBlocks {
 };
 constexpr NarrowBlocks wideNarrowBlocks{32, 16};
 
-// Diagonals on each side from which a team is worth its regions: two threads took 1.1 to 1.5 of the time of one with 70
-// and 100 diagonals, about the same with 200.
-constexpr int leastTeamDiagonals = 150;
+// Diagonals on each side from which a team is worth its steps: two threads took 0.6 of the time of one with 200, 0.68
+// with 100, 0.8 with 64 and 0.9 with 32 diagonals.
+constexpr int leastTeamDiagonals = 80;
 
 constexpr GbtrfRoute gbtrf_route(int kl, int ku, int threads, int tunedBlock, bool wide) {
     const int nb = std::min(tunedBlock, gbtrfWidest);

@@ -50,12 +50,6 @@ constexpr int tile_aside(int n, int elementSize) {
     return std::clamp(n / 128 * 16, least, most);
 }
 
-// The leading dimension of a tile.
-constexpr int dimension_aside(int n, int elementSize) {
-    const int line = 64 / elementSize, rounded = (n / line + 2) * line;
-    return rounded * elementSize % 1024 == 0 ? rounded + line : rounded;
-}
-
 constexpr bool goes_aside(Uplo uplo, int n, std::ptrdiff_t ld, int elementSize) {
     const std::int64_t length = std::int64_t{n} * elementSize;
     if (uplo == Uplo::upper || length / 2 * (n + tile_aside(n, elementSize)) > mostAside)
