@@ -35,39 +35,6 @@ TEST(Level1Rotations, SrotgSolvesItsEquations) {
             }
 }
 
-TEST(Level1Rotations, SrotmAppliesWhatItsFlagNames) {
-    constexpr float h11 = 0.5F, h21 = -0.25F, h12 = 2, h22 = -0.75F;
-    struct Case {
-        float param[5];
-        double h[4]; // h11, h21, h12, h22
-    };
-    constexpr Case cases[] = {
-        {{-2, nan, nan, nan, nan}, {1, 0, 0, 1}},
-        {{-1, h11, h21, h12, h22}, {h11, h21, h12, h22}},
-        {{0, nan, h21, h12, nan}, {1, h21, h12, 1}},
-        {{1, h11, nan, nan, h22}, {h11, -1, 1, h22}},
-    };
-    constexpr int increments[][2] = {{1, 1}, {2, 2}, {-2, -2}, {-1, -1}, {1, 3}, {-1, 2}};
-    std::minstd_rand random;
-    for (const VectorBuild& build : vector_builds())
-        for (const Case& p : cases)
-            for (const auto& [incx, incy] : increments)
-                for (int n = -1; n < 90; n += n < 40 ? 1 : 7) {
-                    GuardedVector<float> x(n, incx, n % 5), y(n, incy, n % 3);
-                    auto wideX = x.fill([&] { return eighths<float>(random); }).widened();
-                    auto wideY = y.fill([&] { return eighths<float>(random); }).widened();
-                    for (std::size_t i = 0; i < wideX.size(); ++i) {
-                        const double rotated = p.h[0] * wideX[i] + p.h[2] * wideY[i];
-                        wideY[i] = p.h[1] * wideX[i] + p.h[3] * wideY[i];
-                        wideX[i] = rotated;
-                    }
-                    build.blas_srotm_kernel(&n, x.data(), &incx, y.data(), &incy, p.param);
-                    const auto exactly = [](std::size_t) { return 0.0; };
-                    ASSERT_TRUE(holds(x, wideX, exactly) && holds(y, wideY, exactly))
-                        << build << " flag " << p.param[0] << " n=" << n << " inc " << incx << ',' << incy;
-                }
-}
-
 // A call of SROTMG, and H as its flag tells it.
 struct Srotmg {
     float d1, d2, x1, y1;

@@ -1,5 +1,5 @@
 // Contract of the kernels of level 2, on every build.
-#include <cstring>
+#include <string_view>
 #include <vector>
 
 #include "support/routines.hpp"
@@ -87,109 +87,91 @@ TEST(Level2, LargeOnesOfEveryRoutine) {
 }
 
 // Callers compare results of the same matrix in other places: passes that begin on a vector of memory sum alike.
-template <class T, class Kernel>
-void check_places(const VectorBuild& build, Kernel kernel) {
-    constexpr int m = 301, n = 9, ld = 304, one = 1, mostSkew = 16;
-    const T alpha = scalar<T>(1.5F), beta = scalar<T>(0.5F);
-    std::vector<T> a(ld * n + mostSkew), x(m, scalar<T>(0.75F)), first;
-    for (const char trans : {'N', 'T', 'C'})
-        for (int skew = 0; skew < mostSkew; ++skew) {
-            for (int i = 0; i < ld * n; ++i)
-                a[i + skew] = scalar<T>(1.0F / static_cast<float>(3 + i % 101));
-            std::vector<T> y(m, scalar<T>(1));
-            kernel(&trans, &m, &n, &alpha, a.data() + skew, &ld, x.data(), &one, &beta, y.data(), &one);
-            if (skew == 0)
-                first = y;
-            EXPECT_EQ(std::memcmp(first.data(), y.data(), m * sizeof(T)), 0) << build.name << ' ' << trans << skew;
-        }
-}
 TEST(Level2, ProductsDoNotDependOnThePlaceOfTheMatrix) {
-    for (const VectorBuild& build : vector_builds()) {
-        check_places<float>(build, build.blas_sgemv_kernel);
-        check_places<SingleComplex>(build, build.blas_cgemv_kernel);
-    }
+    each_routine(true, []<class T>(const Routine<T>& routine) {
+        if (!std::string_view(routine.name).ends_with("gemv"))
+            return;
+        for (const char trans : {'N', 'T', 'C'})
+            for (const VectorBuild& build : vector_builds()) {
+                Shape p{.trans = trans, .m = 301, .n = 9, .alpha = 1.5F, .beta = 0.5F, .a = {3, 0}};
+                const auto run = [&](const Call<T>& v) { routine.kernel(build, v); };
+                const Operand<T> first = Problem<T>(routine.operation, p).result(run);
+                constexpr int step = sizeof(T) / sizeof(float);
+                for (p.a.offset = step; p.a.offset < 16 * step; p.a.offset += step)
+                    EXPECT_TRUE(first.same_bits(Problem<T>(routine.operation, p).result(run))) << build << ' ' << p;
+            }
+    });
 }
 
-// ---- Bands of a team ------------------------------------------------------------------------------------------------
+// ---- Parts for a team -----------------------------------------------------------------------------------------------
 
-// The leading triangle and the band behind it are the whole update.
-TEST(Level2, UpdatesByBands) {
+// A band or a strip of columns, and the triangle that it leaves, are the whole update.
+TEST(Level2, UpdatesInParts) {
     using enum Form::Kind;
     Turns turns;
     for (const int n : {1, 2, 5, 8, 16, 17, 33, 100, 300, 513})
         for (const char uplo : {'U', 'L'})
-            for (const int first : {0, 1, n / 3, n - n / 3})
-                for (const What what : {What::update, What::update2}) {
+            for (const int rest : {0, 1, n / 3, n - n / 3})
+                for (const auto& [what, strip] :
+                     {std::pair{What::update, false}, {What::update2, false}, {What::update2, true}}) {
                     Shape p = turns.vary({.uplo = uplo, .n = n});
-                    const Problem<float> problem({what, symmetric, true}, p);
-                    const int width = n - first;
-                    for (const VectorBuild& build : vector_builds())
-                        problem.check(
-                            [&](const Call<float>& v) {
-                                float* const start =
-                                    v.c + (is_upper(v.uplo) ? std::ptrdiff_t{v.ldc} * first : std::ptrdiff_t{first});
-                                // The leading part of a vector that runs backwards is at its far end.
-                                const float* const x = v.a + (v.lda < 0 ? -v.lda * width : 0);
-                                const float* const y = v.b + (v.ldb < 0 ? -v.ldb * width : 0);
-                                if (what == What::update) {
-                                    build.blas_ssyr_kernel(&v.uplo, &first, &v.alpha, x, &v.lda, v.c, &v.ldc);
-                                    build.blas_ssyr_band_kernel(&v.uplo, &width, &n, &v.alpha, v.a, &v.lda, start,
-                                                                &v.ldc);
-                                } else {
-                                    build.blas_ssyr2_kernel(&v.uplo, &first, &v.alpha, x, &v.lda, y, &v.ldb, v.c,
-                                                            &v.ldc);
-                                    build.blas_ssyr2_band_kernel(&v.uplo, &width, &n, &v.alpha, v.a, &v.lda, v.b,
-                                                                 &v.ldb, start, &v.ldc);
-                                }
-                            },
-                            build.name);
+                    if (strip)
+                        p.incx = p.incy = 1;
+                    const int width = n - rest, skipped = strip && !is_upper(uplo) ? width : 0;
+                    for (const VectorBuild& build : vector_builds()) {
+                        const auto run = [&, what = what, strip = strip](const Call<float>& v) {
+                            // The first part of a vector that runs backwards is at its far end.
+                            const float* const x = v.a + skipped + (v.lda < 0 ? -v.lda * width : 0);
+                            const float* const y = v.b + skipped + (v.ldb < 0 ? -v.ldb * width : 0);
+                            float* const left = v.c + (std::ptrdiff_t{v.ldc} + 1) * skipped;
+                            float* const band = v.c + std::ptrdiff_t{is_upper(uplo) ? v.ldc : 1} * rest;
+                            if (what == What::update) {
+                                build.blas_ssyr_kernel(&v.uplo, &rest, &v.alpha, x, &v.lda, left, &v.ldc);
+                                return build.blas_ssyr_band_kernel(&v.uplo, &width, &n, &v.alpha, v.a, &v.lda, band,
+                                                                   &v.ldc);
+                            }
+                            build.blas_ssyr2_kernel(&v.uplo, &rest, &v.alpha, x, &v.lda, y, &v.ldb, left, &v.ldc);
+                            if (strip)
+                                build.blas_ssyr2_strip(&uplo, &n, &width, &v.alpha, v.a, &v.lda, v.b, &v.ldb, v.c,
+                                                       &v.ldc);
+                            else
+                                build.blas_ssyr2_band_kernel(&v.uplo, &width, &n, &v.alpha, v.a, &v.lda, v.b, &v.ldb,
+                                                             band, &v.ldc);
+                        };
+                        Problem<float>({what, symmetric, true}, p).check(run, build.name);
+                    }
                 }
 }
 
 // Columns of a symmetric matrix with their mirror images, all others NaN: what is not of the strip is not read.
 TEST(Level2, StripsOfSymmetricMatrices) {
     Turns turns;
-    std::mt19937 random(1);
     const int unit = 1;
     for (const int n : {1, 2, 5, 16, 17, 33, 100, 301, 600})
         for (const char uplo : {'U', 'L'})
             for (const int columns : {0, 1, n / 3, n})
                 for (const float beta : {0.F, 1.F, 0.5F}) {
-                    const int first = is_upper(uplo) ? n - columns : 0;
-                    const auto inside = [&](int j) { return first <= j && j < first + columns; };
-                    const Layout layout{turns.pick({0, 1, 3, 4}), turns.pick({0, 1, 2})};
-                    Operand<float> a(Form{n, n, Form::symmetric, uplo}, layout);
-                    a.set([&](int, int j) { return inside(j) ? eighths<float>(random) : nan; });
-                    GuardedVector<float> x(n, 1, turns.pick({0, 1, 3})), y(n, 1, turns.pick({0, 1, 3}));
-                    x.fill([&] { return eighths<float>(random); });
-                    y.fill([&] { return beta == 0 ? nan : eighths<float>(random); });
-                    const WideMatrix<float> strip(n, n, [&](int i, int j) {
-                        const double element = a.entry(i, j);
-                        return inside(is_upper(uplo) ? std::max(i, j) : std::min(i, j)) ? element : 0.0;
-                    });
-                    const float alpha = -0.75F;
-                    const auto expected = product<float>(alpha, strip, WideMatrix<float>(x), beta, y);
-                    const WideMatrix<float> left(n, 2, [&](int i, int j) { return j ? y[i] : x[i]; }),
-                        right(2, n, [&](int i, int j) { return i ? x[j] : y[j]; });
-                    const auto updated = product<float>(alpha, left, right, 1, a);
-                    for (const VectorBuild& build : vector_builds()) {
-                        GuardedVector<float> result(y);
-                        build.blas_ssymv_strip(&uplo, &n, &columns, &alpha, a.data(), &a.ld(), x.data(), &unit, &beta,
-                                               result.data(), &unit);
-                        EXPECT_TRUE(expected.held_by(result)) << build << ' ' << uplo << n << ' ' << columns;
-                        if (beta == 0)
-                            continue;
-                        Operand<float> b(a);
-                        build.blas_ssyr2_strip(&uplo, &n, &columns, &alpha, x.data(), &unit, y.data(), &unit, b.data(),
-                                               &b.ld());
-                        EXPECT_TRUE(updated.held_by(b)) << build << ' ' << uplo << n << ' ' << columns;
-                    }
+                    Shape p = turns.vary({.uplo = uplo, .n = n});
+                    p.alpha = -0.75F, p.beta = beta, p.incx = p.incy = unit;
+                    Problem<float> problem({What::product, Form::symmetric, true}, p);
+                    Operand<float> strip = problem.a;
+                    for (const auto& [a, outside] : {std::pair{&strip, nan}, {&problem.a, 0.F}})
+                        a->set([&, a = a, outside = outside](int i, int j) {
+                            const bool inside = is_upper(uplo) ? j >= n - columns : j < columns;
+                            return inside ? (*a)(i, j) : outside;
+                        });
+                    for (const VectorBuild& build : vector_builds())
+                        problem.check(
+                            [&](const Call<float>& v) {
+                                build.blas_ssymv_strip(&uplo, &n, &columns, &v.alpha, strip.data(), &strip.ld(), v.b,
+                                                       &unit, &v.beta, v.c, &unit);
+                            },
+                            build.name);
                 }
 }
 
 // Some elements of a triangular product, from a copy of x, at either end of the triangle and inside.
-template <class T>
-void check_product_by_bands() {
+TEST_OF_ELEMENTS(Level2, TriangularProductsByBands) {
     const Operation operation{What::inPlace, Form::triangular, true};
     Turns turns;
     for (const int n : {1, 2, 5, 8, 16, 17, 33, 100, 300})
@@ -215,23 +197,12 @@ void check_product_by_bands() {
             }
         }
 }
-TEST(Level2, TriangularProductsByBands) {
-    check_product_by_bands<float>();
-    check_product_by_bands<SingleComplex>();
-}
 
 // ---- Numbers that are told apart ------------------------------------------------------------------------------------
 
 // A column is left alone where the element that it is multiplied with is exactly 0, and only there: the other vector
 // is NaN all over. In a rank-two update both elements must be 0. alpha 0 leaves all columns alone, a NaN alpha none.
 TEST(Level2, UpdatesSkipZeroElementsOnly) {
-    const int unit = 1;
-    const float little = 1e-30F, infinite = infinity;
-    for (const VectorBuild& build : vector_builds()) {
-        float a = 1; // an AXPY with the factor alpha*y, which vanishes
-        build.blas_sger_kernel(&unit, &unit, &little, &infinite, &unit, &little, &unit, &a, &unit);
-        EXPECT_EQ(a, 1) << build;
-    }
     each_routine(true, []<class T>(const Routine<T>& routine) {
         const bool general = routine.operation.kind == Form::general;
         if (!routine.operation.updates())

@@ -75,26 +75,27 @@ TEST(Level3, ColumnsFarApart) {
 
 // A solve divides once for each element of the diagonal: right-hand sides are multiplied by its reciprocal, but for a
 // few that are solved one by one. 7 and 3 tell that from a quotient.
-TEST(Level3, ReciprocalsOfTheDiagonal) {
+TEST_OF_ELEMENTS(Level3, ReciprocalsOfTheDiagonal) {
     const int one = 1;
-    const float alpha = 1, a = 3;
-    const SingleComplex complexAlpha{1, 0}, complexA{0, 3};
+    const T alpha = scalar<T>(1), huge = all_parts<T>(0x1.8p127F);
+    T three = scalar<T>(3), seven = scalar<T>(7);
+    if constexpr (isComplex<T>)
+        three = {0, 3}, seven = {0, 7};
     for (const VectorBuild& build : vector_builds())
         for (const char* side : {"L", "R"})
             for (const int count : {1, 4}) {
                 const int m = *side == 'L' ? 1 : count, n = *side == 'L' ? count : 1;
-                const float expected = count == 1 ? alpha * 7 / 3 : 7 * (alpha / 3);
-                std::vector<float> b(4, 7);
-                build.blas_strsm_kernel(side, "L", "N", "N", &m, &n, &alpha, &a, &one, b.data(), &m);
-                EXPECT_EQ(b[count - 1], expected) << build << ' ' << side << ' ' << count;
-                std::vector<SingleComplex> c(4, {0, 7});
-                build.blas_ctrsm_kernel(side, "L", "N", "N", &m, &n, &complexAlpha, &complexA, &one, c.data(), &m);
-                EXPECT_TRUE((c[count - 1] == SingleComplex{expected, 0})) << build << ' ' << side << ' ' << count;
-                const SingleComplex huge{0x1.8p127F, 0x1.8p127F};
-                std::fill(c.begin(), c.end(), huge);
-                build.blas_ctrsm_kernel(side, "L", "N", "N", &m, &n, &complexAlpha, &huge, &one, c.data(), &m);
-                EXPECT_TRUE(std::abs(c[count - 1].re - 1) < 1e-6F && std::abs(c[count - 1].im) < 1e-6F)
-                    << build << ' ' << side << ' ' << count;
+                const auto last_quotient = [&](const T& pivot, const T& right) {
+                    std::vector<T> b(4, right);
+                    routine_for<T>(build.blas_strsm_kernel, build.blas_ctrsm_kernel)(
+                        side, "L", "N", "N", &m, &n, &alpha, &pivot, &one, b.data(), &m);
+                    return b[std::size_t(count - 1)];
+                };
+                const float quotient = count == 1 ? 7.0F / 3 : 7 * (1.0F / 3);
+                EXPECT_TRUE(last_quotient(three, seven) == scalar<T>(quotient)) << build << ' ' << side << count;
+                if (isComplex<T>) {
+                    EXPECT_LT(std::abs(widen(last_quotient(huge, huge)) - 1.0), 2e-6) << build << ' ' << side << count;
+                }
             }
 }
 

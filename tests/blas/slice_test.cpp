@@ -42,29 +42,28 @@ TEST(Slices, CoverEverythingOnce) {
             expect_cover("gemv N", n, team, 8, [&](int part) { return gemv_slice(Op::none, n, 7, team, part, 1); });
             for (const int unit : {8, 16})
                 expect_cover("tiles", n, team, unit, [&](int part) { return tile_slice(n, team, part, unit); });
-            for (const bool byWork : {false, true}) {
-                expect_cover("matrix L", n, team, byWork ? 4 : 1, [&](int part) {
-                    const MatrixSlice slice = matrix_slice({Side::left, 7, n, 0}, byWork, team, part);
-                    EXPECT_TRUE(slice.row == 0 && slice.m == 7);
-                    return Slice{slice.column, slice.n};
-                });
-                expect_cover("matrix R", n, team, byWork ? 16 : 1, [&](int part) {
-                    const MatrixSlice slice = matrix_slice({Side::right, n, 7, 0}, byWork, team, part);
-                    EXPECT_TRUE(slice.column == 0 && slice.n == 7);
-                    return Slice{slice.row, slice.m};
-                });
-            }
-            for (const Uplo uplo : {Uplo::upper, Uplo::lower}) {
-                int next = 0;
-                for (int part = 0; part < team; ++part) {
-                    const auto [columns, beside] = trapezoid(uplo, n, team, part);
-                    ASSERT_TRUE(columns.first == next && columns.count >= 0) << n << ' ' << team << ' ' << part;
-                    next += columns.count;
-                    ASSERT_EQ(beside.first, uplo == Uplo::upper ? 0 : next);
-                    ASSERT_EQ(beside.count, uplo == Uplo::upper ? columns.first : n - next);
+            for (const bool byWork : {false, true})
+                for (const Side side : {Side::left, Side::right}) {
+                    const bool left = side == Side::left;
+                    expect_cover("matrix", n, team,
+                                 !byWork ? 1
+                                 : left  ? 4
+                                         : 16,
+                                 [&](int part) {
+                                     const auto [row, column, rows, columns] =
+                                         matrix_slice({side, left ? 7 : n, left ? n : 7, 0}, byWork, team, part);
+                                     EXPECT_TRUE(left ? row == 0 && rows == 7 : column == 0 && columns == 7);
+                                     return left ? Slice{column, columns} : Slice{row, rows};
+                                 });
                 }
-                ASSERT_EQ(next, n) << team;
-            }
+            for (const Uplo uplo : {Uplo::upper, Uplo::lower})
+                expect_cover("trapezoids", n, team, 1, [&](int part) {
+                    const auto [columns, beside] = trapezoid(uplo, n, team, part);
+                    const int end = columns.first + columns.count;
+                    EXPECT_EQ(beside.first, uplo == Uplo::upper ? 0 : end);
+                    EXPECT_EQ(beside.count, uplo == Uplo::upper ? columns.first : n - end);
+                    return columns.first < n ? columns : Slice{};
+                });
             expect_cover("triangle's block rows", n, team, 1, [&](int part) {
                 const auto [rows, rest] = triangle_block_row(n, team, part);
                 EXPECT_TRUE(rest.first == rows.first + rows.count && rest.first + rest.count == n);
@@ -104,25 +103,16 @@ TEST(Slices, AreOfEqualWork) {
             }
 }
 
-// A slice handed to a routine names the elements that it names in the whole vector.
-TEST(Slices, OfAnyIncrement) {
-    const auto index = [](int n, int inc, int element) { // from the address given
-        return std::ptrdiff_t{inc >= 0 ? element : element - (n - 1)} * inc;
-    };
-    for (const int n : {1, 7, 16, 100, 299})
-        for (const int team : {1, 2, 3, 7, 20})
-            for (const int inc : {1, 2, 7, -1, -2, -7})
-                for (int thread = 0; thread < team; ++thread) {
-                    const Slice slice = vector_slice(n, team, thread);
-                    for (int i = 0; i < slice.count; ++i)
-                        EXPECT_EQ(slice_offset(slice, n, inc) + index(slice.count, inc, i),
-                                  index(n, inc, slice.first + i))
-                            << n << " on " << team << " inc=" << inc;
-                }
+// Where offsets are beyond an int.
+TEST(Slices, FarApart) {
     if constexpr (sizeof(std::ptrdiff_t) > sizeof(int)) {
         EXPECT_EQ(slice_offset({1 << 30, 8}, most, 4), std::int64_t{1} << 32);
         EXPECT_EQ(slice_offset({0, 8}, most, -4), std::int64_t{most - 8} * 4);
     }
+    constexpr std::size_t all = std::numeric_limits<std::size_t>::max();
+    EXPECT_EQ(gemm_shared_bytes(3, 1000, 12), 3U * (1000 + 8192));
+    for (const auto& [copies, bytes] : {std::pair{3, all / 2}, {1, all - 5}, {most, all / 4}})
+        EXPECT_EQ(gemm_shared_bytes(copies, bytes, 12), 0U) << copies;
 }
 
 } // namespace

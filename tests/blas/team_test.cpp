@@ -21,21 +21,11 @@ std::string text(const X& x) {
 // ---- Busy cores ----------------------------------------------------------------------------------------------------
 
 TEST(TeamsOnBusyCores, GiveWayAfterALossAndForAWhile) {
-    struct Row {
-        int team;
-        Ticks part, region, alone;
-    };
-    for (const Row& row : {Row{2, 40000, leastDelay, 0},
-                           {2, 40000, leastDelay + 1, 8 * (leastDelay + 1)},
-                           {2, 5000000, 10000000, 0},
-                           {2, 5000000, 10000001, 80000008},
-                           {64, 200000, 12800000, 0},
-                           {3, 0, Ticks{1} << 60, longestAlone}})
-        EXPECT_EQ(ticks_alone(row.team, row.part, row.region), row.alone) << row.region;
-    EXPECT_FALSE(is_alone(5000, 5000));
-    EXPECT_TRUE(is_alone(5000, 4999));
-    EXPECT_TRUE(is_alone(longestAlone, 0));
-    EXPECT_FALSE(is_alone(longestAlone, -1));
+    EXPECT_EQ(ticks_alone(2, 40000, leastDelay), 0) << "no time slice";
+    EXPECT_GT(ticks_alone(2, 40000, leastDelay + 1), leastDelay);
+    EXPECT_EQ(ticks_alone(64, 200000, 12800000), 0) << "one thread takes as long";
+    EXPECT_EQ(ticks_alone(3, 0, Ticks{1} << 60), longestAlone);
+    EXPECT_TRUE(is_alone(longestAlone, 0) && !is_alone(longestAlone, longestAlone) && !is_alone(longestAlone, -1));
 }
 
 class DynamicAdjustment {
@@ -118,43 +108,39 @@ std::vector<TeamCase> level1_cases(std::initializer_list<int> lengths, std::init
 }
 
 // The limits of all rows.
-INSTANTIATE_TEST_SUITE_P(Level1, Team,
-                         testing::Values(TeamFamily{"level 1",
-                                                    [] {
-                                                        return level1_cases({-3, 0, 1, 7, 8, 63, 100, 1000},
-                                                                            {1, 2000, 2001, 2500, 2501, 3000, 3001,
-                                                                             4000, 4001, 4900, 4901, 5000, 5001, 6001,
-                                                                             20000});
-                                                    },
-                                                    [] {
-                                                        return level1_cases({100, 1000}, {});
-                                                    }}));
+const TeamFamily level1{
+    "level 1",
+    [] {
+        return level1_cases({-3, 0, 1, 7, 8, 63, 100, 1000},
+                            {1, 2000, 2001, 2500, 2501, 3000, 3001, 4000, 4001, 4900, 4901, 5000, 5001, 6001, 20000});
+    },
+    [] {
+        return level1_cases({100, 1000}, {});
+    }};
+INSTANTIATE_TEST_SUITE_P(Level1, Team, testing::Values(level1));
 
 // Two partial sums cancel what a third would lose against them in single precision.
 TEST(Level1Team, PartialResultsAreAddedInExtendedPrecision) {
     const int n = 24, one = 1, team = 3;
-    std::vector<float> x(24, 0), y(24, 1);
-    x[0] = 1e8F;
-    x[8] = 1;
-    x[16] = -1e8F;
+    std::vector<float> x(24, 0);
+    x[0] = 1e8F, x[8] = 1, x[16] = -1e8F;
+    const std::vector<float> ones(24, 1);
     std::vector<qrv_complex> cx(24), cy(24, {1, 0});
-    for (std::size_t i = 0; i < 24; ++i)
-        cx[i] = {x[i], x[i]};
+    std::transform(x.begin(), x.end(), cx.begin(), [](float xi) { return qrv_complex{xi, xi}; });
     qrv_complex c;
     largestTeam = 0;
     qrv_blas_cdotc_omp(&team, &c, &n, cx.data(), &one, cy.data(), &one);
     if (largestTeam < 3)
         GTEST_SKIP() << "teams are limited";
-    EXPECT_EQ(qrv_blas_sdot_omp(&team, &n, x.data(), &one, y.data(), &one), 1);
-    EXPECT_EQ(c.re, 1);
-    EXPECT_EQ(c.im, -1);
+    EXPECT_EQ(qrv_blas_sdot_omp(&team, &n, x.data(), &one, ones.data(), &one), 1);
+    EXPECT_TRUE(c.re == 1 && c.im == -1);
 }
 
 // The partial results of a team beyond 128 threads stand in work memory.
 TEST(Level1Team, PartialResultsOfLargeTeams) {
     const auto check = [](const auto& routines, int team) {
         for (const auto& routine : routines)
-            if (routine.sums && routine.on_team) {
+            if (routine.sums() && routine.on_team) {
                 EXPECT_TRUE(comes_out_exactly(routine, {.n = 1100, .incy = -2},
                                               [&](const auto& v) { return routine.on_team(&team, v); }))
                     << routine.name << " on " << team;
@@ -171,16 +157,26 @@ TEST(Level1Team, PartialResultsOfLargeTeams) {
 
 // ---- Levels 2 and 3 ------------------------------------------------------------------------------------------------
 
+void (*beforeSecondRun)() = [] {};
+
+// run(team, call) comes out right, and twice with the same bits.
+template <class T, class Run>
+TeamCase case_of(const std::string& name, std::shared_ptr<const Problem<T>> problem, const Run& run) {
+    return {name + ' ' + text(problem->p), [=](int team, bool twice) {
+                const auto once = [&](const Call<T>& v) { run(team, v); };
+                const Operand<T> c = problem->result(once);
+                if (!twice)
+                    return problem->right(c);
+                beforeSecondRun();
+                return problem->right(c) && c.same_bits(problem->result(once));
+            }};
+}
 template <class T>
 TeamCase case_of(const Routine<T>& routine, const Shape& p, bool decides) {
     const auto problem = std::make_shared<const Problem<T>>(routine.operation, p);
-    TeamCase one{text(p) + ' ' + routine.name, [=](int team, bool twice) {
-                     const auto run = [&](const Call<T>& v) {
-                         decides ? routine.decided(v) : routine.on_team(&team, v);
-                     };
-                     const Operand<T> c = problem->result(run);
-                     return problem->right(c) && (!twice || c.same_bits(problem->result(run)));
-                 }};
+    TeamCase one = case_of(routine.name, problem, [=](int team, const Call<T>& v) {
+        decides ? routine.decided(v) : routine.on_team(&team, v);
+    });
     if (decides && p.m > 0 && p.n > 0)
         one.threads = [=] {
             Operand<T> c = problem->before;
@@ -215,29 +211,27 @@ std::vector<TeamCase> cases_of_level(bool vectors, Pairs given, Pairs decided, u
     return cases;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Level2, Team,
-    testing::Values(TeamFamily{
-        "level 2",
-        [] {
-            return cases_of_level(
-                true, {{3, 33}, {100, 129}, {1, 1}, {40, 7}, {700, 300}, {9, 1030}},
-                {{0, 500}, {500, 0}, {1, 1}, {127, 127}, {200, 200}, {300, 255}, {60, 300}, {20, 1600}}, 2);
-        },
-        [] {
-            return cases_of_level(true, {{100, 129}, {40, 60}}, {}, 3);
-        }}));
-INSTANTIATE_TEST_SUITE_P(
-    Level3, Team,
-    testing::Values(TeamFamily{
-        "level 3",
-        [] {
-            return cases_of_level(
-                false, {}, {{0, 9}, {9, 0}, {16, 16}, {16, 17}, {17, 16}, {5, 100}, {3, 70}, {90, 140}, {150, 129}}, 2);
-        },
-        [] {
-            return cases_of_level(false, {}, {{9, 40}, {40, 70}, {110, 120}}, 6);
-        }}));
+const TeamFamily level2{"level 2",
+                        [] {
+                            return cases_of_level(
+                                true, {{3, 33}, {100, 129}, {1, 1}, {40, 7}, {700, 300}, {9, 1030}},
+                                {{0, 500}, {500, 0}, {1, 1}, {127, 127}, {200, 200}, {300, 255}, {60, 300}, {20, 1600}},
+                                2);
+                        },
+                        [] {
+                            return cases_of_level(true, {{100, 129}, {40, 60}}, {}, 3);
+                        }};
+const TeamFamily level3{
+    "level 3",
+    [] {
+        return cases_of_level(
+            false, {}, {{0, 9}, {9, 0}, {16, 16}, {16, 17}, {17, 16}, {5, 100}, {3, 70}, {90, 140}, {150, 129}}, 2);
+    },
+    [] {
+        return cases_of_level(false, {}, {{9, 40}, {40, 70}, {110, 120}}, 6);
+    }};
+INSTANTIATE_TEST_SUITE_P(Level2, Team, testing::Values(level2));
+INSTANTIATE_TEST_SUITE_P(Level3, Team, testing::Values(level3));
 
 // ---- GEMM ----------------------------------------------------------------------------------------------------------
 
@@ -248,51 +242,6 @@ GemmCall<T> problem_of(const Call<T>& v) {
 template <class T>
 void driver(const Call<T>& v) {
     call_gemm(routine_for<T>(qrv_blas_sgemm, qrv_blas_cgemm), v);
-}
-
-// On busy cores the caller does the parts of all.
-template <class Run>
-auto result_alone(const Run& run) {
-    aloneUntil = ticks_now() + longestAlone;
-    largestTeam = 0;
-    return run();
-}
-TEST_OF_ELEMENTS(TeamsOnBusyCores, BitsOfTheTeam) {
-    if (omp_get_thread_limit() < 8 || omp_get_dynamic())
-        GTEST_SKIP() << "teams are limited";
-    const DynamicAdjustment dynamic(1);
-    constexpr int team = 3;
-    for (const Routine<T>& routine : routines<T>()) {
-        const bool gemv = std::string_view(routine.name).substr(1) == "gemv";
-        if (!routine.decided || (routine.on_team && !gemv))
-            continue;
-        for (Shape p : every_option<T>(routine.operation)) {
-            p.m = 150, p.n = 140, p.k = routine.operation.updates() ? 90 : 0, p.alpha = 0.5F, p.beta = -0.75F;
-            const Problem<T> problem(routine.operation, p);
-            const auto run = [&] {
-                return problem.result([&](const Call<T>& v) { gemv ? routine.on_team(&team, v) : routine.decided(v); });
-            };
-            aloneUntil = 0;
-            const Operand<T> together = run();
-            EXPECT_TRUE(together.same_bits(result_alone(run))) << routine.name << ' ' << p;
-            EXPECT_TRUE(largestTeam == 0 || !goes_by_work(ThisMachine{})) << routine.name << ' ' << p;
-        }
-    }
-    for (const VectorRoutine<T>& routine : vector_routines<T>())
-        if (routine.on_team) {
-            EXPECT_TRUE(result_alone([&] {
-                return comes_out_exactly(routine, {.n = 1000, .incy = -2},
-                                         [&](const VectorCall<T>& v) { return routine.on_team(&team, v); });
-            })) << routine.name;
-            EXPECT_EQ(largestTeam, 0) << routine.name;
-        }
-    const GemmCase<T> product({.transb = 'T', .m = 80, .n = 90, .k = 70, .alpha = -0.5F, .beta = 0.5F});
-    const auto multiplied = [&] {
-        return product.result([&](const Call<T>& v) { gemm_grid_region(problem_of(v), team); });
-    };
-    aloneUntil = 0;
-    const Operand<T> together = multiplied();
-    EXPECT_TRUE(together.same_bits(result_alone(multiplied)) && largestTeam == 0);
 }
 
 // Facts of a machine of each class; the build stays the one of this run. For complex operands all classes are one.
@@ -344,11 +293,7 @@ void add_gemm_cases(std::vector<TeamCase>& cases, std::initializer_list<GemmSize
             p.alpha = 0;
         const auto problem = std::make_shared<const GemmCase<T>>(p);
         for (const NamedWay<T>& way : ways)
-            cases.push_back({way.name + ' ' + text(p), [problem, run = way.run](int team, bool twice) {
-                                 const auto once = [&](const Call<T>& v) { run(team, v); };
-                                 const Operand<T> c = problem->result(once);
-                                 return problem->right(c) && (!twice || c.same_bits(problem->result(once)));
-                             }});
+            cases.push_back(case_of<T>(way.name, problem, way.run));
     };
     const std::vector<NamedWay<T>> smallWay{
         {"small region", [](int team, const Call<T>& v) { gemm_small_region(problem_of(v), team); }},
@@ -369,13 +314,36 @@ std::vector<TeamCase> gemm_cases(std::initializer_list<GemmSize> few) {
     add_gemm_cases<SingleComplex>(cases, few);
     return cases;
 }
-INSTANTIATE_TEST_SUITE_P(
-    Gemm, Team,
-    testing::Values(TeamFamily{
-        "gemm", [] { return gemm_cases({}); },
-        [] {
-            return gemm_cases({{130, 30, 40}, {30, 130, 40}, {40, 40, 300}, {600, 5, 5}, {120, 120, 131}});
-        }}));
+const TeamFamily products{
+    "gemm", [] { return gemm_cases({}); },
+    [] {
+        return gemm_cases({{130, 30, 40}, {30, 130, 40}, {40, 40, 300}, {600, 5, 5}, {120, 120, 131}});
+    }};
+INSTANTIATE_TEST_SUITE_P(Gemm, Team, testing::Values(products));
+
+// On busy cores the caller does the parts of all, with the bits of the team.
+TEST(TeamsOnBusyCores, BitsOfTheTeam) {
+    if (omp_get_thread_limit() < 8 || omp_get_dynamic())
+        GTEST_SKIP() << "teams are limited";
+    const DynamicAdjustment dynamic(1);
+    const auto go_alone = [] {
+        aloneUntil = ticks_now() + longestAlone;
+        largestTeam = 0;
+    };
+    for (const TeamCase& one : level1.few()) {
+        go_alone();
+        EXPECT_TRUE(one.right(3, false)) << one.name;
+        EXPECT_EQ(largestTeam, 0) << one.name;
+    }
+    beforeSecondRun = go_alone;
+    for (const TeamFamily& family : {level2, level3, products})
+        for (const TeamCase& one : family.few()) {
+            aloneUntil = 0;
+            EXPECT_TRUE(one.right(3, true)) << one.name;
+            EXPECT_TRUE(largestTeam == 0 || !one.name.starts_with("grid")) << one.name;
+        }
+    beforeSecondRun = [] {};
+}
 
 // Threads that took work memory for one product. All builds take some for blocks of the sizes below, but for the wide
 // vector forms, which compute them without packing.

@@ -49,7 +49,6 @@ struct PlanBuild {
     VectorForm form;
     void (*load)(GemmPlan<T>*);
     int (*blocked)(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan);
-    GemmMode (*pickMode)(QRV_GEMM_PARAMETERS(T), GemmPlan<T>* plan);
     bool firstRow = false; // of ssse3: real operands in panels of two columns, k in pairs
 
     bool pairs() const { return firstRow && !isComplex<T>; }
@@ -103,17 +102,13 @@ void sse42_by_plan(QRV_GEMM_PARAMETERS(T)) {
     const RestrictedForm restricted(form);
     by_plan(QRV_GEMM_ARGUMENTS);
 }
-// What the unpacked path leaves to its caller goes to the kernel.
-template <class T, auto whole, VectorForm form>
-void sse42_direct(QRV_GEMM_PARAMETERS(T)) {
+// Without packing, or by panels; what these leave to their caller goes to the kernel.
+template <class T, auto whole, VectorForm form, bool panels = false>
+void sse42_part(QRV_GEMM_PARAMETERS(T)) {
     const bool something = *m > 0 && *n > 0 && *k > 0 && *alpha != scalar<T>(0);
-    (something ? *kernel::sse42::direct_gemm<T>(form) : whole)(QRV_GEMM_ARGUMENTS);
-}
-
-template <class T, auto whole>
-void sse42_panels(QRV_GEMM_PARAMETERS(T)) {
-    const bool something = *m > 0 && *n > 0 && *k > 0 && *alpha != scalar<T>(0);
-    (something ? *kernel::sse42::multiply_by_panels<T> : whole)(QRV_GEMM_ARGUMENTS);
+    (!something ? whole
+     : panels   ? *kernel::sse42::multiply_by_panels<T>
+                : *kernel::sse42::direct_gemm<T>(form))(QRV_GEMM_ARGUMENTS);
 }
 
 #define QRV_GEMM_SUBJECTS(T, gemm)                                                                                     \
@@ -136,20 +131,19 @@ void sse42_panels(QRV_GEMM_PARAMETERS(T)) {
                 {"sse42 by plan", 5, sse42_by_plan<T, byPlan, VectorForm::sse>},                                       \
                 {"avx2 by plan", 5, sse42_by_plan<T, byPlan, VectorForm::avx2>, VectorForm::avx2},                     \
                 {"avx512 by plan", 5, sse42_by_plan<T, byPlan, VectorForm::avx512>, VectorForm::avx512},               \
-                {"avx2 direct", 5, sse42_direct<T, sse42Kernel, VectorForm::avx2>, VectorForm::avx2},                  \
-                {"avx512 direct", 5, sse42_direct<T, sse42Kernel, VectorForm::avx512>, VectorForm::avx512},            \
-                {"avx512 panels", 5, sse42_panels<T, sse42Kernel>, VectorForm::avx512}};                               \
+                {"avx2 direct", 5, sse42_part<T, sse42Kernel, VectorForm::avx2>, VectorForm::avx2},                    \
+                {"avx512 direct", 5, sse42_part<T, sse42Kernel, VectorForm::avx512>, VectorForm::avx512},              \
+                {"avx512 panels", 5, sse42_part<T, sse42Kernel, VectorForm::avx512, true>, VectorForm::avx512}};       \
     }                                                                                                                  \
     template <>                                                                                                        \
     inline std::vector<PlanBuild<T>> all_plan_builds<T>() {                                                            \
         const auto ssse3 = [](const char* name, auto load, bool firstRow) {                                            \
             using namespace kernel::ssse3;                                                                             \
-            return PlanBuild<T>{name,    4, VectorForm::sse, load, blas_##gemm##_blocked, blas_##gemm##_pick_mode,     \
-                                firstRow};                                                                             \
+            return PlanBuild<T>{name, 4, VectorForm::sse, load, blas_##gemm##_blocked, firstRow};                      \
         };                                                                                                             \
         const auto sse42 = [](const char* name, auto load, VectorForm form) {                                          \
             using namespace kernel::sse42;                                                                             \
-            return PlanBuild<T>{name, 5, form, load, blas_##gemm##_blocked, blas_##gemm##_pick_mode};                  \
+            return PlanBuild<T>{name, 5, form, load, blas_##gemm##_blocked};                                           \
         };                                                                                                             \
         return {ssse3("ssse3 row 0", load_ssse3<T, 0>, true), ssse3("ssse3 row 1", load_ssse3<T, 1>, false),           \
                 sse42("sse42", load_sse42<T, VectorForm::sse>, VectorForm::sse),                                       \
@@ -169,30 +163,20 @@ constexpr int fill_up(int x, int unit) {
 // A packed operand: panels of `unit` lanes, rows of op(A) or columns of op(B), with a gap behind each, in memory up to
 // a guarded page at most 63 bytes behind it. All of it is NaN before.
 template <class T>
-class Packed {
-public:
-    int stride;
+struct Packed {
+    int stride, floats;
+    GuardPageArray memory;
 
     // copy(buffer, stride) packs.
     template <class Copy>
     Packed(int lanes, int k, int unit, int kUnit, const Copy& copy)
-        : stride(unit * fill_up(k, kUnit) + gap), count_((lanes + unit - 1) / unit * stride),
-          memory_((floats(count_) + 15) / 16 * 16) {
-        std::fill_n(memory_.data(), floats(count_), nan);
+        : stride(unit * fill_up(k, kUnit) + 8),
+          floats(fill_up(fill_up(lanes, unit) / unit * stride * int(sizeof(T) / sizeof(float)), 16)),
+          memory(std::size_t(floats)) {
+        std::fill_n(memory.data(), floats, nan);
         copy(data(), &stride);
-        bool clean = true;
-        for (int panel = stride; panel <= count_; panel += stride)
-            for (int p = panel - gap; p < panel; ++p)
-                clean = clean && has_nan(data()[p]);
-        EXPECT_TRUE(clean) << "written behind a panel";
     }
-    T* data() { return reinterpret_cast<T*>(memory_.data()); }
-
-private:
-    static constexpr int gap = 8;
-    static std::size_t floats(int elements) { return static_cast<std::size_t>(elements) * sizeof(T) / sizeof(float); }
-    int count_;
-    GuardPageArray memory_;
+    T* data() { return reinterpret_cast<T*>(memory.data()); }
 };
 
 template <class T>

@@ -2,8 +2,10 @@
 // threaded routines.
 #pragma once
 
+#include <functional>
 #include <gtest/gtest.h>
 #include <ostream>
+#include <string_view>
 
 #include "blas/native.hpp"
 #include "blas/thread/common/level1/level1_threads.hpp"
@@ -36,8 +38,22 @@ struct VectorRoutine {
     const VectorRow* row = nullptr; // by which it decides on a team, if it has a threaded form
     T (*decided)(const VectorCall<T>& v) = nullptr;
     T (*on_team)(const int* threads, const VectorCall<T>& v) = nullptr;
-    bool sums = false; // its value is a sum over all elements
+
+    bool sums() const { return std::string_view(name).substr(1).starts_with("dot"); } // all its elements
 };
+
+// The value of a call, whether it is returned or stored at the first address.
+template <class T, class Function, class... Arguments>
+T value_of(const Function& function, Arguments... arguments) {
+    T value{};
+    if constexpr (std::is_invocable_r_v<T, Function, Arguments...>)
+        value = function(arguments...);
+    else if constexpr (std::is_invocable_v<Function, T*, Arguments...>)
+        value = scalar<T>(nan), function(&value, arguments...);
+    else
+        function(arguments...);
+    return value;
+}
 
 #define QRV_XY(v) &v.n, v.x, &v.incx, v.y, &v.incy
 #define QRV_AXPY(v) &v.n, &factor, v.x, &v.incx, v.y, &v.incy
@@ -47,11 +63,15 @@ struct VectorRoutine {
 #define QRV_CSCAL(v) &v.n, &complexFactor, v.x, &v.incx
 
 #define QRV_SERIAL_VECTORS(T, name, arguments)                                                                         \
-    [](const VectorBuild& build, const VectorCall<T>& v) { return build.blas_##name##_kernel(arguments(v)), T{}; }
+    [](const VectorBuild& build, const VectorCall<T>& v) {                                                             \
+        return value_of<T>(build.blas_##name##_kernel, arguments(v));                                                  \
+    }
 #define QRV_VECTORS_OF(T, name, arguments)                                                                             \
     QRV_SERIAL_VECTORS(T, name, arguments), &name##Row,                                                                \
-        [](const VectorCall<T>& v) { return qrv_blas_##name(arguments(v)), T{}; },                                     \
-        [](const int* team, const VectorCall<T>& v) { return qrv_blas_##name##_omp(team, arguments(v)), T{}; }
+        [](const VectorCall<T>& v) { return value_of<T>(qrv_blas_##name, arguments(v)); },                             \
+        [](const int* team, const VectorCall<T>& v) {                                                                  \
+            return value_of<T>(std::bind_front(qrv_blas_##name##_omp, team), arguments(v));                            \
+        }
 
 template <class T>
 void add_scaled(Wide<T>& x, Wide<T>& y, Wide<T>&) {
@@ -77,6 +97,26 @@ void scale(Wide<T>& x, Wide<T>&, Wide<T>&) {
     x *= factor;
 }
 
+// What each flag of SROTM stands for, h11, h21, h12 and h22, of which those that it tells itself are not read.
+constexpr float modifiedRotations[][4] = {
+    {1, 0, 0, 1}, {0.5F, -0.25F, 2, -0.75F}, {1, -0.25F, 2, 1}, {0.5F, -1, 1, -0.75F}};
+
+template <int which>
+void modified_rotation(double& x, double& y, double&) {
+    const auto& h = modifiedRotations[which];
+    const double rotated = h[0] * x + h[2] * y;
+    y = h[1] * x + h[3] * y;
+    x = rotated;
+}
+template <int which>
+float modified_rotation_on(const VectorBuild& build, const VectorCall<float>& v) {
+    const auto& h = modifiedRotations[which];
+    const bool onDiagonal = which % 2 == 1, beside = which == 1 || which == 2; // are read
+    const float param[] = {which - 2.0F, onDiagonal ? h[0] : nan, beside ? h[1] : nan, beside ? h[2] : nan,
+                           onDiagonal ? h[3] : nan};
+    return value_of<float>(build.blas_srotm_kernel, QRV_XY(v), param);
+}
+
 template <class T>
 const std::vector<VectorRoutine<T>>& vector_routines();
 
@@ -93,11 +133,12 @@ inline const std::vector<VectorRoutine<float>>& vector_routines<float>() {
              x = rotated;
          },
          QRV_VECTORS_OF(float, srot, QRV_ROT)},
-        {"sdot", add_product<float>,
-         [](const VectorBuild& build, const VectorCall<float>& v) { return build.blas_sdot_kernel(QRV_XY(v)); },
-         &sdotRow, [](const VectorCall<float>& v) { return qrv_blas_sdot(QRV_XY(v)); },
-         [](const int* team, const VectorCall<float>& v) { return qrv_blas_sdot_omp(team, QRV_XY(v)); }, true},
+        {"sdot", add_product<float>, QRV_VECTORS_OF(float, sdot, QRV_XY)},
         {"sscal", scale<float>, QRV_SERIAL_VECTORS(float, sscal, QRV_SCAL)},
+        {"srotm of -2", modified_rotation<0>, modified_rotation_on<0>},
+        {"srotm of -1", modified_rotation<1>, modified_rotation_on<1>},
+        {"srotm of 0", modified_rotation<2>, modified_rotation_on<2>},
+        {"srotm of 1", modified_rotation<3>, modified_rotation_on<3>},
     };
     return list;
 }
@@ -109,27 +150,8 @@ inline const std::vector<VectorRoutine<SingleComplex>>& vector_routines<SingleCo
         {"caxpy", add_scaled<C>, QRV_VECTORS_OF(C, caxpy, QRV_CAXPY)},
         {"ccopy", copy_element<C>, QRV_VECTORS_OF(C, ccopy, QRV_XY)},
         {"cswap", swap_elements<C>, QRV_VECTORS_OF(C, cswap, QRV_XY)},
-        {"cdotc", add_product<C>,
-         [](const VectorBuild& build, const VectorCall<C>& v) {
-             C value{nan, nan};
-             return build.blas_cdotc_kernel(&value, QRV_XY(v)), value;
-         },
-         &cdotcRow,
-         [](const VectorCall<C>& v) {
-             C value{nan, nan};
-             return qrv_blas_cdotc(&value, QRV_XY(v)), value;
-         },
-         [](const int* team, const VectorCall<C>& v) {
-             C value{nan, nan};
-             return qrv_blas_cdotc_omp(team, &value, QRV_XY(v)), value;
-         },
-         true},
-        {"cdotu", [](Wide<C>& x, Wide<C>& y, Wide<C>& sum) { sum += x * y; },
-         [](const VectorBuild& build, const VectorCall<C>& v) {
-             C value{nan, nan};
-             return build.blas_cdotu_kernel(&value, QRV_XY(v)), value;
-         },
-         nullptr, nullptr, nullptr, true},
+        {"cdotc", add_product<C>, QRV_VECTORS_OF(C, cdotc, QRV_XY)},
+        {"cdotu", [](Wide<C>& x, Wide<C>& y, Wide<C>& sum) { sum += x * y; }, QRV_SERIAL_VECTORS(C, cdotu, QRV_XY)},
         {"cscal", [](Wide<C>& x, Wide<C>&, Wide<C>&) { x *= widen(complexFactor); },
          QRV_SERIAL_VECTORS(C, cscal, QRV_CSCAL)},
         {"csscal", scale<C>, QRV_SERIAL_VECTORS(C, csscal, QRV_SCAL)},
@@ -169,7 +191,7 @@ bool comes_out(const VectorRoutine<T>& routine, const VectorShape& p, const Elem
     const int flags = flags_raised([&] { result = run(VectorCall<T>{p.n, x.data(), p.incx, y.data(), p.incy}); });
     const auto allowed = [&](std::size_t i) { return error(static_cast<int>(i), size); };
     return holds(x, wideX, allowed) && holds(y, wideY, allowed) &&
-           std::abs(widen(result) - sum) <= (routine.sums ? error(-1, size) : 0) && flags == 0;
+           std::abs(widen(result) - sum) <= (routine.sums() ? error(-1, size) : 0) && flags == 0;
 }
 // Numbers that do not round.
 template <class T, class Run>

@@ -9,8 +9,6 @@
     void blas_##gemm##_small(QRV_GEMM_PARAMETERS(T));
 #define QRV_DECLARE_PLAN_PIECES_OF(T, gemm)                                                                            \
     QRV_DECLARE_VECTOR_PIECES_OF(T, gemm)                                                                              \
-    /* packBoth or packA, by the size of a block of B. */                                                              \
-    GemmMode blas_##gemm##_pick_mode(QRV_GEMM_PARAMETERS(T), GemmPlan<T>* plan);                                       \
     /* The whole serial GEMM by the plan, whatever its size. */                                                        \
     void blas_##gemm##_by_plan(QRV_GEMM_PARAMETERS(T));
 #define QRV_DECLARE_VECTOR_PIECES                                                                                      \

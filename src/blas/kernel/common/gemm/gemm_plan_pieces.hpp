@@ -91,11 +91,6 @@ static_assert(complex_tile::columnUnit * complexSliverFactor * complex_tile::par
                                    GemmPlan<T>* plan) {                                                                \
         return buffer_sizes(set, clip, m, n, k, plan);                                                                 \
     }                                                                                                                  \
-    GemmMode blas_##gemm##_pick_mode(const char*, const char*, const int*, const int* n, const int* k, const T*,       \
-                                     const T*, const int*, const T*, const int*, const T*, T*, const int*,             \
-                                     GemmPlan<T>* plan) {                                                              \
-        return pick_mode(*n, *k, *plan);                                                                               \
-    }                                                                                                                  \
     int blas_##gemm##_blocked(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan) {                              \
         return blocked(gemm_call<T>(QRV_GEMM_ARGUMENTS), mode, plan);                                                  \
     }                                                                                                                  \
