@@ -186,31 +186,28 @@ TEST(ProcessorEnvironment, ForcedClasses) {
                 {"", "", detected},
                 {"2                               ", "", detected}}; // beyond its room
     for (const auto& [type, ma, found] : rows)
-        expect_found({"processor"}, {{"QRV_DEBUG_CPU_TYPE", type}, {"QRV_DEBUG_CPU_MA", ma}}, found);
-    expect_found({"processor"}, {}, detected);
-    expect_found({"processor", "set_QRV_DEBUG_CPU_TYPE=3", "processor"}, {{"QRV_DEBUG_CPU_TYPE", "2"}}, "cpu_type=2");
+        expect_found({"ask"}, {{"QRV_DEBUG_CPU_TYPE", type}, {"QRV_DEBUG_CPU_MA", ma}}, found);
+    expect_found({"ask"}, {}, detected);
+    expect_found({"ask", "set_QRV_DEBUG_CPU_TYPE=3", "ask"}, {{"QRV_DEBUG_CPU_TYPE", "2"}}, "cpu_type=2");
 }
 
 TEST(VectorForms, NeedProcessorAndSystem) {
     constexpr std::uint32_t fma = 1U << 12, osxsave = 1U << 27, avx = 1U << 28;
-    constexpr std::uint32_t avx2 = 1U << 5, f = 1U << 16, dq = 1U << 17, bw = 1U << 30, vl = 1U << 31;
-    const auto form = [](std::uint32_t ecx1, std::uint32_t ebx7, std::uint32_t xcr0) {
+    constexpr std::uint32_t avx2Bit = 1U << 5, f = 1U << 16, dq = 1U << 17, bw = 1U << 30, vl = 1U << 31;
+    using enum VectorForm;
+    const struct {
+        std::uint32_t ecx1, ebx7, states; // what is missing
+        VectorForm form;
+    } rows[] = {{0, 0, 0, avx512},  {fma, 0, 0, sse},   {osxsave, 0, 0, sse}, {avx, 0, 0, sse}, {0, avx2Bit, 0, sse},
+                {0, f, 0, avx2},    {0, dq, 0, avx2},   {0, bw, 0, avx2},     {0, vl, 0, avx2}, {0, 0, 0x20, avx2},
+                {0, 0, 0x40, avx2}, {0, 0, 0x80, avx2}, {0, 0, 0x2, sse},     {0, 0, 0x4, sse}};
+    for (const auto& row : rows) {
         CpuidWords leaf1, leaf7;
-        leaf1.ecx = ecx1;
-        leaf7.ebx = ebx7;
-        return vector_form_of(leaf1, leaf7, xcr0);
-    };
-    constexpr std::uint32_t all1 = fma | osxsave | avx, all7 = avx2 | f | dq | bw | vl, allStates = 0xE7;
-    EXPECT_EQ(form(all1, all7, allStates), VectorForm::avx512);
-    for (const std::uint32_t missing : {fma, osxsave, avx})
-        EXPECT_EQ(form(all1 & ~missing, all7, allStates), VectorForm::sse) << missing;
-    EXPECT_EQ(form(all1, all7 & ~avx2, allStates), VectorForm::sse);
-    for (const std::uint32_t missing : {f, dq, bw, vl})
-        EXPECT_EQ(form(all1, all7 & ~missing, allStates), VectorForm::avx2) << missing;
-    for (const std::uint32_t missing : {0x20U, 0x40U, 0x80U})
-        EXPECT_EQ(form(all1, all7, allStates & ~missing), VectorForm::avx2) << missing;
-    for (const std::uint32_t missing : {0x2U, 0x4U})
-        EXPECT_EQ(form(all1, all7, allStates & ~missing), VectorForm::sse) << missing;
+        leaf1.ecx = (fma | osxsave | avx) & ~row.ecx1;
+        leaf7.ebx = (avx2Bit | f | dq | bw | vl) & ~row.ebx7;
+        EXPECT_EQ(vector_form_of(leaf1, leaf7, 0xE7 & ~row.states), row.form)
+            << row.ecx1 << ' ' << row.ebx7 << ' ' << row.states;
+    }
 }
 
 } // namespace

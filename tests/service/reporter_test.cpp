@@ -1,6 +1,5 @@
 // Reports, messages, the option compare, and the slots.
 #include <chrono>
-#include <functional>
 #include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -39,16 +38,20 @@ TEST(Options, FirstLettersWithoutCase) {
 }
 
 TEST(Report, TextByValue) {
-    EXPECT_EQ(report("SGEMM ", 8, 6), "\nQRV ERROR: Parameter 8 was incorrect on entry to SGEMM \n");
-    EXPECT_EQ(report("SGETRF", 0, 6), "\nQRV INTERNAL ERROR: Condition 0 detected in function SGETRF\n");
-    EXPECT_EQ(report("SGETRF", -3, 6), "\nQRV INTERNAL ERROR: Condition 3 detected in function SGETRF\n");
-    EXPECT_EQ(report("SGETRF", 1000, 6), "\nQRV INTERNAL ERROR: Not enough work memory in function SGETRF\n");
-    EXPECT_EQ(report("SGETRF", 1001, 6), "\nQRV ERROR: Incompatible optional parameters on entry to SGETRF\n");
-    EXPECT_EQ(report("SGETRF", 1079, 6), "\nQRV INTERNAL ERROR: Not enough work memory in function SGETRF\n");
-    EXPECT_EQ(report("ABCDEFGHIJKLMNOPQRSTUVWXY", 1, 25),
-              "\nQRV ERROR: Parameter 1 was incorrect on entry to ABCDEFGHIJKLMNOPQRST\n");
-    EXPECT_EQ(report("100%s%n", 2, 7), "\nQRV ERROR: Parameter 2 was incorrect on entry to 100%s%n\n")
-        << "a name is text, not a format";
+    const struct {
+        std::string name;
+        int info;
+        std::string text;
+    } rows[] = {{"SGEMM ", 8, "ERROR: Parameter 8 was incorrect on entry to SGEMM "},
+                {"SGETRF", 0, "INTERNAL ERROR: Condition 0 detected in function SGETRF"},
+                {"SGETRF", -3, "INTERNAL ERROR: Condition 3 detected in function SGETRF"},
+                {"SGETRF", 1000, "INTERNAL ERROR: Not enough work memory in function SGETRF"},
+                {"SGETRF", 1001, "ERROR: Incompatible optional parameters on entry to SGETRF"},
+                {"SGETRF", 1079, "INTERNAL ERROR: Not enough work memory in function SGETRF"},
+                {"ABCDEFGHIJKLMNOPQRSTUVWXY", 1, "ERROR: Parameter 1 was incorrect on entry to ABCDEFGHIJKLMNOPQRST"},
+                {"100%s%n", 2, "ERROR: Parameter 2 was incorrect on entry to 100%s%n"}}; // a name is no format
+    for (const auto& [name, info, text] : rows)
+        EXPECT_EQ(report(name.data(), info, static_cast<int>(name.size())), "\nQRV " + text + '\n');
 }
 
 TEST(Report, OverlongMessageEndsTheProcess) {
@@ -103,15 +106,13 @@ TEST(Slots, ReporterAndProgress) {
 
 TEST(Slots, LapackEntriesSetBothToTheirDefaults) {
     const int n = -1, info = 1, thread = 0, late = 6;
-    int result = 0;
-    const auto checks = [&] { SGETRF(&n, &n, nullptr, &n, nullptr, &result); };
-    const auto checksNothing = [&] { SLASWP(&n, nullptr, &n, &n, &n, nullptr, &n); };
-    for (const std::function<void()>& entry : {std::function<void()>(checks), std::function<void()>(checksNothing)}) {
+    for (const bool checks : {true, false}) {
         qrv_serv_set_xerbla(listener);
         qrv_serv_set_progress(stop_after_five);
         heard.clear();
         const auto call = [&] {
-            entry();
+            int result = 0;
+            checks ? SGETRF(&n, &n, nullptr, &n, nullptr, &result) : SLASWP(&n, nullptr, &n, &n, &n, nullptr, &n);
             qrv_serv_xerbla("SFAKE ", &info, 6);
         };
         EXPECT_NE(printed(call), "") << "the default report, not the listener's";

@@ -22,81 +22,67 @@ const char* fake_reader(const char* name) {
     return found == fakeEnvironment.end() ? nullptr : found->second.c_str();
 }
 
-ThreadSettings settings_of(std::map<std::string, std::string> environment, ThreadSettings given = {}) {
-    fakeEnvironment = std::move(environment);
-    return read_thread_settings(given, fake_reader);
-}
-
-TEST(ThreadSettings, NumberOfThreads) {
-    const struct {
-        const char* text;
-        int expected;
-    } rows[] = {{"4", 4}, {"abc", 1}, {"8x", 1}, {"0", -1},  {"00", -1},
-                {"", -1}, {"-3", 1},  {" 2", 1}, {"007", 7}, {"99999999999999999999", 2147483647}};
-    for (const auto& row : rows)
-        EXPECT_EQ(settings_of({{"QRV_NUM_THREADS", row.text}}).requested[0], row.expected) << row.text;
-    EXPECT_EQ(settings_of({{"QRV_NUM_THREADS", std::string(255, '0') + "4"}}).requested[0], -1)
-        << "a text beyond its room counts as unset";
-}
-
-TEST(ThreadSettings, DomainList) {
-    const struct {
-        const char* text;
-        int all, blas, fft, vec;
-    } rows[] = {
-        {"QRV_ALL=4,QRV_BLAS=2;QRV_FFT 3", 4, 2, 3, -1},
-        {"QRV_BLAS=", -1, 1, -1, -1},
-        {"QRV_BLAS=x", -1, 1, -1, -1},
-        {"QRV_BLAS=2x", -1, 1, -1, -1},
-        {"QRV_BLAS=0", -1, -1, -1, -1},
-        {"QRV_BLAS=0,QRV_BLAS=5", -1, 5, -1, -1},
-        {"QRV_BLAS=3,QRV_BLAS=5", -1, 3, -1, -1},
-        {"qrv_blas=3", -1, -1, -1, -1},
-        {"OTHER=3 QRV_VEC = 2", -1, -1, -1, 2},
-        {"\"QRV_ALL=2\" 'QRV_VEC=5'", 2, -1, -1, 5},
-        {"QRV_FFT==6", -1, -1, 6, -1},
-        {" ,;:\"'QRV_FFT=6", -1, -1, 6, -1},
-        {"=3,QRV_FFT=6", -1, -1, -1, -1},      // an empty key ends the list
-        {"QRV_ALL,QRV_FFT=6", -1, -1, -1, -1}, // a comma does not end a key
-        {"QRV_ALL:QRV_FFT=6 QRV_VEC=1", -1, -1, -1, 1},
-        {"QRV_ALL", 1, -1, -1, -1},
-        {"QRV_BLAS=,QRV_FFT=2", -1, 1, 2, -1},
+// What is not as without an environment.
+std::string settings_of(const std::map<std::string, std::string>& environment, ThreadSettings given = {}) {
+    fakeEnvironment = environment;
+    const ThreadSettings found = read_thread_settings(given, fake_reader);
+    std::string text;
+    const auto tell = [&](const char* name, int value, int byDefault) {
+        if (value != byDefault)
+            text += (text.empty() ? "" : " ") + std::string(name) + '=' + std::to_string(value);
     };
-    for (const auto& row : rows) {
-        const ThreadSettings found = settings_of({{"QRV_DOMAIN_NUM_THREADS", row.text}});
-        EXPECT_TRUE(found.requested[0] == row.all && found.requested[1] == row.blas && found.requested[2] == row.fft &&
-                    found.requested[3] == row.vec)
-            << row.text << " gave " << found.requested[0] << ' ' << found.requested[1] << ' ' << found.requested[2]
-            << ' ' << found.requested[3];
-    }
-    EXPECT_EQ(settings_of({{"QRV_NUM_THREADS", "2"}, {"QRV_DOMAIN_NUM_THREADS", "QRV_ALL=8"}}).requested[0], 2);
-    EXPECT_EQ(settings_of({{"QRV_NUM_THREADS", "0"}, {"QRV_DOMAIN_NUM_THREADS", "QRV_ALL=8"}}).requested[0], 8);
+    tell("all", found.requested[0], -1);
+    tell("blas", found.requested[1], -1);
+    tell("fft", found.requested[2], -1);
+    tell("vec", found.requested[3], -1);
+    tell("dynamic", found.dynamic, 1);
+    tell("omp", found.ompNumThreads, -1);
+    tell("processes", found.mpiProcsPerNode, -1);
+    tell("level", found.mpiThreadLevel, -1);
+    return text;
+}
+
+TEST(ThreadSettings, OfTheEnvironment) {
+    const std::string processes = "W_MPI_NUMBER_OF_MPI_PROCESSES_PER_NODE", level = "W_MPI_THREAD_LEVEL",
+                      all = "QRV_NUM_THREADS", domains = "QRV_DOMAIN_NUM_THREADS", dynamic = "QRV_DYNAMIC",
+                      omp = "OMP_NUM_THREADS";
+    const struct {
+        std::string name;
+        std::vector<std::string> texts; // that say the same
+        const char* found;
+    } rows[] = {
+        {all, {"4"}, "all=4"},
+        {all, {"007"}, "all=7"},
+        {all, {"abc", "8x", "-3", " 2"}, "all=1"},
+        {all, {"0", "00", "", std::string(255, '0') + "4"}, ""}, // the last one is beyond its room
+        {all, {"99999999999999999999"}, "all=2147483647"},
+        {domains, {"QRV_ALL=4,QRV_BLAS=2;QRV_FFT 3"}, "all=4 blas=2 fft=3"},
+        {domains, {"QRV_BLAS=", "QRV_BLAS", "QRV_BLAS=x", "QRV_BLAS=2x"}, "blas=1"},
+        {domains, {"QRV_BLAS=0,QRV_BLAS=5", "QRV_BLAS=5,QRV_BLAS=3"}, "blas=5"},
+        {domains, {"OTHER=3 QRV_VEC = 2 qrv_blas=3"}, "vec=2"},
+        {domains, {"\"QRV_ALL=2\" 'QRV_VEC=5'"}, "all=2 vec=5"},
+        {domains, {"QRV_FFT==6", " ,;:\"'QRV_FFT=6"}, "fft=6"},
+        {domains, {"=3,QRV_FFT=6", "QRV_ALL,QRV_FFT=6"}, ""}, // an empty key ends the list, a comma no key
+        {domains, {"QRV_ALL:QRV_FFT=6 QRV_VEC=1"}, "vec=1"},
+        {domains, {"QRV_BLAS=,QRV_FFT=2"}, "blas=1 fft=2"},
+        {dynamic, {"FALSE", "false", " \"false\"", "'FALSE' x"}, "dynamic=0"},
+        {dynamic, {"False", "0", "no", "true", "falsehood", ""}, ""},
+        {omp, {"4,2"}, "omp=1"},
+        {omp, {"0"}, ""},
+        {processes, {"2"}, "processes=2"},
+        {processes, {"0", "2x"}, ""},
+        {level, {"3"}, "level=3"},
+        {level, {"4", "x"}, "level=0"},
+        {level, {""}, ""},
+    };
+    for (const auto& [name, texts, found] : rows)
+        for (const std::string& text : texts)
+            EXPECT_EQ(settings_of({{name, text}}), found) << name << '=' << text;
+    EXPECT_EQ(settings_of({{all, "2"}, {domains, "QRV_ALL=8"}}), "all=2");
+    EXPECT_EQ(settings_of({{all, "0"}, {domains, "QRV_ALL=8"}}), "all=8");
     ThreadSettings given;
     given.requested[QRV_DOMAIN_BLAS] = 0;
-    EXPECT_EQ(settings_of({{"QRV_DOMAIN_NUM_THREADS", "QRV_BLAS=8"}}, given).requested[1], 0)
-        << "a setter's store, even of 0, wins over the environment";
-}
-
-TEST(ThreadSettings, DynamicAndLaunchers) {
-    for (const char* off : {"FALSE", "false", " \"false\"", "'FALSE' x"})
-        EXPECT_EQ(settings_of({{"QRV_DYNAMIC", off}}).dynamic, 0) << off;
-    for (const char* on : {"False", "0", "no", "true", "falsehood", ""})
-        EXPECT_EQ(settings_of({{"QRV_DYNAMIC", on}}).dynamic, 1) << on;
-    EXPECT_EQ(settings_of({}).dynamic, 1);
-
-    EXPECT_EQ(settings_of({{"OMP_NUM_THREADS", "4,2"}}).ompNumThreads, 1);
-    EXPECT_EQ(settings_of({{"OMP_NUM_THREADS", "0"}}).ompNumThreads, -1);
-    const auto procs = [](const char* text) {
-        return settings_of({{"W_MPI_NUMBER_OF_MPI_PROCESSES_PER_NODE", text}}).mpiProcsPerNode;
-    };
-    EXPECT_EQ(procs("2"), 2);
-    EXPECT_EQ(procs("0"), -1);
-    EXPECT_EQ(procs("2x"), -1);
-    const auto level = [](const char* text) { return settings_of({{"W_MPI_THREAD_LEVEL", text}}).mpiThreadLevel; };
-    EXPECT_EQ(level("3"), 3);
-    EXPECT_EQ(level("4"), 0);
-    EXPECT_EQ(level("x"), 0);
-    EXPECT_EQ(level(""), -1) << "empty is unset";
+    EXPECT_EQ(settings_of({{domains, "QRV_BLAS=8"}}, given), "blas=0") << "a setter's store, even of 0, wins";
 }
 
 // ---- Decision ---------------------------------------------------------------------------------------------
@@ -190,53 +176,33 @@ std::vector<int> ids(int count) {
     return list;
 }
 
-CoreCount count(SimulatedMachine machine) {
-    const CoreCount result = qrv_serv_count_cores(machine);
-    EXPECT_EQ(machine.pinned, -1);
-    if (result.outcome == CountOutcome::counted) {
-        EXPECT_EQ(machine.restores, 1) << "the thread is put back exactly once";
-    }
-    return result;
-}
-
 TEST(CoreCount, SimulatedMachines) {
     const struct {
         const char* what;
-        std::vector<int> apicIds;
-        std::uint32_t logicalPerPackage, coresPerPackage;
+        SimulatedMachine machine;
         int physical, logical;
-        std::uint32_t highestLeaf = 11;
-        bool knownVendor = true;
+        CountOutcome outcome = CountOutcome::counted;
     } rows[] = {
-        {"one processor", ids(1), 1, 1, 1, 1},
-        {"four cores", ids(4), 4, 4, 4, 4},
-        {"four cores, two threads each", ids(8), 8, 4, 4, 8},
-        {"threads numbered after cores", {0, 2, 4, 6, 1, 3, 5, 7}, 8, 4, 4, 8},
-        {"two packages of two cores, two threads each", ids(8), 4, 2, 4, 8},
-        {"ids reserved beyond the cores there are", {0, 1, 2, 3, 4, 5, 16, 17, 18, 19, 20, 21}, 16, 8, 6, 12},
-        {"old leaves only: one core a package", ids(2), 2, 2, 1, 2, 2},
-        {"foreign vendor: every APIC id its own core", ids(8), 8, 4, 8, 8, 11, false},
-        {"a hole: the last processor is not looked at", {0, -1, 2, 3}, 4, 4, 2, 3},
-        {"leaf 1 reserves no ids at all", ids(4), 0, 4, 4, 4},
-        {"48 processors", ids(48), 48, 24, 24, 48},
-        {"more processors than APIC ids", ids(300), 1, 1, 256, 300, 11, false},
+        {"one processor", {ids(1), 1, 1}, 1, 1},
+        {"four cores", {ids(4), 4, 4}, 4, 4},
+        {"threads numbered after cores", {{0, 2, 4, 6, 1, 3, 5, 7}, 8, 4}, 4, 8},
+        {"two packages of two cores, two threads each", {ids(8), 4, 2}, 4, 8},
+        {"ids reserved beyond the cores there are", {{0, 1, 2, 3, 4, 5, 16, 17, 18, 19, 20, 21}, 16, 8}, 6, 12},
+        {"old leaves only: one core a package", {ids(2), 2, 2, 2}, 1, 2},
+        {"foreign vendor: every APIC id its own core", {ids(8), 8, 4, 11, false}, 8, 8},
+        {"a hole: the last processor is not looked at", {{0, -1, 2, 3}, 4, 4}, 2, 3},
+        {"leaf 1 reserves no ids at all", {ids(4), 0, 4}, 4, 4},
+        {"more processors than APIC ids", {ids(300), 1, 1, 11, false}, 256, 300},
+        {"confined", {ids(8), 1, 1, 11, true, true}, 1, 1, CountOutcome::confined},
+        {"refused", {ids(8), 1, 1, 11, true, false, true}, 1, 1, CountOutcome::refused},
     };
-    for (const auto& row : rows) {
-        const CoreCount found =
-            count({row.apicIds, row.logicalPerPackage, row.coresPerPackage, row.highestLeaf, row.knownVendor});
-        EXPECT_EQ(found.physicalCores, row.physical) << row.what;
-        EXPECT_EQ(found.logicalProcessors, row.logical) << row.what;
-    }
-}
-
-TEST(CoreCount, OneWhereNothingCanBeCounted) {
-    const SimulatedMachine confined{.apicIds = ids(8), .confined = true}, refusing{.apicIds = ids(8), .refuses = true};
-    for (const auto& [machine, outcome] :
-         {std::pair(confined, CountOutcome::confined), {refusing, CountOutcome::refused}}) {
-        const CoreCount found = count(machine);
-        EXPECT_EQ(found.outcome, outcome);
-        EXPECT_EQ(found.physicalCores, 1);
-        EXPECT_EQ(found.logicalProcessors, 1);
+    for (auto [what, machine, physical, logical, outcome] : rows) {
+        const CoreCount found = qrv_serv_count_cores(machine);
+        EXPECT_EQ(found.physicalCores, physical) << what;
+        EXPECT_EQ(found.logicalProcessors, logical) << what;
+        EXPECT_EQ(found.outcome, outcome) << what;
+        EXPECT_EQ(machine.pinned, -1) << what;
+        EXPECT_TRUE(outcome != CountOutcome::counted || machine.restores == 1) << what << ": put back exactly once";
     }
 }
 
@@ -250,27 +216,27 @@ TEST(BudgetEnvironment, OfAFreshProcess) {
         Environment environment;
         const char* found;
     } rows[] = {
-        {{"affinity", "threads", "inside"}, {}, "affinity_kept=1 dynamic=1 all_inside=1 in_parallel=1"},
-        {{"threads", "inside"},
+        {{"ask"}, {}, "affinity_kept=1 dynamic=1 all_inside=1 in_parallel=1"},
+        {{"ask"},
          {{"QRV_DYNAMIC", "FALSE"}, {"QRV_NUM_THREADS", "16"}, {"QRV_DOMAIN_NUM_THREADS", "QRV_BLAS=3"}},
          "all=16 blas=3 fft=16 all_inside=16"},
         // Setters win. An unknown domain stores nothing; 0 is no request, and keeps the environment out of a domain.
-        {{"request=3", "dynamic=0", "blas=2", "threads", "domain4=2"}, requests, "all=3 blas=2 stored=0"},
-        {{"dynamic=0", "request=0", "blas=0", "threads"}, requests, "result=0 all=7 blas=7"},
-        {{"mpi_threaded=0", "threads"}, {}, "all=1"},
-        {{"dynamic=0", "threads", "set_QRV_NUM_THREADS=5", "threads"}, requests, "all=7"}, // read once
-        {{"pinned_thread", "threads"}, eight, "affinity_kept=1 uncounted=0"}, // the caller's mask is not the process's,
-        {{"pin", "threads"}, eight, "uncounted=1 all=1"},                     // which counts as one core
+        {{"request=3", "dynamic=0", "blas=2", "ask", "domain4=2"}, requests, "all=3 blas=2 stored=0"},
+        {{"dynamic=0", "request=0", "blas=0", "ask"}, requests, "result=0 all=7 blas=7"},
+        {{"mpi_threaded=0", "ask"}, {}, "all=1"},
+        {{"dynamic=0", "ask", "set_QRV_NUM_THREADS=5", "ask"}, requests, "all=7"}, // read once
+        {{"ask_in_pinned_thread"}, eight, "affinity_kept=1 uncounted=0"}, // the caller's mask is not the process's,
+        {{"pin", "ask"}, eight, "uncounted=1 all=1"},                     // which counts as one core
     };
     for (const auto& [steps, environment, found] : rows)
         if (steps[0] != "pin" || std::thread::hardware_concurrency() > 1)
             expect_found(steps, environment, found);
     for (const char* bind : {"true", "spread", "false"}) {
-        auto found = probe({"threads"}, {{"QRV_NUM_THREADS", "8"}, {"OMP_PROC_BIND", bind}});
+        auto found = probe({"ask"}, {{"QRV_NUM_THREADS", "8"}, {"OMP_PROC_BIND", bind}});
         EXPECT_EQ(found["uncounted"], "0") << bind;
         EXPECT_EQ(found["all"], std::to_string(std::min(8, std::stoi(found["cores"])))) << bind;
     }
-    auto found = probe({"threads"}, {});
+    auto found = probe({"ask"}, {});
     EXPECT_EQ(std::stoi(found["all"]), std::min(std::stoi(found["omp"]), std::stoi(found["cores"])));
 }
 

@@ -89,21 +89,22 @@ TEST(Tuning, ValuesAtTheirBounds) {
 }
 
 TEST(Tuning, NamesAsTheyAreRead) {
-    EXPECT_EQ(ilaenv(1, "sgeqrf", 9, 301), 24);
-    EXPECT_EQ(ilaenv(1, "sGEqrF", 9, 301), 24);
-    EXPECT_EQ(ilaenv(1, "Sgeqrf", 9, 301), 1) << "the first letter tells the case";
-    EXPECT_EQ(ilaenv(1, "DGEQRF", 9, 301), 24) << "as S";
-    EXPECT_EQ(ilaenv(1, "zunmqr", 9, 301), 32) << "as C";
-    EXPECT_EQ(ilaenv(1, "ZSGEQRF", 9, 301), 1);
-    EXPECT_EQ(ilaenv(1, "SGEQRFXY", 9, 301), 24) << "six letters count";
-    EXPECT_EQ(ilaenv(1, "CSYTRD", 9), 1) << "a real routine only";
-    for (const char* name : {"XGETRF", "1GETRF", "", "?"})
-        for (const int ispec : {1, 2, 3})
-            EXPECT_EQ(ilaenv(ispec, name, 5, 5), 1) << name;
-    for (const char* name : {"SGETRF", "CUNGQR", "SNOROW", "S"})
-        EXPECT_EQ(ilaenv(2, name, 5, 5), 2) << name;
-    EXPECT_EQ(ilaenv(1, "SNOROW"), 1);
-    EXPECT_EQ(ilaenv(3, "SNOROW"), 0);
+    const struct {
+        int ispec;
+        const char* names;
+        int value;                                               // of two unequal sizes
+    } rows[] = {{1, "SGEQRF sgeqrf sGEqrF DGEQRF SGEQRFXY", 24}, // six letters count, in the case of the first
+                {1, "Sgeqrf ZSGEQRF SNOROW CSYTRD XGETRF 1GETRF ?", 1},
+                {1, "CUNMQR zunmqr", 32}, // z as c
+                {2, "SGETRF CUNGQR SNOROW S", 2},
+                {3, "XGETRF 1GETRF ?", 1},
+                {3, "SNOROW", 0}};
+    for (const auto& [ispec, names, value] : rows) {
+        std::istringstream words(names);
+        for (std::string name; words >> name;)
+            EXPECT_EQ(ilaenv(ispec, name, 9, 301), value) << ispec << ' ' << name;
+    }
+    EXPECT_EQ(ilaenv(1, "", 5, 5), 1);
     EXPECT_EQ(ilaenv(17, "SPOTRF", 9, 100, 2), 1);
     EXPECT_EQ(ilaenv(18, "SPOTRF", 9, 100, 2), 0);
     EXPECT_EQ(ilaenv(17, "sgetrf", 9, 100, 2), 3);
@@ -133,18 +134,15 @@ TEST(Tuning, QrIteration) {
         return IPARMQ(&ispec, "SHSEQR", "EN", &unused, &ilo, &ihi, &unused, 6, 2);
     };
     // nh, shifts
-    const int rows[][2] = {{-5, 2},   {0, 2},     {29, 2},     {30, 4},     {59, 4},    {60, 10},
-                           {149, 10}, {150, 20},  {256, 32},   {500, 54},   {501, 54},  {589, 64},
-                           {590, 64}, {2999, 64}, {3000, 128}, {5999, 128}, {6000, 256}};
+    const int rows[][2] = {{-5, 2},   {29, 2},   {30, 4},   {59, 4},   {60, 10},   {149, 10},   {150, 20},
+                           {500, 54}, {501, 54}, {589, 64}, {590, 64}, {2999, 64}, {3000, 128}, {6000, 256}};
     for (const auto& [nh, ns] : rows) {
         EXPECT_EQ(iparmq(15, nh), ns) << nh;
         EXPECT_EQ(iparmq(13, nh), nh <= 500 ? ns : 3 * ns / 2) << nh;
         EXPECT_EQ(iparmq(16, nh), ns >= 14 ? 2 : 0) << nh;
     }
-    EXPECT_EQ(iparmq(12, 100), 75);
-    EXPECT_EQ(iparmq(14, 100), 14);
-    EXPECT_EQ(iparmq(11, 100), -1);
-    EXPECT_EQ(iparmq(17, 100), -1);
+    for (const auto& [ispec, value] : {std::pair{11, -1}, {12, 75}, {14, 14}, {17, -1}})
+        EXPECT_EQ(iparmq(ispec, 100), value) << ispec;
 }
 
 TEST(MachineConstants, Bits) {

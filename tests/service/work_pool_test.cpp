@@ -3,6 +3,10 @@
 #include <cstdint>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -15,7 +19,7 @@ namespace {
 std::atomic<int> mallocs, frees, refuseFrom;
 
 void* counting_malloc(std::size_t size) {
-    return ++mallocs >= refuseFrom ? nullptr : std::malloc(size);
+    return mallocs < refuseFrom ? ++mallocs, std::malloc(size) : nullptr;
 }
 void counting_free(void* block) {
     ++frees;
@@ -61,88 +65,6 @@ private:
     AllocatorSlots saved_{};
 };
 
-TEST_F(WorkPool, NullInNullOut) {
-    EXPECT_EQ(qrv_serv_allocate(0, 128), nullptr);
-    qrv_serv_deallocate(nullptr);
-    EXPECT_EQ(mallocs + frees, 0);
-}
-
-TEST_F(WorkPool, RepeatReusesTheSlot) {
-    void* first = once(1000, 128);
-    const int after = mallocs.load();
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(first) % 128, 0U);
-    EXPECT_EQ(once(1000, 128), first);
-    EXPECT_EQ(mallocs, after);
-    EXPECT_EQ(buffers(), 1);
-    EXPECT_EQ(bytes(), 1128);
-}
-
-TEST(WorkPoolFit, ExactThenNewThenLargerThenSmaller) {
-    constexpr std::uint32_t held = heldSlot;
-    const struct {
-        std::vector<std::uint32_t> slots;
-        int slot;
-        bool refill;
-    } rows[] = {
-        {{}, 0, true},
-        {{100}, 0, false},
-        {{200}, 1, true}, // a new slot before one of the wrong size
-        {{held, 50, 100}, 2, false},
-        {{100, 100}, 0, false},
-        {{200, 50, 300, 100, 400}, 3, false},
-        {{50, 200, 300, 60, 400}, 1, false},
-        {{50, held, 60, 70, 80}, 0, true},
-        {{held, 99, held, 0, held}, 1, true},
-        {{held, held, 101, held, held}, 2, false},
-        {{held, held, held, held, held}, -1, true},
-        {{held, held, held, held}, 4, true},
-    };
-    for (const auto& row : rows) {
-        const Fit fit = best_fit(static_cast<int>(row.slots.size()), 100,
-                                 [&](int slot) { return row.slots[static_cast<std::size_t>(slot)]; });
-        EXPECT_EQ(fit.slot, row.slot) << testing::PrintToString(row.slots);
-        EXPECT_EQ(fit.refill, row.refill) << testing::PrintToString(row.slots);
-    }
-}
-
-TEST_F(WorkPool, FullRecordRefillsASmallerSlot) {
-    for (const std::size_t size : {2000U, 1000U, 3000U, 4000U, 5000U})
-        once(size, 128);
-    const std::int64_t before = bytes();
-    once(900, 128);
-    EXPECT_EQ(bytes(), before) << "a larger slot serves as it is";
-    const int full = mallocs;
-    once(6000, 128);
-    EXPECT_EQ(mallocs, full + 1);
-    EXPECT_EQ(frees, 1);
-    EXPECT_EQ(bytes(), before - 2128 + 6128);
-    EXPECT_EQ(buffers(), 5);
-}
-
-TEST_F(WorkPool, SixthBufferIsUnpooled) {
-    std::vector<void*> held;
-    for (int i = 0; i < 5; ++i)
-        held.push_back(qrv_serv_allocate(1000, 128));
-    void* sixth = qrv_serv_allocate(1000, 128);
-    EXPECT_EQ(buffers(), 5);
-    const int before = frees;
-    qrv_serv_deallocate(sixth);
-    EXPECT_EQ(frees, before + 1);
-    qrv_serv_free_buffers();
-    EXPECT_EQ(buffers(), 5) << "held buffers stay";
-    for (void* block : held)
-        qrv_serv_deallocate(block);
-    EXPECT_EQ(frees, before + 1) << "pooled buffers are kept";
-}
-
-TEST_F(WorkPool, SizeLimit) {
-    once(pooledLimit + 1, 128);
-    EXPECT_EQ(buffers(), 0);
-    EXPECT_EQ(frees, 1);
-    once(pooledLimit, 128);
-    EXPECT_EQ(buffers(), 1);
-}
-
 TEST_F(WorkPool, Alignments) {
     const struct {
         int alignment;
@@ -159,32 +81,6 @@ TEST_F(WorkPool, Alignments) {
             block[i] = 1;
         qrv_serv_deallocate(block);
     }
-}
-
-TEST_F(WorkPool, ReleaseOnAnotherThread) {
-    void* block = qrv_serv_allocate(1000, 128);
-    std::thread([&] {
-        void* own = qrv_serv_allocate(500, 64); // so that this thread has a record to look through first
-        qrv_serv_deallocate(block);
-        qrv_serv_deallocate(own);
-    }).join();
-    EXPECT_EQ(buffers(), 2);
-    EXPECT_EQ(qrv_serv_allocate(1000, 128), block) << "free again in the first thread's record";
-    qrv_serv_deallocate(block);
-}
-
-TEST_F(WorkPool, RefusedMemory) {
-    refuseFrom = 1;
-    EXPECT_EQ(qrv_serv_allocate(1000, 128), nullptr) << "not even a record";
-    EXPECT_EQ(buffers(), 0);
-    refuseFrom = mallocs + 2;
-    EXPECT_EQ(qrv_serv_allocate(1000, 128), nullptr);
-    EXPECT_EQ(buffers(), 1) << "the slot counts as held";
-    refuseFrom = 1 << 30;
-    void* block = qrv_serv_allocate(1000, 128);
-    EXPECT_NE(block, nullptr);
-    EXPECT_EQ(buffers(), 2);
-    qrv_serv_deallocate(block);
 }
 
 TEST_F(WorkPool, ManyThreadsAtOnce) {
@@ -221,78 +117,108 @@ TEST_F(WorkPool, ThreadsGiveBackTheirBuffers) {
     EXPECT_EQ(mallocs, 3 * threads) << "a record and two buffers";
 }
 
-TEST_F(WorkPool, ThreadBuffersOfOneThreadOnly) {
-    once(500, 64);
-    void* held = nullptr;
-    std::thread([&] {
-        once(2000, 64);
-        held = qrv_serv_allocate(1000, 64);
-        qrv_serv_free_thread_buffers();
-        EXPECT_EQ(bytes(), 564 + 1064) << "what is held stays, and the other thread's";
-    }).join();
-    qrv_serv_free_thread_buffers();
-    EXPECT_EQ(bytes(), 1064);
-    qrv_serv_deallocate(held); // in the record that stayed
-    EXPECT_EQ(mallocs - frees, 2) << "the buffer and its record";
-    void* again = once(500, 64);
-    EXPECT_EQ(once(500, 64), again) << "a new record";
-    qrv_serv_free_buffers();
-    qrv_serv_free_thread_buffers(); // of which nothing is left
-    EXPECT_EQ(mallocs, frees);
-}
+// Steps as words, "a=1000/64" takes a block and names it, "-a" gives it back, "a==b" compares addresses, of which that
+// of "0" is null; "@1" goes on in that thread, of whose buffers "leave" frees those that are not held; "free" those of
+// all; after "!2" two calls of malloc are granted.
+struct Steps {
+    std::map<std::string, void*> blocks;
+    std::set<void*> held;
 
-// Threads that act in the order told.
-class Turns {
-public:
-    template <class Action>
-    void at(int turn, Action action) {
-        while (turn_ != turn)
-            std::this_thread::yield();
-        action();
-        ++turn_;
+    void take(const std::string& word) {
+        const std::size_t sign = word.find('=');
+        void*& block = blocks[word.substr(word[0] == '-', sign)];
+        if (word == "leave")
+            qrv_serv_free_thread_buffers();
+        else if (word == "free")
+            qrv_serv_free_buffers();
+        else if (word[0] == '!')
+            refuseFrom = mallocs + std::stoi(word.substr(1));
+        else if (word[0] == '-')
+            held.erase(block), qrv_serv_deallocate(block);
+        else if (word[sign + 1] == '=')
+            EXPECT_EQ(block, blocks[word.substr(sign + 2)]) << word;
+        else
+            held.insert(block = qrv_serv_allocate(std::stoul(word.substr(sign + 1)),
+                                                  std::stoi(word.substr(word.find('/') + 1))));
     }
-
-private:
-    std::atomic<int> turn_{0};
+    explicit Steps(const std::string& steps) {
+        std::atomic<int> turn{0};
+        std::vector<std::thread> threads;
+        for (char id = '0'; id < '4'; ++id)
+            threads.emplace_back([&, id] {
+                std::istringstream words(steps);
+                char thread = '0';
+                int next = 0;
+                for (std::string word; words >> word; ++next) {
+                    if (word[0] == '@')
+                        thread = word[1];
+                    if (thread != id)
+                        continue;
+                    while (turn != next)
+                        std::this_thread::yield();
+                    if (word[0] != '@')
+                        take(word);
+                    ++turn;
+                }
+            });
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+    ~Steps() {
+        for (void* block : held)
+            qrv_serv_deallocate(block);
+        refuseFrom = 1 << 30;
+    }
+    Steps(const Steps&) = delete;
 };
 
-TEST_F(WorkPool, RecordsGoInAnyOrder) {
-    Turns turns;
-    std::vector<std::thread> threads;
-    for (const int thread : {0, 1, 2})
-        threads.emplace_back([&turns, thread] {
-            turns.at(thread, [] { once(1000, 64); });
-            if (thread != 1)
-                turns.at(3 + thread / 2, qrv_serv_free_thread_buffers);
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(mallocs - frees, 2) << "the middle one's";
-    qrv_serv_free_buffers();
-    EXPECT_EQ(mallocs, frees);
-}
-
-TEST_F(WorkPool, RecordsOfAnEarlierGenerationAreNotUsed) {
-    Turns turns;
-    const auto use = [] { once(1000, 64); };
-    std::thread other([&] {
-        turns.at(0, use);
-        turns.at(2, use);
-    });
-    turns.at(1, [] {
+TEST_F(WorkPool, Steps) {
+    const std::string five = "a=1000/128 b=1000/128 c=1000/128 d=1000/128 e=1000/128 ",
+                      sizes = "a=2000/128 -a a=1000/128 -a a=3000/128 -a a=4000/128 -a a=5000/128 -a ",
+                      some = "a=500/64 -a @1 b=2000/64 -b c=1000/64 leave ",
+                      three = "@1 a=9/64 -a @2 a=9/64 -a @3 a=9/64 -a ";
+    const struct {
+        const char* what;
+        std::string steps;
+        int buffers, bytes, blocks; // that malloc gave, a record for each thread too, and were not given back
+    } rows[] = {
+        {"nothing", "a=0/128 a==0 -a", 0, 0, 0},
+        {"the same again", "a=1000/128 -a b=1000/128 -b a==b", 1, 1128, 2},
+        {"a larger slot serves as it is", sizes + "b=900/128", 5, 15640, 6},
+        {"a full record refills a smaller one", sizes + "a=6000/128 -a", 5, 19640, 6},
+        {"one that fits before larger ones", sizes + "c=1000/128 d=4000/128 -c e=1000/128 c==e", 5, 15640, 6},
+        {"the first larger one, if it is free", sizes + "a=2500/128 b=2500/128 -a c=3000/128 a==c", 5, 15640, 6},
+        {"a new slot before one of another size", "a=2000/128 -a b=1000/128", 2, 3256, 3},
+        {"a sixth one is not kept", five + "f=1000/128 -f free", 5, 5640, 6},
+        {"but five", five + "-a -b -c -d -e", 5, 5640, 6},
+        {"large ones are not kept", "a=41943041/128 -a", 0, 0, 0},
+        {"from a limit on", "a=41943040/128 -a", 1, 41943168, 2},
+        {"given back elsewhere", "a=1000/128 @1 b=500/64 -a -b @0 c=1000/128 a==c", 2, 1692, 4},
+        {"not even a record", "!0 a=1000/128 a==0", 0, 0, 0},
+        {"a record alone, its slot held", "!1 a=1000/128 a==0 !9 b=1000/128", 2, 1128, 2},
+        {"of a thread that leaves stays what is held", some, 3, 1628, 4},
+        {"of another one too", some + "@0 leave", 2, 1064, 2},
+        {"given back then", some + "@0 leave -c d=500/64 -d e=500/64 -e d==e", 3, 1628, 4},
+        {"records go in any order", three + "@1 leave @3 leave", 1, 73, 2},
+        {"no record of an earlier generation is used", three + "@0 free @2 a=9/64 -a", 1, 73, 2},
+    };
+    for (const auto& row : rows) {
+        {
+            const Steps steps(row.steps);
+            EXPECT_EQ(buffers(), row.buffers) << row.what;
+            EXPECT_EQ(bytes(), row.bytes) << row.what;
+            EXPECT_EQ(mallocs - frees, row.blocks) << row.what;
+        }
         qrv_serv_free_buffers();
-        EXPECT_EQ(mallocs, frees);
-    });
-    other.join();
-    EXPECT_EQ(buffers(), 1);
-    EXPECT_EQ(mallocs - frees, 2);
+        EXPECT_EQ(mallocs, frees) << row.what;
+    }
 }
 
 TEST(WorkPoolEnvironment, SwitchedOff) {
-    expect_found({"pool"}, {}, "buffers=1");
+    expect_found({"ask"}, {}, "buffers=1");
     for (const char* name : {"QRV_DISABLE_FAST_MM", "QRV_MM_DISABLE"}) {
-        expect_found({"pool"}, {{name, "0"}}, "buffers=-1 bytes=0");
-        expect_found({"pool"}, {{name, ""}}, "buffers=1"); // empty is unset
+        expect_found({"ask"}, {{name, "0"}}, "buffers=-1 bytes=0");
+        expect_found({"ask"}, {{name, ""}}, "buffers=1"); // empty is unset
     }
 }
 

@@ -1,68 +1,37 @@
 #include "support/child.hpp"
 
-#include <array>
-#include <cstdio>
 #include <cstdlib>
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <spawn.h>
 #include <sstream>
 #include <sys/wait.h>
-#include <unistd.h>
+
+#include "support/folder.hpp"
 
 namespace qrv::test {
 namespace {
 
-std::string read_all(std::FILE* file) {
-    std::string text;
-    std::array<char, 4096> block;
-    std::rewind(file);
-    while (const std::size_t n = std::fread(block.data(), 1, block.size(), file))
-        text.append(block.data(), n);
-    return text;
-}
-
-std::vector<char*> pointers(std::vector<std::string>& texts) {
-    std::vector<char*> result;
-    for (std::string& text : texts)
-        result.push_back(text.data());
-    result.push_back(nullptr);
-    return result;
+// As one word of a shell.
+std::string quoted(const std::string& text) {
+    std::string word = " '";
+    for (const char c : text)
+        word += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return word + "'";
 }
 
 } // namespace
 
 ChildResult run_program(const std::string& path, const std::vector<std::string>& arguments,
                         const Environment& environment) {
-    std::vector<std::string> argv{path};
-    argv.insert(argv.end(), arguments.begin(), arguments.end());
-    std::vector<std::string> envp;
+    const Folder folder;
+    std::string command = "exec env -i";
     for (const auto& [name, value] : environment)
-        envp.push_back(name + "=" + value);
-
-    std::FILE* out = std::tmpfile();
-    std::FILE* err = std::tmpfile();
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, fileno(out), STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, fileno(err), STDERR_FILENO);
-    pid_t pid = 0;
-    const int failure =
-        posix_spawn(&pid, path.c_str(), &actions, nullptr, pointers(argv).data(), pointers(envp).data());
-    posix_spawn_file_actions_destroy(&actions);
-    EXPECT_EQ(failure, 0) << "cannot start " << path;
-
-    ChildResult result;
-    if (failure == 0) {
-        int status = 0;
-        waitpid(pid, &status, 0);
-        result.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        result.out = read_all(out);
-        result.err = read_all(err);
-    }
-    std::fclose(out);
-    std::fclose(err);
-    return result;
+        command += quoted(name + '=' + value);
+    command += quoted(path);
+    for (const std::string& argument : arguments)
+        command += quoted(argument);
+    command += " >" + quoted(folder.file("out")) + " 2>" + quoted(folder.file("err"));
+    const int status = std::system(command.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, content(folder.file("out")), content(folder.file("err"))};
 }
 
 std::map<std::string, std::string> probe(const std::vector<std::string>& arguments, const Environment& environment) {

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "support/oracle.hpp"
+#include "support/stored_q.hpp"
 
 namespace qrv::test {
 
@@ -43,70 +43,42 @@ inline Spectrum times(double factor, Spectrum s) {
     return s;
 }
 
-// A product of n random reflectors, which turns the space every way, applied to a matrix stored by columns.
-class RandomTurn {
-public:
-    template <class Random>
-    RandomTurn(int n, Random& random) : n_(n) {
-        std::normal_distribution<double> component;
-        for (int k = 0; k < n; ++k) { // the k-th one leaves the first k places alone
-            std::vector<double> v(std::size_t(n), 0.0);
-            double squares = 0;
-            for (int i = k; i < n; ++i) {
-                v[std::size_t(i)] = component(random);
-                squares += v[std::size_t(i)] * v[std::size_t(i)];
-            }
-            for (double& x : v)
-                x *= std::sqrt(2 / squares); // H = I - v v'
-            reflectors_.push_back(v);
-        }
+// Vectors v of reflectors I - v v' that together turn the space every way; the k-th one leaves the first k places
+// alone.
+template <class Random>
+std::vector<std::vector<double>> random_turn(int n, Random& random) {
+    std::normal_distribution<double> component;
+    std::vector<std::vector<double>> reflectors(std::size_t(n), std::vector<double>(std::size_t(n), 0.0));
+    for (std::size_t k = 0; k < reflectors.size(); ++k) {
+        std::vector<double>& v = reflectors[k];
+        std::generate(v.begin() + std::ptrdiff_t(k), v.end(), [&] { return component(random); });
+        const double squares = std::inner_product(v.begin(), v.end(), v.begin(), 0.0);
+        for (double& x : v)
+            x *= std::sqrt(2 / squares);
     }
-    // X := H X for an n x count matrix, or X H for a count x n one.
-    void from_left(std::vector<double>& x, int count) const { apply(x, count, 1, n_); }
-    void from_right(std::vector<double>& x, int count) const { apply(x, count, count, 1); }
-
-private:
-    // Vectors of n elements, `step` apart, `next` from one to the next.
-    void apply(std::vector<double>& x, int count, int step, int next) const {
-        for (const std::vector<double>& v : reflectors_)
-            for (int j = 0; j < count; ++j) {
-                double* const first = x.data() + std::ptrdiff_t{j} * next;
-                double product = 0;
-                for (int i = 0; i < n_; ++i)
-                    product += v[std::size_t(i)] * first[std::ptrdiff_t{i} * step];
-                for (int i = 0; i < n_; ++i)
-                    first[std::ptrdiff_t{i} * step] -= product * v[std::size_t(i)];
-            }
-    }
-    int n_;
-    std::vector<std::vector<double>> reflectors_;
-};
-
-inline std::vector<double> diagonal_matrix(int m, int n, const std::vector<double>& values) {
-    std::vector<double> a(std::size_t(m) * std::size_t(n), 0.0);
-    for (std::size_t i = 0; i < values.size(); ++i)
-        a[i * (std::size_t(m) + 1)] = values[i];
-    return a;
+    return reflectors;
 }
 
 // With these eigenvalues, symmetric, by columns.
 template <class Random>
 std::vector<double> symmetric_matrix(const std::vector<double>& eigenvalues, Random& random) {
-    const int n = static_cast<int>(eigenvalues.size());
-    const RandomTurn turn(n, random);
-    std::vector<double> a = diagonal_matrix(n, n, eigenvalues);
-    turn.from_left(a, n);
-    turn.from_right(a, n);
-    return a;
+    WideMatrix<float> a = diagonal<float>(eigenvalues);
+    for (const auto& v : random_turn(a.rows, random)) {
+        reflect<float>(true, a, v, 1);
+        reflect<float>(false, a, v, 1);
+    }
+    return a.values;
 }
 
 // m x n with these singular values, the smaller of m and n of them, by columns.
 template <class Random>
 std::vector<double> general_matrix(int m, int n, const std::vector<double>& singularValues, Random& random) {
-    std::vector<double> a = diagonal_matrix(m, n, singularValues);
-    RandomTurn(m, random).from_left(a, n);
-    RandomTurn(n, random).from_right(a, m);
-    return a;
+    WideMatrix<float> a(m, n, [&](int i, int j) { return i == j ? singularValues[std::size_t(i)] : 0.0; });
+    for (const auto& v : random_turn(m, random))
+        reflect<float>(true, a, v, 1);
+    for (const auto& v : random_turn(n, random))
+        reflect<float>(false, a, v, 1);
+    return a.values;
 }
 
 // ---- Symmetric tridiagonal matrices -------------------------------------------------------------------------------

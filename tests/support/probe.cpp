@@ -19,50 +19,32 @@ void print(const char* name, long value) {
     std::printf("%s=%ld\n", name, value);
 }
 
-void print_processor() {
-    print("cpu_type", qrv_serv_get_cpu_type());
-    print("cpu_ma", qrv_serv_get_cpu_ma());
-}
-
-void print_threads() {
+// All that can be asked for, and whether the first question leaves the calling thread's processors as they were.
+void ask() {
+    cpu_set_t before, after;
+    sched_getaffinity(0, sizeof before, &before);
     print("all", qrv_serv_get_max_threads());
+    sched_getaffinity(0, sizeof after, &after);
+    print("affinity_kept", CPU_EQUAL(&before, &after));
     print("blas", qrv_serv_domain_get_max_threads(QRV_DOMAIN_BLAS));
     print("fft", qrv_serv_domain_get_max_threads(QRV_DOMAIN_FFT));
     print("dynamic", qrv_serv_get_dynamic());
     print("omp", omp_get_max_threads());
     print("cores", qrv::counted_cores().physicalCores);
     print("uncounted", qrv::counted_cores().outcome != qrv::CountOutcome::counted);
-}
-
-void print_inside_region() {
-    int all = 0, inside = 0;
 #pragma omp parallel num_threads(2)
 #pragma omp master
     {
-        all = qrv_serv_get_max_threads();
-        inside = qrv_serv_in_parallel();
+        print("all_inside", qrv_serv_get_max_threads());
+        print("in_parallel", qrv_serv_in_parallel());
     }
-    print("all_inside", all);
-    print("in_parallel", inside);
-}
-
-void print_pool() {
-    void* block = qrv_serv_allocate(1000, 128);
+    print("cpu_type", qrv_serv_get_cpu_type());
+    print("cpu_ma", qrv_serv_get_cpu_ma());
+    void* const block = qrv_serv_allocate(1000, 128);
     int buffers = 0;
-    const long bytes = static_cast<long>(qrv_serv_memory_stat(&buffers));
+    print("bytes", static_cast<long>(qrv_serv_memory_stat(&buffers)));
     print("buffers", buffers);
-    print("bytes", bytes);
     qrv_serv_deallocate(block);
-    qrv_serv_free_buffers();
-}
-
-// Whether the first budget query leaves the calling thread's processors as they were.
-void print_affinity_kept() {
-    cpu_set_t before, after;
-    sched_getaffinity(0, sizeof before, &before);
-    qrv_serv_get_max_threads();
-    sched_getaffinity(0, sizeof after, &after);
-    print("affinity_kept", CPU_EQUAL(&before, &after));
 }
 
 void pin_to_first_processor() {
@@ -74,14 +56,6 @@ void pin_to_first_processor() {
     CPU_ZERO(&own);
     CPU_SET(first, &own);
     sched_setaffinity(0, sizeof own, &own);
-}
-
-// The first query of a process from a thread that may use one processor.
-void query_from_pinned_thread() {
-    std::thread([] {
-        pin_to_first_processor();
-        print_affinity_kept();
-    }).join();
 }
 
 void print_configuration() {
@@ -100,12 +74,14 @@ const struct {
     std::string_view name;
     void (*act)();
 } steps[] = {
-    {"processor", print_processor},
-    {"threads", print_threads},
-    {"inside", print_inside_region},
-    {"pool", print_pool},
-    {"affinity", print_affinity_kept},
-    {"pinned_thread", query_from_pinned_thread},
+    {"ask", ask},
+    {"ask_in_pinned_thread",
+     [] {
+         std::thread([] {
+             pin_to_first_processor();
+             ask();
+         }).join();
+     }},
     {"pin", pin_to_first_processor},
     {"configuration", print_configuration},
     {"request=3", [] { qrv_serv_set_num_threads(3); }},
