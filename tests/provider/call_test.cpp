@@ -10,7 +10,6 @@ namespace qrv::test {
 namespace {
 
 using namespace provider;
-using Corvex::Mathematics::LinearAlgebra::MatrixNorm;
 using namespace Corvex::Mathematics::LinearAlgebra::Providers;
 
 std::string calls; // what the routines saw
@@ -67,32 +66,6 @@ TEST(Work, QueriedThenUsed) {
         EXPECT_EQ(seen(Queried<float>(), working<float>), row.seen) << row.answer;
         EXPECT_EQ(seen(Queried<qrv_complex>(), working<qrv_complex>), row.seen) << row.answer;
     }
-}
-
-const void* matrix;
-float norm_like(const char* norm, const float*, float* work) {
-    calls += *norm;
-    calls += work == matrix ? " matrix" : " sums";
-    for (int i = 0; work != matrix && i < 1000; ++i)
-        work[i] = 1;
-    return 0.5F;
-}
-
-TEST(Work, RowSumsForTheInfinityNormOnly) {
-    std::vector<float> a(9);
-    matrix = a.data() + 3;
-    const auto norm = [&](int kind, int m) {
-        calls.clear();
-        const At<const float> at(ProviderArray<const float>(a), 3);
-        EXPECT_EQ(call(norm_like, MatrixNorm{kind}, at, NormWork(MatrixNorm{kind}, m, at)), 0.5F);
-        return calls;
-    };
-    EXPECT_EQ(norm(0, 0), "F matrix");
-    EXPECT_EQ(norm(1, 0), "O matrix");
-    EXPECT_EQ(norm(2, 1000), "I sums");
-    EXPECT_EQ(norm(3, 0), "M matrix");
-    EXPECT_THROW(norm(2, 0), IndexOutOfRangeError);
-    EXPECT_THROW(norm(2, -1), InvalidArraySizeError);
 }
 
 int hostInfo, hostFound;

@@ -78,38 +78,30 @@ TEST_F(LapackMethods, NormsOfNothing) {
 TEST_F(LapackMethods, SsyevrIsOfTheWholeSpectrum) {
     constexpr int n = 6, lda = 8;
     const MatrixTriangleMode lower = static_cast<MatrixTriangleMode>(1);
-    std::vector<float> a(lda * n), w(n + 1), z(n * n + 2), whole(n), vectors(n * n);
-    const auto fill = [&] {
+    std::vector<float> a(lda * n), w(n + 1), z(n * n + 2), whole(n), vectors(n * n), work(36 * n);
+    std::vector<int> iwork(10 * n), isuppz(2 * n, -7), untouched = isuppz, supports(2 * n);
+    int m = 777, info = 777;
+    const auto ssyevr = [&](char16_t job, char16_t range, ProviderArray<int> given) {
         for (int k = 0; k < lda * n; ++k)
             a[std::size_t(k)] = k % lda == k / lda ? 3 : 1 / (1.0F + static_cast<float>(k));
+        m = info = 777;
+        provider.Lapack()->Ssyevr(job, range, lower, n, a, 0, lda, 2.0F, 1.0F, 2, 3, 9.0F, m, w, 1, z, 2, n, given,
+                                  info);
     };
-    std::vector<float> work(36 * n);
-    std::vector<int> iwork(10 * n), isuppz(2 * n, -7);
-    int m = 777, info = 777;
-    fill();
-    ASSERT_EQ(test::call(SSYEVR, 'V', 'A', 'L', n, a, lda, 0.0F, 0.0F, 0, 0, 0.0F, &m, whole, vectors, n, isuppz, work,
-                         36 * n, iwork, 10 * n),
+    ssyevr(u'X', u'A', {});
+    EXPECT_EQ(info, -1);
+    ASSERT_EQ(test::call(SSYEVR, 'V', 'A', 'L', n, a, lda, 0.0F, 0.0F, 0, 0, 0.0F, &m, whole, vectors, n, supports,
+                         work, 36 * n, iwork, 10 * n),
               0);
-    isuppz.assign(2 * n, -7);
     for (const char16_t range : {u'A', u'I', u'V'})
         for (const bool given : {true, false}) {
-            fill();
-            m = info = 777;
-            const auto supports = given ? ProviderArray<int>(isuppz.data(), isuppz.size()) : ProviderArray<int>();
-            provider.Lapack()->Ssyevr(u'V', range, lower, n, {a.data(), a.size()}, 0, lda, 2.0F, 1.0F, 2, 3, 9.0F, m,
-                                      {w.data(), w.size()}, 1, {z.data(), z.size()}, 2, n, supports, info);
-            EXPECT_EQ(info, 0);
-            EXPECT_EQ(m, n);
-            for (int i = 0; i < n; ++i)
-                EXPECT_NEAR(w[std::size_t(i + 1)], whole[std::size_t(i)], 1e-5F) << i;
+            ssyevr(u'V', range, given ? ProviderArray<int>(isuppz) : ProviderArray<int>());
+            EXPECT_TRUE(info == 0 && m == n && isuppz == untouched);
+            for (std::size_t i = 0; i < n; ++i)
+                EXPECT_NEAR(w[i + 1], whole[i], 1e-5F) << i;
             for (std::size_t k = 0; k < vectors.size(); ++k)
                 EXPECT_NEAR(std::abs(z[k + 2]), std::abs(vectors[k]), 1e-4F) << k;
-            EXPECT_EQ(isuppz, std::vector<int>(2 * n, -7));
         }
-    fill();
-    provider.Lapack()->Ssyevr(u'X', u'A', lower, n, {a.data(), a.size()}, 0, lda, 0, 0, 0, 0, 0, m,
-                              {w.data(), w.size()}, 0, {z.data(), z.size()}, 0, n, {}, info);
-    EXPECT_EQ(info, -1);
 }
 
 } // namespace

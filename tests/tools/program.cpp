@@ -42,7 +42,7 @@ protected:
         // Elimination with row exchanges makes the last column 1.9 times as large in each step, until nothing of A is
         // left.
         write_square("growth", 60, [](int i, int j) { return i == j || j == 59 ? 1 : i > j ? -0.9F : 0; });
-        write_unit("diagonal", 40);
+        write_square("diagonal", 40, unit);
         write("indefinite", "array real general\n2 2\n1\n2\n2\n1\n");
         write_square("band", 60, [](int i, int j) { // with a link further up
             return i == j ? 3 : i == j + 1 ? -1 : j == i + 1 ? 1 : i == 0 && j == 2 ? 0.5F : 0;
@@ -86,6 +86,7 @@ protected:
         return picture;
     }
 
+    static float unit(int i, int j) { return i == j; }
     template <class Element>
     void write_square(const std::string& name, int n, const Element& element) {
         Matrix<float> a(n, n);
@@ -94,9 +95,6 @@ protected:
                 a(i, j) = element(i, j);
         OutputFile file(folder.file(name));
         write_matrix(file, a, Format::array, "");
-    }
-    void write_unit(const std::string& name, int n) {
-        write_square(name, n, [](int i, int j) { return i == j; });
     }
 };
 
@@ -110,9 +108,7 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
         {"slove real", 2, "slove"},
         {"solve", 2, "A is required"},
         {"solve --fast real", 2, "--fast"},
-        {"solve real real real", 2, "not expected"},
         {"solve ''", 2, "A: the name of the file is empty"}, // a shell variable that is not set
-        {"solve real ''", 2, "b: the name of the file is empty"},
         {"invert real -o ''", 2, "--out: the name of the file is empty"},
         {"solve real -o x --picture ./x", 2, "./x would take two results"},
         {"bench --sizes 0", 2, "--sizes"},
@@ -120,14 +116,10 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
         {"norm .", 2, "cannot read .: Is a directory"},
         {"norm \"$(printf 'no\\033[2J\\n\\302\\233such\\303\\251\\377\\177')\"", 2,
          "cannot read no?[2J??such\u00e9??: No"},
-        {"norm short", 2, "short:4: the file ends after 2 of 4 entries"},
-        {"norm /dev/null", 2, "/dev/null:1: the file is empty"},
         {"norm /dev/zero", 2, "/dev/zero:1: no Matrix Market file: it does not begin"},
         {"solve wide -o x", 2, "wide is 1 x 2"},
-        {"invert wide -o x", 2, "wide is 1 x 2"},
         {"solve real tiny -o x", 2, "tiny has 1 rows; the matrix real has 2"},
         {"solve singular -o x", 1, "singular is singular: pivot 2 of 2 is 0"},
-        {"invert singular -o x", 1, "pivot 2 of 2"},
         {"solve overflow -o x", 1, "overflow: its factors are beyond the range"},
         {"solve growth -o x", 1, "growth: the elimination failed"},
         {"solve real --method qr", 2, "--method"},
@@ -140,7 +132,6 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
         {"solve singular --method band -o x", 1, "singular is singular: pivot 2 of 2 is 0"},
         {"solve tiny huge -o x", 1, "the result is beyond the range"},
         {"eig wide -o x", 2, "wide is 1 x 2"},
-        {"eig real --vectors up", 2, "--vectors"},
         {"eig real -o x --left ./x", 2, "./x would take two results"},
         {"eig real --right y --picture y", 2, "y would take two results"},
         {"eig right -o x", 2, "right is complex; the library has no complex nonsymmetric eigenvalue solver"},
@@ -166,20 +157,16 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
         {"qr beyond -q x", 1, "beyond: its factors are beyond the range"},
         {"solve real -o /dev/full", 1, "cannot write /dev/full: No space left"},
         {"solve short --picture none/x", 1, "cannot write none/x: No such file"}, // before anything is read
-        {"solve short -o none/x", 1, "cannot write none/x: No such file"},
         {"invert short -o .", 1, "cannot write .: Is a directory"},
         {"norm wrong.npy", 2, "wrong.npy: no file of NumPy"},
         {"solve matrix.npy -o ./x.npy --coordinate", 2, "./x.npy, have all elements"},
         {"solve - - < real", 2, "standard input holds one matrix"},
-        {"fit - - < real", 2, "standard input holds one matrix"},
         {"norm - < short", 2, "standard input:4: the file ends after 2 of 4 entries"},
         {"norm - <&-", 2, "cannot read -: Bad file descriptor"},
-        {"solve real -o - --picture -", 2, "- would take two results"},
         {"solve real -o - --picture /dev/stdout", 2, "/dev/stdout would take two results"},
         {"solve singular -o - --json", 1, "singular is singular"},
         {"solve short -o - >&-", 1, "cannot write standard output: Bad file descriptor"},
         {"norm real --json > /dev/full", 1, "standard output: No space left"},
-        {"info > /dev/full", 1, "standard output: No space left"},
         {"--help > /dev/full", 1, "standard output: No space left"},
     };
     for (const auto& [command, exitStatus, says] : cases) {
@@ -218,7 +205,7 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
 
 // Whenever it ends: the file that was there, or the whole result, and nothing else.
 TEST_F(Program, LeavesNoTornFileWhenASignalEndsIt) {
-    write_unit("large", 90);
+    write_square("large", 90, unit);
     const ChildResult ended = run_script("cases=" + std::to_string(qrv::test::Sample::of_many(20, 4'000)) + R"(
             qrv invert large -o new && echo old > old
             for k in $(seq $cases); do
@@ -282,16 +269,11 @@ TEST_F(Program, TellsFiguresAndResultsAsJson) {
         {"info", "\"processor_class\": \""},
         {"bench --sizes 4 8 --seconds 0.001", "\"n\": [4, 8], \"Sgemm\": ["},
         {"solve real", "\"x\": [1, 1]"},
-        {"solve hermitian right", "\"method\": \"Cholesky\""},
         {"solve real -o x.npy", "\"x_file\": \"x.npy\""},
         {"solve band", "\"diagonals_below\": 1"},
-        {"solve indefinite", "\"indefinite_column\": 2"},
         {"invert nearly_singular", "\"singular_to_working_precision\": true"},
-        {"fit dependent observed --pivot", "\"rank\": 2"},
         {"qr line --pivot", "\"p\": [[0, 1], [1, 0]]"},
         {"eig rotation --vectors both", "\"eigenvalues\": [[1, 2], [1, -2]]"},
-        {"eig indefinite", "\"eigenvalues\": [-1, 3]"},
-        {"svd singular --vectors", "\"left_vectors\": [["},
         {"svd diagonal --picture decay.svg", "\"picture_file\": \"decay.svg\""},
         {"compress color.png --rank 1", "\"planes\": 3"},
         {"norm 'odd \"\\\n\xc3\xa4 \xff'", R"("odd \"\\\u000a)"
@@ -361,12 +343,9 @@ TEST_F(Program, ReportsAndWritesResults) {
         {"solve real", "in truth"},
         {"solve hermitian right -o x --picture x.svg", "condition number"},
         {"solve hermitian", "\n  Cholesky   "},
-        {"solve hermitian --method lu", "\n  LU   "},
         {"solve indefinite", "ended at column 2: A is not positive definite\n  LU   "},
-        {"solve real --method auto", "\n  LU   "},
         {"solve band", "\n  band LU   "},
         {"solve band", "1 + 2 diagonals beside the main one: 0.083 of the numbers of a full matrix, 0.0025 of the op"},
-        {"solve band --method lu", "\n  LU   "},
         {"solve diagonal", "\n  band Cholesky   "},
         {"solve real --method band", "\n  band LU   "},
         {"solve indefinite --method band", "ended at column 2: A is not positive definite\n  band LU   "},
@@ -375,7 +354,6 @@ TEST_F(Program, ReportsAndWritesResults) {
         {"invert nearly_singular", "A is singular to working precision: no digit of X is sure"},
         {"solve nearly_singular", "A is singular to working precision: no digit of x is sure"},
         {"fit line observed -o fitted --picture fit.svg --over 2", "2 in the 2-norm, 0.21 of b\n"},
-        {"fit line observed", "\n  QR   "},
         {"fit line observed --pivot", "\n  pivoted QR   "},
         {"fit dependent observed --pivot -o dependent_x", "2 in the 2-norm, 0.21 of b\n"},
         {"fit dependent observed --pivot", "rank              2 of 3"},
@@ -395,9 +373,7 @@ TEST_F(Program, ReportsAndWritesResults) {
         {"eig rotation --picture plane.svg", "trace"},
         {"svd indefinite", "2, from 3 to 1 "},
         {"svd diagonal", "    1\n    ... 20 more; -o gives all\n    1\n"},
-        {"svd indefinite", "condition         3:"},
         {"svd indefinite --tolerance 0.5", "rank              1: values above 0.5"},
-        {"svd singular", "rank              1:"},
         {"svd singular", "A is singular to working precision"},
         {"svd wide --vectors", "1, from 2.23607 to 2.23607"},
         {"svd right -o sizes --left u --right v --picture decay.svg", "orthogonality"},
@@ -418,50 +394,48 @@ TEST_F(Program, ReportsAndWritesResults) {
     EXPECT_THAT(picture, HasSubstr("points='80.0,420.0 690.0,50.0 '"));
 
     const auto read = [&](const char* name) { return to_complex(read_matrix(folder.file(name)).matrix); };
-    Matrix<SingleComplex> unit(2, 2);
-    unit(0, 0) = unit(1, 1) = 1;
-    EXPECT_LT(relative_difference(read("x"), unit), 1e-6);
-    EXPECT_LT(relative_difference(product(read("real"), read("y")), read("right")), 1e-6);
-    EXPECT_LT(relative_difference(product(read("hermitian"), read("inverse")), unit), 1e-6);
+    const auto expect_near = [](const Matrix<SingleComplex>& found, const Matrix<SingleComplex>& expected) {
+        EXPECT_LT(relative_difference(found, expected), 1e-6);
+    };
+    Matrix<SingleComplex> identity(2, 2), coefficients(2, 1);
+    identity(0, 0) = identity(1, 1) = 1;
+    coefficients(0, 0) = 1, coefficients(1, 0) = 2;
+    expect_near(read("x"), identity);
+    expect_near(product(read("real"), read("y")), read("right"));
+    expect_near(product(read("hermitian"), read("inverse")), identity);
     EXPECT_EQ(read_matrix(folder.file("y")).format, Format::coordinate);
 
-    Matrix<SingleComplex> coefficients(2, 1);
-    coefficients(0, 0) = 1, coefficients(1, 0) = 2;
-    EXPECT_LT(relative_difference(read("fitted"), coefficients), 1e-6);
-    EXPECT_LT(relative_difference(product(read("dependent"), read("dependent_x")), product(read("line"), coefficients)),
-              1e-6);
-    EXPECT_LT(relative_difference(product(read("real"), read("fitted_square")), read("right")), 1e-6);
+    expect_near(read("fitted"), coefficients);
+    expect_near(product(read("dependent"), read("dependent_x")), product(read("line"), coefficients));
+    expect_near(product(read("real"), read("fitted_square")), read("right"));
     EXPECT_THAT(content(folder.file("fit.svg")), HasSubstr("b - A x"));
     EXPECT_THAT(content(folder.file("fit.svg")), HasSubstr("column 2 of A"));
     EXPECT_THAT(content(folder.file("complex.svg")), HasSubstr("Im A x"));
-    EXPECT_LT(relative_difference(product(read("q"), read("r")), read("line")), 1e-6);
-    EXPECT_LT(relative_difference(product(read("complex_q"), read("complex_r")), product(read("hermitian"), read("p"))),
-              1e-6);
+    expect_near(product(read("q"), read("r")), read("line"));
+    expect_near(product(read("complex_q"), read("complex_r")), product(read("hermitian"), read("p")));
     EXPECT_EQ(read("r")(1, 0), SingleComplex(0));
 
     EXPECT_THAT(content(folder.file("real.svg")), HasSubstr("cy='420.0'"));  // -1 of -1 and 3
     EXPECT_THAT(content(folder.file("plane.svg")), HasSubstr("cy='420.0'")); // 1 - 2i
     EXPECT_THAT(content(folder.file("plane.svg")), HasSubstr("imaginary part"));
-    const auto product_with = [&](const char* matrix, bool transposed, const char* values, const char* vectors) {
-        Matrix<SingleComplex> a = read(matrix), scaled = read(vectors);
-        if (transposed)
-            std::swap(a(0, 1), a(1, 0));
-        const Matrix<SingleComplex> w = read(values);
+    // Column k of the vectors times value k.
+    const auto scaled = [&](const char* vectors, const char* values, bool conjugated = false) {
+        Matrix<SingleComplex> v = read(vectors);
         for (int k = 0; k < 2; ++k)
-            for (int i = 0; i < 2; ++i)
-                scaled(i, k) = narrow(wide(scaled(i, k)) * (transposed ? std::conj(wide(w(k, 0))) : wide(w(k, 0))));
-        return relative_difference(product(a, read(vectors)), scaled);
+            for (int i = 0; i < 2; ++i) {
+                const auto value = wide(read(values)(k, 0));
+                v(i, k) = narrow(wide(v(i, k)) * (conjugated ? std::conj(value) : value));
+            }
+        return v;
     };
-    EXPECT_LT(product_with("rotation", false, "values", "right_vectors"), 1e-6);
-    EXPECT_LT(product_with("rotation", true, "values", "left"), 1e-6);
-    EXPECT_LT(product_with("indefinite", false, "real_values", "real_vectors"), 1e-6);
+    Matrix<SingleComplex> transposed = read("rotation");
+    std::swap(transposed(0, 1), transposed(1, 0));
+    expect_near(product(read("rotation"), read("right_vectors")), scaled("right_vectors", "values"));
+    expect_near(product(transposed, read("left")), scaled("left", "values", true));
+    expect_near(product(read("indefinite"), read("real_vectors")), scaled("real_vectors", "real_values"));
     EXPECT_TRUE(std::holds_alternative<Matrix<float>>(read_matrix(folder.file("real_vectors")).matrix));
 
-    Matrix<SingleComplex> scaled = read("u");
-    for (int k = 0; k < 2; ++k)
-        for (int i = 0; i < 2; ++i)
-            scaled(i, k) = narrow(wide(scaled(i, k)) * wide(read("sizes")(k, 0)));
-    EXPECT_LT(relative_difference(product(read("right"), read("v")), scaled), 1e-6);
+    expect_near(product(read("right"), read("v")), scaled("u", "sizes"));
     EXPECT_THAT(content(folder.file("decay.svg")), HasSubstr("tolerance of the rank"));
     EXPECT_EQ(support::read_png(folder.file("gray-rank1.png")).values, of_rank_one(1).values);
     EXPECT_EQ(support::read_planes(folder.file("low.png")).all.values, of_rank_one(3).values);
