@@ -140,6 +140,11 @@ template <class T>
 void gemv(Op op, int m, int n, Scalar<T> alpha, MatrixIn<T> a, VectorIn<T> x, Scalar<T> beta, Vector<T> y) {
     native::call(Native<T>::gemv, op, m, n, alpha, a, x, beta, y);
 }
+// y := tau*(y + A^H*v), x := x - y, z := z + A*x (gemvt.hpp)
+template <class T>
+void gemvt(int m, int n, Scalar<T> tau, MatrixIn<T> a, const Scalar<T>* v, Vector<T> x, Vector<T> y, T* z) {
+    native::call(Native<T>::gemvt, m, n, tau, a, v, x, y, z);
+}
 // y := alpha*A*x + beta*y, A symmetric or Hermitian
 template <class T>
 void hemv(Uplo uplo, int n, Scalar<T> alpha, MatrixIn<T> a, VectorIn<T> x, Scalar<T> beta, Vector<T> y) {

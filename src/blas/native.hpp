@@ -28,6 +28,7 @@
     REAL(KERNEL, nrm2, snrm2)         COMPLEX(KERNEL, nrm2, scnrm2)    \
     REAL(KERNEL, iamax, isamax)       COMPLEX(KERNEL, iamax, icamax)   \
     REAL(ON_TEAM, gemv, sgemv)        COMPLEX(ON_TEAM, gemv, cgemv)    \
+    REAL(KERNEL, gemvt, sgemvt)       COMPLEX(KERNEL, gemvt, cgemvt)   \
     REAL(ON_TEAM, hemv, ssymv)        COMPLEX(KERNEL, hemv, chemv)     \
     REAL(ON_TEAM, her, ssyr)          COMPLEX(KERNEL, her, cher)       \
     REAL(ON_TEAM, her2, ssyr2)        COMPLEX(KERNEL, her2, cher2)     \

@@ -63,7 +63,7 @@ struct BidiagonalResult {
         e.fill([] { return 0.0F; });
         T *const tauq = tau.view().column(0), *const taup = tau.view().column(1);
         const lapack::BidiagonalPanel<T> panel{a.rows(), a.columns(), a.view(), x.view(), y.view()};
-        if (team == 0 || !lapack::labrd_on_team(team, 3, panel, nb, d.data(), e.data(), tauq, taup))
+        if (team == 0 || !lapack::labrd_on_team(team, panel, nb, d.data(), e.data(), tauq, taup))
             lapack::labrd(panel.m, panel.n, nb, panel.a, d.data(), e.data(), tauq, taup, panel.x, panel.y);
     }
     bool near(const BidiagonalResult& other, double bound) const {

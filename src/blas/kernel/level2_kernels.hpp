@@ -117,8 +117,16 @@
             const float* s, float* a, const int* lda),                                                               \
            (side, pivot, direct, m, n, c, s, a, lda))
 
-/* Reflectors of order 3 side by side, of LAPACK (larf3.hpp). */
+/* Reflectors of order 3 side by side, and both products of a bidiagonal reduction's step, of LAPACK (larf3.hpp,
+   gemvt.hpp). */
+#define QRV_GEMVT_PARAMETERS(T)                                                                                      \
+    const int *m, const int *n, const T *tau, const T *a, const int *lda, const T *v, T *x, const int *incx, T *y,   \
+        const int *incy, T *z
 #define QRV_REFLECTOR_KERNELS(KERNEL)                                                                                \
+    KERNEL(void, blas_sgemvt_kernel, (QRV_GEMVT_PARAMETERS(float)),                                                  \
+           (m, n, tau, a, lda, v, x, incx, y, incy, z))                                                              \
+    KERNEL(void, blas_cgemvt_kernel, (QRV_GEMVT_PARAMETERS(qrv::SingleComplex)),                                     \
+           (m, n, tau, a, lda, v, x, incx, y, incy, z))                                                              \
     KERNEL(void, blas_slarf3_left_kernel,                                                                            \
            (const int* count, const int* n, const float* v, const int* ldv, float* a, const int* lda),               \
            (count, n, v, ldv, a, lda))                                                                               \

@@ -2,6 +2,7 @@
 // template.
 #include "blas/kernel/common/level2/banded.hpp"
 #include "blas/kernel/common/level2/gemv.hpp"
+#include "blas/kernel/common/level2/gemvt.hpp"
 #include "blas/kernel/common/level2/ger.hpp"
 #include "blas/kernel/common/level2/larf3.hpp"
 #include "blas/kernel/common/level2/lasr.hpp"
@@ -107,6 +108,12 @@ void blas_slasr_kernel(const char* side, const char* pivot, const char* direct, 
 
 // ---- Reflectors -----------------------------------------------------------------------------------------------------
 
+void blas_sgemvt_kernel(QRV_GEMVT_PARAMETERS(float)) {
+    gemvt<float>(*m, *n, *tau, {a, *lda}, v, x, *incx, y, *incy, z);
+}
+void blas_cgemvt_kernel(QRV_GEMVT_PARAMETERS(SingleComplex)) {
+    gemvt<SingleComplex>(*m, *n, *tau, {a, *lda}, v, x, *incx, y, *incy, z);
+}
 void blas_slarf3_left_kernel(const int* count, const int* n, const float* v, const int* ldv, float* a, const int* lda) {
     larf3_left(*count, *n, {v, *ldv}, {a, *lda});
 }

@@ -1,17 +1,21 @@
 // SLABRD, CLABRD: the first rows and columns of a matrix reduced to bidiagonal form, the rest left as it is.
 //
-// After some steps the matrix would be A - V Y^H - X U. A step brings its column and its row up to date, one behind the
-// other, and for each makes a reflector and the column of Y or X that it needs:
+// After some steps the matrix would be A - V Y^H - X U. A step brings a column up to date and makes its reflector, and
+// then the row that the reflector begins in; for each it needs a column of Y or X:
 //
 //   y = tauq (A - V Y^H - X U)^H v          x = taup (A - V Y^H - X U) u
 //
-// the two products with A itself being half the work of the reduction. Rows are conjugated while they stand for
-// vectors: u from before its reflector is made until x is. A tall matrix has its columns first: step i makes v, y, and
-// row i up to date (together `front`, as they go through the columns behind i), then u and x (`back`). A wide one is
-// the same for its adjoint, with rows for columns and x for y.
+// The two products with A itself are half the work of the reduction, and both are computed in one reading of A: element
+// j of the row follows from element j of y, so that column j of A, once it has met v, can be added to the sum for x
+// with the element that the row has before its reflector is made. The reflector only moves the first element of the row
+// and scales it, and the sum follows.
+//
+// Rows are conjugated while they stand for vectors: u from before its reflector is made until x is. The reflector of
+// column i of a tall matrix begins in row i. A wide matrix has one row first, and there it begins in row i + 1.
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 
 #include "blas/calls.hpp"
@@ -35,128 +39,106 @@ private:
     Vector<T> x_;
 };
 
-// to := op(A) z + beta*to, A so large that it comes from the outer caches, where a load that lies in two lines costs
-// two. If all columns of A begin at the same place of a line, or every second one does, these go together, and the rows
-// above their next line by themselves.
-template <class T>
-void multiply_by_lines(Op op, int m, int n, Matrix<T> a, Vector<T> z, T beta, Vector<T> to) {
-    constexpr int line = 64 / static_cast<int>(sizeof(T)), leastRows = 8 * line;
-    constexpr std::int64_t leastElements = isComplex<T> ? 1 << 13 : 1 << 18; // below, real ones took 1 to 2 % longer
-    const int sets = a.ld % line == 0 ? 1 : a.ld % (line / 2) == 0 ? 2 : 0;
-    if (m < leastRows || std::int64_t{m} * n < leastElements || sets == 0)
-        return kernel::gemv<T>(op, m, n, scalar<T>(1), a, z, beta, to);
-    for (int set = 0; set < sets; ++set) {
-        const int columns = (n - set + sets - 1) / sets;
-        const Matrix<T> part{a.column(set), a.ld * sets};
-        const auto place = static_cast<int>(reinterpret_cast<std::uintptr_t>(part.data) / sizeof(T) % line);
-        const int above = place == 0 ? 0 : line - place;
-        const auto every = [&](Vector<T> x) { return Vector<T>{x.from(set).data, x.inc * sets}; };
-        const auto add_rows = [&](int first, int rows) {
-            const bool untouched = op == Op::none ? set == 0 : first == 0;
-            kernel::gemv<T>(op, rows, columns, scalar<T>(1), part.block(first, 0),
-                            op == Op::none ? every(z) : z.from(first), untouched ? beta : scalar<T>(1),
-                            op == Op::none ? to.from(first) : every(to));
-        };
-        if (above > 0)
-            add_rows(0, above);
-        add_rows(above, m - above);
-    }
-}
-
-// What is done on the whole or, by a thread, on a part of the rows or columns behind step i. Before row i is brought up
-// to date there are so many columns of V and Y as its number, and before column j so many rows of U and columns of X.
+// What is done on the whole or, by a thread, on a part of the rows or columns behind. Column i is brought up to date
+// with i columns of V and Y and row_of(i) rows of U and columns of X; row k with column_of(k) and k.
 template <class T>
 struct BidiagonalPanel {
     int m, n;
     Matrix<T> a, x, y;
 
     bool tall() const { return m >= n; }
-    // Where the vectors of step i begin: v in row(i) of column i, u in column(i) of row i.
-    int row(int i) const { return tall() ? i : i + 1; }
-    int column(int i) const { return tall() ? i + 1 : i; }
-    Vector<T> v(int i) const { return a.column(row(i), i); }
-    Vector<T> u(int i) const { return a.row(i, column(i)); }
-    int length_of_v(int i) const { return m - row(i); }
-    int length_of_u(int i) const { return n - column(i); }
-    int rows_behind(int i) const { return m - i - 1; }
+    // Where the vectors begin: v of column i in a row, u of row k in a column.
+    int row_of(int i) const { return tall() ? i : i + 1; }
+    int column_of(int k) const { return tall() ? k + 1 : k; }
+    int rows_behind(int k) const { return m - k - 1; }
     int columns_behind(int i) const { return n - i - 1; }
+    Vector<T> v(int i) const { return a.column(row_of(i), i); }
+    Vector<T> u(int k) const { return a.row(k, column_of(k)); }
+    int length_of_v(int i) const { return m - row_of(i); }
+    int length_of_u(int k) const { return n - column_of(k); }
 
-    // ---- Columns and rows brought up to date ------------------------------------------------------------------------
-
-    // Rows `part` of column j from row i on; row j of Y is conjugated.
-    void update_column(int i, int j, Slice part) const {
-        const int first = i + part.first;
-        subtract(Op::none, part.count, j, a.block(first, 0), y.row(j, 0), a.column(first, j));
-        subtract(Op::none, part.count, i, x.block(first, 0), a.column(0, j), a.column(first, j));
+    // The reflector of column i, brought up to date, and of row k, which is. Result: the element that is left, in whose
+    // place others need the 1 of the vector.
+    float reflect_column(int i, T& tau) const {
+        const int k = row_of(i);
+        {
+            const Conjugated<T> yRow(i, y.row(i, 0));
+            subtract(Op::none, m - k, i, a.block(k, 0), y.row(i, 0), a.column(k, i));
+        }
+        subtract(Op::none, m - k, k, x.block(k, 0), a.column(0, i), a.column(k, i));
+        tau = larfg(m - k, a(k, i), a.column(std::min(k + 1, m - 1), i));
+        return real_part(a(k, i));
     }
-    // Columns `part` of row i from column j on, conjugated; so are row i of V and of X.
-    void update_row(int i, int j, Slice part) const {
-        const int first = j + part.first;
-        subtract(Op::none, part.count, j, y.block(first, 0), a.row(i, 0), a.row(i, first));
-        subtract(adjoint<T>, i, part.count, a.block(0, first), x.row(i, 0), a.row(i, first));
-    }
-
-    // The reflector of a column or of a row that is up to date. Result: the element that is left of it; that in A
-    // becomes 1 where others need the vector.
-    float reflect_column(int i, int j, T& tau) const {
-        tau = larfg(m - i, a(i, j), a.column(std::min(i + 1, m - 1), j));
-        return real_part(a(i, j));
-    }
-    float reflect_row(int i, int j, T& tau) const {
-        tau = larfg(n - j, a(i, j), a.row(i, std::min(j + 1, n - 1)));
-        return real_part(a(i, j));
+    float reflect_row(int k, T& tau) const {
+        const int j = column_of(k);
+        tau = larfg(n - j, a(k, j), a.row(k, std::min(j + 1, n - 1)));
+        return real_part(a(k, j));
     }
 
     // ---- Columns of Y and X -----------------------------------------------------------------------------------------
     //
     // Beside the product with A each takes two short ones, with V or Y and with X or U. These lie at the tops of both
-    // columns i, where nothing is needed any more.
+    // columns, where nothing is needed any more.
 
     enum Short { withV, withX };
     static constexpr Short bothShort[2] = {withV, withX};
 
     void form_short_of_y(int i, Short which) const {
         if (which == withV)
-            multiply(adjoint<T>, length_of_v(i), i, a.block(row(i), 0), v(i), y.column(0, i));
+            multiply(adjoint<T>, length_of_v(i), i, a.block(row_of(i), 0), v(i), y.column(0, i));
         else
-            multiply(adjoint<T>, length_of_v(i), row(i), x.block(row(i), 0), v(i), x.column(0, i));
+            multiply(adjoint<T>, length_of_v(i), row_of(i), x.block(row_of(i), 0), v(i), x.column(0, i));
     }
-    void form_short_of_x(int i, Short which) const {
+    void form_short_of_x(int k, Short which) const {
         if (which == withV)
-            multiply(adjoint<T>, length_of_u(i), column(i), y.block(column(i), 0), u(i), x.column(0, i));
+            multiply(adjoint<T>, length_of_u(k), column_of(k), y.block(column_of(k), 0), u(k), x.column(0, k));
         else
-            multiply(Op::none, i, length_of_u(i), a.block(0, column(i)), u(i), y.column(0, i));
+            multiply(Op::none, k, length_of_u(k), a.block(0, column_of(k)), u(k), y.column(0, k));
     }
-    // From the product with A to y and x, elements `part` behind i.
-    void finish_y(int i, T tau, Slice part) const {
-        const int first = i + 1 + part.first;
+
+    // Elements `part` behind i of y without tauq and without rows of A below the first of v, from that row, which is
+    // conjugated.
+    void begin_y(int i, Slice part) const {
+        const int k = row_of(i), first = i + 1 + part.first;
         const Vector<T> to = y.column(first, i);
+        kernel::copy(part.count, a.row(k, first), to);
         subtract(Op::none, part.count, i, y.block(first, 0), y.column(0, i), to);
-        subtract(adjoint<T>, row(i), part.count, a.block(0, first), x.column(0, i), to);
-        kernel::scal(part.count, tau, to);
+        subtract(adjoint<T>, k, part.count, a.block(0, first), x.column(0, i), to);
     }
-    void finish_x(int i, T tau, Slice part) const {
-        const int first = i + 1 + part.first;
-        const Vector<T> to = x.column(first, i);
-        subtract(Op::none, part.count, column(i), a.block(first, 0), x.column(0, i), to);
-        subtract(Op::none, part.count, i, x.block(first, 0), y.column(0, i), to);
-        kernel::scal(part.count, tau, to);
+    // From there y, the row up to date, and sum := sum + A times the row, by columns `part` behind i. Row k of V and of
+    // X is conjugated too.
+    void couple(int i, T tau, Slice part, T* sum) const {
+        const int k = row_of(i), first = i + 1 + part.first;
+        const Vector<T> row = a.row(k, first);
+        begin_y(i, part);
+        subtract(Op::none, part.count, i, y.block(first, 0), a.row(k, 0), row);
+        subtract(adjoint<T>, k, part.count, a.block(0, first), x.row(k, 0), row);
+        kernel::gemvt(rows_behind(k), part.count, tau, a.block(k + 1, first), v(i).from(1).data, row,
+                      y.column(first, i), sum);
     }
 
-    // ---- The same for a tall matrix and the adjoint of a wide one ---------------------------------------------------
-
-    // Elements of what the front of step i forms, and of what its back does.
-    int front_length(int i) const { return tall() ? columns_behind(i) : rows_behind(i); }
-    int back_length(int i) const { return tall() ? rows_behind(i) : columns_behind(i); }
-    void form_short_of_front(int i, Short which) const {
-        tall() ? form_short_of_y(i, which) : form_short_of_x(i, which);
+    // Whether A u can be told from the sum, of which `left` remained: not if products with elements as small or as
+    // large as those of the row could vanish or overflow.
+    static bool tells(T tau, float left) {
+        constexpr float most = 0x1p50F;
+        return tau != scalar<T>(0) && std::fabs(left) >= 1 / most && std::fabs(left) <= most;
     }
-    void form_short_of_back(int i, Short which) const {
-        tall() ? form_short_of_x(i, which) : form_short_of_y(i, which);
+    // Elements `part` behind k of A u, from the sum and the element that began the row: u is the row minus `left` in
+    // the first place, over the new first element.
+    void turn_sum(int k, T began, float left, Slice part) const {
+        const int first = k + 1 + part.first;
+        const Vector<T> to = x.column(first, k);
+        kernel::axpy(part.count, scalar<T>(-left), a.column(first, column_of(k)), to);
+        kernel::scal(part.count, scalar<T>(1) / (began - scalar<T>(left)), to);
     }
-    void finish_front(int i, T tau, Slice part) const { tall() ? finish_y(i, tau, part) : finish_x(i, tau, part); }
-    void finish_back(int i, T tau, Slice part) const { tall() ? finish_x(i, tau, part) : finish_y(i, tau, part); }
-    void update_front(int i, Slice part) const { tall() ? update_row(i, i + 1, part) : update_column(i + 1, i, part); }
+    // From A u to x, elements `part` behind k.
+    void finish_x(int k, T tau, Slice part) const {
+        const int first = k + 1 + part.first;
+        const Vector<T> to = x.column(first, k);
+        subtract(Op::none, part.count, column_of(k), a.block(first, 0), x.column(0, k), to);
+        subtract(Op::none, part.count, k, x.block(first, 0), y.column(0, k), to);
+        kernel::scal(part.count, tau, to);
+    }
 
 private:
     static void subtract(Op op, int rows, int columns, Matrix<T> b, Vector<T> z, Vector<T> from) {
@@ -167,64 +149,126 @@ private:
     }
 };
 
-// The panel on a team, products with A shared out in chunks of so many of its columns (rows of a wide matrix). Result:
-// whether it was done; without memory for the partial sums nothing is.
+// The panel on a team. Result: whether it was done; without memory for the partial sums nothing is.
 template <class T>
-bool labrd_on_team(int threads, int chunk, const BidiagonalPanel<T>& panel, int nb, float* d, float* e, T* tauq,
-                   T* taup);
+bool labrd_on_team(int threads, const BidiagonalPanel<T>& panel, int nb, float* d, float* e, T* tauq, T* taup);
 
-// The columns and rows of a panel, one after the other. `products` has front(i, tau), which forms column i of Y and
-// brings row i up to date, and back(i, tau), which forms column i of X; or rows and columns exchanged.
-template <class T, class Products>
-void reduce_panel(const BidiagonalPanel<T>& p, int nb, float* d, float* e, T* tauq, T* taup, const Products& products) {
-    const T one = scalar<T>(1);
-    for (int i = 0; i < nb; ++i) {
-        if (p.tall()) {
-            {
-                const Conjugated<T> y(i, p.y.row(i, 0));
-                p.update_column(i, i, {0, p.m - i});
-            }
-            d[i] = p.reflect_column(i, i, tauq[i]);
+// The columns and rows of a panel, one after the other. `team` runs work on its members, each of which has a number,
+// the size of the team, and a barrier; and it tells where member `number` of so many sums up so many elements, the last
+// one in X itself.
+//
+// What holds in a team:
+//   - Before the barrier behind the short products nothing is written that they read: v or u, V, Y, X and U before this
+//     step. They write the tops of columns of Y and X only. Rows k of V and X are conjugated between two barriers.
+//   - Behind it each member writes elements of its own: of y, of the row and of a sum, respectively of x. It adds the
+//     sums in the order of the members.
+//   - The members of a region are counted in it, as a team may be smaller than asked.
+template <class T, class Team>
+class PanelReduction {
+public:
+    PanelReduction(const BidiagonalPanel<T>& panel, const Team& team) : p(panel), team_(team) {}
+
+    void run(int nb, float* d, float* e, T* tauq, T* taup) const {
+        float *const ofColumns = p.tall() ? d : e, *const ofRows = p.tall() ? e : d;
+        const T one = scalar<T>(1);
+        if (!p.tall()) {
+            const Conjugated<T> row(p.n, p.a.row(0, 0));
+            ofRows[0] = p.reflect_row(0, taup[0]);
+            if (p.m == 1)
+                return;
+            p.a(0, 0) = one;
+            form_x(0, taup[0]);
+        }
+        for (int i = 0; i < nb; ++i) {
+            const int k = p.row_of(i);
+            ofColumns[i] = p.reflect_column(i, tauq[i]);
             if (i + 1 == p.n)
-                break;
-            p.a(i, i) = one;
-            products.front(i, tauq[i]);
-            e[i] = p.reflect_row(i, i + 1, taup[i]);
-            p.a(i, i + 1) = one;
-            products.back(i, taup[i]);
-            conjugate(p.length_of_u(i), p.u(i));
-        } else {
-            conjugate(p.n - i, p.a.row(i, i));
-            {
-                const Conjugated<T> v(i, p.a.row(i, 0)), x(i, p.x.row(i, 0));
-                p.update_row(i, i, {0, p.n - i});
-            }
-            d[i] = p.reflect_row(i, i, taup[i]);
-            if (i + 1 < p.m) {
-                p.a(i, i) = one;
-                products.front(i, taup[i]);
-            }
-            conjugate(p.length_of_u(i), p.u(i));
-            if (i + 1 == p.m)
-                break;
-            e[i] = p.reflect_column(i + 1, i, tauq[i]);
-            p.a(i + 1, i) = one;
-            products.back(i, tauq[i]);
+                return;
+            p.a(k, i) = one;
+            const Conjugated<T> row(p.columns_behind(i), p.a.row(k, i + 1));
+            if (k == nb)
+                return form_y(i, tauq[i]);
+            const int sums = couple(i, tauq[i]);
+            const T began = p.a(k, i + 1);
+            ofRows[k] = p.reflect_row(k, taup[k]);
+            if (k + 1 == p.m)
+                return;
+            p.a(k, i + 1) = one;
+            if (!p.tells(taup[k], ofRows[k]) || !form_x_from_sums(k, taup[k], began, ofRows[k], sums))
+                form_x(k, taup[k]);
         }
     }
-}
 
-// Row i of a tall matrix or column i of a wide one, `update` doing the whole of it.
-template <class T, class Update>
-void update_front_by(const BidiagonalPanel<T>& p, int i, const Update& update) {
-    if (p.tall()) {
-        conjugate(p.columns_behind(i), p.a.row(i, i + 1));
-        const Conjugated<T> v(i + 1, p.a.row(i, 0)), x(i, p.x.row(i, 0));
-        update();
-    } else {
-        const Conjugated<T> y(i, p.y.row(i, 0));
-        update();
+private:
+    // y, the row and the sums. Result: how many of these there are.
+    int couple(int i, T tau) const {
+        const int k = p.row_of(i), rows = p.rows_behind(k);
+        int sums = 0;
+        const auto conjugate_rows = [&] {
+            conjugate(i, p.a.row(k, 0));
+            conjugate(k, p.x.row(k, 0));
+        };
+        team_.run([&](const auto& member) {
+            for (int which = member.number; which < 2; which += member.size)
+                p.form_short_of_y(i, p.bothShort[which]);
+            member.barrier();
+            if constexpr (isComplex<T>) {
+                if (member.number == 0)
+                    conjugate_rows();
+                member.barrier();
+            }
+            if (member.number == 0)
+                sums = member.size;
+            T* const sum = sum_of(k, member.number, member.size);
+            std::fill_n(sum, rows, scalar<T>(0));
+            p.couple(i, tau, even_slice(p.columns_behind(i), member.size, member.number), sum);
+        });
+        conjugate_rows();
+        return sums;
     }
-}
+    // Result: whether all of x is finite, else sums may have overflowed.
+    bool form_x_from_sums(int k, T tau, T began, float left, int sums) const {
+        finish_x(k, tau, [&](Slice part) {
+            for (int other = 0; other < sums - 1; ++other)
+                kernel::axpy(part.count, scalar<T>(1), Vector<T>{sum_of(k, other, sums), 1}.from(part.first),
+                             p.x.column(k + 1 + part.first, k));
+            p.turn_sum(k, began, left, part);
+        });
+        return std::isfinite(kernel::asum(p.rows_behind(k), p.x.column(k + 1, k)));
+    }
+    void form_x(int k, T tau) const {
+        blas::gemv<T>(Op::none, p.rows_behind(k), p.length_of_u(k), scalar<T>(1), p.a.block(k + 1, p.column_of(k)),
+                      p.u(k), scalar<T>(0), p.x.column(k + 1, k));
+        finish_x(k, tau, [](Slice) {});
+    }
+    template <class Begin>
+    void finish_x(int k, T tau, const Begin& begin) const {
+        team_.run([&](const auto& member) {
+            for (int which = member.number; which < 2; which += member.size)
+                p.form_short_of_x(k, p.bothShort[which]);
+            member.barrier();
+            const Slice part = even_slice(p.rows_behind(k), member.size, member.number);
+            begin(part);
+            p.finish_x(k, tau, part);
+        });
+    }
+    // Of the last column of a wide matrix, behind which there is no row of the panel.
+    void form_y(int i, T tau) const {
+        const int k = p.row_of(i);
+        const Vector<T> to = p.y.column(i + 1, i);
+        for (const auto which : p.bothShort)
+            p.form_short_of_y(i, which);
+        p.begin_y(i, {0, p.columns_behind(i)});
+        blas::gemv<T>(adjoint<T>, p.rows_behind(k), p.columns_behind(i), scalar<T>(1), p.a.block(k + 1, i + 1),
+                      p.v(i).from(1), scalar<T>(1), to);
+        kernel::scal(p.columns_behind(i), tau, to);
+    }
+    T* sum_of(int k, int member, int members) const {
+        return member == members - 1 ? p.x.column(k + 1, k).data : team_.sum(member, p.rows_behind(k));
+    }
+
+    const BidiagonalPanel<T>& p;
+    const Team& team_;
+};
 
 } // namespace qrv::lapack
