@@ -8,13 +8,15 @@
 //   [         U22 ]   untouched
 //
 // where P00 has the blocks up to here already, and P01 and P02 are still U01 and U02. The lower triangle is the same on
-// the transposed picture. The products decide on threads for themselves.
+// the transposed picture. Of large triangles the blocks are the halves, each in the same way. The products decide on
+// threads for themselves.
 #include <algorithm>
 
 #include "blas/calls.hpp"
 #include "blas/complex.hpp"
 #include "lapack/calls/cholesky.hpp"
 #include "lapack/elements.hpp"
+#include "lapack/factorization.hpp"
 #include "lapack/routine_name.hpp"
 #include "service/tuning.hpp"
 
@@ -50,7 +52,7 @@ void lauu2(Uplo uplo, int n, Matrix<T> a) {
 
 template <class T>
 void lauum(Uplo uplo, int n, Matrix<T> a) {
-    const int nb = tuning::block_size(RoutineName<T>("LAUUM"), n);
+    const int nb = n > mostInBlocks ? half_in_blocks(n) : tuning::block_size(RoutineName<T>("LAUUM"), n);
     if (nb <= 1 || nb >= n)
         return lauu2(uplo, n, a);
     const T one = scalar<T>(1);
@@ -66,7 +68,7 @@ void lauum(Uplo uplo, int n, Matrix<T> a) {
             blas::trmm(Side::right, uplo, adjoint<T>, Diag::nonUnit, i, ib, one, diagonal, product);
         else
             blas::trmm(Side::left, uplo, adjoint<T>, Diag::nonUnit, ib, i, one, diagonal, product);
-        lauu2(uplo, ib, diagonal);
+        lauum(uplo, ib, diagonal);
         if (rest == 0)
             break;
         if (upper)

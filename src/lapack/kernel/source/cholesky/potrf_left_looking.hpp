@@ -20,12 +20,6 @@ namespace qrv::lapack {
 // Who computes the products and solves: the decision routines, which may thread, or the kernels.
 enum class Layer { blas, kernel };
 
-// Half of n, in whole blocks of kernels: with blocks of so many the steps are two, and the products as large as can be.
-constexpr int half_in_blocks(int n) {
-    constexpr int block = 32;
-    return (n / 2 + block - 1) / block * block;
-}
-
 // Columns that are left over join the last block if they are so few. The first one never takes all.
 constexpr int fewLeftOver = 4;
 
