@@ -20,63 +20,48 @@ void check_builds(const Routine<T>& routine, const Shape& p) {
 
 // Around the sizes of vectors, passes and blocks.
 constexpr int small[] = {0, 1, 2, 3, 5, 8, 11, 15, 16, 17, 31, 32, 33};
-constexpr std::pair<int, int> large[] = {{64, 127},  {127, 64},  {128, 128}, {129, 300},
-                                         {300, 129}, {256, 256}, {1024, 33}, {33, 1025}};
-constexpr std::pair<int, int> largest[] = {{2051, 10}, {10, 2051}, {8195, 257}, {4099, 3}, {3, 4099}};
-constexpr int largestSquares[] = {513, 2051};
+constexpr std::pair<int, int> large[] = {{64, 127},   {127, 64},  {128, 128}, {129, 300}, {300, 129},
+                                         {256, 256},  {1024, 33}, {33, 1025}, {2051, 10}, {10, 2051},
+                                         {8195, 257}, {4099, 3},  {3, 4099},  {513, 513}};
 
-std::vector<int> band_widths(int n) {
-    if (n > 64)
-        return {1, 8, 40};
-    return {0, 1, 2, 3, 4, 5, 9, 17, 33, std::max(0, n - 1), n + 2};
-}
-
-// body(m, n, k, ku) for the small or the large sizes that suit a routine with so many options.
-template <class Body>
-void each_size(const Operation& o, bool largeOnes, unsigned options, Turns& turns, const Body& body) {
+// Sizes that suit a routine with so many options: squares, but of general matrices.
+std::vector<std::pair<int, int>> sizes_for(const Operation& o, bool largeOnes, std::size_t options) {
+    std::vector<std::pair<int, int>> sizes;
     const bool general = o.kind == Form::general;
-    const auto add = [&](int m, int n) {
-        if (!o.banded)
-            return body(m, n, 0, 0);
-        const std::vector<int> widths = band_widths(std::min(m, n));
-        for (const int k : widths)
-            if (!general || turns.one_in(4))
-                body(m, n, k, general ? turns.pick(widths) : 0);
-    };
-    if (largeOnes) {
+    for (int round = 0; largeOnes && round < (general ? 2 : 1); ++round)
         for (const auto& [m, n] : large)
-            add(m, general ? n : m);
-        for (int round = 0; general && round < 3; ++round)
-            for (const auto& [m, n] : largest)
-                add(m, n);
-        for (const int n : largestSquares)
-            if (!general)
-                add(n, n);
-    } else if (general) {
-        for (const int m : small)
-            for (const int n : small)
-                add(m, n);
-    } else {
-        for (unsigned round = 0; round < (o.banded ? 12 : 36) / options; ++round)
-            for (const int n : small)
-                add(n, n);
-    }
+            if (general || m <= 2051)
+                sizes.push_back({m, general ? n : m});
+    for (std::size_t round = 0; !largeOnes && round < (general ? std::size(small) : (o.banded ? 12 : 36) / options);
+         ++round)
+        for (const int n : small)
+            sizes.push_back({general ? small[round] : n, n});
+    return sizes;
 }
 
 void check_every_routine(bool largeOnes) {
     Turns turns;
     each_routine(true, [&]<class T>(const Routine<T>& routine) {
-        const auto options = every_option<T>(routine.operation);
-        const auto count = static_cast<unsigned>(options.size());
-        each_size(routine.operation, largeOnes, count, turns, [&](int m, int n, int k, int ku) {
-            for (Shape p : options) {
-                const bool isLarge = m > 300 || n > 300;
-                if (isLarge && !turns.one_in(m == n ? (count + 1) / 2 : 2))
+        const Operation& o = routine.operation;
+        const auto options = every_option<T>(o);
+        for (const auto& [m, n] : sizes_for(o, largeOnes, options.size())) {
+            const int least = std::min(m, n);
+            std::vector<int> widths{0};
+            if (o.banded)
+                widths = least > 64 ? std::vector{1, 8, 40}
+                                    : std::vector{0, 1, 2, 3, 4, 5, 9, 17, 33, std::max(0, least - 1), least + 2};
+            for (const int k : widths) {
+                if (o.banded && o.kind == Form::general && !turns.one_in(4))
                     continue;
-                p.m = m, p.n = n, p.k = k, p.ku = ku;
-                check_builds(routine, turns.vary(p, isLarge));
+                for (Shape p : options) {
+                    const bool isLarge = m > 300 || n > 300;
+                    if (isLarge && !turns.one_in(m == n ? (unsigned(options.size()) + 1) / 2 : 2))
+                        continue;
+                    p.m = m, p.n = n, p.k = k, p.ku = turns.pick(widths);
+                    check_builds(routine, turns.vary(p, isLarge));
+                }
             }
-        });
+        }
     });
 }
 TEST(Level2, EveryRoutineOnEveryBuild) {

@@ -17,7 +17,7 @@ std::vector<float> product(Providers::ParallelX86SingleLinearAlgebraProvider& pr
     std::vector<float> a(size), b(size), c(size, 1);
     for (std::size_t i = 0; i < size; ++i) {
         a[i] = static_cast<float>((i * 7 + static_cast<std::size_t>(seed)) % 11) - 5;
-        b[i] = static_cast<float>((i * 5 + static_cast<std::size_t>(seed)) % 13) - 6;
+        b[i] = static_cast<float>(i * 5 % 13) - 6;
     }
     provider.BlasLevel3()->Sgemm(TransposeOperation::None, TransposeOperation::Transpose, n, n, n, 0.5F, a, 0, n, b, 0,
                                  n, -1, c, 0, n);
@@ -26,25 +26,23 @@ std::vector<float> product(Providers::ParallelX86SingleLinearAlgebraProvider& pr
 
 TEST(Concurrency, ManyHostThreadsFromTheFirstCallOn) {
     Providers::ParallelX86SingleLinearAlgebraProvider provider;
-    constexpr int threads = 8, rounds = 40;
+    constexpr int threads = 8;
     std::atomic<int> waiting{threads};
-    std::vector<std::vector<std::vector<float>>> results(threads);
+    std::vector<std::vector<float>> results[threads];
     std::vector<std::thread> team;
     for (int t = 0; t < threads; ++t)
         team.emplace_back([&, t] {
-            --waiting;
-            while (waiting > 0)
+            for (--waiting; waiting > 0;)
                 std::this_thread::yield();
             qrv_serv_get_max_threads();
-            for (int round = 0; round < rounds; ++round)
-                results[static_cast<std::size_t>(t)].push_back(product(provider, 3 + round, t % 2));
+            for (int n = 3; n < 43; ++n)
+                results[t].push_back(product(provider, n, t % 2));
         });
     for (std::thread& thread : team)
         thread.join();
     for (int t = 0; t < threads; ++t)
-        for (int round = 0; round < rounds; ++round)
-            EXPECT_EQ(results[static_cast<std::size_t>(t)][static_cast<std::size_t>(round)],
-                      product(provider, 3 + round, t % 2));
+        for (int n = 3; n < 43; ++n)
+            EXPECT_EQ(results[t][static_cast<std::size_t>(n - 3)], product(provider, n, t % 2));
 }
 
 } // namespace

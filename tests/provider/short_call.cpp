@@ -21,20 +21,16 @@ void* QRV_REAL_NEW(std::size_t size);
 void __real_qrv_serv_lock();
 
 void* __wrap_malloc(std::size_t size) {
-    ++allocations;
-    return __real_malloc(size);
+    return ++allocations, __real_malloc(size);
 }
 void* __wrap_calloc(std::size_t count, std::size_t size) {
-    ++allocations;
-    return __real_calloc(count, size);
+    return ++allocations, __real_calloc(count, size);
 }
 void* __wrap_realloc(void* block, std::size_t size) {
-    ++allocations;
-    return __real_realloc(block, size);
+    return ++allocations, __real_realloc(block, size);
 }
 void* QRV_WRAP_NEW(std::size_t size) {
-    ++allocations;
-    return QRV_REAL_NEW(size);
+    return ++allocations, QRV_REAL_NEW(size);
 }
 void __wrap_qrv_serv_lock() {
     ++locks;

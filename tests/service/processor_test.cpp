@@ -74,11 +74,6 @@ TEST(L2Class, LastKnownDescriptorWins) {
         EXPECT_EQ(l2_class_of({1, 0, row.descriptor, 0}), row.expected) << std::hex << row.descriptor;
 }
 
-// Words of leaf 4 for a cache of the given geometry.
-CpuidWords cache(std::uint32_t type, std::uint32_t ways, std::uint32_t line, std::uint32_t sets) {
-    return {type, (ways - 1) << 22 | (line - 1), sets - 1, 0};
-}
-
 struct CacheMachine {
     const char* what;
     std::vector<CpuidWords> leaf4, extended; // of leaf 4 and of leaf 0x8000001D; subleaves beyond are zero
@@ -146,7 +141,7 @@ TEST(Caches, OfMachines) {
 }
 
 TEST(Caches, StrangeMachines) {
-    const CacheList endless = caches_of([](int) { return cache(1, 8, 64, 64); });
+    const CacheList endless = caches_of([](int) { return CpuidWords{1, 0x01C0003F, 0x3F, 0}; });
     EXPECT_EQ(endless.count, 32) << "a leaf that never ends";
     const CacheList huge = caches_of([](int s) { return s == 0 ? CpuidWords{1, ~0U, ~0U, 0} : CpuidWords{}; });
     EXPECT_EQ(huge.size(1), std::numeric_limits<int>::max());
@@ -158,13 +153,13 @@ TEST(Dispatch, PickKnowsTheFiveClasses) {
     using Kernel = int();
     constexpr Variants<Kernel> variants{[] { return 0; }, [] { return 2; }, [] { return 3; }, [] { return 4; },
                                         [] { return 5; }};
+    Variants<Kernel> forms = variants;
+    forms.avx2 = [] { return 52; }, forms.avx512 = [] { return 53; };
     for (const int type : {0, 2, 3, 4, 5})
         EXPECT_EQ(pick(variants, type)(), type);
-    EXPECT_EQ(pick(variants, 1), nullptr);
-    EXPECT_EQ(pick(variants, 6), nullptr);
+    for (const int type : {1, 6})
+        EXPECT_EQ(pick(variants, type), nullptr);
     EXPECT_EQ(pick(variants, 5, VectorForm::avx512)(), 5) << "a routine without forms of its own";
-    constexpr Variants<Kernel> forms{variants.generic, variants.sse2,     variants.sse3,    variants.ssse3,
-                                     variants.sse42,   [] { return 52; }, [] { return 53; }};
     EXPECT_EQ(pick(forms, 5)(), 5);
     EXPECT_EQ(pick(forms, 5, VectorForm::avx2)(), 52);
     EXPECT_EQ(pick(forms, 5, VectorForm::avx512)(), 53);

@@ -56,7 +56,7 @@ TEST(ThreadSettings, OfTheEnvironment) {
         {all, {"abc", "8x", "-3", " 2"}, "all=1"},
         {all, {"0", "00", "", std::string(255, '0') + "4"}, ""}, // the last one is beyond its room
         {all, {"99999999999999999999"}, "all=2147483647"},
-        {domains, {"QRV_ALL=4,QRV_BLAS=2;QRV_FFT 3"}, "all=4 blas=2 fft=3"},
+        {domains, {"QRV_ALL=4,QRV_BLAS=2;QRV_FFT 3:QRV_VEC=1"}, "all=4 blas=2 fft=3 vec=1"},
         {domains, {"QRV_BLAS=", "QRV_BLAS", "QRV_BLAS=x", "QRV_BLAS=2x"}, "blas=1"},
         {domains, {"QRV_BLAS=0,QRV_BLAS=5", "QRV_BLAS=5,QRV_BLAS=3"}, "blas=5"},
         {domains, {"OTHER=3 QRV_VEC = 2 qrv_blas=3"}, "vec=2"},

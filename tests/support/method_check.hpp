@@ -45,15 +45,13 @@ inline const char* option_text(MatrixTriangleMode mode, const std::string& routi
     const int value = static_cast<int>(mode);
     return value == 0 ? "U" : value == 1 || routine.substr(1) != "LACPY" ? "L" : "B";
 }
-inline const char* option_text(MatrixDiagonalMode mode, const std::string&) {
-    return static_cast<int>(mode) == 0 ? "N" : "U";
-}
-inline const char* option_text(MatrixOperationSide value, const std::string&) {
-    return static_cast<int>(value) == 0 ? "L" : "R";
-}
-inline const char* option_text(MatrixNorm norm, const std::string&) {
-    constexpr const char* letters[] = {"F", "O", "I", "M"};
-    return letters[static_cast<int>(norm)];
+template <class Option>
+const char* option_text(Option option, const std::string&) {
+    constexpr bool diagonal = std::is_same_v<Option, MatrixDiagonalMode>,
+                   side = std::is_same_v<Option, MatrixOperationSide>;
+    constexpr const char *norms[] = {"F", "O", "I", "M"}, *diagonals[] = {"N", "U", "U", "U"},
+                         *sides[] = {"L", "R", "R", "R"};
+    return (diagonal ? diagonals : side ? sides : norms)[static_cast<int>(option)];
 }
 
 // One parameter of a method, with what stands at its address. Host and native routine find it at the same one.

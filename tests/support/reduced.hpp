@@ -2,7 +2,7 @@
 #pragma once
 
 #include "lapack/kernel/source/symmetric/sytrd.hpp"
-#include "support/oracle.hpp"
+#include "support/stored_q.hpp"
 
 namespace qrv::test {
 
@@ -30,39 +30,32 @@ struct Reduced {
         lapack::sytrd_in_panels(team, panels, tail, uplo, n, a.view(), d.data(), e.data(), tau.data(), w.view());
     }
 
-    // |A x - Q T Q' x| for a vector x, in roundings of |A| |x|.
+    // |A x - Q T Q' x| for a vector x, in roundings of |A| |x|. Q leaves the last element alone, or the first one.
     double error(const Operand<float>& given) const {
-        const WideMatrix<float> before(given);
-        std::vector<double> x, t(std::size_t(n), 0.0);
-        for (int i = 0; i < n; ++i)
-            x.push_back(1 + i % 3);
-        const WideMatrix<float> y = before * WideMatrix<float>(n, 1, x);
-        const double size = norm(before) * norm(WideMatrix<float>(n, 1, x));
         const bool upper = uplo == Uplo::upper;
-        for (int k = 0; k < n - 1; ++k)
-            reflect(upper ? n - 2 - k : k, x);
-        for (int i = 0; i < n; ++i)
-            t[std::size_t(i)] = d[i] * x[std::size_t(i)] + (i > 0 ? e[i - 1] * x[std::size_t(i - 1)] : 0) +
-                                (i < n - 1 ? e[i] * x[std::size_t(i + 1)] : 0);
-        for (int k = n - 2; k >= 0; --k)
-            reflect(upper ? n - 2 - k : k, t);
-        return norm(WideMatrix<float>(n, 1, t) - y) / (size * unitRoundoff);
+        Operand<float> v(n - 1, n - 1, std::max(n - 1, 1));
+        v.set([&](int i, int j) { return upper ? a(i, j + 1) : a(i + 1, j); });
+        const StoredQ<float> q{upper ? lapack::Direct::backward : lapack::Direct::forward,
+                               lapack::StoreV::columns,
+                               n - 1,
+                               n - 1,
+                               v,
+                               tau.data()};
+        const auto turned = [&](const WideMatrix<float>& x, bool adjoint) {
+            WideMatrix<float> part(n - 1, 1, [&](int i, int) { return x(upper ? i : i + 1, 0); });
+            q.apply(true, adjoint, part);
+            const int alone = upper ? n - 1 : 0;
+            return WideMatrix<float>(n, 1,
+                                     [&](int i, int) { return i == alone ? x(i, 0) : part(upper ? i : i - 1, 0); });
+        };
+        const WideMatrix<float> before(given), x(n, 1, [](int i, int) { return 1.0 + i % 3; }), y = turned(x, true);
+        const WideMatrix<float> t(n, 1, [&](int i, int) {
+            return d[i] * y(i, 0) + (i > 0 ? e[i - 1] * y(i - 1, 0) : 0) + (i < n - 1 ? e[i] * y(i + 1, 0) : 0);
+        });
+        return norm(turned(t, false) - before * x) / (norm(before) * norm(x) * unitRoundoff);
     }
     bool same_bits(const Reduced& x) const {
         return a.same_bits(x.a) && d.same_bits(x.d) && e.same_bits(x.e) && tau.same_bits(x.tau);
-    }
-
-private:
-    // x := H(k) x; the first element of its vector, a 1, stands for T.
-    void reflect(int k, std::vector<double>& x) const {
-        const bool upper = uplo == Uplo::upper;
-        const int one = upper ? k : k + 1, first = upper ? 0 : one, end = upper ? k + 1 : n;
-        const auto v = [&](int i) { return i == one ? 1.0 : upper ? a(i, k + 1) : a(i, k); };
-        double product = 0;
-        for (int i = first; i < end; ++i)
-            product += v(i) * x[std::size_t(i)];
-        for (int i = first; i < end; ++i)
-            x[std::size_t(i)] -= tau[k] * product * v(i);
     }
 };
 constexpr double reducedBound = 10;

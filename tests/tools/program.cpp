@@ -185,8 +185,8 @@ TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
     const ChildResult endless = run_script("cat real /dev/zero | qrv norm /dev/stdin");
     EXPECT_EQ(endless.exitStatus, 2);
     EXPECT_THAT(endless.err, HasSubstr("/dev/stdin:7: the line has more than"));
-    // More than the disk takes.
-    const ChildResult limited = run_script("ulimit -f 1 && qrv invert diagonal -o x");
+    // More than the disk takes is told before the work.
+    const ChildResult limited = run_script("ulimit -f 1 && qrv invert growth -o x");
     EXPECT_EQ(limited.exitStatus, 1);
     EXPECT_THAT(limited.err, HasSubstr("cannot write x: File too large"));
     // Ended while it waits for its matrix: the file for the result is there already, and goes.
