@@ -52,6 +52,11 @@ struct Factor {
 };
 
 template <class T>
+Pack<T> loaded_once(Pack<T> x) {
+    return x;
+}
+
+template <class T>
 struct ScaledSum {
     T sum;
     ScaledSum() = default;

@@ -40,7 +40,8 @@ struct VectorPair {
 };
 
 // Both halves for some columns of m rows: v.y := v.y + A*s, dots[k] := the dot product of the conjugate of column k and
-// v.x. Of a corner only the triangle is stored, and its diagonal is left out here.
+// v.x. Each element is loaded once for both. Of a corner only the triangle is stored, and its diagonal is left out
+// here.
 template <int columns, Corner corner, class T>
 void add_both_halves(int m, const T* a, std::ptrdiff_t lda, const T* s, VectorPair<T> v, T* dots) {
     constexpr int count = Pack<T>::count;
@@ -56,7 +57,7 @@ void add_both_halves(int m, const T* a, std::ptrdiff_t lda, const T* s, VectorPa
         const DotOperand<T> x(load(v.x + i));
         QRV_UNROLL
         for (int k = 0; k < columns; ++k) {
-            const Pack<T> p = load(column.at[k] + i);
+            const Pack<T> p = loaded_once(load(column.at[k] + i));
             sum.add(p, factor[k]);
             sums[k].add(p, x);
         }
@@ -89,8 +90,17 @@ void add_both_halves(int m, const T* a, std::ptrdiff_t lda, const T* s, VectorPa
     };
     const int end = corner == Corner::last ? m - columns : m;
     some_rows(rows_to_vector(end - i, a + i, lda));
-    for (; end - i >= count; i += count)
-        rows(i, [](const T* p) { return Pack<T>::load(p); }).store(v.y + i);
+    const auto whole_rows = [&](int at) __attribute__((always_inline)) {
+        rows(at, [](const T* p) { return Pack<T>::load(p); }).store(v.y + at);
+    };
+    for (; end - i >= 2 * count; i += 2 * count) {
+        whole_rows(i);
+        whole_rows(i + count);
+    }
+    if (end - i >= count) {
+        whole_rows(i);
+        i += count;
+    }
     if (corner == Corner::last) {
         if (m - i > count) // what is left does not fit into one pack with the corner
             some_rows(end - i);

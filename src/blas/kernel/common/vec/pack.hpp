@@ -158,6 +158,11 @@ struct SmallSquare<SingleComplex> {
 
 // ---- Sums of products ---------------------------------------------------------------------------------------------
 
+template <class T>
+QRV_INLINE Pack<T> loaded_once(Pack<T> x) {
+    return {loaded_once(x.v)};
+}
+
 // One number for all elements of a pack.
 template <class T>
 struct Factor;
