@@ -76,7 +76,7 @@ struct Native<float> : ShortCalls<float> {
         choose(is_short(ssyrRule, *n), Slot::her, Decision::her, QRV_SYR_ARGUMENTS);
     }
     static void her2(QRV_SYR2_PARAMETERS(float)) {
-        choose(is_short(ssyrRule, *n), Slot::her2, Decision::her2, QRV_SYR2_ARGUMENTS);
+        choose(is_short(ssyr2Rule, *n), Slot::her2, Decision::her2, QRV_SYR2_ARGUMENTS);
     }
 };
 template <>

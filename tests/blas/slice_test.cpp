@@ -88,7 +88,7 @@ TEST(Slices, AreOfEqualWork) {
     for (const Uplo uplo : {Uplo::upper, Uplo::lower}) {
         EXPECT_EQ(syr_band(3000, 2, 0, uplo).count, uplo == Uplo::upper ? 2000 : 1000);
         for (const Op op : {Op::none, Op::transpose})
-            EXPECT_EQ(trmv_band(3000, 2, 0, uplo, op).slice.count,
+            EXPECT_EQ(trmv_band(3000, 2, 0, uplo, op, false).slice.count,
                       (uplo == Uplo::upper) == (op == Op::none) ? 1000 : 2000);
     }
     for (const int n : {1000, 4096})

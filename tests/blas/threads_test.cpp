@@ -45,6 +45,7 @@ std::vector<Decision> decisions() {
         {"strmv", 20000, [](int n, const auto& on) { return trmv_threads(strmvRule, n, on); }},
         {"ctrmv", 20000, [](int n, const auto& on) { return trmv_threads(ctrmvRule, n, on); }},
         {"ssyr", 20000, [](int n, const auto& on) { return syr_threads(ssyrRule, n, on); }},
+        {"ssyr2", 20000, [](int n, const auto& on) { return syr_threads(ssyr2Rule, n, on); }},
         {"strmm", 20000,
          [](int n, const auto& on) { return sliced_team(product_call<float>(Side::left, n, n), on).threads; }},
         {"ssyrk", 20000, [](int n, const auto& on) { return update_team(n, work_of<float>(n, n, n), on).threads; }}};

@@ -89,7 +89,7 @@ inline const std::vector<Routine<float>>& routines<float>() {
         {"ssyr", {update, symmetric, true}, QRV_ON_TEAM(ssyr, QRV_SYR_OF, syr_threads(ssyrRule, v.n, ThisMachine{}))},
         {"ssyr2",
          {update2, symmetric, true},
-         QRV_ON_TEAM(ssyr2, QRV_SYR2_OF, syr_threads(ssyrRule, v.n, ThisMachine{}))},
+         QRV_ON_TEAM(ssyr2, QRV_SYR2_OF, syr_threads(ssyr2Rule, v.n, ThisMachine{}))},
         {"strmm", {inPlace, triangular}, QRV_DECIDED(strmm, QRV_TRMM_OF, sliced_threads<product_call<float>>(v))},
         {"strsm", {solve, triangular}, QRV_DECIDED(strsm, QRV_TRMM_OF, sliced_threads<solve_call<float>>(v))},
         {"ssymm", {product, symmetric}, QRV_DECIDED(ssymm, QRV_SYMM_OF, sliced_threads<symmetric_call<float>>(v))},

@@ -10,6 +10,7 @@
 
 #include "blas/options.hpp"
 #include "blas/thread/common/slice.hpp"
+#include "blas/thread/common/trapezoid.hpp"
 #include "blas/thread/common/work_threads.hpp"
 
 namespace qrv {
@@ -25,6 +26,13 @@ constexpr int level2_budget(const Machine& machine) {
 template <class Rule>
 constexpr bool is_short(const Rule& rule, int n) {
     return n < rule.serialBelow;
+}
+
+// Threads for a triangle of this order by work: each must get so many elements.
+template <class Machine>
+constexpr int triangle_threads(int n, double leastElements, const Machine& machine) {
+    const double shares = 0.5 * n * n / leastElements;
+    return shares < 2 ? 1 : std::max(1, static_cast<int>(std::min<double>(shares, machine.budget())));
 }
 
 // ---- General matrix ------------------------------------------------------------------------------------------------
@@ -115,14 +123,17 @@ struct SymvRule {
     int serialBelow;
     int smallTeamUpTo; // a larger matrix, of which each thread reads twice its share, is left to one thread,
     int largeTeamFrom; // unless the team is large, which in turn needs this size
+    double byWork;     // elements that each thread must get where threads go by work
 };
 
-inline constexpr SymvRule ssymvRule{.serialBelow = 256, .smallTeamUpTo = 4000, .largeTeamFrom = 301};
+inline constexpr SymvRule ssymvRule{.serialBelow = 256, .smallTeamUpTo = 4000, .largeTeamFrom = 301, .byWork = 120000};
 
 template <class Machine>
 constexpr int symv_threads(const SymvRule& rule, int n, const Machine& machine) {
     if (is_short(rule, n))
         return 1;
+    if (goes_by_work(machine))
+        return triangle_threads(n, rule.byWork, machine);
     const int threads = level2_budget(machine);
     if (threads <= 1)
         return 1;
@@ -151,16 +162,19 @@ struct TrmvRule {
     int serialBelow;
     int largeTeamFrom; // size for a large team
     int allFrom;       // smaller ones get at most four threads
+    double byWork;     // as above
 };
 
-inline constexpr TrmvRule strmvRule{.serialBelow = 220, .largeTeamFrom = 301, .allFrom = 300};
-inline constexpr TrmvRule ctrmvRule{.serialBelow = 128, .largeTeamFrom = 161, .allFrom = 256};
+inline constexpr TrmvRule strmvRule{.serialBelow = 220, .largeTeamFrom = 301, .allFrom = 300, .byWork = 500000};
+inline constexpr TrmvRule ctrmvRule{.serialBelow = 128, .largeTeamFrom = 161, .allFrom = 256, .byWork = 400000};
 
 template <class Machine>
 constexpr int trmv_threads(const TrmvRule& rule, int n, const Machine& machine) {
     constexpr int mostBelow = 4;
     if (is_short(rule, n))
         return 1;
+    if (goes_by_work(machine))
+        return triangle_threads(n, rule.byWork, machine);
     const int threads = level2_budget(machine);
     if (threads <= 1 || (threads >= largeTeam && n < rule.largeTeamFrom))
         return 1;
@@ -169,15 +183,20 @@ constexpr int trmv_threads(const TrmvRule& rule, int n, const Machine& machine) 
 
 struct SyrRule {
     int serialBelow;
+    int bandsFrom; // smaller ones are serial where threads do not go by work
+    double byWork; // as above; 0: serial there
 };
 
-inline constexpr SyrRule ssyrRule{.serialBelow = 1500};
+inline constexpr SyrRule ssyrRule{.serialBelow = 1500, .bandsFrom = 1500, .byWork = 0};
+inline constexpr SyrRule ssyr2Rule{.serialBelow = 256, .bandsFrom = 1500, .byWork = 120000};
 
 template <class Machine>
 constexpr int syr_threads(const SyrRule& rule, int n, const Machine& machine) {
     if (is_short(rule, n))
         return 1;
-    const int threads = level2_budget(machine);
+    if (goes_by_work(machine))
+        return rule.byWork > 0 ? triangle_threads(n, rule.byWork, machine) : 1;
+    const int threads = n < rule.bandsFrom ? 1 : level2_budget(machine);
     return threads > 1 ? threads : 1;
 }
 
@@ -213,9 +232,12 @@ struct TriangleBand {
 };
 
 // The rows of an upper triangular op(A) begin at the diagonal, those of a lower one end there.
-constexpr TriangleBand trmv_band(int n, int team, int thread, Uplo uplo, Op op) {
+// By work they are of about equal areas.
+inline TriangleBand trmv_band(int n, int team, int thread, Uplo uplo, Op op, bool byWork) {
     const bool fromDiagonal = (uplo == Uplo::upper) == (op == Op::none);
-    const Slice slice = triangle_slice(n, team, thread, fromDiagonal ? TriangleCut::third : TriangleCut::twoThirds);
+    const Slice slice =
+        byWork ? trapezoid(fromDiagonal ? Uplo::lower : Uplo::upper, n, team, thread).columns
+               : triangle_slice(n, team, thread, fromDiagonal ? TriangleCut::third : TriangleCut::twoThirds);
     return fromDiagonal ? TriangleBand{slice, slice.first, n - slice.first}
                         : TriangleBand{slice, 0, slice.first + slice.count};
 }

@@ -3,13 +3,15 @@
 // The stored triangle is cut into square blocks along the diagonal and the rectangles beside them. A thread owns the
 // rows of one block: first its diagonal block, which applies beta, then what is stored on either side of it. Each
 // rectangle is so read by two threads, once as it is and once transposed, in exchange for no copies of y and no sum
-// across threads.
+// across threads. Where threads go by work a matrix is larger, and is read once instead.
 #include <omp.h>
 
 #include "blas/calls.hpp"
 #include "blas/native.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
 #include "blas/thread/common/machine.hpp"
+#include "blas/thread/common/team_omp.hpp"
+#include "service/work_pool.hpp"
 
 namespace qrv {
 namespace {
@@ -39,7 +41,44 @@ struct SymvCall {
     }
 };
 
+// By work, a thread reads its columns once, for both halves, and its result is a vector of its own but for the thread
+// that has the longest column: it adds to y. The others are added to that in the order of the threads.
+void symv_by_columns(int threads, const SymvCall& call) {
+    const auto whole = [&] { kernel::hemv(call.uplo, call.n, call.alpha, call.a, call.x, call.beta, call.y); };
+    const auto length = static_cast<std::size_t>(call.n);
+    float* results = nullptr;
+    if (call.alpha != 0 && threads > 1)
+        results = static_cast<float*>(
+            qrv_serv_allocate((static_cast<std::size_t>(threads) - 1) * length * sizeof(float), 128));
+    if (!results)
+        return whole();
+    const bool upper = call.uplo == Uplo::upper;
+    const auto result_of = [=](int thread) {
+        return results + static_cast<std::size_t>(upper ? thread : thread - 1) * length;
+    };
+    int size = 1;
+    on_team(threads, [&](int team, int thread) {
+        if (team == 1)
+            return whole();
+        const Slice columns = trapezoid(call.uplo, call.n, team, thread).columns,
+                    rows = rows_of(call.uplo, call.n, columns);
+        const bool addsToY = thread == (upper ? team - 1 : 0);
+        kernel::symv_strip(call.uplo, rows.count, columns.count, call.alpha, call.a.block(rows.first, rows.first),
+                           slice_of(call.x, call.n, rows), addsToY ? call.beta : 0,
+                           addsToY ? call.y : Vector<float>{result_of(thread), 1});
+        if (thread == 0)
+            size = team;
+    });
+    for (int thread = upper ? 0 : 1; size > 1 && thread < (upper ? size - 1 : size); ++thread) {
+        const Slice rows = rows_of(call.uplo, call.n, trapezoid(call.uplo, call.n, size, thread).columns);
+        kernel::axpy(rows.count, 1.0F, Vector<const float>{result_of(thread), 1}, slice_of(call.y, call.n, rows));
+    }
+    qrv_serv_deallocate(results);
+}
+
 void symv_omp(int threads, const SymvCall& call) {
+    if (goes_by_work(ThisMachine{}))
+        return symv_by_columns(threads, call);
     const int n = call.n;
 #pragma omp parallel num_threads(threads)
     {

@@ -1,12 +1,15 @@
 // Symmetric updates on a team: A := alpha*x*x' + A and A := alpha*x*y' + alpha*y*x' + A.
 //
-// The triangle is cut into bands of rows (lower) or columns (upper), one for each thread.
+// The triangle is cut into bands of rows (lower) or columns (upper), one for each thread. Rows of two threads share
+// lines of memory; where threads go by work the second update is cut into columns, and the first, which has no kernel
+// for these, is left to one thread.
 #include <omp.h>
 
 #include "blas/calls.hpp"
 #include "blas/native.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
 #include "blas/thread/common/machine.hpp"
+#include "blas/thread/common/team_omp.hpp"
 
 namespace qrv {
 namespace {
@@ -43,13 +46,20 @@ void syr_omp(int threads, Uplo uplo, int n, float alpha, Vector<const float> x, 
 
 void syr2_omp(int threads, Uplo uplo, int n, float alpha, Vector<const float> x, Vector<const float> y,
               Matrix<float> a) {
-    triangle_region(
-        threads, uplo, n, a, [&] { kernel::her2(uplo, n, alpha, x, y, a); },
-        [&](const UpdateBand& band) {
-            const Slice leading{0, band.length};
-            kernel::syr2_band(uplo, band.width, band.length, alpha, slice_of(x, n, leading), slice_of(y, n, leading),
-                              band.a);
+    const auto whole = [&] { kernel::her2(uplo, n, alpha, x, y, a); };
+    if (goes_by_work(ThisMachine{}))
+        return on_team(threads, [&](int team, int thread) {
+            if (team == 1)
+                return whole();
+            const Slice columns = trapezoid(uplo, n, team, thread).columns, rows = rows_of(uplo, n, columns);
+            kernel::syr2_strip(uplo, rows.count, columns.count, alpha, slice_of(x, n, rows), slice_of(y, n, rows),
+                               a.block(rows.first, rows.first));
         });
+    triangle_region(threads, uplo, n, a, whole, [&](const UpdateBand& band) {
+        const Slice leading{0, band.length};
+        kernel::syr2_band(uplo, band.width, band.length, alpha, slice_of(x, n, leading), slice_of(y, n, leading),
+                          band.a);
+    });
 }
 
 } // namespace
@@ -62,7 +72,7 @@ void blas::her(Uplo uplo, int n, float alpha, Vector<const float> x, Matrix<floa
         kernel::her(uplo, n, alpha, x, a);
 }
 void blas::her2(Uplo uplo, int n, float alpha, Vector<const float> x, Vector<const float> y, Matrix<float> a) {
-    const int threads = syr_threads(ssyrRule, n, ThisMachine{});
+    const int threads = syr_threads(ssyr2Rule, n, ThisMachine{});
     if (threads > 1)
         syr2_omp(threads, uplo, n, alpha, x, y, a);
     else

@@ -9,6 +9,7 @@
 #include "blas/native.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
 #include "blas/thread/common/machine.hpp"
+#include "blas/thread/common/team_omp.hpp"
 #include "service/work_pool.hpp"
 
 namespace qrv {
@@ -16,7 +17,7 @@ namespace {
 
 template <class T>
 void copy_vector(int threads, int n, Vector<const T> x, T* copy) {
-    if (x.inc != 1)
+    if (x.inc != 1 || threads == 1)
         return kernel::copy(n, x, Vector{copy});
 #pragma omp parallel num_threads(threads)
     {
@@ -32,19 +33,22 @@ void trmv_omp(int threads, Uplo uplo, Op op, Diag diag, int n, Matrix<const T> a
     T* const copy = static_cast<T*>(qrv_serv_allocate(static_cast<std::size_t>(n) * sizeof(T), 128));
     if (!copy) // the serial kernel needs no memory
         return kernel::trmv(uplo, op, diag, n, a, x);
-    copy_vector<T>(threads, n, x, copy);
+    const bool byWork = goes_by_work(ThisMachine{});
+    copy_vector<T>(byWork ? 1 : threads, n, x, copy);
+    const auto part = [&](int team, int thread) {
+        if (team == 1)
+            return kernel::trmv(uplo, op, diag, n, a, x);
+        const TriangleBand band = trmv_band(n, team, thread, uplo, op, byWork);
+        const int along = band.slice.first, across = band.first;
+        kernel::trmv_band(uplo, op, diag, band.slice.count, band.length,
+                          op == Op::none ? a.block(along, across) : a.block(across, along), copy + across,
+                          slice_of(x, n, band.slice));
+    };
+    if (byWork) {
+        on_team(threads, part);
+    } else {
 #pragma omp parallel num_threads(threads)
-    {
-        const int team = omp_get_num_threads();
-        if (team == 1) {
-            kernel::trmv(uplo, op, diag, n, a, x);
-        } else {
-            const TriangleBand band = trmv_band(n, team, omp_get_thread_num(), uplo, op);
-            const int along = band.slice.first, across = band.first;
-            kernel::trmv_band(uplo, op, diag, band.slice.count, band.length,
-                              op == Op::none ? a.block(along, across) : a.block(across, along), copy + across,
-                              slice_of(x, n, band.slice));
-        }
+        part(omp_get_num_threads(), omp_get_thread_num());
     }
     qrv_serv_deallocate(copy);
 }
