@@ -29,7 +29,7 @@ constexpr double solveBound = 2; // as |L||U| is some times |A|
 
 TEST_OF_ELEMENTS(Getrs, Residual) {
     for (const int team : teamSizes)
-        for (const int n : {1, 2, 24, 25, 63, 64, 65, 200, 1000})
+        for (const int n : {1, 2, 14, 24, 25, 63, 64, 65, 200, 1000})
             for (const char* trans : {"N", "T", "C", "t"}) {
                 if (n == 1000 && (team > 2 || *trans == 'C' || *trans == 't'))
                     continue;
