@@ -194,16 +194,7 @@ TEST(VectorsOfSchurForms, Residual) {
         for (const auto& [name, t] : schur_forms(n)) {
             const std::string what = name + ' ' + std::to_string(n);
             Eigen e(n);
-            for (int k = 0; k < n; ++k) {
-                e.wr[k] = t(k, k);
-                e.wi[k] = 0;
-                if (k + 1 < n && t(k + 1, k) != 0) {
-                    e.wi[k] = std::sqrt(abs(t(k, k + 1))) * std::sqrt(abs(t(k + 1, k)));
-                    e.wr[k + 1] = e.wr[k];
-                    e.wi[k + 1] = -e.wi[k];
-                    ++k;
-                }
-            }
+            read_eigenvalues(t, e.wr, e.wi);
             for (const char howmny : {'A', 'B'}) { // the second with Q = I
                 const Vectors v = vectors_of(t, 'B', howmny);
                 EXPECT_EQ(v.m, n);

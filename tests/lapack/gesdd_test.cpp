@@ -115,27 +115,6 @@ TEST_OF_ELEMENTS(Svd, ResidualOfEverySpectrum) {
     expect_decomposed<T>(30, 28, {"zero", std::vector<double>(28, 0.0)}, 3);
 }
 
-// The published numbers, whatever is needed.
-TEST(Svd, NeedsThePublishedWork) {
-    using lapack::SvdJob, lapack::gesdd_work;
-    struct Least {
-        int m, n;
-        std::int64_t none, overwrite, some, all;
-    };
-    const auto expect = [](const auto& work, std::initializer_list<Least> rows) {
-        for (const Least& row : rows)
-            for (const auto& [m, n] : {std::pair{row.m, row.n}, {row.n, row.m}}) {
-                EXPECT_EQ(work(SvdJob::none, m, n).least, row.none);
-                EXPECT_EQ(work(SvdJob::overwrite, m, n).least, row.overwrite);
-                EXPECT_EQ(work(SvdJob::some, m, n).least, row.some);
-                EXPECT_EQ(work(SvdJob::all, m, n).least, row.all);
-            }
-    };
-    expect(gesdd_work<float>, {{60, 30, 240, 4710, 3810, 3810}, {40, 30, 300, 3810, 2910, 2910}});
-    expect(gesdd_work<SingleComplex>,
-           {{60, 30, 90, 1890, 990, 1020}, {52, 30, 112, 1012, 112, 112}, {34, 30, 94, 994, 94, 94}});
-}
-
 TEST(Svd, TellsWorkThatNoFloatHasAsALargerOne) {
     for (const int n : {0, 1, 1 << 24, (1 << 24) + 1, 33554433, 33554435, 100000001, 2147483647}) {
         const float told = qrv_lapack_sroundup_work(&n);

@@ -88,23 +88,6 @@ TEST(SymmetricReduction, Residual) {
                 expect_reduced(Symmetric(times(scale, s)), uplo, false, s.name);
 }
 
-// Both plans of a panel, by the processor class.
-TEST(SymmetricReduction, PanelsOnTeamsResidual) {
-    for (const int team : {1, 3}) {
-        const ForcedTeam forced(team);
-        for (const int n : {1, 5, 40})
-            for (const Uplo uplo : {Uplo::upper, Uplo::lower})
-                for (const lapack::Panels panels : {lapack::Panels{1, 0}, {16, 16}, {36, 5}, {4, n}})
-                    for (const int block : {n, 7}) {
-                        const Operand<float> given = symmetric(uplo, n, block);
-                        const auto in_panels = [&](Reduced& t) { t.in_panels(team, panels, 6); };
-                        const Reduced t(uplo, given, in_panels);
-                        EXPECT_TRUE(t.error(given) < reducedBound)
-                            << team << ' ' << n << ' ' << panels.width << ' ' << block << ": " << t.error(given);
-                    }
-    }
-}
-
 // Q applied from both sides, transposed or not: all agree with Q itself.
 TEST(SymmetricReduction, ProductsWithQSolutions) {
     std::mt19937 random(7);
@@ -245,23 +228,6 @@ TEST(SymmetricEigen, WithToleranceResidual) {
     expect_eigen(s, Eigen(s, 'V', 'A', 'L', 0, 0, 0, 0, false, 1e-3F), true, 0, 50, "tolerance");
     const Symmetric large(times(0x1p60, spectra(50)[1])); // is scaled with the tolerance
     expect_eigen(large, Eigen(large, 'V', 'I', 'L', 0, 0, 2, 50, false, 0x1p40F), true, 1, 49, "scaled tolerance");
-    // Values of a matrix that defines them so are accurate beside their size, unless that is not asked for.
-    Symmetric graded(spectra(20)[0]);
-    for (int j = 0; j < 20; ++j)
-        for (int i = 0; i < 20; ++i)
-            graded.a[graded.at(i, j)] = i == j                 ? std::ldexp(1.0, -2 * i)
-                                        : std::abs(i - j) == 1 ? std::ldexp(0.125, -2 * std::min(i, j))
-                                                               : 0;
-    Tridiagonal t{"", {}, {}};
-    for (int i = 0; i < 20; ++i) {
-        t.d.push_back(static_cast<float>(graded.a[graded.at(i, i)]));
-        if (i < 19)
-            t.e.push_back(static_cast<float>(graded.a[graded.at(i + 1, i)]));
-    }
-    const std::vector<double> expected = t.eigenvalues();
-    const Eigen exact(graded, 'V', 'A', 'L');
-    for (int i = 0; i < 20; ++i)
-        EXPECT_NEAR(exact.w[i], expected[std::size_t(i)], 20 * ulp * std::abs(expected[std::size_t(i)])) << i;
     // Values so crude that inverse iteration fails for some: their number is told, and only those before it are scaled
     // back.
     Symmetric crude(spectra(200)[1]);

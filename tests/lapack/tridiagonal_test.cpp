@@ -403,10 +403,10 @@ TEST(Tridiagonal, TransformsTellTheLeastPivot) {
 
 // Counts at the ends of a list, all values of its intervals, and the places of counts.
 TEST(Tridiagonal, IntervalsOfAList) {
-    const int n = 20, room = 24, none = 0, steps = 60;
+    const int n = 20, room = 24, none = 0;
     const SecondDifference t(n);
     const float tiny = 1e-30F, width = 1e-5F;
-    const auto run = [&](int job, int mmax, float* ab, int* nab, int* wanted) {
+    const auto run = [&](int job, int mmax, float* ab, int* nab, int* wanted, int steps = 60) {
         int count = 2, found = -9, info = -9;
         SLAEBZ(&job, &steps, &n, &mmax, &count, &none, &width, &tiny, &tiny, t.d.data(), t.e.data(), t.squares.data(),
                wanted, ab, nullptr, &found, nab, nullptr, nullptr, &info);
@@ -431,6 +431,9 @@ TEST(Tridiagonal, IntervalsOfAList) {
         EXPECT_TRUE(wanted[i] == (i == 0 ? 3 : 17) && aroundCounts[i] <= wanted[i] && aroundCounts[2 + i] >= wanted[i]);
         EXPECT_TRUE(around[i] <= t.value(wanted[i] + 1) && around[2 + i] >= t.value(wanted[i]) - width);
     }
+    float unequal[] = {0, around[1], 4, around[3]}; // the second is narrow already, and comes first
+    EXPECT_EQ(run(3, 2, unequal, aroundCounts, wanted, 1), std::pair(2, 1));
+    EXPECT_TRUE(wanted[0] == 17 && wanted[1] == 3 && unequal[0] >= around[1]);
 }
 
 // Intervals that are too wide, too narrow, or beside their value become as wide as was asked for, and hold it.

@@ -59,6 +59,18 @@ inline std::vector<NamedMatrix> unsymmetric_matrices(int n) {
 inline WideMatrix<float> upper_part(const Operand<float>& x, int below) {
     return {x.rows(), x.columns(), [&](int i, int j) { return i <= j + below ? x.entry(i, j) : 0.0; }};
 }
+// The eigenvalues that a Schur form with blocks in standard form tells itself.
+inline void read_eigenvalues(const Operand<float>& t, GuardedVector<float>& wr, GuardedVector<float>& wi) {
+    const int n = t.rows();
+    for (int k = 0; k < n; ++k) {
+        wr[k] = t(k, k), wi[k] = 0;
+        if (k + 1 == n || t(k + 1, k) == 0)
+            continue;
+        wi[k] = std::sqrt(std::abs(t(k, k + 1))) * std::sqrt(std::abs(t(k + 1, k)));
+        wr[k + 1] = t(k + 1, k + 1), wi[k + 1] = -wi[k];
+        ++k;
+    }
+}
 // Whether T is a Schur form with blocks in standard form, and wr and wi are its eigenvalues.
 inline bool is_schur_form(const Operand<float>& t, const GuardedVector<float>& wr, const GuardedVector<float>& wi) {
     bool good = true;
