@@ -97,10 +97,10 @@ void ssse3_by_row(QRV_GEMM_PARAMETERS(T)) {
     load_ssse3<T, row>(&plan);
     EXPECT_EQ(blocked(QRV_GEMM_ARGUMENTS, GemmMode::choose, &plan), 0);
 }
-template <class T, auto by_plan, VectorForm form>
-void sse42_by_plan(QRV_GEMM_PARAMETERS(T)) {
+template <class T, auto gemm, VectorForm form>
+void sse42_in(QRV_GEMM_PARAMETERS(T)) {
     const RestrictedForm restricted(form);
-    by_plan(QRV_GEMM_ARGUMENTS);
+    gemm(QRV_GEMM_ARGUMENTS);
 }
 // Without packing, or by panels; what these leave to their caller goes to the kernel.
 template <class T, auto whole, VectorForm form, bool panels = false>
@@ -127,10 +127,12 @@ void sse42_part(QRV_GEMM_PARAMETERS(T)) {
                 {"ssse3 row 0", 4, ssse3_by_row<T, ssse3Blocked, 0>},                                                  \
                 {"ssse3 row 1", 4, ssse3_by_row<T, ssse3Blocked, 1>},                                                  \
                 {"sse42", 5, sse42Kernel},                                                                             \
+                {"sse42 of 128 bits", 5, sse42_in<T, sse42Kernel, VectorForm::sse>},                                   \
+                {"sse42 of 256 bits", 5, sse42_in<T, sse42Kernel, VectorForm::avx2>, VectorForm::avx2},                \
                 {"sse42 small", 5, sse42::blas_##gemm##_small},                                                        \
-                {"sse42 by plan", 5, sse42_by_plan<T, byPlan, VectorForm::sse>},                                       \
-                {"avx2 by plan", 5, sse42_by_plan<T, byPlan, VectorForm::avx2>, VectorForm::avx2},                     \
-                {"avx512 by plan", 5, sse42_by_plan<T, byPlan, VectorForm::avx512>, VectorForm::avx512},               \
+                {"sse42 by plan", 5, sse42_in<T, byPlan, VectorForm::sse>},                                            \
+                {"avx2 by plan", 5, sse42_in<T, byPlan, VectorForm::avx2>, VectorForm::avx2},                          \
+                {"avx512 by plan", 5, sse42_in<T, byPlan, VectorForm::avx512>, VectorForm::avx512},                    \
                 {"avx2 direct", 5, sse42_part<T, sse42Kernel, VectorForm::avx2>, VectorForm::avx2},                    \
                 {"avx512 direct", 5, sse42_part<T, sse42Kernel, VectorForm::avx512>, VectorForm::avx512},              \
                 {"avx512 panels", 5, sse42_part<T, sse42Kernel, VectorForm::avx512, true>, VectorForm::avx512}};       \

@@ -44,11 +44,11 @@ struct GemmShape {
     bool transposedA, transposedB, conjugatedA, conjugatedB, conflicting;
     int m, n, k;
 };
-// vector   one row or column: a product of level 2
+// vectors  a row or a column, or few of them: products of level 2
 // direct   operands as they lie, without work memory
 // panels   from copies, by the same tiles; in short of memory as direct
 // packed   by the plan
-enum class GemmRoute { vector, direct, panels, packed };
+enum class GemmRoute { vectors, direct, panels, packed };
 // The way of a form to compute a product of these sizes, all of them positive.
 template <class T>
 GemmRoute gemm_route(VectorForm form, const GemmShape& shape);

@@ -124,20 +124,49 @@ bool goes_direct(VectorForm form, const GemmShape& p) {
                          : !p.conflicting && p.n <= range.fewColumns && work <= range.narrow;
 }
 
-// Whether a product with one row or one column is one of a matrix and a vector: these conjugate a matrix only on the
-// way to its transpose.
+// A few rows or columns of C that leave a tile half empty, computed one after the other as products of a matrix and a
+// vector, which fill their vectors: that reads the matrix as often, so that it has to be worth a start.
+struct FewVectors {
+    int most = 0; // rows or columns, beside a single one
+    int leastResults = 0;
+    int leastSteps = 0;
+    int mostSteps = 0x7fffffff;
+};
+struct FewVectorsOfForm {
+    FewVectors plain, transposed; // by the matrix: B for rows, A for columns
+};
+constexpr FewVectorsOfForm fewRows[] = {
+    {.plain = {5, 32, 32}, .transposed = {5, 32, 32}},
+    {.plain = {2, 32, 32}, .transposed = {2, 512, 8}},
+    {.plain = {2, 32, 32, 100}, .transposed = {}}, // more steps go by dot products (see gemm_dots.hpp)
+};
+constexpr FewVectorsOfForm fewColumns[] = {
+    {.plain = {5, 100, 16}, .transposed = {5, 100, 16}},
+    {.plain = {2, 512, 8}, .transposed = {}},
+    {.plain = {}, .transposed = {}},
+};
+
+bool are_few(const FewVectorsOfForm& form, bool transposed, int vectors, int results, int steps) {
+    const FewVectors& few = transposed ? form.transposed : form.plain;
+    return vectors == 1 ||
+           (vectors <= few.most && results >= few.leastResults && steps >= few.leastSteps && steps <= few.mostSteps);
+}
+
+// Whether a product goes as those of a matrix and a vector: these conjugate a matrix only on the way to its transpose.
 template <class T>
-bool goes_as_vector(const GemmShape& p) {
-    return p.n == 1 ? !isComplex<T> || !p.conjugatedB
-                    : p.m == 1 && (!isComplex<T> || !(p.conjugatedA || p.conjugatedB));
+bool goes_as_vectors(VectorForm form, const GemmShape& p) {
+    if constexpr (isComplex<T>)
+        return p.n == 1 ? !p.conjugatedB : p.m == 1 && !(p.conjugatedA || p.conjugatedB);
+    const int f = static_cast<int>(form);
+    return are_few(fewColumns[f], p.transposedA, p.n, p.m, p.k) || are_few(fewRows[f], p.transposedB, p.m, p.n, p.k);
 }
 
 } // namespace
 
 template <class T>
 GemmRoute gemm_route(VectorForm form, const GemmShape& p) {
-    if ((p.m == 1 || p.n == 1) && goes_as_vector<T>(p))
-        return GemmRoute::vector;
+    if (goes_as_vectors<T>(form, p))
+        return GemmRoute::vectors;
     if (goes_direct<T>(form, p))
         return GemmRoute::direct;
     return form == VectorForm::avx512 ? GemmRoute::panels : GemmRoute::packed;
@@ -175,7 +204,7 @@ template void multiply_by_panels<SingleComplex>(QRV_GEMM_PARAMETERS(SingleComple
 
 namespace {
 
-// ---- A row or a column of C -----------------------------------------------------------------------------------------
+// ---- Few rows or columns of C ---------------------------------------------------------------------------------------
 
 template <class T>
 using Gemv = void(QRV_GEMV_PARAMETERS(T));
@@ -198,19 +227,23 @@ Gemv<T>* gemv_of(VectorForm form) {
     return kernel(blas_sgemv_kernel, blas_cgemv_kernel);
 }
 
-// op(A) times a column, or op(B)^T times what was a row.
+// op(A) times each column, or op(B)^T times what were rows, of whichever there are fewer.
 template <class T>
-void multiply_vector(VectorForm form, QRV_GEMM_PARAMETERS(T)) {
-    const auto multiply = [&](const char* trans, bool transposed, const int* results, const T* matrix, const int* ld,
-                              const T* x, int incx, int incy) {
-        const int *rows = transposed ? k : results, *columns = transposed ? results : k;
-        gemv_of<T>(form)(trans, rows, columns, alpha, matrix, ld, x, &incx, beta, c, &incy);
+void multiply_vectors(VectorForm form, QRV_GEMM_PARAMETERS(T)) {
+    const std::ptrdiff_t rowOfA = transposes(*transa) ? *lda : 1, stepOfA = transposes(*transa) ? 1 : *lda;
+    const std::ptrdiff_t columnOfB = transposes(*transb) ? 1 : *ldb, stepOfB = transposes(*transb) ? *ldb : 1;
+    const auto multiply = [&](const char* trans, int results, const T* matrix, const int* ld, int vectors, const T* x,
+                              std::ptrdiff_t nextX, int incx, std::ptrdiff_t nextY, int incy) {
+        const bool transposed = transposes(*trans);
+        const int rows = transposed ? *k : results, columns = transposed ? results : *k;
+        for (int i = 0; i < vectors; ++i)
+            gemv_of<T>(form)(trans, &rows, &columns, alpha, matrix, ld, x + i * nextX, &incx, beta, c + i * nextY,
+                             &incy);
     };
-    if (*n == 1)
-        multiply(transa, transposes(*transa), m, a, lda, b, transposes(*transb) ? *ldb : 1, 1);
+    if (*n <= *m)
+        multiply(transa, *m, a, lda, *n, b, columnOfB, static_cast<int>(stepOfB), *ldc, 1);
     else
-        multiply(transposes(*transb) ? "N" : "T", !transposes(*transb), n, b, ldb, a, transposes(*transa) ? 1 : *lda,
-                 *ldc);
+        multiply(transposes(*transb) ? "N" : "T", *n, b, ldb, *m, a, rowOfA, static_cast<int>(stepOfA), 1, *ldc);
 }
 
 // The row's blocks, but of even depth: a last block of few steps would cost wide vectors a pass over C for little.
@@ -268,8 +301,8 @@ QRV_INLINE GemmShape shape_of(const char* transa, const char* transb, const int*
         switch (gemm_route<T>(form, shape_of<T>(transa, transb, m, n, k, lda))) {                                      \
         case GemmRoute::direct:                                                                                        \
             return direct_gemm<T>(form)(QRV_GEMM_ARGUMENTS);                                                           \
-        case GemmRoute::vector:                                                                                        \
-            return multiply_vector<T>(form, QRV_GEMM_ARGUMENTS);                                                       \
+        case GemmRoute::vectors:                                                                                       \
+            return multiply_vectors<T>(form, QRV_GEMM_ARGUMENTS);                                                      \
         case GemmRoute::panels:                                                                                        \
             return multiply_by_panels<T>(QRV_GEMM_ARGUMENTS);                                                          \
         case GemmRoute::packed:                                                                                        \

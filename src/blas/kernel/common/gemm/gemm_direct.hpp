@@ -140,7 +140,7 @@ void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, floa
         [[maybe_unused]] Vector rows[vectors];
         QRV_UNROLL
         for (int v = 0; v < vectors - 1; ++v)
-            rows[v] = Vector::load(a + v * Vector::lanes);
+            rows[v] = once_for<columns>(Vector::load(a + v * Vector::lanes));
         const Last lastRow = as_last<Last>(load_kept(a + (vectors - 1) * Vector::lanes, mask));
         QRV_UNROLL
         for (int j = 0; j < columns; ++j)

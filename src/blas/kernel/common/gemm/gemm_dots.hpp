@@ -1,7 +1,7 @@
 // C := alpha*op(A)*op(B) + beta*C by dot products along k, for a C of few rows or few columns: vectors of rows would be
 // mostly empty, or A^T transposed for the sake of few columns.
 //
-//   tile       4 rows x DotTile::columns columns of C, Vector::lanes steps of k at a time, the last ones by a mask
+//   tile       4 rows x up to 4 columns of C, Vector::lanes steps of k at a time, the last ones by a mask
 //   operands   rows of op(A) and columns of op(B) contiguous. One of them may have its few rows or columns, dotsMost at
 //              most, brought together in a buffer on the stack, steps in blocks
 //   alignment  none assumed
@@ -40,19 +40,28 @@ constexpr bool pays_by_dots(bool transposedA, bool transposedB, int m, int n, in
     return transposedA ? gathered(n, m) : !transposedB && gathered(m, n);
 }
 
+// A vector loaded for `uses` products: for two or three of them the compiler would load it each time.
+template <int uses, class Vector>
+QRV_INLINE Vector once_for(Vector x) {
+    if constexpr (Vector::lanes == 16 && (uses == 2 || uses == 3))
+        return loaded_once(x);
+    else
+        return x;
+}
+
 struct DotProduct {
     std::ptrdiff_t aRow, bColumn; // from one row of op(A), respectively column of op(B), to the next
     int k;
     float alpha, beta;
 };
 
-// `rows` x `columns` of C, 4 rows at most; those past the last one repeat it.
-template <class Vector, int columns>
-void dot_tile(const DotProduct& p, int rows, const float* a, const float* b, float* c, std::ptrdiff_t ldc) {
-    const float* row[4];
+// `rows` x `columns` of C, 4 rows at most.
+template <class Vector, int rows, int columns>
+void dot_tile(const DotProduct& p, const float* a, const float* b, float* c, std::ptrdiff_t ldc) {
+    const float* row[rows];
     QRV_UNROLL
-    for (int i = 0; i < 4; ++i)
-        row[i] = a + smaller(i, rows - 1) * p.aRow;
+    for (int i = 0; i < rows; ++i)
+        row[i] = a + i * p.aRow;
     Vector sums[columns][4];
     QRV_UNROLL
     for (int j = 0; j < columns; ++j)
@@ -60,12 +69,15 @@ void dot_tile(const DotProduct& p, int rows, const float* a, const float* b, flo
     for (int i = 0; i < 4; ++i)
         sums[j][i] = Vector::zero();
     const auto step = [&](auto load) __attribute__((always_inline)) {
-        const Vector x[4] = {load(row[0]), load(row[1]), load(row[2]), load(row[3])};
+        Vector x[rows];
+        QRV_UNROLL
+        for (int i = 0; i < rows; ++i)
+            x[i] = once_for<columns>(load(row[i]));
         QRV_UNROLL
         for (int j = 0; j < columns; ++j) {
-            const Vector y = load(b + j * p.bColumn);
+            const Vector y = once_for<rows>(load(b + j * p.bColumn));
             QRV_UNROLL
-            for (int i = 0; i < 4; ++i)
+            for (int i = 0; i < rows; ++i)
                 sums[j][i] = multiply_add(x[i], y, sums[j][i]);
         }
     };
@@ -89,18 +101,28 @@ void dot_tile(const DotProduct& p, int rows, const float* a, const float* b, flo
     }
 }
 
+// The columns of `rows` rows, `columns` at a time and then those left over.
+template <class Vector, int rows, int columns>
+QRV_INLINE void dot_columns(const DotProduct& p, int n, const float* a, const float* b, float* c, std::ptrdiff_t ldc) {
+    for (; n >= columns; n -= columns, b += columns * p.bColumn, c += columns * ldc)
+        dot_tile<Vector, rows, columns>(p, a, b, c, ldc);
+    if constexpr (columns > 1)
+        if (n > 0)
+            dot_columns<Vector, rows, columns - 1>(p, n, a, b, c, ldc);
+}
+
 template <class Vector>
 QRV_INLINE void dot_tiles(const DotProduct& p, int m, int n, const float* a, const float* b, Matrix<float> c) {
     constexpr int most = sizeof(void*) == 4 ? 1 : Vector::lanes == 16 ? 4 : 2; // of 8, 32 and 16 registers
-    for (int i = 0, rows; i < m; i += rows) {
-        rows = smaller(4, m - i);
-        const float* ai = a + i * p.aRow;
-        int j = 0;
-        for (; n - j >= most; j += most)
-            dot_tile<Vector, most>(p, rows, ai, b + j * p.bColumn, &c(i, j), c.ld);
-        for (; j < n; ++j)
-            dot_tile<Vector, 1>(p, rows, ai, b + j * p.bColumn, &c(i, j), c.ld);
-    }
+    int i = 0;
+    for (; m - i >= 4; i += 4)
+        dot_columns<Vector, 4, most>(p, n, a + i * p.aRow, b, &c(i, 0), c.ld);
+    if (m - i == 3)
+        dot_columns<Vector, 3, most>(p, n, a + i * p.aRow, b, &c(i, 0), c.ld);
+    else if (m - i == 2)
+        dot_columns<Vector, 2, most>(p, n, a + i * p.aRow, b, &c(i, 0), c.ld);
+    else if (m - i == 1)
+        dot_columns<Vector, 1, most>(p, n, a + i * p.aRow, b, &c(i, 0), c.ld);
 }
 
 // `count` rows, or columns, of which the steps lie ld floats apart, each contiguous, dotsBlock floats from the next.
