@@ -468,6 +468,25 @@ TEST(Tridiagonal, IntervalsAreRefined) {
             }
 }
 
+TEST(Tridiagonal, TwistsCountWhatIsBelow) {
+    const int n = 25, one = 1;
+    const SecondDifference t(n);
+    const float tiny = 1e-30F, all = 0;
+    std::vector<float> ld(n), z(n), work(4 * n);
+    for (std::size_t i = 0; i < ld.size(); ++i)
+        ld[i] = t.pivots[i] * t.l[i];
+    for (const float lambda : {0.3F, 1.7F, 3.9F, -1.0F})
+        for (int r = 1; r <= n; ++r) {
+            int expected = 0, below = -9, row = r, support[2];
+            for (int k = 1; k <= n; ++k)
+                expected += t.value(k) < lambda;
+            float squares, gamma, scale, residual, correction;
+            SLAR1V(&n, &one, &n, &lambda, t.pivots.data(), t.l.data(), ld.data(), t.lld.data(), &tiny, &all, z.data(),
+                   &one, &below, &squares, &gamma, &row, support, &scale, &residual, &correction, work.data());
+            EXPECT_EQ(below, expected) << lambda << ' ' << r;
+        }
+}
+
 // From SLARRD, SLARRE and SLARRV what SSTEMR finds with them; without the vectors of the first value and the last.
 TEST(Tridiagonal, RootsAndVectorsResidual) {
     const float rtol1 = 2e-5F, rtol2 = 2e-6F, split = -0x1p-23F, minrgp = 3e-3F;
