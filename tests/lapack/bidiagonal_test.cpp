@@ -40,6 +40,9 @@ struct Reduced {
         return x;
     }
     double error(const Operand<T>& before) const {
+        for (int i = 0; i < size(); ++i) // the signs of d and e
+            for (const double tau : {std::real(widen(tauq[i])), std::real(widen(taup[i]))})
+                EXPECT_TRUE(tau == 0 || tau >= 1) << i;
         const WideMatrix<T> a0(before);
         return in_roundings(norm(product() - a0, 'O'), std::max(a0.rows, a0.columns), norm(a0, 'O'));
     }

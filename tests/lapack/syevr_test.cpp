@@ -69,6 +69,7 @@ void expect_reduced(const Symmetric& s, char uplo, bool leastWork, const std::st
     for (int i = 0; i < s.n; ++i) { // T stands in the triangle too
         EXPECT_EQ(r.a(i, i), r.d[i]);
         EXPECT_TRUE(i == s.n - 1 || (uplo == 'U' ? r.a(i, i + 1) : r.a(i + 1, i)) == r.e[i]);
+        EXPECT_TRUE(i == s.n - 1 || r.tau[i] == 0 || r.tau[i] >= 1) << "the sign of e";
     }
 }
 
