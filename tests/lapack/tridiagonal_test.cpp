@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <numeric>
 
+#include "lapack/calls/mrrr.hpp"
 #include "qrv/native.h"
 #include "support/call.hpp"
 #include "support/known_values.hpp"
@@ -355,6 +356,13 @@ TEST(Tridiagonal, CountsAndSingleValues) {
         std::feclearexcept(FE_ALL_EXCEPT);
         for (const int r : {1, 2, 3})
             EXPECT_EQ(call(SLANEG, 3, d, lld, size, 1.0F, r), 2);
+        for (int odd = 0; odd < lapack::pointsAtOnce; ++odd) { // among points that need no such care
+            std::vector<float> points(lapack::pointsAtOnce, size / 10);
+            points[std::size_t(odd)] = size;
+            int below[lapack::pointsAtOnce];
+            lapack::laneg(3, d.data(), lld.data(), points.data(), 2, below);
+            EXPECT_EQ(below[odd], 2) << odd;
+        }
         EXPECT_FALSE(size == 1 && std::fetestexcept(FE_DIVBYZERO | FE_INVALID | FE_OVERFLOW));
     }
 }
