@@ -58,6 +58,10 @@ struct Sweeps {
 // On at most so many threads. work as for lasr3, if the route forms products.
 void apply_sweeps(const Sweeps& q, SweepRoute route, int threads, float* work);
 
+// Those of two matrices at once, each as products by a thread of its own: no block waits for its factors to be
+// multiplied out, as the other threads of a team on one matrix do.
+void apply_both(const Sweeps (&both)[2], float* const (&work)[2]);
+
 // Rotations of a sequence.
 struct Planes {
     int first, count;

@@ -176,6 +176,12 @@ void apply_sweeps(const Sweeps& q, SweepRoute route, int threads, float* work) {
     }
 }
 
+void apply_both(const Sweeps (&both)[2], float* const (&work)[2]) {
+#pragma omp parallel num_threads(2)
+    for (int i = omp_get_thread_num(); i < 2; i += omp_get_num_threads())
+        apply_sweeps(both[i], SweepRoute::blocked, 1, work[i]);
+}
+
 namespace {
 
 void choose_and_apply(const Sweeps& q, float* work, int threads) {

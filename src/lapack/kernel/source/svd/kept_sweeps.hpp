@@ -25,7 +25,8 @@ public:
         : n_(n), vectors_(vectors), threads_(longest_line() < leastAcross ? 1 : qrv_serv_get_max_threads()),
           routes_{route(Side::left, vectors.ncvt), route(Side::right, vectors.nru), route(Side::left, vectors.ncc)},
           most_(routes_.keep() ? tuning::block_size("SBDSQR", n, threads_) : 0),
-          buffer_(nullptr, 0, std::int64_t{4} * most_ * n + lasr3_work(most_, longest_line())) {
+          bothAtOnce_(threads_ == 2 && routes_.vt == SweepRoute::blockedTeam && routes_.u == SweepRoute::blockedTeam),
+          buffer_(nullptr, 0, std::int64_t{4} * most_ * n + (1 + bothAtOnce_) * rest_size()) {
         if (!buffer_.data())
             most_ = 1;
         float* const tables = buffer_.data() ? buffer_.data() : work;
@@ -64,8 +65,14 @@ public:
         if (count_ == 0)
             return;
         const int lines = last_ - first_ + 1;
-        apply_to(Side::left, routes_.vt, lines, vectors_.ncvt, right_, vectors_.vt);
-        apply_to(Side::right, routes_.u, vectors_.nru, lines, left_, vectors_.u);
+        if (bothAtOnce_ && buffer_.data()) {
+            apply_both({sweeps(Side::left, lines, vectors_.ncvt, right_, vectors_.vt),
+                        sweeps(Side::right, vectors_.nru, lines, left_, vectors_.u)},
+                       {rest_, rest_ + rest_size()});
+        } else {
+            apply_to(Side::left, routes_.vt, lines, vectors_.ncvt, right_, vectors_.vt);
+            apply_to(Side::right, routes_.u, vectors_.nru, lines, left_, vectors_.u);
+        }
         apply_to(Side::left, routes_.c, lines, vectors_.ncc, left_, vectors_.c);
         count_ = 0;
     }
@@ -80,21 +87,30 @@ private:
     static constexpr int leastAcross = 32; // for which tuning values are asked
     static constexpr int fewElements = 64; // for which loops are faster than calls of kernels
 
+    std::int64_t rest_size() const { return lasr3_work(most_, longest_line()); }
     int longest_line() const { return std::max({vectors_.ncvt, vectors_.nru, vectors_.ncc}); }
     SweepRoute route(Side side, int across) const {
         return across < leastAcross ? SweepRoute::oneByOne : tuned_sweep_route(side, across, threads_);
     }
+    Sweeps sweeps(Side side, int m, int n, Matrix<float> table, Matrix<float> whole) const {
+        return {side,
+                direct_,
+                m,
+                n,
+                count_,
+                table.block(first_, 0),
+                side == Side::left ? whole.block(first_, 0) : whole.block(0, first_)};
+    }
     void apply_to(Side side, SweepRoute route, int m, int n, Matrix<float> table, Matrix<float> whole) const {
         if (m == 0 || n == 0)
             return;
-        const Matrix<float> a = side == Side::left ? whole.block(first_, 0) : whole.block(0, first_);
-        const Matrix<float> rotations = table.block(first_, 0);
+        const Sweeps q = sweeps(side, m, n, table, whole);
         if (std::int64_t{m} * n <= fewElements && count_ == 1)
-            turn_few(side, (side == Side::left ? m : n) - 1, side == Side::left ? n : m, rotations, a);
+            turn_few(side, q.planes(), q.across(), q.cs, q.a);
         else if (buffer_.data())
-            apply_sweeps({side, direct_, m, n, count_, rotations, a}, route, threads_, rest_);
+            apply_sweeps(q, route, threads_, rest_);
         else
-            kernel::lasr(side, Pivot::variable, direct_, m, n, rotations.column(0), rotations.column(1), a);
+            kernel::lasr(side, Pivot::variable, direct_, m, n, q.cs.column(0), q.cs.column(1), q.a);
     }
 
     void turn_few(Side side, int planes, int across, Matrix<const float> cs, Matrix<float> a) const {
@@ -118,6 +134,7 @@ private:
     int threads_;
     Routes routes_;
     int most_, count_ = 0;
+    bool bothAtOnce_; // V' and U are turned at once
     WorkArea<float> buffer_;
     float* rest_ = nullptr;
     Matrix<float> right_{nullptr, 1}, left_{nullptr, 1};
