@@ -35,6 +35,13 @@ TEST(Rotations, MakeTheSecondNumberZero) {
                 EXPECT_EQ(r, g == 0 ? f : g);
             }
         }
+    for (const float f : {1.0F, infinity, nan})
+        for (const float g : {infinity, nan})
+            for (const auto& [x, y] : {std::pair(f, g), {g, f}}) {
+                float c, s, r;
+                SLARTG(&x, &y, &c, &s, &r);
+                EXPECT_FALSE(std::isfinite(r)) << x << ' ' << y;
+            }
 }
 
 // [f g; 0 h] against its decomposition and the values of the same matrix in double.

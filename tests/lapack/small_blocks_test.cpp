@@ -49,6 +49,13 @@ TEST(StandardForm, Residual) {
                     expect_standard_form(a, b, c, d);
     for (const auto& [a, b, c, d] : {std::array{-5.0F, 1.0F, -9.0F, 1.0F}, {-4, -1, 4, 0}, {-4, 1, -4, 0}})
         expect_standard_form(a, b, c, d); // one value twice: a lower triangle as soon as the diagonal is equal
+    for (int i = 0; i < 4; ++i)
+        for (const float odd : {nan, infinity}) {
+            float x[] = {1, 2, -3, 1.5F}, values[4], cs, sn;
+            x[i] = odd;
+            SLANV2(x, x + 1, x + 2, x + 3, values, values + 1, values + 2, values + 3, &cs, &sn);
+            EXPECT_FALSE(std::all_of(x, x + 4, [](float y) { return std::isfinite(y); })) << i << ' ' << odd;
+        }
 }
 
 // ---- Shifted systems ----------------------------------------------------------------------------------------------
