@@ -7,6 +7,7 @@
 #include "blas/native.hpp"
 #include "blas/thread/common/level1/level1_threads.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
+#include "blas/thread/common/level3/gemm_partition.hpp"
 #include "blas/thread/common/machine.hpp"
 
 namespace qrv::entry {
@@ -51,6 +52,9 @@ struct ShortCalls : blas::Native<T> {
     }
     static void gemv(QRV_GEMV_PARAMETERS(T)) {
         choose(is_short(row_for<T>(sgemvRule, cgemvRule), *m, *n), Slot::gemv, Decision::gemv, QRV_GEMV_ARGUMENTS);
+    }
+    static void gemm(QRV_GEMM_PARAMETERS(T)) {
+        choose(!gemm_may_thread({*m, *n, *k}), Slot::gemm, Decision::gemm, QRV_GEMM_ARGUMENTS);
     }
     static void trmv(QRV_TRIANGULAR_PARAMETERS(T)) {
         choose(is_short(row_for<T>(strmvRule, ctrmvRule), *n), Slot::trmv, Decision::trmv, QRV_TRIANGULAR_ARGUMENTS);

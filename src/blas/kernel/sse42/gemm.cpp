@@ -286,6 +286,25 @@ QRV_INLINE GemmShape shape_of(const char* transa, const char* transb, const int*
     return {transposes(opA), transposes(opB), conjugates(opA), conjugates(opB), conflicting, *m, *n, *k};
 }
 
+// So few products of real elements that to find the way to a tile takes longer.
+template <class T>
+constexpr int fewProducts = isComplex<T> ? 0 : 12;
+
+template <class T>
+QRV_INLINE void multiply_few(const GemmCall<T>& q) {
+    const std::ptrdiff_t rowOfA = transposes(q.opA) ? q.a.ld : 1, stepOfA = transposes(q.opA) ? 1 : q.a.ld;
+    const std::ptrdiff_t stepOfB = transposes(q.opB) ? q.b.ld : 1, columnOfB = transposes(q.opB) ? 1 : q.b.ld;
+    for (int j = 0; j < q.n; ++j)
+        for (int i = 0; i < q.m; ++i) {
+            const T *a = q.a.data + i * rowOfA, *b = q.b.data + j * columnOfB;
+            T sum = scalar<T>(0);
+            for (int l = 0; l < q.k; ++l, a += stepOfA, b += stepOfB)
+                sum = sum + *a * *b;
+            T& c = q.c(i, j);
+            c = q.beta == scalar<T>(0) ? q.alpha * sum : q.alpha * sum + q.beta * c;
+        }
+}
+
 #define QRV_DEFINE_GEMM(T, gemm)                                                                                       \
     void blas_##gemm##_plan_load(GemmPlan<T>* plan) {                                                                  \
         plan_load_for(vector_form(), plan);                                                                            \
@@ -295,8 +314,11 @@ QRV_INLINE GemmShape shape_of(const char* transa, const char* transb, const int*
             return;                                                                                                    \
         if (*k <= 0 || *alpha == scalar<T>(0))                                                                         \
             return blas_##gemm##_scale_c(m, n, beta, c, ldc);                                                          \
+        const double work = static_cast<double>(*m) * *n * *k;                                                         \
+        if (work <= fewProducts<T>)                                                                                    \
+            return multiply_few(gemm_call<T>(QRV_GEMM_ARGUMENTS));                                                     \
         const VectorForm form = vector_form();                                                                         \
-        if (*m > 1 && *n > 1 && static_cast<double>(*m) * *n * *k <= alwaysDirect<T>)                                  \
+        if (*m > 1 && *n > 1 && work <= alwaysDirect<T>)                                                               \
             return direct_gemm<T>(form)(QRV_GEMM_ARGUMENTS);                                                           \
         switch (gemm_route<T>(form, shape_of<T>(transa, transb, m, n, k, lda))) {                                      \
         case GemmRoute::direct:                                                                                        \
