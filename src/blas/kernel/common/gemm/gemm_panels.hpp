@@ -32,7 +32,8 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
-constexpr int panelsBytes = 5 << 18; // of a block, at most
+constexpr int panelsDepth = 384;     // steps of a block, at most
+constexpr int panelsBytes = 3 << 18; // of a block, at most: with B and C in a second-level cache of 1 MB
 constexpr int panelPad = 16;         // floats: a line
 constexpr int panelsAtOnce = 4;      // that a column of A is copied into
 constexpr int stripsAtOnce = 8;      // that a row of B is copied into
@@ -49,7 +50,7 @@ struct PanelBlocks {
     bool strips;
     int columns; // of the strips that are copied at once
 
-    explicit PanelBlocks(const GemmCall<T>& call) : steps(even_block(call.k, directDepth, directUnit)) {
+    explicit PanelBlocks(const GemmCall<T>& call) : steps(even_block(call.k, panelsDepth, directUnit)) {
         const int mostRows = panelsBytes / (steps * static_cast<int>(sizeof(T))) / tileRows * tileRows;
         rows = even_block(call.m, mostRows, tileRows);
         const bool conflict = call.b.ld * element % directConflict<T> == 0;
