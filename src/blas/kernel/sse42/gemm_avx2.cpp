@@ -15,7 +15,7 @@ constexpr bool manyRegisters = sizeof(void*) == 8;
 template <>
 struct DirectTiles<Vec8f, float> {
     static constexpr int vectors = manyRegisters ? 2 : 1;
-    static constexpr int columns = 6;
+    static constexpr int columns = 6, columnsOfOne = manyRegisters ? 12 : 6;
     using Half = Vec8f;
 };
 
@@ -23,7 +23,7 @@ struct DirectTiles<Vec8f, float> {
 template <>
 struct DirectTiles<Vec8f, SingleComplex> {
     static constexpr int vectors = manyRegisters ? 2 : 1;
-    static constexpr int columns = 3;
+    static constexpr int columns = 3, columnsOfOne = columns;
     using Half = Vec8f;
 };
 
@@ -65,6 +65,27 @@ using Narrow = TileShape<Sliver, manyRegisters ? 6 : 3, 1>;
 // Two sums for each pair of rows, two spread steps of the sliver and a pair of A.
 using Complex = TileShape<ComplexSliver<Vec8f>, manyRegisters ? 3 : 1, 1>;
 
+// Each with a frame of its own, and the arguments as they come: what chooses between them is a few comparisons.
+template <class T>
+[[gnu::noipa]] void direct_by_one_tile(QRV_GEMM_PARAMETERS(T)) {
+    direct_one_tile<Vec8f, false>(gemm_call<T>(QRV_GEMM_ARGUMENTS));
+}
+template <class T>
+[[gnu::noipa]] void direct_by_one_gathered_tile(QRV_GEMM_PARAMETERS(T)) {
+    direct_one_tile<Vec8f, true>(gemm_call<T>(QRV_GEMM_ARGUMENTS));
+}
+template <class T>
+[[gnu::noipa]] void direct_by_tiles(QRV_GEMM_PARAMETERS(T)) {
+    gemm_direct<Vec8f, T>(gemm_call<T>(QRV_GEMM_ARGUMENTS));
+}
+template <class T>
+QRV_INLINE void direct_by_size(QRV_GEMM_PARAMETERS(T)) {
+    if (!is_one_tile<Vec8f, T>(*m, *n, *k))
+        return direct_by_tiles<T>(QRV_GEMM_ARGUMENTS);
+    transposes(*transa) ? direct_by_one_gathered_tile<T>(QRV_GEMM_ARGUMENTS)
+                        : direct_by_one_tile<T>(QRV_GEMM_ARGUMENTS);
+}
+
 } // namespace
 
 void use_form(GemmPlan<float>* plan) {
@@ -75,10 +96,10 @@ void use_form(GemmPlan<SingleComplex>* plan) {
 }
 
 void direct(QRV_GEMM_PARAMETERS(float)) {
-    gemm_direct<Vec8f, float>(gemm_call<float>(QRV_GEMM_ARGUMENTS));
+    direct_by_size<float>(QRV_GEMM_ARGUMENTS);
 }
 void direct(QRV_GEMM_PARAMETERS(SingleComplex)) {
-    gemm_direct<Vec8f, SingleComplex>(gemm_call<SingleComplex>(QRV_GEMM_ARGUMENTS));
+    direct_by_size<SingleComplex>(QRV_GEMM_ARGUMENTS);
 }
 
 } // namespace qrv::kernel::sse42_avx2

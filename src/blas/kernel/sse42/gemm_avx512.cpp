@@ -19,7 +19,7 @@ constexpr bool manyRegisters = sizeof(void*) == 8;
 template <>
 struct DirectTiles<Vec16f, float> {
     static constexpr int vectors = manyRegisters ? 3 : 1;
-    static constexpr int columns = manyRegisters ? 8 : 6;
+    static constexpr int columns = manyRegisters ? 8 : 6, columnsOfOne = manyRegisters ? 16 : 6;
     using Half = LowerHalf16f;
 };
 
@@ -27,7 +27,7 @@ struct DirectTiles<Vec16f, float> {
 template <>
 struct DirectTiles<Vec16f, SingleComplex> {
     static constexpr int vectors = manyRegisters ? 2 : 1;
-    static constexpr int columns = manyRegisters ? 6 : 3;
+    static constexpr int columns = manyRegisters ? 6 : 3, columnsOfOne = columns;
     using Half = LowerHalf16f;
 };
 
@@ -101,6 +101,27 @@ using Narrow = TileShape<QuadSliver, manyRegisters ? 8 : 6, 1>;
 // Two sums for each pair of rows; more of them, or more columns, ran slower from 128 up.
 using Complex = TileShape<ComplexSliver<Vec16f>, manyRegisters ? 4 : 1, 1>;
 
+// Each with a frame of its own, and the arguments as they come: what chooses between them is a few comparisons.
+template <class T>
+[[gnu::noipa]] void direct_by_one_tile(QRV_GEMM_PARAMETERS(T)) {
+    direct_one_tile<Vec16f, false>(gemm_call<T>(QRV_GEMM_ARGUMENTS));
+}
+template <class T>
+[[gnu::noipa]] void direct_by_one_gathered_tile(QRV_GEMM_PARAMETERS(T)) {
+    direct_one_tile<Vec16f, true>(gemm_call<T>(QRV_GEMM_ARGUMENTS));
+}
+template <class T>
+[[gnu::noipa]] void direct_by_tiles(QRV_GEMM_PARAMETERS(T)) {
+    gemm_direct<Vec16f, T>(gemm_call<T>(QRV_GEMM_ARGUMENTS));
+}
+template <class T>
+QRV_INLINE void direct_by_size(QRV_GEMM_PARAMETERS(T)) {
+    if (!is_one_tile<Vec16f, T>(*m, *n, *k))
+        return direct_by_tiles<T>(QRV_GEMM_ARGUMENTS);
+    transposes(*transa) ? direct_by_one_gathered_tile<T>(QRV_GEMM_ARGUMENTS)
+                        : direct_by_one_tile<T>(QRV_GEMM_ARGUMENTS);
+}
+
 } // namespace
 
 void use_form(GemmPlan<float>* plan) {
@@ -111,10 +132,10 @@ void use_form(GemmPlan<SingleComplex>* plan) {
 }
 
 void direct(QRV_GEMM_PARAMETERS(float)) {
-    gemm_direct<Vec16f, float>(gemm_call<float>(QRV_GEMM_ARGUMENTS));
+    direct_by_size<float>(QRV_GEMM_ARGUMENTS);
 }
 void direct(QRV_GEMM_PARAMETERS(SingleComplex)) {
-    gemm_direct<Vec16f, SingleComplex>(gemm_call<SingleComplex>(QRV_GEMM_ARGUMENTS));
+    direct_by_size<SingleComplex>(QRV_GEMM_ARGUMENTS);
 }
 bool panels(QRV_GEMM_PARAMETERS(float)) {
     return gemm_by_panels<Vec16f, float>(gemm_call<float>(QRV_GEMM_ARGUMENTS), WholeOfC{*n});

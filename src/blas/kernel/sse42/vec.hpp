@@ -17,9 +17,13 @@ using Vec = Vec4f;
 inline Vec4f larger_magnitude(Vec4f a, Vec4f b) {
     return {_mm_castsi128_ps(_mm_max_epi32(_mm_castps_si128(a.v), _mm_castps_si128(b.v)))};
 }
-inline float largest_lane(Vec4f x) {
-    const Vec4f pairs = larger_magnitude(x, swap_halves(x));
-    return _mm_cvtss_f32(larger_magnitude(pairs, {_mm_shuffle_ps(pairs.v, pairs.v, 1)}).v);
+// The largest lane, in every lane.
+inline Vec4f spread_largest(Vec4f x) {
+    x = larger_magnitude(x, swap_halves(x));
+    return larger_magnitude(x, {_mm_shuffle_ps(x.v, x.v, 0xB1)});
+}
+inline float first_lane(Vec4f x) {
+    return _mm_cvtss_f32(x.v);
 }
 using Peak = IntegerPeak<Vec4f>;
 

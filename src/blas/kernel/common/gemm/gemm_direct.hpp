@@ -32,9 +32,9 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
-// The largest register tile, in vectors of rows and in columns. Its sums fill the registers, but for a step of A and an
-// element of B. Half: what the sums of the last vector are if at most half of it is rows; the vector itself if that
-// saves nothing.
+// The largest register tile, in vectors of rows and in columns, and the columns of one that is a single vector high.
+// Its sums fill the registers, but for a step of A and an element of B. Half: what the sums of the last vector are if
+// at most half of it is rows; the vector itself if that saves nothing.
 template <class Vector, class T>
 struct DirectTiles;
 
@@ -135,7 +135,10 @@ void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, floa
             sums[j][v][part] = Vector::zero();
         lastSums[j][part] = Last::zero();
     }
-    const float* second = b + (columns > group ? group * bColumn : 0);
+    const float* start[(columns + group - 1) / group];
+    QRV_UNROLL
+    for (int g = 0; g * group < columns; ++g)
+        start[g] = b + g * group * bColumn;
     for (int l = p.k; l > 0; --l) {
         [[maybe_unused]] Vector rows[vectors];
         QRV_UNROLL
@@ -146,8 +149,7 @@ void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, floa
         for (int j = 0; j < columns; ++j)
             QRV_UNROLL
         for (int part = 0; part < parts; ++part) {
-            const float* four = j < group ? b : second;
-            const float& element = four[(j % group == 3 ? bColumns3 : j % group * bColumn) + part];
+            const float& element = start[j / group][(j % group == 3 ? bColumns3 : j % group * bColumn) + part];
             if constexpr (vectors > 1) {
                 const Vector x = Vector::splat(element);
                 QRV_UNROLL
@@ -159,8 +161,9 @@ void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, floa
             }
         }
         a += aStep;
-        b += bStep;
-        second += bStep;
+        QRV_UNROLL
+        for (int g = 0; g * group < columns; ++g)
+            start[g] += bStep;
     }
     const Factor<Vector, T> alpha(p.alpha), beta(p.beta);
     // A processor takes a load for dependent on a masked store that it overlaps in lanes which are not stored. So all
@@ -219,14 +222,18 @@ template <class T>
 using DirectTile = void(const DirectProduct<T>& p, const float* a, const float* b, float* c, int lastRows);
 
 // The tiles of all sizes, one vector and one column first.
+template <class Vector, class T>
+constexpr int columns_of_tile(int vectors) {
+    return vectors == 1 ? DirectTiles<Vector, T>::columnsOfOne : DirectTiles<Vector, T>::columns;
+}
 template <class Vector, class Last, class T>
 struct DirectTileTable {
-    DirectTile<T>* tile[DirectTiles<Vector, T>::vectors][DirectTiles<Vector, T>::columns];
+    DirectTile<T>* tile[DirectTiles<Vector, T>::vectors][DirectTiles<Vector, T>::columnsOfOne];
 
     template <int vectors = 1, int columns = 1>
     constexpr void fill() {
         tile[vectors - 1][columns - 1] = direct_tile<Vector, Last, T, vectors, columns>;
-        if constexpr (columns < DirectTiles<Vector, T>::columns)
+        if constexpr (columns < columns_of_tile<Vector, T>(vectors))
             fill<vectors, columns + 1>();
         else if constexpr (vectors < DirectTiles<Vector, T>::vectors)
             fill<vectors + 1, 1>();
@@ -356,7 +363,7 @@ template <class Vector, class T>
 QRV_INLINE void direct_rows(RowShare<Vector, T> share, int n, const DirectProduct<T>& p, const float* a, const float* b,
                             float* c) {
     for (int columns; n > 0; n -= columns) {
-        columns = even_share(n, DirectTiles<Vector, T>::columns);
+        columns = even_share(n, columns_of_tile<Vector, T>(share.vectors));
         direct_tile_of<Vector, T>(share.vectors, share.last_rows(), columns)(p, a, b, c, share.last_rows());
         b += columns * p.bColumn;
         c += columns * p.ldc;
@@ -372,7 +379,7 @@ QRV_INLINE void direct_straight(int m, int n, DirectProduct<T>& p, int k, const 
         // not in the innermost cache, eight being more than the processor follows.
         constexpr int tileColumns = DirectTiles<Vector, T>::columns;
         const bool far = tileColumns == 8 && static_cast<double>(m) * n > directFar;
-        const int columnsAtOnce = p.k > directShallow ? n : far ? tileColumns / 2 : tileColumns;
+        const int columnsAtOnce = p.k > directShallow || m <= Vector::lanes ? n : far ? tileColumns / 2 : tileColumns;
         for (int j = 0, columns; j < n; j += columns) {
             columns = smaller(columnsAtOnce, n - j);
             for (int i = 0; i < m;) {
@@ -425,12 +432,21 @@ QRV_INLINE void direct_tiles(const GemmCall<T>& call) {
         direct_straight<Vector>(rows, call.n, p, call.k, aFloats, bFloats, cFloats);
 }
 
+// c := x' + beta*c for four rows of C and up to four columns, of which all may be read in a row of x.
+QRV_INLINE void bring_quads_home(int columns, const float* x, std::ptrdiff_t ldx, float beta, float* c,
+                                 std::ptrdiff_t ldc) {
+    __m128 quad[4] = {_mm_load_ps(x), _mm_load_ps(x + ldx), _mm_load_ps(x + 2 * ldx), _mm_load_ps(x + 3 * ldx)};
+    _MM_TRANSPOSE4_PS(quad[0], quad[1], quad[2], quad[3]);
+    for (int j = 0; j < columns; ++j, c += ldc)
+        _mm_storeu_ps(c, beta == 0 ? quad[j] : _mm_add_ps(quad[j], _mm_mul_ps(_mm_set1_ps(beta), _mm_loadu_ps(c))));
+}
+
 // Few rows would leave most of a vector empty, where B transposed has vectors of columns: C' = B*op(A)' is computed,
 // some columns of C at a time, and brought home, which takes as long as eight steps.
-constexpr int mostMirroredRows = 6;
+constexpr int mostMirroredRows = 8;
 template <class Vector>
 constexpr bool pays_mirrored(int m, int n, int k) {
-    return m <= mostMirroredRows && n >= Vector::lanes && k >= 8 * m;
+    return m <= mostMirroredRows && n >= Vector::lanes && k >= 4 * m;
 }
 template <class Vector>
 [[gnu::noinline]] void direct_mirrored(GemmCall<float> call) {
@@ -448,12 +464,62 @@ template <class Vector>
                                              call.a,
                                              0,
                                              {buffer, most}});
-        for (int i = 0; i < columns; ++i) {
+        const int inQuads = call.m / 4 * 4;
+        for (int row = 0; row < inQuads; row += 4)
+            for (int i = 0; i < columns; i += 4)
+                bring_quads_home(smaller(4, columns - i), buffer + row * most + i, most, call.beta, &call.c(row, j + i),
+                                 call.c.ld);
+        for (int i = 0; i < columns && inQuads < call.m; ++i) {
             float* const c = &call.c(0, j + i);
-            for (int row = 0; row < call.m; ++row)
+            for (int row = inQuads; row < call.m; ++row)
                 c[row] = buffer[row * most + i] + (call.beta == 0 ? 0 : call.beta * c[row]);
         }
     }
+}
+
+// Whether few rows have a way of their own.
+template <class Vector>
+constexpr bool pays_apart(bool transposedA, bool transposedB, int m, int n, int k) {
+    return transposedB ? pays_mirrored<Vector>(m, n, k)
+                       : k >= dotsDepth<Vector> && pays_by_dots<Vector>(transposedA, transposedB, m, n, k);
+}
+
+// All rows, those that would begin another vector apart.
+template <class Vector>
+[[gnu::noinline]] void direct_rows_apart(GemmCall<float> call) {
+    const bool dots = !transposes(call.opB);
+    const int rest = call.m % Vector::lanes;
+    GemmCall<float> last = call;
+    call.m -= rest;
+    last.m = rest;
+    last.a.data = call.view_of_a().at(call.m, 0);
+    last.c = call.c.block(call.m, 0);
+    direct_tiles<Vector>(call);
+    dots ? gemm_by_dots<Vector>(last) : direct_mirrored<Vector>(last);
+}
+constexpr int mostRowsApart = 2;
+constexpr int leastStepsApart = 32;
+
+// A product of few elements is one tile, and to look for it takes longer than to compute it.
+constexpr int fewSteps = 32;
+template <class Vector, class T>
+QRV_INLINE bool is_one_tile(int m, int n, int k) {
+    return m * floatsIn<T> <= Vector::lanes && n <= columns_of_tile<Vector, T>(1) && k <= fewSteps;
+}
+template <class Vector, bool gathered, class T>
+QRV_INLINE void direct_one_tile(const GemmCall<T>& call) {
+    DirectProduct<T> p = direct_product(call);
+    p.k = call.k;
+    const int rows = call.m * floatsIn<T>;
+    const auto* a = reinterpret_cast<const float*>(call.a.data);
+    alignas(gathered ? 64 : 4) float buffer[gathered ? Vector::lanes * fewSteps : 1];
+    if constexpr (gathered) {
+        transpose_tile<Vector, T>(rows, 1, call.k, a, p.aStep, buffer);
+        p.aStep = Vector::lanes;
+        a = buffer;
+    }
+    direct_tile_of<Vector, T>(1, rows, call.n)(p, a, reinterpret_cast<const float*>(call.b.data),
+                                               reinterpret_cast<float*>(call.c.data), rows);
 }
 
 // The whole product; m, n and k are positive.
@@ -466,6 +532,10 @@ QRV_INLINE void gemm_direct(const GemmCall<T>& call) {
             return gemm_by_dots<Vector>(call);
         if (transposedB && pays_mirrored<Vector>(call.m, call.n, call.k))
             return direct_mirrored<Vector>(call);
+        const int rest = call.m % Vector::lanes;
+        if (call.m > Vector::lanes && rest > 0 && rest <= mostRowsApart && call.k >= leastStepsApart &&
+            pays_apart<Vector>(transposedA, transposedB, rest, call.n, call.k))
+            return direct_rows_apart<Vector>(call);
     }
     direct_tiles<Vector>(call);
 }

@@ -25,18 +25,24 @@ constexpr int dotsMost = Vector::lanes / 2;
 template <class Vector>
 constexpr int dotsDepth = 2 * Vector::lanes;
 template <class Vector>
-constexpr int dotsGatheredDepth = 4 * Vector::lanes;
+constexpr int gathered_depth(int few) {
+    return few <= 4 ? 32 : 4 * Vector::lanes;
+}
 constexpr int dotsRepay = 64;  // columns, respectively rows, that share what has been brought together
 constexpr int dotsSingle = 2;  // so few rows, respectively columns, are brought together for any number of them
 constexpr int dotsBlock = 384; // steps that are brought together at once
+constexpr int dotsDeep = 512;  // steps for which a small C goes by dots of rows and columns that are contiguous anyway
+constexpr int dotsSmall = 32;  // its rows and columns, at most
 
 template <class Vector>
 constexpr bool pays_by_dots(bool transposedA, bool transposedB, int m, int n, int k) {
     const auto gathered = [k](int few, int others) {
-        return k >= dotsGatheredDepth<Vector> && few <= dotsMost<Vector> && (others >= dotsRepay || few <= dotsSingle);
+        return k >= gathered_depth<Vector>(few) && few <= dotsMost<Vector> &&
+               (others >= dotsRepay || few <= dotsSingle);
     };
     if (transposedA && !transposedB)
-        return k >= dotsDepth<Vector> && smaller(m, n) <= dotsMost<Vector>;
+        return k >= dotsDepth<Vector> &&
+               (smaller(m, n) <= dotsMost<Vector> || (k >= dotsDeep && m <= dotsSmall && n <= dotsSmall));
     return transposedA ? gathered(n, m) : !transposedB && gathered(m, n);
 }
 
@@ -127,9 +133,22 @@ QRV_INLINE void dot_tiles(const DotProduct& p, int m, int n, const float* a, con
 
 // `count` rows, or columns, of which the steps lie ld floats apart, each contiguous, dotsBlock floats from the next.
 inline void bring_steps_together(int count, int k, const float* x, std::ptrdiff_t ld, float* out) {
-    for (int i = 0; i < count; ++i)
-        for (int l = 0; l < k; ++l)
-            out[i * dotsBlock + l] = x[i + l * ld];
+    const int quads = k / 4 * 4;
+    for (int i = 0; i < count; i += 4, x += 4, out += 4 * dotsBlock) {
+        const int rows = smaller(4, count - i);
+        const auto step = [=](int l) { return rows == 4 ? _mm_loadu_ps(x + l * ld) : load_quad(x + l * ld, rows); };
+        for (int l = 0; l < quads; l += 4) {
+            __m128 a = step(l), b = step(l + 1), c = step(l + 2), d = step(l + 3);
+            _MM_TRANSPOSE4_PS(a, b, c, d);
+            _mm_store_ps(out + l, a);
+            _mm_store_ps(out + dotsBlock + l, b); // of rows that there are not: into a buffer of whole quads of them
+            _mm_store_ps(out + 2 * dotsBlock + l, c);
+            _mm_store_ps(out + 3 * dotsBlock + l, d);
+        }
+        for (int j = 0; j < rows; ++j)
+            for (int l = quads; l < k; ++l)
+                out[j * dotsBlock + l] = x[j + l * ld];
+    }
 }
 
 template <class Vector>

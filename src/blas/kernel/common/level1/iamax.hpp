@@ -70,18 +70,31 @@ int index_in_vector(int n, const T* x) {
     const Vec all = n == Vec::lanes ? magnitudes(x) : magnitudes_part(x, n);
     Peak peak;
     peak.take(all);
-    const float largest = peak.value();
-    return largest == largest ? __builtin_ctzll(equal_lanes(Vec::splat(largest), all)) : -1;
+    const std::uint64_t found = equal_lanes(peak.spread(), all);
+    return found != 0 ? __builtin_ctzll(found) : -1;
+}
+
+// The same of more elements, up to four vectors: one or two vectors from the start and as many up to the end. What
+// both hold, the first ones have.
+template <class T>
+int index_in_vectors(int n, const T* x) {
+    constexpr int L = Vec::lanes;
+    const int half = n <= 2 * L ? L : 2 * L, second = half - L, third = n - half, fourth = n - L;
+    const Vec a = magnitudes(x), b = magnitudes(x + second), c = magnitudes(x + third), d = magnitudes(x + fourth);
+    Peak peak;
+    peak.take(a, b, c, d);
+    const std::uint64_t found = equal_lanes(peak.spread(), a, b, c, d);
+    if (found == 0)
+        return -1;
+    const int i = __builtin_ctzll(found);
+    return i < L ? i : i < 2 * L ? i - L + second : i < 3 * L ? i - 2 * L + third : i - 3 * L + fourth;
 }
 
 // Index of the winner among n elements without gaps. Block by block the largest magnitude is compared with the best so
 // far; where in its block the winner lies is found at the end.
 template <class T>
-int index_of_largest(int n, const T* x) {
+int index_by_blocks(int n, const T* x) {
     constexpr int block = 32 * Vec::lanes;
-    if (n <= Vec::lanes)
-        if (const int index = index_in_vector(n, x); index >= 0)
-            return index;
     const auto block_at = [n](int i) { return n - i < block ? n - i : block; };
     float best = -1;
     int bestBlock = 0;
@@ -105,6 +118,14 @@ int index_of_largest(int n, const T* x) {
         i += count;
     }
     return bestBlock + first_of_magnitude(best, block_at(bestBlock), x + bestBlock);
+}
+
+template <class T>
+int index_of_largest(int n, const T* x) {
+    if (n <= 4 * Vec::lanes)
+        if (const int index = n <= Vec::lanes ? index_in_vector(n, x) : index_in_vectors(n, x); index >= 0)
+            return index;
+    return index_by_blocks(n, x);
 }
 
 template <class T>

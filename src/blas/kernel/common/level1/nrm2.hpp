@@ -42,11 +42,19 @@ inline double sum_of_squares(std::ptrdiff_t n, const float* x) {
     return (even + odd).sum();
 }
 
-// The same for fewer floats than a wide vector holds.
+// The same for so few floats that to ask for boundaries and passes takes longer.
+constexpr int fewSquares = 4 * Vec::lanes;
 inline double sum_of_few_squares(int n, const float* x) {
-    Doubles<Vec> sum = Doubles<Vec>::zero();
-    sum.add_squares(Doubles<Vec>::widen(load_part<Vec>(x, n)));
-    return sum.sum();
+    Doubles<Vec> whole = Doubles<Vec>::zero(), rest = whole;
+    if (isWide && n < Vec::lanes) {
+        rest.add_squares(Doubles<Vec>::widen(load_part<Vec>(x, n)));
+        return rest.sum();
+    }
+    for (; n >= Vec::lanes; n -= Vec::lanes, x += Vec::lanes)
+        whole.add_squares(Doubles<Vec>::widen(Vec::load(x)));
+    if (n > 0)
+        rest.add_squares(Doubles<Vec>::widen(load_part<Vec>(x, n)));
+    return (whole + rest).sum();
 }
 
 template <class T>
@@ -54,7 +62,7 @@ float nrm2(int n, const T* x, int incx) {
     if (n < 1)
         return 0;
     double sum = 0;
-    if (isWide && n < Vec::lanes / floatsIn<T> && contiguous_either_way(x, incx))
+    if (n < fewSquares / floatsIn<T> && contiguous_either_way(x, incx))
         sum = sum_of_few_squares(n * floatsIn<T>, parts(x));
     else if (contiguous_either_way(x, incx))
         sum = sum_of_squares(std::ptrdiff_t{n} * floatsIn<T>, parts(x));

@@ -305,11 +305,15 @@ inline Vec16f sum_neighbours(Vec16f a, Vec16f b) {
 inline Vec16f larger_magnitude(Vec16f a, Vec16f b) {
     return {_mm512_castsi512_ps(_mm512_max_epi32(_mm512_castps_si512(a.v), _mm512_castps_si512(b.v)))};
 }
-inline float largest_lane(Vec16f x) {
+// The largest lane, in every lane.
+inline Vec16f spread_largest(Vec16f x) {
     x = larger_magnitude(x, {_mm512_shuffle_f32x4(x.v, x.v, 0x4E)});
     x = larger_magnitude(x, {_mm512_shuffle_f32x4(x.v, x.v, 0xB1)});
     x = larger_magnitude(x, {_mm512_permute_ps(x.v, 0x4E)});
-    return _mm512_cvtss_f32(larger_magnitude(x, {_mm512_permute_ps(x.v, 0xB1)}).v);
+    return larger_magnitude(x, {_mm512_permute_ps(x.v, 0xB1)});
+}
+inline float first_lane(Vec16f x) {
+    return _mm512_cvtss_f32(x.v);
 }
 // Bit i is set where lane i of a, or of a, b, c and d one behind the other, is x.
 inline std::uint64_t equal_lanes(Vec16f x, Vec16f a) {

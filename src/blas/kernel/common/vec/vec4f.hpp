@@ -219,7 +219,9 @@ class IntegerPeak {
 public:
     void take(V a) { largest_ = larger_magnitude(largest_, a); }
     void take(V a, V b, V c, V d) { take(larger_magnitude(larger_magnitude(a, b), larger_magnitude(c, d))); }
-    float value() const { return largest_lane(largest_); }
+    float value() const { return first_lane(spread()); }
+    // The same in every lane.
+    V spread() const { return spread_largest(largest_); }
 
 private:
     V largest_ = V::zero();
@@ -238,6 +240,7 @@ public:
         const Vec4f pairs = max(largest_, swap_halves(largest_));
         return _mm_cvtss_f32(_mm_max_ss(pairs.v, _mm_shuffle_ps(pairs.v, pairs.v, 1)));
     }
+    Vec4f spread() const { return Vec4f::splat(value()); }
 
 private:
     static Vec4f max(Vec4f a, Vec4f b) { return {_mm_max_ps(a.v, b.v)}; }

@@ -258,10 +258,14 @@ inline Vec8f sum_neighbours(Vec8f a, Vec8f b) {
 inline Vec8f larger_magnitude(Vec8f a, Vec8f b) {
     return {_mm256_castsi256_ps(_mm256_max_epi32(_mm256_castps_si256(a.v), _mm256_castps_si256(b.v)))};
 }
-inline float largest_lane(Vec8f x) {
+// The largest lane, in every lane.
+inline Vec8f spread_largest(Vec8f x) {
     x = larger_magnitude(x, {_mm256_permute2f128_ps(x.v, x.v, 1)});
     x = larger_magnitude(x, {_mm256_permute_ps(x.v, 0x4E)});
-    return _mm256_cvtss_f32(larger_magnitude(x, {_mm256_permute_ps(x.v, 0xB1)}).v);
+    return larger_magnitude(x, {_mm256_permute_ps(x.v, 0xB1)});
+}
+inline float first_lane(Vec8f x) {
+    return _mm256_cvtss_f32(x.v);
 }
 // Bit i is set where lane i of a, or of a, b, c and d one behind the other, is x.
 inline std::uint64_t equal_lanes(Vec8f x, Vec8f a) {
