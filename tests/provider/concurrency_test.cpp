@@ -27,22 +27,25 @@ std::vector<float> product(Providers::ParallelX86SingleLinearAlgebraProvider& pr
 TEST(Concurrency, ManyHostThreadsFromTheFirstCallOn) {
     Providers::ParallelX86SingleLinearAlgebraProvider provider;
     constexpr int threads = 8;
+    const auto products = [&](int seed) {
+        std::vector<std::vector<float>> list;
+        for (int n = 3; n < 43; ++n)
+            list.push_back(product(provider, n, seed));
+        return list;
+    };
     std::atomic<int> waiting{threads};
     std::vector<std::vector<float>> results[threads];
-    std::vector<std::thread> team;
+    std::vector<std::jthread> team;
     for (int t = 0; t < threads; ++t)
         team.emplace_back([&, t] {
             for (--waiting; waiting > 0;)
                 std::this_thread::yield();
             qrv_serv_get_max_threads();
-            for (int n = 3; n < 43; ++n)
-                results[t].push_back(product(provider, n, t % 2));
+            results[t] = products(t % 2);
         });
-    for (std::thread& thread : team)
-        thread.join();
+    team.clear();
     for (int t = 0; t < threads; ++t)
-        for (int n = 3; n < 43; ++n)
-            EXPECT_EQ(results[t][static_cast<std::size_t>(n - 3)], product(provider, n, t % 2));
+        EXPECT_EQ(results[t], products(t % 2));
 }
 
 } // namespace

@@ -10,8 +10,9 @@
 #include <cstring>
 #include <functional>
 #include <gtest/gtest.h>
-#include <limits>
+#include <random>
 #include <string>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -33,38 +34,6 @@ std::string printed(const Action& action) {
     return testing::internal::GetCapturedStdout();
 }
 
-// The text of an option as native code must see it, for the routine of that name; values beyond the host's enumerators
-// are tried too.
-inline const char* option_text(TransposeOperation op, const std::string& routine) {
-    constexpr const char *realRule[] = {"N", "T", "T", "N"}, *complexRule[] = {"N", "T", "C", ""};
-    const bool complex =
-        routine[0] == 'C' || routine == "SGETRS" || routine == "STRTRS" || routine == "SGBTRS" || routine == "STBTRS";
-    return (complex ? complexRule : realRule)[static_cast<int>(op)];
-}
-inline const char* option_text(MatrixTriangleMode mode, const std::string& routine) {
-    const int value = static_cast<int>(mode);
-    return value == 0 ? "U" : value == 1 || routine.substr(1) != "LACPY" ? "L" : "B";
-}
-template <class Option>
-const char* option_text(Option option, const std::string&) {
-    constexpr bool diagonal = std::is_same_v<Option, MatrixDiagonalMode>,
-                   side = std::is_same_v<Option, MatrixOperationSide>;
-    constexpr const char *norms[] = {"F", "O", "I", "M"}, *diagonals[] = {"N", "U", "U", "U"},
-                         *sides[] = {"L", "R", "R", "R"};
-    return (diagonal ? diagonals : side ? sides : norms)[static_cast<int>(option)];
-}
-
-// One parameter of a method, with what stands at its address. Host and native routine find it at the same one.
-struct Parameter {
-    enum Kind { array, offset, integer, scalar, reference, option, letter, info } kind{};
-    std::size_t elementFloats = 0; // of an array
-    int value = 0;                 // of an offset, an integer, an option or a letter; what info holds
-    std::vector<float> floats{};   // of an array, a scalar or a reference
-    const char* (*text)(int, const std::string&) = nullptr;
-    enum { given, null, empty } state = given; // of an array
-    bool operator==(const Parameter&) const = default;
-};
-
 template <class P>
 struct ElementOf {
     using Type = void;
@@ -76,98 +45,112 @@ struct ElementOf<ProviderArray<T>> {
 template <class P>
 inline constexpr bool isArray = !std::is_void_v<typename ElementOf<P>::Type>;
 
-inline constexpr int at = std::numeric_limits<int>::min(); // stands for an offset in the ints of a method
-
-// The row of a parameter of type P, the next int argument being the first of `ints`.
-template <class P>
-Parameter row_of(std::vector<int>& ints) {
-    if constexpr (isArray<P>) {
-        return {Parameter::array, sizeof(typename ElementOf<P>::Type) / sizeof(float), 0, std::vector<float>(1200)};
-    } else if constexpr (std::is_same_v<P, int>) {
-        const int value = ints.at(0);
-        ints.erase(ints.begin());
-        if (value == at)
-            return {Parameter::offset};
-        return {Parameter::integer, 0, value};
-    } else if constexpr (std::is_enum_v<P>) {
-        return {Parameter::option, 0, 0, {}, [](int v, const std::string& name) { return option_text(P{v}, name); }};
-    } else if constexpr (std::is_same_v<P, char16_t>) {
-        return {Parameter::letter, 0, 'N'};
-    } else if constexpr (std::is_same_v<P, int&>) {
-        return {Parameter::info, 0, 777};
+// The letters that native code must see for the values of an option, for the routine of that name; values beyond the
+// host's enumerators are tried too.
+template <class Option>
+const char* letters_of(const std::string& routine) {
+    if constexpr (std::is_same_v<Option, TransposeOperation>) {
+        const bool complex = routine[0] == 'C' || (routine.ends_with("TRS") && routine[1] != 'P');
+        return complex ? "NTC" : "NTTN";
+    } else if constexpr (std::is_same_v<Option, MatrixTriangleMode>) {
+        return routine.ends_with("LACPY") ? "ULBB" : "ULLL";
     } else {
-        return {std::is_same_v<P, float&> ? Parameter::reference : Parameter::scalar, 0, 0, std::vector<float>(2)};
+        constexpr bool diagonal = std::is_same_v<Option, MatrixDiagonalMode>;
+        return diagonal ? "NUUU" : std::is_same_v<Option, MatrixOperationSide> ? "LRRR" : "FOIM";
     }
 }
 
-// One method and its native routine, with arguments to call both.
+// One parameter of a method, with the words that stand at its address. Host and native routine find it at the same one.
+struct Parameter {
+    enum Kind { array, offset, integer, scalar, reference, option, letter, info } kind{};
+    std::vector<int> words{};
+    std::size_t elementWords = 0;              // of an array
+    const char* letters = nullptr;             // of an option
+    enum { given, null, empty } state = given; // of an array
+    bool operator==(const Parameter&) const = default;
+};
+
+// One method, with arguments to call it and its native routine.
 class MethodCheck {
 public:
-    // `native` may be null, for a routine that is still to come. `ints` are the method's int arguments, `at` for
-    // offsets; `work` the positions of native arguments that the method brings itself.
-    template <class Interface, class R, class... P, class NativeR, class... N>
-    MethodCheck(const char* routine, Interface* object, R (Interface::*method)(P...), NativeR (*native)(N...),
-                std::vector<int> ints, std::vector<int> work)
-        : name_(routine), work_(std::move(work)) {
-        auto& rows = state_.parameters;
-        (rows.push_back(row_of<P>(ints)), ...);
-        EXPECT_TRUE(ints.empty()) << name_;
-        std::uint32_t random = 12345;
-        int offset = 1;
-        for (Parameter& row : rows) {
-            if (row.kind == Parameter::offset) // different ones
-                row.value = offset += 2;
-            for (float& x : row.floats) {
-                random = random * 1664525 + 1013904223;
-                x = static_cast<float>(random >> 8) / (1 << 23) - 1;
+    template <class Interface, class R, class... P>
+    MethodCheck(const char* routine, Interface* object, R (Interface::*method)(P...))
+        : name_(routine), hasResult_(!std::is_void_v<R>), hasComplexResult_(std::is_same_v<R, SingleComplex>) {
+        (state_.parameters.push_back(parameter<P>()), ...);
+        host_ = [=, this] {
+            [&]<std::size_t... I>(std::index_sequence<I...>) {
+                const auto call = [&] { return (object->*method)(host_argument<P>(state_.parameters[I])...); };
+                if constexpr (std::is_void_v<R>)
+                    call();
+                else
+                    store(call());
             }
-        }
-        std::size_t next = 0;
-        (fill_with_pivots<P>(rows[next++]), ...);
-        returnsComplex_ = std::is_same_v<R, SingleComplex>;
-        host_ = [=, this] { call_host(object, method, std::index_sequence_for<P...>()); };
-        native_ = [=, this](const std::vector<const void*>& arguments) {
-            return call_native<R>(native, arguments, std::index_sequence_for<N...>());
+            (std::index_sequence_for<P...>());
         };
     }
     MethodCheck(const MethodCheck&) = delete;
 
+    // What the method brings itself are work arrays and their lengths, in front of info if there is one: here each is
+    // larger than it need be.
+    template <class R, class... N>
+    void call_native(R (*native)(N...)) {
+        std::vector<void*> arguments = native_arguments();
+        const bool hasInfo = state_.parameters.back().kind == Parameter::info;
+        ASSERT_LE(arguments.size(), sizeof...(N));
+        arguments.insert(arguments.end() - hasInfo, sizeof...(N) - arguments.size(), nullptr);
+        constexpr std::size_t space = 4000;
+        constexpr bool isSize[] = {std::is_same_v<N, const int*>...};
+        int length = 400;
+        std::vector<float> brought(space * sizeof...(N));
+        for (std::size_t i = 0; i < sizeof...(N); ++i)
+            if (!arguments[i])
+                arguments[i] = isSize[i] ? static_cast<void*>(&length) : &brought[space * i];
+        [&]<std::size_t... I>(std::index_sequence<I...>) {
+            if constexpr (std::is_void_v<R>)
+                native(static_cast<N>(arguments[I])...);
+            else if (const R result = native(static_cast<N>(arguments[I])...); hasResult_)
+                store(result);
+        }
+        (std::index_sequence_for<N...>());
+    }
+
     // Every option takes the values 0 to 3 and every letter four, neighbours different ones; the native routine may
     // reject what they stand for, in the same words.
-    void agrees_with_native() {
+    void agrees_with(const std::function<void()>& native) {
         const State before = state_;
         bool computed = false;
         for (int turn = 0; turn < 16; ++turn) {
+            SCOPED_TRACE(turn);
             int option = turn;
-            for (Parameter& row : state_.parameters)
-                if (row.kind == Parameter::option || row.kind == Parameter::letter) {
-                    row.value = row.kind == Parameter::option ? option % 4 : "NVAS"[option % 4];
+            for (Parameter& p : state_.parameters)
+                if (p.kind == Parameter::option || p.kind == Parameter::letter) {
+                    p.words[0] = p.kind == Parameter::option ? option % 4 : "NVAS"[option % 4];
                     option = option / 4 + turn;
                 }
             const State given = state_;
             std::string failed;
             const std::string byHost = printed([&] { failed = failure(); });
-            State afterHost = state_;
-            state_ = given;
-            const std::string byNative = printed([&] { native_(native_arguments()); });
-            EXPECT_EQ(byHost, byNative) << "turn " << turn;
+            State afterHost = std::exchange(state_, given);
+            EXPECT_EQ(byHost, printed(native));
             // Asked for the length of its work array, it rejects an option before it tells one: an array of nothing.
             const bool asks = name_ == "CUNMQR" || name_ == "SGEEV" || name_.ends_with("GESDD");
-            EXPECT_EQ(failed, asks && !byNative.empty() ? "empty" : "") << "turn " << turn;
+            EXPECT_EQ(failed, asks && !byHost.empty() ? "empty" : "");
             if (!failed.empty()) {
-                EXPECT_TRUE(afterHost == given) << "turn " << turn;
+                EXPECT_TRUE(afterHost == given);
                 state_ = before;
                 continue;
             }
             if (!byHost.empty())
                 for (std::size_t i = 0; i < state_.parameters.size(); ++i)
                     if (given.parameters[i].kind == Parameter::reference) { // a result that there is not
-                        EXPECT_EQ(afterHost.parameters[i].floats[0], 0) << "turn " << turn;
+                        EXPECT_EQ(afterHost.parameters[i].words[0], 0);
                         afterHost.parameters[i] = state_.parameters[i];
                     }
-            EXPECT_TRUE(afterHost == state_) << "turn " << turn;
+            EXPECT_TRUE(afterHost == state_);
             computed = computed || !(state_ == given);
-            EXPECT_TRUE(byHost.empty() || state_.same_but_for_info(given)) << "turn " << turn;
+            if (state_.parameters.back().kind == Parameter::info)
+                state_.parameters.back() = given.parameters.back();
+            EXPECT_TRUE(byHost.empty() || state_ == given);
             state_ = before;
         }
         EXPECT_TRUE(computed) << "nothing was computed";
@@ -176,12 +159,12 @@ public:
     // Arrays with an offset are asked for first, then those without, whatever there is to do: each fails by itself, and
     // of two that would fail in different ways the first decides.
     void asks_for_arrays_in_order() {
-        auto& rows = state_.parameters;
+        auto& parameters = state_.parameters;
         std::vector<Parameter*> order;
         for (const bool withOffset : {true, false})
-            for (std::size_t i = 0; i < rows.size(); ++i)
-                if (rows[i].kind == Parameter::array && has_offset(i) == withOffset)
-                    order.push_back(&rows[i]);
+            for (std::size_t i = 0; i < parameters.size(); ++i)
+                if (parameters[i].kind == Parameter::array && (offset_of(i) > 0) == withOffset)
+                    order.push_back(&parameters[i]);
         if (name_ == "SSYEVR") { // it brings its last one itself
             order.back()->state = Parameter::null;
             order.pop_back();
@@ -193,13 +176,13 @@ public:
                     order[i]->state = null ? Parameter::null : Parameter::empty;
                     if (i + 1 < order.size())
                         order[i + 1]->state = null ? Parameter::empty : Parameter::null;
-                    for (Parameter& row : rows)
-                        row.value = nothingToDo && row.kind == Parameter::integer ? 0 : row.value;
+                    for (Parameter& p : parameters)
+                        if (nothingToDo && p.kind == Parameter::integer)
+                            p.words[0] = 0;
                     const State before = state_;
                     const bool quickReturn = nothingToDo && (name_ == "SGEQP3" || name_ == "CGESDD");
-                    EXPECT_EQ(failure(), quickReturn ? ""
-                                         : null      ? "null"
-                                                     : "empty")
+                    const char* const expected = quickReturn ? "" : null ? "null" : "empty";
+                    EXPECT_EQ(failure(), expected)
                         << "array " << i + 1 << " in the order of asking, nothing to do: " << nothingToDo;
                     EXPECT_TRUE(state_ == before);
                     state_ = kept;
@@ -210,17 +193,46 @@ private:
     // What calls may write, and what they are given.
     struct State {
         std::vector<Parameter> parameters;
-        std::array<float, 2> result{};
-        bool operator==(const State&) const = default; // no NaN arises in what is computed here
-        bool same_but_for_info(State other) const {
-            if (other.parameters.back().kind == Parameter::info)
-                other.parameters.back().value = parameters.back().value;
-            return *this == other;
-        }
+        std::array<int, 2> result{};
+        bool operator==(const State&) const = default;
     };
 
-    bool has_offset(std::size_t i) const {
-        return i + 1 < state_.parameters.size() && state_.parameters[i + 1].kind == Parameter::offset;
+    // The next parameter, of type P. Ints are sizes, in front of all arrays; behind an array an offset, and then its
+    // leading dimension or increment, no two of them the same. An array of ints gets row numbers, from 1, that are
+    // pivots of a matrix of three rows and more.
+    template <class P>
+    Parameter parameter() {
+        const auto any = [&] { return std::bit_cast<int>(static_cast<float>(random_() % (1 << 24)) / (1 << 23) - 1); };
+        if constexpr (isArray<P>) {
+            using Element = std::remove_const_t<typename ElementOf<P>::Type>;
+            ++arrays_;
+            Parameter array{Parameter::array, std::vector<int>(1200), sizeof(Element) / sizeof(int)};
+            for (int k = 1; int& word : array.words)
+                word = std::is_same_v<Element, int> ? std::max(3, k++) : any();
+            return array;
+        } else if constexpr (std::is_same_v<P, int>) {
+            constexpr int sizes[] = {9, 7, 2, 1};
+            const bool mayHaveOffset = arrays_ == 1 || !(name_.ends_with("GESDD") || name_ == "SGEEV");
+            if (arrays_ == 0)
+                return {Parameter::integer, {sizes[sizes_++]}};
+            if (state_.parameters.back().kind == Parameter::array && mayHaveOffset)
+                return {Parameter::offset, {2 * arrays_ + 1}};
+            return {Parameter::integer, {20 + static_cast<int>(state_.parameters.size())}};
+        } else if constexpr (std::is_enum_v<P>) {
+            return {Parameter::option, {0}, 0, letters_of<P>(name_)};
+        } else if constexpr (std::is_same_v<P, char16_t>) {
+            return {Parameter::letter, {'N'}};
+        } else if constexpr (std::is_same_v<P, int&>) {
+            return {Parameter::info, {777}};
+        } else {
+            return {std::is_same_v<P, float&> ? Parameter::reference : Parameter::scalar, {any(), any()}};
+        }
+    }
+
+    // In elements; 0 of an array without one.
+    int offset_of(std::size_t array) const {
+        const auto& rows = state_.parameters;
+        return array + 1 < rows.size() && rows[array + 1].kind == Parameter::offset ? rows[array + 1].words[0] : 0;
     }
 
     std::string failure() {
@@ -234,132 +246,73 @@ private:
         return "";
     }
 
-    // An array of ints gets row numbers, from 1, that are pivots of a matrix of three rows and more.
     template <class P>
-    static void fill_with_pivots(Parameter& row) {
-        if constexpr (std::is_same_v<std::remove_const_t<typename ElementOf<P>::Type>, int>)
-            for (int k = 1; float& x : row.floats)
-                x = std::bit_cast<float>(std::max(3, k++));
-    }
-
-    template <class P>
-    static P host_argument(Parameter& row) {
+    static P host_argument(Parameter& p) {
+        auto* const floats = reinterpret_cast<float*>(p.words.data());
         if constexpr (isArray<P>) {
-            auto* data = reinterpret_cast<typename ElementOf<P>::Type*>(row.floats.data());
-            const std::size_t count = row.state == Parameter::empty ? 0 : row.floats.size() / row.elementFloats;
-            return row.state == Parameter::null ? P() : P(data, count);
+            auto* data = reinterpret_cast<typename ElementOf<P>::Type*>(p.words.data());
+            const std::size_t count = p.state == Parameter::empty ? 0 : p.words.size() / p.elementWords;
+            return p.state == Parameter::null ? P() : P(data, count);
         } else if constexpr (std::is_same_v<P, int> || std::is_enum_v<P>) {
-            return P{row.value};
+            return P{p.words[0]};
         } else if constexpr (std::is_same_v<P, char16_t>) {
-            return static_cast<char16_t>(row.value | 0x4E00); // native code looks at the low byte
+            return static_cast<char16_t>(p.words[0] | 0x4E00); // native code looks at the low byte
         } else if constexpr (std::is_same_v<P, SingleComplex>) {
-            return {row.floats[0], row.floats[1]};
+            return {floats[0], floats[1]};
         } else if constexpr (std::is_same_v<P, int&>) {
-            return row.value;
+            return p.words[0];
         } else {
-            return row.floats[0]; // by value or as a reference
+            return *floats; // by value or as a reference
         }
     }
 
-    template <class Interface, class R, class... P, std::size_t... I>
-    void call_host(Interface* object, R (Interface::*method)(P...), std::index_sequence<I...>) {
-        if constexpr (std::is_void_v<R>)
-            (object->*method)(host_argument<P>(state_.parameters[I])...);
-        else
-            store((object->*method)(host_argument<P>(state_.parameters[I])...));
+    template <class Result>
+    void store(Result result) {
+        std::memcpy(&state_.result, &result, sizeof result);
     }
-    void store(float result) { state_.result = {result, 0}; }
-    void store(int result) { state_.result = {static_cast<float>(result), 0}; }
-    void store(SingleComplex result) { state_.result = {result.Re(), result.Im()}; }
 
-    // The arguments in the native calling form; null where the method brings a work array.
-    std::vector<const void*> native_arguments() const {
-        std::vector<const void*> list;
+    // In the native calling form, without those that the method brings itself.
+    std::vector<void*> native_arguments() {
+        std::vector<void*> list;
+        if (hasComplexResult_)
+            list.push_back(&state_.result);
         for (std::size_t i = 0; i < state_.parameters.size(); ++i) {
-            const Parameter& row = state_.parameters[i];
-            const std::size_t offset = has_offset(i) ? static_cast<std::size_t>(state_.parameters[i + 1].value) : 0;
-            if (row.kind == Parameter::array)
-                list.push_back(row.floats.data() + offset * row.elementFloats);
-            else if (row.kind == Parameter::option)
-                list.push_back(row.text(row.value, name_));
-            else if (!row.floats.empty())
-                list.push_back(row.floats.data());
-            else if (row.kind != Parameter::offset)
-                list.push_back(&row.value);
+            Parameter& p = state_.parameters[i];
+            if (p.kind == Parameter::option)
+                list.push_back(const_cast<char*>(p.letters) + p.words[0]);
+            else if (p.kind != Parameter::offset)
+                list.push_back(p.words.data() + static_cast<std::size_t>(offset_of(i)) * p.elementWords);
         }
-        if (returnsComplex_)
-            list.insert(list.begin(), state_.result.data());
-        for (const int position : work_)
-            list.insert(list.begin() + position - 1, nullptr);
         return list;
     }
 
-    // Result: that of a guarded entry, else 0.
-    template <class R, class NativeR, class... N, std::size_t... I>
-    int call_native(NativeR (*native)(N...), const std::vector<const void*>& arguments, std::index_sequence<I...>) {
-        EXPECT_EQ(arguments.size(), sizeof...(N)) << name_;
-        std::vector<float> work(4000 * sizeof...(N)); // each array larger than it need be
-        const int length = 400;
-        const auto address = [&](std::size_t i, bool isSize) {
-            return arguments.at(i) ? arguments[i] : isSize ? static_cast<const void*>(&length) : &work[4000 * i];
-        };
-        const auto call = [&] {
-            return native(static_cast<N>(const_cast<void*>(address(I, std::is_same_v<N, const int*>)))...);
-        };
-        if constexpr (std::is_void_v<NativeR>)
-            call();
-        else if constexpr (std::is_void_v<R>)
-            return call();
-        else
-            store(call());
-        return 0;
-    }
-
     const std::string name_; // as reports show it
-    const std::vector<int> work_;
+    const bool hasResult_, hasComplexResult_;
+    std::minstd_rand random_;
+    int arrays_ = 0, sizes_ = 0; // parameters so far
     State state_;
-    bool returnsComplex_ = false;
     std::function<void()> host_;
-    std::function<int(const std::vector<const void*>&)> native_;
 };
 
-// The methods of one class, in the order of its virtual table.
-template <class Interface>
-class MethodTable {
-public:
-    explicit MethodTable(Interface* object) : object_(object) {}
-
-    template <class Method, class Native>
-    void check(const char* routine, Method method, Native* native, std::vector<int> ints, std::vector<int> work = {}) {
+// Checks methods of one class, each told with the routine's name and its native form, or null if it does not hand on
+// all that it is given. They are all there are, in the order of the virtual table.
+template <class Interface, class... Rows>
+void check_methods(Interface* object, const Rows&... rows) {
+    std::size_t last = 0;
+    const auto check = [&](const char* routine, auto method, auto native) {
         SCOPED_TRACE(routine);
-        stands_in_order(method);
-        MethodCheck check(routine, object_, method, native, std::move(ints), std::move(work));
-        check.asks_for_arrays_in_order();
-        check.agrees_with_native();
-    }
-
-    // A method that does not hand on all that it is given.
-    template <class Method>
-    void check_arrays(const char* routine, Method method, std::vector<int> ints) {
-        SCOPED_TRACE(routine);
-        stands_in_order(method);
-        MethodCheck(routine, object_, method, static_cast<void (*)()>(nullptr), std::move(ints), {})
-            .asks_for_arrays_in_order();
-    }
-
-private:
-    // A pointer to a virtual member begins with 1 plus its offset in the table.
-    template <class Method>
-    void stands_in_order(Method method) {
-        std::uintptr_t word = 0;
+        std::uintptr_t word = 0; // a pointer to a virtual member begins with 1 plus its offset in the table
         std::memcpy(&word, &method, sizeof word);
         const std::size_t slot = word / sizeof word;
-        EXPECT_TRUE(last_ == 0 || slot == last_ + 1) << "not where the virtual table has it";
-        last_ = slot;
-    }
-
-    Interface* object_;
-    std::size_t last_ = 0;
-};
+        EXPECT_TRUE(last == 0 || slot == last + 1) << "not where the virtual table has it";
+        last = slot;
+        MethodCheck one(routine, object, method);
+        one.asks_for_arrays_in_order();
+        if constexpr (!std::is_null_pointer_v<decltype(native)>)
+            one.agrees_with([&] { one.call_native(native); });
+    };
+    (std::apply(check, rows), ...);
+}
+#define METHOD(ROUTINE, method) std::make_tuple(#ROUTINE, &Class::method, ROUTINE)
 
 } // namespace qrv::test
