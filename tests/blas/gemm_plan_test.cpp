@@ -23,7 +23,8 @@ struct Blocks {
 // Runs the core, with operands packed by the plan's own routines where the mode wants them.
 template <class T>
 int run_core(const PlanBuild<T>& build, GemmMode mode, const Blocks& blocks, Call<T> v) {
-    GemmPlan<T> plan = build.loaded();
+    GemmPlan<T> plan{};
+    build.load(&plan);
     plan.mb = blocks.mb, plan.nb = blocks.nb, plan.kb = blocks.kb;
     std::unique_ptr<Packed<T>> a, b;
     if (givenA(mode)) {

@@ -31,21 +31,12 @@ TEST_OF_ELEMENTS(Gemvt, OnEveryBuild) {
                 }
                 for (const VectorBuild& build : vector_builds()) {
                     GuardedVector<T> newX = x, newY = y, newZ = z;
-                    const auto run = [&](auto kernel) {
-                        kernel(&m, &n, &tau, a.data(), &a.ld(), v.data(), newX.data(), &incx, newY.data(), &incy,
-                               newZ.data());
-                    };
-                    if constexpr (isComplex<T>)
-                        run(build.blas_cgemvt_kernel);
-                    else
-                        run(build.blas_sgemvt_kernel);
-                    const double allowed = 4 * unitRoundoff * (m + 8) * (n + 8);
-                    const auto near = [&](const GuardedVector<T>& found, const std::vector<Wide<T>>& expected) {
-                        return found.count_bad([&](int i, int, T e) {
-                            return std::abs(widen(e) - expected[std::size_t(i)]) <= allowed;
-                        }) == 0;
-                    };
-                    ASSERT_TRUE(near(newX, wideX) && near(newY, wideY) && near(newZ, wideZ))
+                    auto* const kernel = routine_for<T>(build.blas_sgemvt_kernel, build.blas_cgemvt_kernel);
+                    kernel(&m, &n, &tau, a.data(), &a.ld(), v.data(), newX.data(), &incx, newY.data(), &incy,
+                           newZ.data());
+                    const auto allowed = [&](std::size_t) { return 4 * unitRoundoff * (m + 8) * (n + 8); };
+                    ASSERT_TRUE(holds(newX, wideX, allowed) && holds(newY, wideY, allowed) &&
+                                holds(newZ, wideZ, allowed))
                         << build << ' ' << m << 'x' << n << " lda " << a.ld();
                 }
             }

@@ -83,25 +83,20 @@ TEST(Level1Rotations, SrotmgZeroesAndKeepsTheWeightedLength) {
 }
 
 TEST(Level1Rotations, SrotmgSpecialWeights) {
-    struct Case {
-        Srotmg given;
-        float flag;
-        bool zeroes; // H, d1, d2 and x1
-    };
-    const Case cases[] = {
-        {{-1, 1, 1, 1}, -1, true}, {{1, -4, 1, 1}, -1, true}, // a negative weight that would lead
-        {{1, 0, 2, 3}, -2, false}, {{1, 2, 3, 0}, -2, false}, // nothing to zero
-        {{4, -1, 1, 1}, 0, false},
+    const std::pair<Srotmg, float> cases[] = {
+        {{-1, 1, 1, 1}, -1}, {{1, -4, 1, 1}, -1}, // a negative weight that would lead: H, d1, d2 and x1 become 0
+        {{1, 0, 2, 3}, -2},  {{1, 2, 3, 0}, -2},  // nothing to zero
+        {{4, -1, 1, 1}, 0},
     };
     for (const VectorBuild& build : vector_builds())
-        for (const Case& p : cases) {
-            Srotmg result = p.given;
-            result.run(build);
-            const bool zero = result.d1 == 0 && result.d2 == 0 && result.x1 == 0 && result.param[1] == 0 &&
-                              result.param[2] == 0 && result.param[3] == 0 && result.param[4] == 0;
-            const bool same = result.d1 == p.given.d1 && result.d2 == p.given.d2 && result.x1 == p.given.x1;
-            EXPECT_TRUE(result.param[0] == p.flag && zero == p.zeroes && same == (p.flag == -2))
-                << build << ' ' << p.given << " gives " << result;
+        for (const auto& [given, flag] : cases) {
+            Srotmg p = given;
+            p.run(build);
+            const bool zero =
+                std::abs(p.d1) + std::abs(p.d2) + std::abs(p.x1) == 0 && std::count(p.param + 1, p.param + 5, 0.F) == 4;
+            const bool same = p.d1 == given.d1 && p.d2 == given.d2 && p.x1 == given.x1;
+            EXPECT_TRUE(p.param[0] == flag && zero == (flag == -1) && same == (flag == -2))
+                << build << ' ' << given << " gives " << p;
         }
 }
 

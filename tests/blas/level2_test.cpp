@@ -24,51 +24,37 @@ constexpr std::pair<int, int> large[] = {{64, 127},   {127, 64},  {128, 128}, {1
                                          {256, 256},  {1024, 33}, {33, 1025}, {2051, 10}, {10, 2051},
                                          {8195, 257}, {4099, 3},  {3, 4099},  {513, 513}};
 
-// Sizes that suit a routine with so many options: squares, but of general matrices.
-std::vector<std::pair<int, int>> sizes_for(const Operation& o, bool largeOnes, std::size_t options) {
-    std::vector<std::pair<int, int>> sizes;
+// Every option with every small size, and some of each with the large ones; squares, but of general matrices. Bands are
+// of any width, up to all of the matrix and more.
+template <class T>
+void check_sizes(const Routine<T>& routine, bool largeOnes, Turns& turns) {
+    const Operation& o = routine.operation;
+    const auto options = every_option<T>(o);
     const bool general = o.kind == Form::general;
-    for (int round = 0; largeOnes && round < (general ? 2 : 1); ++round)
-        for (const auto& [m, n] : large)
-            if (general || m <= 2051)
-                sizes.push_back({m, general ? n : m});
-    for (std::size_t round = 0; !largeOnes && round < (general ? std::size(small) : (o.banded ? 12 : 36) / options);
-         ++round)
-        for (const int n : small)
-            sizes.push_back({general ? small[round] : n, n});
-    return sizes;
-}
-
-void check_every_routine(bool largeOnes) {
-    Turns turns;
-    each_routine(true, [&]<class T>(const Routine<T>& routine) {
-        const Operation& o = routine.operation;
-        const auto options = every_option<T>(o);
-        for (const auto& [m, n] : sizes_for(o, largeOnes, options.size())) {
-            const int least = std::min(m, n);
-            std::vector<int> widths{0};
-            if (o.banded)
-                widths = least > 64 ? std::vector{1, 8, 40}
-                                    : std::vector{0, 1, 2, 3, 4, 5, 9, 17, 33, std::max(0, least - 1), least + 2};
-            for (const int k : widths) {
-                if (o.banded && o.kind == Form::general && !turns.one_in(4))
-                    continue;
-                for (Shape p : options) {
-                    const bool isLarge = m > 300 || n > 300;
-                    if (isLarge && !turns.one_in(m == n ? (unsigned(options.size()) + 1) / 2 : 2))
-                        continue;
-                    p.m = m, p.n = n, p.k = k, p.ku = turns.pick(widths);
-                    check_builds(routine, turns.vary(p, isLarge));
-                }
-            }
-        }
-    });
+    const auto check = [&](Shape p, int m, int n, bool isLarge) {
+        const int least = std::min(m, n);
+        const auto width = [&] {
+            return least > 64 ? turns.pick({1, 8, 40})
+                              : turns.pick({0, 1, 2, 3, 4, 5, 9, 17, 33, std::max(0, least - 1), least + 2});
+        };
+        p.m = m, p.n = n, p.k = o.banded ? width() : 0, p.ku = o.banded ? width() : 0;
+        check_builds(routine, turns.vary(p, isLarge));
+    };
+    for (std::size_t draw = 0; !largeOnes && draw < (o.banded ? 1700 : 500); ++draw)
+        check(options[draw / std::size(small) % options.size()], turns.pick(small), small[draw % std::size(small)],
+              false);
+    for (const auto& [m, n] : large)
+        for (const Shape& p : options)
+            if (largeOnes && (general || m <= 2051) && (m < 300 || turns.one_in(unsigned(options.size() + 1) / 2)))
+                check(p, m, general ? n : m, m > 300 || n > 300);
 }
 TEST(Level2, EveryRoutineOnEveryBuild) {
-    check_every_routine(false);
+    Turns turns;
+    each_routine(true, [&](const auto& routine) { check_sizes(routine, false, turns); });
 }
 TEST(Level2, LargeOnesOfEveryRoutine) {
-    check_every_routine(true);
+    Turns turns;
+    each_routine(true, [&](const auto& routine) { check_sizes(routine, true, turns); });
 }
 
 // Callers compare results of the same matrix in other places: passes that begin on a vector of memory sum alike.
@@ -90,97 +76,75 @@ TEST(Level2, ProductsDoNotDependOnThePlaceOfTheMatrix) {
 
 // ---- Parts for a team -----------------------------------------------------------------------------------------------
 
-// A band or a strip of columns, and the triangle that it leaves, are the whole update.
-TEST(Level2, UpdatesInParts) {
-    using enum Form::Kind;
-    Turns turns;
-    for (const int n : {1, 2, 5, 8, 16, 17, 33, 100, 300, 513})
-        for (const char uplo : {'U', 'L'})
-            for (const int rest : {0, 1, n / 3, n - n / 3})
-                for (const auto& [what, strip] :
-                     {std::pair{What::update, false}, {What::update2, false}, {What::update2, true}}) {
-                    Shape p = turns.vary({.uplo = uplo, .n = n});
-                    if (strip)
-                        p.incx = p.incy = 1;
-                    const int width = n - rest, skipped = strip && !is_upper(uplo) ? width : 0;
-                    for (const VectorBuild& build : vector_builds()) {
-                        const auto run = [&, what = what, strip = strip](const Call<float>& v) {
-                            // The first part of a vector that runs backwards is at its far end.
-                            const float* const x = v.a + skipped + (v.lda < 0 ? -v.lda * width : 0);
-                            const float* const y = v.b + skipped + (v.ldb < 0 ? -v.ldb * width : 0);
-                            float* const left = v.c + (std::ptrdiff_t{v.ldc} + 1) * skipped;
-                            float* const band = v.c + std::ptrdiff_t{is_upper(uplo) ? v.ldc : 1} * rest;
-                            if (what == What::update) {
-                                build.blas_ssyr_kernel(&v.uplo, &rest, &v.alpha, x, &v.lda, left, &v.ldc);
-                                return build.blas_ssyr_band_kernel(&v.uplo, &width, &n, &v.alpha, v.a, &v.lda, band,
-                                                                   &v.ldc);
-                            }
-                            build.blas_ssyr2_kernel(&v.uplo, &rest, &v.alpha, x, &v.lda, y, &v.ldb, left, &v.ldc);
-                            if (strip)
-                                build.blas_ssyr2_strip(&uplo, &n, &width, &v.alpha, v.a, &v.lda, v.b, &v.ldb, v.c,
-                                                       &v.ldc);
-                            else
-                                build.blas_ssyr2_band_kernel(&v.uplo, &width, &n, &v.alpha, v.a, &v.lda, v.b, &v.ldb,
-                                                             band, &v.ldc);
-                        };
-                        Problem<float>({what, symmetric, true}, p).check(run, build.name);
-                    }
-                }
+// The order of the triangle that is left to another part.
+template <class T>
+int rest_of(const Call<T>& v) {
+    const int orders[] = {0, 1, v.n / 3, v.n - v.n / 3};
+    return std::min(v.n, orders[static_cast<unsigned>(v.lda + v.ldc) % 4]);
 }
 
-// Columns of a symmetric matrix with their mirror images, all others NaN: what is not of the strip is not read.
-TEST(Level2, StripsOfSymmetricMatrices) {
-    Turns turns;
-    const int unit = 1;
-    for (const int n : {1, 2, 5, 16, 17, 33, 100, 301, 600})
-        for (const char uplo : {'U', 'L'})
-            for (const int columns : {0, 1, n / 3, n})
-                for (const float beta : {0.F, 1.F, 0.5F}) {
-                    Shape p = turns.vary({.uplo = uplo, .n = n});
-                    p.alpha = -0.75F, p.beta = beta, p.incx = p.incy = unit;
-                    Problem<float> problem({What::product, Form::symmetric, true}, p);
-                    Operand<float> strip = problem.a;
-                    for (const auto& [a, outside] : {std::pair{&strip, nan}, {&problem.a, 0.F}})
-                        a->set([&, a = a, outside = outside](int i, int j) {
-                            const bool inside = is_upper(uplo) ? j >= n - columns : j < columns;
-                            return inside ? (*a)(i, j) : outside;
-                        });
-                    for (const VectorBuild& build : vector_builds())
-                        problem.check(
-                            [&](const Call<float>& v) {
-                                build.blas_ssymv_strip(&uplo, &n, &columns, &v.alpha, strip.data(), &strip.ld(), v.b,
-                                                       &unit, &v.beta, v.c, &unit);
-                            },
-                            build.name);
-                }
+// A band, or a strip of columns, and the rest.
+template <What what>
+void update_in_parts(const VectorBuild& build, const Call<float>& v) {
+    const bool upper = is_upper(v.uplo), strip = what == What::update2 && v.lda == 1 && v.ldb == 1 && v.n % 2 == 1;
+    const int rest = rest_of(v), width = v.n - rest, skipped = strip && !upper ? width : 0;
+    // The first part of a vector that runs backwards is at its far end.
+    const float* const x = v.a + skipped + (v.lda < 0 ? -v.lda * width : 0);
+    const float* const y = v.b + skipped + (v.ldb < 0 ? -v.ldb * width : 0);
+    float* const left = v.c + (std::ptrdiff_t{v.ldc} + 1) * skipped;
+    float* const band = v.c + std::ptrdiff_t{upper ? v.ldc : 1} * rest;
+    if (what == What::update) {
+        build.blas_ssyr_kernel(&v.uplo, &rest, &v.alpha, x, &v.lda, left, &v.ldc);
+        return build.blas_ssyr_band_kernel(&v.uplo, &width, &v.n, &v.alpha, v.a, &v.lda, band, &v.ldc);
+    }
+    build.blas_ssyr2_kernel(&v.uplo, &rest, &v.alpha, x, &v.lda, y, &v.ldb, left, &v.ldc);
+    if (strip)
+        build.blas_ssyr2_strip(upper ? "U" : "L", &v.n, &width, &v.alpha, v.a, &v.lda, v.b, &v.ldb, v.c, &v.ldc);
+    else
+        build.blas_ssyr2_band_kernel(&v.uplo, &width, &v.n, &v.alpha, v.a, &v.lda, v.b, &v.ldb, band, &v.ldc);
+}
+
+// Columns of a symmetric matrix with their mirror images, and the rest.
+void product_in_strips(const VectorBuild& build, const Call<float>& v) {
+    const bool upper = is_upper(v.uplo);
+    const int rest = rest_of(v), columns = v.n - rest, first = upper ? 0 : columns;
+    if (v.ldb != 1 || v.ldc != 1 || v.alpha == 0) // for which there are none
+        return build.blas_ssymv_kernel(QRV_SYMV_OF(v));
+    build.blas_ssymv_strip(upper ? "U" : "L", &v.n, &columns, &v.alpha, v.a, &v.lda, v.b, &v.ldb, &v.beta, v.c, &v.ldc);
+    const float one = 1, *const corner = v.a + (std::ptrdiff_t{v.lda} + 1) * first;
+    build.blas_ssymv_kernel(&v.uplo, &rest, &v.alpha, corner, &v.lda, v.b + first, &v.ldb, &one, v.c + first, &v.ldc);
 }
 
 // Some elements of a triangular product, from a copy of x, at either end of the triangle and inside.
-TEST_OF_ELEMENTS(Level2, TriangularProductsByBands) {
-    const Operation operation{What::inPlace, Form::triangular, true};
+template <class T>
+void triangular_product_in_bands(const VectorBuild& build, const Call<T>& v) {
+    auto* const band = routine_for<T>(build.blas_strmv_band_kernel, build.blas_ctrmv_band_kernel);
+    const int n = v.n, inc = v.ldc, farEnd = inc < 0 ? (1 - n) * inc : 0;
+    const bool transposed = is_transposed(v.trans), fromDiagonal = is_upper(v.uplo) != transposed;
+    GuardedVector<T> x(n, 1, 0, v.lda % 2 ? Guard::pageBehind : Guard::pageInFront);
+    x.set([&](int i, int) { return v.c[std::ptrdiff_t{i} * inc + farEnd]; });
+    for (const auto& [first, end] : {std::pair{0, n / 4}, {n / 4, n - n / 3}, {n - n / 3, n}}) {
+        const int count = end - first, from = fromDiagonal ? first : 0, length = fromDiagonal ? n - first : end;
+        const std::ptrdiff_t row = transposed ? from : first, column = transposed ? first : from;
+        if (count > 0)
+            band(&v.uplo, &v.trans, &v.diag, &count, &length, v.a + row + v.lda * column, &v.lda, x.data() + from,
+                 v.c + std::ptrdiff_t{inc < 0 ? end - 1 : first} * inc + farEnd, &v.ldc);
+    }
+}
+
+TEST(Level2, InParts) {
+    using enum What;
     Turns turns;
-    for (const int n : {1, 2, 5, 8, 16, 17, 33, 100, 300})
-        for (Shape p : every_option<T>(operation)) {
-            p.n = n;
-            const Problem<T> problem(operation, turns.vary(p));
-            GuardedVector<T> x(n, 1, 3, turns.pick({Guard::pageBehind, Guard::pageInFront, Guard::canaries}));
-            x.set(problem.before);
-            for (const VectorBuild& build : vector_builds()) {
-                auto* const band = routine_for<T>(build.blas_strmv_band_kernel, build.blas_ctrmv_band_kernel);
-                Operand<T> y = problem.before;
-                const bool transposed = is_transposed(problem.p.trans), fromDiagonal = is_upper(p.uplo) != transposed;
-                for (const auto& [first, end] : {std::pair{0, n / 4}, {n / 4, n - n / 3}, {n - n / 3, n}}) {
-                    const int count = end - first, from = fromDiagonal ? first : 0;
-                    const int length = fromDiagonal ? n - first : end;
-                    if (count == 0)
-                        continue;
-                    const T& corner = transposed ? problem.a(from, first) : problem.a(first, from);
-                    band(&problem.p.uplo, &problem.p.trans, &problem.p.diag, &count, &length, &corner, &problem.a.ld(),
-                         x.data() + from, &y(problem.p.incx < 0 ? end - 1 : first, 0), &y.ld());
-                }
-                EXPECT_TRUE(problem.right(y)) << build << ' ' << problem.p;
-            }
-        }
+    const auto check = [&]<class T>(const Routine<T>& routine) {
+        check_sizes(routine, false, turns);
+        check_sizes(routine, true, turns);
+    };
+    check(Routine<float>{"ssyr", {update, Form::symmetric, true}, update_in_parts<update>});
+    check(Routine<float>{"ssyr2", {update2, Form::symmetric, true}, update_in_parts<update2>});
+    check(Routine<float>{"ssymv", {product, Form::symmetric, true}, product_in_strips});
+    for_both_elements([&]<class T>() {
+        check(Routine<T>{"trmv", {inPlace, Form::triangular, true}, triangular_product_in_bands<T>});
+    });
 }
 
 // ---- Numbers that are told apart ------------------------------------------------------------------------------------

@@ -1,6 +1,7 @@
 // What the kernels do at the ends: sizes near the largest int, and how much stack they take.
 #include <climits>
 #include <gtest/gtest.h>
+#include <memory>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -14,27 +15,18 @@
 namespace qrv::test {
 namespace {
 
-// Addresses that all lie over the same memory of 2 MB, full of zeros.
-class Repeated {
-public:
-    explicit Repeated(std::size_t bytes) : reserved_(bytes + piece, false), file_(memfd_create("repeated", 0)) {
-        bool good = reserved_.ok() && ftruncate(file_, piece) == 0;
-        for (std::size_t at = 0; good && at < bytes; at += piece)
-            good = mmap(reinterpret_cast<char*>(floats()) + at, piece, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_FIXED,
-                        file_, 0) != MAP_FAILED;
-        ok_ = good;
-    }
-    Repeated(const Repeated&) = delete;
-    ~Repeated() { close(file_); }
-    bool ok() const { return ok_; }
-    float* floats() const { return reserved_.floats(); }
-
-private:
-    static constexpr std::size_t piece = 2 << 20;
-    Reserved reserved_;
-    int file_;
-    bool ok_;
-};
+// Addresses that all lie over the same memory of 2 MB, full of zeros; null if there are none.
+std::unique_ptr<Reserved> repeated(std::size_t bytes) {
+    constexpr std::size_t piece = 2 << 20;
+    auto addresses = std::make_unique<Reserved>(bytes + piece, false);
+    const int file = memfd_create("repeated", 0);
+    bool good = addresses->ok() && ftruncate(file, piece) == 0;
+    for (std::size_t at = 0; good && at < bytes; at += piece)
+        good = mmap(reinterpret_cast<char*>(addresses->floats()) + at, piece, PROT_READ | PROT_WRITE,
+                    MAP_SHARED | MAP_FIXED, file, 0) != MAP_FAILED;
+    close(file);
+    return good ? std::move(addresses) : nullptr;
+}
 
 // ---- Sizes ----------------------------------------------------------------------------------------------------------
 
@@ -66,14 +58,14 @@ TEST(Limits, LongestWalks) {
 #endif
     if (sizeof(void*) == 4)
         GTEST_SKIP() << "no room for such a vector";
-    const Repeated b(std::size_t{INT_MAX} * sizeof(float));
-    if (build.cpuType == 0 || !b.ok())
+    const auto zeros = repeated(std::size_t{INT_MAX} * sizeof(float));
+    if (build.cpuType == 0 || !zeros)
         GTEST_SKIP() << "they take too long, or there are no such addresses";
     const int most = INT_MAX, one = 1, none = 0;
     const float alpha = 2, zero = 0, beta = 1;
-    float c = 3;
-    build.blas_sgemv_kernel("T", &most, &one, &alpha, b.floats(), &most, b.floats(), &one, &beta, &c, &one);
-    build.blas_strsm_kernel("R", "U", "N", "U", &most, &one, &beta, &zero, &one, b.floats(), &most);
+    float c = 3, *const b = zeros->floats();
+    build.blas_sgemv_kernel("T", &most, &one, &alpha, b, &most, b, &one, &beta, &c, &one);
+    build.blas_strsm_kernel("R", "U", "N", "U", &most, &one, &beta, &zero, &one, b, &most);
     if (build.form != VectorForm::sse) {
         build.blas_sgemv_kernel("T", &one, &most, &alpha, &zero, &none, &beta, &one, &beta, &c, &none);
         build.blas_ssyr2k_kernel("U", "N", &one, &most, &alpha, &zero, &none, &zero, &none, &beta, &c, &one);

@@ -45,16 +45,13 @@ TEST(Slices, CoverEverythingOnce) {
             for (const bool byWork : {false, true})
                 for (const Side side : {Side::left, Side::right}) {
                     const bool left = side == Side::left;
-                    expect_cover("matrix", n, team,
-                                 !byWork ? 1
-                                 : left  ? 4
-                                         : 16,
-                                 [&](int part) {
-                                     const auto [row, column, rows, columns] =
-                                         matrix_slice({side, left ? 7 : n, left ? n : 7, 0}, byWork, team, part);
-                                     EXPECT_TRUE(left ? row == 0 && rows == 7 : column == 0 && columns == 7);
-                                     return left ? Slice{column, columns} : Slice{row, rows};
-                                 });
+                    const int tile = left ? 4 : 16;
+                    expect_cover("matrix", n, team, byWork ? tile : 1, [&](int part) {
+                        const auto [row, column, rows, columns] =
+                            matrix_slice({side, left ? 7 : n, left ? n : 7, 0}, byWork, team, part);
+                        EXPECT_TRUE(left ? row == 0 && rows == 7 : column == 0 && columns == 7);
+                        return left ? Slice{column, columns} : Slice{row, rows};
+                    });
                 }
             for (const Uplo uplo : {Uplo::upper, Uplo::lower})
                 expect_cover("trapezoids", n, team, 1, [&](int part) {

@@ -14,37 +14,31 @@ struct Entry {
     void (*call)(const Call<T>& v);
 };
 
+#define QRV_ENTRY(real, complex, ...) [](const Call<T>& v) { routine_for<T>(real, complex)(__VA_ARGS__); }
+
 template <class T>
 std::vector<Entry<T>> entries() {
     using enum What;
-    constexpr auto kind = isComplex<T> ? Form::hermitian : Form::symmetric;
-    constexpr bool conjugated = isComplex<T>;
+    constexpr auto kind = isComplex<T> ? Form::hermitian : Form::symmetric, triangular = Form::triangular;
+    const auto packed = [](What what, Form::Kind form) {
+        return Operation{.what = what, .kind = form, .vectors = true, .packed = true};
+    };
     std::vector<Entry<T>> list = {
-        {"spmv",
-         {product, kind, true, false, conjugated, true},
-         [](const Call<T>& v) {
-             routine_for<T>(SSPMV, CHPMV)(&v.uplo, &v.n, &v.alpha, v.a, v.b, &v.ldb, &v.beta, v.c, &v.ldc);
-         }},
-        {"tpmv",
-         {inPlace, Form::triangular, true, false, false, true},
-         [](const Call<T>& v) { routine_for<T>(STPMV, CTPMV)(&v.uplo, &v.trans, &v.diag, &v.n, v.a, v.c, &v.ldc); }},
-        {"tpsv",
-         {solve, Form::triangular, true, false, false, true},
-         [](const Call<T>& v) { routine_for<T>(STPSV, CTPSV)(&v.uplo, &v.trans, &v.diag, &v.n, v.a, v.c, &v.ldc); }},
-        {"spr",
-         {update, kind, true, false, conjugated, true},
-         [](const Call<T>& v) { routine_for<T>(SSPR, CHPR)(&v.uplo, &v.n, real_part(v.alpha), v.a, &v.lda, v.c); }},
-        {"spr2",
-         {update2, kind, true, false, conjugated, true},
-         [](const Call<T>& v) {
-             routine_for<T>(SSPR2, CHPR2)(&v.uplo, &v.n, &v.alpha, v.a, &v.lda, v.b, &v.ldb, v.c);
-         }},
+        {"spmv", packed(product, kind),
+         QRV_ENTRY(SSPMV, CHPMV, &v.uplo, &v.n, &v.alpha, v.a, v.b, &v.ldb, &v.beta, v.c, &v.ldc)},
+        {"tpmv", packed(inPlace, triangular),
+         QRV_ENTRY(STPMV, CTPMV, &v.uplo, &v.trans, &v.diag, &v.n, v.a, v.c, &v.ldc)},
+        {"tpsv", packed(solve, triangular),
+         QRV_ENTRY(STPSV, CTPSV, &v.uplo, &v.trans, &v.diag, &v.n, v.a, v.c, &v.ldc)},
+        {"spr", packed(update, kind), QRV_ENTRY(SSPR, CHPR, &v.uplo, &v.n, real_part(v.alpha), v.a, &v.lda, v.c)},
+        {"spr2", packed(update2, kind),
+         QRV_ENTRY(SSPR2, CHPR2, &v.uplo, &v.n, &v.alpha, v.a, &v.lda, v.b, &v.ldb, v.c)},
     };
     if constexpr (isComplex<T>) {
         list.push_back({"gbmv", {product, Form::general, true, true}, [](const auto& v) { CGBMV(QRV_GBMV_OF(v)); }});
         list.push_back({"hbmv", {product, kind, true, true}, [](const auto& v) { CHBMV(QRV_SBMV_OF(v)); }});
-        list.push_back({"tbmv", {inPlace, Form::triangular, true, true}, [](const auto& v) { CTBMV(QRV_TBMV_OF(v)); }});
-        list.push_back({"tbsv", {solve, Form::triangular, true, true}, [](const auto& v) { CTBSV(QRV_TBMV_OF(v)); }});
+        list.push_back({"tbmv", {inPlace, triangular, true, true}, [](const auto& v) { CTBMV(QRV_TBMV_OF(v)); }});
+        list.push_back({"tbsv", {solve, triangular, true, true}, [](const auto& v) { CTBSV(QRV_TBMV_OF(v)); }});
     }
     return list;
 }

@@ -20,7 +20,24 @@ std::string text(const X& x) {
 
 // ---- Busy cores ----------------------------------------------------------------------------------------------------
 
-TEST(TeamsOnBusyCores, GiveWayAfterALossAndForAWhile) {
+// With dynamic adjustment, unless teams are limited.
+class TeamsOnBusyCores : public testing::Test {
+protected:
+    void SetUp() override {
+        if (omp_get_thread_limit() < 8 || omp_get_dynamic())
+            GTEST_SKIP() << "teams are limited";
+        qrv_serv_set_dynamic(1);
+    }
+    void TearDown() override {
+        qrv_serv_set_dynamic(before_);
+        aloneUntil = 0;
+    }
+
+private:
+    const int before_ = qrv_serv_get_dynamic();
+};
+
+TEST_F(TeamsOnBusyCores, GiveWayAfterALossAndForAWhile) {
     EXPECT_EQ(ticks_alone(2, 40000, leastDelay), 0) << "no time slice";
     EXPECT_GT(ticks_alone(2, 40000, leastDelay + 1), leastDelay);
     EXPECT_EQ(ticks_alone(64, 200000, 12800000), 0) << "one thread takes as long";
@@ -28,25 +45,8 @@ TEST(TeamsOnBusyCores, GiveWayAfterALossAndForAWhile) {
     EXPECT_TRUE(is_alone(longestAlone, 0) && !is_alone(longestAlone, longestAlone) && !is_alone(longestAlone, -1));
 }
 
-class DynamicAdjustment {
-public:
-    explicit DynamicAdjustment(int on) : before_(qrv_serv_get_dynamic()) { qrv_serv_set_dynamic(on); }
-    ~DynamicAdjustment() {
-        qrv_serv_set_dynamic(before_);
-        aloneUntil = 0;
-    }
-    DynamicAdjustment(const DynamicAdjustment&) = delete;
-    DynamicAdjustment& operator=(const DynamicAdjustment&) = delete;
-
-private:
-    int before_;
-};
-
 // Whoever of the two comes late. Other work may hold up the other one too, which tells nothing.
-TEST(TeamsOnBusyCores, ATeamThatWasWaitedForIsNotFormedAgain) {
-    if (omp_get_thread_limit() < 8 || omp_get_dynamic())
-        GTEST_SKIP() << "teams are limited";
-    const DynamicAdjustment dynamic(1);
+TEST_F(TeamsOnBusyCores, ATeamThatWasWaitedForIsNotFormedAgain) {
     for (const int late : {0, 1}) {
         aloneUntil = 0;
         for (int tries = 0; tries < 20 && aloneUntil == 0; ++tries)
@@ -73,37 +73,33 @@ TEST(TeamsOnBusyCores, ATeamThatWasWaitedForIsNotFormedAgain) {
 
 constexpr std::pair<int, int> increments[] = {{1, 1}, {2, 3}, {-1, 1}, {1, -2}, {-3, -1}};
 
-template <class T>
-void add_vector_cases(std::vector<TeamCase>& cases, std::initializer_list<int> lengths,
-                      std::initializer_list<int> decided) {
-    for (const VectorRoutine<T>& routine : vector_routines<T>()) {
-        if (!routine.row)
-            continue;
-        const auto add = [&](const VectorShape& p, bool decides) {
-            cases.push_back({text(p) + ' ' + routine.name,
-                             [=](int team, bool) {
-                                 return comes_out_exactly(routine, p, [&](const VectorCall<T>& v) {
-                                     return decides ? routine.decided(v) : routine.on_team(&team, v);
-                                 });
-                             },
-                             nullptr});
-            if (decides)
-                cases.back().threads = [=] { return vector_threads(*routine.row, p.n, p.incx, p.incy, ThisMachine{}); };
-        };
-        for (const int n : lengths)
-            for (const auto& [incx, incy] : increments)
-                add({.n = n, .incx = incx, .incy = incy}, false);
-        for (const int n : decided)
-            for (const auto& [incx, incy] : increments)
-                add({.n = n, .incx = incx, .incy = incy}, true);
-        if (decided.size() > 0 && routine.row != &srotRow) // which would round n times
-            add({.n = 7000, .incx = 0}, true);
-    }
-}
 std::vector<TeamCase> level1_cases(std::initializer_list<int> lengths, std::initializer_list<int> decided) {
     std::vector<TeamCase> cases;
-    add_vector_cases<float>(cases, lengths, decided);
-    add_vector_cases<SingleComplex>(cases, lengths, decided);
+    for_both_elements([&]<class T>() {
+        for (const VectorRoutine<T>& routine : vector_routines<T>()) {
+            if (!routine.row)
+                continue;
+            const auto add = [&](const VectorShape& p, bool decides) {
+                const auto right = [=](int team, bool) {
+                    return comes_out_exactly(routine, p, [&](const VectorCall<T>& v) {
+                        return decides ? routine.decided(v) : routine.on_team(&team, v);
+                    });
+                };
+                const auto threads = [=] { return vector_threads(*routine.row, p.n, p.incx, p.incy, ThisMachine{}); };
+                cases.push_back({text(p) + ' ' + routine.name, right, nullptr});
+                if (decides)
+                    cases.back().threads = threads;
+            };
+            for (const auto& [incx, incy] : increments) {
+                for (const int n : lengths)
+                    add({.n = n, .incx = incx, .incy = incy}, false);
+                for (const int n : decided)
+                    add({.n = n, .incx = incx, .incy = incy}, true);
+            }
+            if (decided.size() > 0 && routine.row != &srotRow) // which would round n times
+                add({.n = 7000, .incx = 0}, true);
+        }
+    });
     return cases;
 }
 
@@ -138,19 +134,17 @@ TEST(Level1Team, PartialResultsAreAddedInExtendedPrecision) {
 
 // The partial results of a team beyond 128 threads stand in work memory.
 TEST(Level1Team, PartialResultsOfLargeTeams) {
-    const auto check = [](const auto& routines, int team) {
-        for (const auto& routine : routines)
-            if (routine.sums() && routine.on_team) {
-                EXPECT_TRUE(comes_out_exactly(routine, {.n = 1100, .incy = -2},
-                                              [&](const auto& v) { return routine.on_team(&team, v); }))
-                    << routine.name << " on " << team;
-            }
-    };
     for (const int team : {128, 129, 130})
         for (const std::size_t refused : {std::size_t{0}, anySize}) {
             const WorkMemoryProbe probe(0, refused);
-            check(vector_routines<float>(), team);
-            check(vector_routines<SingleComplex>(), team);
+            for_both_elements([&]<class T>() {
+                for (const VectorRoutine<T>& routine : vector_routines<T>())
+                    if (routine.sums() && routine.on_team) {
+                        EXPECT_TRUE(comes_out_exactly(routine, {.n = 1100, .incy = -2},
+                                                      [&](const auto& v) { return routine.on_team(&team, v); }))
+                            << routine.name << " on " << team;
+                    }
+            });
             EXPECT_EQ(probe.refusals() > 0, refused > 0 && team > 128) << team;
         }
 }
@@ -281,37 +275,34 @@ std::vector<NamedWay<T>> large_ways() {
     return ways;
 }
 
-template <class T>
-void add_gemm_cases(std::vector<TeamCase>& cases, std::initializer_list<GemmSize> few) {
-    Turns turns;
-    const std::vector<Shape> options = every_option<T>({What::product});
-    const auto add = [&](const GemmSize& s, const std::vector<NamedWay<T>>& ways, bool scaledOnly = false) {
-        Shape p = turns.pick(options);
-        p.m = s.m, p.n = s.n, p.k = s.k;
-        p = turns.vary(p, !scaledOnly);
-        if (scaledOnly)
-            p.alpha = 0;
-        const auto problem = std::make_shared<const GemmCase<T>>(p);
-        for (const NamedWay<T>& way : ways)
-            cases.push_back(case_of<T>(way.name, problem, way.run));
-    };
-    const std::vector<NamedWay<T>> smallWay{
-        {"small region", [](int team, const Call<T>& v) { gemm_small_region(problem_of(v), team); }},
-        {"grid", [](int team, const Call<T>& v) { gemm_grid_region(problem_of(v), team); }}};
-    if (few.size() == 0) {
-        for (const GemmSize& s : small)
-            add(s, smallWay);
-        for (const GemmSize& s : large)
-            add(s, large_ways<T>()), add({s.m, s.n, s.k}, large_ways<T>(), s.k < 100);
-    }
-    add({40, 45, 30}, smallWay);
-    for (const GemmSize& s : few)
-        add(s, large_ways<T>());
-}
 std::vector<TeamCase> gemm_cases(std::initializer_list<GemmSize> few) {
     std::vector<TeamCase> cases;
-    add_gemm_cases<float>(cases, few);
-    add_gemm_cases<SingleComplex>(cases, few);
+    for_both_elements([&]<class T>() {
+        Turns turns;
+        const std::vector<Shape> options = every_option<T>({What::product});
+        const auto add = [&](const GemmSize& s, const std::vector<NamedWay<T>>& ways, bool scaledOnly = false) {
+            Shape p = turns.pick(options);
+            p.m = s.m, p.n = s.n, p.k = s.k;
+            p = turns.vary(p, !scaledOnly);
+            if (scaledOnly)
+                p.alpha = 0;
+            const auto problem = std::make_shared<const GemmCase<T>>(p);
+            for (const NamedWay<T>& way : ways)
+                cases.push_back(case_of<T>(way.name, problem, way.run));
+        };
+        const std::vector<NamedWay<T>> smallWay{
+            {"small region", [](int team, const Call<T>& v) { gemm_small_region(problem_of(v), team); }},
+            {"grid", [](int team, const Call<T>& v) { gemm_grid_region(problem_of(v), team); }}};
+        if (few.size() == 0) {
+            for (const GemmSize& s : small)
+                add(s, smallWay);
+            for (const GemmSize& s : large)
+                add(s, large_ways<T>()), add(s, large_ways<T>(), s.k < 100);
+        }
+        add({40, 45, 30}, smallWay);
+        for (const GemmSize& s : few)
+            add(s, large_ways<T>());
+    });
     return cases;
 }
 const TeamFamily products{
@@ -322,10 +313,7 @@ const TeamFamily products{
 INSTANTIATE_TEST_SUITE_P(Gemm, Team, testing::Values(products));
 
 // On busy cores the caller does the parts of all, with the bits of the team.
-TEST(TeamsOnBusyCores, BitsOfTheTeam) {
-    if (omp_get_thread_limit() < 8 || omp_get_dynamic())
-        GTEST_SKIP() << "teams are limited";
-    const DynamicAdjustment dynamic(1);
+TEST_F(TeamsOnBusyCores, BitsOfTheTeam) {
     const auto go_alone = [] {
         aloneUntil = ticks_now() + longestAlone;
         largestTeam = 0;

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -80,14 +81,9 @@ enum class Kind { text, whole, real, complex };
 template <class Pointer>
 constexpr Kind kind_of() {
     using Element = std::remove_const_t<std::remove_pointer_t<Pointer>>;
-    if constexpr (std::is_same_v<Element, char>)
-        return Kind::text;
-    else if constexpr (std::is_same_v<Element, int>)
-        return Kind::whole;
-    else if constexpr (std::is_same_v<Element, float>)
-        return Kind::real;
-    else
-        return std::is_same_v<Element, qrv_complex> ? Kind::complex : throw "a type without words";
+    constexpr bool isText = std::is_same_v<Element, char>, isReal = std::is_same_v<Element, float>;
+    static_assert(isText || isReal || std::is_same_v<Element, int> || std::is_same_v<Element, qrv_complex>);
+    return isText ? Kind::text : isReal ? Kind::real : std::is_same_v<Element, int> ? Kind::whole : Kind::complex;
 }
 
 // Memory from a line of the caches on: where arrays lie must not tell calls apart.
@@ -106,12 +102,12 @@ struct OnLines {
 class Argument {
 public:
     Argument(Kind kind, const std::string& word, const std::string& next) : kind_(kind), word_(word) {
-        if (kind == Kind::text)
-            memory_.assign(word.c_str(), word.c_str() + word.size() + 1);
-        if (word == "~")
-            memory_[0] = '\0';
-        if (kind == Kind::text)
+        if (kind == Kind::text) {
+            memory_.resize(word.size() / sizeof(int) + 1);
+            if (word != "~")
+                std::memcpy(memory_.data(), word.data(), word.size());
             return;
+        }
         next_ = static_cast<std::size_t>(std::abs(std::strtol(next.c_str(), nullptr, 10)));
         if (is_array())
             fill();
@@ -123,15 +119,11 @@ public:
     void* address() { return memory_.data(); }
     const void* address() const { return memory_.data(); }
     bool touched() const {
-        const std::size_t first = word_[0] == 'w' ? element_size() : 0;
+        const auto first = static_cast<std::ptrdiff_t>(word_[0] == 'w' ? parts() : 0);
         return kind_ != Kind::text && is_array() &&
-               std::memcmp(memory_.data() + first, before_.data() + first, before_.size() - first) != 0;
+               !std::equal(memory_.begin() + first, memory_.end(), before_.begin() + first);
     }
-    int value() const {
-        int x;
-        std::memcpy(&x, memory_.data(), sizeof x);
-        return x;
-    }
+    int value() const { return memory_[0]; }
     // Of a matrix: how far its elements are from those of another call, against the largest; and its norm from the
     // other's.
     struct Distance {
@@ -141,35 +133,28 @@ public:
         double largest = 1e-30, distance = 0, squares = 0, otherSquares = 0;
         if (!is_floating() || !is_matrix())
             return {};
-        for (std::size_t k = 0; k < memory_.size(); k += sizeof(float)) {
-            float x, y;
-            std::memcpy(&x, memory_.data() + k, sizeof x);
-            std::memcpy(&y, other.memory_.data() + k, sizeof y);
-            largest = std::max({largest, std::abs(double{x}), std::abs(double{y})});
-            distance = std::max(distance, std::abs(double{x} - y));
-            squares += double{x} * x;
-            otherSquares += double{y} * y;
+        for (std::size_t k = 0; k < memory_.size(); ++k) {
+            const double x = std::bit_cast<float>(memory_[k]), y = std::bit_cast<float>(other.memory_[k]);
+            largest = std::max({largest, std::abs(x), std::abs(y)});
+            distance = std::max(distance, std::abs(x - y));
+            squares += x * x;
+            otherSquares += y * y;
         }
         const double nanIfAny = 0 * squares; // maxima pass over NaN
         return {distance / largest + nanIfAny, std::abs(std::sqrt(squares / otherSquares) - 1)};
     }
     bool is_finite() const {
-        for (std::size_t k = 0; k < memory_.size(); k += sizeof(float)) {
-            float x;
-            std::memcpy(&x, memory_.data() + k, sizeof x);
-            if (!std::isfinite(x))
-                return false;
-        }
-        return true;
+        return std::all_of(memory_.begin(), memory_.end(),
+                           [](int x) { return std::isfinite(std::bit_cast<float>(x)); });
     }
     bool same_bits(const Argument& other) const { return memory_ == other.memory_; }
     bool is_floating() const { return kind_ == Kind::real || kind_ == Kind::complex; }
     void store(std::size_t k, double value, double imaginary = 0) {
-        const int whole = kind_ == Kind::whole ? static_cast<int>(value) : 0;
-        const float parts[] = {static_cast<float>(value), static_cast<float>(imaginary)};
-        const std::size_t size = element_size();
-        memory_.resize(std::max(memory_.size(), (k + 1) * size));
-        std::memcpy(memory_.data() + k * size, kind_ == Kind::whole ? static_cast<const void*>(&whole) : parts, size);
+        const auto bits = [](double x) { return std::bit_cast<int>(static_cast<float>(x)); };
+        memory_.resize(std::max(memory_.size(), (k + 1) * parts()));
+        memory_[k * parts()] = kind_ == Kind::whole ? static_cast<int>(value) : bits(value);
+        if (kind_ == Kind::complex)
+            memory_[k * parts() + 1] = bits(imaginary);
     }
 
     // Every step-th element from `first` on.
@@ -178,7 +163,7 @@ public:
     };
     // One element, a line of a matrix along or across, its diagonal, those beside it, and all there is.
     std::vector<Place> places() const {
-        const std::size_t count = memory_.size() / element_size();
+        const std::size_t count = memory_.size() / parts();
         if (!is_floating() || count == 0)
             return {};
         std::vector<Place> places = {{0, count}, {count / 2, count}, {count - 1, count}, {0, 1}};
@@ -187,16 +172,16 @@ public:
         return places;
     }
     void replace(const Place& place, float x) {
-        for (std::size_t k = place.first; k < memory_.size() / element_size(); k += place.step)
+        for (std::size_t k = place.first; k < memory_.size() / parts(); k += place.step)
             store(k, x, x);
     }
 
     bool is_matrix() const { return word_[0] == 'm' || (word_[0] == 'b' && word_.size() > 1); }
     bool is_text() const { return kind_ == Kind::text; }
-    std::size_t bytes() const { return memory_.size(); }
+    std::size_t bytes() const { return memory_.size() * sizeof(int); }
 
 private:
-    std::size_t element_size() const { return kind_ == Kind::complex ? sizeof(qrv_complex) : sizeof(float); }
+    std::size_t parts() const { return kind_ == Kind::complex ? 2 : 1; } // of an element
     bool is_array() const { return std::strchr(".vw", word_[0]) != nullptr || is_matrix(); }
 
     std::size_t length() const {
@@ -214,7 +199,7 @@ private:
     // Ones: matrices, vectors and pivots that any routine can work on.
     void fill() {
         const std::size_t size = length(), ld = next_, diagonal = word_[0] == 'b' ? std::stoul(word_.substr(1)) : 0;
-        memory_.reserve(size * element_size());
+        memory_.reserve(size * parts());
         std::minstd_rand random;
         const auto any = [&] { return static_cast<double>(random() % 255) / 127 - 1; };
         for (std::size_t k = 0; k < size; ++k)
@@ -231,7 +216,7 @@ private:
     Kind kind_;
     std::string word_;
     std::size_t next_ = 0; // of an array: its leading dimension, or the length of a work array
-    std::vector<unsigned char, OnLines<unsigned char>> memory_, before_;
+    std::vector<int, OnLines<int>> memory_, before_; // ints, bits of floats or a text
 };
 
 // A function whose arguments are all addresses. Its type is known here alone, for there are hundreds of them.

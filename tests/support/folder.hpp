@@ -17,7 +17,6 @@ public:
     }
     ~Folder() { std::filesystem::remove_all(path); }
     Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
 
     std::string file(const std::string& name) const { return (path / name).string(); }
     std::ptrdiff_t count() const { return std::distance(std::filesystem::directory_iterator(path), {}); }

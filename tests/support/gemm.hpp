@@ -49,14 +49,6 @@ struct PlanBuild {
     VectorForm form;
     void (*load)(GemmPlan<T>*);
     int (*blocked)(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan);
-    bool firstRow = false; // of ssse3: real operands in panels of two columns, k in pairs
-
-    bool pairs() const { return firstRow && !isComplex<T>; }
-    GemmPlan<T> loaded() const {
-        GemmPlan<T> plan{};
-        load(&plan);
-        return plan;
-    }
 };
 
 template <class T>
@@ -64,23 +56,12 @@ std::ostream& operator<<(std::ostream& out, const PlanBuild<T>& build) {
     return out << build.name;
 }
 
-template <class T>
-std::vector<Subject<T>> all_subjects();
-template <class T>
-std::vector<PlanBuild<T>> all_plan_builds();
-
 // Every routine with the kernel's arguments: whole products.
 template <class T>
-const std::vector<Subject<T>>& subjects() {
-    static const std::vector<Subject<T>> list = runnable(all_subjects<T>());
-    return list;
-}
+const std::vector<Subject<T>>& subjects();
 // Every row, and every vector form of the sse42 row.
 template <class T>
-const std::vector<PlanBuild<T>>& plan_builds() {
-    static const std::vector<PlanBuild<T>> list = runnable(all_plan_builds<T>());
-    return list;
-}
+const std::vector<PlanBuild<T>>& plan_builds();
 
 template <class T, int row>
 void load_ssse3(GemmPlan<T>* plan) {
@@ -113,44 +94,42 @@ void sse42_part(QRV_GEMM_PARAMETERS(T)) {
 
 #define QRV_GEMM_SUBJECTS(T, gemm)                                                                                     \
     template <>                                                                                                        \
-    inline std::vector<Subject<T>> all_subjects<T>() {                                                                 \
+    inline const std::vector<Subject<T>>& subjects<T>() {                                                              \
         using namespace kernel;                                                                                        \
         constexpr auto sse42Kernel = sse42::blas_##gemm##_kernel, byPlan = sse42::blas_##gemm##_by_plan;               \
         constexpr auto ssse3Blocked = ssse3::blas_##gemm##_blocked;                                                    \
-        return {{"generic", 0, generic::blas_##gemm##_kernel},                                                         \
-                {"sse2", 2, sse2::blas_##gemm##_kernel},                                                               \
-                {"sse2 small", 2, sse2::blas_##gemm##_small},                                                          \
-                {"sse3", 3, sse3::blas_##gemm##_kernel},                                                               \
-                {"sse3 small", 3, sse3::blas_##gemm##_small},                                                          \
-                {"ssse3", 4, ssse3::blas_##gemm##_kernel},                                                             \
-                {"ssse3 small", 4, ssse3::blas_##gemm##_small},                                                        \
-                {"ssse3 row 0", 4, ssse3_by_row<T, ssse3Blocked, 0>},                                                  \
-                {"ssse3 row 1", 4, ssse3_by_row<T, ssse3Blocked, 1>},                                                  \
-                {"sse42", 5, sse42Kernel},                                                                             \
-                {"sse42 of 128 bits", 5, sse42_in<T, sse42Kernel, VectorForm::sse>},                                   \
-                {"sse42 of 256 bits", 5, sse42_in<T, sse42Kernel, VectorForm::avx2>, VectorForm::avx2},                \
-                {"sse42 small", 5, sse42::blas_##gemm##_small},                                                        \
-                {"sse42 by plan", 5, sse42_in<T, byPlan, VectorForm::sse>},                                            \
-                {"avx2 by plan", 5, sse42_in<T, byPlan, VectorForm::avx2>, VectorForm::avx2},                          \
-                {"avx512 by plan", 5, sse42_in<T, byPlan, VectorForm::avx512>, VectorForm::avx512},                    \
-                {"avx2 direct", 5, sse42_part<T, sse42Kernel, VectorForm::avx2>, VectorForm::avx2},                    \
-                {"avx512 direct", 5, sse42_part<T, sse42Kernel, VectorForm::avx512>, VectorForm::avx512},              \
-                {"avx512 panels", 5, sse42_part<T, sse42Kernel, VectorForm::avx512, true>, VectorForm::avx512}};       \
+        static const auto list = runnable<Subject<T>>(                                                                 \
+            {{"generic", 0, generic::blas_##gemm##_kernel},                                                            \
+             {"sse2", 2, sse2::blas_##gemm##_kernel},                                                                  \
+             {"sse2 small", 2, sse2::blas_##gemm##_small},                                                             \
+             {"sse3", 3, sse3::blas_##gemm##_kernel},                                                                  \
+             {"sse3 small", 3, sse3::blas_##gemm##_small},                                                             \
+             {"ssse3", 4, ssse3::blas_##gemm##_kernel},                                                                \
+             {"ssse3 small", 4, ssse3::blas_##gemm##_small},                                                           \
+             {"ssse3 row 0", 4, ssse3_by_row<T, ssse3Blocked, 0>},                                                     \
+             {"ssse3 row 1", 4, ssse3_by_row<T, ssse3Blocked, 1>},                                                     \
+             {"sse42", 5, sse42Kernel},                                                                                \
+             {"sse42 of 128 bits", 5, sse42_in<T, sse42Kernel, VectorForm::sse>},                                      \
+             {"sse42 of 256 bits", 5, sse42_in<T, sse42Kernel, VectorForm::avx2>, VectorForm::avx2},                   \
+             {"sse42 small", 5, sse42::blas_##gemm##_small},                                                           \
+             {"sse42 by plan", 5, sse42_in<T, byPlan, VectorForm::sse>},                                               \
+             {"avx2 by plan", 5, sse42_in<T, byPlan, VectorForm::avx2>, VectorForm::avx2},                             \
+             {"avx512 by plan", 5, sse42_in<T, byPlan, VectorForm::avx512>, VectorForm::avx512},                       \
+             {"avx2 direct", 5, sse42_part<T, sse42Kernel, VectorForm::avx2>, VectorForm::avx2},                       \
+             {"avx512 direct", 5, sse42_part<T, sse42Kernel, VectorForm::avx512>, VectorForm::avx512},                 \
+             {"avx512 panels", 5, sse42_part<T, sse42Kernel, VectorForm::avx512, true>, VectorForm::avx512}});         \
+        return list;                                                                                                   \
     }                                                                                                                  \
     template <>                                                                                                        \
-    inline std::vector<PlanBuild<T>> all_plan_builds<T>() {                                                            \
-        const auto ssse3 = [](const char* name, auto load, bool firstRow) {                                            \
-            using namespace kernel::ssse3;                                                                             \
-            return PlanBuild<T>{name, 4, VectorForm::sse, load, blas_##gemm##_blocked, firstRow};                      \
-        };                                                                                                             \
-        const auto sse42 = [](const char* name, auto load, VectorForm form) {                                          \
-            using namespace kernel::sse42;                                                                             \
-            return PlanBuild<T>{name, 5, form, load, blas_##gemm##_blocked};                                           \
-        };                                                                                                             \
-        return {ssse3("ssse3 row 0", load_ssse3<T, 0>, true), ssse3("ssse3 row 1", load_ssse3<T, 1>, false),           \
-                sse42("sse42", load_sse42<T, VectorForm::sse>, VectorForm::sse),                                       \
-                sse42("avx2", load_sse42<T, VectorForm::avx2>, VectorForm::avx2),                                      \
-                sse42("avx512", load_sse42<T, VectorForm::avx512>, VectorForm::avx512)};                               \
+    inline const std::vector<PlanBuild<T>>& plan_builds<T>() {                                                         \
+        using enum VectorForm;                                                                                         \
+        constexpr auto *ssse3 = kernel::ssse3::blas_##gemm##_blocked, *sse42 = kernel::sse42::blas_##gemm##_blocked;   \
+        static const auto list = runnable<PlanBuild<T>>({{"ssse3 row 0", 4, sse, load_ssse3<T, 0>, ssse3},             \
+                                                         {"ssse3 row 1", 4, sse, load_ssse3<T, 1>, ssse3},             \
+                                                         {"sse42", 5, sse, load_sse42<T, sse>, sse42},                 \
+                                                         {"avx2", 5, avx2, load_sse42<T, avx2>, sse42},                \
+                                                         {"avx512", 5, avx512, load_sse42<T, avx512>, sse42}});        \
+        return list;                                                                                                   \
     }
 QRV_GEMM_SUBJECTS(float, sgemm)
 QRV_GEMM_SUBJECTS(SingleComplex, cgemm)

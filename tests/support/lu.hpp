@@ -115,31 +115,21 @@ template <class T>
 Operand<T> lu_matrix(LuKind kind, int m, int n, int extra = 0, int offset = 0) {
     Operand<T> a(m, n, m + extra, offset);
     std::mt19937 random(static_cast<unsigned>(m * 31 + n));
-    a.fill_random(random);
-    const auto scale = [&](int i, int j, float factor) { a(i, j) = factor * a(i, j); };
-    for (int j = 0; j < n; ++j)
-        for (int i = 0; i < m; ++i)
-            switch (kind) {
-            case LuKind::graded: // from 1 down to 2^-40
-                scale(i, j, std::ldexp(1.0F, -40 * (i + j) / (m + n)));
-                break;
-            case LuKind::badlyScaled: // rows and columns in no order; some pivots are below the smallest normal number
-                scale(i, j, std::ldexp(1.0F, (i * 7 % 5 - 3) * 25 - j * 11 % 7 * 10));
-                break;
-            case LuKind::nearlySingular: // the last column is the first but for its last bits
-                if (j == n - 1 && j > 0)
-                    a(i, j) = a(i, 0) + 1e-6F * a(i, j);
-                break;
-            case LuKind::singular: // columns of zeros
-                if (j == n / 3 || j == n / 2)
-                    a(i, j) = T();
-                break;
-            case LuKind::zero:
-                a(i, j) = T();
-                break;
-            default:
-                break;
-            }
+    a.set([&](int i, int j) -> T {
+        const T x = any_size_one<T>(random);
+        switch (kind) {
+        case LuKind::graded: // from 1 down to 2^-40
+            return std::ldexp(1.0F, -40 * (i + j) / (m + n)) * x;
+        case LuKind::badlyScaled: // rows and columns in no order; some pivots are below the smallest normal number
+            return std::ldexp(1.0F, (i * 7 % 5 - 3) * 25 - j * 11 % 7 * 10) * x;
+        case LuKind::nearlySingular: // the last column is the first but for its last bits
+            return j == n - 1 && j > 0 ? a(i, 0) + 1e-6F * x : x;
+        case LuKind::singular: // columns of zeros
+            return j == n / 3 || j == n / 2 ? T() : x;
+        default:
+            return kind == LuKind::zero ? T() : x;
+        }
+    });
     return a;
 }
 

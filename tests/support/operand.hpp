@@ -22,6 +22,7 @@
 #include "blas/matrix.hpp"
 #include "qrv/service.h"
 #include "service/vector_form.hpp"
+#include "support/reserved.hpp"
 
 namespace qrv::test {
 
@@ -44,6 +45,13 @@ constexpr bool is_upper(char uplo) {
 // ---- Elements of either kind, and as the oracles compute with them ------------------------------------------------
 
 using Elements = testing::Types<float, SingleComplex>; // of the suites that serve both
+
+// body of one kind after the other
+template <class Body>
+void for_both_elements(const Body& body) {
+    body.template operator()<float>();
+    body.template operator()<SingleComplex>();
+}
 
 // The head of a test of both kinds of elements, T.
 #define TEST_OF_ELEMENTS(suite, name)                                                                                  \
@@ -74,6 +82,11 @@ inline std::complex<double> conjugate(std::complex<double> x) {
     return std::conj(x);
 }
 
+// x without an imaginary part, or with one that must not be read.
+inline void set_imaginary(float&, float) {}
+inline void set_imaginary(SingleComplex& x, float value) {
+    x.im = value;
+}
 // An element whose parts are value().
 template <class T, class Value>
 T element(const Value& value) {
@@ -89,28 +102,18 @@ T all_parts(float x) {
     return element<T>([x] { return x; });
 }
 // The nearest element.
-inline void round_to(double x, float& element) {
-    element = static_cast<float>(x);
+template <class T>
+void round_to(const Wide<T>& x, T& element) {
+    element = scalar<T>(static_cast<float>(std::real(x)));
+    set_imaginary(element, static_cast<float>(std::imag(x)));
 }
-inline void round_to(std::complex<double> x, SingleComplex& element) {
-    element = {static_cast<float>(x.real()), static_cast<float>(x.imag())};
+template <class T>
+bool has_nan(const T& x) {
+    return widen(x) != widen(x);
 }
-inline bool has_nan(float x) {
-    return std::isnan(x);
-}
-inline bool has_nan(SingleComplex x) {
-    return std::isnan(x.re) || std::isnan(x.im);
-}
-inline bool is_finite(float x) {
-    return std::isfinite(x);
-}
-inline bool is_finite(SingleComplex x) {
-    return std::isfinite(x.re) && std::isfinite(x.im);
-}
-// x without an imaginary part, or with one that must not be read.
-inline void set_imaginary(float&, float) {}
-inline void set_imaginary(SingleComplex& x, float value) {
-    x.im = value;
+template <class T>
+bool is_finite(const T& x) {
+    return std::isfinite(std::abs(widen(x)));
 }
 // Of two routines the one for an element type.
 template <class T, class Real, class Complex>
@@ -160,27 +163,18 @@ struct Layout {
 class GuardPageArray {
 public:
     explicit GuardPageArray(std::size_t count, bool atFront = false) {
-        const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-        const std::size_t bytes = (count * sizeof(float) + page - 1) / page * page;
-        length_ = bytes + 2 * page;
-        map_ = mmap(nullptr, length_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (map_ == MAP_FAILED)
+        const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) / sizeof(float);
+        const std::size_t inside = (count + page - 1) / page * page;
+        const Reserved& space = reserved_.emplace((inside + 2 * page) * sizeof(float), false);
+        float* const first = space.floats() + page;
+        if (!space.ok() || (count > 0 && mprotect(first, inside * sizeof(float), PROT_READ | PROT_WRITE) != 0))
             throw std::bad_alloc();
-        char* const inside = static_cast<char*>(map_) + page;
-        if (bytes > 0 && mprotect(inside, bytes, PROT_READ | PROT_WRITE) != 0)
-            throw std::bad_alloc();
-        data_ = reinterpret_cast<float*>(atFront ? inside : inside + bytes - count * sizeof(float));
+        data_ = atFront ? first : first + inside - count;
     }
-    ~GuardPageArray() { munmap(map_, length_); }
-    GuardPageArray(const GuardPageArray&) = delete;
-    GuardPageArray& operator=(const GuardPageArray&) = delete;
-
     float* data() { return data_; }
-    const float* data() const { return data_; }
 
 private:
-    void* map_;
-    std::size_t length_;
+    std::optional<Reserved> reserved_;
     float* data_;
 };
 
@@ -242,9 +236,9 @@ public:
         } else {
             first_ = paged_.emplace(floats, layout.guard == Guard::pageInFront).data();
         }
-        for (float* p = begin(); p != end(); ++p) {
+        for (const float* p = begin(); p != end(); ++p) {
             const std::uint32_t bits = canary(p);
-            std::memcpy(p, &bits, sizeof bits);
+            std::memcpy(const_cast<float*>(p), &bits, sizeof bits);
         }
     }
     Operand(int rows, int columns, int ld, int offset = 0)
@@ -360,10 +354,8 @@ private:
     static std::uint32_t canary(const float* p) {
         return 0x7F80'0001U | (static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(p) >> 1) & 0x3F'FFFEU);
     }
-    float* begin() { return paged_ ? first_ : plain_.data(); }
-    float* end() { return paged_ ? first_ + parts * length_ : plain_.data() + plain_.size(); }
-    const float* begin() const { return const_cast<Operand*>(this)->begin(); }
-    const float* end() const { return const_cast<Operand*>(this)->end(); }
+    const float* begin() const { return paged_ ? first_ : plain_.data(); }
+    const float* end() const { return paged_ ? first_ + parts * length_ : plain_.data() + plain_.size(); }
 
     Form form_;
     Layout layout_;

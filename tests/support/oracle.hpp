@@ -46,7 +46,10 @@ struct WideMatrix {
     // op(X)
     explicit WideMatrix(const Operand<T>& x, char option = 'N')
         : WideMatrix(is_transposed(option) ? x.columns() : x.rows(), is_transposed(option) ? x.rows() : x.columns(),
-                     elements_of(x, option)) {}
+                     [&, conjugated = option == 'C' || option == 'c'](int i, int j) {
+                         const Wide<T> value = is_transposed(option) ? x.entry(j, i) : x.entry(i, j);
+                         return conjugated ? conjugate(value) : value;
+                     }) {}
     std::size_t at(int i, int j) const { return std::size_t(i) + std::size_t(rows) * std::size_t(j); }
     const Wide<T>& operator()(int i, int j) const { return values[at(i, j)]; }
     WideMatrix adjoint() const {
@@ -68,25 +71,6 @@ struct WideMatrix {
     }
 
 private:
-    static std::vector<Wide<T>> elements_of(const Operand<T>& x, char option) {
-        const Form& form = x.form();
-        const auto stride = std::size_t(is_transposed(option) ? form.columns : form.rows);
-        std::vector<Wide<T>> elements(std::size_t(form.rows) * std::size_t(form.columns));
-        const auto put = [&](int i, int j) {
-            if (is_transposed(option))
-                std::swap(i, j);
-            const Wide<T> value = is_transposed(option) ? x.entry(j, i) : x.entry(i, j);
-            elements[std::size_t(i) + stride * std::size_t(j)] =
-                option == 'C' || option == 'c' ? conjugate(value) : value;
-        };
-        x.each_stored(put);
-        if (form.kind == Form::symmetric || form.kind == Form::hermitian)
-            x.each_stored([&](int i, int j) { put(j, i); });
-        if (form.kind == Form::triangular && form.unit())
-            for (int i = 0; i < std::min(form.rows, form.columns); ++i)
-                put(i, i);
-        return elements;
-    }
     template <class Entry>
     static std::vector<Wide<T>> listed(int m, int n, const Entry& entry) {
         std::vector<Wide<T>> elements;

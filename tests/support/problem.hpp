@@ -55,13 +55,12 @@ struct Shape {
     Layout a = {}, b = {}, c = {};
 };
 
-inline std::ostream& operator<<(std::ostream& out, const Layout& l) {
-    return out << " [ld+" << l.extra << " start " << l.offset << " guard " << static_cast<int>(l.guard) << ']';
-}
 inline std::ostream& operator<<(std::ostream& out, const Shape& p) {
-    return out << p.side << p.uplo << p.trans << p.transb << p.diag << " m=" << p.m << " n=" << p.n << " k=" << p.k
-               << ',' << p.ku << " alpha=" << p.alpha << " beta=" << p.beta << " inc " << p.incx << ',' << p.incy << p.a
-               << p.b << p.c;
+    out << p.side << p.uplo << p.trans << p.transb << p.diag << " m=" << p.m << " n=" << p.n << " k=" << p.k << ','
+        << p.ku << " alpha=" << p.alpha << " beta=" << p.beta << " inc " << p.incx << ',' << p.incy;
+    for (const Layout& l : {p.a, p.b, p.c})
+        out << " [ld+" << l.extra << " start " << l.offset << " guard " << static_cast<int>(l.guard) << ']';
+    return out;
 }
 
 template <class T>
@@ -205,8 +204,7 @@ private:
         }
         const WideMatrix<T> y(b, operation.vectors ? 'N' : p.trans);
         const auto adjoint = [&](const WideMatrix<T>& z, int l, int j) {
-            const Wide<T> value = z.values[z.at(j, l)];
-            return operation.conjugated ? conjugate(value) : value;
+            return operation.conjugated ? conjugate(z(j, l)) : z(j, l);
         };
         const int k = x.columns;
         if (operation.what == What::update)
@@ -216,9 +214,8 @@ private:
             return product(by, x, y, scale, before);
         // Both terms are one product of twice the depth.
         const Wide<T> second = operation.conjugated ? conjugate(by) : by;
-        const WideMatrix<T> lefts(x.rows, 2 * k, [&](int i, int l) {
-            return l < k ? times(by, x.values[x.at(i, l)]) : times(second, y.values[y.at(i, l - k)]);
-        });
+        const WideMatrix<T> lefts(
+            x.rows, 2 * k, [&](int i, int l) { return l < k ? times(by, x(i, l)) : times(second, y(i, l - k)); });
         const WideMatrix<T> rights(2 * k, p.n,
                                    [&](int l, int j) { return l < k ? adjoint(y, l, j) : adjoint(x, l - k, j); });
         return product<T>(1, lefts, rights, scale, before);

@@ -34,7 +34,6 @@ public:
     }
     ~ProgressHook() { qrv_serv_set_progress(nullptr); }
     ProgressHook(const ProgressHook&) = delete;
-    ProgressHook& operator=(const ProgressHook&) = delete;
 };
 
 } // namespace qrv::test

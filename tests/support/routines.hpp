@@ -47,8 +47,10 @@ inline const float* real_part(const SingleComplex& x) {
 #define QRV_SERIAL(name, arguments)                                                                                    \
     [](const VectorBuild& build, const auto& v) { build.blas_##name##_kernel(arguments(v)); }
 #define QRV_DECIDED(name, arguments, threads)                                                                          \
-    QRV_SERIAL(name, arguments), [](const auto& v) { qrv_blas_##name(arguments(v)); },                                 \
-        [](const auto& v) { return threads; }
+    QRV_SERIAL(name, arguments), [](const auto& v) { qrv_blas_##name(arguments(v)); }, [](const auto& v) {             \
+        [[maybe_unused]] const ThisMachine here;                                                                       \
+        return threads;                                                                                                \
+    }
 #define QRV_ON_TEAM(name, arguments, threads)                                                                          \
     QRV_DECIDED(name, arguments, threads),                                                                             \
         [](const int* team, const auto& v) { qrv_blas_##name##_omp(team, arguments(v)); }
@@ -73,23 +75,17 @@ inline const std::vector<Routine<float>>& routines<float>() {
     static const std::vector<Routine<float>> list = {
         {"sgemv",
          {product, general, true},
-         QRV_ON_TEAM(sgemv, QRV_GEMV_OF, gemv_threads(sgemvRule, op_of(v.trans), v.m, v.n, ThisMachine{}))},
+         QRV_ON_TEAM(sgemv, QRV_GEMV_OF, gemv_threads(sgemvRule, op_of(v.trans), v.m, v.n, here))},
         {"sgbmv", {product, general, true, true}, QRV_SERIAL(sgbmv, QRV_GBMV_OF)},
-        {"ssymv",
-         {product, symmetric, true},
-         QRV_ON_TEAM(ssymv, QRV_SYMV_OF, symv_threads(ssymvRule, v.n, ThisMachine{}))},
+        {"ssymv", {product, symmetric, true}, QRV_ON_TEAM(ssymv, QRV_SYMV_OF, symv_threads(ssymvRule, v.n, here))},
         {"ssbmv", {product, symmetric, true, true}, QRV_SERIAL(ssbmv, QRV_SBMV_OF)},
-        {"strmv",
-         {inPlace, triangular, true},
-         QRV_ON_TEAM(strmv, QRV_TRMV_OF, trmv_threads(strmvRule, v.n, ThisMachine{}))},
+        {"strmv", {inPlace, triangular, true}, QRV_ON_TEAM(strmv, QRV_TRMV_OF, trmv_threads(strmvRule, v.n, here))},
         {"stbmv", {inPlace, triangular, true, true}, QRV_SERIAL(stbmv, QRV_TBMV_OF)},
         {"strsv", {solve, triangular, true}, QRV_SERIAL(strsv, QRV_TRMV_OF)},
         {"stbsv", {solve, triangular, true, true}, QRV_SERIAL(stbsv, QRV_TBMV_OF)},
         {"sger", {update, general, true}, QRV_SERIAL(sger, QRV_GER_OF)},
-        {"ssyr", {update, symmetric, true}, QRV_ON_TEAM(ssyr, QRV_SYR_OF, syr_threads(ssyrRule, v.n, ThisMachine{}))},
-        {"ssyr2",
-         {update2, symmetric, true},
-         QRV_ON_TEAM(ssyr2, QRV_SYR2_OF, syr_threads(ssyr2Rule, v.n, ThisMachine{}))},
+        {"ssyr", {update, symmetric, true}, QRV_ON_TEAM(ssyr, QRV_SYR_OF, syr_threads(ssyrRule, v.n, here))},
+        {"ssyr2", {update2, symmetric, true}, QRV_ON_TEAM(ssyr2, QRV_SYR2_OF, syr_threads(ssyr2Rule, v.n, here))},
         {"strmm", {inPlace, triangular}, QRV_DECIDED(strmm, QRV_TRMM_OF, sliced_threads<product_call<float>>(v))},
         {"strsm", {solve, triangular}, QRV_DECIDED(strsm, QRV_TRMM_OF, sliced_threads<solve_call<float>>(v))},
         {"ssymm", {product, symmetric}, QRV_DECIDED(ssymm, QRV_SYMM_OF, sliced_threads<symmetric_call<float>>(v))},
@@ -103,29 +99,22 @@ template <>
 inline const std::vector<Routine<SingleComplex>>& routines<SingleComplex>() {
     using enum What;
     using enum Form::Kind;
-    static const std::vector<Routine<SingleComplex>> list = {
+    using C = SingleComplex;
+    static const std::vector<Routine<C>> list = {
         {"cgemv",
          {product, general, true},
-         QRV_ON_TEAM(cgemv, QRV_GEMV_OF, gemv_threads(cgemvRule, op_of(v.trans), v.m, v.n, ThisMachine{}))},
+         QRV_ON_TEAM(cgemv, QRV_GEMV_OF, gemv_threads(cgemvRule, op_of(v.trans), v.m, v.n, here))},
         {"chemv", {product, hermitian, true}, QRV_SERIAL(chemv, QRV_SYMV_OF)},
-        {"ctrmv",
-         {inPlace, triangular, true},
-         QRV_ON_TEAM(ctrmv, QRV_TRMV_OF, trmv_threads(ctrmvRule, v.n, ThisMachine{}))},
+        {"ctrmv", {inPlace, triangular, true}, QRV_ON_TEAM(ctrmv, QRV_TRMV_OF, trmv_threads(ctrmvRule, v.n, here))},
         {"ctrsv", {solve, triangular, true}, QRV_SERIAL(ctrsv, QRV_TRMV_OF)},
         {"cgeru", {update, general, true}, QRV_SERIAL(cgeru, QRV_GER_OF)},
         {"cgerc", {update, general, true, false, true}, QRV_SERIAL(cgerc, QRV_GER_OF)},
         {"cher", {update, hermitian, true}, QRV_SERIAL(cher, QRV_SYR_OF)},
         {"cher2", {update2, hermitian, true}, QRV_SERIAL(cher2, QRV_SYR2_OF)},
-        {"ctrmm",
-         {inPlace, triangular},
-         QRV_DECIDED(ctrmm, QRV_TRMM_OF, sliced_threads<product_call<SingleComplex>>(v))},
-        {"ctrsm", {solve, triangular}, QRV_DECIDED(ctrsm, QRV_TRMM_OF, sliced_threads<solve_call<SingleComplex>>(v))},
-        {"csymm",
-         {product, symmetric},
-         QRV_DECIDED(csymm, QRV_SYMM_OF, sliced_threads<symmetric_call<SingleComplex>>(v))},
-        {"chemm",
-         {product, hermitian},
-         QRV_DECIDED(chemm, QRV_SYMM_OF, sliced_threads<symmetric_call<SingleComplex>>(v))},
+        {"ctrmm", {inPlace, triangular}, QRV_DECIDED(ctrmm, QRV_TRMM_OF, sliced_threads<product_call<C>>(v))},
+        {"ctrsm", {solve, triangular}, QRV_DECIDED(ctrsm, QRV_TRMM_OF, sliced_threads<solve_call<C>>(v))},
+        {"csymm", {product, symmetric}, QRV_DECIDED(csymm, QRV_SYMM_OF, sliced_threads<symmetric_call<C>>(v))},
+        {"chemm", {product, hermitian}, QRV_DECIDED(chemm, QRV_SYMM_OF, sliced_threads<symmetric_call<C>>(v))},
         {"csyrk", {update, symmetric}, QRV_DECIDED(csyrk, QRV_SYRK_OF, update_threads(v, 1))},
         {"cherk", {update, hermitian}, QRV_DECIDED(cherk, QRV_HERK_OF, update_threads(v, 1))},
         {"csyr2k", {update2, symmetric}, QRV_DECIDED(csyr2k, QRV_SYR2K_OF, update_threads(v, 2))},
@@ -137,12 +126,11 @@ inline const std::vector<Routine<SingleComplex>>& routines<SingleComplex>() {
 // body(routine) for each of a level, real and complex.
 template <class Body>
 void each_routine(bool vectors, const Body& body) {
-    for (const auto& routine : routines<float>())
-        if (routine.operation.vectors == vectors)
-            body(routine);
-    for (const auto& routine : routines<SingleComplex>())
-        if (routine.operation.vectors == vectors)
-            body(routine);
+    for_both_elements([&]<class T>() {
+        for (const Routine<T>& routine : routines<T>())
+            if (routine.operation.vectors == vectors)
+                body(routine);
+    });
 }
 
 } // namespace qrv::test

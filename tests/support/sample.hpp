@@ -18,7 +18,6 @@ public:
         return whole() ? many : few;
     }
     Sample(const Sample&) = delete;
-    Sample& operator=(const Sample&) = delete;
     ~Sample() {
         if (whole())
             std::printf("[  CASES   ] %d\n", count_);

@@ -89,7 +89,6 @@ struct RandomReflectors {
         }
     }
     RandomReflectors(const RandomReflectors&) = delete;
-    RandomReflectors& operator=(const RandomReflectors&) = delete;
 };
 
 } // namespace qrv::test

@@ -104,7 +104,7 @@ TEST_P(Team, OfEachHostThreadRaces) {
     const ForcedTeam forced(2);
     for (const TeamCase& one : cases)
         EXPECT_TRUE(one.right(2, false)) << one.name;
-    std::vector<std::thread> hosts;
+    std::vector<std::jthread> hosts;
     for (std::size_t host = 0; host < 3; ++host)
         hosts.emplace_back([&, host] {
             for (std::size_t i = 0; i < cases.size(); ++i) {
@@ -112,8 +112,6 @@ TEST_P(Team, OfEachHostThreadRaces) {
                 EXPECT_TRUE(one.right(2, omp_get_thread_limit() >= 24)) << one.name;
             }
         });
-    for (std::thread& host : hosts)
-        host.join();
 }
 
 TEST_P(Team, Races) {

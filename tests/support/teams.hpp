@@ -19,7 +19,6 @@ public:
         qrv_serv_set_dynamic(dynamic_);
     }
     ForcedTeam(const ForcedTeam&) = delete;
-    ForcedTeam& operator=(const ForcedTeam&) = delete;
 
 private:
     int dynamic_;

@@ -25,8 +25,11 @@ struct VectorCall {
 };
 
 // The factors of all routines: exact products, and nothing that a routine may treat as a special case.
-constexpr float factor = 0.75F, rotationC = 0.5F, rotationS = -0.25F;
-constexpr SingleComplex complexFactor{0.5F, -0.75F};
+constexpr float rotationC = 0.5F, rotationS = -0.25F;
+template <class T>
+constexpr T factor = scalar<T>(0.75F);
+template <>
+inline constexpr SingleComplex factor<SingleComplex>{0.5F, -0.75F};
 
 // What a routine does with element x, element y and its value so far, and how it is called. Functions give their value,
 // others 0.
@@ -39,7 +42,7 @@ struct VectorRoutine {
     T (*decided)(const VectorCall<T>& v) = nullptr;
     T (*on_team)(const int* threads, const VectorCall<T>& v) = nullptr;
 
-    bool sums() const { return std::string_view(name).substr(1).starts_with("dot"); } // all its elements
+    bool sums() const { return std::string_view(name).starts_with("dot"); } // all its elements
 };
 
 // The value of a call, whether it is returned or stored at the first address.
@@ -56,46 +59,25 @@ T value_of(const Function& function, Arguments... arguments) {
 }
 
 #define QRV_XY(v) &v.n, v.x, &v.incx, v.y, &v.incy
-#define QRV_AXPY(v) &v.n, &factor, v.x, &v.incx, v.y, &v.incy
-#define QRV_CAXPY(v) &v.n, &complexFactor, v.x, &v.incx, v.y, &v.incy
+#define QRV_AXPY(v) &v.n, &factor<T>, v.x, &v.incx, v.y, &v.incy
 #define QRV_ROT(v) &v.n, v.x, &v.incx, v.y, &v.incy, &rotationC, &rotationS
-#define QRV_SCAL(v) &v.n, &factor, v.x, &v.incx
-#define QRV_CSCAL(v) &v.n, &complexFactor, v.x, &v.incx
+#define QRV_SCAL(v) &v.n, &factor<T>, v.x, &v.incx
+#define QRV_REAL_SCAL(v) &v.n, &factor<float>, v.x, &v.incx
 
-#define QRV_SERIAL_VECTORS(T, name, arguments)                                                                         \
+// By the names of the real and of the complex one.
+#define QRV_SERIAL_VECTORS(real, complex, arguments)                                                                   \
     [](const VectorBuild& build, const VectorCall<T>& v) {                                                             \
-        return value_of<T>(build.blas_##name##_kernel, arguments(v));                                                  \
+        return value_of<T>(routine_for<T>(build.blas_##real##_kernel, build.blas_##complex##_kernel), arguments(v));   \
     }
-#define QRV_VECTORS_OF(T, name, arguments)                                                                             \
-    QRV_SERIAL_VECTORS(T, name, arguments), &name##Row,                                                                \
-        [](const VectorCall<T>& v) { return value_of<T>(qrv_blas_##name, arguments(v)); },                             \
+#define QRV_VECTORS_OF(real, complex, arguments)                                                                       \
+    QRV_SERIAL_VECTORS(real, complex, arguments), routine_for<T>(&real##Row, &complex##Row),                           \
+        [](const VectorCall<T>& v) {                                                                                   \
+            return value_of<T>(routine_for<T>(qrv_blas_##real, qrv_blas_##complex), arguments(v));                     \
+        },                                                                                                             \
         [](const int* team, const VectorCall<T>& v) {                                                                  \
-            return value_of<T>(std::bind_front(qrv_blas_##name##_omp, team), arguments(v));                            \
+            auto* const onTeam = routine_for<T>(qrv_blas_##real##_omp, qrv_blas_##complex##_omp);                      \
+            return value_of<T>(std::bind_front(onTeam, team), arguments(v));                                           \
         }
-
-template <class T>
-void add_scaled(Wide<T>& x, Wide<T>& y, Wide<T>&) {
-    if constexpr (isComplex<T>)
-        y += widen(complexFactor) * x;
-    else
-        y += factor * x;
-}
-template <class T>
-void copy_element(Wide<T>& x, Wide<T>& y, Wide<T>&) {
-    y = x;
-}
-template <class T>
-void swap_elements(Wide<T>& x, Wide<T>& y, Wide<T>&) {
-    std::swap(x, y);
-}
-template <class T>
-void add_product(Wide<T>& x, Wide<T>& y, Wide<T>& sum) {
-    sum += conjugate(x) * y;
-}
-template <class T>
-void scale(Wide<T>& x, Wide<T>&, Wide<T>&) {
-    x *= factor;
-}
 
 // What each flag of SROTM stands for, h11, h21, h12 and h22, of which those that it tells itself are not read.
 constexpr float modifiedRotations[][4] = {
@@ -118,44 +100,35 @@ float modified_rotation_on(const VectorBuild& build, const VectorCall<float>& v)
 }
 
 template <class T>
-const std::vector<VectorRoutine<T>>& vector_routines();
-
-template <>
-inline const std::vector<VectorRoutine<float>>& vector_routines<float>() {
-    static const std::vector<VectorRoutine<float>> list = {
-        {"saxpy", add_scaled<float>, QRV_VECTORS_OF(float, saxpy, QRV_AXPY)},
-        {"scopy", copy_element<float>, QRV_VECTORS_OF(float, scopy, QRV_XY)},
-        {"sswap", swap_elements<float>, QRV_VECTORS_OF(float, sswap, QRV_XY)},
-        {"srot",
-         [](double& x, double& y, double&) {
-             const double rotated = rotationC * x + rotationS * y;
-             y = rotationC * y - rotationS * x;
-             x = rotated;
-         },
-         QRV_VECTORS_OF(float, srot, QRV_ROT)},
-        {"sdot", add_product<float>, QRV_VECTORS_OF(float, sdot, QRV_XY)},
-        {"sscal", scale<float>, QRV_SERIAL_VECTORS(float, sscal, QRV_SCAL)},
-        {"srotm of -2", modified_rotation<0>, modified_rotation_on<0>},
-        {"srotm of -1", modified_rotation<1>, modified_rotation_on<1>},
-        {"srotm of 0", modified_rotation<2>, modified_rotation_on<2>},
-        {"srotm of 1", modified_rotation<3>, modified_rotation_on<3>},
-    };
-    return list;
+std::vector<VectorRoutine<T>> all_vector_routines() {
+    using W = Wide<T>;
+    std::vector<VectorRoutine<T>> all = {
+        {"axpy", [](W& x, W& y, W&) { y += widen(factor<T>) * x; }, QRV_VECTORS_OF(saxpy, caxpy, QRV_AXPY)},
+        {"copy", [](W& x, W& y, W&) { y = x; }, QRV_VECTORS_OF(scopy, ccopy, QRV_XY)},
+        {"swap", [](W& x, W& y, W&) { std::swap(x, y); }, QRV_VECTORS_OF(sswap, cswap, QRV_XY)},
+        {"dot", [](W& x, W& y, W& sum) { sum += conjugate(x) * y; }, QRV_VECTORS_OF(sdot, cdotc, QRV_XY)},
+        {"scal", [](W& x, W&, W&) { x *= widen(factor<T>); }, QRV_SERIAL_VECTORS(sscal, cscal, QRV_SCAL)}};
+    if constexpr (isComplex<T>) {
+        all.push_back({"dotu", [](W& x, W& y, W& sum) { sum += x * y; }, QRV_SERIAL_VECTORS(cdotu, cdotu, QRV_XY)});
+        all.push_back(
+            {"csscal", [](W& x, W&, W&) { x *= factor<float>; }, QRV_SERIAL_VECTORS(csscal, csscal, QRV_REAL_SCAL)});
+    } else {
+        const auto rotate = [](W& x, W& y, W&) {
+            const W before = x;
+            x = rotationC * x + rotationS * y;
+            y = rotationC * y - rotationS * before;
+        };
+        all.push_back({"srot", rotate, QRV_VECTORS_OF(srot, srot, QRV_ROT)});
+        all.push_back({"srotm of -2", modified_rotation<0>, modified_rotation_on<0>});
+        all.push_back({"srotm of -1", modified_rotation<1>, modified_rotation_on<1>});
+        all.push_back({"srotm of 0", modified_rotation<2>, modified_rotation_on<2>});
+        all.push_back({"srotm of 1", modified_rotation<3>, modified_rotation_on<3>});
+    }
+    return all;
 }
-
-template <>
-inline const std::vector<VectorRoutine<SingleComplex>>& vector_routines<SingleComplex>() {
-    using C = SingleComplex;
-    static const std::vector<VectorRoutine<C>> list = {
-        {"caxpy", add_scaled<C>, QRV_VECTORS_OF(C, caxpy, QRV_CAXPY)},
-        {"ccopy", copy_element<C>, QRV_VECTORS_OF(C, ccopy, QRV_XY)},
-        {"cswap", swap_elements<C>, QRV_VECTORS_OF(C, cswap, QRV_XY)},
-        {"cdotc", add_product<C>, QRV_VECTORS_OF(C, cdotc, QRV_XY)},
-        {"cdotu", [](Wide<C>& x, Wide<C>& y, Wide<C>& sum) { sum += x * y; }, QRV_SERIAL_VECTORS(C, cdotu, QRV_XY)},
-        {"cscal", [](Wide<C>& x, Wide<C>&, Wide<C>&) { x *= widen(complexFactor); },
-         QRV_SERIAL_VECTORS(C, cscal, QRV_CSCAL)},
-        {"csscal", scale<C>, QRV_SERIAL_VECTORS(C, csscal, QRV_SCAL)},
-    };
+template <class T>
+const std::vector<VectorRoutine<T>>& vector_routines() {
+    static const std::vector<VectorRoutine<T>> list = all_vector_routines<T>();
     return list;
 }
 

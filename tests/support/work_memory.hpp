@@ -32,7 +32,6 @@ public:
         allocatorSlots = original();
     }
     WorkMemoryProbe(const WorkMemoryProbe&) = delete;
-    WorkMemoryProbe& operator=(const WorkMemoryProbe&) = delete;
 
     int threads() const { return static_cast<int>(state().takers.size()); } // that took some
     int refusals() const { return state().refusals; }
