@@ -1,5 +1,6 @@
 // Processor classes, cache tables and dispatch: the pure decisions over recorded words, and what a fresh process
 // makes of its environment.
+#include <array>
 #include <gtest/gtest.h>
 
 #include "service/dispatch.hpp"
@@ -45,15 +46,14 @@ TEST(CpuType, Override) {
 }
 
 TEST(CpuMa, ByClassAndOverride) {
-    EXPECT_EQ(cpu_ma_of(5, leaf1(aes), 0), 66);
-    EXPECT_EQ(cpu_ma_of(5, leaf1(0), 0), 64);
-    EXPECT_EQ(cpu_ma_of(5, leaf1(0), 66), 66);
-    EXPECT_EQ(cpu_ma_of(5, leaf1(aes), 64), 64);
-    EXPECT_EQ(cpu_ma_of(5, leaf1(aes), 65), 66) << "only 64 and 66 are overrides";
-    EXPECT_EQ(cpu_ma_of(4, leaf1(sse41), 66), 33);
-    EXPECT_EQ(cpu_ma_of(4, leaf1(0), 66), 32);
-    for (const int type : {0, 2, 3})
-        EXPECT_EQ(cpu_ma_of(type, leaf1(aes | sse41), 66), 0);
+    for (const auto& [forced, withAes, without] : {std::array{0, 66, 64}, {64, 64, 64}, {65, 66, 64}, {66, 66, 66}}) {
+        EXPECT_EQ(cpu_ma_of(5, leaf1(aes), forced), withAes);
+        EXPECT_EQ(cpu_ma_of(5, leaf1(0), forced), without);
+        EXPECT_EQ(cpu_ma_of(4, leaf1(sse41), forced), 33);
+        EXPECT_EQ(cpu_ma_of(4, leaf1(0), forced), 32);
+        for (const int type : {0, 2, 3})
+            EXPECT_EQ(cpu_ma_of(type, leaf1(aes | sse41), forced), 0);
+    }
 }
 
 TEST(L2Class, LastKnownDescriptorWins) {
@@ -81,40 +81,23 @@ struct CacheMachine {
     std::uint32_t highest = 0x16, highestExtended = 0x80000021, extendedFeatures = 0x004003F3;
 };
 
-// As recorded, but for the last three.
+// The first two as recorded.
+constexpr CpuidWords of32{1, 0x01C0003F, 0x3F, 0}, of48{1, 0x02C0003F, 0x3F, 0}; // kilobytes
+const std::vector<CpuidWords> recorded4{{0x1C004121, 0x01C0003F, 0x3F, 0},
+                                        {0x1C004122, 0x01C0003F, 0x3F, 0},
+                                        {0x1C004143, 0x00C0003F, 0x3FF, 0},
+                                        {0x1C03C163, 0x03C0003F, 0x1FFF, 6}},
+    recordedExtended{{0x121, 0x02C0003F, 0x3F, 0},
+                     {0x122, 0x01C0003F, 0x3F, 0},
+                     {0x143, 0x03C0003F, 0x3FF, 2},
+                     {0x4163, 0x03C0003F, 0x7FFF, 1}};
 const CacheMachine cacheMachines[] = {
-    {.what = "three levels in leaf 4, no extended leaf",
-     .leaf4 = {{0x1C004121, 0x01C0003F, 0x3F, 0},
-               {0x1C004122, 0x01C0003F, 0x3F, 0},
-               {0x1C004143, 0x00C0003F, 0x3FF, 0},
-               {0x1C03C163, 0x03C0003F, 0x1FFF, 6}},
-     .extended = {},
-     .kilobytes = {32, 256, 8192},
-     .highestExtended = 0x80000008},
-    {.what = "three levels in the extended leaf",
-     .leaf4 = {},
-     .extended = {{0x121, 0x02C0003F, 0x3F, 0},
-                  {0x122, 0x01C0003F, 0x3F, 0},
-                  {0x143, 0x03C0003F, 0x3FF, 2},
-                  {0x4163, 0x03C0003F, 0x7FFF, 1}},
-     .kilobytes = {48, 1024, 32768},
-     .highest = 0x1C},
-    {.what = "a virtual machine that answers zeros", .leaf4 = {}, .extended = {}, .kilobytes = {}},
-    {.what = "leaf 4 before the extended leaf",
-     .leaf4 = {{0x1, 0x01C0003F, 0x3F, 0}},
-     .extended = {{0x1, 0x02C0003F, 0x3F, 0}},
-     .kilobytes = {32}},
-    {.what = "an extended leaf without meaning",
-     .leaf4 = {},
-     .extended = {{0x1, 0x02C0003F, 0x3F, 0}},
-     .kilobytes = {},
-     .extendedFeatures = 0},
-    {.what = "leaves that answer beyond the highest",
-     .leaf4 = {{0x1, 0x01C0003F, 0x3F, 0}},
-     .extended = {{0x1, 0x02C0003F, 0x3F, 0}},
-     .kilobytes = {},
-     .highest = 3,
-     .highestExtended = 0x8000001C},
+    {"three levels in leaf 4, no extended leaf", recorded4, {}, {32, 256, 8192}, 0x16, 0x80000008},
+    {"three levels in the extended leaf", {}, recordedExtended, {48, 1024, 32768}, 0x1C},
+    {"a virtual machine that answers zeros", {}, {}, {}},
+    {"leaf 4 before the extended leaf", {of32}, {of48}, {32}},
+    {"an extended leaf without meaning", {}, {of48}, {}, 0x16, 0x80000021, 0},
+    {"leaves that answer beyond the highest", {of32}, {of48}, {}, 3, 0x8000001C},
 };
 
 TEST(Caches, OfMachines) {
@@ -141,7 +124,7 @@ TEST(Caches, OfMachines) {
 }
 
 TEST(Caches, StrangeMachines) {
-    const CacheList endless = caches_of([](int) { return CpuidWords{1, 0x01C0003F, 0x3F, 0}; });
+    const CacheList endless = caches_of([](int) { return of32; });
     EXPECT_EQ(endless.count, 32) << "a leaf that never ends";
     const CacheList huge = caches_of([](int s) { return s == 0 ? CpuidWords{1, ~0U, ~0U, 0} : CpuidWords{}; });
     EXPECT_EQ(huge.size(1), std::numeric_limits<int>::max());
@@ -155,18 +138,17 @@ TEST(Dispatch, PickKnowsTheFiveClasses) {
                                         [] { return 5; }};
     Variants<Kernel> forms = variants;
     forms.avx2 = [] { return 52; }, forms.avx512 = [] { return 53; };
+    using enum VectorForm;
     for (const int type : {0, 2, 3, 4, 5})
-        EXPECT_EQ(pick(variants, type)(), type);
+        for (const auto& [form, found] : {std::pair{sse, 5}, {avx2, 52}, {avx512, 53}}) {
+            EXPECT_EQ(pick(variants, type, form)(), type) << "a routine without forms of its own";
+            EXPECT_EQ(pick(forms, type, form)(), type == 5 ? found : type);
+        }
     for (const int type : {1, 6})
         EXPECT_EQ(pick(variants, type), nullptr);
-    EXPECT_EQ(pick(variants, 5, VectorForm::avx512)(), 5) << "a routine without forms of its own";
-    EXPECT_EQ(pick(forms, 5)(), 5);
-    EXPECT_EQ(pick(forms, 5, VectorForm::avx2)(), 52);
-    EXPECT_EQ(pick(forms, 5, VectorForm::avx512)(), 53);
-    EXPECT_EQ(pick(forms, 4, VectorForm::avx512)(), 4);
     DispatchSlot<Kernel> slot(variants);
-    EXPECT_EQ(slot(), qrv_serv_get_cpu_type()) << "first call";
-    EXPECT_EQ(slot(), qrv_serv_get_cpu_type()) << "second call";
+    for (const char* call : {"first", "second"})
+        EXPECT_EQ(slot(), qrv_serv_get_cpu_type()) << call;
 }
 
 TEST(ProcessorEnvironment, ForcedClasses) {

@@ -26,6 +26,7 @@ struct Ladder {
     const char* names;
     const char* arguments; // n1 n2 n3 n4, those left out are -1
     const char* values;
+    const char* opts = " ";
 };
 
 // One row a rule and a few values of each.
@@ -51,6 +52,24 @@ constexpr Ladder ladders[] = {
     {17, "SGETRF", "0 ? 4", "4000:3 4001:2 6001:1"},
     {18, "SGETRF", "0 ? 8", "3600:4 3601:8"},
     {18, "SGETRF CGETRF", "0 6500 ?", "11:0 12:12 13:0"},
+    {1, "SGEQRF", "500 500 ?", "2:2 -1:48", "B"}, // blocks in a job
+    {12, "SGETRF", "?", "-1:16"},
+    {12, "SGEQRF", "-1 ?", "401:16", "N"},
+    {12, "CGEQRF", "-1 ?", "400:24 401:32 1900:96 1901:128", "P"},
+    // The QR iteration: ilo and ihi are n2 and n3.
+    {15, "SHSEQR", "0 11 ?", "5:2 39:2 40:4 69:4 70:10 159:10 160:20 510:54 599:64 3009:64 3010:128 6010:256"},
+    {13, "SLAQR0", "0 11 ?", "5:2 159:10 160:20 510:54 511:81 599:96 3010:192 6010:384"},
+    {16, "SHSEQR", "0 11 ?", "5:0 159:0 160:2 6010:2"},
+    // Names: six letters count, in the case of the first, and z is as c.
+    {1, "SGEQRF sgeqrf sGEqrF DGEQRF SGEQRFXY", "9 ?", "301:24"},
+    {1, "Sgeqrf ZSGEQRF SNOROW CSYTRD XGETRF 1GETRF ?", "9 ?", "301:1"},
+    {1, "CUNMQR zunmqr", "9 ?", "301:32"},
+    {2, "SGETRF CUNGQR SNOROW S", "9 ?", "301:2"},
+    {3, "XGETRF 1GETRF ?", "9 ?", "301:1"},
+    {3, "SNOROW", "9 ?", "301:0"},
+    {17, "SPOTRF", "9 ? 2", "100:1"},
+    {18, "SPOTRF", "9 ? 2", "100:0"},
+    {17, "sgetrf", "9 ? 2", "100:3"},
 };
 
 TEST(Tuning, ValuesAtTheirBounds) {
@@ -65,7 +84,7 @@ TEST(Tuning, ValuesAtTheirBounds) {
                 std::string word;
                 for (int i = 0; arguments >> word; ++i)
                     n[i] = word == "?" ? size : std::stoi(word);
-                EXPECT_EQ(ilaenv(ladder.ispec, name, n[0], n[1], n[2], n[3]), expected)
+                EXPECT_EQ(ilaenv(ladder.ispec, name, n[0], n[1], n[2], n[3], ladder.opts), expected)
                     << ladder.ispec << ' ' << name << '(' << ladder.arguments << ") with " << size;
             }
         }
@@ -74,60 +93,18 @@ TEST(Tuning, ValuesAtTheirBounds) {
     EXPECT_EQ(tuning::lu_span("SGETRF", 4001, 4), 2);
 }
 
-TEST(Tuning, NamesAsTheyAreRead) {
-    const struct {
-        int ispec;
-        const char* names;
-        int value;                                               // of two unequal sizes
-    } rows[] = {{1, "SGEQRF sgeqrf sGEqrF DGEQRF SGEQRFXY", 24}, // six letters count, in the case of the first
-                {1, "Sgeqrf ZSGEQRF SNOROW CSYTRD XGETRF 1GETRF ?", 1},
-                {1, "CUNMQR zunmqr", 32}, // z as c
-                {2, "SGETRF CUNGQR SNOROW S", 2},
-                {3, "XGETRF 1GETRF ?", 1},
-                {3, "SNOROW", 0}};
-    for (const auto& [ispec, names, value] : rows) {
-        std::istringstream words(names);
-        for (std::string name; words >> name;)
-            EXPECT_EQ(ilaenv(ispec, name, 9, 301), value) << ispec << ' ' << name;
-    }
-    EXPECT_EQ(ilaenv(1, "", 5, 5), 1);
-    EXPECT_EQ(ilaenv(17, "SPOTRF", 9, 100, 2), 1);
-    EXPECT_EQ(ilaenv(18, "SPOTRF", 9, 100, 2), 0);
-    EXPECT_EQ(ilaenv(17, "sgetrf", 9, 100, 2), 3);
-    EXPECT_EQ(ilaenv(1, "SGEQRF", 500, 500, 2, -1, "B"), 2) << "blocks in a job";
-    EXPECT_EQ(ilaenv(1, "SGEQRF", 500, 500, -1, -1, "B"), 48);
-}
-
 TEST(Tuning, OtherValues) {
     const int type = qrv_serv_get_cpu_type();
     const int expected[] = {-1, 1, 2, 0, 6, 2, 1600, 1, 50, 25, 1, 1, 75, 2, 14, 2, 0, 1, 0, type, -1, -1};
     for (int ispec = 0; ispec < 22; ++ispec)
         EXPECT_EQ(ilaenv(ispec, "SHSEQR", 1000, 1000), expected[ispec]) << ispec;
     EXPECT_EQ(ilaenv(-1, "SGETRF"), -1);
+    EXPECT_EQ(ilaenv(1, "", 5, 5), 1);
     EXPECT_EQ(ilaenv(19, "?"), type);
     EXPECT_EQ(ilaenv(7, "SHGEQZ"), type == 5 ? 32 : 2);
-    EXPECT_EQ(ilaenv(12, "SGETRF"), 16);
-    EXPECT_EQ(ilaenv(12, "SGEQRF", -1, 401, -1, -1, "N"), 16);
-    for (const auto& [n, panel] : {std::pair{400, 24}, {401, 32}, {1900, 96}, {1901, 128}})
-        EXPECT_EQ(ilaenv(12, "CGEQRF", -1, n, -1, -1, "P"), panel) << n;
-    EXPECT_EQ(ilaenv(13, "SLAQR0", 501, 1, 501), 3 * 54 / 2) << "ilo and ihi are n2 and n3";
-}
-
-TEST(Tuning, QrIteration) {
-    const auto iparmq = [](int ispec, int nh) {
-        const int unused = -1, ilo = 11, ihi = 10 + nh;
-        return IPARMQ(&ispec, "SHSEQR", "EN", &unused, &ilo, &ihi, &unused, 6, 2);
-    };
-    // nh, shifts
-    const int rows[][2] = {{-5, 2},   {29, 2},   {30, 4},   {59, 4},   {60, 10},   {149, 10},   {150, 20},
-                           {500, 54}, {501, 54}, {589, 64}, {590, 64}, {2999, 64}, {3000, 128}, {6000, 256}};
-    for (const auto& [nh, ns] : rows) {
-        EXPECT_EQ(iparmq(15, nh), ns) << nh;
-        EXPECT_EQ(iparmq(13, nh), nh <= 500 ? ns : 3 * ns / 2) << nh;
-        EXPECT_EQ(iparmq(16, nh), ns >= 14 ? 2 : 0) << nh;
-    }
-    for (const auto& [ispec, value] : {std::pair{11, -1}, {12, 75}, {14, 14}, {17, -1}})
-        EXPECT_EQ(iparmq(ispec, 100), value) << ispec;
+    const int unused = -1, ilo = 11, ihi = 110;
+    for (const auto& [ispec, value] : {std::pair{11, -1}, {12, 75}, {13, 10}, {14, 14}, {15, 10}, {16, 0}, {17, -1}})
+        EXPECT_EQ(IPARMQ(&ispec, "SHSEQR", "EN", &unused, &ilo, &ihi, &unused, 6, 2), value) << ispec;
 }
 
 TEST(MachineConstants, Bits) {

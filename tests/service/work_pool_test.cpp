@@ -67,7 +67,7 @@ private:
 };
 
 TEST_F(WorkPool, ManyThreadsAtOnce) {
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (int t = 0; t < 8; ++t)
         threads.emplace_back([t] {
             for (int i = 0; i < 500; ++i) {
@@ -78,8 +78,7 @@ TEST_F(WorkPool, ManyThreadsAtOnce) {
                 qrv_serv_deallocate(block);
             }
         });
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.clear();
     EXPECT_EQ(buffers(), 8 * 5);
 }
 
@@ -132,7 +131,7 @@ struct Steps {
     }
     explicit Steps(const std::string& steps) {
         std::atomic<int> turn{0};
-        std::vector<std::thread> threads;
+        std::vector<std::jthread> threads;
         for (char id = '0'; id < '4'; ++id)
             threads.emplace_back([&, id] {
                 std::istringstream words(steps);
@@ -150,8 +149,6 @@ struct Steps {
                     ++turn;
                 }
             });
-        for (std::thread& thread : threads)
-            thread.join();
     }
     ~Steps() {
         for (void* block : held)
