@@ -1,10 +1,10 @@
 // Matrix files with random faults, read as they are and by the program: a matrix, or one line that tells why not.
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <random>
+#include <regex>
 
 #include "matrix_file/matrix_file.hpp"
 #include "support/folder.hpp"
@@ -71,13 +71,8 @@ std::string damaged(std::mt19937& random) {
 
 // A few digits more make a matrix that is sound, and whose work takes long.
 bool is_large(const std::string& text) {
-    std::size_t digits = 0;
-    for (const char c : text) {
-        digits = std::isdigit(static_cast<unsigned char>(c)) ? digits + 1 : 0;
-        if (digits > 3)
-            return true;
-    }
-    return false;
+    static const std::regex digits("[0-9]{4}");
+    return std::regex_search(text, digits);
 }
 
 TEST(HostileFiles, AreReadOrRefusedWithALine) {

@@ -20,17 +20,19 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 std::string with_banner(const std::string& text) {
-    return (text.starts_with("%%") ? "" : "%%MatrixMarket matrix ") + text;
+    return (text.starts_with("%%") || text.starts_with("\x93") ? "" : "%%MatrixMarket matrix ") + text;
 }
 MatrixFile parse(const std::string& text) {
     return parse_matrix("name", with_banner(text));
 }
 
+struct Meaning {
+    std::string text;
+    std::vector<SingleComplex> elements; // column by column
+};
+
 TEST(MatrixMarket, ReadsWhatTheFileMeans) {
-    const struct {
-        std::string text;
-        std::vector<SingleComplex> elements; // column by column
-    } cases[] = {
+    const Meaning cases[] = {
         {"array real general\n2 3\n1\n-2\n+.5\n4e2\n5D-1\n1d+2\n", {1, -2, 0.5F, 400, 0.5F, 100}},
         {"coordinate integer general\n2 2 3\n2 1 -7\n1 2 8\n1 1 +9\n", {9, -7, 8, 0}},
         {"array complex general\n1 2\n1 2\n3 -4\n", {{1, 2}, {3, -4}}},
@@ -50,12 +52,13 @@ TEST(MatrixMarket, ReadsWhatTheFileMeans) {
     EXPECT_EQ(parse("coordinate real general\n2 2 2\n1 1 1\n1 1 2\n").entries, 2);
 }
 
-void expect_refused(const std::string& name, const std::string& text, const std::string& begin, const char* what) {
+// For what is told of a line, or of the file.
+void expect_refused(const std::string& name, const std::string& text, const char* what, int line = 0) {
     try {
         parse_matrix(name, text);
         ADD_FAILURE() << "taken: " << text;
     } catch (const InputError& error) {
-        EXPECT_THAT(error.what(), StartsWith(begin)) << text;
+        EXPECT_THAT(error.what(), StartsWith(name + (line > 0 ? ':' + std::to_string(line) : "") + ": ")) << text;
         EXPECT_THAT(error.what(), HasSubstr(what)) << text;
         EXPECT_LT(std::string(error.what()).size(), 160U);
     }
@@ -102,14 +105,11 @@ TEST(MatrixMarket, RefusesWithTheLine) {
         {real + "2 2 1\n1 1 \x1b[31m" + std::string(100, 'y') + "\n", 3, "'?[31myyy"},
     };
     for (const auto& [text, line, what] : cases)
-        expect_refused("name", with_banner(text), "name:" + std::to_string(line) + ": ", what);
+        expect_refused("name", with_banner(text), what, line);
 }
 
 TEST(Npy, ReadsWhatTheFileMeans) {
-    const struct {
-        std::string content;
-        std::vector<SingleComplex> elements; // column by column
-    } cases[] = {
+    const Meaning cases[] = {
         {npy(npy_header("<f4", "(2, 3)") + "   \n", {1, 2, 3, 4, 5, 6}), {1, 4, 2, 5, 3, 6}},
         {npy(npy_header("<f4", "(2, 3)", true), {1, 2, 3, 4, 5, 6}, 2), {1, 2, 3, 4, 5, 6}},
         {npy(npy_header("<c8", "(2, 2)"), {1, 2, 3, 4, 5, 6, 7, 8}), {{1, 2}, {5, 6}, {3, 4}, {7, 8}}},
@@ -117,12 +117,11 @@ TEST(Npy, ReadsWhatTheFileMeans) {
         {npy<double>("{\"shape\":(2),\"fortran_order\":True,\"descr\":\"<f8\"}", {0.1, -3.0}), {0.1F, -3}},
     };
     for (const auto& [file, elements] : cases) {
-        const MatrixFile read = parse_matrix("name", file);
+        const MatrixFile read = parse(file);
         EXPECT_EQ(to_complex(read.matrix).values, elements) << file;
         EXPECT_EQ(read.format, Format::npy);
     }
-    const MatrixFile vector = parse_matrix("name", cases[3].content);
-    EXPECT_EQ(to_complex(vector.matrix).columns, 1);
+    EXPECT_EQ(to_complex(parse(cases[3].text).matrix).columns, 1);
     Matrix<float> tall(5000, 3); // more than is read at a time
     std::string text = npy(npy_header("<f4", "(5000, 3)", true), {});
     for (std::size_t k = 0; k < tall.values.size(); ++k)
@@ -134,10 +133,7 @@ TEST(Npy, ReadsWhatTheFileMeans) {
 TEST(Npy, RefusesWithALine) {
     const auto header = [](const std::string& text) { return npy(text, {}); };
     const std::string good = npy(npy_header("<f4", "(1, 2)"), {1, 2});
-    const struct {
-        std::string content;
-        const char* what;
-    } cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {"", "the file is empty"},
         {"\x93NUMPX" + good.substr(6), "does not begin with"},
         {"%%MatrixMarket matrix array real general\n1 1\n1\n", "no file of NumPy"},
@@ -168,7 +164,7 @@ TEST(Npy, RefusesWithALine) {
         {npy<double>(npy_header("<c16", "(1,)"), {1.0, -4e38}), "row 1, column 1 does not fit"},
     };
     for (const auto& [content, what] : cases)
-        expect_refused("name.npy", content, "name.npy: ", what);
+        expect_refused("name.npy", content, what);
 }
 
 void write(const std::string& path, const AnyMatrix& matrix, Format format = Format::array) {

@@ -28,6 +28,12 @@ constexpr const char* limit = ""; // the sanitizer keeps a shadow of all address
 constexpr const char* limit = "ulimit -v 8000000 && ";
 #endif
 
+struct Case {
+    std::string command; // of qrv, or a script in which it stands
+    const char* says;
+    int exitStatus = 0;
+};
+
 // A folder with matrices, in which the program runs.
 class Program : public testing::Test {
 protected:
@@ -69,6 +75,18 @@ protected:
                            {{"OMP_WAIT_POLICY", "passive"}, {"PATH", path}});
     }
     ChildResult run(const std::string& command) const { return run_script("qrv " + command); }
+    // What fails says one line and leaves nothing behind.
+    ChildResult answer(const Case& c) const {
+        const auto filesBefore = folder.count();
+        const ChildResult result = c.command.find("qrv ") == std::string::npos ? run(c.command) : run_script(c.command);
+        const bool fails = c.exitStatus != 0;
+        EXPECT_EQ(result.exitStatus, c.exitStatus) << c.command << '\n' << result.err;
+        EXPECT_THAT(fails ? result.err : result.out, HasSubstr(c.says)) << c.command;
+        EXPECT_EQ(result.err.substr(0, 5), fails ? "qrv: " : "") << c.command;
+        EXPECT_EQ(result.err.find('\n') + 1, result.err.size()) << c.command << '\n' << result.err;
+        EXPECT_TRUE(!fails || folder.count() == filesBefore) << c.command << " left a file behind";
+        return result;
+    }
 
     void write(const std::string& name, const std::string& text) {
         std::ofstream(folder.file(name)) << "%%MatrixMarket matrix " << text;
@@ -99,96 +117,80 @@ protected:
 };
 
 TEST_F(Program, AnswersWhatItCannotDoWithOneLine) {
-    const struct {
-        const char* command;
-        int exitStatus;
-        const char* says;
-    } cases[] = {
-        {"", 2, "command"},
-        {"slove real", 2, "slove"},
-        {"solve", 2, "A is required"},
-        {"solve --fast real", 2, "--fast"},
-        {"solve ''", 2, "A: the name of the file is empty"}, // a shell variable that is not set
-        {"invert real -o ''", 2, "--out: the name of the file is empty"},
-        {"solve real -o x --picture ./x", 2, "./x would take two results"},
-        {"bench --sizes 0", 2, "--sizes"},
-        {"norm none", 2, "cannot read none: No such file"},
-        {"norm .", 2, "cannot read .: Is a directory"},
-        {"norm \"$(printf 'no\\033[2J\\n\\302\\233such\\303\\251\\377\\177')\"", 2,
-         "cannot read no?[2J??such\u00e9??: No"},
-        {"norm /dev/zero", 2, "/dev/zero:1: no Matrix Market file: it does not begin"},
-        {"solve wide -o x", 2, "wide is 1 x 2"},
-        {"solve real tiny -o x", 2, "tiny has 1 rows; the matrix real has 2"},
-        {"solve singular -o x", 1, "singular is singular: pivot 2 of 2 is 0"},
-        {"solve overflow -o x", 1, "overflow: its factors are beyond the range"},
-        {"solve growth -o x", 1, "growth: the elimination failed"},
-        {"solve real --method qr", 2, "--method"},
-        {"solve real --method cholesky -o x", 1, "real is not for Cholesky: it is not symmetric or Hermitian"},
-        {"solve indefinite --method cholesky -o x", 1,
-         "indefinite is not positive definite: Cholesky ends at column 2"},
-        {"solve hermitian --method band -o x", 2, "hermitian: the band routines are for real systems"},
-        {"solve band right --method band -o x", 2, "right has 2 rows"},
-        {"solve real right --method band -o x", 2, "real: the band routines are for real systems"},
-        {"solve singular --method band -o x", 1, "singular is singular: pivot 2 of 2 is 0"},
-        {"solve tiny huge -o x", 1, "the result is beyond the range"},
-        {"eig wide -o x", 2, "wide is 1 x 2"},
-        {"eig real -o x --left ./x", 2, "./x would take two results"},
-        {"eig real --right y --picture y", 2, "y would take two results"},
-        {"eig right -o x", 2, "right is complex; the library has no complex nonsymmetric eigenvalue solver"},
-        {"eig hermitian -o x", 2, "hermitian is complex; the library has no complex Hermitian eigenvalue solver"},
-        {"eig beyond -o x", 1, "beyond: its eigenvalues are beyond the range"},
-        {"svd beyond -o x", 1, "beyond: its singular values are beyond the range"},
-        {"svd real --tolerance 2", 2, "--tolerance"},
-        {"svd real --left x --right ./x", 2, "./x would take two results"},
-        {"compress real --rank 1 -o x", 2, "cannot read the picture real"},
-        {"compress gray.png -o x", 2, "Exactly 1 option from [--rank,--error]"},
-        {"compress gray.png --rank 21 -o x", 2, "gray.png has 20 singular values, fewer than 21"},
-        {"compress gray.png --rank 1 -o ./gray.png", 2, "./gray.png would take two results"},
-        {"compress gray.png --rank 1 -o none/x", 1, "cannot write none/x"},
-        {"fit line", 2, "b is required"},
-        {"fit line real -o x", 2, "real has 2 rows; the matrix line has 4"},
-        {"fit line observed --over 3 -o x", 2, "line has no column 3"},
-        {"fit wide tiny -o x", 2, "wide has more columns than rows; which of them to use, --pivot finds"},
-        {"fit dependent observed -o x", 1, "dependent has columns that depend on others; pivoting finds them"},
-        {"fit tiny huge -o x", 1, "tiny: the result is beyond the range"},
-        {"fit line observed -o x --picture ./x", 2, "./x would take two results"},
-        {"qr line -q x -r x", 2, "x would take two results"},
-        {"qr line -p x", 2, "--pivot"},
-        {"qr beyond -q x", 1, "beyond: its factors are beyond the range"},
-        {"solve real -o /dev/full", 1, "cannot write /dev/full: No space left"},
-        {"solve short --picture none/x", 1, "cannot write none/x: No such file"}, // before anything is read
-        {"invert short -o .", 1, "cannot write .: Is a directory"},
-        {"norm wrong.npy", 2, "wrong.npy: no file of NumPy"},
-        {"solve matrix.npy -o ./x.npy --coordinate", 2, "./x.npy, have all elements"},
-        {"solve - - < real", 2, "standard input holds one matrix"},
-        {"norm - < short", 2, "standard input:4: the file ends after 2 of 4 entries"},
-        {"norm - <&-", 2, "cannot read -: Bad file descriptor"},
-        {"solve real -o - --picture /dev/stdout", 2, "/dev/stdout would take two results"},
-        {"solve singular -o - --json", 1, "singular is singular"},
-        {"solve short -o - >&-", 1, "cannot write standard output: Bad file descriptor"},
-        {"norm real --json > /dev/full", 1, "standard output: No space left"},
-        {"--help > /dev/full", 1, "standard output: No space left"},
+    const Case cases[] = {
+        {"", "command", 2},
+        {"slove real", "slove", 2},
+        {"solve", "A is required", 2},
+        {"solve --fast real", "--fast", 2},
+        {"solve ''", "A: the name of the file is empty", 2}, // a shell variable that is not set
+        {"invert real -o ''", "--out: the name of the file is empty", 2},
+        {"solve real -o x --picture ./x", "./x would take two results", 2},
+        {"bench --sizes 0", "--sizes", 2},
+        {"norm none", "cannot read none: No such file", 2},
+        {"norm .", "cannot read .: Is a directory", 2},
+        {"norm \"$(printf 'no\\033[2J\\n\\302\\233such\\303\\251\\377\\177')\"", "cannot read no?[2J??such\u00e9??: No",
+         2},
+        {"norm /dev/zero", "/dev/zero:1: no Matrix Market file: it does not begin", 2},
+        {"solve wide -o x", "wide is 1 x 2", 2},
+        {"solve real tiny -o x", "tiny has 1 rows; the matrix real has 2", 2},
+        {"solve singular -o x", "singular is singular: pivot 2 of 2 is 0", 1},
+        {"solve overflow -o x", "overflow: its factors are beyond the range", 1},
+        {"solve growth -o x", "growth: the elimination failed", 1},
+        {"solve real --method qr", "--method", 2},
+        {"solve real --method cholesky -o x", "real is not for Cholesky: it is not symmetric or Hermitian", 1},
+        {"solve indefinite --method cholesky -o x", "indefinite is not positive definite: Cholesky ends at column 2",
+         1},
+        {"solve hermitian --method band -o x", "hermitian: the band routines are for real systems", 2},
+        {"solve band right --method band -o x", "right has 2 rows", 2},
+        {"solve real right --method band -o x", "real: the band routines are for real systems", 2},
+        {"solve singular --method band -o x", "singular is singular: pivot 2 of 2 is 0", 1},
+        {"solve tiny huge -o x", "the result is beyond the range", 1},
+        {"eig wide -o x", "wide is 1 x 2", 2},
+        {"eig real -o x --left ./x", "./x would take two results", 2},
+        {"eig real --right y --picture y", "y would take two results", 2},
+        {"eig right -o x", "right is complex; the library has no complex nonsymmetric eigenvalue solver", 2},
+        {"eig hermitian -o x", "hermitian is complex; the library has no complex Hermitian eigenvalue solver", 2},
+        {"eig beyond -o x", "beyond: its eigenvalues are beyond the range", 1},
+        {"svd beyond -o x", "beyond: its singular values are beyond the range", 1},
+        {"svd real --tolerance 2", "--tolerance", 2},
+        {"svd real --left x --right ./x", "./x would take two results", 2},
+        {"compress real --rank 1 -o x", "cannot read the picture real", 2},
+        {"compress gray.png -o x", "Exactly 1 option from [--rank,--error]", 2},
+        {"compress gray.png --rank 21 -o x", "gray.png has 20 singular values, fewer than 21", 2},
+        {"compress gray.png --rank 1 -o ./gray.png", "./gray.png would take two results", 2},
+        {"compress gray.png --rank 1 -o none/x", "cannot write none/x", 1},
+        {"fit line", "b is required", 2},
+        {"fit line real -o x", "real has 2 rows; the matrix line has 4", 2},
+        {"fit line observed --over 3 -o x", "line has no column 3", 2},
+        {"fit wide tiny -o x", "wide has more columns than rows; which of them to use, --pivot finds", 2},
+        {"fit dependent observed -o x", "dependent has columns that depend on others; pivoting finds them", 1},
+        {"fit tiny huge -o x", "tiny: the result is beyond the range", 1},
+        {"fit line observed -o x --picture ./x", "./x would take two results", 2},
+        {"qr line -q x -r x", "x would take two results", 2},
+        {"qr line -p x", "--pivot", 2},
+        {"qr beyond -q x", "beyond: its factors are beyond the range", 1},
+        {"solve real -o /dev/full", "cannot write /dev/full: No space left", 1},
+        {"solve short --picture none/x", "cannot write none/x: No such file", 1}, // before anything is read
+        {"invert short -o .", "cannot write .: Is a directory", 1},
+        {"norm wrong.npy", "wrong.npy: no file of NumPy", 2},
+        {"solve matrix.npy -o ./x.npy --coordinate", "./x.npy, have all elements", 2},
+        {"solve - - < real", "standard input holds one matrix", 2},
+        {"norm - < short", "standard input:4: the file ends after 2 of 4 entries", 2},
+        {"norm - <&-", "cannot read -: Bad file descriptor", 2},
+        {"solve real -o - --picture /dev/stdout", "/dev/stdout would take two results", 2},
+        {"solve singular -o - --json", "singular is singular", 1},
+        {"solve short -o - >&-", "cannot write standard output: Bad file descriptor", 1},
+        {"norm real --json > /dev/full", "standard output: No space left", 1},
+        {"--help > /dev/full", "standard output: No space left", 1},
+        {"cat real /dev/zero | qrv norm /dev/stdin", "/dev/stdin:7: the line has more than", 2}, // and has no end
+        {"ulimit -f 1 && qrv invert growth -o x", "cannot write x: File too large", 1},          // before the work
     };
-    for (const auto& [command, exitStatus, says] : cases) {
-        const ChildResult result = run(command);
-        EXPECT_EQ(result.exitStatus, exitStatus) << command << '\n' << result.err;
-        EXPECT_THAT(result.err, StartsWith("qrv: ")) << command;
-        EXPECT_THAT(result.err, HasSubstr(says)) << command;
-        EXPECT_EQ(result.err.find('\n') + 1, result.err.size()) << command << '\n' << result.err;
-        EXPECT_EQ(folder.count(), files) << command << " left a file behind";
-    }
+    for (const Case& c : cases)
+        answer(c);
     // A file that is there stays as it is.
     EXPECT_EQ(run("solve singular -o singular").exitStatus, 1);
     EXPECT_THAT(content(folder.file("singular")), HasSubstr("1\n2\n2\n4\n"));
 
-    // A matrix, and then a line without an end.
-    const ChildResult endless = run_script("cat real /dev/zero | qrv norm /dev/stdin");
-    EXPECT_EQ(endless.exitStatus, 2);
-    EXPECT_THAT(endless.err, HasSubstr("/dev/stdin:7: the line has more than"));
-    // More than the disk takes is told before the work.
-    const ChildResult limited = run_script("ulimit -f 1 && qrv invert growth -o x");
-    EXPECT_EQ(limited.exitStatus, 1);
-    EXPECT_THAT(limited.err, HasSubstr("cannot write x: File too large"));
     // Ended while it waits for its matrix: the file for the result is there already, and goes.
     const ChildResult ended =
         run_script("mkfifo pipe && { qrv solve pipe -o x & } && until ls x.part*; do sleep 0.01; done "
@@ -262,10 +264,7 @@ TEST_F(Program, TellsFiguresAndResultsAsJson) {
         "{\"A\": {\"file\": \"real\", \"rows\": 2, \"columns\": 2, \"complex\": false, \"symmetry\": \"general\", "
         "\"entries\": 4}, \"largest_element\": 4, \"one_norm\": 7, \"infinity_norm\": 5, \"frobenius_norm\": "
         "5.0990195}\n");
-    const struct {
-        const char* command;
-        const char* says;
-    } cases[] = {
+    const Case cases[] = {
         {"info", "\"processor_class\": \""},
         {"bench --sizes 4 8 --seconds 0.001", "\"n\": [4, 8], \"Sgemm\": ["},
         {"solve real", "\"x\": [1, 1]"},
@@ -282,13 +281,9 @@ TEST_F(Program, TellsFiguresAndResultsAsJson) {
     std::filesystem::copy(folder.file("real"), folder.file("odd \"\\\n\xc3\xa4 \xff"));
     EXPECT_THAT(run("norm 'odd \"\\\n\xc3\xa4 \xff'").out, StartsWith("A: odd \"\\?\xc3\xa4 ?, 2 x 2"));
     const bool hasParser = run_script("command -v python3").exitStatus == 0;
-    for (const auto& [command, says] : cases) {
-        const ChildResult result = run(std::string(command) + " --json" + (hasParser ? " | tee json" : ""));
-        EXPECT_THAT(result.out, HasSubstr(says)) << command;
-        EXPECT_EQ(result.err, "") << command;
-        if (hasParser) {
-            EXPECT_EQ(run_script("python3 -m json.tool json").exitStatus, 0) << command << result.out;
-        }
+    for (const auto& [command, says, exitStatus] : cases) {
+        answer({command + " --json" + (hasParser ? " | tee json" : ""), says});
+        EXPECT_TRUE(!hasParser || run_script("python3 -m json.tool json").exitStatus == 0) << command;
     }
 }
 
@@ -314,8 +309,8 @@ TEST_F(Program, TellsShellsWhatItTakes) {
         "");
     EXPECT_EQ(run_script("! command -v zsh || zsh -n _qrv").exitStatus, 0);
     const struct {
-        const char* line;
-        const char* words; // the last one is completed
+        const char* line; // whose last word is completed
+        const char* words;
     } cases[] = {{"qrv so", "solve"},
                  {"qrv solve --me", "--method"},
                  {"qrv solve --method ch", "cholesky"},
@@ -330,10 +325,7 @@ TEST_F(Program, TellsShellsWhatItTakes) {
 }
 
 TEST_F(Program, ReportsAndWritesResults) {
-    const struct {
-        const char* command;
-        const char* says;
-    } cases[] = {
+    const Case cases[] = {
         {"--help", "solve"},
         {"--version", "."},
         {"info", "processor class"},
@@ -381,12 +373,8 @@ TEST_F(Program, ReportsAndWritesResults) {
          "51 instead of 600: 8.5 %\n  error             0.0000 of the picture; 0.00 levels"},
         {"compress color.png --error 0.01 -o low.png", "rank              1 of 20"},
     };
-    for (const auto& [command, says] : cases) {
-        const ChildResult result = run(command);
-        EXPECT_EQ(result.exitStatus, 0) << command;
-        EXPECT_EQ(result.err, "") << command;
-        EXPECT_THAT(result.out, HasSubstr(says)) << command;
-    }
+    for (const Case& c : cases)
+        answer(c);
     EXPECT_EQ(folder.count(), files + 27);
     const std::string picture = content(folder.file("x.svg")); // the unit matrix: two columns, two parts each
     EXPECT_THAT(picture, StartsWith("<svg"));
