@@ -74,6 +74,19 @@ TEST(Level2, ProductsDoNotDependOnThePlaceOfTheMatrix) {
     });
 }
 
+// Few rows, one column right behind the other.
+TEST(Level2, ColumnsWithoutGaps) {
+    each_routine(true, []<class T>(const Routine<T>& routine) {
+        if (!std::string_view(routine.name).ends_with("gemv"))
+            return;
+        for (const int m : {2, 3, 4, 8})
+            for (const int n : {8, 15, 32, 37, 63, 130})
+                check_builds(
+                    routine,
+                    {.trans = 'T', .m = m, .n = n, .alpha = 1.5F, .beta = 0.5F, .a = {0, 0, Guard::pageBehind}});
+    });
+}
+
 // ---- Parts for a team -----------------------------------------------------------------------------------------------
 
 // The order of the triangle that is left to another part.

@@ -133,7 +133,10 @@ void copy_rows(int columns, int steps, const float* b, std::ptrdiff_t ldb, float
         const float* in = b;
         int left = columns;
         for (; left >= 2 * tileColumns || left == tileColumns; left -= tileColumns, in += width, strip += stripLength)
-            load_kept(in, whole).store(strip + l * width);
+            if constexpr (width == Vector::lanes / 2)
+                store_piece<width>(strip + l * width, load_piece<width>(in));
+            else
+                load_kept(in, whole).store(strip + l * width);
         for (int share; left > 0; left -= share, strip += stripLength) {
             share = even_share(left, tileColumns);
             const int floats = share * floatsIn<T>;

@@ -259,6 +259,18 @@ QRV_INLINE void gemv(Op op, int m, int n, T alpha, Matrix<const T> a, const T* x
         return;
     if constexpr (Pack<T>::count > 1)
         if (incx == 1 && incy == 1) {
+            if constexpr (!isComplex<T>)
+                if (transposed && a.ld == m && n >= 2 * Pack<T>::count) { // few rows one behind the other
+                    if (m == 2)
+                        return add_dots_without_gaps(Count<2>{}, n, alpha, a.data, x, y);
+                    if (m == 3)
+                        return add_dots_without_gaps(Count<3>{}, n, alpha, a.data, x, y);
+                    if (m == 4)
+                        return add_dots_without_gaps(Count<4>{}, n, alpha, a.data, x, y);
+                    if constexpr (Pack<T>::count >= 16)
+                        if (m == 8)
+                            return add_dots_without_gaps(Count<8>{}, n, alpha, a.data, x, y);
+                }
             if (transposed && m <= Pack<T>::count)
                 return op == Op::adjoint ? add_short_dots<isComplex<T>>(m, n, alpha, a, x, y)
                                          : add_short_dots<false>(m, n, alpha, a, x, y);

@@ -10,6 +10,7 @@
 #include <type_traits>
 
 #include "blas/complex.hpp"
+#include "blas/kernel/common/count.hpp"
 #include "blas/kernel/common/vec/unrolling.hpp"
 #include "blas/kernel/common/vec/vec4f.hpp"
 #include "blas/kernel/vec.hpp"
@@ -342,6 +343,46 @@ QRV_INLINE void add_dots(const DotSum<conjugated, T> (&sums)[count], T alpha, T*
         for (int k = 0; k < count; ++k)
             y[k] += alpha * dots[k];
     }
+}
+
+// Products of elements that lie one behind the other with the lanes of x, added in pairs of neighbours, and pairs of
+// those, until each lane is the sum of `group`.
+template <int group>
+QRV_INLINE Vec group_sums(const float* a, Vec x) {
+    if constexpr (group == 1)
+        return Vec::load(a) * x;
+    else
+        return sum_neighbours(group_sums<group / 2>(a, x), group_sums<group / 2>(a + group / 2 * Vec::lanes, x));
+}
+// y := y + alpha*A'*x for columns of `rows` elements without gaps between them.
+template <int rows>
+[[gnu::noinline]] void add_dots_without_gaps(Count<rows>, int n, float alpha, const float* a, const float* x,
+                                             float* y) {
+    constexpr int lanes = Vec::lanes;
+    alignas(64) float buffer[rows * lanes];
+    for (int i = 0; i < lanes; ++i)
+        buffer[i] = x[i % rows];
+    const Vec xs = Vec::load_aligned(buffer), factor = Vec::splat(alpha);
+    const auto dots = [=](const float* columns) __attribute__((always_inline)) {
+        if constexpr (rows == 3) {
+            Vec first, second, third;
+            load_triples(columns, first, second, third);
+            return multiply_add(Vec::splat(x[2]), third,
+                                multiply_add(Vec::splat(x[1]), second, Vec::splat(x[0]) * first));
+        } else {
+            return group_sums<rows>(columns, xs);
+        }
+    };
+    for (; n >= lanes; n -= lanes, a += rows * lanes, y += lanes)
+        multiply_add(factor, dots(a), Vec::load(y)).store(y);
+    if (n == 0)
+        return;
+    for (int i = 0, left = rows * n; i < rows * lanes; i += lanes, left -= lanes)
+        (left >= lanes ? Vec::load(a + i)
+         : left > 0    ? load_part<Vec>(a + i, left)
+                       : Vec::zero())
+            .store_aligned(buffer + i);
+    Pack<float>{multiply_add(factor, dots(buffer), Pack<float>::load(y, n).v)}.store(y, n);
 }
 
 // a*b + c, rounded as in the lanes of a vector.
