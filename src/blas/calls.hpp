@@ -124,6 +124,15 @@ template <class T>
 int iamax(int n, Vector<T> x) {
     return native::call(Native<T>::iamax, n, x);
 }
+// For a thread of a team (level1_kernels.hpp): the sum of squares, and the position with a sign.
+template <class T>
+double squares(int n, Vector<T> x) {
+    return native::call(Native<T>::nrm2_squares, n, x);
+}
+template <class T>
+int iamax_slice(int n, Vector<T> x) {
+    return native::call(Native<T>::iamax_slice, n, x);
+}
 // Plane rotations, of real elements.
 inline void rot(int n, Vector<float> x, Vector<float> y, float c, float s) {
     native::call(qrv_blas_srot_kernel, n, x, y, c, s);
@@ -178,13 +187,18 @@ inline void syr2_band(Uplo uplo, int width, int length, float alpha, Vector<cons
     native::call(qrv_blas_ssyr2_band_kernel, uplo, width, length, alpha, x, y, a);
 }
 // Their strips, and that of the product: the last columns of an upper, or the first ones of a lower triangle.
-inline void symv_strip(Uplo uplo, int n, int columns, float alpha, Matrix<const float> a, Vector<const float> x,
-                       float beta, Vector<float> y) {
-    native::call(qrv_blas_ssymv_strip, uplo, n, columns, alpha, a, x, beta, y);
+template <class T>
+void hemv_strip(Uplo uplo, int n, int columns, Scalar<T> alpha, MatrixIn<T> a, VectorIn<T> x, Scalar<T> beta,
+                Vector<T> y) {
+    native::call(Native<T>::hemv_strip, uplo, n, columns, alpha, a, x, beta, y);
 }
-inline void syr2_strip(Uplo uplo, int n, int columns, float alpha, Vector<const float> x, Vector<const float> y,
-                       Matrix<float> a) {
-    native::call(qrv_blas_ssyr2_strip, uplo, n, columns, alpha, x, y, a);
+template <class T>
+void her_strip(Uplo uplo, int n, int columns, float alpha, VectorIn<T> x, Matrix<T> a) {
+    native::call(Native<T>::her_strip, uplo, n, columns, alpha, x, a);
+}
+template <class T>
+void her2_strip(Uplo uplo, int n, int columns, Scalar<T> alpha, VectorIn<T> x, VectorIn<T> y, Matrix<T> a) {
+    native::call(Native<T>::her2_strip, uplo, n, columns, alpha, x, y, a);
 }
 // Product x := op(A)*x and solve op(A)*x = x, A triangular
 template <class T>
@@ -297,9 +311,9 @@ void trsm(Side side, Uplo uplo, Op op, Diag diag, int m, int n, Scalar<T> alpha,
 
 namespace blas {
 
+// Of one vector LAPACK has none that were worth a team, and its norms keep the bits of one thread.
 using kernel::asum, kernel::iamax, kernel::nrm2, kernel::rotg, kernel::rotm, kernel::scal;
-using kernel::gbmv, kernel::gerc, kernel::geru, kernel::sbmv, kernel::tbmv, kernel::tbsv, kernel::trsv;
-using kernel::hemv, kernel::her, kernel::her2; // of complex elements; real ones have a decision
+using kernel::gbmv, kernel::sbmv, kernel::tbmv, kernel::tbsv, kernel::trsv;
 
 template <class T>
 void swap(int n, Vector<T> x, Vector<T> y);
@@ -312,16 +326,21 @@ SingleComplex dotc(int n, Vector<const SingleComplex> x, Vector<const SingleComp
 inline float dotu(int n, Vector<const float> x, Vector<const float> y) {
     return dotc(n, x, y);
 }
-inline SingleComplex dotu(int n, Vector<const SingleComplex> x, Vector<const SingleComplex> y) {
-    return kernel::dotu(n, x, y);
-}
+SingleComplex dotu(int n, Vector<const SingleComplex> x, Vector<const SingleComplex> y);
 void rot(int n, Vector<float> x, Vector<float> y, float c, float s);
 
 template <class T>
 void gemv(Op op, int m, int n, Scalar<T> alpha, MatrixIn<T> a, VectorIn<T> x, Scalar<T> beta, Vector<T> y);
-void hemv(Uplo uplo, int n, float alpha, Matrix<const float> a, Vector<const float> x, float beta, Vector<float> y);
-void her(Uplo uplo, int n, float alpha, Vector<const float> x, Matrix<float> a);
-void her2(Uplo uplo, int n, float alpha, Vector<const float> x, Vector<const float> y, Matrix<float> a);
+template <class T>
+void geru(int m, int n, Scalar<T> alpha, VectorIn<T> x, VectorIn<T> y, Matrix<T> a);
+template <class T>
+void gerc(int m, int n, Scalar<T> alpha, VectorIn<T> x, VectorIn<T> y, Matrix<T> a);
+template <class T>
+void hemv(Uplo uplo, int n, Scalar<T> alpha, MatrixIn<T> a, VectorIn<T> x, Scalar<T> beta, Vector<T> y);
+template <class T>
+void her(Uplo uplo, int n, float alpha, VectorIn<T> x, Matrix<T> a);
+template <class T>
+void her2(Uplo uplo, int n, Scalar<T> alpha, VectorIn<T> x, VectorIn<T> y, Matrix<T> a);
 template <class T>
 void trmv(Uplo uplo, Op op, Diag diag, int n, MatrixIn<T> a, Vector<T> x);
 

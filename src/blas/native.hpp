@@ -20,20 +20,21 @@
     REAL(ON_TEAM, copy, scopy)        COMPLEX(ON_TEAM, copy, ccopy)    \
     REAL(ON_TEAM, swap, sswap)        COMPLEX(ON_TEAM, swap, cswap)    \
     REAL(ON_TEAM, dotc, sdot)         COMPLEX(ON_TEAM, dotc, cdotc)    \
-    REAL(ON_TEAM, dotu, sdot)         COMPLEX(KERNEL, dotu, cdotu)     \
+    REAL(ON_TEAM, dotu, sdot)         COMPLEX(ON_TEAM, dotu, cdotu)    \
     REAL(ON_TEAM, rot, srot)                                           \
-    REAL(KERNEL, scal, sscal)         COMPLEX(KERNEL, scal, cscal)     \
-    REAL(KERNEL, rscal, sscal)        COMPLEX(KERNEL, rscal, csscal)   \
-    REAL(KERNEL, asum, sasum)         COMPLEX(KERNEL, asum, scasum)    \
-    REAL(KERNEL, nrm2, snrm2)         COMPLEX(KERNEL, nrm2, scnrm2)    \
-    REAL(KERNEL, iamax, isamax)       COMPLEX(KERNEL, iamax, icamax)   \
+    REAL(ON_TEAM, rotm, srotm)                                         \
+    REAL(ON_TEAM, scal, sscal)        COMPLEX(ON_TEAM, scal, cscal)    \
+    REAL(ON_TEAM, rscal, sscal)       COMPLEX(ON_TEAM, rscal, csscal)  \
+    REAL(ON_TEAM, asum, sasum)        COMPLEX(ON_TEAM, asum, scasum)   \
+    REAL(ON_TEAM, nrm2, snrm2)        COMPLEX(ON_TEAM, nrm2, scnrm2)   \
+    REAL(ON_TEAM, iamax, isamax)      COMPLEX(ON_TEAM, iamax, icamax)  \
     REAL(ON_TEAM, gemv, sgemv)        COMPLEX(ON_TEAM, gemv, cgemv)    \
     REAL(KERNEL, gemvt, sgemvt)       COMPLEX(KERNEL, gemvt, cgemvt)   \
-    REAL(ON_TEAM, hemv, ssymv)        COMPLEX(KERNEL, hemv, chemv)     \
-    REAL(ON_TEAM, her, ssyr)          COMPLEX(KERNEL, her, cher)       \
-    REAL(ON_TEAM, her2, ssyr2)        COMPLEX(KERNEL, her2, cher2)     \
-    REAL(KERNEL, geru, sger)          COMPLEX(KERNEL, geru, cgeru)     \
-    REAL(KERNEL, gerc, sger)          COMPLEX(KERNEL, gerc, cgerc)     \
+    REAL(ON_TEAM, hemv, ssymv)        COMPLEX(ON_TEAM, hemv, chemv)    \
+    REAL(ON_TEAM, her, ssyr)          COMPLEX(ON_TEAM, her, cher)      \
+    REAL(ON_TEAM, her2, ssyr2)        COMPLEX(ON_TEAM, her2, cher2)    \
+    REAL(ON_TEAM, geru, sger)         COMPLEX(ON_TEAM, geru, cgeru)    \
+    REAL(ON_TEAM, gerc, sger)         COMPLEX(ON_TEAM, gerc, cgerc)    \
     REAL(ON_TEAM, trmv, strmv)        COMPLEX(ON_TEAM, trmv, ctrmv)    \
     REAL(KERNEL, trsv, strsv)         COMPLEX(KERNEL, trsv, ctrsv)     \
     REAL(DECIDED, gemm, sgemm)        COMPLEX(DECIDED, gemm, cgemm)    \
@@ -72,6 +73,7 @@ using OnTeam = typename OnTeamOf<Routine>::Type;
 #define QRV_NAME_KERNEL(name, routine)
 #define QRV_NAME_DECIDED(name, routine) static constexpr auto& name = qrv_blas_##routine;
 #define QRV_NAME_ON_TEAM(name, routine) QRV_NAME_DECIDED(name, routine)
+#define QRV_NAME_SLICE(name, routine) static constexpr auto& name = qrv_blas_##routine;
 #define QRV_NAME_PIECES(gemm)                                                                                          \
     static constexpr auto& scale_c = qrv_blas_##gemm##_scale_c;                                                        \
     static constexpr auto& plan_available = qrv_blas_##gemm##_plan_available;                                          \
@@ -97,12 +99,22 @@ template <>
 struct Native<float> {
     QRV_BLAS_NAMES(QRV_NAME, QRV_NONE)
     QRV_NAME(KERNEL, trmv_band, strmv_band)
+    QRV_NAME_SLICE(nrm2_squares, snrm2_squares)
+    QRV_NAME_SLICE(iamax_slice, isamax_slice)
+    QRV_NAME_SLICE(hemv_strip, ssymv_strip)
+    QRV_NAME_SLICE(her_strip, ssyr_strip)
+    QRV_NAME_SLICE(her2_strip, ssyr2_strip)
     QRV_NAME_PIECES(sgemm)
 };
 template <>
 struct Native<SingleComplex> {
     QRV_BLAS_NAMES(QRV_NONE, QRV_NAME)
     QRV_NAME(KERNEL, trmv_band, ctrmv_band)
+    QRV_NAME_SLICE(nrm2_squares, scnrm2_squares)
+    QRV_NAME_SLICE(iamax_slice, icamax_slice)
+    QRV_NAME_SLICE(hemv_strip, chemv_strip)
+    QRV_NAME_SLICE(her_strip, cher_strip)
+    QRV_NAME_SLICE(her2_strip, cher2_strip)
     QRV_NAME_PIECES(cgemm)
 };
 
@@ -137,4 +149,5 @@ struct Native<SingleComplex> : kernel::Native<SingleComplex> {
 #undef QRV_NAME_KERNEL
 #undef QRV_NAME_DECIDED
 #undef QRV_NAME_ON_TEAM
+#undef QRV_NAME_SLICE
 #undef QRV_NAME_PIECES

@@ -50,8 +50,38 @@ struct ShortCalls : blas::Native<T> {
     static void swap(QRV_BOTH_VECTORS(T)) {
         choose(is_short(row_for<T>(sswapRow, cswapRow), *n), Slot::swap, Decision::swap, n, x, incx, y, incy);
     }
+    static void scal(const int* n, const T* alpha, T* x, const int* incx) {
+        choose(is_short(row_for<T>(sscalRow, cscalRow), *n), Slot::scal, Decision::scal, n, alpha, x, incx);
+    }
+    static void rscal(const int* n, const float* alpha, T* x, const int* incx) {
+        choose(is_short(row_for<T>(sscalRow, csscalRow), *n), Slot::rscal, Decision::rscal, n, alpha, x, incx);
+    }
+    static float asum(QRV_VECTOR(T)) {
+        return choose(is_short(row_for<T>(sasumRow, scasumRow), *n), Slot::asum, Decision::asum, n, x, incx);
+    }
+    static float nrm2(QRV_VECTOR(T)) {
+        return choose(is_short(row_for<T>(snrm2Row, scnrm2Row), *n), Slot::nrm2, Decision::nrm2, n, x, incx);
+    }
+    static int iamax(QRV_VECTOR(T)) {
+        return choose(is_short(row_for<T>(isamaxRow, icamaxRow), *n), Slot::iamax, Decision::iamax, n, x, incx);
+    }
     static void gemv(QRV_GEMV_PARAMETERS(T)) {
         choose(is_short(row_for<T>(sgemvRule, cgemvRule), *m, *n), Slot::gemv, Decision::gemv, QRV_GEMV_ARGUMENTS);
+    }
+    static void geru(QRV_GER_PARAMETERS(T)) {
+        choose(is_short(row_for<T>(sgerRule, cgerRule), *m, *n), Slot::geru, Decision::geru, QRV_GER_ARGUMENTS);
+    }
+    static void gerc(QRV_GER_PARAMETERS(T)) {
+        choose(is_short(row_for<T>(sgerRule, cgerRule), *m, *n), Slot::gerc, Decision::gerc, QRV_GER_ARGUMENTS);
+    }
+    static void hemv(QRV_SYMV_PARAMETERS(T)) {
+        choose(is_short(row_for<T>(ssymvRule, chemvRule), *n), Slot::hemv, Decision::hemv, QRV_SYMV_ARGUMENTS);
+    }
+    static void her(QRV_SYR_PARAMETERS(T)) {
+        choose(is_short(row_for<T>(ssyrRule, cherRule), *n), Slot::her, Decision::her, QRV_SYR_ARGUMENTS);
+    }
+    static void her2(QRV_SYR2_PARAMETERS(T)) {
+        choose(is_short(row_for<T>(ssyr2Rule, cher2Rule), *n), Slot::her2, Decision::her2, QRV_SYR2_ARGUMENTS);
     }
     static void gemm(QRV_GEMM_PARAMETERS(T)) {
         choose(!gemm_may_thread({*m, *n, *k}), Slot::gemm, Decision::gemm, QRV_GEMM_ARGUMENTS);
@@ -73,14 +103,8 @@ struct Native<float> : ShortCalls<float> {
     static void rot(QRV_BOTH_VECTORS(float), const float* c, const float* s) {
         choose(is_short(srotRow, *n), Slot::rot, Decision::rot, n, x, incx, y, incy, c, s);
     }
-    static void hemv(QRV_SYMV_PARAMETERS(float)) {
-        choose(is_short(ssymvRule, *n), Slot::hemv, Decision::hemv, QRV_SYMV_ARGUMENTS);
-    }
-    static void her(QRV_SYR_PARAMETERS(float)) {
-        choose(is_short(ssyrRule, *n), Slot::her, Decision::her, QRV_SYR_ARGUMENTS);
-    }
-    static void her2(QRV_SYR2_PARAMETERS(float)) {
-        choose(is_short(ssyr2Rule, *n), Slot::her2, Decision::her2, QRV_SYR2_ARGUMENTS);
+    static void rotm(QRV_BOTH_VECTORS(float), const float* param) {
+        choose(is_short(srotmRow, *n), Slot::rotm, Decision::rotm, n, x, incx, y, incy, param);
     }
 };
 template <>
@@ -89,6 +113,9 @@ struct Native<SingleComplex> : ShortCalls<SingleComplex> {
 
     static void dotc(SingleComplex* result, QRV_VECTORS(SingleComplex)) {
         choose(is_short(cdotcRow, *n), Slot::dotc, Decision::dotc, result, n, x, incx, y, incy);
+    }
+    static void dotu(SingleComplex* result, QRV_VECTORS(SingleComplex)) {
+        choose(is_short(cdotuRow, *n), Slot::dotu, Decision::dotu, result, n, x, incx, y, incy);
     }
 };
 

@@ -71,7 +71,54 @@ TEST_F(TeamsOnBusyCores, ATeamThatWasWaitedForIsNotFormedAgain) {
 
 // ---- Level 1 -------------------------------------------------------------------------------------------------------
 
+// What an increment of 0 would have round n times.
+constexpr const VectorRow* inPlace[] = {&srotRow, &srotmRow, &sscalRow, &cscalRow, &csscalRow};
+
 constexpr std::pair<int, int> increments[] = {{1, 1}, {2, 3}, {-1, 1}, {1, -2}, {-3, -1}};
+
+// What routines of one vector find on a team is what one thread finds: squares and magnitudes are exact, and of several
+// largest elements and of NaN the place tells.
+template <class T>
+void add_norm_cases(std::vector<TeamCase>& cases, std::initializer_list<int> lengths, bool decides) {
+    for (const int n : lengths)
+        for (const int inc : {1, 2, -3}) {
+            const auto right = [=](int team, bool) {
+                const auto same = [](float a, float b) { return a == b || (std::isnan(a) && std::isnan(b)); };
+                const auto as_alone = [&](const auto& kernel, const auto& decided, const auto& onTeam, const T* x) {
+                    return same(static_cast<float>(kernel(&n, x, &inc)),
+                                static_cast<float>(decides ? decided(&n, x, &inc) : onTeam(&team, &n, x, &inc)));
+                };
+                std::minstd_rand random(static_cast<unsigned>(n + inc + team));
+                GuardedVector<T> x(n, inc);
+                bool all = true;
+                for (const float size : {1.0F, 0x1p120F, 0x1p-146F})
+                    for (int special = 0; special < (n > 1000 ? 1 : 4); ++special) {
+                        x.fill([&] { return size * eighths<T>(random); });
+                        for (int i = 0; n > 0 && i < special; ++i)
+                            x[static_cast<int>(random() % static_cast<unsigned>(n))] =
+                                scalar<T>(i == 1 ? infinity : nan);
+                        using N = kernel::Native<T>;
+                        using D = blas::Native<T>;
+                        all = all && as_alone(N::asum, D::asum, routine_for<T>(qrv_blas_sasum_omp, qrv_blas_scasum_omp),
+                                              x.data());
+                        all = all && as_alone(N::nrm2, D::nrm2, routine_for<T>(qrv_blas_snrm2_omp, qrv_blas_scnrm2_omp),
+                                              x.data());
+                        all = all && as_alone(N::iamax, D::iamax,
+                                              routine_for<T>(qrv_blas_isamax_omp, qrv_blas_icamax_omp), x.data());
+                    }
+                return all;
+            };
+            cases.push_back({"norms of " + std::to_string(n) + " inc " + std::to_string(inc), right, nullptr});
+            if (decides)
+                cases.back().threads = [=] {
+                    int most = 1;
+                    for (const VectorRow* row : {&row_for<T>(sasumRow, scasumRow), &row_for<T>(snrm2Row, scnrm2Row),
+                                                 &row_for<T>(isamaxRow, icamaxRow)})
+                        most = std::max(most, vector_threads(*row, n, inc, inc, ThisMachine{}));
+                    return most;
+                };
+        }
+}
 
 std::vector<TeamCase> level1_cases(std::initializer_list<int> lengths, std::initializer_list<int> decided) {
     std::vector<TeamCase> cases;
@@ -94,25 +141,29 @@ std::vector<TeamCase> level1_cases(std::initializer_list<int> lengths, std::init
                 for (const int n : lengths)
                     add({.n = n, .incx = incx, .incy = incy}, false);
                 for (const int n : decided)
-                    add({.n = n, .incx = incx, .incy = incy}, true);
+                    if (n <= 20000 || incy < 0)
+                        add({.n = n, .incx = incx, .incy = incy}, true);
             }
-            if (decided.size() > 0 && routine.row != &srotRow) // which would round n times
+            if (decided.size() > 0 && std::count(std::begin(inPlace), std::end(inPlace), routine.row) == 0)
                 add({.n = 7000, .incx = 0}, true);
         }
+        add_norm_cases<T>(cases, lengths, false);
+        if (decided.size() > 0)
+            add_norm_cases<T>(cases, {0, 1000, isComplex<T> ? 120001 : 230001}, true);
     });
     return cases;
 }
 
 // The limits of all rows.
-const TeamFamily level1{
-    "level 1",
-    [] {
-        return level1_cases({-3, 0, 1, 7, 8, 63, 100, 1000},
-                            {1, 2000, 2001, 2500, 2501, 3000, 3001, 4000, 4001, 4900, 4901, 5000, 5001, 6001, 20000});
-    },
-    [] {
-        return level1_cases({100, 1000}, {});
-    }};
+const TeamFamily level1{"level 1",
+                        [] {
+                            return level1_cases({-3, 0, 1, 7, 8, 63, 100, 1000},
+                                                {1, 2000, 2001, 2500, 2501, 3000, 3001, 4000, 4001, 4900, 4901, 5000,
+                                                 5001, 6001, 20000, 230001});
+                        },
+                        [] {
+                            return level1_cases({100, 1000}, {});
+                        }};
 INSTANTIATE_TEST_SUITE_P(Level1, Team, testing::Values(level1));
 
 // Two partial sums cancel what a third would lose against them in single precision.
@@ -171,6 +222,13 @@ TeamCase case_of(const Routine<T>& routine, const Shape& p, bool decides) {
     TeamCase one = case_of(routine.name, problem, [=](int team, const Call<T>& v) {
         decides ? routine.decided(v) : routine.on_team(&team, v);
     });
+    if (!decides && routine.operation.updates()) // each element by one thread, as one thread alone would
+        one.right = [=, right = one.right](int team, bool twice) {
+            const auto on = [&](int threads) {
+                return problem->result([&](const Call<T>& v) { routine.on_team(&threads, v); });
+            };
+            return right(team, twice) && on(team).same_bits(on(1));
+        };
     if (decides && p.m > 0 && p.n > 0)
         one.threads = [=] {
             Operand<T> c = problem->before;
@@ -205,16 +263,16 @@ std::vector<TeamCase> cases_of_level(bool vectors, Pairs given, Pairs decided, u
     return cases;
 }
 
-const TeamFamily level2{"level 2",
-                        [] {
-                            return cases_of_level(
-                                true, {{3, 33}, {100, 129}, {1, 1}, {40, 7}, {700, 300}, {9, 1030}},
-                                {{0, 500}, {500, 0}, {1, 1}, {127, 127}, {200, 200}, {300, 255}, {60, 300}, {20, 1600}},
-                                2);
-                        },
-                        [] {
-                            return cases_of_level(true, {{100, 129}, {40, 60}}, {}, 3);
-                        }};
+const TeamFamily level2{
+    "level 2",
+    [] {
+        return cases_of_level(
+            true, {{3, 33}, {100, 129}, {1, 1}, {40, 7}, {700, 300}, {9, 1030}},
+            {{0, 500}, {500, 0}, {1, 1}, {127, 127}, {200, 200}, {300, 255}, {60, 300}, {20, 1600}, {400, 480}}, 2);
+    },
+    [] {
+        return cases_of_level(true, {{100, 129}, {40, 60}}, {}, 3);
+    }};
 const TeamFamily level3{
     "level 3",
     [] {

@@ -55,6 +55,13 @@ inline const float* real_part(const SingleComplex& x) {
     QRV_DECIDED(name, arguments, threads),                                                                             \
         [](const int* team, const auto& v) { qrv_blas_##name##_omp(team, arguments(v)); }
 
+// By work one thread scales y, if that is all.
+template <class T>
+int symv_team(const SymvRule& rule, const Call<T>& v) {
+    const bool scales = v.alpha == scalar<T>(0) && goes_by_work(ThisMachine{});
+    return scales ? 1 : symv_threads(rule, v.n, ThisMachine{});
+}
+
 // What the routines of level 3 decide for a call.
 template <SlicedCall slice(Side, int, int), class T>
 int sliced_threads(const Call<T>& v) {
@@ -77,13 +84,13 @@ inline const std::vector<Routine<float>>& routines<float>() {
          {product, general, true},
          QRV_ON_TEAM(sgemv, QRV_GEMV_OF, gemv_threads(sgemvRule, op_of(v.trans), v.m, v.n, here))},
         {"sgbmv", {product, general, true, true}, QRV_SERIAL(sgbmv, QRV_GBMV_OF)},
-        {"ssymv", {product, symmetric, true}, QRV_ON_TEAM(ssymv, QRV_SYMV_OF, symv_threads(ssymvRule, v.n, here))},
+        {"ssymv", {product, symmetric, true}, QRV_ON_TEAM(ssymv, QRV_SYMV_OF, symv_team(ssymvRule, v))},
         {"ssbmv", {product, symmetric, true, true}, QRV_SERIAL(ssbmv, QRV_SBMV_OF)},
         {"strmv", {inPlace, triangular, true}, QRV_ON_TEAM(strmv, QRV_TRMV_OF, trmv_threads(strmvRule, v.n, here))},
         {"stbmv", {inPlace, triangular, true, true}, QRV_SERIAL(stbmv, QRV_TBMV_OF)},
         {"strsv", {solve, triangular, true}, QRV_SERIAL(strsv, QRV_TRMV_OF)},
         {"stbsv", {solve, triangular, true, true}, QRV_SERIAL(stbsv, QRV_TBMV_OF)},
-        {"sger", {update, general, true}, QRV_SERIAL(sger, QRV_GER_OF)},
+        {"sger", {update, general, true}, QRV_ON_TEAM(sger, QRV_GER_OF, ger_threads(sgerRule, v.m, v.n, here))},
         {"ssyr", {update, symmetric, true}, QRV_ON_TEAM(ssyr, QRV_SYR_OF, syr_threads(ssyrRule, v.n, here))},
         {"ssyr2", {update2, symmetric, true}, QRV_ON_TEAM(ssyr2, QRV_SYR2_OF, syr_threads(ssyr2Rule, v.n, here))},
         {"strmm", {inPlace, triangular}, QRV_DECIDED(strmm, QRV_TRMM_OF, sliced_threads<product_call<float>>(v))},
@@ -104,13 +111,15 @@ inline const std::vector<Routine<SingleComplex>>& routines<SingleComplex>() {
         {"cgemv",
          {product, general, true},
          QRV_ON_TEAM(cgemv, QRV_GEMV_OF, gemv_threads(cgemvRule, op_of(v.trans), v.m, v.n, here))},
-        {"chemv", {product, hermitian, true}, QRV_SERIAL(chemv, QRV_SYMV_OF)},
+        {"chemv", {product, hermitian, true}, QRV_ON_TEAM(chemv, QRV_SYMV_OF, symv_team(chemvRule, v))},
         {"ctrmv", {inPlace, triangular, true}, QRV_ON_TEAM(ctrmv, QRV_TRMV_OF, trmv_threads(ctrmvRule, v.n, here))},
         {"ctrsv", {solve, triangular, true}, QRV_SERIAL(ctrsv, QRV_TRMV_OF)},
-        {"cgeru", {update, general, true}, QRV_SERIAL(cgeru, QRV_GER_OF)},
-        {"cgerc", {update, general, true, false, true}, QRV_SERIAL(cgerc, QRV_GER_OF)},
-        {"cher", {update, hermitian, true}, QRV_SERIAL(cher, QRV_SYR_OF)},
-        {"cher2", {update2, hermitian, true}, QRV_SERIAL(cher2, QRV_SYR2_OF)},
+        {"cgeru", {update, general, true}, QRV_ON_TEAM(cgeru, QRV_GER_OF, ger_threads(cgerRule, v.m, v.n, here))},
+        {"cgerc",
+         {update, general, true, false, true},
+         QRV_ON_TEAM(cgerc, QRV_GER_OF, ger_threads(cgerRule, v.m, v.n, here))},
+        {"cher", {update, hermitian, true}, QRV_ON_TEAM(cher, QRV_SYR_OF, syr_threads(cherRule, v.n, here))},
+        {"cher2", {update2, hermitian, true}, QRV_ON_TEAM(cher2, QRV_SYR2_OF, syr_threads(cher2Rule, v.n, here))},
         {"ctrmm", {inPlace, triangular}, QRV_DECIDED(ctrmm, QRV_TRMM_OF, sliced_threads<product_call<C>>(v))},
         {"ctrsm", {solve, triangular}, QRV_DECIDED(ctrsm, QRV_TRMM_OF, sliced_threads<solve_call<C>>(v))},
         {"csymm", {product, symmetric}, QRV_DECIDED(csymm, QRV_SYMM_OF, sliced_threads<symmetric_call<C>>(v))},

@@ -61,6 +61,7 @@ T value_of(const Function& function, Arguments... arguments) {
 #define QRV_XY(v) &v.n, v.x, &v.incx, v.y, &v.incy
 #define QRV_AXPY(v) &v.n, &factor<T>, v.x, &v.incx, v.y, &v.incy
 #define QRV_ROT(v) &v.n, v.x, &v.incx, v.y, &v.incy, &rotationC, &rotationS
+#define QRV_ROTM(v) QRV_XY(v), modified_parameters<1>()
 #define QRV_SCAL(v) &v.n, &factor<T>, v.x, &v.incx
 #define QRV_REAL_SCAL(v) &v.n, &factor<float>, v.x, &v.incx
 
@@ -91,12 +92,16 @@ void modified_rotation(double& x, double& y, double&) {
     x = rotated;
 }
 template <int which>
-float modified_rotation_on(const VectorBuild& build, const VectorCall<float>& v) {
+const float* modified_parameters() {
     const auto& h = modifiedRotations[which];
     const bool onDiagonal = which % 2 == 1, beside = which == 1 || which == 2; // are read
-    const float param[] = {which - 2.0F, onDiagonal ? h[0] : nan, beside ? h[1] : nan, beside ? h[2] : nan,
-                           onDiagonal ? h[3] : nan};
-    return value_of<float>(build.blas_srotm_kernel, QRV_XY(v), param);
+    static const float param[] = {which - 2.0F, onDiagonal ? h[0] : nan, beside ? h[1] : nan, beside ? h[2] : nan,
+                                  onDiagonal ? h[3] : nan};
+    return param;
+}
+template <int which>
+float modified_rotation_on(const VectorBuild& build, const VectorCall<float>& v) {
+    return value_of<float>(build.blas_srotm_kernel, QRV_XY(v), modified_parameters<which>());
 }
 
 template <class T>
@@ -107,11 +112,11 @@ std::vector<VectorRoutine<T>> all_vector_routines() {
         {"copy", [](W& x, W& y, W&) { y = x; }, QRV_VECTORS_OF(scopy, ccopy, QRV_XY)},
         {"swap", [](W& x, W& y, W&) { std::swap(x, y); }, QRV_VECTORS_OF(sswap, cswap, QRV_XY)},
         {"dot", [](W& x, W& y, W& sum) { sum += conjugate(x) * y; }, QRV_VECTORS_OF(sdot, cdotc, QRV_XY)},
-        {"scal", [](W& x, W&, W&) { x *= widen(factor<T>); }, QRV_SERIAL_VECTORS(sscal, cscal, QRV_SCAL)}};
+        {"scal", [](W& x, W&, W&) { x *= widen(factor<T>); }, QRV_VECTORS_OF(sscal, cscal, QRV_SCAL)}};
     if constexpr (isComplex<T>) {
-        all.push_back({"dotu", [](W& x, W& y, W& sum) { sum += x * y; }, QRV_SERIAL_VECTORS(cdotu, cdotu, QRV_XY)});
+        all.push_back({"dotu", [](W& x, W& y, W& sum) { sum += x * y; }, QRV_VECTORS_OF(cdotu, cdotu, QRV_XY)});
         all.push_back(
-            {"csscal", [](W& x, W&, W&) { x *= factor<float>; }, QRV_SERIAL_VECTORS(csscal, csscal, QRV_REAL_SCAL)});
+            {"csscal", [](W& x, W&, W&) { x *= factor<float>; }, QRV_VECTORS_OF(csscal, csscal, QRV_REAL_SCAL)});
     } else {
         const auto rotate = [](W& x, W& y, W&) {
             const W before = x;
@@ -120,7 +125,7 @@ std::vector<VectorRoutine<T>> all_vector_routines() {
         };
         all.push_back({"srot", rotate, QRV_VECTORS_OF(srot, srot, QRV_ROT)});
         all.push_back({"srotm of -2", modified_rotation<0>, modified_rotation_on<0>});
-        all.push_back({"srotm of -1", modified_rotation<1>, modified_rotation_on<1>});
+        all.push_back({"srotm of -1", modified_rotation<1>, QRV_VECTORS_OF(srotm, srotm, QRV_ROTM)});
         all.push_back({"srotm of 0", modified_rotation<2>, modified_rotation_on<2>});
         all.push_back({"srotm of 1", modified_rotation<3>, modified_rotation_on<3>});
     }

@@ -36,8 +36,14 @@
     KERNEL(float, blas_scasum_kernel, (QRV_VECTOR(qrv::SingleComplex)), (n, x, incx))                                \
     KERNEL(float, blas_snrm2_kernel, (QRV_VECTOR(float)), (n, x, incx))                                              \
     KERNEL(float, blas_scnrm2_kernel, (QRV_VECTOR(qrv::SingleComplex)), (n, x, incx))                                \
+    /* Their sums of squares, of which a team adds up those of its slices: finite for what is finite. */              \
+    KERNEL(double, blas_snrm2_squares, (QRV_VECTOR(float)), (n, x, incx))                                            \
+    KERNEL(double, blas_scnrm2_squares, (QRV_VECTOR(qrv::SingleComplex)), (n, x, incx))                              \
     KERNEL(int, blas_isamax_kernel, (QRV_VECTOR(float)), (n, x, incx))                                               \
     KERNEL(int, blas_icamax_kernel, (QRV_VECTOR(qrv::SingleComplex)), (n, x, incx))                                  \
+    /* The same for a slice: negative if an element is NaN, which takes over from all in front of it. */             \
+    KERNEL(int, blas_isamax_slice, (QRV_VECTOR(float)), (n, x, incx))                                                \
+    KERNEL(int, blas_icamax_slice, (QRV_VECTOR(qrv::SingleComplex)), (n, x, incx))                                   \
     KERNEL(void, blas_srotg_kernel, (float* a, float* b, float* c, float* s), (a, b, c, s))                          \
     KERNEL(void, blas_srotm_kernel, (QRV_BOTH_VECTORS(float), const float* param), (n, x, incx, y, incy, param))     \
     KERNEL(void, blas_srotmg_kernel, (float* d1, float* d2, float* x1, const float* y1, float* param),               \

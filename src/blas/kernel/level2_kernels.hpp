@@ -30,16 +30,23 @@
         const float *y, const int *incy, float *a, const int *lda
 
 /* A strip of a symmetric matrix of order n, with its mirror image: the last `columns` columns of an upper triangle, or the
-   first ones of a lower triangle. y, and A of the update, become what they would with zeros in all other columns. */
-#define QRV_SYMV_STRIP_PARAMETERS                                                                                    \
-    const char *uplo, const int *n, const int *columns, const float *alpha, const float *a, const int *lda,          \
-        const float *x, const int *incx, const float *beta, float *y, const int *incy
-#define QRV_SYR2_STRIP_PARAMETERS                                                                                    \
-    const char *uplo, const int *n, const int *columns, const float *alpha, const float *x, const int *incx,         \
-        const float *y, const int *incy, float *a, const int *lda
+   first ones of a lower triangle. y, and A of an update, become what they would with zeros in all other columns. */
+#define QRV_SYMV_STRIP_PARAMETERS(T)                                                                                 \
+    const char *uplo, const int *n, const int *columns, const T *alpha, const T *a, const int *lda, const T *x,      \
+        const int *incx, const T *beta, T *y, const int *incy
+#define QRV_SYR_STRIP_PARAMETERS(T)                                                                                  \
+    const char *uplo, const int *n, const int *columns, const float *alpha, const T *x, const int *incx, T *a,       \
+        const int *lda
+#define QRV_SYR2_STRIP_PARAMETERS(T)                                                                                 \
+    const char *uplo, const int *n, const int *columns, const T *alpha, const T *x, const int *incx, const T *y,     \
+        const int *incy, T *a, const int *lda
+#define QRV_SYMV_STRIP_ARGUMENTS uplo, n, columns, alpha, a, lda, x, incx, beta, y, incy
+#define QRV_SYR_STRIP_ARGUMENTS uplo, n, columns, alpha, x, incx, a, lda
+#define QRV_SYR2_STRIP_ARGUMENTS uplo, n, columns, alpha, x, incx, y, incy, a, lda
 
 #define QRV_GEMV_ARGUMENTS trans, m, n, alpha, a, lda, x, incx, beta, y, incy
 #define QRV_SYMV_ARGUMENTS uplo, n, alpha, a, lda, x, incx, beta, y, incy
+#define QRV_GER_ARGUMENTS m, n, alpha, x, incx, y, incy, a, lda
 #define QRV_SYR_ARGUMENTS uplo, n, alpha, x, incx, a, lda
 #define QRV_SYR2_ARGUMENTS uplo, n, alpha, x, incx, y, incy, a, lda
 
@@ -52,9 +59,9 @@
     KERNEL(void, blas_ssymv_kernel, (QRV_SYMV_PARAMETERS(float)), (QRV_SYMV_ARGUMENTS))  \
     KERNEL(void, blas_chemv_kernel, (QRV_SYMV_PARAMETERS(qrv::SingleComplex)),                                       \
            (QRV_SYMV_ARGUMENTS))                                                         \
-    KERNEL(void, blas_sger_kernel, (QRV_GER_PARAMETERS(float)), (m, n, alpha, x, incx, y, incy, a, lda))             \
-    KERNEL(void, blas_cgeru_kernel, (QRV_GER_PARAMETERS(qrv::SingleComplex)), (m, n, alpha, x, incx, y, incy, a, lda)) \
-    KERNEL(void, blas_cgerc_kernel, (QRV_GER_PARAMETERS(qrv::SingleComplex)), (m, n, alpha, x, incx, y, incy, a, lda)) \
+    KERNEL(void, blas_sger_kernel, (QRV_GER_PARAMETERS(float)), (QRV_GER_ARGUMENTS))             \
+    KERNEL(void, blas_cgeru_kernel, (QRV_GER_PARAMETERS(qrv::SingleComplex)), (QRV_GER_ARGUMENTS)) \
+    KERNEL(void, blas_cgerc_kernel, (QRV_GER_PARAMETERS(qrv::SingleComplex)), (QRV_GER_ARGUMENTS)) \
     KERNEL(void, blas_ssyr_kernel, (QRV_SYR_PARAMETERS(float)), (QRV_SYR_ARGUMENTS))                   \
     KERNEL(void, blas_cher_kernel, (QRV_SYR_PARAMETERS(qrv::SingleComplex)), (QRV_SYR_ARGUMENTS))      \
     KERNEL(void, blas_ssyr2_kernel, (QRV_SYR2_PARAMETERS(float)), (QRV_SYR2_ARGUMENTS))        \
@@ -63,10 +70,12 @@
     KERNEL(void, blas_ssyr_band_kernel, (QRV_SYR_BAND_PARAMETERS), (uplo, width, length, alpha, x, incx, a, lda))    \
     KERNEL(void, blas_ssyr2_band_kernel, (QRV_SYR2_BAND_PARAMETERS),                                                 \
            (uplo, width, length, alpha, x, incx, y, incy, a, lda))                                                  \
-    KERNEL(void, blas_ssymv_strip, (QRV_SYMV_STRIP_PARAMETERS),                                                      \
-           (uplo, n, columns, alpha, a, lda, x, incx, beta, y, incy))                                                \
-    KERNEL(void, blas_ssyr2_strip, (QRV_SYR2_STRIP_PARAMETERS),                                                      \
-           (uplo, n, columns, alpha, x, incx, y, incy, a, lda))
+    KERNEL(void, blas_ssymv_strip, (QRV_SYMV_STRIP_PARAMETERS(float)), (QRV_SYMV_STRIP_ARGUMENTS))                   \
+    KERNEL(void, blas_chemv_strip, (QRV_SYMV_STRIP_PARAMETERS(qrv::SingleComplex)), (QRV_SYMV_STRIP_ARGUMENTS))      \
+    KERNEL(void, blas_ssyr_strip, (QRV_SYR_STRIP_PARAMETERS(float)), (QRV_SYR_STRIP_ARGUMENTS))                      \
+    KERNEL(void, blas_cher_strip, (QRV_SYR_STRIP_PARAMETERS(qrv::SingleComplex)), (QRV_SYR_STRIP_ARGUMENTS))         \
+    KERNEL(void, blas_ssyr2_strip, (QRV_SYR2_STRIP_PARAMETERS(float)), (QRV_SYR2_STRIP_ARGUMENTS))                   \
+    KERNEL(void, blas_cher2_strip, (QRV_SYR2_STRIP_PARAMETERS(qrv::SingleComplex)), (QRV_SYR2_STRIP_ARGUMENTS))
 /* Triangular and banded matrices. */
 #define QRV_TRIANGULAR_PARAMETERS(T)                                                                                 \
     const char *uplo, const char *trans, const char *diag, const int *n, const T *a, const int *lda, T *x,           \

@@ -13,7 +13,7 @@ using strided::asum;
 using strided::axpy;
 using strided::copy;
 using strided::dot;
-using strided::iamax;
+using strided::iamax_of_slice;
 using strided::rot;
 using strided::rotm;
 using strided::scal;

@@ -74,11 +74,23 @@ float blas_snrm2_kernel(QRV_VECTOR(float)) {
 float blas_scnrm2_kernel(QRV_VECTOR(SingleComplex)) {
     return nrm2(*n, x, *incx);
 }
+double blas_snrm2_squares(QRV_VECTOR(float)) {
+    return squares(*n, x, *incx);
+}
+double blas_scnrm2_squares(QRV_VECTOR(SingleComplex)) {
+    return squares(*n, x, *incx);
+}
 int blas_isamax_kernel(QRV_VECTOR(float)) {
-    return iamax(*n, x, *incx);
+    return __builtin_abs(iamax_of_slice(*n, x, *incx));
 }
 int blas_icamax_kernel(QRV_VECTOR(SingleComplex)) {
-    return iamax(*n, x, *incx);
+    return __builtin_abs(iamax_of_slice(*n, x, *incx));
+}
+int blas_isamax_slice(QRV_VECTOR(float)) {
+    return iamax_of_slice(*n, x, *incx);
+}
+int blas_icamax_slice(QRV_VECTOR(SingleComplex)) {
+    return iamax_of_slice(*n, x, *incx);
 }
 void blas_srotg_kernel(float* a, float* b, float* c, float* s) {
     rotg(*a, *b, *c, *s);

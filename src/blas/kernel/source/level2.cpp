@@ -57,12 +57,25 @@ void blas_ssyr2_band_kernel(QRV_SYR2_BAND_PARAMETERS) {
     const TriangleBand band = last_band(uplo_of(*uplo), *width, *length);
     syr2<float>(band, *alpha, {*length, x, *incx}, {*length, y, *incy}, whole_of_band(band, a, *lda));
 }
-void blas_ssymv_strip(QRV_SYMV_STRIP_PARAMETERS) {
+void blas_ssymv_strip(QRV_SYMV_STRIP_PARAMETERS(float)) {
     symv_strip<float>(uplo_of(*uplo), *n, *columns, *alpha, {a, *lda}, x, *incx, *beta, y, *incy);
 }
-void blas_ssyr2_strip(QRV_SYR2_STRIP_PARAMETERS) {
+void blas_ssyr_strip(QRV_SYR_STRIP_PARAMETERS(float)) {
+    syr<float>(strip_of_triangle(uplo_of(*uplo), *n, *columns), *alpha, {*n, x, *incx}, {a, *lda});
+}
+void blas_ssyr2_strip(QRV_SYR2_STRIP_PARAMETERS(float)) {
     const TriangleBand strip = strip_of_triangle(uplo_of(*uplo), *n, *columns);
     syr2<float>(strip, *alpha, {*n, x, *incx}, {*n, y, *incy}, {a, *lda});
+}
+void blas_chemv_strip(QRV_SYMV_STRIP_PARAMETERS(SingleComplex)) {
+    symv_strip<SingleComplex>(uplo_of(*uplo), *n, *columns, *alpha, {a, *lda}, x, *incx, *beta, y, *incy);
+}
+void blas_cher_strip(QRV_SYR_STRIP_PARAMETERS(SingleComplex)) {
+    syr<SingleComplex>(strip_of_triangle(uplo_of(*uplo), *n, *columns), *alpha, {*n, x, *incx}, {a, *lda});
+}
+void blas_cher2_strip(QRV_SYR2_STRIP_PARAMETERS(SingleComplex)) {
+    const TriangleBand strip = strip_of_triangle(uplo_of(*uplo), *n, *columns);
+    syr2<SingleComplex>(strip, *alpha, {*n, x, *incx}, {*n, y, *incy}, {a, *lda});
 }
 
 // ---- Triangular and banded ----------------------------------------------------------------------------------------

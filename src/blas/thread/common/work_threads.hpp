@@ -1,4 +1,4 @@
-// Threads by work: how many a call of level 3 gets on the processors of the newest class, whose kernels are so fast
+// Threads by work: how many a call gets on the processors of the newest class, whose kernels are so fast
 // that sizes alone tell little.
 #pragma once
 
@@ -17,6 +17,17 @@ constexpr bool goes_by_work(const Machine& machine) {
     return machine.cpu_ma() == newestClass;
 }
 
+// A thread of the budget for each share of the work, if that is two or more; 1 for a serial call. The budget is asked
+// for last.
+//
+//   shares   1.9   2.0   2.9   7   7
+//   budget   8     8     8     4   1
+//   threads  1     2     2     4   1
+template <class Machine>
+constexpr int threads_for_shares(double shares, const Machine& machine) {
+    return shares < 2 ? 1 : std::max(1, static_cast<int>(std::min<double>(shares, machine.budget())));
+}
+
 // Multiply-adds of real numbers that each thread must get. A team of two then gains at least half, and squares of 64
 // with AVX-512 are still one thread's: on cores that are busy a team costs a time slice, however small the call.
 constexpr double least_share(VectorForm form) {
@@ -31,7 +42,7 @@ constexpr double least_share(VectorForm form) {
     return 50000;
 }
 
-// Threads for `work`, 1 for a serial call. The budget is asked for last.
+// Threads for `work`.
 //
 //   form      work        budget   threads
 //   avx512    64^3        4        1
@@ -40,8 +51,7 @@ constexpr double least_share(VectorForm form) {
 //   sse       48^3        4        2
 template <class Machine>
 constexpr int threads_by_work(double work, const Machine& machine) {
-    const double shares = work / least_share(machine.form());
-    return shares < 2 ? 1 : static_cast<int>(std::min<double>(shares, machine.budget()));
+    return threads_for_shares(work / least_share(machine.form()), machine);
 }
 
 // The work of m*n*k products of elements.

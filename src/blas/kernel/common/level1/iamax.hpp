@@ -2,7 +2,8 @@
 //
 // An element takes over from the best so far unless the best is at least as large. So a NaN takes over from everything,
 // and the element behind it from the NaN: what lies in front of the last NaN has no say. A last element that is NaN
-// wins; otherwise the first of largest magnitude behind the last NaN does.
+// wins; otherwise the first of largest magnitude behind the last NaN does. Of a slice the position is negative if there
+// is a NaN.
 #pragma once
 
 #include <cstdint>
@@ -90,14 +91,15 @@ int index_in_vectors(int n, const T* x) {
     return i < L ? i : i < 2 * L ? i - L + second : i < 3 * L ? i - 2 * L + third : i - 3 * L + fourth;
 }
 
-// Index of the winner among n elements without gaps. Block by block the largest magnitude is compared with the best so
-// far; where in its block the winner lies is found at the end.
+// Position of the winner among n elements without gaps. Block by block the largest magnitude is compared with the best
+// so far; where in its block the winner lies is found at the end.
 template <class T>
-int index_by_blocks(int n, const T* x) {
+int position_by_blocks(int n, const T* x) {
     constexpr int block = 32 * Vec::lanes;
     const auto block_at = [n](int i) { return n - i < block ? n - i : block; };
     float best = -1;
     int bestBlock = 0;
+    bool allNumbers = true;
     for (int i = 0; i < n;) {
         const int count = block_at(i);
         const float largest = largest_magnitude(count, x + i);
@@ -106,7 +108,8 @@ int index_by_blocks(int n, const T* x) {
             while (abs1(x[last]) == abs1(x[last]))
                 --last;
             if (last == n - 1)
-                return last;
+                return -n;
+            allNumbers = false;
             best = -1;
             i = last + 1;
             continue;
@@ -117,22 +120,23 @@ int index_by_blocks(int n, const T* x) {
         }
         i += count;
     }
-    return bestBlock + first_of_magnitude(best, block_at(bestBlock), x + bestBlock);
+    const int position = 1 + bestBlock + first_of_magnitude(best, block_at(bestBlock), x + bestBlock);
+    return allNumbers ? position : -position;
 }
 
 template <class T>
-int index_of_largest(int n, const T* x) {
+int position_of_largest(int n, const T* x) {
     if (n <= 4 * Vec::lanes)
         if (const int index = n <= Vec::lanes ? index_in_vector(n, x) : index_in_vectors(n, x); index >= 0)
-            return index;
-    return index_by_blocks(n, x);
+            return 1 + index;
+    return position_by_blocks(n, x);
 }
 
 template <class T>
-int iamax(int n, const T* x, int incx) {
+int iamax_of_slice(int n, const T* x, int incx) {
     if (n > 0 && contiguous(x, incx))
-        return 1 + index_of_largest(n, x);
-    return strided::iamax(n, x, incx);
+        return position_of_largest(n, x);
+    return strided::iamax_of_slice(n, x, incx);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

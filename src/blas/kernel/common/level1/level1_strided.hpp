@@ -88,22 +88,24 @@ float asum(int n, const T* x, int incx) {
 }
 
 // Position, from 1, of the first element of largest magnitude. An element takes over unless the best so far is at least
-// as large, so a NaN does, and so does whatever follows it.
+// as large, so a NaN does, and so does whatever follows it. Negative if there is a NaN.
 template <class T>
-int iamax(int n, const T* x, int incx) {
+int iamax_of_slice(int n, const T* x, int incx) {
     if (n < 1 || incx < 1)
         return 0;
     int best = 1;
     float largest = abs1(*x);
+    bool allNumbers = largest == largest;
     for (int i = 1; i < n; ++i) {
         x += incx;
         const float size = abs1(*x);
+        allNumbers = allNumbers && size == size;
         if (!(largest >= size)) {
             largest = size;
             best = i + 1;
         }
     }
-    return best;
+    return allNumbers ? best : -best;
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD::strided

@@ -58,17 +58,21 @@ inline double sum_of_few_squares(int n, const float* x) {
 }
 
 template <class T>
-float nrm2(int n, const T* x, int incx) {
+[[gnu::always_inline]] inline double squares(int n, const T* x, int incx) {
     if (n < 1)
         return 0;
-    double sum = 0;
     if (n < fewSquares / floatsIn<T> && contiguous_either_way(x, incx))
-        sum = sum_of_few_squares(n * floatsIn<T>, parts(x));
-    else if (contiguous_either_way(x, incx))
-        sum = sum_of_squares(std::ptrdiff_t{n} * floatsIn<T>, parts(x));
-    else
-        strided::walk_parts(n, x, incx, [&](float part) { sum += double{part} * part; });
-    return static_cast<float>(__builtin_sqrt(sum));
+        return sum_of_few_squares(n * floatsIn<T>, parts(x));
+    if (contiguous_either_way(x, incx))
+        return sum_of_squares(std::ptrdiff_t{n} * floatsIn<T>, parts(x));
+    double sum = 0;
+    strided::walk_parts(n, x, incx, [&](float part) { sum += double{part} * part; });
+    return sum;
+}
+
+template <class T>
+float nrm2(int n, const T* x, int incx) {
+    return static_cast<float>(__builtin_sqrt(squares(n, x, incx)));
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -32,4 +32,12 @@ float nrm2(int n, const T* x, int incx) {
     return static_cast<float>(scale * __builtin_sqrt(sum));
 }
 
+// Of floats, whose squares neither overflow nor vanish in double.
+template <class T>
+double squares(int n, const T* x, int incx) {
+    double sum = 0;
+    strided::walk_parts(n, x, incx, [&](float part) { sum += double{part} * part; });
+    return sum;
+}
+
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

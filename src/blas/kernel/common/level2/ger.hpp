@@ -19,8 +19,8 @@
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 // A matrix of so many bytes is far from the processor: longer pieces of columns are faster there, and of real ones a
-// single stream.
-inline constexpr double farBytes = 0x1p23;
+// single stream; with the widest vectors of complex ones too, as long as a third-level cache may hold them.
+inline constexpr double farBytes = 0x1p23, fartherBytes = 0x1p25;
 inline constexpr int farRows = 8192;
 
 template <bool conjugated, class T>
@@ -33,7 +33,9 @@ void ger(int m, int n, T alpha, const T* x, int incx, const T* y, int incy, Matr
         return ys[j] == scalar<T>(0) || (!isComplex<T> && factor == scalar<T>(0));
     };
     alignas(64) T buffer[blockElements<T>];
-    const bool far = static_cast<double>(m) * n * sizeof(T) > farBytes;
+    const double bytes = static_cast<double>(m) * n * sizeof(T);
+    const bool far = bytes > farBytes;
+    const bool singleStream = far && (!isComplex<T> || (Pack<T>::count == 8 && bytes <= fartherBytes));
     const int rowBlock = far && incx == 1 ? farRows : blockElements<T>;
     for (int i = 0, rows; i < m; i += rows) {
         rows = smaller(rowBlock, m - i);
@@ -51,7 +53,7 @@ void ger(int m, int n, T alpha, const T* x, int incx, const T* y, int incy, Matr
                 if (const T single[1][1] = {{s[0][k]}}; !left_alone(j + k, s[0][k]))
                     update_columns<Corner::none>(rows, &a(i, j + k), a.ld, single, v);
         };
-        if (far && !isComplex<T>)
+        if (singleStream)
             in_passes<1>(0, n, update);
         else
             in_passes<columnsOfUpdate<T, 1>>(0, n, update);

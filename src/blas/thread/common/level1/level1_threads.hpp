@@ -26,8 +26,8 @@ struct VectorRow {
 
     struct Class5 {   // CpuMa 64
         int pairFrom; // a length that repays a team of two
-        int allFrom;  // shorter vectors get at most four threads
-    } class5;
+        int allFrom;  // shorter vectors get at most four threads; 0: all are serial, on the classes below too
+    } class5 = {};
 
     struct Class4 { // CpuMa 32 and 33
         int serialUpTo;
@@ -39,8 +39,12 @@ struct VectorRow {
             int fourFrom;   // then four,
             int allFrom;    // then all
         } largeCache;
-    } class4;
+    } class4 = {};
 };
+// Of a routine that is serial but where threads go by work.
+constexpr VectorRow newest_only(int share) {
+    return {.serialUpTo = 2 * share - 1, .newestShare = share};
+}
 
 // Whether the length alone decides for one thread.
 constexpr bool is_short(const VectorRow& row, int n) {
@@ -55,17 +59,17 @@ inline constexpr int moderateTeamUpTo = 12;
 
 inline constexpr VectorRow saxpyRow{
     .serialUpTo = 4000,
-    .newestShare = 64000,
+    .newestShare = 50000,
     .class5 = {.pairFrom = 6000, .allFrom = 25000},
     .class4 = {.serialUpTo = 4900, .smallCache = {5000, realShare}, .largeCache = {6000, 18000}}};
 inline constexpr VectorRow scopyRow{
     .serialUpTo = 5000,
-    .newestShare = 64000,
+    .newestShare = 50000,
     .class5 = {.pairFrom = 0, .allFrom = 45000},
     .class4 = {.serialUpTo = 6000, .smallCache = {6000, realShare}, .largeCache = {8000, 20000}}};
 inline constexpr VectorRow sdotRow{
     .serialUpTo = 5000,
-    .newestShare = 64000,
+    .newestShare = 50000,
     .class5 = {.pairFrom = 0, .allFrom = 30000},
     .class4 = {.serialUpTo = 5000, .smallCache = {6000, realShare}, .largeCache = {8000, 20000}}};
 inline constexpr VectorRow srotRow{
@@ -98,6 +102,14 @@ inline constexpr VectorRow cswapRow{
     .newestShare = 37500,
     .class5 = {.pairFrom = 0, .allFrom = 15000},
     .class4 = {.serialUpTo = 3000, .smallCache = {3000, complexShare}, .largeCache = {5000, 10000}}};
+
+inline constexpr VectorRow cdotuRow = newest_only(32000);
+inline constexpr VectorRow srotmRow = newest_only(64000);
+inline constexpr VectorRow sscalRow = newest_only(100000), cscalRow = newest_only(50000),
+                           csscalRow = newest_only(55000);
+inline constexpr VectorRow sasumRow = newest_only(100000), scasumRow = newest_only(55000);
+inline constexpr VectorRow snrm2Row = newest_only(50000), scnrm2Row = newest_only(25000);
+inline constexpr VectorRow isamaxRow = newest_only(110000), icamaxRow = newest_only(50000);
 
 // ---- The steps, for `threads` of at least 2 -----------------------------------------------------------------------
 
@@ -133,19 +145,19 @@ constexpr int large_cache_threads(const VectorRow::Class4::LargeCache& rule, int
 //   6000     4          4                 4                 1
 //   25000    8          5                 8                 1
 //   40000    8          8                 8                 1
-//   128000   8          8                 8                 2
+//   100000   8          8                 8                 2
 template <class Machine>
 constexpr int vector_threads(const VectorRow& row, int n, int incx, int incy, const Machine& machine) {
     if (is_short(row, n))
         return 1;
     const int cpuMa = machine.cpu_ma();
     if (cpuMa == newestClass) {
-        const int shares = incx == 0 || incy == 0 ? 1 : n / row.newestShare;
-        return shares < 2 ? 1 : std::max(1, std::min(shares, machine.budget()));
+        const double shares = static_cast<double>(n) / row.newestShare;
+        return incx == 0 || incy == 0 ? 1 : threads_for_shares(shares, machine);
     }
-    // Classes that have no rule run serially at any length.
+    // Classes that have no rule, and on all but the newest routines without one, run serially at any length.
     const bool class4 = cpuMa == 32 || cpuMa == 33, class5 = cpuMa == 64;
-    if ((!class4 && !class5) || (class4 && n <= row.class4.serialUpTo))
+    if (row.class5.allFrom == 0 || (!class4 && !class5) || (class4 && n <= row.class4.serialUpTo))
         return 1;
     if (incx == 0 || incy == 0) // all of the vector is one element: slices would not be disjoint
         return 1;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 
 #include "blas/options.hpp"
 #include "blas/thread/common/slice.hpp"
@@ -31,8 +32,7 @@ constexpr bool is_short(const Rule& rule, int n) {
 // Threads for a triangle of this order by work: each must get so many elements.
 template <class Machine>
 constexpr int triangle_threads(int n, double leastElements, const Machine& machine) {
-    const double shares = 0.5 * n * n / leastElements;
-    return shares < 2 ? 1 : std::max(1, static_cast<int>(std::min<double>(shares, machine.budget())));
+    return threads_for_shares(0.5 * n * n / leastElements, machine);
 }
 
 // ---- General matrix ------------------------------------------------------------------------------------------------
@@ -62,12 +62,12 @@ inline constexpr GemvRule sgemvRule{
     .serialBelow = 128,
     .rowShare = {.wide = 32, .wideWork = 3072, .narrowWork = 1536, .narrowLength = 256, .neverShare = 8},
     .colShare = {.wide = 32, .wideWork = 4096, .narrowWork = 2048, .narrowLength = 0, .neverShare = 0},
-    .byWork = {.rows = 500000, .columns = 125000}};
+    .byWork = {.rows = 250000, .columns = 80000}};
 inline constexpr GemvRule cgemvRule{
     .serialBelow = 256,
     .rowShare = {.wide = 64, .wideWork = 2048, .narrowWork = 1024, .narrowLength = 0, .neverShare = 0},
     .colShare = {.wide = 64, .wideWork = 2048, .narrowWork = 1024, .narrowLength = 0, .neverShare = 0},
-    .byWork = {.rows = 250000, .columns = 60000}};
+    .byWork = {.rows = 125000, .columns = 40000}};
 
 // Whether the sizes alone decide for one thread.
 constexpr bool is_short(const GemvRule& rule, int m, int n) {
@@ -90,7 +90,7 @@ constexpr bool share_repays(const ShareRule& rule, int share, int length) {
 //   40 x 300    8 rows of 300      1, 4    75 columns of 40   1, 4
 //   20 x 9000   no rows            1, 1    2250 columns of 20 4, 4
 //
-// By work 1000 x 1000 gives 2 threads for N, 4 for T, 500 x 500 1 and 2.
+// By work SGEMV of 1000 x 1000 gives 3 threads for N, 4 for T, 500 x 500 1 and 3.
 template <class Machine>
 constexpr int gemv_threads(const GemvRule& rule, Op op, int m, int n, const Machine& machine) {
     constexpr int rowUnit = 8; // rows of a vector slice
@@ -100,7 +100,7 @@ constexpr int gemv_threads(const GemvRule& rule, Op op, int m, int n, const Mach
         const bool rows = op == Op::none;
         const double repaid = static_cast<double>(m) * n / (rows ? rule.byWork.rows : rule.byWork.columns);
         const double shares = std::min<double>(repaid, rows ? m / leastGemvRows : n / gemvColumnUnit);
-        return shares < 2 ? 1 : std::max(1, static_cast<int>(std::min<double>(shares, machine.budget())));
+        return threads_for_shares(shares, machine);
     }
     const int threads = level2_budget(machine);
     if (threads <= 1)
@@ -115,6 +115,28 @@ constexpr Slice gemv_slice(Op op, int m, int n, int team, int thread, int column
     return op == Op::none ? vector_slice(m, team, thread) : equal_slice(n, team, thread, columnUnit);
 }
 
+// The update of a general matrix, serial but where threads go by work.
+struct GerRule {
+    double byWork; // as above
+};
+inline constexpr GerRule sgerRule{.byWork = 60000};
+inline constexpr GerRule cgerRule{.byWork = 30000};
+
+constexpr bool is_short(const GerRule& rule, int m, int n) {
+    return static_cast<double>(m) * n < 2 * rule.byWork;
+}
+template <class Machine>
+constexpr int ger_threads(const GerRule& rule, int m, int n, const Machine& machine) {
+    if (is_short(rule, m, n) || !goes_by_work(machine))
+        return 1;
+    return threads_for_shares(static_cast<double>(m) * n / rule.byWork, machine);
+}
+
+// Columns in whole passes, or rows, which share lines of memory, where there are few columns.
+constexpr bool ger_by_columns(int n, int team) {
+    return n / gemvColumnUnit >= team;
+}
+
 // ---- Symmetric matrix ----------------------------------------------------------------------------------------------
 
 inline constexpr int largeTeam = 9; // threads; needs larger matrices
@@ -126,7 +148,9 @@ struct SymvRule {
     double byWork;     // elements that each thread must get where threads go by work
 };
 
-inline constexpr SymvRule ssymvRule{.serialBelow = 256, .smallTeamUpTo = 4000, .largeTeamFrom = 301, .byWork = 120000};
+inline constexpr SymvRule ssymvRule{.serialBelow = 256, .smallTeamUpTo = 4000, .largeTeamFrom = 301, .byWork = 60000};
+inline constexpr SymvRule chemvRule{
+    .serialBelow = 256, .smallTeamUpTo = 0, .largeTeamFrom = std::numeric_limits<int>::max(), .byWork = 30000};
 
 template <class Machine>
 constexpr int symv_threads(const SymvRule& rule, int n, const Machine& machine) {
@@ -165,8 +189,8 @@ struct TrmvRule {
     double byWork;     // as above
 };
 
-inline constexpr TrmvRule strmvRule{.serialBelow = 220, .largeTeamFrom = 301, .allFrom = 300, .byWork = 500000};
-inline constexpr TrmvRule ctrmvRule{.serialBelow = 128, .largeTeamFrom = 161, .allFrom = 256, .byWork = 400000};
+inline constexpr TrmvRule strmvRule{.serialBelow = 220, .largeTeamFrom = 301, .allFrom = 300, .byWork = 200000};
+inline constexpr TrmvRule ctrmvRule{.serialBelow = 128, .largeTeamFrom = 161, .allFrom = 256, .byWork = 100000};
 
 template <class Machine>
 constexpr int trmv_threads(const TrmvRule& rule, int n, const Machine& machine) {
@@ -184,18 +208,20 @@ constexpr int trmv_threads(const TrmvRule& rule, int n, const Machine& machine) 
 struct SyrRule {
     int serialBelow;
     int bandsFrom; // smaller ones are serial where threads do not go by work
-    double byWork; // as above; 0: serial there
+    double byWork; // as above
 };
 
-inline constexpr SyrRule ssyrRule{.serialBelow = 1500, .bandsFrom = 1500, .byWork = 0};
-inline constexpr SyrRule ssyr2Rule{.serialBelow = 256, .bandsFrom = 1500, .byWork = 120000};
+inline constexpr SyrRule ssyrRule{.serialBelow = 256, .bandsFrom = 1500, .byWork = 50000};
+inline constexpr SyrRule ssyr2Rule{.serialBelow = 256, .bandsFrom = 1500, .byWork = 50000};
+inline constexpr SyrRule cherRule{.serialBelow = 256, .bandsFrom = std::numeric_limits<int>::max(), .byWork = 30000};
+inline constexpr SyrRule cher2Rule{.serialBelow = 256, .bandsFrom = std::numeric_limits<int>::max(), .byWork = 25000};
 
 template <class Machine>
 constexpr int syr_threads(const SyrRule& rule, int n, const Machine& machine) {
     if (is_short(rule, n))
         return 1;
     if (goes_by_work(machine))
-        return rule.byWork > 0 ? triangle_threads(n, rule.byWork, machine) : 1;
+        return triangle_threads(n, rule.byWork, machine);
     const int threads = n < rule.bandsFrom ? 1 : level2_budget(machine);
     return threads > 1 ? threads : 1;
 }

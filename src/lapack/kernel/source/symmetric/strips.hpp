@@ -36,9 +36,9 @@ inline void add_columns(Uplo uplo, int order, Slice columns, float alpha, Matrix
     if (columns.count == 0)
         return;
     if (uplo == Uplo::upper)
-        kernel::symv_strip(uplo, first + columns.count, columns.count, alpha, a, x, 1, y);
+        kernel::hemv_strip(uplo, first + columns.count, columns.count, alpha, a, x, 1, y);
     else
-        kernel::symv_strip(uplo, order - first, columns.count, alpha, a.block(first, first), x.from(first), 1,
+        kernel::hemv_strip(uplo, order - first, columns.count, alpha, a.block(first, first), x.from(first), 1,
                            y.from(first));
 }
 
@@ -49,9 +49,9 @@ inline void update_columns(Uplo uplo, int order, Slice columns, Vector<const flo
     if (columns.count == 0)
         return;
     if (uplo == Uplo::upper)
-        kernel::syr2_strip(uplo, first + columns.count, columns.count, -1, v, w, a);
+        kernel::her2_strip(uplo, first + columns.count, columns.count, -1, v, w, a);
     else
-        kernel::syr2_strip(uplo, order - first, columns.count, -1, v.from(first), w.from(first), a.block(first, first));
+        kernel::her2_strip(uplo, order - first, columns.count, -1, v.from(first), w.from(first), a.block(first, first));
 }
 
 // x := the first columns of a team's results, one a thread; in the order of threads, so that a team of one size always
