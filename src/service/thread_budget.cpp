@@ -11,6 +11,8 @@
 namespace qrv {
 namespace {
 
+thread_local int regionsOfOne = 0; // of the calling thread, one in the other
+
 // requested_all, requested_blas, requested_fft, requested_vec and the other words that setters and the environment
 // reader share, and what the first query found. Setters may store while others query; a query may see a store late.
 struct BudgetWords {
@@ -62,6 +64,13 @@ void ensure_environment() {
 
 } // namespace
 
+RegionOfOne::RegionOfOne() {
+    ++regionsOfOne;
+}
+RegionOfOne::~RegionOfOne() {
+    --regionsOfOne;
+}
+
 int request_for(const ThreadSettings& settings, int domain) {
     if (domain > QRV_DOMAIN_ALL && domain < threadDomains && settings.requested[domain] > 0)
         return settings.requested[domain];
@@ -108,7 +117,7 @@ BudgetFacts current_budget_facts() {
     facts.mpiThreaded = words.mpiThreaded.load(std::memory_order_relaxed);
     facts.ompMaxThreads = omp_get_max_threads();
     facts.threadLimit = words.threadLimit.load(std::memory_order_relaxed);
-    facts.inParallel = omp_in_parallel() != 0;
+    facts.inParallel = omp_in_parallel() != 0 || regionsOfOne > 0;
     facts.threadsLost = threads_lost_in_fork();
     return facts;
 }

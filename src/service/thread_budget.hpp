@@ -34,6 +34,15 @@ int request_for(const ThreadSettings& settings, int domain);
 
 ThreadBudget thread_budget(const BudgetFacts& facts, int domain);
 
+// While it lives, calls of this thread are as inside a parallel region: one thread does what a team would.
+class RegionOfOne {
+public:
+    RegionOfOne();
+    ~RegionOfOne();
+    RegionOfOne(const RegionOfOne&) = delete;
+    RegionOfOne& operator=(const RegionOfOne&) = delete;
+};
+
 // The facts of this process, as a query would use them now.
 BudgetFacts current_budget_facts();
 

@@ -26,15 +26,10 @@ protected:
     void SetUp() override {
         if (omp_get_thread_limit() < 8 || omp_get_dynamic())
             GTEST_SKIP() << "teams are limited";
-        qrv_serv_set_dynamic(1);
-    }
-    void TearDown() override {
-        qrv_serv_set_dynamic(before_);
-        aloneUntil = 0;
     }
 
 private:
-    const int before_ = qrv_serv_get_dynamic();
+    const DynamicAdjustment dynamic_{1};
 };
 
 TEST_F(TeamsOnBusyCores, GiveWayAfterALossAndForAWhile) {
@@ -202,8 +197,6 @@ TEST(Level1Team, PartialResultsOfLargeTeams) {
 
 // ---- Levels 2 and 3 ------------------------------------------------------------------------------------------------
 
-void (*beforeSecondRun)() = [] {};
-
 // run(team, call) comes out right, and twice with the same bits.
 template <class T, class Run>
 TeamCase case_of(const std::string& name, std::shared_ptr<const Problem<T>> problem, const Run& run) {
@@ -369,27 +362,6 @@ const TeamFamily products{
         return gemm_cases({{130, 30, 40}, {30, 130, 40}, {40, 40, 300}, {600, 5, 5}, {120, 120, 131}});
     }};
 INSTANTIATE_TEST_SUITE_P(Gemm, Team, testing::Values(products));
-
-// On busy cores the caller does the parts of all, with the bits of the team.
-TEST_F(TeamsOnBusyCores, BitsOfTheTeam) {
-    const auto go_alone = [] {
-        aloneUntil = ticks_now() + longestAlone;
-        largestTeam = 0;
-    };
-    for (const TeamCase& one : level1.few()) {
-        go_alone();
-        EXPECT_TRUE(one.right(3, false)) << one.name;
-        EXPECT_EQ(largestTeam, 0) << one.name;
-    }
-    beforeSecondRun = go_alone;
-    for (const TeamFamily& family : {level2, level3, products})
-        for (const TeamCase& one : family.few()) {
-            aloneUntil = 0;
-            EXPECT_TRUE(one.right(3, true)) << one.name;
-            EXPECT_TRUE(largestTeam == 0 || !one.name.starts_with("grid")) << one.name;
-        }
-    beforeSecondRun = [] {};
-}
 
 // Threads that took work memory for one product. All builds take some for blocks of the sizes below, but for the wide
 // vector forms, which compute them without packing.

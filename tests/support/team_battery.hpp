@@ -9,6 +9,7 @@
 #include <omp.h>
 #include <thread>
 
+#include "blas/thread/common/crowd.hpp"
 #include "support/teams.hpp"
 #include "support/work_memory.hpp"
 
@@ -28,6 +29,27 @@ extern "C" [[gnu::used]] inline int __wrap_omp_get_num_threads() {
 }
 
 namespace qrv::test {
+
+class DynamicAdjustment {
+public:
+    explicit DynamicAdjustment(int on) : before_(qrv_serv_get_dynamic()) { qrv_serv_set_dynamic(on); }
+    ~DynamicAdjustment() {
+        qrv_serv_set_dynamic(before_);
+        aloneUntil = 0;
+    }
+    DynamicAdjustment(const DynamicAdjustment&) = delete;
+    DynamicAdjustment& operator=(const DynamicAdjustment&) = delete;
+
+private:
+    int before_;
+};
+
+// Where a case runs twice.
+inline void (*beforeSecondRun)() = [] {};
+auto again(const auto& run) {
+    beforeSecondRun();
+    return run();
+}
 
 struct TeamCase {
     std::string name;
@@ -96,6 +118,25 @@ TEST_P(Team, AsDecided) {
             EXPECT_TRUE(one.right(team, false)) << one.name;
             EXPECT_EQ(largestTeam, one.threads()) << one.name;
         }
+}
+
+// The caller does the parts of all, with the bits of the team.
+TEST_P(Team, OnBusyCores) {
+    if (omp_get_thread_limit() < 8 || omp_get_dynamic())
+        GTEST_SKIP() << "teams are limited";
+    const DynamicAdjustment dynamic(1);
+    beforeSecondRun = [] { aloneUntil = ticks_now() + longestAlone; };
+    for (const TeamCase& one : GetParam().few()) {
+        aloneUntil = 0;
+        EXPECT_TRUE(one.right(3, true)) << one.name;
+        beforeSecondRun();
+        largestTeam = 0;
+        EXPECT_TRUE(one.right(3, false)) << one.name;
+        // GEMM's of old classes, and SSYR, form teams all the same.
+        const bool formsTeams = one.name.find(" region") < one.name.size() || one.name.starts_with("ssyr ");
+        EXPECT_TRUE(largestTeam == 0 || formsTeams) << one.name;
+    }
+    beforeSecondRun = [] {};
 }
 
 // Each with teams of its own; a limit on threads is for all of them together, and teams then differ from call to call.

@@ -1,9 +1,8 @@
 // Right-hand sides of a banded solve on a team: contiguous shares of columns, each solved on its own.
 #pragma once
 
-#include <omp.h>
-
 #include "blas/thread/common/slice.hpp"
+#include "blas/thread/common/team_omp.hpp"
 
 namespace qrv::lapack {
 
@@ -17,12 +16,11 @@ template <class Solve>
 void share_right_hand_sides(int threads, int nrhs, const Solve& solve) {
     if (threads == 1)
         return solve(0, nrhs);
-#pragma omp parallel num_threads(threads)
-    {
-        const Slice share = even_slice(nrhs, omp_get_num_threads(), omp_get_thread_num());
+    on_team(threads, [&](int team, int thread) {
+        const Slice share = even_slice(nrhs, team, thread);
         if (share.count > 0)
             solve(share.first, share.count);
-    }
+    });
 }
 
 } // namespace qrv::lapack

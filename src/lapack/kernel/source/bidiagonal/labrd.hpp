@@ -153,15 +153,17 @@ private:
 template <class T>
 bool labrd_on_team(int threads, const BidiagonalPanel<T>& panel, int nb, float* d, float* e, T* tauq, T* taup);
 
-// The columns and rows of a panel, one after the other. `team` runs work on its members, each of which has a number,
-// the size of the team, and a barrier; and it tells where member `number` of so many sums up so many elements, the last
-// one in X itself.
+// The columns and rows of a panel, one after the other. `team` runs phases, one after the other, on its members, each
+// of which is told the size of the team and its number; and it tells where member `number` of so many sums up so many
+// elements, the last one in X itself.
 //
 // What holds in a team:
-//   - Before the barrier behind the short products nothing is written that they read: v or u, V, Y, X and U before this
-//     step. They write the tops of columns of Y and X only. Rows k of V and X are conjugated between two barriers.
-//   - Behind it each member writes elements of its own: of y, of the row and of a sum, respectively of x. It adds the
-//     sums in the order of the members.
+//   - In the phase of the short products nothing is written that they read: v or u, V, Y, X and U before this step.
+//   They
+//     write the tops of columns of Y and X only. Rows k of V and X are conjugated in a phase of its own.
+//   - In the last phase each member writes elements of its own: of y, of the row and of a sum, respectively of x. It
+//   adds
+//     the sums in the order of the members.
 //   - The members of a region are counted in it, as a team may be smaller than asked.
 template <class T, class Team>
 class PanelReduction {
@@ -208,21 +210,25 @@ private:
             conjugate(i, p.a.row(k, 0));
             conjugate(k, p.x.row(k, 0));
         };
-        team_.run([&](const auto& member) {
-            for (int which = member.number; which < 2; which += member.size)
+        const auto form_short = [&](int size, int number) {
+            for (int which = number; which < 2; which += size)
                 p.form_short_of_y(i, p.bothShort[which]);
-            member.barrier();
-            if constexpr (isComplex<T>) {
-                if (member.number == 0)
-                    conjugate_rows();
-                member.barrier();
-            }
-            if (member.number == 0)
-                sums = member.size;
-            T* const sum = sum_of(k, member.number, member.size);
+        };
+        const auto conjugate_once = [&](int, int number) {
+            if (number == 0)
+                conjugate_rows();
+        };
+        const auto add_up = [&](int size, int number) {
+            if (number == 0)
+                sums = size;
+            T* const sum = sum_of(k, number, size);
             std::fill_n(sum, rows, scalar<T>(0));
-            p.couple(i, tau, even_slice(p.columns_behind(i), member.size, member.number), sum);
-        });
+            p.couple(i, tau, even_slice(p.columns_behind(i), size, number), sum);
+        };
+        if constexpr (isComplex<T>)
+            team_.run(form_short, conjugate_once, add_up);
+        else
+            team_.run(form_short, add_up);
         conjugate_rows();
         return sums;
     }
@@ -243,11 +249,12 @@ private:
     }
     template <class Begin>
     void finish_x(int k, T tau, const Begin& begin) const {
-        team_.run([&](const auto& member) {
-            for (int which = member.number; which < 2; which += member.size)
+        const auto form_short = [&](int size, int number) {
+            for (int which = number; which < 2; which += size)
                 p.form_short_of_x(k, p.bothShort[which]);
-            member.barrier();
-            const Slice part = even_slice(p.rows_behind(k), member.size, member.number);
+        };
+        team_.run(form_short, [&](int size, int number) {
+            const Slice part = even_slice(p.rows_behind(k), size, number);
             begin(part);
             p.finish_x(k, tau, part);
         });

@@ -1,7 +1,6 @@
 // The bidiagonal panel on a team (labrd.hpp): two regions a step. In the first one each thread has a share of the
 // columns behind, in the second one of the rows.
-#include <omp.h>
-
+#include "blas/thread/common/team_omp.hpp"
 #include "lapack/kernel/source/bidiagonal/labrd.hpp"
 #include "lapack/workspace.hpp"
 
@@ -13,20 +12,11 @@ struct Threads {
     int most;
     T* sums; // of all threads but the last one
 
-    struct Member {
-        int number = omp_get_thread_num(), size = omp_get_num_threads();
-        void barrier() const {
-#pragma omp barrier
-        }
-    };
-    template <class Work>
-    void run(const Work& work) const {
-#pragma omp parallel num_threads(most)
-        work(Member{});
+    template <class... Phases>
+    void run(const Phases&... phases) const {
+        on_team(most, phases...);
     }
-    T* sum(int number, int length) const {
-        return sums + std::ptrdiff_t{length} * number;
-    }
+    T* sum(int number, int length) const { return sums + std::ptrdiff_t{length} * number; }
 };
 
 } // namespace

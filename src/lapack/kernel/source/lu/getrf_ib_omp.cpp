@@ -8,8 +8,8 @@
 //
 // Columns left of a panel get its interchanges at the very end.
 #include <algorithm>
-#include <omp.h>
 
+#include "blas/thread/common/team_omp.hpp"
 #include "lapack/calls/lu.hpp"
 #include "lapack/kernel/source/lu/getrf.hpp"
 #include "lapack/kernel/source/lu/getrf_lookahead.hpp"
@@ -55,9 +55,7 @@ template <class T>
 NextPanel update(const SharedMatrix<T>& x, Panel last, Panel next) {
     NextPanel outcome;
     const int columns = x.n - next.k;
-#pragma omp parallel num_threads(x.threads)
-    {
-        const int team = omp_get_num_threads(), thread = omp_get_thread_num();
+    on_team(x.threads, [&](int team, int thread) {
         const LookaheadShare share = lookahead_share(columns, team, last.width, next.width);
         const Slice mine = share.slice(columns, team, thread);
         if (mine.count > 0)
@@ -66,7 +64,7 @@ NextPanel update(const SharedMatrix<T>& x, Panel last, Panel next) {
             const SharedMatrix<T> panel = x.matrix_of(next);
             outcome = {true, getrf_recursive(panel.m, panel.n, panel.a, panel.ipiv, {0, panel.offset})};
         }
-    }
+    });
     return outcome;
 }
 
@@ -74,12 +72,11 @@ NextPanel update(const SharedMatrix<T>& x, Panel last, Panel next) {
 template <class T>
 void interchange_left(const SharedMatrix<T>& x, int width) {
     const int length = x.length();
-#pragma omp parallel num_threads(x.threads)
-    {
-        const Slice stripe = equal_slice(width, omp_get_num_threads(), omp_get_thread_num());
+    on_team(x.threads, [&](int team, int thread) {
+        const Slice stripe = equal_slice(width, team, thread);
         for (int end = width; end < length; end += width)
             laswp(stripe.count, x.a.block(0, end - width + stripe.first), end + 1, length, x.ipiv);
-    }
+    });
 }
 
 template <class T>

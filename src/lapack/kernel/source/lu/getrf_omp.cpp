@@ -11,7 +11,9 @@
 // told of their panel, and that happens under its lock; whoever sees the panel as factored there sees them.
 // The schedule belongs to the call and is given back on every path out of it.
 #include <algorithm>
+#include <atomic>
 
+#include "blas/thread/common/team_omp.hpp"
 #include "lapack/calls/lu.hpp"
 #include "lapack/kernel/source/lu/getrf.hpp"
 #include "lapack/kernel/source/lu/getrf_schedule.hpp"
@@ -76,11 +78,11 @@ struct TaskedMatrix {
 template <class T>
 void interchange_left(const TaskedMatrix<T>& x, int threads) {
     const int panels = x.panels(), length = std::min(x.m, x.n);
-#pragma omp parallel for schedule(dynamic, 1) num_threads(threads)
-    for (int i = 0; i < panels; ++i) {
-        const int end = (panels - i) * x.nb;
-        laswp(x.nb, x.a.block(0, end - x.nb), end + 1, length, x.ipiv);
-    }
+    std::atomic<int> left = panels;
+    on_team(threads, [&](int, int) {
+        for (int panel; (panel = left--) > 0;)
+            laswp(x.nb, x.a.block(0, (panel - 1) * x.nb), panel * x.nb + 1, length, x.ipiv);
+    });
 }
 
 template <class T>

@@ -7,8 +7,9 @@
 //
 // Threads share no element of C. One thread does the same without a region.
 #include <algorithm>
-#include <omp.h>
+#include <atomic>
 
+#include "blas/thread/common/team_omp.hpp"
 #include "lapack/kernel/source/qr/apply_q.hpp"
 #include "lapack/routine_name.hpp"
 #include "qrv/service.h"
@@ -91,13 +92,12 @@ private:
 
 template <class T>
 void apply_on_team(int threads, const BlockedQ<T>& x) {
-#pragma omp parallel num_threads(threads)
-    {
-#pragma omp for schedule(dynamic, 1)
-        for (int number = 0; number < x.panels(); ++number)
+    std::atomic<int> next = 0;
+    const auto factor_all = [&](int, int) {
+        for (int number; (number = next++) < x.panels();)
             x.factor(number);
-        x.apply_share(omp_get_thread_num(), omp_get_num_threads());
-    }
+    };
+    on_team(threads, factor_all, [&](int team, int thread) { x.apply_share(thread, team); });
 }
 
 template <class T>

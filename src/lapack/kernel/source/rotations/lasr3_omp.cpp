@@ -8,10 +8,9 @@
 //   W := X(c),  X(c) := U(c, c)' W + U(o, c)' X(o),  W := U(c, o)' W + U(o, o)' X(o),  X(o) := W
 //
 // takes W of k lines only. Blocks that have no such halves are applied whole to as many columns as W has room for.
-#include <omp.h>
-
 #include "blas/calls.hpp"
 #include "blas/thread/common/slice.hpp"
+#include "blas/thread/common/team_omp.hpp"
 #include "lapack/calls/norms.hpp"
 #include "lapack/calls/rotations.hpp"
 #include "lapack/kernel/source/rotations/lasr3.hpp"
@@ -165,21 +164,20 @@ void apply_sweeps(const Sweeps& q, SweepRoute route, int threads, float* work) {
     case SweepRoute::blocked:
         return apply_blocks(q, work, [&](const BlockProduct& product) { product.apply(whole); });
     case SweepRoute::skewed:
-#pragma omp parallel num_threads(threads)
-        apply_skewed(q, equal_slice(whole.count, omp_get_num_threads(), omp_get_thread_num(), 2));
-        return;
+        return on_team(threads,
+                       [&](int team, int thread) { apply_skewed(q, equal_slice(whole.count, team, thread, 2)); });
     case SweepRoute::blockedTeam:
         return apply_blocks(q, work, [&](const BlockProduct& product) {
-#pragma omp parallel num_threads(threads)
-            product.apply(even_slice(whole.count, omp_get_num_threads(), omp_get_thread_num()));
+            on_team(threads, [&](int team, int thread) { product.apply(even_slice(whole.count, team, thread)); });
         });
     }
 }
 
 void apply_both(const Sweeps (&both)[2], float* const (&work)[2]) {
-#pragma omp parallel num_threads(2)
-    for (int i = omp_get_thread_num(); i < 2; i += omp_get_num_threads())
-        apply_sweeps(both[i], SweepRoute::blocked, 1, work[i]);
+    on_team(2, [&](int team, int thread) {
+        for (int i = thread; i < 2; i += team)
+            apply_sweeps(both[i], SweepRoute::blocked, 1, work[i]);
+    });
 }
 
 namespace {

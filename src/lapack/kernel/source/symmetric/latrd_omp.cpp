@@ -1,6 +1,6 @@
 // The product of SLATRD with a new reflector on a team, by one of two plans.
 //
-//   product alone   strips of even widths, each thread's result in a column of its own; barrier; one thread adds them
+//   product alone   strips of even widths, each thread's result in a column of its own; then the caller adds them
 //   all             nearly equal strips, in pieces of some columns; thread 0 adds to the result itself, the others to
 //                   columns of their own; barrier; then three jobs for whoever is free, for none needs another's
 //                   result: the sum of the columns, W' v, and V' v, which goes to the column that no thread had
@@ -8,8 +8,8 @@
 // By the second plan a sweep over the strips begins where that of the column before ended, so that this part of the
 // matrix is still in the cache: columns with odd numbers are swept one way, those with even numbers the other.
 #include <algorithm>
-#include <omp.h>
 
+#include "blas/thread/common/team_omp.hpp"
 #include "lapack/kernel/source/symmetric/strips.hpp"
 #include "lapack/kernel/source/symmetric/sytrd.hpp"
 #include "service/tuning.hpp"
@@ -21,19 +21,19 @@ void clear(int m, Vector<float> x) {
     std::fill_n(x.data, m, 0.0F);
 }
 
-void multiply_alone(const PanelColumn& c, Matrix<float> results) {
-    const int team = omp_get_num_threads(), thread = omp_get_thread_num();
-    const Vector<float> own = results.column(0, thread);
-    clear(c.m, own);
-    const TriangleShare share = triangle_share(Deal::evenWidths, c.uplo, c.m, team, thread);
-    for (const Slice strip : {share.longer, share.shorter})
-        add_columns(c.uplo, c.m, strip, 1, c.rest, c.reflector, own);
-#pragma omp barrier
-#pragma omp single
-    {
-        kernel::copy(c.m, results.column(0, 0), c.x);
-        add_results(1, team, c.m, results, c.x);
-    }
+void multiply_alone(int threads, const PanelColumn& c, Matrix<float> results) {
+    int size = 1;
+    on_team(threads, [&](int team, int thread) {
+        const Vector<float> own = results.column(0, thread);
+        clear(c.m, own);
+        const TriangleShare share = triangle_share(Deal::evenWidths, c.uplo, c.m, team, thread);
+        for (const Slice strip : {share.longer, share.shorter})
+            add_columns(c.uplo, c.m, strip, 1, c.rest, c.reflector, own);
+        if (thread == 0)
+            size = team;
+    });
+    kernel::copy(c.m, results.column(0, 0), c.x);
+    add_results(1, size, c.m, results, c.x);
 }
 
 // A strip in pieces of at most `width` columns, from its first or from its last column on.
@@ -45,35 +45,33 @@ void add_in_pieces(const PanelColumn& c, Slice strip, int width, bool upward, Ve
     }
 }
 
-void multiply_all(const PanelColumn& c, int width, Matrix<float> results) {
-    const int team = omp_get_num_threads(), thread = omp_get_thread_num();
-    const Vector<float> own = thread == 0 ? c.x : results.column(0, thread);
-    clear(c.m, own);
-    const TriangleShare share = triangle_share(Deal::nearlyEqual, c.uplo, c.m, team, thread);
-    const bool upward = (c.uplo == Uplo::upper) == (c.number % 2 == 0);
-    add_in_pieces(c, upward ? share.shorter : share.longer, width, upward, own);
-    add_in_pieces(c, upward ? share.longer : share.shorter, width, upward, own);
-#pragma omp barrier
-#pragma omp for schedule(static, 1)
-    for (int job = 0; job < 3; ++job)
-        if (job == 0)
-            add_results(1, team, c.m, results, c.x);
-        else if (c.earlier > 0)
-            kernel::gemv(Op::transpose, c.m, c.earlier, 1.0F, job == 1 ? c.w : c.v, c.reflector, 0.0F,
-                         job == 1 ? c.products : results.column(0, 0));
+void multiply_all(int threads, const PanelColumn& c, Matrix<float> results) {
+    const int width = tuning::block_size("SLATRD", c.m, threads);
+    const auto multiply = [&](int team, int thread) {
+        const Vector<float> own = thread == 0 ? c.x : results.column(0, thread);
+        clear(c.m, own);
+        const TriangleShare share = triangle_share(Deal::nearlyEqual, c.uplo, c.m, team, thread);
+        const bool upward = (c.uplo == Uplo::upper) == (c.number % 2 == 0);
+        add_in_pieces(c, upward ? share.shorter : share.longer, width, upward, own);
+        add_in_pieces(c, upward ? share.longer : share.shorter, width, upward, own);
+    };
+    on_team(threads, multiply, [&](int team, int thread) {
+        for (int job = thread; job < 3; job += team)
+            if (job == 0)
+                add_results(1, team, c.m, results, c.x);
+            else if (c.earlier > 0)
+                kernel::gemv(Op::transpose, c.m, c.earlier, 1.0F, job == 1 ? c.w : c.v, c.reflector, 0.0F,
+                             job == 1 ? c.products : results.column(0, 0));
+    });
 }
 
 } // namespace
 
 void multiply_on_team(int threads, PanelPlan plan, const PanelColumn& c, Matrix<float> results) {
-    const int width = tuning::block_size("SLATRD", c.m, threads);
-#pragma omp parallel num_threads(threads)
-    {
-        if (plan == PanelPlan::productAlone)
-            multiply_alone(c, results);
-        else
-            multiply_all(c, width, results);
-    }
+    if (plan == PanelPlan::productAlone)
+        multiply_alone(threads, c, results);
+    else
+        multiply_all(threads, c, results);
 }
 
 } // namespace qrv::lapack

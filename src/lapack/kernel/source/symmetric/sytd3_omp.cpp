@@ -13,8 +13,8 @@
 //
 // A step with tau 0 has no product, and leaves no update pending.
 #include <algorithm>
-#include <omp.h>
 
+#include "blas/thread/common/team_omp.hpp"
 #include "lapack/calls/reflectors.hpp"
 #include "lapack/calls/symmetric.hpp"
 #include "lapack/kernel/source/symmetric/strips.hpp"
@@ -53,9 +53,10 @@ struct Pass {
     void run(int threads, const Rest& rest) const {
         if (!pending && tau == 0)
             return;
-#pragma omp parallel num_threads(threads)
-        {
-            const int team = omp_get_num_threads(), thread = omp_get_thread_num();
+        int size = 1;
+        on_team(threads, [&](int team, int thread) {
+            if (thread == 0)
+                size = team;
             const TriangleShare share = triangle_share(Deal::evenWidths, uplo, rest.order, team, thread);
             const Vector<float> own = rest.results.column(0, thread);
             if (tau != 0)
@@ -66,11 +67,9 @@ struct Pass {
                 if (tau != 0)
                     add_columns(uplo, rest.order, strip, tau, rest.a, newV, own);
             }
-#pragma omp barrier
-#pragma omp single
-            if (tau != 0)
-                make_w(team, rest);
-        }
+        });
+        if (tau != 0)
+            make_w(size, rest);
     }
 
 private:

@@ -1,8 +1,7 @@
 // The update behind a panel of SSYTRD on a team. Strips are columns of the triangle, which no two threads share, so
 // there is no barrier: of each strip the rectangle between its diagonal block and the far edge of the triangle is two
 // products, the block itself a rank-2k update.
-#include <omp.h>
-
+#include "blas/thread/common/team_omp.hpp"
 #include "lapack/kernel/source/symmetric/strips.hpp"
 #include "lapack/kernel/source/symmetric/sytrd.hpp"
 
@@ -50,13 +49,11 @@ private:
 void update_on_team(int threads, Uplo uplo, int n, int k, Matrix<const float> v, Matrix<const float> w,
                     Matrix<float> a) {
     const RankTwoUpdate update{uplo, n, k, v, w, a};
-#pragma omp parallel num_threads(threads)
-    {
-        const TriangleShare share =
-            triangle_share(Deal::evenWidths, uplo, n, omp_get_num_threads(), omp_get_thread_num());
+    on_team(threads, [&](int team, int thread) {
+        const TriangleShare share = triangle_share(Deal::evenWidths, uplo, n, team, thread);
         update.apply_to(share.longer);
         update.apply_to(share.shorter);
-    }
+    });
 }
 
 } // namespace qrv::lapack
