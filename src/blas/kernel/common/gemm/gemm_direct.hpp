@@ -432,21 +432,26 @@ QRV_INLINE void direct_tiles(const GemmCall<T>& call) {
         direct_straight<Vector>(rows, call.n, p, call.k, aFloats, bFloats, cFloats);
 }
 
-// c := x' + beta*c for four rows of C and up to four columns, of which all may be read in a row of x.
+// c := x' + beta*c for up to four rows of C and up to four columns, of which all may be read in a row of x.
+template <int rows>
 QRV_INLINE void bring_quads_home(int columns, const float* x, std::ptrdiff_t ldx, float beta, float* c,
                                  std::ptrdiff_t ldc) {
-    __m128 quad[4] = {_mm_load_ps(x), _mm_load_ps(x + ldx), _mm_load_ps(x + 2 * ldx), _mm_load_ps(x + 3 * ldx)};
+    __m128 quad[4];
+    QRV_UNROLL
+    for (int i = 0; i < 4; ++i)
+        quad[i] = i < rows ? _mm_load_ps(x + i * ldx) : _mm_setzero_ps();
     _MM_TRANSPOSE4_PS(quad[0], quad[1], quad[2], quad[3]);
-    for (int j = 0; j < columns; ++j, c += ldc)
-        _mm_storeu_ps(c, beta == 0 ? quad[j] : _mm_add_ps(quad[j], _mm_mul_ps(_mm_set1_ps(beta), _mm_loadu_ps(c))));
+    for (int j = 0; j < columns; ++j, c += ldc) // by whole loads and stores: the next columns wait for masked ones
+        store_first<rows>(
+            c, {beta == 0 ? quad[j] : _mm_add_ps(quad[j], _mm_mul_ps(_mm_set1_ps(beta), load_first<rows>(c).v))});
 }
 
 // Few rows would leave most of a vector empty, where B transposed has vectors of columns: C' = B*op(A)' is computed,
-// some columns of C at a time, and brought home, which takes as long as eight steps.
-constexpr int mostMirroredRows = 8;
+// some columns of C at a time, and brought home, which takes as long as four steps, or eight of more than two quads.
+constexpr int mostMirroredRows = 12; // from nine on it takes more steps and columns to pay
 template <class Vector>
 constexpr bool pays_mirrored(int m, int n, int k) {
-    return m <= mostMirroredRows && n >= Vector::lanes && k >= 4 * m;
+    return m <= 8 ? n >= Vector::lanes && k >= 4 * m : m <= mostMirroredRows && n >= 64 && k >= 8 * m;
 }
 template <class Vector>
 [[gnu::noinline]] void direct_mirrored(GemmCall<float> call) {
@@ -464,16 +469,20 @@ template <class Vector>
                                              call.a,
                                              0,
                                              {buffer, most}});
-        const int inQuads = call.m / 4 * 4;
-        for (int row = 0; row < inQuads; row += 4)
+        const auto bring = [&](auto rows, int row) __attribute__((always_inline)) {
             for (int i = 0; i < columns; i += 4)
-                bring_quads_home(smaller(4, columns - i), buffer + row * most + i, most, call.beta, &call.c(row, j + i),
-                                 call.c.ld);
-        for (int i = 0; i < columns && inQuads < call.m; ++i) {
-            float* const c = &call.c(0, j + i);
-            for (int row = inQuads; row < call.m; ++row)
-                c[row] = buffer[row * most + i] + (call.beta == 0 ? 0 : call.beta * c[row]);
-        }
+                bring_quads_home<rows()>(smaller(4, columns - i), buffer + row * most + i, most, call.beta,
+                                         &call.c(row, j + i), call.c.ld);
+        };
+        int row = 0;
+        for (; call.m - row >= 4; row += 4)
+            bring(Lanes<4>(), row);
+        if (call.m - row == 3)
+            bring(Lanes<3>(), row);
+        else if (call.m - row == 2)
+            bring(Lanes<2>(), row);
+        else if (call.m - row == 1)
+            bring(Lanes<1>(), row);
     }
 }
 
