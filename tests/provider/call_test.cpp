@@ -1,7 +1,5 @@
 // How methods call native routines: work arrays and results, with routines made up for it.
-#include <gtest/gtest.h>
 #include <string>
-#include <vector>
 
 #include "provider/call.hpp"
 #include "support/operand.hpp"
@@ -54,17 +52,14 @@ TEST(Work, OfAnySizeOrNone) {
 }
 
 TEST(Work, QueriedThenUsed) {
-    const struct {
-        float answer;
-        const char* seen;
-    } rows[] = {
+    const std::pair<float, const char*> rows[] = {
         {25, "-1 25 3"},          {25.9F, "-1 25 3"},          {16777218, "-1 16777218 3"}, {0, "-1 empty 99"},
         {0.9F, "-1 empty 99"},    {-0.9F, "-1 empty 99"},      {-1, "-1 invalid 99"},       {3e9F, "-1 invalid 99"},
         {-3e9F, "-1 invalid 99"}, {infinity, "-1 invalid 99"}, {nan, "-1 invalid 99"}};
-    for (const auto& row : rows) {
-        answered = row.answer;
-        EXPECT_EQ(seen(Queried<float>(), working<float>), row.seen) << row.answer;
-        EXPECT_EQ(seen(Queried<qrv_complex>(), working<qrv_complex>), row.seen) << row.answer;
+    for (const auto& [told, expected] : rows) {
+        answered = told;
+        EXPECT_EQ(seen(Queried<float>(), working<float>), expected) << told;
+        EXPECT_EQ(seen(Queried<qrv_complex>(), working<qrv_complex>), expected) << told;
     }
 }
 

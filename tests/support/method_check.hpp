@@ -35,15 +35,11 @@ std::string printed(const Action& action) {
 }
 
 template <class P>
-struct ElementOf {
-    using Type = void;
+concept Array = requires(P array) {
+    array.Address();
 };
-template <class T>
-struct ElementOf<ProviderArray<T>> {
-    using Type = T;
-};
-template <class P>
-inline constexpr bool isArray = !std::is_void_v<typename ElementOf<P>::Type>;
+template <Array P>
+using ElementOf = std::remove_pointer_t<decltype(std::declval<P>().Address())>;
 
 // The letters that native code must see for the values of an option, for the routine of that name; values beyond the
 // host's enumerators are tried too.
@@ -77,6 +73,9 @@ public:
     MethodCheck(const char* routine, Interface* object, R (Interface::*method)(P...))
         : name_(routine), hasResult_(!std::is_void_v<R>), hasComplexResult_(std::is_same_v<R, SingleComplex>) {
         (state_.parameters.push_back(parameter<P>()), ...);
+        for (auto p = state_.parameters.begin(); p + 1 < state_.parameters.end(); ++p)
+            if (p->kind == Parameter::info) // which is the last one
+                p->kind = Parameter::reference;
         host_ = [=, this] {
             [&]<std::size_t... I>(std::index_sequence<I...>) {
                 const auto call = [&] { return (object->*method)(host_argument<P>(state_.parameters[I])...); };
@@ -94,7 +93,16 @@ public:
     // larger than it need be.
     template <class R, class... N>
     void call_native(R (*native)(N...)) {
-        std::vector<void*> arguments = native_arguments();
+        std::vector<void*> arguments;
+        if (hasComplexResult_)
+            arguments.push_back(&state_.result);
+        for (std::size_t i = 0; i < state_.parameters.size(); ++i) {
+            Parameter& p = state_.parameters[i];
+            if (p.kind == Parameter::option)
+                arguments.push_back(const_cast<char*>(p.letters) + p.words[0]);
+            else if (p.kind != Parameter::offset)
+                arguments.push_back(p.words.data() + static_cast<std::size_t>(offset_of(i)) * p.elementWords);
+        }
         const bool hasInfo = state_.parameters.back().kind == Parameter::info;
         ASSERT_LE(arguments.size(), sizeof...(N));
         arguments.insert(arguments.end() - hasInfo, sizeof...(N) - arguments.size(), nullptr);
@@ -114,17 +122,17 @@ public:
         (std::index_sequence_for<N...>());
     }
 
-    // Every option takes the values 0 to 3 and every letter four, neighbours different ones; the native routine may
+    // Every option takes the values 0 to 3 and every letter five, neighbours different ones; the native routine may
     // reject what they stand for, in the same words.
     void agrees_with(const std::function<void()>& native) {
         const State before = state_;
         bool computed = false;
-        for (int turn = 0; turn < 16; ++turn) {
+        for (int turn = 0; turn < 20; ++turn) {
             SCOPED_TRACE(turn);
             int option = turn;
             for (Parameter& p : state_.parameters)
                 if (p.kind == Parameter::option || p.kind == Parameter::letter) {
-                    p.words[0] = p.kind == Parameter::option ? option % 4 : "NVAS"[option % 4];
+                    p.words[0] = p.kind == Parameter::option ? option % 4 : "NVIAS"[option % 5];
                     option = option / 4 + turn;
                 }
             const State given = state_;
@@ -203,8 +211,8 @@ private:
     template <class P>
     Parameter parameter() {
         const auto any = [&] { return std::bit_cast<int>(static_cast<float>(random_() % (1 << 24)) / (1 << 23) - 1); };
-        if constexpr (isArray<P>) {
-            using Element = std::remove_const_t<typename ElementOf<P>::Type>;
+        if constexpr (Array<P>) {
+            using Element = std::remove_const_t<ElementOf<P>>;
             ++arrays_;
             Parameter array{Parameter::array, std::vector<int>(1200), sizeof(Element) / sizeof(int)};
             for (int k = 1; int& word : array.words)
@@ -249,8 +257,8 @@ private:
     template <class P>
     static P host_argument(Parameter& p) {
         auto* const floats = reinterpret_cast<float*>(p.words.data());
-        if constexpr (isArray<P>) {
-            auto* data = reinterpret_cast<typename ElementOf<P>::Type*>(p.words.data());
+        if constexpr (Array<P>) {
+            auto* data = reinterpret_cast<ElementOf<P>*>(p.words.data());
             const std::size_t count = p.state == Parameter::empty ? 0 : p.words.size() / p.elementWords;
             return p.state == Parameter::null ? P() : P(data, count);
         } else if constexpr (std::is_same_v<P, int> || std::is_enum_v<P>) {
@@ -271,21 +279,6 @@ private:
         std::memcpy(&state_.result, &result, sizeof result);
     }
 
-    // In the native calling form, without those that the method brings itself.
-    std::vector<void*> native_arguments() {
-        std::vector<void*> list;
-        if (hasComplexResult_)
-            list.push_back(&state_.result);
-        for (std::size_t i = 0; i < state_.parameters.size(); ++i) {
-            Parameter& p = state_.parameters[i];
-            if (p.kind == Parameter::option)
-                list.push_back(const_cast<char*>(p.letters) + p.words[0]);
-            else if (p.kind != Parameter::offset)
-                list.push_back(p.words.data() + static_cast<std::size_t>(offset_of(i)) * p.elementWords);
-        }
-        return list;
-    }
-
     const std::string name_; // as reports show it
     const bool hasResult_, hasComplexResult_;
     std::minstd_rand random_;
@@ -294,8 +287,8 @@ private:
     std::function<void()> host_;
 };
 
-// Checks methods of one class, each told with the routine's name and its native form, or null if it does not hand on
-// all that it is given. They are all there are, in the order of the virtual table.
+// Checks methods of one class, each told with the routine's name and its native form. They are all there are, in the
+// order of the virtual table.
 template <class Interface, class... Rows>
 void check_methods(Interface* object, const Rows&... rows) {
     std::size_t last = 0;
@@ -308,8 +301,7 @@ void check_methods(Interface* object, const Rows&... rows) {
         last = slot;
         MethodCheck one(routine, object, method);
         one.asks_for_arrays_in_order();
-        if constexpr (!std::is_null_pointer_v<decltype(native)>)
-            one.agrees_with([&] { one.call_native(native); });
+        one.agrees_with([&] { one.call_native(native); });
     };
     (std::apply(check, rows), ...);
 }
