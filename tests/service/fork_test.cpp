@@ -39,10 +39,8 @@ TEST(Fork, ChildOfThreadsUsesOne) {
 }
 
 TEST(Fork, ChildFindsTheLocksFree) {
-    const struct {
-        void (*lock)();
-        void (*unlock)();
-    } locks[] = {{qrv_serv_lock, qrv_serv_unlock}, {lock_first_query, unlock_first_query}};
+    const std::pair<void (*)(), void (*)()> locks[] = {{qrv_serv_lock, qrv_serv_unlock},
+                                                       {lock_first_query, unlock_first_query}};
     for (const auto& [lock, unlock] : locks) {
         std::atomic<bool> held{false}, released{false};
         std::thread holder([&] {

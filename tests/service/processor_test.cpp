@@ -18,31 +18,26 @@ CpuidWords leaf1(std::uint32_t ecx, std::uint32_t edx = sse2Edx) {
 }
 
 TEST(CpuType, LadderTakesTheHighestClass) {
-    const struct {
-        CpuidWords words;
-        int type;
-    } rows[] = {{leaf1(sse42 | sse41 | ssse3 | sse3), 5},
-                {leaf1(sse42), 5}, // each class has one bit of its own
-                {leaf1(sse41 | ssse3 | sse3), 4},
-                {leaf1(ssse3), 4},
-                {leaf1(sse3), 3},
-                {leaf1(0), 2},
-                {leaf1(0, ~sse2Edx), 0},
-                {{}, 0}}; // a machine that answers nothing
-    for (const auto& row : rows)
-        EXPECT_EQ(cpu_type_of(row.words), row.type) << std::hex << row.words.ecx;
+    const std::pair<CpuidWords, int> rows[] = {{leaf1(sse42 | sse41 | ssse3 | sse3), 5},
+                                               {leaf1(sse42), 5}, // each class has one bit of its own
+                                               {leaf1(sse41 | ssse3 | sse3), 4},
+                                               {leaf1(ssse3), 4},
+                                               {leaf1(sse3), 3},
+                                               {leaf1(0), 2},
+                                               {leaf1(0, ~sse2Edx), 0},
+                                               {{}, 0}}; // a machine that answers nothing
+    for (const auto& [words, type] : rows)
+        EXPECT_EQ(cpu_type_of(words), type) << std::hex << words.ecx;
 }
 
 TEST(CpuType, Override) {
-    const struct {
-        const char* text;
-        int expected;
-    } rows[] = {{nullptr, unknown}, {"", unknown},   {"0", 0},         {"00", unknown},
-                {" 0", unknown},    {"0x", unknown}, {"1", 0},         {"2", 2},
-                {"2x", 2},          {" 3", 3},       {"+4", 4},        {"5", 5},
-                {"6", unknown},     {"-1", unknown}, {"abc", unknown}, {"99999999999999999999", unknown}};
-    for (const auto& row : rows)
-        EXPECT_EQ(cpu_type_override(row.text), row.expected) << (row.text ? row.text : "unset");
+    const std::pair<const char*, int> rows[] = {
+        {nullptr, unknown}, {"", unknown},   {"0", 0},         {"00", unknown},
+        {" 0", unknown},    {"0x", unknown}, {"1", 0},         {"2", 2},
+        {"2x", 2},          {" 3", 3},       {"+4", 4},        {"5", 5},
+        {"6", unknown},     {"-1", unknown}, {"abc", unknown}, {"99999999999999999999", unknown}};
+    for (const auto& [text, expected] : rows)
+        EXPECT_EQ(cpu_type_override(text), expected) << (text ? text : "unset");
 }
 
 TEST(CpuMa, ByClassAndOverride) {
@@ -65,13 +60,11 @@ TEST(L2Class, LastKnownDescriptorWins) {
     EXPECT_EQ(l2_class_of({1, 0x45, 0x40, 0}), 0) << "EBX before ECX";
     EXPECT_EQ(l2_class_of({0x665B5001, 0, 0, 0x007A7040}), 2);
     EXPECT_EQ(l2_class_of({}), -1);
-    const struct {
-        std::uint32_t descriptor;
-        int expected;
-    } rows[] = {{0x40, 0}, {0x41, 1}, {0x79, 1}, {0x42, 2}, {0x7A, 2}, {0x82, 2}, {0x43, 3}, {0x7B, 3}, {0x83, -1},
-                {0x44, 4}, {0x7C, 4}, {0x84, 4}, {0x45, 5}, {0x7D, 5}, {0x85, 5}, {0x49, 6}, {0x4A, -1}};
-    for (const auto& row : rows)
-        EXPECT_EQ(l2_class_of({1, 0, row.descriptor, 0}), row.expected) << std::hex << row.descriptor;
+    const std::pair<std::uint32_t, int> rows[] = {{0x40, 0}, {0x41, 1}, {0x79, 1},  {0x42, 2}, {0x7A, 2}, {0x82, 2},
+                                                  {0x43, 3}, {0x7B, 3}, {0x83, -1}, {0x44, 4}, {0x7C, 4}, {0x84, 4},
+                                                  {0x45, 5}, {0x7D, 5}, {0x85, 5},  {0x49, 6}, {0x4A, -1}};
+    for (const auto& [descriptor, expected] : rows)
+        EXPECT_EQ(l2_class_of({1, 0, descriptor, 0}), expected) << std::hex << descriptor;
 }
 
 struct CacheMachine {

@@ -1,7 +1,6 @@
 // Reports, messages, the option compare, and the slots.
 #include <chrono>
 #include <future>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
 #include <unistd.h>
@@ -84,12 +83,9 @@ std::string heard;
 void listener(const char* name, const int* info, int length) {
     heard = std::string(name, static_cast<std::size_t>(length)) + std::to_string(*info);
 }
-int stop_after_five(const int*, const int* step, const char*, int) {
-    return *step > 5;
-}
 
 TEST(Slots, ReporterAndProgress) {
-    const int info = 4, thread = 0, early = 5, late = 6;
+    const int info = 4, thread = 0, step = 5;
     qrv_serv_set_xerbla(listener);
     EXPECT_EQ(printed([&] { qrv_serv_xerbla("SGETRF", &info, 6); }), "");
     EXPECT_EQ(heard, "SGETRF4");
@@ -97,18 +93,17 @@ TEST(Slots, ReporterAndProgress) {
     qrv_serv_set_xerbla(nullptr);
     EXPECT_NE(printed([&] { qrv_serv_xerbla("SGETRF", &info, 6); }), "");
 
-    EXPECT_EQ(qrv_serv_progress(&thread, &late, "SGETRF", 6), 0) << "no routine set";
-    qrv_serv_set_progress(stop_after_five);
-    EXPECT_EQ(qrv_serv_progress(&thread, &early, "SGETRF", 6), 0);
-    EXPECT_EQ(qrv_serv_progress(&thread, &late, "SGETRF", 6), 1);
-    qrv_serv_set_progress(nullptr);
+    EXPECT_EQ(qrv_serv_progress(&thread, &step, "SGETRF", 6), 0) << "no routine set";
+    const ProgressHook hook(2);
+    for (const int stops : {0, 1})
+        EXPECT_EQ(qrv_serv_progress(&thread, &step, "SGETRF", 6), stops);
 }
 
 TEST(Slots, LapackEntriesSetBothToTheirDefaults) {
-    const int n = -1, info = 1, thread = 0, late = 6;
+    const int n = -1, info = 1, thread = 0, step = 6;
     for (const bool checks : {true, false}) {
         qrv_serv_set_xerbla(listener);
-        qrv_serv_set_progress(stop_after_five);
+        const ProgressHook hook(1);
         heard.clear();
         const auto call = [&] {
             int result = 0;
@@ -117,7 +112,7 @@ TEST(Slots, LapackEntriesSetBothToTheirDefaults) {
         };
         EXPECT_NE(printed(call), "") << "the default report, not the listener's";
         EXPECT_EQ(heard, "");
-        EXPECT_EQ(qrv_serv_progress(&thread, &late, "SFAKE ", 6), 0);
+        EXPECT_EQ(qrv_serv_progress(&thread, &step, "SFAKE ", 6), 0);
     }
 }
 

@@ -17,15 +17,13 @@ namespace {
 
 std::map<std::string, std::string> fakeEnvironment;
 
-const char* fake_reader(const char* name) {
-    const auto found = fakeEnvironment.find(name);
-    return found == fakeEnvironment.end() ? nullptr : found->second.c_str();
-}
-
 // What is not as without an environment.
 std::string settings_of(const std::map<std::string, std::string>& environment, ThreadSettings given = {}) {
     fakeEnvironment = environment;
-    const ThreadSettings found = read_thread_settings(given, fake_reader);
+    const ThreadSettings found = read_thread_settings(given, [](const char* name) {
+        const auto it = fakeEnvironment.find(name);
+        return it == fakeEnvironment.end() ? nullptr : it->second.c_str();
+    });
     std::string text;
     const auto tell = [&](const char* name, int value, int byDefault) {
         if (value != byDefault)
@@ -87,13 +85,11 @@ TEST(ThreadSettings, OfTheEnvironment) {
 
 // ---- Decision ---------------------------------------------------------------------------------------------
 
-struct BudgetRow {
+const struct {
     const char* what;
     BudgetFacts facts; // on 8 cores, where OpenMP gives 6 threads, unless told otherwise
     int all, blas;     // the budgets
-};
-
-const BudgetRow budgetRows[] = {
+} budgetRows[] = {
     {"no request", {.settings{.dynamic = 1}}, 6, 6},
     {"hyper-threads are not used by default", {.settings{.dynamic = 1}, .ompMaxThreads = 16}, 8, 8},
     {"a request is kept to the cores", {.settings{.requested{16}, .dynamic = 1}}, 8, 8},
@@ -117,7 +113,7 @@ const BudgetRow budgetRows[] = {
 };
 
 TEST(ThreadBudget, Decision) {
-    for (BudgetRow row : budgetRows) {
+    for (auto row : budgetRows) {
         row.facts.physicalCores = 8;
         if (row.facts.ompMaxThreads == 1)
             row.facts.ompMaxThreads = 6;

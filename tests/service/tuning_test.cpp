@@ -21,16 +21,14 @@ int ilaenv(int ispec, const std::string& name, int n1 = -1, int n2 = -1, int n3 
 }
 
 // Values along one size: "300:16 301:24" says that 300 gives 16 and 301 gives 24. The size is '?' in `arguments`.
-struct Ladder {
+constexpr struct {
     int ispec;
     const char* names;
     const char* arguments; // n1 n2 n3 n4, those left out are -1
     const char* values;
     const char* opts = " ";
-};
-
-// One row a rule and a few values of each.
-constexpr Ladder ladders[] = {
+} ladders[] = {
+    // One row a rule and a few values of each.
     {1, "SGETRF CGETRF STRTRI CTRTRI SGETRI CGETRI SLAUUM CLAUUM", "? ?", "1:64 9999:64"},
     {3, "SGETRI STRTRI CLAUUM CUNMQR SLAQPS SORMQR SORMTR", "? ?", "1:0 9999:0"},
     {1, "SGEHRD SGELQF CGELQF CUNGQR CUNGLQ CUNGBR CUNMQR CUNMLQ CUNMBR SLAQPS SLATRD", "? ?", "1:32 9999:32"},
@@ -73,7 +71,7 @@ constexpr Ladder ladders[] = {
 };
 
 TEST(Tuning, ValuesAtTheirBounds) {
-    for (const Ladder& ladder : ladders) {
+    for (const auto& ladder : ladders) {
         std::istringstream names(ladder.names);
         for (std::string name; names >> name;) {
             std::istringstream values(ladder.values);
@@ -108,18 +106,16 @@ TEST(Tuning, OtherValues) {
 }
 
 TEST(MachineConstants, Bits) {
-    const struct {
-        const char* letters;
-        std::uint32_t bits;
-    } rows[] = {{"Ee", 0x33800000}, {"SsUu", 0x00800000}, {"Bb", 0x40000000}, {"Pp", 0x34000000}, {"Nn", 0x41C00000},
-                {"Rr", 0x3F800000}, {"Mm", 0xC2FA0000},   {"Ll", 0x43000000}, {"Oo", 0x7F7FFFFF}, {"Aa", 0x2A800000},
-                {"Ff", 0x26000000}, {"Ii", 0x54800000},   {"Xx", 0x59000000}, {"Tt", 0x41000000}};
+    const std::pair<std::string, std::uint32_t> rows[] = {
+        {"Ee", 0x33800000}, {"SsUu", 0x00800000}, {"Bb", 0x40000000}, {"Pp", 0x34000000}, {"Nn", 0x41C00000},
+        {"Rr", 0x3F800000}, {"Mm", 0xC2FA0000},   {"Ll", 0x43000000}, {"Oo", 0x7F7FFFFF}, {"Aa", 0x2A800000},
+        {"Ff", 0x26000000}, {"Ii", 0x54800000},   {"Xx", 0x59000000}, {"Tt", 0x41000000}};
     std::string known;
-    for (const auto& row : rows)
-        for (const char* letter = row.letters; *letter; ++letter) {
-            EXPECT_EQ(std::bit_cast<std::uint32_t>(SLAMCH(letter)), row.bits) << *letter;
-            known += *letter;
-        }
+    for (const auto& [letters, bits] : rows) {
+        for (const char& letter : letters)
+            EXPECT_EQ(std::bit_cast<std::uint32_t>(SLAMCH(&letter)), bits) << letter;
+        known += letters;
+    }
     for (int c = 0; c < 256; ++c) {
         const char text[] = {static_cast<char>(c), '\0'};
         EXPECT_EQ(SLAMCH(text) == 0, known.find(text[0]) == std::string::npos) << c;

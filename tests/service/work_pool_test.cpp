@@ -19,14 +19,6 @@ namespace {
 
 std::atomic<int> mallocs, frees, refuseFrom;
 
-void* counting_malloc(std::size_t size) {
-    return mallocs < refuseFrom ? ++mallocs, std::malloc(size) : nullptr;
-}
-void counting_free(void* block) {
-    ++frees;
-    std::free(block);
-}
-
 // Each test starts with an empty pool and a counting allocator, and ends with every buffer released.
 class WorkPool : public testing::Test {
 protected:
@@ -35,26 +27,23 @@ protected:
             GTEST_SKIP() << "the pool is off in this environment";
         qrv_serv_free_buffers();
         saved_ = allocatorSlots;
-        allocatorSlots.malloc = counting_malloc;
-        allocatorSlots.free = counting_free;
+        allocatorSlots.malloc = [](std::size_t size) {
+            return mallocs < refuseFrom ? ++mallocs, std::malloc(size) : nullptr;
+        };
+        allocatorSlots.free = [](void* block) { ++frees, std::free(block); };
         mallocs = frees = 0;
         refuseFrom = 1 << 30;
     }
     void TearDown() override {
         qrv_serv_free_buffers();
-        int buffers = 0;
-        EXPECT_EQ(qrv_serv_memory_stat(&buffers), 0);
-        EXPECT_EQ(buffers, 0);
+        EXPECT_EQ(kept(), std::pair(0, 0));
         allocatorSlots = saved_;
     }
-    static int buffers() {
-        int count = 0;
-        qrv_serv_memory_stat(&count);
-        return count;
-    }
-    static std::int64_t bytes() {
-        int count = 0;
-        return qrv_serv_memory_stat(&count);
+    // Buffers and bytes.
+    static std::pair<int, int> kept() {
+        int buffers = 0;
+        const auto bytes = qrv_serv_memory_stat(&buffers);
+        return {buffers, static_cast<int>(bytes)};
     }
     static void* once(std::size_t size, int alignment) {
         void* block = qrv_serv_allocate(size, alignment);
@@ -79,7 +68,7 @@ TEST_F(WorkPool, ManyThreadsAtOnce) {
             }
         });
     threads.clear();
-    EXPECT_EQ(buffers(), 8 * 5);
+    EXPECT_EQ(kept().first, 8 * 5);
 }
 
 // More threads than there are records, each of which leaves nothing.
@@ -94,7 +83,7 @@ TEST_F(WorkPool, ThreadsGiveBackTheirBuffers) {
             qrv_serv_free_thread_buffers();
         }).join();
     EXPECT_EQ(reused, threads) << "each has a record";
-    EXPECT_EQ(buffers(), 0);
+    EXPECT_EQ(kept().first, 0);
     EXPECT_EQ(mallocs, frees);
     EXPECT_EQ(mallocs, 3 * threads) << "a record and two buffers";
 }
@@ -193,8 +182,7 @@ TEST_F(WorkPool, Steps) {
     for (const auto& row : rows) {
         {
             const Steps steps(row.steps);
-            EXPECT_EQ(buffers(), row.buffers) << row.what;
-            EXPECT_EQ(bytes(), row.bytes) << row.what;
+            EXPECT_EQ(kept(), std::pair(row.buffers, row.bytes)) << row.what;
             EXPECT_EQ(mallocs - frees, row.blocks) << row.what;
         }
         qrv_serv_free_buffers();

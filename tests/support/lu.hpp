@@ -6,6 +6,7 @@
 
 #include "lapack/kernel/source/lu/getrf.hpp"
 #include "lapack/lapack.hpp"
+#include "support/call.hpp"
 #include "support/oracle.hpp"
 
 namespace qrv::test {
@@ -25,10 +26,7 @@ std::ostream& operator<<(std::ostream& out, const LuRoute<T>& route) {
 template <class T>
 LuRoute<T> native_route(const char* name, void (*routine)(const int*, const int*, T*, const int*, int*, int*)) {
     return {name, [routine](int m, int n, Matrix<T> a, int* ipiv) {
-                int info = -99;
-                const int lda = static_cast<int>(a.ld);
-                routine(&m, &n, a.data, &lda, ipiv, &info);
-                return info;
+                return call(routine, m, n, a.data, static_cast<int>(a.ld), ipiv);
             }};
 }
 template <class T>

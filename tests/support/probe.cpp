@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <omp.h>
 #include <sched.h>
 #include <string>
@@ -58,22 +57,7 @@ void pin_to_first_processor() {
     sched_setaffinity(0, sizeof own, &own);
 }
 
-void print_configuration() {
-    std::string text(static_cast<std::size_t>(qrv_serv_get_configuration(nullptr, 0)) + 1, '\0');
-    qrv_serv_get_configuration(text.data(), static_cast<int>(text.size()));
-    std::fputs(text.c_str(), stdout);
-}
-
-// "set_NAME=VALUE" puts a variable into the environment of the running process.
-void set_variable(std::string_view step) {
-    const auto equals = step.find('=');
-    setenv(std::string(step.substr(4, equals - 4)).c_str(), std::string(step.substr(equals + 1)).c_str(), 1);
-}
-
-const struct {
-    std::string_view name;
-    void (*act)();
-} steps[] = {
+const std::pair<std::string_view, void (*)()> steps[] = {
     {"ask", ask},
     {"ask_in_pinned_thread",
      [] {
@@ -83,7 +67,12 @@ const struct {
          }).join();
      }},
     {"pin", pin_to_first_processor},
-    {"configuration", print_configuration},
+    {"configuration",
+     [] {
+         std::string text(static_cast<std::size_t>(qrv_serv_get_configuration(nullptr, 0)) + 1, '\0');
+         qrv_serv_get_configuration(text.data(), static_cast<int>(text.size()));
+         std::fputs(text.c_str(), stdout);
+     }},
     {"request=3", [] { qrv_serv_set_num_threads(3); }},
     {"request=0", [] { print("result", qrv_serv_set_num_threads(0)); }},
     {"blas=2", [] { print("stored", qrv_serv_domain_set_num_threads(2, QRV_DOMAIN_BLAS)); }},
@@ -99,11 +88,12 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         const std::string_view name = argv[i];
         const auto* const step =
-            std::find_if(std::begin(steps), std::end(steps), [&](const auto& s) { return s.name == name; });
+            std::find_if(std::begin(steps), std::end(steps), [&](const auto& s) { return s.first == name; });
         if (step != std::end(steps)) {
-            step->act();
-        } else if (name.starts_with("set_")) {
-            set_variable(name);
+            step->second();
+        } else if (name.starts_with("set_")) { // "set_NAME=VALUE" changes the environment of the running process
+            const auto equals = name.find('=');
+            setenv(std::string(name.substr(4, equals - 4)).c_str(), std::string(name.substr(equals + 1)).c_str(), 1);
         } else {
             std::fprintf(stderr, "probe: unknown step %s\n", argv[i]);
             return 2;

@@ -7,6 +7,7 @@
 #include <regex>
 
 #include "matrix_file/matrix_file.hpp"
+#include "support/child.hpp"
 #include "support/folder.hpp"
 #include "support/npy.hpp"
 #include "support/sample.hpp"
@@ -20,8 +21,7 @@
 namespace tools {
 namespace {
 
-using qrv::test::Folder;
-using qrv::test::npy, qrv::test::npy_header;
+using qrv::test::Folder, qrv::test::npy, qrv::test::npy_header;
 using testing::StartsWith;
 
 const std::string sound[] = {
@@ -98,11 +98,7 @@ TEST(HostileFiles, AreReadOrRefusedWithALine) {
 
 #ifdef QRV_TOOL
 // What a command line says, run in this process.
-struct Answer {
-    int exitStatus;
-    std::string err;
-};
-Answer answer_of(std::vector<std::string> arguments) {
+qrv::test::ChildResult answer_of(std::vector<std::string> arguments) {
     char program[] = "qrv";
     std::vector<char*> pointers{program};
     for (std::string& argument : arguments)
@@ -111,8 +107,7 @@ Answer answer_of(std::vector<std::string> arguments) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     const int exitStatus = run_program(static_cast<int>(arguments.size()) + 1, pointers.data());
-    testing::internal::GetCapturedStdout();
-    return {exitStatus, testing::internal::GetCapturedStderr()};
+    return {exitStatus, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
 }
 
 TEST(HostileFiles, EndEveryCommandWithALine) {
@@ -136,7 +131,7 @@ TEST(HostileFiles, EndEveryCommandWithALine) {
         std::ofstream(a, std::ios::binary) << text;
         std::ofstream(b, std::ios::binary) << damaged(random);
         for (const auto& command : commands) {
-            const Answer answer = answer_of(command);
+            const auto answer = answer_of(command);
             ASSERT_TRUE(answer.exitStatus >= 0 && answer.exitStatus <= 2) << command[0] << ' ' << text;
             ASSERT_EQ(answer.err.empty(), answer.exitStatus == 0) << command[0] << ' ' << text << answer.err;
             ASSERT_TRUE(answer.err.empty() || answer.err.find('\n') + 1 == answer.err.size()) << text << answer.err;

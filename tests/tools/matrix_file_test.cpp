@@ -13,11 +13,8 @@
 namespace tools {
 namespace {
 
-using qrv::test::content;
-using qrv::test::Folder;
-using qrv::test::npy, qrv::test::npy_header;
-using testing::HasSubstr;
-using testing::StartsWith;
+using qrv::test::content, qrv::test::Folder, qrv::test::npy, qrv::test::npy_header;
+using testing::HasSubstr, testing::StartsWith;
 
 std::string with_banner(const std::string& text) {
     return (text.starts_with("%%") || text.starts_with("\x93") ? "" : "%%MatrixMarket matrix ") + text;
@@ -26,10 +23,7 @@ MatrixFile parse(const std::string& text) {
     return parse_matrix("name", with_banner(text));
 }
 
-struct Meaning {
-    std::string text;
-    std::vector<SingleComplex> elements; // column by column
-};
+using Meaning = std::pair<std::string, std::vector<SingleComplex>>; // a text and its elements, column by column
 
 TEST(MatrixMarket, ReadsWhatTheFileMeans) {
     const Meaning cases[] = {
@@ -121,7 +115,7 @@ TEST(Npy, ReadsWhatTheFileMeans) {
         EXPECT_EQ(to_complex(read.matrix).values, elements) << file;
         EXPECT_EQ(read.format, Format::npy);
     }
-    EXPECT_EQ(to_complex(parse(cases[3].text).matrix).columns, 1);
+    EXPECT_EQ(to_complex(parse(cases[3].first).matrix).columns, 1);
     Matrix<float> tall(5000, 3); // more than is read at a time
     std::string text = npy(npy_header("<f4", "(5000, 3)", true), {});
     for (std::size_t k = 0; k < tall.values.size(); ++k)

@@ -8,8 +8,7 @@
 namespace support {
 namespace {
 
-using testing::HasSubstr;
-using testing::Not;
+using testing::HasSubstr, testing::Not;
 
 // The frame spans 80 to 850 and, upwards, 420 to 50.
 TEST(Plot, DrawsValuesAtTheirPlaces) {
