@@ -28,10 +28,6 @@ void check_some(unsigned every, int m, int n, int k, bool isLarge = false, int e
     }
 }
 
-struct Size {
-    int m, n, k;
-};
-
 // ---- Products ------------------------------------------------------------------------------------------------------
 
 TEST_OF_ELEMENTS(GemmContract, SmallShapes) {
@@ -60,7 +56,7 @@ TEST_OF_ELEMENTS(GemmContract, BlockEdges) {
                          150, 151, 152, 153, 191, 192, 193, 239, 240, 241, 254, 255, 256, 257, 258, 287,
                          288, 289, 300, 384, 385, 479, 480, 481, 510, 511, 512, 513, 514, 520, 546};
     for (const int edge : edges)
-        for (const auto& [m, n, k] : {Size{edge, 21, 27},
+        for (const auto& [m, n, k] : {GemmSizes{edge, 21, 27},
                                       {edge, 61, 83},
                                       {22, edge, 19},
                                       {25, edge, 133},
@@ -111,13 +107,13 @@ TEST_OF_ELEMENTS(GemmContract, WorkMemory) {
 // ---- NaN and infinity ----------------------------------------------------------------------------------------------
 
 // Unpacked, edges only, blocked, and several blocks deep.
-constexpr Size sizes[] = {{1, 1, 1},    {3, 2, 5},    {5, 9, 3},     {8, 8, 8},     {7, 5, 3},
-                          {22, 17, 13}, {41, 50, 70}, {70, 66, 130}, {20, 12, 300}, {83, 59, 71}};
+constexpr GemmSizes sizes[] = {{1, 1, 1},    {3, 2, 5},    {5, 9, 3},     {8, 8, 8},     {7, 5, 3},
+                               {22, 17, 13}, {41, 50, 70}, {70, 66, 130}, {20, 12, 300}, {83, 59, 71}};
 
 // Nothing that a design adds to fill up its blocks meets an infinite alpha, no product is left out because an element
 // of it is 0, and what C holds stays in its element.
 TEST_OF_ELEMENTS(GemmContract, NothingHidesWhatIsNotFinite) {
-    for (const Size& s : sizes)
+    for (const GemmSizes& s : sizes)
         for (const float beta : {1.0F, 2.0F})
             for (const char option : {'N', 'T'}) {
                 const Shape p{.trans = option, .transb = 'T', .m = s.m, .n = s.n, .k = s.k, .beta = beta};
@@ -153,7 +149,7 @@ TEST_OF_ELEMENTS(GemmContract, NonFiniteElementsReachWhatDependsOnThem) {
         element = all_parts<T>(turns.pick({nan, infinity}));
         check(x);
     };
-    for (const Size& s : {Size{7, 5, 3}, {11, 7, 13}, {23, 19, 13}, {83, 59, 71}, {67, 3, 71}, {6, 67, 71}}) {
+    for (const GemmSizes& s : {GemmSizes{7, 5, 3}, {11, 7, 13}, {23, 19, 13}, {83, 59, 71}, {67, 3, 71}, {6, 67, 71}}) {
         const int step = s.m + s.n > 50 ? 3 : 1;
         for (int hit = 0; hit < s.m + s.n; hit += step)
             check_at(s.m, s.n, s.k, hit, (hit * 5 + 3) % s.k);

@@ -5,11 +5,9 @@ namespace qrv::test {
 namespace {
 
 using Long = std::complex<long double>;
-Long lengthen(float x) {
-    return x;
-}
-Long lengthen(SingleComplex x) {
-    return {x.re, x.im};
+template <class T>
+Long lengthen(const T& x) {
+    return Long(widen(x));
 }
 
 TEST_OF_ELEMENTS(GemmGeneric, RoundsOncePerBlockOfK) {
@@ -37,7 +35,7 @@ TEST_OF_ELEMENTS(GemmGeneric, RoundsOncePerBlockOfK) {
                 });
                 l += size;
             }
-            const Operand<T> c = x.result(subjects<T>()[0].gemm);
+            const Operand<T> c = x.result([](const Call<T>& v) { call_gemm(subjects<T>()[0].gemm, v); });
             EXPECT_TRUE(c.same_bits(expected)) << "k=" << k << " B " << transb;
         }
 }

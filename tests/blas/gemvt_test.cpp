@@ -1,6 +1,4 @@
 // Both products of a step of the bidiagonal reduction, on every build, against double.
-#include <gtest/gtest.h>
-
 #include "support/builds.hpp"
 #include "support/oracle.hpp"
 

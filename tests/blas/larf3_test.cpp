@@ -1,6 +1,4 @@
 // Reflectors of order 3 side by side, on every build, against the same in double, one after the other.
-#include <gtest/gtest.h>
-
 #include "support/builds.hpp"
 #include "support/oracle.hpp"
 

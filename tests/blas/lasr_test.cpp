@@ -1,6 +1,4 @@
 // Sequences of rotations, on every build, against the same in double, one rotation and one line after the other.
-#include <gtest/gtest.h>
-
 #include "support/builds.hpp"
 #include "support/oracle.hpp"
 
@@ -42,10 +40,6 @@ struct Sequence {
     }
 };
 
-std::ostream& operator<<(std::ostream& out, const Sequence& q) {
-    return out << q.side << q.pivot << q.direct;
-}
-
 template <class Body>
 void each_sequence(const Body& body) {
     for (const char side : {'L', 'R'})
@@ -70,7 +64,8 @@ TEST(Lasr, AllTwelveOnEveryBuild) {
                 for (const VectorBuild& build : vector_builds()) {
                     Operand<float> a = before;
                     q.run(build, a);
-                    ASSERT_LE(expected.error(a), 1) << build << ' ' << q << ' ' << m << 'x' << n;
+                    ASSERT_LE(expected.error(a), 1)
+                        << build << ' ' << q.side << q.pivot << q.direct << ' ' << m << 'x' << n;
                 }
             }
     });
@@ -86,7 +81,7 @@ TEST(Lasr, IdentityTouchesNothing) {
             for (const VectorBuild& build : vector_builds()) {
                 Operand<float> b = a;
                 q.run(build, b);
-                ASSERT_TRUE(b.same_bits(a)) << build << ' ' << q << ' ' << size;
+                ASSERT_TRUE(b.same_bits(a)) << build << ' ' << q.side << q.pivot << q.direct << ' ' << size;
             }
         }
     });

@@ -1,20 +1,11 @@
 // Contract of the kernels of level 2, on every build.
 #include <string_view>
-#include <vector>
 
 #include "support/routines.hpp"
 #include "support/shapes.hpp"
 
 namespace qrv::test {
 namespace {
-
-template <class T>
-void check_builds(const Routine<T>& routine, const Shape& p) {
-    const Problem<T> problem(routine.operation, p);
-    for (const VectorBuild& build : vector_builds())
-        problem.check([&](const Call<T>& v) { routine.kernel(build, v); },
-                      std::string(build.name) + ' ' + routine.name);
-}
 
 // ---- Products, solves and updates ----------------------------------------------------------------------------------
 
@@ -38,7 +29,10 @@ void check_sizes(const Routine<T>& routine, bool largeOnes, Turns& turns) {
                               : turns.pick({0, 1, 2, 3, 4, 5, 9, 17, 33, std::max(0, least - 1), least + 2});
         };
         p.m = m, p.n = n, p.k = o.banded ? width() : 0, p.ku = o.banded ? width() : 0;
-        check_builds(routine, turns.vary(p, isLarge));
+        const Problem<T> problem(o, turns.vary(p, isLarge));
+        for (const VectorBuild& build : vector_builds())
+            problem.check([&](const Call<T>& v) { routine.kernel(build, v); },
+                          std::string(build.name) + ' ' + routine.name);
     };
     for (std::size_t draw = 0; !largeOnes && draw < (o.banded ? 1700 : 500); ++draw)
         check(options[draw / std::size(small) % options.size()], turns.pick(small), small[draw % std::size(small)],

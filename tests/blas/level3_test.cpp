@@ -13,30 +13,26 @@ struct Sizes {
     bool updatesOnly = false; // deep ones
 };
 
-template <class T>
-void check_builds(const Routine<T>& routine, const Sizes& s, Turns& turns, VectorForm least) {
-    for (Shape p : every_option<T>(routine.operation)) {
-        if (!turns.one_in(s.every))
-            continue;
-        const bool left = p.side == 'L', updates = routine.operation.updates();
-        p.m = left ? s.n : s.length;
-        p.n = left && !updates ? s.length : s.n;
-        p.k = s.length;
-        p = turns.vary(p, s.every > 1);
-        p.a.extra += s.extra, p.c.extra += s.extra;
-        const Problem<T> problem(routine.operation, p);
-        for (const VectorBuild& build : vector_builds())
-            if (build.form >= least)
-                problem.check([&](const Call<T>& v) { routine.kernel(build, v); },
-                              std::string(build.name) + ' ' + routine.name);
-    }
-}
 void check_all(const std::vector<Sizes>& sizes, VectorForm least = VectorForm::sse) {
     Turns turns;
     each_routine(false, [&]<class T>(const Routine<T>& routine) {
+        const bool updates = routine.operation.updates();
         for (const Sizes& s : sizes)
-            if (!s.updatesOnly || routine.operation.updates())
-                check_builds(routine, s, turns, least);
+            for (Shape p : every_option<T>(routine.operation)) {
+                if ((s.updatesOnly && !updates) || !turns.one_in(s.every))
+                    continue;
+                const bool left = p.side == 'L';
+                p.m = left ? s.n : s.length;
+                p.n = left && !updates ? s.length : s.n;
+                p.k = s.length;
+                p = turns.vary(p, s.every > 1);
+                p.a.extra += s.extra, p.c.extra += s.extra;
+                const Problem<T> problem(routine.operation, p);
+                for (const VectorBuild& build : vector_builds())
+                    if (build.form >= least)
+                        problem.check([&](const Call<T>& v) { routine.kernel(build, v); },
+                                      std::string(build.name) + ' ' + routine.name);
+            }
     });
 }
 

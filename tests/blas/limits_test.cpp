@@ -1,15 +1,11 @@
 // What the kernels do at the ends: sizes near the largest int, and how much stack they take.
 #include <climits>
-#include <gtest/gtest.h>
 #include <memory>
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include "support/builds.hpp"
 #include "support/gemm.hpp"
-#include "support/reserved.hpp"
 #include "support/routines.hpp"
-#include "support/shapes.hpp"
 #include "support/stack.hpp"
 
 namespace qrv::test {
@@ -78,26 +74,24 @@ TEST(Limits, LongestWalks) {
 // More than any block on the stack holds, as columns and as rows.
 constexpr int beyondBlocks = 270;
 
-template <class T>
-void expect_little_stack(const Routine<T>& routine, std::size_t empty) {
-    for (Shape p : every_option<T>(routine.operation)) {
-        p.m = p.n = p.k = beyondBlocks, p.ku = 3, p.incx = 2, p.incy = -2;
-        const Problem<T> problem(routine.operation, p);
-        for (const VectorBuild& build : vector_builds()) {
-            Operand<T> c = problem.before;
-            const Call<T> call = problem.on(c);
-            EXPECT_LE(stack_taken([&] { routine.kernel(build, call); }), stackOfACall + empty)
-                << build << ' ' << routine.name << ' ' << p;
-        }
-    }
-}
 TEST(Limits, Stack) {
 #if defined(QRV_CHECKED)
     GTEST_SKIP() << "sanitizers and asserts take stack of their own";
 #endif
     const std::size_t empty = stack_taken([] {});
     for (const bool vectors : {true, false})
-        each_routine(vectors, [=](const auto& routine) { expect_little_stack(routine, empty); });
+        each_routine(vectors, [=]<class T>(const Routine<T>& routine) {
+            for (Shape p : every_option<T>(routine.operation)) {
+                p.m = p.n = p.k = beyondBlocks, p.ku = 3, p.incx = 2, p.incy = -2;
+                const Problem<T> problem(routine.operation, p);
+                for (const VectorBuild& build : vector_builds()) {
+                    Operand<T> c = problem.before;
+                    const Call<T> call = problem.on(c);
+                    EXPECT_LE(stack_taken([&] { routine.kernel(build, call); }), stackOfACall + empty)
+                        << build << ' ' << routine.name << ' ' << p;
+                }
+            }
+        });
     for (const Subject<SingleComplex>& gemm : subjects<SingleComplex>())
         for (const char trans : {'N', 'C'}) {
             const GemmCase<SingleComplex> x(

@@ -1,6 +1,4 @@
 // The kernels of the secular equation, on every build, against the same one by one.
-#include <gtest/gtest.h>
-
 #include "support/builds.hpp"
 #include "support/oracle.hpp"
 

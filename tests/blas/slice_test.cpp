@@ -2,7 +2,6 @@
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
-#include <vector>
 
 #include "blas/thread/32/level3/level3_threads.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"

@@ -14,13 +14,11 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <map>
 #include <new>
-#include <numeric>
 #include <random>
 #include <set>
 #include <sstream>

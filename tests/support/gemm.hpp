@@ -2,6 +2,7 @@
 #pragma once
 
 #include "blas/kernel/gemm_pieces.hpp"
+#include "blas/thread/common/level3/gemm_partition.hpp"
 #include "support/builds.hpp"
 #include "support/shapes.hpp"
 
@@ -20,10 +21,6 @@ auto call_gemm(const Routine& routine, const Call<T>& v, More... more) {
 template <class T>
 struct GemmCase : Problem<T> {
     explicit GemmCase(const Shape& shape) : Problem<T>({What::product}, shape) {}
-    using Problem<T>::result;
-    Operand<T> result(Gemm<T>* gemm) const {
-        return result([&](const Call<T>& v) { call_gemm(gemm, v); });
-    }
 };
 
 // As long as it lives, no vector form wider than this one is taken.
@@ -50,11 +47,6 @@ struct PlanBuild {
     void (*load)(GemmPlan<T>*);
     int (*blocked)(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan);
 };
-
-template <class T>
-std::ostream& operator<<(std::ostream& out, const PlanBuild<T>& build) {
-    return out << build.name;
-}
 
 // Every routine with the kernel's arguments: whole products.
 template <class T>
@@ -159,18 +151,5 @@ struct Packed {
     }
     T* data() { return reinterpret_cast<T*>(memory.data()); }
 };
-
-template <class T>
-Packed<T> packed_a(const GemmPlan<T>& plan, const Call<T>& v) {
-    auto* copy = !is_transposed(v.trans) ? plan.copyAN : conjugates(v.trans) ? plan.copyAC : plan.copyAT;
-    return {v.m, v.k, plan.mUnit, plan.kUnit,
-            [&](T* buffer, const int* stride) { copy(&v.m, &v.k, v.a, &v.lda, buffer, stride, &v.alpha); }};
-}
-template <class T>
-Packed<T> packed_b(const GemmPlan<T>& plan, const Call<T>& v) {
-    auto* copy = !is_transposed(v.transb) ? plan.copyBN : conjugates(v.transb) ? plan.copyBC : plan.copyBT;
-    return {v.n, v.k, plan.nUnit, plan.kUnit,
-            [&](T* buffer, const int* stride) { copy(&v.k, &v.n, v.b, &v.ldb, buffer, stride); }};
-}
 
 } // namespace qrv::test

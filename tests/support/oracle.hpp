@@ -42,7 +42,14 @@ struct WideMatrix {
             sizes.push_back(magnitude(x));
     }
     template <class Entry, class = std::enable_if_t<std::is_invocable_v<Entry, int, int>>>
-    WideMatrix(int m, int n, const Entry& entry) : WideMatrix(m, n, listed(m, n, entry)) {}
+    WideMatrix(int m, int n, const Entry& entry) : rows(m), columns(n) {
+        values.reserve(std::size_t(m) * std::size_t(n)), sizes.reserve(values.capacity());
+        for (int j = 0; j < n; ++j)
+            for (int i = 0; i < m; ++i) {
+                values.push_back(entry(i, j));
+                sizes.push_back(magnitude(values.back()));
+            }
+    }
     // op(X)
     explicit WideMatrix(const Operand<T>& x, char option = 'N')
         : WideMatrix(is_transposed(option) ? x.columns() : x.rows(), is_transposed(option) ? x.rows() : x.columns(),
@@ -69,17 +76,6 @@ struct WideMatrix {
     friend WideMatrix operator-(const WideMatrix& a, const WideMatrix& b) {
         return {a.rows, a.columns, [&](int i, int j) { return a(i, j) - b(i, j); }};
     }
-
-private:
-    template <class Entry>
-    static std::vector<Wide<T>> listed(int m, int n, const Entry& entry) {
-        std::vector<Wide<T>> elements;
-        elements.reserve(std::size_t(m) * std::size_t(n));
-        for (int j = 0; j < n; ++j)
-            for (int i = 0; i < m; ++i)
-                elements.push_back(entry(i, j));
-        return elements;
-    }
 };
 
 // What an operand should become, and how far off each element may be.
@@ -105,7 +101,6 @@ struct Expected {
         });
         return worst;
     }
-    bool held_by(const Operand<T>& c) const { return c.guards_intact() && error(c) <= 1; }
 
 private:
     // An infinite real number must be that; of complex ones, sums of several products, none is told apart from NaN.

@@ -92,7 +92,7 @@ public:
     // Whether nothing happens at all.
     bool untouched() const {
         const bool noProduct = alpha == T() || (!operation.vectors && operation.kind != Form::triangular &&
-                                                (operation.updates() || is_gemm()) && p.k == 0);
+                                                (operation.updates() || general()) && p.k == 0);
         return empty() || (noProduct && beta == scalar<T>(1) && !in_place());
     }
 
@@ -122,7 +122,7 @@ public:
         }
         if (!expected_)
             expected_ = expect();
-        return expected_->held_by(c);
+        return c.guards_intact() && expected_->error(c) <= 1;
     }
 
     template <class Run>
@@ -143,9 +143,6 @@ private:
     }
     bool left() const { return p.side == 'L' || p.side == 'l'; }
     bool in_place() const { return operation.what == What::inPlace || operation.what == What::solve; }
-    bool is_gemm() const {
-        return operation.what == What::product && operation.kind == Form::general && !operation.vectors;
-    }
     bool empty() const { return operation.what == What::product && operation.vectors && (p.m == 0 || p.n == 0); }
 
     Form matrix(int rows, int columns) const {

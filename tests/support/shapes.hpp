@@ -22,7 +22,6 @@ public:
         return {pick({0, 1, 2, 3, 4, 16}), pick({0, 1, 2, 3, 5, 6, 7, 9, 11, 12}),
                 pick({Guard::canaries, Guard::pageBehind, Guard::pageInFront, Guard::heap})};
     }
-    char letter(char option) { return one_in(3) ? static_cast<char>(option + 'a' - 'A') : option; }
 
     // Scalars, layouts and letter case of a shape. `large` ones come too rarely to be spent on leaving products out.
     Shape vary(Shape p, bool large = false) {
@@ -32,7 +31,8 @@ public:
         p.incy = pick({1, -2, 1, 3, -1});
         p.a = layout(), p.b = layout(), p.c = layout();
         for (char* option : {&p.side, &p.uplo, &p.trans, &p.transb, &p.diag})
-            *option = letter(*option);
+            if (one_in(3))
+                *option += 'a' - 'A';
         return p;
     }
 

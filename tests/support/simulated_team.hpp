@@ -14,19 +14,19 @@ namespace qrv::test {
 // Parts of a matrix (block columns, tiles) that go through steps, each held by one task at a time.
 class SimulatedMatrix {
 public:
-    explicit SimulatedMatrix(int parts) : parts_(static_cast<std::size_t>(parts)) {}
+    explicit SimulatedMatrix(int parts) : parts_(parts) {}
 
-    int steps(int part) const { return at(part).steps; } // that it went through
+    int steps(int part) const { return parts_[part].steps; } // that it went through
     void take(int part, int nextStep) {
-        expect(!at(part).held, "a part held twice");
+        expect(!parts_[part].held, "a part held twice");
         expect(steps(part) == nextStep - 1, "a task at another step than its part");
-        at(part).held = true;
+        parts_[part].held = true;
     }
     void advance(int part, int step) {
-        expect(at(part).held && steps(part) < step, "steps out of order");
-        at(part).steps = step;
+        expect(parts_[part].held && steps(part) < step, "steps out of order");
+        parts_[part].steps = step;
     }
-    void give_back(int part) { at(part).held = false; }
+    void give_back(int part) { parts_[part].held = false; }
 
     void expect(bool holds, const char* fault) {
         if (!holds && fault_.empty())
@@ -39,9 +39,6 @@ private:
         int steps = 0;
         bool held = false;
     };
-    Part& at(int part) { return parts_[static_cast<std::size_t>(part)]; }
-    const Part& at(int part) const { return parts_[static_cast<std::size_t>(part)]; }
-
     std::vector<Part> parts_;
     std::string fault_;
 };

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <functional>
-#include <gtest/gtest.h>
 #include <ostream>
 #include <string_view>
 

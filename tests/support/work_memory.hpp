@@ -22,19 +22,19 @@ class WorkMemoryProbe {
 public:
     explicit WorkMemoryProbe(std::size_t refuseFrom = 0, std::size_t refuseTo = 0) {
         qrv_serv_free_buffers();
-        state() = {refuseFrom, refuseTo, 0, {}, {}};
-        original() = allocatorSlots;
+        state = {refuseFrom, refuseTo, 0, {}, {}};
+        original = allocatorSlots;
         allocatorSlots.malloc = take;
         allocatorSlots.free = give_back;
     }
     ~WorkMemoryProbe() {
         qrv_serv_free_buffers(); // a slot whose block was refused is not used again otherwise
-        allocatorSlots = original();
+        allocatorSlots = original;
     }
     WorkMemoryProbe(const WorkMemoryProbe&) = delete;
 
-    int threads() const { return static_cast<int>(state().takers.size()); } // that took some
-    int refusals() const { return state().refusals; }
+    int threads() const { return static_cast<int>(state.takers.size()); } // that took some
+    int refusals() const { return state.refusals; }
 
 private:
     static constexpr std::size_t guard = 4096;
@@ -44,39 +44,31 @@ private:
         std::set<std::thread::id> takers;
         std::map<void*, std::size_t> blocks;
     };
-    static State& state() {
-        static State value;
-        return value;
-    }
-    static AllocatorSlots& original() {
-        static AllocatorSlots value;
-        return value;
-    }
-    static std::mutex& mutex() {
-        static std::mutex value;
-        return value;
-    }
+    static inline State state{};
+    static inline AllocatorSlots original;
+    static inline std::mutex mutex;
+
     static void* take(std::size_t bytes) {
-        const std::lock_guard guarded(mutex());
-        State& s = state();
+        const std::lock_guard guarded(mutex);
+        State& s = state;
         s.takers.insert(std::this_thread::get_id());
         if (bytes >= s.refuseFrom && bytes < s.refuseTo) {
             ++s.refusals;
             return nullptr;
         }
-        void* const block = original().malloc(bytes + guard);
+        void* const block = original.malloc(bytes + guard);
         if (block)
             s.blocks[std::memset(block, 0xFF, bytes + guard)] = bytes;
         return block;
     }
     static void give_back(void* block) {
-        const std::lock_guard guarded(mutex());
-        if (const auto found = state().blocks.find(block); found != state().blocks.end()) {
+        const std::lock_guard guarded(mutex);
+        if (const auto found = state.blocks.find(block); found != state.blocks.end()) {
             const auto* const behind = static_cast<const unsigned char*>(block) + found->second;
             EXPECT_EQ(std::count(behind, behind + guard, 0xFF), int{guard}) << "behind " << found->second << " bytes";
-            state().blocks.erase(found);
+            state.blocks.erase(found);
         }
-        original().free(block);
+        original.free(block);
     }
 };
 
