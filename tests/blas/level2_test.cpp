@@ -18,6 +18,14 @@ constexpr std::pair<int, int> large[] = {{64, 127},   {127, 64},  {128, 128}, {1
 // Every option with every small size, and some of each with the large ones; squares, but of general matrices. Bands are
 // of any width, up to all of the matrix and more.
 template <class T>
+void check_builds(const Routine<T>& routine, const Shape& p) {
+    const Problem<T> problem(routine.operation, p);
+    for (const VectorBuild& build : vector_builds())
+        problem.check([&](const Call<T>& v) { routine.kernel(build, v); },
+                      std::string(build.name) + ' ' + routine.name);
+}
+
+template <class T>
 void check_sizes(const Routine<T>& routine, bool largeOnes, Turns& turns) {
     const Operation& o = routine.operation;
     const auto options = every_option<T>(o);
@@ -29,10 +37,7 @@ void check_sizes(const Routine<T>& routine, bool largeOnes, Turns& turns) {
                               : turns.pick({0, 1, 2, 3, 4, 5, 9, 17, 33, std::max(0, least - 1), least + 2});
         };
         p.m = m, p.n = n, p.k = o.banded ? width() : 0, p.ku = o.banded ? width() : 0;
-        const Problem<T> problem(o, turns.vary(p, isLarge));
-        for (const VectorBuild& build : vector_builds())
-            problem.check([&](const Call<T>& v) { routine.kernel(build, v); },
-                          std::string(build.name) + ' ' + routine.name);
+        check_builds(routine, turns.vary(p, isLarge));
     };
     for (std::size_t draw = 0; !largeOnes && draw < (o.banded ? 1700 : 500); ++draw)
         check(options[draw / std::size(small) % options.size()], turns.pick(small), small[draw % std::size(small)],

@@ -78,11 +78,20 @@ struct Case {
 
 std::vector<Case> all_cases() {
     std::vector<Case> cases;
-    for (const auto& [names, calls] : ordinaryCalls)
-        for (const std::string& name : words_of(names))
-            for (const char* call : calls)
+    for (const ArgumentRow& row : argument_rows(ordinaryCalls))
+        for (const std::string& name : row.names)
+            for (const std::string& call : row.good)
                 cases.emplace_back(name, call);
     return cases;
+}
+// Each of them, on teams of at most so many.
+template <class Body>
+void each_case(std::initializer_list<int> teams, const Body& body) {
+    for (const int team : teams) {
+        const ForcedTeam forced(team);
+        for (Case& c : all_cases())
+            body(c);
+    }
 }
 
 // Run once on a team of this size.
@@ -96,8 +105,8 @@ std::vector<Case> cases_found_on(int team) {
 
 TEST(Calls, AreToldOfEveryRoutine) {
     auto untold = routines;
-    for (const auto& [names, calls] : ordinaryCalls)
-        for (const std::string& name : words_of(names))
+    for (const ArgumentRow& row : argument_rows(ordinaryCalls))
+        for (const std::string& name : row.names)
             untold.erase(name);
     for (const auto& [name, routine] : untold)
         ADD_FAILURE() << name << " has no ordinary call in ordinary_calls.hpp";
@@ -106,22 +115,17 @@ TEST(Calls, AreToldOfEveryRoutine) {
 // ---- Ordinary matrices ----------------------------------------------------------------------------------------------
 
 TEST(Calls, RaiseNoFlags) {
-    for (const int team : {1, 2}) {
-        const ForcedTeam forced(team);
-        for (Case& c : all_cases()) {
-            EXPECT_EQ(flags_raised([&] { c.run(c.found); }), 0) << c.text;
-            EXPECT_EQ(c.info(c.found), 0) << c.text << ": not ordinary";
-        }
-    }
+    each_case({1, 2}, [](Case& c) {
+        EXPECT_EQ(flags_raised([&] { c.run(c.found); }), 0) << c.text;
+        EXPECT_EQ(c.info(c.found), 0) << c.text << ": not ordinary";
+    });
 }
 
 TEST(Calls, TakeLittleStack) {
 #ifdef QRV_CHECKED
     GTEST_SKIP() << "sanitizers and asserts take stack of their own";
 #endif
-    const ForcedTeam alone(1);
-    for (Case& c : all_cases())
-        EXPECT_LE(stack_taken([&] { c.run(c.found); }), stackOfACall) << c.text;
+    each_case({1}, [](Case& c) { EXPECT_LE(stack_taken([&] { c.run(c.found); }), stackOfACall) << c.text; });
 }
 
 void expect_the_same_bits(const Case& c) {
@@ -133,16 +137,13 @@ void expect_the_same_bits(const Case& c) {
 
 TEST(Calls, BitsOfATeam) {
     Sample sample(4);
-    for (const int team : {2, 3, 5, 24}) {
-        const ForcedTeam forced(team);
-        for (Case& c : all_cases()) {
-            if (!c.same_bits_on_a_team() || !sample.takes())
-                continue;
-            c.run(c.found);
-            for (int repeated = 0; repeated < sample.of_each(3, 50); ++repeated)
-                expect_the_same_bits(c);
-        }
-    }
+    each_case({2, 3, 5, 24}, [&](Case& c) {
+        if (!c.same_bits_on_a_team() || !sample.takes())
+            return;
+        c.run(c.found);
+        for (int repeated = 0; repeated < sample.of_each(3, 50); ++repeated)
+            expect_the_same_bits(c);
+    });
 }
 
 // Threads of a host that call everything in orders of their own find what one finds alone.
@@ -294,23 +295,20 @@ TEST(Calls, StayWithinTheirArguments) {
                       {BesideWalls::atFront, 16, 4}, {BesideWalls::atFront, 32, 4}, {BesideWalls::atFront, 48, 4}};
     for (const auto& [side, before, oneOf] : placements) {
         Sample sample(oneOf);
-        for (const int team : {1, 2}) {
-            const ForcedTeam forced(team);
-            for (Case& c : all_cases()) {
-                if (!sample.takes())
-                    continue;
-                c.run(c.found);
-                std::snprintf(underWay, sizeof underWay, "%s: touches what lies %s an argument\n", c.text.c_str(),
-                              side == BesideWalls::atFront ? "before" : "behind");
-                BesideWalls walls(c, side, before);
-                const Arguments& found = walls.call(*c.routine);
-                EXPECT_EQ(c.info(found), 0) << c.text;
-                EXPECT_TRUE(walls.are_kept()) << c.text << ": written beside an argument";
-                for (std::size_t k = 0; k < found.size(); ++k)
-                    EXPECT_TRUE(c.distance(found, k) <= 0.02) // which NaN is not
-                        << c.text << ": argument " << k + 1 << ", " << before << " bytes off";
-            }
-        }
+        each_case({1, 2}, [&, wall = side, bytes = before](Case& c) {
+            if (!sample.takes())
+                return;
+            c.run(c.found);
+            std::snprintf(underWay, sizeof underWay, "%s: touches what lies %s an argument\n", c.text.c_str(),
+                          wall == BesideWalls::atFront ? "before" : "behind");
+            BesideWalls walls(c, wall, bytes);
+            const Arguments& found = walls.call(*c.routine);
+            EXPECT_EQ(c.info(found), 0) << c.text;
+            EXPECT_TRUE(walls.are_kept()) << c.text << ": written beside an argument";
+            for (std::size_t k = 0; k < found.size(); ++k)
+                EXPECT_TRUE(c.distance(found, k) <= 0.02) // which NaN is not
+                    << c.text << ": argument " << k + 1 << ", " << bytes << " bytes off";
+        });
     }
     std::signal(SIGSEGV, saved);
 }
@@ -407,13 +405,13 @@ std::string query_of(const std::string& call) {
 }
 
 TEST(Calls, TellLengthsBeyondTheIntegers) {
-    for (const auto& [names, calls] : ordinaryCalls)
-        for (const std::string& name : words_of(names)) {
-            const auto words = words_of(calls[0]);
+    for (const ArgumentRow& row : argument_rows(ordinaryCalls))
+        for (const std::string& name : row.names) {
+            const auto words = words_of(row.good[0]);
             const auto work = std::find(words.begin(), words.end(), "w");
             if (work == words.end())
                 continue;
-            const Case c(name, query_of(calls[0]));
+            const Case c(name, query_of(row.good[0]));
             BesideWalls walls(c, BesideWalls::atEnd);
             const Arguments& found = walls.call(*c.routine);
             EXPECT_EQ(c.info(found), 0) << c.text;
@@ -429,27 +427,24 @@ TEST(Calls, EndWhateverTheNumbers) {
     const auto alarmed = std::signal(SIGALRM, say_what_is_under_way);
     const auto strayed = std::signal(SIGSEGV, say_what_is_under_way);
     Sample sample(74);
-    for (const int team : {1, 2}) {
-        const ForcedTeam forced(team);
-        for (Case& c : all_cases())
-            for (std::size_t k = 0; k < c.given.size(); ++k)
-                for (const auto& place : c.given[k].places())
-                    for (const float value : {nan, infinity, -infinity, 0x1.fp127F, 0x1p-149F, -0.0F}) {
-                        if (!sample.takes())
-                            continue;
-                        const Argument ordinary = c.given[k];
-                        c.given[k].replace(place, value);
-                        std::snprintf(underWay, sizeof underWay,
-                                      "%s: %g at argument %d, from %zu on by %zu: does not end, or strays\n",
-                                      c.text.c_str(), static_cast<double>(value), static_cast<int>(k + 1), place.first,
-                                      place.step);
-                        BesideWalls walls(c, BesideWalls::atEnd);
-                        alarm(60);
-                        walls.call(*c.routine);
-                        alarm(0);
-                        c.given[k] = ordinary;
-                    }
-    }
+    each_case({1, 2}, [&](Case& c) {
+        for (std::size_t k = 0; k < c.given.size(); ++k)
+            for (const auto& place : c.given[k].places())
+                for (const float value : {nan, infinity, -infinity, 0x1.fp127F, 0x1p-149F, -0.0F}) {
+                    if (!sample.takes())
+                        continue;
+                    const Argument ordinary = c.given[k];
+                    c.given[k].replace(place, value);
+                    std::snprintf(underWay, sizeof underWay,
+                                  "%s: %g at argument %zu, from %zu on by %zu: does not end, or strays\n",
+                                  c.text.c_str(), static_cast<double>(value), k + 1, place.first, place.step);
+                    BesideWalls walls(c, BesideWalls::atEnd);
+                    alarm(60);
+                    walls.call(*c.routine);
+                    alarm(0);
+                    c.given[k] = ordinary;
+                }
+    });
     std::signal(SIGALRM, alarmed);
     std::signal(SIGSEGV, strayed);
 }
@@ -462,8 +457,7 @@ TEST(Calls, FindNoFiniteValuesOfWhatIsNot) {
         std::size_t matrix, values; // the positions, from 0
     } rows[] = {{"SGEEV ", 3, 5}, {"SHSEQR", 5, 7}, {"SSYEVR", 4, 12}, {"SGESDD", 3, 5},
                 {"CGESDD", 3, 5}, {"SBDSQR", 5, 5}, {"SBDSDC", 3, 3}};
-    const ForcedTeam alone(1);
-    for (const Case& c : all_cases())
+    each_case({1}, [&](const Case& c) {
         for (const auto& [routine, matrix, values] : rows) {
             if (!c.text.starts_with(routine))
                 continue;
@@ -477,6 +471,7 @@ TEST(Calls, FindNoFiniteValuesOfWhatIsNot) {
                     EXPECT_TRUE(c.info(arguments) > 0 || !arguments[values].is_finite()) << c.text << ": " << x << row;
                 }
         }
+    });
 }
 
 std::atomic<int> requests, refused;
@@ -498,22 +493,18 @@ TEST(Calls, BearRefusedMemory) {
         return requests.load();
     };
     Sample sample(11);
-    for (const int team : {1, 2}) {
-        const ForcedTeam forced(team);
-        for (Case& c : all_cases()) {
-            const int made = run(c, c.found, 0);
-            for (int which = 1; which <= made; ++which) {
-                if (!sample.takes())
-                    continue;
-                auto arguments = c.given;
-                run(c, arguments, which);
-                for (std::size_t k = 0; k < arguments.size() && c.info(arguments) == 0; ++k)
-                    EXPECT_TRUE(c.distance(arguments, k) <= 0.02)
-                        << c.text << ": request " << which << " of " << made << " refused, team " << team
-                        << ", argument " << k + 1;
-            }
+    each_case({1, 2}, [&](Case& c) {
+        const int made = run(c, c.found, 0);
+        for (int which = 1; which <= made; ++which) {
+            if (!sample.takes())
+                continue;
+            auto arguments = c.given;
+            run(c, arguments, which);
+            for (std::size_t k = 0; k < arguments.size() && c.info(arguments) == 0; ++k)
+                EXPECT_TRUE(c.distance(arguments, k) <= 0.02)
+                    << c.text << ": request " << which << " of " << made << " refused, argument " << k + 1;
         }
-    }
+    });
     qrv_serv_free_buffers();
     allocatorSlots = saved;
 }

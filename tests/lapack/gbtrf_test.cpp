@@ -8,6 +8,7 @@
 #include "lapack/kernel/source/band/band_view.hpp"
 #include "lapack/kernel/source/band/gbtrf.hpp"
 #include "lapack/kernel/source/band/triangular_band.hpp"
+#include "support/combine.hpp"
 #include "support/oracle.hpp"
 #include "support/progress.hpp"
 
@@ -79,45 +80,29 @@ int first_zero_pivot(const Band& f) {
     return 0;
 }
 
-template <class Visit>
-void for_each_band(const Visit& visit) {
-    unsigned seed = 0;
-    for (const int n : {1, 2, 5, 60, 97})
-        for (const int m : {n, n / 2 + 1, n + 7})
-            for (const int kl : {0, 1, 3, 8, 20, 40})
-                for (const int ku : {0, 2, 7, 33})
-                    visit(BandShape{m, n, kl, ku}, ++seed);
-}
-
 // A column of zeros, which some have, gives info, and the factorization goes on.
 TEST(Band, ResidualsOfLuByEveryRoute) {
-    for_each_band([](const BandShape& s, unsigned seed) {
-        Band a = general_band(s, seed);
-        const int zero = seed % 3 == 0 && std::min(s.m, s.n) > 2 ? std::min(s.m, s.n) / 2 : s.n;
-        for (int i = std::max(0, zero - s.ku); zero < s.n && i < std::min(s.m, zero + s.kl + 1); ++i)
-            a(i, zero) = 0;
-        const Wide dense = meant(s, a);
-        std::vector<int> ipiv(static_cast<std::size_t>(std::min(s.m, s.n)));
-        const auto check = [&](const Band& f, int info, int nb, int threads) {
-            const std::string what = std::to_string(s.m) + " x " + std::to_string(s.n) + ", " + std::to_string(s.kl) +
-                                     " + " + std::to_string(s.ku) + ", nb " + std::to_string(nb) + ", team " +
-                                     std::to_string(threads);
-            ASSERT_TRUE(info == first_zero_pivot(f) && (info > 0 || zero == s.n))
-                << what; // triangles (ku = 0) may be singular to working precision
-            ASSERT_TRUE(residual(s, dense, f, ipiv) < 2e-6) << what;
-        };
-        Band f(a);
-        const int info = lapack::gbtrf_unblocked(s, dense_view(f), ipiv.data());
-        check(f, info, 1, 1);
-        for (const int nb : {2, 5, 16, 32})
-            for (const int threads : {1, 3})
-                if (nb <= s.kl) {
-                    Band blocked(a);
-                    const int result =
-                        lapack::gbtrf_blocked(threads, nb, "SGBTRF", s, dense_view(blocked), ipiv.data());
-                    check(blocked, result, nb, threads);
-                }
-    });
+    unsigned seed = 0;
+    combine({1, 2, 5, 60, 97}, {0, 1, 2}, {0, 1, 3, 8, 20, 40}, std::vector{0, 2, 7, 33})
+        .each([&](int n, int shape, int kl, int ku) {
+            const BandShape s{shape == 0 ? n : shape == 1 ? n / 2 + 1 : n + 7, n, kl, ku};
+            Band a = general_band(s, ++seed);
+            const int zero = seed % 3 == 0 && std::min(s.m, s.n) > 2 ? std::min(s.m, s.n) / 2 : s.n;
+            for (int i = std::max(0, zero - s.ku); zero < s.n && i < std::min(s.m, zero + s.kl + 1); ++i)
+                a(i, zero) = 0;
+            const Wide dense = meant(s, a);
+            std::vector<int> ipiv(static_cast<std::size_t>(std::min(s.m, s.n)));
+            combine({1, 2, 5, 16, 32}, {1, 3}).each([&](int nb, int threads) {
+                if (nb > std::max(s.kl, 1) || (nb == 1 && threads > 1))
+                    return;
+                Band f(a);
+                const int info = nb == 1 ? lapack::gbtrf_unblocked(s, dense_view(f), ipiv.data())
+                                         : lapack::gbtrf_blocked(threads, nb, "SGBTRF", s, dense_view(f), ipiv.data());
+                // Triangles (ku = 0) may be singular to working precision.
+                ASSERT_TRUE(info == first_zero_pivot(f) && (info > 0 || zero == s.n));
+                ASSERT_LT(residual(s, dense, f, ipiv), 2e-6);
+            });
+        });
 }
 
 TEST(Band, LuTellsItsPanelsAndStops) {
@@ -143,38 +128,34 @@ TEST(Band, SolutionsFromLu) {
         Band f(a);
         std::vector<int> ipiv(static_cast<std::size_t>(s.n));
         lapack::gbtf2(s, f.data(), f.ld(), ipiv.data());
-        for (const Op op : {Op::none, Op::transpose, Op::adjoint})
-            for (const int nrhs : {1, 5, 40}) {
-                const Band b = random_matrix<float>(s.n, nrhs, 7);
-                Band x(b);
-                lapack::gbtrs(op, s, nrhs, f.data(), f.ld(), ipiv.data(), x.view());
-                EXPECT_TRUE(residual_of(op, meant(s, a), b, x) < 4) << s.n << letter(op) << nrhs;
-            }
+        combine({Op::none, Op::transpose, Op::adjoint}, {1, 5, 40}).each([&](Op op, int nrhs) {
+            const Band b = random_matrix<float>(s.n, nrhs, 7);
+            Band x(b);
+            lapack::gbtrs(op, s, nrhs, f.data(), f.ld(), ipiv.data(), x.view());
+            EXPECT_LT(residual_of(op, meant(s, a), b, x), 4) << s.n;
+        });
     }
 }
 
+constexpr Uplo triangles[] = {Uplo::upper, Uplo::lower};
+
 TEST(Band, SolutionsWithTriangles) {
-    for (const int n : {1, 2, 7, 50, 131})
-        for (const int kd : {0, 1, 2, 5, 17, 40})
-            for (const Uplo uplo : {Uplo::upper, Uplo::lower})
-                for (const Op op : {Op::none, Op::transpose})
-                    for (const Diag diag : {Diag::nonUnit, Diag::unit}) {
-                        Band a = triangle(uplo, diag, n, kd, 3);
-                        const Band b = random_matrix<float>(n, 9, 7);
-                        const lapack::TriangularBand t{uplo, op, diag, n, kd, dense_view(a)};
-                        for (const int nb : {1, 2, 3, 5, 16, 17}) {
-                            if (nb > std::max(kd, 1))
-                                continue;
-                            Band x(b);
-                            std::vector<float> work(static_cast<std::size_t>(nb * nb), nan);
-                            if (nb == 1)
-                                lapack::solve_band_unblocked(t, 9, x.view());
-                            else
-                                lapack::solve_band_blocked(t, nb, 9, x.view(), work.data());
-                            ASSERT_TRUE(residual_of(op, Wide(a), b, x) < 4)
-                                << n << ' ' << kd << letter(uplo) << letter(op) << letter(diag) << nb;
-                        }
-                    }
+    combine({1, 2, 7, 50, 131}, {0, 1, 2, 5, 17, 40}, {1, 2, 3, 5, 16, 17}, triangles,
+            std::array{Op::none, Op::transpose}, std::array{Diag::nonUnit, Diag::unit})
+        .each([](int n, int kd, int nb, Uplo uplo, Op op, Diag diag) {
+            if (nb > std::max(kd, 1))
+                return;
+            Band a = triangle(uplo, diag, n, kd, 3);
+            const Band b = random_matrix<float>(n, 9, 7);
+            const lapack::TriangularBand t{uplo, op, diag, n, kd, dense_view(a)};
+            Band x(b);
+            std::vector<float> work(static_cast<std::size_t>(nb * nb), nan);
+            if (nb == 1)
+                lapack::solve_band_unblocked(t, 9, x.view());
+            else
+                lapack::solve_band_blocked(t, nb, 9, x.view(), work.data());
+            EXPECT_LT(residual_of(op, Wide(a), b, x), 4);
+        });
 }
 
 TEST(Band, TriangularSolveTellsTheFirstZero) {
@@ -191,27 +172,21 @@ TEST(Band, TriangularSolveTellsTheFirstZero) {
 }
 
 TEST(Band, ResidualsOfCholesky) {
-    for (const int n : {1, 3, 10, 64, 150})
-        for (const int kd : {0, 1, 5, 17, 40, 70, 100})
-            for (const Uplo uplo : {Uplo::upper, Uplo::lower})
-                for (auto* const factor : {&lapack::pbtrf, &lapack::pbtf2}) {
-                    const Band a = definite_band(uplo, n, kd);
-                    Band f(a);
-                    ASSERT_EQ(factor(uplo, n, kd, f.data(), f.ld()), 0);
-                    const double error = norm(Wide(a) - cholesky_product(f), 'M');
-                    ASSERT_TRUE(error < 4 * unitRoundoff * (2 * kd + 1) * std::sqrt(kd + 1))
-                        << n << ' ' << kd << letter(uplo);
-                    const Band b = random_matrix<float>(n, 5, 7);
-                    Band x(b);
-                    lapack::pbtrs(uplo, n, kd, 5, f.data(), f.ld(), x.view());
-                    ASSERT_TRUE(residual_of(Op::none, Wide(a), b, x) < 4) << n << ' ' << kd << letter(uplo);
-
-                    for (const float pivot : {-1.0F, nan}) {
-                        Band bad(a);
-                        bad(n / 2, n / 2) = pivot;
-                        EXPECT_EQ(factor(uplo, n, kd, bad.data(), bad.ld()), n / 2 + 1) << n << ' ' << kd;
-                    }
-                }
+    combine({1, 3, 10, 64, 150}, {0, 1, 5, 17, 40, 70, 100}, {&lapack::pbtrf, &lapack::pbtf2}, triangles)
+        .each([](int n, int kd, auto* factor, Uplo uplo) {
+            const Band a = definite_band(uplo, n, kd), b = random_matrix<float>(n, 5, 7);
+            Band f(a), x(b);
+            ASSERT_EQ(factor(uplo, n, kd, f.data(), f.ld()), 0);
+            const double error = norm(Wide(a) - cholesky_product(f), 'M');
+            EXPECT_LT(error, 4 * unitRoundoff * (2 * kd + 1) * std::sqrt(kd + 1));
+            lapack::pbtrs(uplo, n, kd, 5, f.data(), f.ld(), x.view());
+            EXPECT_LT(residual_of(Op::none, Wide(a), b, x), 4);
+            for (const float pivot : {-1.0F, nan}) {
+                Band bad(a);
+                bad(n / 2, n / 2) = pivot;
+                EXPECT_EQ(factor(uplo, n, kd, bad.data(), bad.ld()), n / 2 + 1);
+            }
+        });
 }
 
 // A pivot whose reciprocal would overflow divides its column.
@@ -243,7 +218,7 @@ TEST(Band, EstimatesConditions) {
             return lapack::gbcon(lapack::Norm::one, s, f.data(), f.ld(), ipiv.data(), anorm, arrays);
         });
     }
-    for (const Uplo uplo : {Uplo::upper, Uplo::lower}) {
+    for (const Uplo uplo : triangles) {
         const Band a = definite_band(uplo, n, kd);
         Band f(a);
         lapack::pbtrf(uplo, n, kd, f.data(), f.ld());
@@ -255,19 +230,17 @@ TEST(Band, EstimatesConditions) {
 // Growth that overflows a plain solve comes out scaled: scale b = A x.
 TEST(Band, ScaledSolveDoesNotOverflow) {
     constexpr int n = 80, kd = 3;
-    for (const Uplo uplo : {Uplo::upper, Uplo::lower})
-        for (const Op op : {Op::none, Op::transpose}) {
-            Band a = triangle(uplo, Diag::nonUnit, n, kd, 2);
-            a.set([](int i, int j) { return i == j ? 0.125F : std::abs(i - j) == 1 ? -0.5F : 0.0F; }); // grows to 4^n
-            Band x(n, 1, n);
-            x.fill(1);
-            std::vector<float> cnorm(n);
-            const float scale =
-                lapack::latbs(uplo, op, Diag::nonUnit, false, n, kd, a.data(), a.ld(), x.data(), cnorm.data());
-            ASSERT_TRUE(scale > 0 && scale < 1) << letter(uplo) << letter(op);
-            Band scaled(n, 1, n);
-            EXPECT_TRUE(residual_of(op, Wide(a), scaled.fill(scale), x) < 1) << letter(uplo) << letter(op);
-        }
+    combine({Op::none, Op::transpose}, triangles).each([](Op op, Uplo uplo) {
+        Band a = triangle(uplo, Diag::nonUnit, n, kd, 2);
+        a.set([](int i, int j) { return i == j ? 0.125F : std::abs(i - j) == 1 ? -0.5F : 0.0F; }); // grows to 4^n
+        Band x(n, 1, n), scaled(n, 1, n);
+        x.fill(1);
+        std::vector<float> cnorm(n);
+        const float scale =
+            lapack::latbs(uplo, op, Diag::nonUnit, false, n, kd, a.data(), a.ld(), x.data(), cnorm.data());
+        ASSERT_TRUE(scale > 0 && scale < 1);
+        EXPECT_LT(residual_of(op, Wide(a), scaled.fill(scale), x), 1);
+    });
 }
 
 TEST(BandRaces, Teams) {

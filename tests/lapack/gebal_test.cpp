@@ -5,6 +5,7 @@
 
 #include "qrv/native.h"
 #include "support/call.hpp"
+#include "support/combine.hpp"
 #include "support/oracle.hpp"
 
 namespace qrv::test {
@@ -64,25 +65,23 @@ Operand<float> hidden_core(int before, int size, int behind, float spread) {
 }
 
 TEST(Balancing, ResidualIsZero) {
-    for (const auto& [before, size, behind] :
-         std::vector<std::array<int, 3>>{{0, 0, 0}, {0, 0, 1}, {0, 6, 0}, {3, 4, 2}, {0, 5, 3}, {4, 7, 0}, {5, 0, 4}})
-        for (const float spread : {1.0F, 8.0F, 1000.0F}) {
-            const Operand<float> a = hidden_core(before, size, behind, spread);
-            for (const char job : {'N', 'P', 'S', 'B'}) {
-                const Balanced b = balance(a, job);
-                expect_exact_similarity(a, b, job);
-                const int n = a.rows();
-                if (job == 'N' || job == 'S' || size == n) {
-                    EXPECT_EQ(b.ilo, 1);
-                    EXPECT_EQ(b.ihi, n);
-                } else if (size == 0) {
-                    EXPECT_EQ(b.ilo, 1);
-                    EXPECT_EQ(b.ihi, 1);
-                } else {
-                    EXPECT_EQ(b.ihi - b.ilo + 1, size) << before << ' ' << behind;
-                }
-            }
-        }
+    struct Core {
+        int before, size, behind;
+    };
+    combine({Core{0, 0, 0}, {0, 0, 1}, {0, 6, 0}, {3, 4, 2}, {0, 5, 3}, {4, 7, 0}, {5, 0, 4}}, {1.0F, 8.0F, 1000.0F},
+            "NPSB")
+        .each([](const Core& core, float spread, char job) {
+            const Operand<float> a = hidden_core(core.before, core.size, core.behind, spread);
+            const Balanced b = balance(a, job);
+            expect_exact_similarity(a, b, job);
+            const int n = a.rows();
+            if (job == 'N' || job == 'S' || core.size == n)
+                EXPECT_TRUE(b.ilo == 1 && b.ihi == n);
+            else if (core.size == 0)
+                EXPECT_TRUE(b.ilo == 1 && b.ihi == 1);
+            else
+                EXPECT_EQ(b.ihi - b.ilo + 1, core.size);
+        });
 }
 
 TEST(Balancing, NormsComeNear) {
@@ -100,38 +99,40 @@ TEST(Balancing, NormsComeNear) {
 }
 
 TEST(Balancing, EndsOnNaNInfinityAndExtremes) {
-    for (const float x : {nan, infinity, 3e38F, 1e-45F})
-        for (const int place : {0, 7, 12, 35}) {
-            Operand<float> a = hidden_core(0, 6, 0, 1000);
-            a(place % 6, place / 6) = x;
-            const Balanced b = balance(a, 'B');
-            EXPECT_EQ(b.ihi - b.ilo, 5);
-            for (const float s : b.scale) {
-                EXPECT_TRUE(s > 0 && std::isfinite(1 / s)) << s;
-                EXPECT_TRUE(s == 1 || !std::isnan(x) || place != 0) << s; // ended at once
-            }
-        }
+    combine({nan, infinity, 3e38F, 1e-45F}, {0, 7, 12, 35}).each([](float x, int place) {
+        Operand<float> a = hidden_core(0, 6, 0, 1000);
+        a(place % 6, place / 6) = x;
+        const Balanced b = balance(a, 'B');
+        EXPECT_EQ(b.ihi - b.ilo, 5);
+        for (const float s : b.scale)
+            EXPECT_TRUE(s > 0 && std::isfinite(1 / s) && (s == 1 || !std::isnan(x) || place != 0)) << s; // ends at once
+    });
 }
 
 // Each row and column wants to be scaled by far more than floats allow; an element before the range would overflow.
 TEST(Balancing, StaysWithinTheRangeOfFloats) {
-    const struct {
+    struct Range {
         float ratio, before, size;
-    } cases[] = {{0x1p50F, 3e38F, 1}, {0x1p-50F, 3e38F, 1}, {0x1p100F, 3e38F, 1},   {0x1p-100F, 3e38F, 1},
-                 {0x1p50F, 0, 1},     {0x1p-50F, 0, 1},     {0x1p5F, 0, 0x1p-110F}, {0x1p-5F, 0, 0x1p-110F}};
-    for (const auto& [ratio, before, size] : cases) {
+    };
+    for (const auto& [ratio, before, size] : {Range{0x1p50F, 3e38F, 1},
+                                              {0x1p-50F, 3e38F, 1},
+                                              {0x1p100F, 3e38F, 1},
+                                              {0x1p-100F, 3e38F, 1},
+                                              {0x1p50F, 0, 1},
+                                              {0x1p-50F, 0, 1},
+                                              {0x1p5F, 0, 0x1p-110F},
+                                              {0x1p-5F, 0, 0x1p-110F}}) {
         const int n = 8;
         Operand<float> a(n, n, n);
-        a.set([&](int i, int j) {
-            const float x = i == j ? 1 : i == j + 1 && j > 0 ? ratio : j == i + 1 && i > 0 ? 1 / ratio : 0;
-            return i == 0 && j > 0 ? before : size * x;
-        });
+        for (int i = 0; i < n; ++i)
+            for (int j = 0; j < n; ++j) {
+                const float x = i == j ? 1 : i == j + 1 && j > 0 ? ratio : j == i + 1 && i > 0 ? 1 / ratio : 0;
+                a(i, j) = i == 0 && j > 0 ? before : size * x;
+            }
         const Balanced b = balance(a, 'B');
-        for (const float s : b.scale) {
-            EXPECT_TRUE(s >= 0x1p-104F && s <= 0x1p104F) << ratio << ' ' << s;
-            EXPECT_TRUE(s == 1 || size == 1) << ratio << ' ' << s; // too small to be scaled
-        }
-        b.a.each_stored([&](int i, int j) { EXPECT_TRUE(std::isfinite(b.a(i, j))) << ratio << ' ' << i << ' ' << j; });
+        for (const float s : b.scale)
+            EXPECT_TRUE(s >= 0x1p-104F && s <= 0x1p104F && (s == 1 || size == 1)) << ratio << ' ' << s;
+        EXPECT_EQ(b.a.count_bad([](int, int, float x) { return std::isfinite(x); }), 0) << ratio;
     }
 }
 

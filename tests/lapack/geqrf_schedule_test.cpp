@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "lapack/kernel/source/qr/geqrf_schedule.hpp"
+#include "support/combine.hpp"
 #include "support/simulated_team.hpp"
 
 namespace qrv::test {
@@ -65,18 +66,14 @@ private:
 TEST(GeqrfSchedule, BringsEveryPanelToEveryBlockColumnInOrder) {
     unsigned seed = 0;
     int widest = 0;
-    for (int blocks = 1; blocks <= 24; ++blocks)
-        for (const int panels : {1, blocks / 2, blocks - 1, blocks})
-            for (int team = 1; team <= 9; ++team)
-                for (const int group : {1, 2, 5}) {
-                    if (panels < 1)
-                        continue;
-                    ColumnsInBlocks job(blocks, panels, group);
-                    ASSERT_EQ(simulate(job, team, ++seed), "")
-                        << blocks << ' ' << panels << ' ' << team << ' ' << group;
-                    ASSERT_TRUE(job.complete()) << blocks << ' ' << panels << ' ' << team << ' ' << group;
-                    widest = std::max(widest, job.widest());
-                }
+    combine({1, 2, 5}, {0, 1, 2, 3}, up_to(1, 24), up_to(1, 9)).each([&](int group, int which, int blocks, int team) {
+        const int panels = which == 0 ? 1 : which == 1 ? blocks / 2 : which == 2 ? blocks - 1 : blocks;
+        if (panels < 1)
+            return;
+        ColumnsInBlocks job(blocks, panels, group);
+        EXPECT_EQ(simulate(job, team, ++seed), "");
+        widest = std::max(widest, job.widest());
+    });
     EXPECT_EQ(widest, 5);
 }
 

@@ -5,6 +5,7 @@
 #include "lapack/lapack.hpp"
 #include "qrv/native.h"
 #include "support/call.hpp"
+#include "support/combine.hpp"
 #include "support/known_values.hpp"
 #include "support/teams.hpp"
 
@@ -68,25 +69,23 @@ Operand<T> matrix_of(int m, int n, const std::vector<double>& values, unsigned s
 
 template <class T>
 void expect_decomposed(int m, int n, const Spectrum& spectrum, unsigned seed) {
+    SCOPED_TRACE(spectrum.name + ' ' + std::to_string(m) + 'x' + std::to_string(n));
     const Operand<T> before = matrix_of<T>(m, n, spectrum.values, seed);
     const double largest = norm(WideMatrix<T>(before), 'O');
     std::vector<float> first;
-    for (const char job : {'A', 'S', 'O', 'N'})
-        for (const auto length :
-             {Decomposed<T>::best, Decomposed<T>::least, Decomposed<T>::roomy, Decomposed<T>::narrow}) {
-            if (job != 'O' && length > Decomposed<T>::least)
-                continue;
-            const Decomposed<T> d(job, before, length);
-            const auto where = spectrum.name + ' ' + job + ' ' + std::to_string(m) + 'x' + std::to_string(n) +
-                               " work " + std::to_string(length);
-            EXPECT_EQ(d.info, 0) << where;
-            EXPECT_TRUE(is_descending(d.s)) << where;
-            EXPECT_LT(job == 'N' ? 0 : d.error(before), 15) << where;
-            if (first.empty())
-                first = d.s;
-            for (std::size_t i = 0; i < first.size(); ++i)
-                EXPECT_NEAR(d.s[i], first[i], 10 * std::max(m, n) * 2 * unitRoundoff * largest) << where << ' ' << i;
-        }
+    using D = Decomposed<T>;
+    combine({D::best, D::least, D::roomy, D::narrow}, "ASON").each([&](auto length, char job) {
+        if (job != 'O' && length > D::least)
+            return;
+        const D d(job, before, length);
+        EXPECT_EQ(d.info, 0);
+        EXPECT_TRUE(is_descending(d.s));
+        EXPECT_LT(job == 'N' ? 0 : d.error(before), 15);
+        if (first.empty())
+            first = d.s;
+        for (std::size_t i = 0; i < first.size(); ++i)
+            EXPECT_NEAR(d.s[i], first[i], 10 * std::max(m, n) * 2 * unitRoundoff * largest) << i;
+    });
 }
 
 // Tall and wide beyond every ratio that decides on a path, at it, and below; undivided and divided.

@@ -7,6 +7,7 @@
 #include "qrv/native.h"
 #include "support/call.hpp"
 #include "support/cholesky.hpp"
+#include "support/combine.hpp"
 
 namespace qrv::test {
 namespace {
@@ -102,36 +103,31 @@ TEST_OF_ELEMENTS(Drivers, LeastSquaresSolutions) {
     struct Sizes {
         float a, b;
     };
-    for (const auto& [m, n] : {std::pair{1, 1}, {5, 1}, {1, 4}, {9, 9}, {60, 23}, {23, 60}, {150, 90}, {90, 150}})
-        for (const Op op : {Op::none, lapack::adjoint<T>})
-            for (const auto& [sizeOfA, sizeOfB] : {Sizes{1, 1}, {0x1p-124F, 0x1p-120F}, {0x1p120F, 0x1p124F}})
-                for (const bool enough : {false, true}) {
-                    const int nrhs = 3, k = std::min(m, n), rows = op == Op::none ? m : n;
-                    Operand<T> a = random_matrix<T>(m, n, 7), b = random_matrix<T>(std::max(m, n), nrhs, 8);
-                    for (int i = 0; i < k; ++i)
-                        a(i, i) = scalar<T>(2) + a(i, i) + (m == n ? scalar<T>(4) : T()); // well-conditioned
-                    a.set([&, sizeOfA = sizeOfA](int i, int j) { return sizeOfA * a(i, j); });
-                    b.set([&, sizeOfB = sizeOfB](int i, int j) {
-                        return i < rows ? sizeOfB * b(i, j) : all_parts<T>(nan);
-                    });
-                    Operand<T> factors(a), x(b);
-                    GuardedVector<T> work(enough ? int(lapack::gels_work<T>(m, n, nrhs)) : k + std::max(k, nrhs));
-                    const auto where = testing::Message() << m << 'x' << n << letter(op) << sizeOfA << ' ' << enough;
-                    ASSERT_EQ(gels(letter(op), factors, x, nrhs, work), 0) << where;
-                    EXPECT_EQ(lapack::real_part(work[0]), static_cast<float>(lapack::gels_work<T>(m, n, nrhs)));
+    combine({std::pair{1, 1}, {5, 1}, {1, 4}, {9, 9}, {60, 23}, {23, 60}, {150, 90}, {90, 150}},
+            {Op::none, lapack::adjoint<T>}, {false, true},
+            std::vector<Sizes>{{1, 1}, {0x1p-124F, 0x1p-120F}, {0x1p120F, 0x1p124F}})
+        .each([](const auto& shape, Op op, bool enough, const Sizes& size) {
+            const int m = shape.first, n = shape.second, nrhs = 3, k = std::min(m, n), rows = op == Op::none ? m : n;
+            Operand<T> a = random_matrix<T>(m, n, 7), b = random_matrix<T>(std::max(m, n), nrhs, 8);
+            for (int i = 0; i < k; ++i)
+                a(i, i) = scalar<T>(2) + a(i, i) + (m == n ? scalar<T>(4) : T()); // well-conditioned
+            a.set([&](int i, int j) { return size.a * a(i, j); });
+            b.set([&](int i, int j) { return i < rows ? size.b * b(i, j) : all_parts<T>(nan); });
+            Operand<T> factors(a), x(b);
+            const auto best = lapack::gels_work<T>(m, n, nrhs);
+            GuardedVector<T> work(enough ? int(best) : k + std::max(k, nrhs));
+            ASSERT_EQ(gels(letter(op), factors, x, nrhs, work), 0);
+            EXPECT_EQ(lapack::real_part(work[0]), static_cast<float>(best));
 
-                    const WideMatrix<T> wide(a, letter(op));
-                    const WideMatrix<T> given(rows, nrhs, [&](int i, int j) { return widen(b(i, j)); });
-                    const WideMatrix<T> right = least_squares(wide, given);
-                    const WideMatrix<T> found(wide.columns, nrhs, [&](int i, int j) { return widen(x(i, j)); });
-                    const double error = norm(found - right) / norm(right);
-                    EXPECT_TRUE(error < 100 * unitRoundoff) << where << ": " << error / unitRoundoff;
-                    if (wide.rows > wide.columns) {
-                        const WideMatrix<T> below(rows - k, nrhs, [&](int i, int j) { return widen(x(k + i, j)); });
-                        const double residual = norm(given - wide * right);
-                        EXPECT_NEAR(norm(below) / residual, 1, 1e-5) << where;
-                    }
-                }
+            const WideMatrix<T> wide(a, letter(op)), given(rows, nrhs, [&](int i, int j) { return widen(b(i, j)); }),
+                right = least_squares(wide, given),
+                found(wide.columns, nrhs, [&](int i, int j) { return widen(x(i, j)); });
+            EXPECT_LT(norm(found - right) / norm(right), 100 * unitRoundoff);
+            if (wide.rows > wide.columns) {
+                const WideMatrix<T> below(rows - k, nrhs, [&](int i, int j) { return widen(x(k + i, j)); });
+                EXPECT_NEAR(norm(below) / norm(given - wide * right), 1, 1e-5);
+            }
+        });
 }
 
 TEST_OF_ELEMENTS(Drivers, LeastSquaresWithoutFullRank) {

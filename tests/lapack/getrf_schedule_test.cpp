@@ -1,25 +1,20 @@
 // The scheduler of the dynamic LU, without threads: a simulated team takes and finishes tasks in random interleavings.
 #include <gtest/gtest.h>
-#include <ostream>
 #include <set>
 #include <vector>
 
 #include "lapack/kernel/source/lu/getrf_schedule.hpp"
 #include "qrv/native.h"
 #include "service/tuning.hpp"
+#include "support/combine.hpp"
 #include "support/simulated_team.hpp"
 
 namespace qrv::test {
 namespace {
 
 struct Plan {
-    int blocks, panels, team, span, tail;
+    int blocks, panels, span, tail;
 };
-
-std::ostream& operator<<(std::ostream& out, const Plan& p) {
-    return out << p.blocks << " block columns, " << p.panels << " panels, team " << p.team << ", span " << p.span
-               << ", tail " << p.tail;
-}
 
 // The schedule of block columns of one column each, and how far each of them is.
 class Scheduled : public SimulatedMatrix {
@@ -97,15 +92,11 @@ TEST(GetrfSchedule, AppliesEveryPanelOnceAndInOrder) {
     const auto shares = tuned_shares();
     ASSERT_GE(shares.size(), 10U);
     unsigned seed = 0;
-    for (const auto& [span, tail] : shares)
-        for (int blocks = 2; blocks <= 40; ++blocks)
-            for (int team = 1; team <= 16; ++team)
-                for (const int panels : {blocks - 1, blocks / 2}) { // square or tall; wide
-                    const Plan plan{blocks, panels, team, span, tail};
-                    Scheduled job(plan);
-                    ASSERT_EQ(simulate(job, team, ++seed), "") << plan;
-                    ASSERT_TRUE(job.complete()) << plan;
-                }
+    combine({false, true}, shares, up_to(2, 40), up_to(1, 16))
+        .each([&](bool isWide, const auto& share, int blocks, int team) { // or square or tall
+            Scheduled job({blocks, isWide ? blocks / 2 : blocks - 1, share.first, share.second});
+            EXPECT_EQ(simulate(job, team, ++seed), "");
+        });
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 
 #include "qrv/native.h"
 #include "support/call.hpp"
+#include "support/combine.hpp"
 #include "support/oracle.hpp"
 
 namespace qrv::test {
@@ -22,22 +23,22 @@ float computed(char norm, const Operand<T>& a) {
 }
 
 TEST_OF_ELEMENTS(Norms, AsDefined) {
-    for (const auto& [m, n] : {std::pair{1, 1}, {1, 5}, {5, 1}, {7, 7}, {30, 33}, {33, 30}})
-        for (const char* options : {"AN", "UN", "UU", "LN", "LU"})
-            for (const float size : {1.0F, 0x1p100F, 0x1p-120F}) {
-                if ((options[0] == 'U' && m > n) || (options[0] == 'L' && m < n))
-                    continue;
-                const auto kind = options[0] == 'A' ? Form::general : Form::triangular;
-                Operand<T> a(Form{m, n, kind, options[0], options[1]}, {.extra = 3});
-                std::mt19937 random(7);
-                a.set([&](int, int) { return scalar<T>(size) * any_size_one<T>(random); });
-                for (const char* names : {"Mm", "Oo1", "Ii", "FfEe"})
-                    for (const char* which = names; *which; ++which) {
-                        const double expected = norm(WideMatrix<T>(a), names[0]);
-                        EXPECT_TRUE(std::abs(computed(*which, a) - expected) <= (m * n + 8) * unitRoundoff * expected)
-                            << options << ' ' << *which << ' ' << m << " x " << n << " times " << size;
-                    }
-            }
+    combine({std::pair{1, 1}, {1, 5}, {5, 1}, {7, 7}, {30, 33}, {33, 30}}, {"AN", "UN", "UU", "LN", "LU"},
+            {1.0F, 0x1p100F, 0x1p-120F})
+        .each([](const auto& shape, const char* options, float size) {
+            const auto [m, n] = shape;
+            if ((options[0] == 'U' && m > n) || (options[0] == 'L' && m < n))
+                return;
+            const auto kind = options[0] == 'A' ? Form::general : Form::triangular;
+            Operand<T> a(Form{m, n, kind, options[0], options[1]}, {.extra = 3});
+            std::mt19937 random(7);
+            a.set([&](int, int) { return scalar<T>(size) * any_size_one<T>(random); });
+            for (const std::string names : {"Mm", "Oo1", "Ii", "FfEe"})
+                for (const char which : names) {
+                    const double expected = norm(WideMatrix<T>(a), names[0]), units = shape.first * shape.second + 8;
+                    EXPECT_LE(std::abs(computed(which, a) - expected), units * unitRoundoff * expected) << which;
+                }
+        });
 }
 
 // The largest so far is replaced by what does not compare below it.
@@ -79,65 +80,52 @@ TEST_OF_ELEMENTS(Norms, SquaresAreAddedToWhatIsThere) {
 
 TEST_OF_ELEMENTS(Norms, CopiesOfWhatIsNamed) {
     std::mt19937 random(3);
-    for (const auto& [m, n] : {std::pair{0, 3}, {1, 1}, {24, 30}, {25, 30}, {26, 30}, {60, 31}})
-        for (const char uplo : {'U', 'u', 'L', 'l', 'A', 'B', '\0'}) {
+    combine({std::pair{0, 3}, {1, 1}, {24, 30}, {25, 30}, {26, 30}, {60, 31}}, {'U', 'u', 'L', 'l', 'A', 'B', '\0'})
+        .each([&](const auto& shape, char uplo) {
+            const int m = shape.first, n = shape.second;
             const char kind = static_cast<char>(uplo & ~0x20);
             const auto is_copied = [&](int i, int j) { return kind == 'U' ? i <= j : kind == 'L' ? i >= j : true; };
             Operand<T> a(m, n, m + 1, 1), b(m, n, m + 2, 2);
             a.fill_random(random);
-            b.fill(5);
-            call_for<T>(SLACPY, CLACPY, uplo, m, n, a, b);
-            EXPECT_EQ(
-                b.count_bad([&](int i, int j, T x) { return x == (is_copied(i, j) ? a(i, j) : all_parts<T>(5)); }), 0)
-                << uplo << ' ' << m << " x " << n;
+            call_for<T>(SLACPY, CLACPY, uplo, m, n, a, b.fill(5));
+            const auto isRight = [&](int i, int j, T x) { return x == (is_copied(i, j) ? a(i, j) : all_parts<T>(5)); };
+            EXPECT_EQ(b.count_bad(isRight), 0);
             if constexpr (!isComplex<T>) { // to complex elements
                 Operand<SingleComplex> c(m, n, m + 3);
                 call(CLACP2, uplo, m, n, a, c.fill(5));
                 EXPECT_EQ(c.count_bad([&](int i, int j, SingleComplex x) {
                     return x == (is_copied(i, j) ? SingleComplex{a(i, j), 0} : SingleComplex{5, 5});
                 }),
-                          0)
-                    << uplo << ' ' << m << " x " << n;
+                          0);
             }
-        }
+        });
 }
 
 TEST(SymmetricNorms, AreThoseOfTheWholeMatrix) {
     std::mt19937 random(5);
-    for (const int n : {0, 1, 2, 5, 33})
-        for (const char uplo : {'U', 'l'})
-            for (const float size : {1.0F, 0x1p100F, 0x1p-120F}) {
-                Form form{n, n, Form::symmetric, uplo};
-                Operand<float> a(form, Layout{2}), whole(n, n, n + 1);
-                a.set([&](int, int) { return size * any_size_one<float>(random); });
-                whole.set([&](int i, int j) { return static_cast<float>(a.entry(i, j)); });
-                // And a tridiagonal one.
-                GuardedVector<float> d(n), e(n - 1);
-                for (auto* v : {&d, &e})
-                    v->fill([&] { return size * any_size_one<float>(random); });
-                Operand<float> three(n, n, n + 1);
-                three.set([&](int i, int j) { return i == j ? d[i] : std::abs(i - j) == 1 ? e[std::min(i, j)] : 0; });
-                for (const char* norm = "MmOo1IiFfEe"; *norm; ++norm) {
-                    GuardedVector<float> work(std::strchr("Oo1Ii", *norm) ? n : 0), unused(n);
-                    const float allowed = (n + 8) * 0x1p-23F;
-                    const float expected = call(SLANGE, *norm, n, n, whole, unused);
-                    EXPECT_NEAR(call(SLANSY, *norm, uplo, n, a, work), expected, allowed * expected)
-                        << *norm << ' ' << uplo << ' ' << n;
-                    const float beside = call(SLANGE, *norm, n, n, three, unused);
-                    EXPECT_NEAR(call(SLANST, *norm, n, d, e), beside, allowed * beside) << *norm << ' ' << n;
-                }
-            }
+    combine({0, 1, 2, 5, 33}, {1.0F, 0x1p100F, 0x1p-120F}, "Ul", "MmOo1IiFfEe")
+        .each([&](int n, float size, char uplo, char norm) {
+            Operand<float> a(Form{n, n, Form::symmetric, uplo}, Layout{2}), whole(n, n, n + 1), three(n, n, n + 1);
+            a.set([&](int, int) { return size * any_size_one<float>(random); });
+            whole.set([&](int i, int j) { return static_cast<float>(a.entry(i, j)); });
+            GuardedVector<float> d(n), e(n - 1), work(std::strchr("Oo1Ii", norm) ? n : 0), unused(n);
+            for (auto* v : {&d, &e})
+                v->fill([&] { return size * any_size_one<float>(random); });
+            three.set([&](int i, int j) { return i == j ? d[i] : std::abs(i - j) == 1 ? e[std::min(i, j)] : 0; });
+            const float allowed = (n + 8) * 0x1p-23F, expected = call(SLANGE, norm, n, n, whole, unused),
+                        tridiagonal = call(SLANGE, norm, n, n, three, unused);
+            EXPECT_NEAR(call(SLANSY, norm, uplo, n, a, work), expected, allowed * expected);
+            EXPECT_NEAR(call(SLANST, norm, n, d, e), tridiagonal, allowed * tridiagonal);
+        });
 }
 
 TEST_OF_ELEMENTS(Norms, PartsAreSet) {
     const T beside = scalar_of<T>(3), diagonal = scalar_of<T>(-2);
-    for (const auto& [m, n] : {std::pair{0, 3}, {1, 1}, {4, 7}, {7, 4}})
-        for (const char uplo : {'U', 'l', 'A'}) {
-            Form form{m, n, Form::general, uplo == 'A' ? 'A' : uplo};
-            Operand<T> a(form, Layout{2});
-            call_for<T>(SLASET, CLASET, uplo, m, n, beside, diagonal, a);
-            EXPECT_EQ(a.count_bad([&](int i, int j, T x) { return x == (i == j ? diagonal : beside); }), 0);
-        }
+    combine({std::pair{0, 3}, {1, 1}, {4, 7}, {7, 4}}, "UlA").each([&](const auto& shape, char uplo) {
+        Operand<T> a(Form{shape.first, shape.second, Form::general, uplo}, Layout{2});
+        call_for<T>(SLASET, CLASET, uplo, shape.first, shape.second, beside, diagonal, a);
+        EXPECT_EQ(a.count_bad([&](int i, int j, T x) { return x == (i == j ? diagonal : beside); }), 0);
+    });
 }
 
 // Quotients that no float holds, on every kind of storage.
@@ -157,31 +145,30 @@ TEST_OF_ELEMENTS(Norms, MultiplesOfWhatIsStored) {
                         {"q", {5, 5, general, 'U', 'N', true, 0, 2}, 2, 2},
                         {"Z", {5, 7, general, 'A', 'N', true, 2, 1}, 2, 1}};
     std::mt19937 random(8);
-    for (const Row& row : rows)
-        for (const auto& [from, to, size] : {std::tuple{0x1p-100F, 0x1p90F, 0x1p-120F},
-                                             {0x1p120F, 0x1p-20F, 0x1p120F},
-                                             {-3.0F, 1.0F, 1.0F},
-                                             {2.0F, 0.0F, 1.0F}}) {
+    struct Quotient {
+        float from, to, size;
+    };
+    combine({Quotient{0x1p-100F, 0x1p90F, 0x1p-120F}, {0x1p120F, 0x1p-20F, 0x1p120F}, {-3, 1, 1}, {2, 0, 1}}, rows)
+        .each([&](const Quotient& q, const Row& row) {
             Form stored = row.form;
             if (*row.type == 'Z')
                 stored.above += row.kl; // room that is not looked at
             Operand<T> a(stored, Layout{1});
             const auto in_band = [&](int i, int j) { return !stored.banded || j - i <= row.ku; };
-            a.set([&, size = size](int i, int j) {
-                return in_band(i, j) ? scalar<T>(size) * any_size_one<T>(random) : all_parts<T>(7);
+            a.set([&](int i, int j) {
+                return in_band(i, j) ? scalar<T>(q.size) * any_size_one<T>(random) : all_parts<T>(7);
             });
             const Operand<T> before = a;
-            EXPECT_EQ(
-                call_for<T>(SLASCL, CLASCL, row.type, row.kl, row.ku, from, to, row.form.rows, row.form.columns, a), 0);
-            EXPECT_EQ(a.count_bad([&, from = from, to = to](int i, int j, T x) {
-                if (!in_band(i, j))
-                    return same_bits(x, before(i, j));
-                const auto expected = widen(before(i, j)) * (double{to} / from);
-                return std::abs(widen(x) - expected) <= 0x1p-22 * std::abs(expected);
+            const auto [m, n] = std::pair(row.form.rows, row.form.columns);
+            EXPECT_EQ(call_for<T>(SLASCL, CLASCL, row.type, row.kl, row.ku, q.from, q.to, m, n, a), 0);
+            EXPECT_EQ(a.count_bad([&](int i, int j, T x) {
+                const auto expected = widen(before(i, j)) * (double{q.to} / q.from);
+                return in_band(i, j) ? std::abs(widen(x) - expected) <= 0x1p-22 * std::abs(expected)
+                                     : same_bits(x, before(i, j));
             }),
                       0)
-                << row.type << ' ' << to << " / " << from;
-        }
+                << row.type << ' ' << q.to << " / " << q.from;
+        });
 }
 
 // The first diagonal below belongs to it too.

@@ -7,6 +7,7 @@
 #include "lapack/kernel/source/cholesky/potrf_tiles.hpp"
 #include "lapack/task_team.hpp"
 #include "support/cholesky.hpp"
+#include "support/combine.hpp"
 #include "support/simulated_team.hpp"
 
 namespace qrv::test {
@@ -26,7 +27,6 @@ public:
           words_(static_cast<std::size_t>(qrv_lapack_potrf_sched_size(&tiles)) + 1, guard) {}
 
     PotrfTable* table() { return reinterpret_cast<PotrfTable*>(words_.data()); }
-    bool guard_intact() const { return words_.back() == guard; }
     int coarsest() const { return coarsest_; } // span of a task
 
     // As the leading cell is factored before there is a team.
@@ -71,7 +71,7 @@ public:
         return true;
     }
     bool complete() const {
-        bool complete = true;
+        bool complete = words_.back() == guard;
         for (int j = 1; j <= tiles_; ++j)
             for (int i = 1; i <= j; ++i)
                 complete = complete && finished(i, j);
@@ -99,15 +99,11 @@ private:
 TEST(PotrfSchedule, TakesEveryTileThroughItsStepsInOrder) {
     unsigned seed = 0;
     int coarsest = 0;
-    for (int tiles = 1; tiles <= 40; ++tiles)
-        for (int team = 1; team <= 16; ++team)
-            for (const int limit : {1, 8, 100}) {
-                Tiles job(tiles, limit);
-                ASSERT_EQ(simulate(job, team, ++seed), "")
-                    << tiles << " tile columns, team " << team << ", steps " << limit;
-                ASSERT_TRUE(job.complete() && job.guard_intact()) << tiles << " tile columns, team " << team;
-                coarsest = std::max(coarsest, job.coarsest());
-            }
+    combine({1, 8, 100}, up_to(1, 40), up_to(1, 16)).each([&](int limit, int tiles, int team) {
+        Tiles job(tiles, limit);
+        EXPECT_EQ(simulate(job, team, ++seed), "");
+        coarsest = std::max(coarsest, job.coarsest());
+    });
     EXPECT_EQ(coarsest, 16);
     const int most = 100'000; // beyond what an int counts
     EXPECT_GT(qrv_lapack_potrf_sched_size(&most), std::int64_t{most} * most / 2);
@@ -128,23 +124,19 @@ struct SimulatedFactorization : SimulatedMatrix, lapack::TiledMatrix<float> {
 };
 TEST(PotrfSchedule, KeepsACellThatFails) {
     constexpr int n = 90;
-    for (const Uplo uplo : {Uplo::upper, Uplo::lower}) {
+    combine({Uplo::upper, Uplo::lower}, {n, 37, 62, 85}, up_to(0, 19)).each([](Uplo uplo, int bad, int seed) {
         const Operand<float> good = definite<float>(uplo, n);
-        Operand<float> whole(good);
+        Operand<float> whole(good), a(good);
         ASSERT_EQ(lapack::potrf_serial(uplo, n, whole.view(), {}).info, 0);
-        for (const int bad : {n, 37, 62, 85})
-            for (unsigned seed = 0; seed < 20; ++seed) {
-                Operand<float> a(good);
-                if (bad < n)
-                    a(bad, bad) = -1;
-                std::vector<int> words(200);
-                SimulatedFactorization job(uplo, n, a.view(), words);
-                ASSERT_EQ(simulate(job, 4, seed), "");
-                ASSERT_EQ(job.result.info, bad < n ? bad + 1 : 0) << letter(uplo) << seed;
-                for (int j = 0; j < bad; ++j)
-                    ASSERT_NEAR(a(j, j), whole(j, j), 1e-4) << letter(uplo) << seed << ' ' << bad;
-            }
-    }
+        if (bad < n)
+            a(bad, bad) = -1;
+        std::vector<int> words(200);
+        SimulatedFactorization job(uplo, n, a.view(), words);
+        EXPECT_EQ(simulate(job, 4, unsigned(seed)), "");
+        EXPECT_EQ(job.result.info, bad < n ? bad + 1 : 0);
+        for (int j = 0; j < bad; ++j)
+            EXPECT_NEAR(a(j, j), whole(j, j), 1e-4) << j;
+    });
 }
 
 // Threads give cells back without a lock, tile by tile, and others claim them at once. Tasks that do nothing else make

@@ -5,6 +5,7 @@
 
 #include "lapack/elements.hpp"
 #include "lapack/lapack.hpp"
+#include "support/combine.hpp"
 #include "support/progress.hpp"
 #include "support/qr.hpp"
 #include "support/teams.hpp"
@@ -15,10 +16,6 @@ namespace {
 
 using lapack::Direct, lapack::StoreV, lapack::QForm;
 using Kind = QrKind;
-
-template <class T>
-struct Qr : testing::Test {};
-TYPED_TEST_SUITE(Qr, Elements);
 
 template <class T>
 struct Route {
@@ -63,40 +60,36 @@ std::vector<Route<T>> routes() {
 
 constexpr std::pair<int, int> shapes[] = {{1, 1}, {1, 5}, {5, 1}, {7, 7}, {40, 20}, {33, 70}, {96, 96}, {400, 40}};
 
-TYPED_TEST(Qr, ResidualsOfEveryRoute) {
-    using T = TypeParam;
-    for (const auto& route : routes<T>())
-        for (const auto& [m, n] : shapes)
-            for (const Kind kind : qrKinds) {
-                if (route.name.starts_with("team") && std::min(m, n) < 20)
-                    continue;
-                const Operand<T> a = qr_matrix<T>(m, n, kind);
-                QrResult<T> f(a, route.work(m, n));
-                route.factor(f);
-                EXPECT_TRUE(qr_residual(a, f, route.lq) < 1) << route.name << ' ' << m << 'x' << n << " kind "
-                                                             << int(kind) << ": " << qr_residual(a, f, route.lq);
-            }
+TEST_OF_ELEMENTS(Qr, ResidualsOfEveryRoute) {
+    combine(routes<T>(), shapes, qrKinds).each([](const Route<T>& route, const auto& shape, Kind kind) {
+        const auto [m, n] = shape;
+        if (route.name.starts_with("team") && std::min(m, n) < 20)
+            return;
+        const Operand<T> a = qr_matrix<T>(m, n, kind);
+        QrResult<T> f(a, route.work(m, n));
+        route.factor(f);
+        EXPECT_LT(qr_residual(a, f, route.lq), 1);
+    });
 }
 
 // High and narrow, by blocks of rows, the last of them short: in whole strips and in part of one, with columns that
 // this route does not take in the midst of a strip, and with the same bits on every team.
-TYPED_TEST(Qr, ResidualsOfHighMatrices) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Qr, ResidualsOfHighMatrices) {
     constexpr int m = 4 * 2048 + 8;
     const auto expect = [](int n, Kind kind, bool sameBits) {
         const Operand<T> a = qr_matrix<T>(m, n, kind);
         std::optional<QrResult<T>> first;
-        for (const int threads : {1, 3}) {
+        combine({1, 3}).each([&](int threads) {
             const ForcedTeam forced(threads);
             QrResult<T> f(a, n);
             lapack::geqrf(m, n, f.a.view(), f.tau.data(), f.work.data(), n);
-            EXPECT_TRUE(qr_residual(a, f, false) < 24) // of sums of so many terms, plain ones in the generic build
-                << n << " kind " << int(kind) << ": " << qr_residual(a, f, false);
+            EXPECT_LT(qr_residual(a, f, false), 24) // of sums of so many terms, plain ones in the generic build
+                << n << " kind " << int(kind);
             EXPECT_EQ(lapack::real_part(f.work[0]), static_cast<float>(lapack::geqrf_work<T>(m, n)));
             if (!first)
                 first.emplace(f);
             EXPECT_TRUE(!sameBits || !bits_are_free_of_alignment() || f.a.same_bits(first->a)) << n;
-        }
+        });
     };
     for (const int n : {2, 8, 20})
         expect(n, Kind::plain, true);
@@ -108,30 +101,25 @@ TYPED_TEST(Qr, ResidualsOfHighMatrices) {
 }
 
 // By the driver, at its own block sizes: any legal length of work gives the same bits.
-TYPED_TEST(Qr, ResidualsWithAnyWork) {
-    using T = TypeParam;
-    for (const int threads : {1, 2, 4}) {
+TEST_OF_ELEMENTS(Qr, ResidualsWithAnyWork) {
+    combine({1, 2, 4}, {std::pair{180, 170}, {300, 40}, {60, 330}, {90, 20}}).each([](int threads, const auto& shape) {
         const ForcedTeam forced(threads);
-        for (const auto& [m, n] : {std::pair{180, 170}, {300, 40}, {60, 330}, {90, 20}}) {
-            const Operand<T> a = qr_matrix<T>(m, n);
-            const std::int64_t full = lapack::geqrf_work<T>(m, n);
-            std::optional<QrResult<T>> first;
-            for (const std::int64_t length : {std::int64_t{n}, full - 1, full}) {
-                QrResult<T> f(a, length);
-                lapack::geqrf(m, n, f.a.view(), f.tau.data(), f.work.data(), int(length));
-                EXPECT_TRUE(qr_residual(a, f, false) < 1) << m << 'x' << n << " work " << length;
-                EXPECT_EQ(lapack::real_part(f.work[0]), static_cast<float>(full));
-                if (!first)
-                    first.emplace(f);
-                EXPECT_TRUE(!bits_are_free_of_alignment() || f.a.same_bits(first->a))
-                    << m << 'x' << n << " work " << length;
-            }
-            const WorkMemoryProbe refusing(0, anySize);
-            QrResult<T> f(a, n);
-            lapack::geqrf(m, n, f.a.view(), f.tau.data(), f.work.data(), n);
-            EXPECT_TRUE(qr_residual(a, f, false) < 1) << m << 'x' << n << " without memory";
-        }
-    }
+        const int m = shape.first, n = shape.second;
+        const Operand<T> a = qr_matrix<T>(m, n);
+        const std::int64_t full = lapack::geqrf_work<T>(m, n);
+        const auto factored = [&](std::int64_t length) {
+            QrResult<T> f(a, length);
+            lapack::geqrf(m, n, f.a.view(), f.tau.data(), f.work.data(), int(length));
+            EXPECT_LT(qr_residual(a, f, false), 1) << "work " << length;
+            EXPECT_EQ(lapack::real_part(f.work[0]), static_cast<float>(full));
+            return f;
+        };
+        const QrResult<T> first = factored(n);
+        for (const std::int64_t length : {full - 1, full})
+            EXPECT_TRUE(factored(length).a.same_bits(first.a) || !bits_are_free_of_alignment()) << "work " << length;
+        const WorkMemoryProbe refusing(0, anySize);
+        factored(n);
+    });
 }
 
 // ---- Column pivoting ------------------------------------------------------------------------------------------------
@@ -141,51 +129,40 @@ bool is_fixed(int pattern, int j) {
     return pattern == 1 ? j % 5 == 2 : pattern == 2 && j % 4 > 0;
 }
 
-TYPED_TEST(Qr, ResidualsOfPivoting) {
-    using T = TypeParam;
-    for (const auto& [m, n] :
-         {std::pair{0, 4}, {1, 1}, {1, 5}, {5, 1}, {7, 7}, {40, 17}, {33, 70}, {180, 165}}) // the last in blocks
-        for (const Kind kind : qrKinds)
-            for (const int pattern : {0, 1, 2})
-                for (const int method : {0, 1, 2}) { // least, some and full work
-                    const Operand<T> a = qr_matrix<T>(m, n, kind);
-                    const std::int64_t least = lapack::geqp3_least_work<T>(m, n), full = lapack::geqp3_work<T>(m, n);
-                    QrResult<T> f(a, method == 0 ? least : method == 1 ? std::min(full, least + 5 * n + 1) : full);
-                    std::vector<int> jpvt;
-                    for (int j = 0; j < n; ++j)
-                        jpvt.push_back(is_fixed(pattern, j));
-                    std::vector<float> norms(std::size_t(2 * n));
-                    if constexpr (isComplex<T>)
-                        lapack::geqp3(m, n, f.a.view(), jpvt.data(), f.tau.data(), f.work.data(), f.work.size(),
-                                      norms.data());
-                    else
-                        lapack::geqp3(m, n, f.a.view(), jpvt.data(), f.tau.data(), f.work.data(), f.work.size(),
-                                      f.work.data());
-                    const auto where = testing::Message() << m << 'x' << n << " kind " << int(kind) << " fixed "
-                                                          << pattern << " work " << method;
-                    auto sorted = jpvt;
-                    std::sort(sorted.begin(), sorted.end());
-                    for (int j = 0; j < n; ++j)
-                        ASSERT_EQ(sorted[std::size_t(j)], j + 1) << where;
-                    Operand<T> permuted(a);
-                    permuted.set([&](int i, int j) { return a(i, jpvt[std::size_t(j)] - 1); });
-                    EXPECT_TRUE(qr_residual(permuted, f, false) < 1) << where << qr_residual(permuted, f, false);
-                    int fixed = 0;
-                    for (int j = 0; j < n; ++j)
-                        fixed += is_fixed(pattern, j);
-                    for (int j = 0; j < fixed; ++j)
-                        EXPECT_TRUE(is_fixed(pattern, jpvt[std::size_t(j)] - 1)) << where;
-                    // Each pivot was the longest, up to what an updated norm may be off.
-                    for (int i = fixed; i < std::min(m, n); ++i)
-                        for (int j = i + 1; j < n; ++j) {
-                            double square = 0;
-                            for (int l = i; l <= std::min(j, m - 1); ++l)
-                                square += std::norm(widen(f.a(l, j)));
-                            const double pivot = std::real(widen(f.a(i, i))), smallest = std::real(widen(f.a(0, 0)));
-                            EXPECT_TRUE(std::sqrt(square) <= 1.01 * pivot + 1e-5 * smallest)
-                                << where << ' ' << i << ' ' << j;
-                        }
+TEST_OF_ELEMENTS(Qr, ResidualsOfPivoting) {
+    combine({std::pair{0, 4}, {1, 1}, {1, 5}, {5, 1}, {7, 7}, {40, 17}, {33, 70}, {180, 165}}, // the last in blocks
+            std::vector{0, 1, 2}, std::vector{0, 1, 2}, qrKinds)                               // least, some, full work
+        .each([](const auto& shape, int pattern, int method, Kind kind) {
+            const int m = shape.first, n = shape.second;
+            const Operand<T> a = qr_matrix<T>(m, n, kind);
+            const std::int64_t least = lapack::geqp3_least_work<T>(m, n), full = lapack::geqp3_work<T>(m, n);
+            QrResult<T> f(a, method == 0 ? least : method == 1 ? std::min(full, least + 5 * n + 1) : full);
+            std::vector<int> jpvt;
+            for (int j = 0; j < n; ++j)
+                jpvt.push_back(is_fixed(pattern, j));
+            const auto fixed = std::count(jpvt.begin(), jpvt.end(), 1);
+            std::vector<float> complexNorms(std::size_t(2 * n));
+            float* norms = complexNorms.data();
+            if constexpr (!isComplex<T>)
+                norms = f.work.data();
+            lapack::geqp3(m, n, f.a.view(), jpvt.data(), f.tau.data(), f.work.data(), f.work.size(), norms);
+            for (int j = 0; j < n; ++j)
+                ASSERT_EQ(std::count(jpvt.begin(), jpvt.end(), j + 1), 1);
+            Operand<T> permuted(a);
+            permuted.set([&](int i, int j) { return a(i, jpvt[std::size_t(j)] - 1); });
+            EXPECT_LT(qr_residual(permuted, f, false), 1);
+            for (int j = 0; j < fixed; ++j)
+                EXPECT_TRUE(is_fixed(pattern, jpvt[std::size_t(j)] - 1));
+            // Each pivot was the longest, up to what an updated norm may be off.
+            const double smallest = m > 0 ? std::real(widen(f.a(0, 0))) : 0;
+            for (int i = int(fixed); i < std::min(m, n); ++i)
+                for (int j = i + 1; j < n; ++j) {
+                    double square = 0;
+                    for (int l = i; l <= std::min(j, m - 1); ++l)
+                        square += std::norm(widen(f.a(l, j)));
+                    EXPECT_LE(std::sqrt(square), 1.01 * std::real(widen(f.a(i, i))) + 1e-5 * smallest) << i << ' ' << j;
                 }
+        });
 }
 
 // ---- Q applied and generated --------------------------------------------------------------------------------------
@@ -200,83 +177,73 @@ constexpr FormOfQ forms[] = {{QForm::qr, Direct::forward, StoreV::columns},
                              {QForm::lq, Direct::forward, StoreV::rows}};
 
 template <class T, class Apply>
-void expect_applied(const Apply& apply, std::initializer_list<std::pair<int, int>> ordersAndCounts,
-                    std::initializer_list<int> lengths = {1, 9, 40}) {
-    for (const auto& form : forms)
-        for (const auto& [order, k] : ordersAndCounts) {
+void expect_applied(const Apply& apply, const std::vector<std::pair<int, int>>& ordersAndCounts,
+                    const std::vector<int>& lengths = {1, 9, 40}) {
+    combine({true, false}, {Op::none, lapack::adjoint<T>}, forms, ordersAndCounts, lengths)
+        .each([&](bool left, Op op, const FormOfQ& form, const auto& size, int across) {
+            const auto [order, k] = size;
             const RandomReflectors<T> reflectors(form.direct, form.store, order, k);
-            for (const bool left : {true, false})
-                for (const Op op : {Op::none, lapack::adjoint<T>})
-                    for (const int across : lengths) {
-                        const int m = left ? order : across, n = left ? across : order;
-                        Operand<T> c = qr_matrix<T>(m, n);
-                        WideMatrix<T> expected(c);
-                        reflectors.q.apply(left, (op != Op::none) != (form.form == QForm::lq), expected);
-                        apply(form.form, left ? Side::left : Side::right, op, m, n, k, reflectors, c);
-                        EXPECT_TRUE(difference(c, expected) < 60 * unitRoundoff)
-                            << "form " << int(form.form) << ' ' << left << letter(op) << ' ' << m << 'x' << n
-                            << " k=" << k << ": " << difference(c, expected) / unitRoundoff;
-                    }
-        }
+            const int m = left ? order : across, n = left ? across : order;
+            Operand<T> c = qr_matrix<T>(m, n);
+            WideMatrix<T> expected(c);
+            reflectors.q.apply(left, (op != Op::none) != (form.form == QForm::lq), expected);
+            apply(form.form, left ? Side::left : Side::right, op, m, n, k, reflectors, c);
+            EXPECT_LT(difference(c, expected), 60 * unitRoundoff) << "form " << int(form.form);
+        });
 }
 
-TYPED_TEST(Qr, ResidualsOfQApplied) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Qr, ResidualsOfQApplied) {
     expect_applied<T>(
         [](QForm form, Side side, Op op, int m, int n, int k, const auto& reflectors, Operand<T>& c) {
             GuardedVector<T> work(side == Side::left ? n : m);
             lapack::orm2<T>(form, side, op, m, n, k, reflectors.v.view(), reflectors.tau.data(), c.view(), work.data());
         },
         {{1, 1}, {6, 3}, {12, 12}});
-    for (const int threads : {1, 2, 3, 8})
-        for (const bool enough : {true, false}) {
-            const ForcedTeam forced(threads);
-            const auto apply = [&](QForm form, Side side, Op op, int m, int n, int k, const auto& reflectors,
-                                   Operand<T>& c) {
-                const std::int64_t full = lapack::orm_work<T>(form, side, m, n, k);
-                GuardedVector<T> work(enough ? int(full) : side == Side::left ? n : m);
-                lapack::orm<T>(form, side, op, m, n, k, reflectors.v.view(), reflectors.tau.data(), c.view(),
-                               work.data(), work.size());
-                EXPECT_EQ(lapack::real_part(work[0]), static_cast<float>(full));
-            };
-            expect_applied<T>(apply, {{6, 3}, {64, 12}, {90, 70}, {66, 66}});
-            if (threads == 1 || threads == 3)
-                expect_applied<T>(apply, {{40, 35}}, {900}); // in strips
-        }
+    combine({1, 2, 3, 8}, {true, false}).each([](int threads, bool enough) {
+        const ForcedTeam forced(threads);
+        const auto apply = [&](QForm form, Side side, Op op, int m, int n, int k, const auto& reflectors,
+                               Operand<T>& c) {
+            const std::int64_t full = lapack::orm_work<T>(form, side, m, n, k);
+            GuardedVector<T> work(enough ? int(full) : side == Side::left ? n : m);
+            lapack::orm<T>(form, side, op, m, n, k, reflectors.v.view(), reflectors.tau.data(), c.view(), work.data(),
+                           work.size());
+            EXPECT_EQ(lapack::real_part(work[0]), static_cast<float>(full));
+        };
+        expect_applied<T>(apply, {{6, 3}, {64, 12}, {90, 70}, {66, 66}});
+        if (threads == 1 || threads == 3)
+            expect_applied<T>(apply, {{40, 35}}, {900}); // in strips
+    });
 }
 
-TYPED_TEST(Qr, ResidualsOfQGenerated) {
-    using T = TypeParam;
+TEST_OF_ELEMENTS(Qr, ResidualsOfQGenerated) {
     struct Size {
         int length, lines, k;
     };
-    for (const StoreV store : {StoreV::columns, StoreV::rows})
-        for (const Size s :
-             {Size{1, 1, 1}, {5, 3, 0}, {9, 9, 4}, {40, 25, 25}, {50, 36, 34}, {150, 130, 90}, {100, 100, 100}})
-            for (const int method : {0, 1, 2, 3}) { // unblocked, then with least, some and full work
-                const bool columns = store == StoreV::columns;
-                const RandomReflectors<T> reflectors(Direct::forward, store, s.length, s.k);
-                const int m = columns ? s.length : s.lines, n = columns ? s.lines : s.length;
-                WideMatrix<T> expected(m, n, [](int i, int j) { return i == j ? 1 : 0; });
-                reflectors.q.apply(columns, !columns, expected);
-                Operand<T> q(m, n, m + 1);
-                q.set([&](int i, int j) { // only the vectors are read
-                    const int place = columns ? i : j, line = columns ? j : i;
-                    return line < s.k && place > line ? reflectors.v(i, j) : all_parts<T>(nan);
-                });
-                const std::int64_t full = columns ? lapack::orgqr_work<T>(m, n, s.k) : lapack::orglq_work<T>(m, n, s.k);
-                GuardedVector<T> work(method < 2 ? s.lines : method == 2 ? 7 * s.lines + 1 : int(full));
-                const T* const tau = reflectors.tau.data();
-                if (method == 0)
-                    columns ? lapack::org2r(m, n, s.k, q.view(), tau, work.data())
-                            : lapack::orgl2(m, n, s.k, q.view(), tau, work.data());
-                else
-                    columns ? lapack::orgqr(m, n, s.k, q.view(), tau, work.data(), work.size())
-                            : lapack::orglq(m, n, s.k, q.view(), tau, work.data(), work.size());
-                EXPECT_TRUE(difference(q, expected) < 60 * unitRoundoff)
-                    << char(store) << m << 'x' << n << " k=" << s.k << " method " << method << ": "
-                    << difference(q, expected) / unitRoundoff;
-            }
+    combine({StoreV::columns, StoreV::rows},
+            {Size{1, 1, 1}, {5, 3, 0}, {9, 9, 4}, {40, 25, 25}, {50, 36, 34}, {150, 130, 90}, {100, 100, 100}},
+            {0, 1, 2, 3}) // unblocked, then with least, some and full work
+        .each([](StoreV store, const Size& s, int method) {
+            const bool columns = store == StoreV::columns;
+            const RandomReflectors<T> reflectors(Direct::forward, store, s.length, s.k);
+            const int m = columns ? s.length : s.lines, n = columns ? s.lines : s.length;
+            WideMatrix<T> expected(m, n, [](int i, int j) { return i == j ? 1 : 0; });
+            reflectors.q.apply(columns, !columns, expected);
+            Operand<T> q(m, n, m + 1);
+            q.set([&](int i, int j) { // only the vectors are read
+                const int place = columns ? i : j, line = columns ? j : i;
+                return line < s.k && place > line ? reflectors.v(i, j) : all_parts<T>(nan);
+            });
+            const std::int64_t full = columns ? lapack::orgqr_work<T>(m, n, s.k) : lapack::orglq_work<T>(m, n, s.k);
+            GuardedVector<T> work(method < 2 ? s.lines : method == 2 ? 7 * s.lines + 1 : int(full));
+            const T* const tau = reflectors.tau.data();
+            if (method == 0)
+                columns ? lapack::org2r(m, n, s.k, q.view(), tau, work.data())
+                        : lapack::orgl2(m, n, s.k, q.view(), tau, work.data());
+            else
+                columns ? lapack::orgqr(m, n, s.k, q.view(), tau, work.data(), work.size())
+                        : lapack::orglq(m, n, s.k, q.view(), tau, work.data(), work.size());
+            EXPECT_LT(difference(q, expected), 60 * unitRoundoff) << "length " << s.length << " k " << s.k;
+        });
 }
 
 // ---- Stops --------------------------------------------------------------------------------------------------------
@@ -294,25 +261,21 @@ void expect_told(std::vector<int> steps, int stopAt, const Factor& factor) {
 // Panel by panel, and once at the end. After a stop nothing more is done.
 TEST(QrProgress, ToldAfterEachPanelAndStops) {
     constexpr int m = 190, n = 180;
-    for (const int threads : {1, 2, 4})
-        for (const int stopAt : {0, 1, 3}) {
-            SCOPED_TRACE(threads);
-            const Operand<float> a = qr_matrix<float>(m, n);
-            QrResult<float> f(a, lapack::geqrf_serial_work<float>(m, n));
-            std::vector<int> expected{16, 32}; // what is left then goes column by column in the serial route
-            for (int step = 48; threads > 1 && step < n; step += 16)
-                expected.push_back(step);
-            if (threads > 1)
-                expected.push_back(n); // the last panel
-            expected.push_back(n);
-            expect_told(expected, stopAt, [&] {
-                if (threads == 1)
-                    lapack::geqrf_serial(m, n, f.a.view(), f.tau.data(), f.work.data(), f.work.size());
-                else
-                    EXPECT_TRUE(factor_on_team(f, threads, 16, 2));
-            });
-            EXPECT_EQ(same_bits(f.a(m - 1, n - 1), a(m - 1, n - 1)), stopAt == 1) << stopAt;
-        }
+    combine({1, 2, 4}, {0, 1, 3}).each([&](int threads, int stopAt) {
+        const Operand<float> a = qr_matrix<float>(m, n);
+        QrResult<float> f(a, lapack::geqrf_serial_work<float>(m, n));
+        std::vector<int> expected{16, 32}; // what is left then goes column by column in the serial route
+        for (int step = 48; threads > 1 && step < n; step += 16)
+            expected.push_back(step);
+        expected.insert(expected.end(), threads > 1 ? 2 : 1, n); // the last panel of a team
+        expect_told(expected, stopAt, [&] {
+            if (threads == 1)
+                lapack::geqrf_serial(m, n, f.a.view(), f.tau.data(), f.work.data(), f.work.size());
+            else
+                EXPECT_TRUE(factor_on_team(f, threads, 16, 2));
+        });
+        EXPECT_EQ(same_bits(f.a(m - 1, n - 1), a(m - 1, n - 1)), stopAt == 1);
+    });
 }
 
 TEST(QrProgress, ToldAfterEachStripOfHighMatrices) {

@@ -9,6 +9,7 @@
 
 #include "qrv/native.h"
 #include "support/call.hpp"
+#include "support/combine.hpp"
 #include "support/oracle.hpp"
 
 namespace qrv::test {
@@ -17,62 +18,56 @@ namespace {
 constexpr float numbers[] = {0, 1, -1, 3, -0.75F, 1e-20F, -1e-38F, 1e-45F, -3e38F, 1e30F, 0x1p-60F};
 
 TEST(Rotations, MakeTheSecondNumberZero) {
-    for (const float f : numbers)
-        for (const float g : numbers) {
-            float c, s, r;
-            SLARTG(&f, &g, &c, &s, &r);
-            const double cs = c, sn = s, size = std::hypot(double{f}, double{g});
-            EXPECT_LE(std::abs(cs * cs + sn * sn - 1), 4 * unitRoundoff) << f << ' ' << g;
-            EXPECT_LE(std::abs(cs * g - sn * f), 2 * unitRoundoff * size) << f << ' ' << g;
-            if (size > std::numeric_limits<float>::max()) {
-                EXPECT_TRUE(std::isinf(r)) << f << ' ' << g;
-                continue;
-            }
-            EXPECT_LE(std::abs(cs * f + sn * g - r), 3 * unitRoundoff * size + 0x1p-149) << f << ' ' << g;
-            if (f != 0 && g != 0) {
-                EXPECT_GT(std::abs(f) > std::abs(g) ? c : r, 0) << f << ' ' << g;
-            } else {
-                EXPECT_EQ(r, g == 0 ? f : g);
-            }
+    combine(numbers, numbers).each([](float f, float g) {
+        float c, s, r;
+        SLARTG(&f, &g, &c, &s, &r);
+        const double cs = c, sn = s, size = std::hypot(double{f}, double{g});
+        EXPECT_LE(std::abs(cs * cs + sn * sn - 1), 4 * unitRoundoff);
+        EXPECT_LE(std::abs(cs * g - sn * f), 2 * unitRoundoff * size);
+        if (size > std::numeric_limits<float>::max()) {
+            EXPECT_TRUE(std::isinf(r));
+            return;
         }
-    for (const float f : {1.0F, infinity, nan})
-        for (const float g : {infinity, nan})
-            for (const auto& [x, y] : {std::pair(f, g), {g, f}}) {
-                float c, s, r;
-                SLARTG(&x, &y, &c, &s, &r);
-                EXPECT_FALSE(std::isfinite(r)) << x << ' ' << y;
-            }
+        EXPECT_LE(std::abs(cs * f + sn * g - r), 3 * unitRoundoff * size + 0x1p-149);
+        if (f != 0 && g != 0)
+            EXPECT_GT(std::abs(f) > std::abs(g) ? c : r, 0);
+        else
+            EXPECT_EQ(r, g == 0 ? f : g);
+    });
+    combine({1.0F, infinity, nan}, {infinity, nan}).each([](float f, float g) {
+        for (const auto& [x, y] : {std::pair(f, g), {g, f}}) {
+            float c, s, r;
+            SLARTG(&x, &y, &c, &s, &r);
+            EXPECT_FALSE(std::isfinite(r));
+        }
+    });
 }
 
 // [f g; 0 h] against its decomposition and the values of the same matrix in double.
 TEST(Rotations, DecomposeATriangle) {
-    for (const float f : numbers)
-        for (const float g : numbers)
-            for (const float h : numbers) {
-                const double fa = std::abs(double{f}), ha = std::abs(double{h}), ga = g;
-                const double sum = std::hypot(fa + ha, ga), difference = std::hypot(fa - ha, ga),
-                             largest = (sum + difference) / 2, smallest = largest == 0 ? 0 : fa * ha / largest;
-                const auto near = [](double found, double expected) {
-                    return expected > std::numeric_limits<float>::max()
-                               ? std::isinf(found)
-                               : std::abs(found - expected) <= 4 * unitRoundoff * expected + 0x1p-149;
-                };
-                float least, most, snr, csr, snl, csl;
-                SLAS2(&f, &g, &h, &least, &most);
-                EXPECT_TRUE(near(least, smallest) && near(most, largest)) << f << ' ' << g << ' ' << h;
-                EXPECT_TRUE(least >= 0 && most >= 0);
-                SLASV2(&f, &g, &h, &least, &most, &snr, &csr, &snl, &csl);
-                EXPECT_TRUE(near(std::abs(least), smallest) && near(std::abs(most), largest))
-                    << f << ' ' << g << ' ' << h;
-                if (std::isinf(most))
-                    continue;
-                const double cl = csl, sl = snl, cr = csr, sr = snr, a = cl * f, b = cl * g + sl * h, c = -sl * f,
-                             d = cl * h - sl * g;
-                EXPECT_LE(std::abs(cl * cl + sl * sl - 1) + std::abs(cr * cr + sr * sr - 1), 8 * unitRoundoff);
-                for (const double error :
-                     {a * cr + b * sr - most, b * cr - a * sr, c * cr + d * sr, d * cr - c * sr - least})
-                    EXPECT_LE(std::abs(error), 8 * unitRoundoff * largest + 0x1p-148) << f << ' ' << g << ' ' << h;
-            }
+    combine(numbers, numbers, numbers).each([](float f, float g, float h) {
+        const double fa = std::abs(double{f}), ha = std::abs(double{h}), ga = g;
+        const double sum = std::hypot(fa + ha, ga), difference = std::hypot(fa - ha, ga),
+                     largest = (sum + difference) / 2, smallest = largest == 0 ? 0 : fa * ha / largest;
+        const auto near = [](double found, double expected) {
+            return expected > std::numeric_limits<float>::max()
+                       ? std::isinf(found)
+                       : std::abs(found - expected) <= 4 * unitRoundoff * expected + 0x1p-149;
+        };
+        float least, most, snr, csr, snl, csl;
+        SLAS2(&f, &g, &h, &least, &most);
+        EXPECT_TRUE(near(least, smallest) && near(most, largest));
+        EXPECT_TRUE(least >= 0 && most >= 0);
+        SLASV2(&f, &g, &h, &least, &most, &snr, &csr, &snl, &csl);
+        EXPECT_TRUE(near(std::abs(least), smallest) && near(std::abs(most), largest));
+        if (std::isinf(most))
+            return;
+        const double cl = csl, sl = snl, cr = csr, sr = snr, a = cl * f, b = cl * g + sl * h, c = -sl * f,
+                     d = cl * h - sl * g;
+        EXPECT_LE(std::abs(cl * cl + sl * sl - 1) + std::abs(cr * cr + sr * sr - 1), 8 * unitRoundoff);
+        for (const double error : {a * cr + b * sr - most, b * cr - a * sr, c * cr + d * sr, d * cr - c * sr - least})
+            EXPECT_LE(std::abs(error), 8 * unitRoundoff * largest + 0x1p-148);
+    });
 }
 
 // ---- Sequences ------------------------------------------------------------------------------------------------------
@@ -116,39 +111,27 @@ struct Sequences {
         const double allowed = 40 * unitRoundoff * std::sqrt(double(count) + lines);
         return a.count_bad([&](int i, int j, float x) { return std::abs(x - expected(i, j)) <= allowed; }) == 0;
     }
-    std::string name() const {
-        return std::string(1, letter(side)) + letter(direct) + ' ' + std::to_string(count) + " on " +
-               std::to_string(lines) + " of " + std::to_string(across);
-    }
 };
 
-// On either side, in either direction.
-template <class Body>
-void each_sequences(int lines, int across, int count, const Body& body) {
-    for (const Side side : {Side::left, Side::right})
-        for (const Direct direct : {Direct::forward, Direct::backward})
-            body(Sequences(side, direct, lines, across, count));
-}
-
+constexpr Side sides[] = {Side::left, Side::right};
+constexpr Direct directions[] = {Direct::forward, Direct::backward};
 constexpr SweepRoute routes[] = {SweepRoute::oneByOne, SweepRoute::skewed, SweepRoute::blocked,
                                  SweepRoute::blockedTeam};
 
 // Around one, two and more blocks, and where a block has no room for an element of all its lines.
-void expect_right(std::initializer_list<int> counts, std::initializer_list<int> lengths,
-                  std::initializer_list<int> teams) {
-    for (const int count : counts)
-        for (const int lines : {2, count, count + 1, 2 * count, 2 * count + 1, 3 * count, 3 * count + 1, 5 * count + 2})
-            for (const int across : lengths)
-                each_sequences(std::max(lines, 2), across, count, [&](Sequences q) {
-                    for (const SweepRoute route : routes)
-                        for (const int team : teams)
-                            EXPECT_TRUE(q.done_by([&](auto& a, auto& work) {
-                                lapack::apply_sweeps(
-                                    {q.side, q.direct, a.rows(), a.columns(), q.count, q.cs.view(), a.view()}, route,
-                                    team, work.data());
-                            })) << q.name()
-                                << " route " << static_cast<int>(route) << " team " << team;
-                });
+void expect_right(const std::vector<int>& counts, const std::vector<int>& lengths, const std::vector<int>& teams) {
+    combine(counts, lengths, sides, directions).each([&](int count, int across, Side side, Direct direct) {
+        for (const int lines :
+             {2, count, count + 1, 2 * count, 2 * count + 1, 3 * count, 3 * count + 1, 5 * count + 2}) {
+            Sequences q(side, direct, std::max(lines, 2), across, count);
+            combine(routes, teams).each([&](SweepRoute route, int team) {
+                EXPECT_TRUE(q.done_by([&](auto& a, auto& work) {
+                    lapack::apply_sweeps({side, direct, a.rows(), a.columns(), count, q.cs.view(), a.view()}, route,
+                                         team, work.data());
+                })) << q.lines;
+            });
+        }
+    });
 }
 
 TEST(Lasr3, SolutionsOnEveryRoute) {
@@ -161,22 +144,22 @@ TEST(Lasr3, Races) {
 
 // By address, where options are upper-case letters: others do nothing.
 TEST(Lasr3, OptionsInTheNativeForm) {
-    for (const int across : {20, 215})
-        each_sequences(30, across, 4, [&](Sequences q) {
-            const char side = letter(q.side), direct = letter(q.direct);
-            const auto call = [&](const char* pivot, const char* direction) {
-                return q.done_by([&](auto& a, auto& work) {
-                    int info = 5;
-                    test::call(qrv_lapack_slasr3, side, pivot, direction, a.rows(), a.columns(), q.count, q.cs, a, work,
-                               work.size(), &info);
-                    EXPECT_EQ(info, 5);
-                });
-            };
-            EXPECT_TRUE(call("Variable", &direct)) << q.name();
-            EXPECT_FALSE(call("v", &direct)) << q.name();
-            EXPECT_FALSE(call("T", &direct)) << q.name();
-            EXPECT_FALSE(call("V", direct == 'F' ? "f" : "b")) << q.name();
-        });
+    combine({20, 215}, sides, directions).each([](int across, Side s, Direct d) {
+        Sequences q(s, d, 30, across, 4);
+        const char side = letter(s), direct = letter(d);
+        const auto call = [&](const char* pivot, const char* direction) {
+            return q.done_by([&](auto& a, auto& work) {
+                int info = 5;
+                test::call(qrv_lapack_slasr3, side, pivot, direction, a.rows(), a.columns(), q.count, q.cs, a, work,
+                           work.size(), &info);
+                EXPECT_EQ(info, 5);
+            });
+        };
+        EXPECT_TRUE(call("Variable", &direct));
+        EXPECT_FALSE(call("v", &direct));
+        EXPECT_FALSE(call("T", &direct));
+        EXPECT_FALSE(call("V", direct == 'F' ? "f" : "b"));
+    });
 }
 
 } // namespace

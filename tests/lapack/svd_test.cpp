@@ -1,9 +1,11 @@
 // Singular values of bidiagonal matrices by QR iteration and by divide and conquer.
+#include <functional>
 #include <gtest/gtest.h>
 
 #include "lapack/calls/svd.hpp"
 #include "qrv/native.h"
 #include "support/call.hpp"
+#include "support/combine.hpp"
 #include "support/known_values.hpp"
 #include "support/oracle.hpp"
 #include "support/teams.hpp"
@@ -30,46 +32,41 @@ struct BidiagonalMatrix {
 
 // With `beyond` more elements beside the diagonal than a square has.
 std::vector<BidiagonalMatrix> matrices(int n, char uplo, int beyond = 0) {
-    std::vector<BidiagonalMatrix> list;
-    const auto add = [&](const char* name, const auto& diagonal, const auto& beside) {
-        BidiagonalMatrix b{name, uplo, {}, {}};
-        for (int i = 0; i < n; ++i)
-            b.d.push_back(static_cast<float>(diagonal(i)));
-        for (int i = 0; i + 1 < n + beyond; ++i)
-            b.e.push_back(static_cast<float>(beside(i)));
-        list.push_back(b);
-    };
     std::mt19937 random(static_cast<unsigned>(n));
     const auto any = [&](int) { return any_size_one<float>(random); };
     const auto one = [](int) { return 1.0; };
     const auto zero = [](int) { return 0.0; };
-    add("random", any, any);
-    add("zero", zero, zero);
-    add("ones", one, one);
-    add(
-        "strong middle", [n](int i) { return i == n / 2 ? 1 : 0.1; }, [n](int i) { return i == n / 2 ? 1 : 0.1; });
-    add("equal, nearly diagonal", one, [&](int i) { return 1e-7 * any(i); });
-    add("equal, hardly coupled", one, [](int) { return 60 * unitRoundoff; });
-    add(
-        "graded", [n](int i) { return std::pow(10.0, -8.0 * i / n); },
-        [n](int i) { return std::pow(10.0, -8.0 * i / n); });
-    add(
-        "graded upward", [n](int i) { return std::pow(2.0, (i - n) / 2.0); }, any);
-    add("in parts", any, [&](int i) { return i % 7 == 3 ? 0.0F : any(i); });
-    add(
-        "zero inside", [&](int i) { return i == n / 2 ? 0 : any(i); }, any);
-    add(
-        "repeated", [](int i) { return 1.0 + i / 3; }, [](int) { return 1e-5; });
-    add(
-        "close", [](int i) { return 1 + i * 1.2e-7; }, [](int) { return 1e-3; });
-    add(
-        "of all sizes", [&](int i) { return std::exp(30 * any(i)); }, [&](int i) { return std::exp(30 * any(i)); });
-    add(
-        "rank one", [](int i) { return i == 0; }, [](int i) { return i == 0; });
-    add(
-        "tiny", [&](int i) { return 1e-30F * any(i); }, [&](int i) { return 1e-30F * any(i); });
-    add(
-        "huge", [&](int i) { return 1e30F * any(i); }, [&](int i) { return 1e30F * any(i); });
+    const auto only = [](int place, double rest) { return [=](int i) { return i == place ? 1 : rest; }; };
+    const auto falling = [n](int i) { return std::pow(10.0, -8.0 * i / n); };
+    const auto times = [&](double size) { return [&any, size](int i) { return size * any(i); }; };
+    const auto ofAllSizes = [&](int i) { return std::exp(30 * any(i)); };
+    const struct {
+        const char* name;
+        std::function<double(int)> d, e;
+    } kinds[] = {{"random", any, any},
+                 {"zero", zero, zero},
+                 {"ones", one, one},
+                 {"strong middle", only(n / 2, 0.1), only(n / 2, 0.1)},
+                 {"equal, nearly diagonal", one, times(1e-7)},
+                 {"equal, hardly coupled", one, [](int) { return 60 * unitRoundoff; }},
+                 {"graded", falling, falling},
+                 {"graded upward", [n](int i) { return std::pow(2.0, (i - n) / 2.0); }, any},
+                 {"in parts", any, [&](int i) { return i % 7 == 3 ? 0.0F : any(i); }},
+                 {"zero inside", [&](int i) { return i == n / 2 ? 0 : any(i); }, any},
+                 {"repeated", [](int i) { return 1.0 + i / 3; }, [](int) { return 1e-5; }},
+                 {"close", [](int i) { return 1 + i * 1.2e-7; }, [](int) { return 1e-3; }},
+                 {"of all sizes", ofAllSizes, ofAllSizes},
+                 {"rank one", only(0, 0), only(0, 0)},
+                 {"tiny", times(1e-30), times(1e-30)},
+                 {"huge", times(1e30), times(1e30)}};
+    std::vector<BidiagonalMatrix> list;
+    for (const auto& kind : kinds) {
+        BidiagonalMatrix& b = list.emplace_back(BidiagonalMatrix{kind.name, uplo, {}, {}});
+        for (int i = 0; i < n; ++i)
+            b.d.push_back(static_cast<float>(kind.d(i)));
+        for (int i = 0; i + 1 < n + beyond; ++i)
+            b.e.push_back(static_cast<float>(kind.e(i)));
+    }
     return list;
 }
 
@@ -227,159 +224,139 @@ TEST(BidiagonalSvd, MergesAreTheirSteps) {
 
 // ---- Factors of vectors, multiplied out -----------------------------------------------------------------------------
 
-using Columns = std::vector<std::vector<double>>;
+using Wide = WideMatrix<float>;
 
-void turn(std::vector<double>& x, std::vector<double>& y, double c, double s) {
-    for (std::size_t i = 0; i < x.size(); ++i) {
-        const double other = x[i];
-        x[i] = c * other + s * y[i];
-        y[i] = c * y[i] - s * other;
-    }
+// Columns i and j of X.
+void turn(Wide& x, int i, int j, double c, double s) {
+    x = x * Wide(x.columns, x.columns, [=](int row, int column) {
+            if (row == column)
+                return row == i || row == j ? c : 1;
+            return row == j && column == i ? s : row == i && column == j ? -s : 0;
+        });
 }
 
 // Columns first to first + n of U, and one more of V if `longer`: those of the parts become those of the whole.
-void multiply_by_merge(const lapack::CompactMerge& f, int first, int nl, int n, bool longer, Columns& u, Columns& v) {
-    const auto at = [&](int i) { return std::size_t(first + i); };
-    std::fill(u[at(nl)].begin(), u[at(nl)].end(), 0.0);
-    u[at(nl)][at(nl)] = 1;
+void multiply_by_merge(const lapack::CompactMerge& f, int first, int nl, int n, bool longer, Wide& u, Wide& v) {
     for (int r = 0; r < *f.givptr; ++r)
-        for (Columns* x : {&u, &v})
-            turn((*x)[at(f.givcol(r, 1) - 1)], (*x)[at(f.givcol(r, 0) - 1)], f.givnum(r, 1), f.givnum(r, 0));
+        for (Wide* x : {&u, &v})
+            turn(*x, first + f.givcol(r, 1) - 1, first + f.givcol(r, 0) - 1, f.givnum(r, 1), f.givnum(r, 0));
     if (longer)
-        turn(v[at(n)], v[at(nl)], *f.c, *f.s);
-    const Columns oldU = u, oldV = v;
-    for (int j = 0; j < n; ++j)
-        u[at(j)] = oldU[at(f.perm[j] - 1)], v[at(j)] = oldV[at(f.perm[j] - 1)];
-    const Columns keptU = u, keptV = v;
+        turn(v, first + n, first + nl, *f.c, *f.s);
+    const Wide places(u.columns, u.columns, [&](int i, int j) {
+        return i == (j >= first && j < first + n ? first + f.perm[j - first] - 1 : j) ? 1.0 : 0.0;
+    });
+    Wide left = identity<float>(u.columns), right = left;
     for (int j = 0; j < *f.k; ++j) {
-        std::vector<double> left, right;
+        const std::size_t column = left.at(first, first + j);
         double leftSquares = 0, rightSquares = 0;
         for (int i = 0; i < *f.k; ++i) {
             const double pole = f.poles(i, 1), beyond = pole - f.poles(i <= j ? j : j + 1, 1),
                          difference = beyond - (i <= j ? f.difl[j] : f.difr(j, 0));
-            right.push_back(*f.k == 1 ? 1 : f.z[i] / difference / (pole + f.poles(j, 0)));
-            left.push_back(*f.k == 1 ? (f.z[0] < 0 ? -1 : 1) : i == 0 ? -1 : pole * right.back());
-            leftSquares += left.back() * left.back(), rightSquares += right.back() * right.back();
+            double &l = left.values[column + std::size_t(i)], &r = right.values[column + std::size_t(i)];
+            r = *f.k == 1 ? 1 : f.z[i] / difference / (pole + f.poles(j, 0));
+            l = *f.k == 1 ? (f.z[0] < 0 ? -1 : 1) : i == 0 ? -1 : pole * r;
+            leftSquares += l * l, rightSquares += r * r;
         }
         EXPECT_NEAR(f.difr(j, 1) / std::sqrt(rightSquares), 1, 1e-5);
-        for (std::size_t row = 0; row < v[0].size(); ++row) {
-            double sumU = 0, sumV = 0;
-            for (int i = 0; i < *f.k; ++i) {
-                sumV += keptV[at(i)][row] * right[std::size_t(i)];
-                if (row < u[0].size())
-                    sumU += keptU[at(i)][row] * left[std::size_t(i)];
-            }
-            v[at(j)][row] = sumV / std::sqrt(rightSquares);
-            if (row < u[0].size())
-                u[at(j)][row] = sumU / std::sqrt(leftSquares);
-        }
+        for (std::size_t i = column; i < column + std::size_t(*f.k); ++i)
+            left.values[i] /= std::sqrt(leftSquares), right.values[i] /= std::sqrt(rightSquares);
     }
+    u = u * places * left, v = v * places * right;
 }
 
-// The vectors of n rows from `first` on.
-void multiply_out(const lapack::CompactForm& f, int leaf, int first, int n, bool longer, Columns& u, Columns& v) {
-    const auto of_leaf = [&](int row, int size, bool leafLonger) {
-        for (int j = 0; j < size + leafLonger; ++j)
-            for (int i = 0; i < size + leafLonger; ++i) {
-                v[std::size_t(first + row + j)][std::size_t(first + row + i)] = f.vt(row + j, i);
+// The vectors of n rows from `first` on, where U and V are the identity.
+void multiply_out(const lapack::CompactForm& f, int leaf, int first, int n, Wide& u, Wide& v) {
+    const auto of_leaf = [&](int row, int size, bool longer) {
+        for (int j = 0; j < size + longer; ++j)
+            for (int i = 0; i < size + longer; ++i) {
+                v.values[v.at(first + row + i, first + row + j)] = f.vt(row + j, i);
                 if (i < size && j < size)
-                    u[std::size_t(first + row + j)][std::size_t(first + row + i)] = f.u(row + i, j);
+                    u.values[u.at(first + row + i, first + row + j)] = f.u(row + i, j);
             }
     };
     if (n <= leaf)
-        return of_leaf(0, n, longer);
+        return of_leaf(0, n, false);
     std::vector<int> center(static_cast<std::size_t>(n)), left(center), right(center);
     const lapack::DivisionTree tree = lapack::lasdt(n, center.data(), left.data(), right.data(), leaf);
     for (int level = tree.levels - 1; level >= 0; --level)
         for (int p = (1 << level) - 1, end = 2 * p + 1, number = end; p < end; ++p, --number) {
             const auto at = std::size_t(p);
             const int row = center[at] - 1, nl = left[at], nr = right[at];
-            const bool ownLonger = p < end - 1 || longer;
+            const bool longer = p < end - 1;
             if (level == tree.levels - 1) {
                 of_leaf(row - nl, nl, true);
-                of_leaf(row + 1, nr, ownLonger);
+                of_leaf(row + 1, nr, longer);
             }
-            multiply_by_merge(f.merge(true, row - nl, level, number - 1), first + row - nl, nl, nl + nr + 1, ownLonger,
-                              u, v);
+            multiply_by_merge(f.merge(true, row - nl, level, number - 1), first + row - nl, nl, nl + nr + 1, longer, u,
+                              v);
         }
-}
-
-Columns zeros(int n) {
-    return Columns(std::size_t(n), std::vector<double>(std::size_t(n)));
 }
 
 // SBDSDC's, in arrays of exactly the published lengths.
 TEST(BidiagonalSvd, ResidualOfCompactForm) {
     const int s = 25;
-    for (const int n : {1, 2, 25, 26, 40, 52, 110})
-        for (const char uplo : {'U', 'L'})
-            for (const BidiagonalMatrix& b : matrices(n, uplo)) {
-                const int logarithm = static_cast<int>(std::log2(n / (s + 1.0)));
-                std::vector<float> d = b.d, e = b.e;
-                GuardedVector<float> q(n * (11 + 2 * s + 8 * logarithm)), work(6 * n);
-                std::vector<int> iq(static_cast<std::size_t>(std::max(0, n * (3 + 3 * logarithm)))),
-                    iwork(8 * d.size());
-                EXPECT_EQ(call(SBDSDC, uplo, 'P', n, d, e, nullptr, 1, nullptr, 1, q, iq, work, iwork), 0)
-                    << b.name << n;
-                EXPECT_TRUE(is_descending(d)) << b.name << n;
-                Columns u = zeros(n), v = zeros(n);
-                std::vector<std::size_t> order;
-                const Matrix<float> columns{q.data(), n};
-                const auto from = [&](int first, int column) { return columns.block(first, column); };
-                if (n <= s)
-                    multiply_out({from(0, 0), from(0, n), {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}}, s, 0, n, false,
-                                 u, v);
-                for (int first = 0; n > s && first < n;) {
-                    const float* const part = columns.column(2 * s + 1) + first;
-                    const int size = int(part[0]), l = logarithm + 1,
-                              nodes = size > s ? (1 << lapack::division_levels(size, s)) - 1 : 0;
-                    std::vector<int> k(part + 1 + 2 * nodes, part + 1 + 3 * nodes),
-                        givptr(part + 1 + 3 * nodes, part + 1 + 4 * nodes);
-                    std::vector<float> c(part + 1, part + 1 + nodes), sines(part + 1 + nodes, part + 1 + 2 * nodes);
-                    const int next = 2 * s + 3;
-                    int *const columnsOfPairs = &iq[std::size_t(l * n + first)], *const places =
-                                                                                     &iq[std::size_t(first)];
-                    const lapack::CompactForm factors{from(first, 0),
-                                                      from(first, s),
-                                                      k.data(),
-                                                      from(first, next),
-                                                      from(first, next + l),
-                                                      from(first, next + 3 * l),
-                                                      from(first, next + 4 * l),
-                                                      givptr.data(),
-                                                      {columnsOfPairs, n},
-                                                      {places, n},
-                                                      from(first, next + 6 * l),
-                                                      c.data(),
-                                                      sines.data()};
-                    multiply_out(factors, s, first, size, false, u, v);
-                    first += std::max(1, size);
+    combine({1, 2, 25, 26, 40, 52, 110}, "UL").each([](int n, char uplo) {
+        for (const BidiagonalMatrix& b : matrices(n, uplo)) {
+            SCOPED_TRACE(b.name);
+            const int logarithm = static_cast<int>(std::log2(n / (s + 1.0))), l = logarithm + 1;
+            std::vector<float> d = b.d, e = b.e;
+            GuardedVector<float> q(n * (11 + 2 * s + 8 * logarithm)), work(6 * n);
+            std::vector<int> iq(static_cast<std::size_t>(std::max(0, n * (3 + 3 * logarithm)))), iwork(8 * d.size());
+            EXPECT_EQ(call(SBDSDC, uplo, 'P', n, d, e, nullptr, 1, nullptr, 1, q, iq, work, iwork), 0);
+            EXPECT_TRUE(is_descending(d));
+            Wide u = identity<float>(n), v = u;
+            const Matrix<float> columns{q.data(), n};
+            for (int first = 0; first < n;) {
+                const auto from = [&](int column) { return columns.block(first, column); };
+                if (n <= s) {
+                    multiply_out({from(0), from(n), {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}}, s, 0, n, u, v);
+                    break;
                 }
-                for (int i = 0; i < n; ++i)
-                    order.push_back(n > s ? std::size_t(columns(i, 2 * s + 2)) - 1 : std::size_t(i));
-                const Columns &left = uplo == 'U' ? u : v, &right = uplo == 'U' ? v : u;
-                const WideMatrix<float> wholeU(
-                    n, n, [&](int i, int j) { return left[order[std::size_t(j)]][std::size_t(i)]; }),
-                    wholeVt(n, n, [&](int i, int j) { return right[order[std::size_t(i)]][std::size_t(j)]; });
-                EXPECT_LT(svd_error(b.wide(n, n), wholeU, d, wholeVt), 20) << b.name << ' ' << uplo << n;
+                const float* const part = columns.column(2 * s + 1) + first;
+                const int size = int(part[0]), nodes = size > s ? (1 << lapack::division_levels(size, s)) - 1 : 0;
+                const float *const c = part + 1, *const sines = c + nodes, *const counts = sines + nodes;
+                std::vector<int> k(counts, counts + nodes), givptr(counts + nodes, counts + 2 * nodes);
+                std::vector<float> cosines(c, sines), sinesOfIt(sines, counts);
+                const int next = 2 * s + 3;
+                multiply_out({from(0),
+                              from(s),
+                              k.data(),
+                              from(next),
+                              from(next + l),
+                              from(next + 3 * l),
+                              from(next + 4 * l),
+                              givptr.data(),
+                              {&iq[std::size_t(l * n + first)], n},
+                              {&iq[std::size_t(first)], n},
+                              from(next + 6 * l),
+                              cosines.data(),
+                              sinesOfIt.data()},
+                             s, first, size, u, v);
+                first += std::max(1, size);
             }
+            const auto place = [&](int j) { return n > s ? int(columns(j, 2 * s + 2)) - 1 : j; };
+            const Wide &left = uplo == 'U' ? u : v, &right = uplo == 'U' ? v : u,
+                       wholeU(n, n, [&](int i, int j) { return left(i, place(j)); }),
+                       wholeVt(n, n, [&](int i, int j) { return right(j, place(i)); });
+            EXPECT_LT(svd_error(b.wide(n, n), wholeU, d, wholeVt), 20);
+        }
+    });
 }
 
 TEST(BidiagonalSvd, RootOfThreePoles) {
     const float z[] = {0.3F, 0.2F, 0.5F};
-    for (const int last : {0, 1})
-        for (const float rho : {-2.0F, -0.1F, 0.0F, 0.3F, 5.0F})
-            for (const float gap : {1e-4F, 0.1F, 0.9F}) { // of 0 from the pole below it
-                const float d[] = {last ? -2 : -gap, last ? -gap : 1 - gap, last ? 1 - gap : 2};
-                const auto value_at = [&](double x) {
-                    return rho + z[0] / (d[0] - x) + z[1] / (d[1] - x) + z[2] / (d[2] - x);
-                };
-                float tau = nan;
-                EXPECT_EQ(call(SLAED6, 2, last, rho, d, z, static_cast<float>(value_at(0)), &tau), 0);
-                EXPECT_TRUE(tau > d[last] && tau < d[last + 1]);
-                const double near = 1e-5 * std::min(tau - d[last], d[last + 1] - tau); // it grows from pole to pole
-                EXPECT_TRUE(value_at(tau - near) < 0 && value_at(tau + near) > 0) << last << ' ' << rho << ' ' << gap;
-            }
+    combine({0, 1}, {-2.0F, -0.1F, 0.0F, 0.3F, 5.0F}, {1e-4F, 0.1F, 0.9F}) // the gap of 0 from the pole below it
+        .each([&](int last, float rho, float gap) {
+            const float d[] = {last ? -2 : -gap, last ? -gap : 1 - gap, last ? 1 - gap : 2};
+            const auto value_at = [&](double x) {
+                return rho + z[0] / (d[0] - x) + z[1] / (d[1] - x) + z[2] / (d[2] - x);
+            };
+            float tau = nan;
+            EXPECT_EQ(call(SLAED6, 2, last, rho, d, z, static_cast<float>(value_at(0)), &tau), 0);
+            EXPECT_TRUE(tau > d[last] && tau < d[last + 1]);
+            const double near = 1e-5 * std::min(tau - d[last], d[last + 1] - tau); // it grows from pole to pole
+            EXPECT_TRUE(value_at(tau - near) < 0 && value_at(tau + near) > 0);
+        });
 }
 
 TEST(BidiagonalSvd, TreesHalveTheirRows) {

@@ -6,6 +6,7 @@
 
 #include "qrv/native.h"
 #include "support/call.hpp"
+#include "support/combine.hpp"
 #include "support/known_values.hpp"
 #include "support/reduced.hpp"
 #include "support/teams.hpp"
@@ -18,24 +19,22 @@ constexpr double ulp = 2 * unitRoundoff;
 // A dense symmetric matrix in double, and as a routine takes it.
 struct Symmetric {
     int n;
-    double norm = 0; // largest sum over a column
-    std::vector<double> a;
+    Operand<float> a;                // one triangle
+    double norm;                     // largest sum over a column
     std::vector<double> eigenvalues; // ascending
 
-    explicit Symmetric(const Spectrum& s) : n(static_cast<int>(s.values.size())), eigenvalues(s.values) {
+    explicit Symmetric(const Spectrum& s)
+        : n(static_cast<int>(s.values.size())), a(Form{n, n, Form::symmetric, 'L'}, {}), eigenvalues(s.values) {
         std::mt19937 random(9);
-        a = symmetric_matrix(s.values, random);
-        for (int j = 0; j < n; ++j)
-            for (int i = 0; i < n; ++i)
-                a[at(j, i)] = a[at(i, j)] = static_cast<float>(a[at(i, j)]);
+        const WideMatrix<float> exact(n, n, symmetric_matrix(s.values, random));
+        a.set([&](int i, int j) { return static_cast<float>(exact(i, j)); });
         norm = test::norm(wide(), 'O');
         std::sort(eigenvalues.begin(), eigenvalues.end());
     }
-    std::size_t at(int i, int j) const { return std::size_t(i) + std::size_t(n) * std::size_t(j); }
-    WideMatrix<float> wide() const { return {n, n, a}; }
+    WideMatrix<float> wide() const { return WideMatrix<float>(a); }
     Operand<float> stored(char uplo, int extra = 3) const {
         Operand<float> x(Form{n, n, Form::symmetric, uplo}, Layout{extra});
-        return x.set([&](int i, int j) { return static_cast<float>(a[at(i, j)]); });
+        return x.set([&](int i, int j) { return static_cast<float>(a.entry(i, j)); });
     }
 };
 
@@ -53,19 +52,11 @@ struct Reduction {
         EXPECT_EQ(call(SSYTRD, uplo, n, a, d, e, tau, work, work.size()), 0);
         EXPECT_EQ(call(SORMTR, 'L', uplo, 'N', n, n, a, tau, q, more, least), 0);
     }
-    WideMatrix<float> tridiagonal() const {
-        const int n = a.rows();
-        return {n, n, [&](int i, int j) {
-                    return i == j ? widen(d[i]) : std::abs(i - j) == 1 ? widen(e[std::min(i, j)]) : 0;
-                }};
-    }
 };
 
-void expect_reduced(const Symmetric& s, char uplo, bool leastWork, const std::string& what) {
+void expect_reduced(const Symmetric& s, char uplo, bool leastWork) {
     const Reduction r(s, uplo, leastWork);
-    const WideMatrix<float> q(r.q);
-    EXPECT_LE(similarity_error(s.wide(), q, r.tridiagonal()), 5) << what << ' ' << s.n << ' ' << uplo;
-    EXPECT_LE(orthogonality_error(q), 5) << what << ' ' << s.n << ' ' << uplo;
+    expect_similar(s.wide(), WideMatrix<float>(r.q), tridiagonal_matrix(r.d, r.e), 5);
     for (int i = 0; i < s.n; ++i) { // T stands in the triangle too
         EXPECT_EQ(r.a(i, i), r.d[i]);
         EXPECT_TRUE(i == s.n - 1 || (uplo == 'U' ? r.a(i, i + 1) : r.a(i + 1, i)) == r.e[i]);
@@ -76,38 +67,30 @@ void expect_reduced(const Symmetric& s, char uplo, bool leastWork, const std::st
 // Around panels and the crossover, with work for panels and without.
 TEST(SymmetricReduction, Residual) {
     const ForcedTeam alone(1);
-    for (const int n : {0, 1, 2, 3, 31, 32, 33, 100, 250, 251, 271, 300})
-        for (const char uplo : {'U', 'L'})
-            for (const bool leastWork : {false, true}) {
-                if (leastWork && n > 250 && n != 271)
-                    continue;
-                expect_reduced(Symmetric(spectra(n)[1]), uplo, leastWork, "");
-            }
-    for (const Spectrum& s : spectra(60))
-        for (const double scale : {1.0, 0x1p60, 0x1p-60})
-            for (const char uplo : {'U', 'L'})
-                expect_reduced(Symmetric(times(scale, s)), uplo, false, s.name);
+    combine({0, 1, 2, 3, 31, 32, 33, 100, 250, 251, 271, 300}, {false, true}, "UL")
+        .each([](int n, bool leastWork, char uplo) {
+            if (!leastWork || n <= 250 || n == 271)
+                expect_reduced(Symmetric(spectra(n)[1]), uplo, leastWork);
+        });
+    combine({1.0, 0x1p60, -0x1p-60}, "UL", spectra(60)).each([](double scale, char uplo, const Spectrum& s) {
+        expect_reduced(Symmetric(times(scale, s)), uplo, false);
+    });
 }
 
 // Q applied from both sides, transposed or not: all agree with Q itself.
 TEST(SymmetricReduction, ProductsWithQSolutions) {
     std::mt19937 random(7);
-    for (const int n : {1, 2, 30, 70})
-        for (const char uplo : {'U', 'L'}) {
-            const Reduction r(Symmetric(spectra(n)[1]), uplo, false);
-            for (const char side : {'L', 'R'})
-                for (const char trans : {'N', 'T'}) {
-                    const int other = 5, m = side == 'L' ? n : other, k = side == 'L' ? other : n;
-                    Operand<float> c(m, k, m + 2);
-                    c.fill_random(random);
-                    const WideMatrix<float> q(r.q, trans), before(c);
-                    const Expected<float> expected =
-                        side == 'L' ? product(1.0, q, before, 0.0, c) : product(1.0, before, q, 0.0, c);
-                    std::vector<float> work(100 * other);
-                    EXPECT_EQ(call(SORMTR, side, uplo, trans, m, k, r.a, r.tau, c, work, 100 * other), 0);
-                    EXPECT_TRUE(expected.error(c) <= 20) << n << side << uplo << trans;
-                }
-        }
+    combine({1, 2, 30, 70}, "UL", "LR", "NT").each([&](int n, char uplo, char side, char trans) {
+        const Reduction r(Symmetric(spectra(n)[1]), uplo, false);
+        const int other = 5, m = side == 'L' ? n : other, k = side == 'L' ? other : n;
+        Operand<float> c(m, k, m + 2);
+        c.fill_random(random);
+        const WideMatrix<float> q(r.q, trans), before(c);
+        const auto expected = side == 'L' ? product(1.0, q, before, 0.0, c) : product(1.0, before, q, 0.0, c);
+        std::vector<float> work(100 * other);
+        EXPECT_EQ(call(SORMTR, side, uplo, trans, m, k, r.a, r.tau, c, work, 100 * other), 0);
+        EXPECT_TRUE(expected.error(c) <= 20);
+    });
 }
 
 // SSYEVR in guarded memory.
@@ -154,43 +137,36 @@ void expect_eigen(const Symmetric& s, const Eigen& x, bool vectors, int first, i
 }
 
 TEST(SymmetricEigen, Residual) {
-    for (const int n : {1, 2, 3, 25, 100})
-        for (const Spectrum& kind : spectra(n))
-            for (const double scale : {1.0, 0x1p60, -0x1p-60}) {
-                if (n == 100 && scale > 1)
-                    continue;
-                const Symmetric s(times(scale, kind));
-                for (const char uplo : {'U', 'L'}) {
-                    const std::string what = kind.name + ' ' + std::to_string(n) + uplo + std::to_string(scale);
-                    expect_eigen(s, Eigen(s, 'V', 'A', uplo, 0, 0, 0, 0, uplo == 'L'), true, 0, n, what);
-                    expect_eigen(s, Eigen(s, 'N', 'A', uplo, 0, 0, 0, 0, uplo == 'U'), false, 0, n, what);
-                }
-            }
+    combine({1, 2, 3, 25, 100}, {1.0, 0x1p60, -0x1p-60}, "UL").each([](int n, double scale, char uplo) {
+        for (const Spectrum& kind : spectra(n)) {
+            if (n == 100 && scale > 1)
+                continue;
+            const Symmetric s(times(scale, kind));
+            expect_eigen(s, Eigen(s, 'V', 'A', uplo, 0, 0, 0, 0, uplo == 'L'), true, 0, n, kind.name);
+            expect_eigen(s, Eigen(s, 'N', 'A', uplo, 0, 0, 0, 0, uplo == 'U'), false, 0, n, kind.name);
+        }
+    });
 }
 
 TEST(SymmetricEigen, ByIndexAndIntervalResidual) {
-    for (const int n : {1, 2, 3, 25, 60})
+    combine({1, 2, 3, 25, 60}, "VN", "UL").each([](int n, char jobz, char uplo) {
         for (const Spectrum& kind : {spectra(n)[1], spectra(n)[2], spectra(n)[6], times(0x1p60, spectra(n)[1])}) {
             const Symmetric s(kind);
-            for (const char jobz : {'V', 'N'})
-                for (const char uplo : {'U', 'L'}) {
-                    for (const auto& [il, iu] :
-                         {std::pair{1, 1}, {n, n}, {1, n}, {(n + 1) / 2, std::max(1, 3 * n / 4)}})
-                        if (il <= iu)
-                            expect_eigen(s, Eigen(s, jobz, 'I', uplo, 0, 0, il, iu, true), jobz == 'V', il - 1,
-                                         iu - il + 1, kind.name + " by index " + std::to_string(n));
-                    // From below the second value to above the last but one.
-                    if (n < 3)
-                        continue;
-                    const auto& v = s.eigenvalues;
-                    const auto last = std::size_t(n - 1);
-                    const auto from = static_cast<float>((v[0] + v[1]) / 2);
-                    const auto to = static_cast<float>((v[last] + v[last - 1]) / 2);
-                    if (v[1] - v[0] > 1e-4 * s.norm && v[last] - v[last - 1] > 1e-4 * s.norm)
-                        expect_eigen(s, Eigen(s, jobz, 'V', uplo, from, to), jobz == 'V', 1, n - 2,
-                                     kind.name + " by interval " + std::to_string(n));
-                }
+            for (const auto& [il, iu] : {std::pair{1, 1}, {n, n}, {1, n}, {(n + 1) / 2, std::max(1, 3 * n / 4)}})
+                if (il <= iu)
+                    expect_eigen(s, Eigen(s, jobz, 'I', uplo, 0, 0, il, iu, true), jobz == 'V', il - 1, iu - il + 1,
+                                 kind.name + " by index");
+            if (n < 3)
+                continue;
+            // From below the second value to above the last but one.
+            const auto& v = s.eigenvalues;
+            const auto last = std::size_t(n - 1);
+            const auto from = static_cast<float>((v[0] + v[1]) / 2),
+                       to = static_cast<float>((v[last] + v[last - 1]) / 2);
+            if (v[1] - v[0] > 1e-4 * s.norm && v[last] - v[last - 1] > 1e-4 * s.norm)
+                expect_eigen(s, Eigen(s, jobz, 'V', uplo, from, to), jobz == 'V', 1, n - 2, kind.name + " by interval");
         }
+    });
 }
 
 TEST(SymmetricEigen, OfOneRow) {
@@ -235,8 +211,7 @@ TEST(SymmetricEigen, WithToleranceResidual) {
     std::mt19937 random(1);
     int failed = 0;
     for (int turn = 0; turn < 6 && failed == 0; ++turn) {
-        for (double& x : crude.a)
-            x = 0x1p60 * any_size_one<float>(random);
+        crude.a.set([&](int, int) { return 0x1p60F * any_size_one<float>(random); });
         const Eigen x(crude, 'V', 'I', 'L', 0, 0, 2, 200, false, 0x1p120F);
         EXPECT_EQ(x.m, 199);
         failed = x.info;

@@ -4,6 +4,7 @@
 
 #include "qrv/native.h"
 #include "support/call.hpp"
+#include "support/combine.hpp"
 #include "support/oracle.hpp"
 
 namespace qrv::test {
@@ -47,14 +48,6 @@ Operand<T> triangular_matrix(char uplo, char diag, int n, TriangleKind kind = Tr
     return a.set(element);
 }
 
-// Both triangles with both diagonals: each(uplo, diag).
-template <class Each>
-void each_triangle_shape(const Each& each) {
-    for (const char uplo : {'U', 'L'})
-        for (const char diag : {'N', 'U'})
-            each(uplo, diag);
-}
-
 // |A X - scale B| by elements over the roundings of a backward stable solve: |A| |X| times the length of the sums.
 // Elements that underflow are off by the smallest float.
 template <class T>
@@ -88,16 +81,15 @@ float rcond_of(const Operand<T>& t, char norm) {
 }
 
 TEST_OF_ELEMENTS(Triangular, Inverse) {
-    for (const auto routine : {routine_for<T>(STRTRI, CTRTRI), routine_for<T>(STRTI2, CTRTI2)})
-        for (const int n : {1, 2, 5, 63, 64, 65, 128, 150})
-            each_triangle_shape([&](char uplo, char diag) {
-                const Operand<T> t = triangular_matrix<T>(uplo, diag, n);
-                Operand<T> x(t);
-                EXPECT_EQ(call(routine, uplo, diag, n, x), 0);
-                EXPECT_TRUE(product<T>(1, WideMatrix<T>(t), WideMatrix<T>(x), -1, identity_operand<T>(n))
-                                .error(Operand<T>(n, n, n).fill(0)) <= 1)
-                    << uplo << diag << n;
-            });
+    combine({routine_for<T>(STRTRI, CTRTRI), routine_for<T>(STRTI2, CTRTI2)}, {1, 2, 5, 63, 64, 65, 128, 150}, "UL",
+            "NU")
+        .each([](auto* routine, int n, char uplo, char diag) {
+            const Operand<T> t = triangular_matrix<T>(uplo, diag, n);
+            Operand<T> x(t);
+            EXPECT_EQ(call(routine, uplo, diag, n, x), 0);
+            EXPECT_TRUE(product<T>(1, WideMatrix<T>(t), WideMatrix<T>(x), -1, identity_operand<T>(n))
+                            .error(Operand<T>(n, n, n).fill(0)) <= 1);
+        });
 }
 
 TEST_OF_ELEMENTS(Triangular, ZeroOnTheDiagonal) {
@@ -121,48 +113,42 @@ TEST_OF_ELEMENTS(Triangular, ZeroOnTheDiagonal) {
 }
 
 TEST_OF_ELEMENTS(Triangular, Solutions) {
-    for (const auto& [n, nrhs] : {std::pair{0, 2}, {2, 0}, {1, 1}, {33, 5}, {130, 9}})
-        for (const char trans : {'N', 'T', 'C'})
-            each_triangle_shape([&, order = n, columns = nrhs](char uplo, char diag) {
-                const Operand<T> t = triangular_matrix<T>(uplo, diag, order), b = right_hand_sides<T>(order, columns);
-                Operand<T> x(b);
-                EXPECT_EQ(call_for<T>(STRTRS, CTRTRS, uplo, trans, diag, order, columns, t, x), 0);
-                EXPECT_TRUE(scaled_residual(WideMatrix<T>(t, trans), x, 1, b) <= 1) << uplo << trans << diag << order;
-            });
+    combine({std::pair{0, 2}, {2, 0}, {1, 1}, {33, 5}, {130, 9}}, "UL", "NTC", "NU")
+        .each([](const auto& shape, char uplo, char trans, char diag) {
+            const int n = shape.first, nrhs = shape.second;
+            const Operand<T> t = triangular_matrix<T>(uplo, diag, n), b = right_hand_sides<T>(n, nrhs);
+            Operand<T> x(b);
+            EXPECT_EQ(call_for<T>(STRTRS, CTRTRS, uplo, trans, diag, n, nrhs, t, x), 0);
+            EXPECT_TRUE(scaled_residual(WideMatrix<T>(t, trans), x, 1, b) <= 1);
+        });
 }
 
 // ---- Scaled solves ------------------------------------------------------------------------------------------------
 
 TEST_OF_ELEMENTS(Triangular, ScaledSolutions) {
-    for (const TriangleKind kind : {TriangleKind::tame, TriangleKind::growing, TriangleKind::tinyDiagonal,
-                                    TriangleKind::singular, TriangleKind::huge})
-        for (const int n : {1, 2, 30, 90})
-            for (const float size : {1.0F, 0x1p110F, 0x1p-120F})
-                for (const char trans : {'N', 'T', 'C'})
-                    each_triangle_shape([&](char uplo, char diag) {
-                        if ((kind == TriangleKind::huge && diag == 'U') ||
-                            (kind == TriangleKind::tinyDiagonal && size > 1 && n < 50))
-                            return; // no float would be small enough for the scale
-                        const Operand<T> t = triangular_matrix<T>(uplo, diag, n, kind),
-                                         b = right_hand_sides<T>(n, 1, size);
-                        std::vector<float> cnorm(static_cast<std::size_t>(n), nan);
-                        for (const char normin : {'N', 'Y'}) {
-                            Operand<T> x(b);
-                            float scale = -1;
-                            const int info =
-                                call_for<T>(SLATRS, CLATRS, uplo, trans, diag, normin, n, t, x.data(), &scale, cnorm);
-                            SCOPED_TRACE(testing::Message() << uplo << trans << diag << normin << n << " kind "
-                                                            << static_cast<int>(kind) << " times " << size);
-                            EXPECT_EQ(info, 0);
-                            EXPECT_TRUE(scale >= 0 && (scale <= 1 || kind == TriangleKind::huge)) << scale;
-                            EXPECT_EQ(x.count_bad([](int, int, T e) { return is_finite(e); }), 0);
-                            EXPECT_TRUE(scaled_residual(WideMatrix<T>(t, trans), x, scale, b) <= 1);
-                            EXPECT_TRUE(scale != 0 || norm(WideMatrix<T>(x)) > 0) << "a null vector";
-                            EXPECT_EQ(scale == 0, kind == TriangleKind::singular && diag == 'N') << scale;
-                            EXPECT_TRUE(scale < 1 || kind != TriangleKind::growing || n * size < 1e33) << "overflow";
-                            EXPECT_TRUE(scale == 1 || kind != TriangleKind::tame || size > 1) << scale;
-                        }
-                    });
+    const std::vector<float> sizes{1, 0x1p110F, 0x1p-120F};
+    combine({TriangleKind::tame, TriangleKind::growing, TriangleKind::tinyDiagonal, TriangleKind::singular,
+             TriangleKind::huge},
+            {1, 2, 30, 90}, sizes, "UL", "NTC", "NU")
+        .each([](TriangleKind kind, int n, float size, char uplo, char trans, char diag) {
+            if ((kind == TriangleKind::huge && diag == 'U') ||
+                (kind == TriangleKind::tinyDiagonal && size > 1 && n < 50))
+                return; // no float would be small enough for the scale
+            const Operand<T> t = triangular_matrix<T>(uplo, diag, n, kind), b = right_hand_sides<T>(n, 1, size);
+            std::vector<float> cnorm(static_cast<std::size_t>(n), nan);
+            for (const char normin : {'N', 'Y'}) {
+                Operand<T> x(b);
+                float scale = -1;
+                EXPECT_EQ(call_for<T>(SLATRS, CLATRS, uplo, trans, diag, normin, n, t, x.data(), &scale, cnorm), 0);
+                EXPECT_TRUE(scale >= 0 && (scale <= 1 || kind == TriangleKind::huge)) << scale;
+                EXPECT_EQ(x.count_bad([](int, int, T e) { return is_finite(e); }), 0);
+                EXPECT_TRUE(scaled_residual(WideMatrix<T>(t, trans), x, scale, b) <= 1);
+                EXPECT_TRUE(scale != 0 || norm(WideMatrix<T>(x)) > 0) << "a null vector";
+                EXPECT_EQ(scale == 0, kind == TriangleKind::singular && diag == 'N') << scale;
+                EXPECT_TRUE(scale < 1 || kind != TriangleKind::growing || n * size < 1e33) << "overflow";
+                EXPECT_TRUE(scale == 1 || kind != TriangleKind::tame || size > 1) << scale;
+            }
+        });
 }
 
 TEST_OF_ELEMENTS(Triangular, ScalingByReciprocals) {
@@ -190,20 +176,6 @@ TEST_OF_ELEMENTS(Triangular, ScalingByReciprocals) {
 // overflow.
 constexpr float big = 0x1p103F; // where the method begins to shrink
 
-// op(A) y = scale x, with cnorm kept from one solve to the next.
-template <class T>
-struct Solve {
-    char op, diag;
-    std::vector<T> a, x; // upper triangle, order x.size()
-    std::vector<float> cnorm = std::vector<float>(x.size(), nan);
-    float scale = -1;
-
-    void run(char normin = 'N') {
-        const int n = static_cast<int>(x.size());
-        EXPECT_EQ(call_for<T>(SLATRS, CLATRS, 'U', op, diag, normin, n, a, n, x, &scale, cnorm), 0);
-    }
-};
-
 TEST_OF_ELEMENTS(Latrs, ShrinksAsFarAsNeeded) {
     struct Row {
         const char* what;
@@ -220,14 +192,14 @@ TEST_OF_ELEMENTS(Latrs, ShrinksAsFarAsNeeded) {
           {"a row with a large divisor", 'T', 'N', 1, big / 2, 4, 4, 0, 0.5F, 2, -0.25F * big},
           {"a sum near overflow beside ones", 'N', 'U', 1, 2 * big, 1, 0, 1, 0.5F, -big, 0.5F},
           {"nothing", 'N', 'N', 2, 1, 4, 5, 4, 1, 2, 1}}) {
-        Solve<T> solve{row.op,
-                       row.diag,
-                       {scalar<T>(row.a11), T(), scalar<T>(row.a12), scalar<T>(row.a22)},
-                       {scalar<T>(row.b1), scalar<T>(row.b2)}};
-        solve.run();
-        EXPECT_EQ(solve.scale, row.scale) << row.what;
-        EXPECT_TRUE(solve.x[0] == scalar<T>(row.x1) && solve.x[1] == scalar<T>(row.x2)) << row.what;
-        EXPECT_EQ(solve.cnorm, (std::vector{0.0F, row.a12})) << row.what;
+        const std::vector<T> a{scalar<T>(row.a11), T(), scalar<T>(row.a12), scalar<T>(row.a22)};
+        std::vector<T> x{scalar<T>(row.b1), scalar<T>(row.b2)};
+        std::vector<float> cnorm(2, nan);
+        float scale = -1;
+        EXPECT_EQ(call_for<T>(SLATRS, CLATRS, 'U', row.op, row.diag, 'N', 2, a, 2, x, &scale, cnorm), 0);
+        EXPECT_EQ(scale, row.scale) << row.what;
+        EXPECT_TRUE(x[0] == scalar<T>(row.x1) && x[1] == scalar<T>(row.x2)) << row.what;
+        EXPECT_EQ(cnorm, (std::vector{0.0F, row.a12})) << row.what;
     }
 }
 
@@ -279,22 +251,19 @@ TEST_OF_ELEMENTS(Triangular, EstimateByEachStep) {
 // ---- Condition numbers --------------------------------------------------------------------------------------------
 
 TEST_OF_ELEMENTS(Triangular, ConditionNumbers) {
-    for (const char norm : {'1', 'o', 'I'})
-        each_triangle_shape([&](char uplo, char diag) {
-            for (const TriangleKind kind : {TriangleKind::tame, TriangleKind::oneRow})
-                for (const int n : {1, 2, 17, 60}) {
-                    const Operand<T> t = triangular_matrix<T>(uplo, diag, n, kind);
-                    const double ratio =
-                        rcond_of(t, norm) / reciprocal_condition(WideMatrix<T>(t), norm == 'I' ? 'I' : 'O');
-                    EXPECT_TRUE(ratio >= 0.9999 && ratio <= 3) << ratio << ' ' << norm << uplo << diag << n;
-                }
-            const auto of = [&](int n, TriangleKind kind) {
-                return rcond_of(triangular_matrix<T>(uplo, diag, n, kind), norm);
-            };
-            EXPECT_EQ(of(0, TriangleKind::tame), 1);
-            EXPECT_EQ(of(20, TriangleKind::singular) == 0, diag == 'N');
-            EXPECT_EQ(of(200, TriangleKind::growing), 0) << "singular to working precision";
+    combine("1oI", "UL", "NU").each([](char norm, char uplo, char diag) {
+        combine({TriangleKind::tame, TriangleKind::oneRow}, {1, 2, 17, 60}).each([&](TriangleKind kind, int n) {
+            const Operand<T> t = triangular_matrix<T>(uplo, diag, n, kind);
+            const double ratio = rcond_of(t, norm) / reciprocal_condition(WideMatrix<T>(t), norm == 'I' ? 'I' : 'O');
+            EXPECT_TRUE(ratio >= 0.9999 && ratio <= 3) << ratio;
         });
+        const auto of = [&](int n, TriangleKind kind) {
+            return rcond_of(triangular_matrix<T>(uplo, diag, n, kind), norm);
+        };
+        EXPECT_EQ(of(0, TriangleKind::tame), 1);
+        EXPECT_EQ(of(20, TriangleKind::singular) == 0, diag == 'N');
+        EXPECT_EQ(of(200, TriangleKind::growing), 0) << "singular to working precision";
+    });
 }
 
 // The bound above which a matrix counts as singular shrinks with its order: the inverse's norm is 2^124 here.

@@ -43,8 +43,8 @@ inline std::vector<std::string> parts_of(const std::string& text, char separator
     return parts;
 }
 
-// A row of the table, "names | good, ... | singles | changes: reported, ..."; a line that begins with a blank goes on
-// with the row before it. A change is "position=word".
+// A row of the table, "names | good, ... | singles | changes: reported, ...", of which the end may be left out; a line
+// that begins with a blank goes on with the row before it. A change is "position=word".
 struct ArgumentRow {
     std::vector<std::string> names;
     std::vector<std::string> good;    // calls that pass, at the limits
@@ -63,7 +63,7 @@ inline std::vector<ArgumentRow> argument_rows(std::string table) {
     for (const std::string& line : parts_of(table, '\n')) {
         if (line.empty())
             continue;
-        const auto parts = parts_of(line + "| ", '|');
+        const auto parts = parts_of(line + "| | ", '|');
         rows.push_back({words_of(parts.at(0)), parts_of(parts.at(1), ','), words_of(parts.at(2)), {}});
         for (const std::string& fault : parts_of(parts.at(3), ','))
             if (const auto colon = fault.find(':'); colon != std::string::npos)

@@ -2,6 +2,7 @@
 // eigenvalues or singular values, symmetric tridiagonal ones, and their eigenvalues in double.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "support/stored_q.hpp"
@@ -83,6 +84,15 @@ std::vector<double> general_matrix(int m, int n, const std::vector<double>& sing
 
 // ---- Symmetric tridiagonal matrices -------------------------------------------------------------------------------
 
+// D on the diagonal, E on either side of it.
+template <class D, class E>
+WideMatrix<float> tridiagonal_matrix(const D& d, const E& e) {
+    const int n = static_cast<int>(d.size());
+    return {n, n, [&](int i, int j) {
+                return i == j ? double{d[i]} : std::abs(i - j) == 1 ? double{e[std::min(i, j)]} : 0;
+            }};
+}
+
 struct Tridiagonal {
     std::string name;
     std::vector<float> d, e;
@@ -128,40 +138,39 @@ struct Tridiagonal {
 
 // Of every kind that solvers find hard.
 inline std::vector<Tridiagonal> tridiagonals(int n) {
-    std::vector<Tridiagonal> list;
-    const auto add = [&](const char* name, const auto& diagonal, const auto& beside) {
-        Tridiagonal t{name, {}, {}};
-        for (int i = 0; i < n; ++i)
-            t.d.push_back(static_cast<float>(diagonal(i)));
-        for (int i = 0; i + 1 < n; ++i)
-            t.e.push_back(static_cast<float>(beside(i)));
-        list.push_back(t);
-    };
     std::mt19937 random(static_cast<unsigned>(n));
     const auto any = [&](int) { return any_size_one<float>(random); };
     const auto zero = [](int) { return 0; };
     const auto one = [](int) { return 1; };
     const int half = 10, period = 2 * half + 1; // of Wilkinson's W21+
     const auto wilkinson = [&](int i) { return std::abs(i % period - half); };
-    add("random", any, any);
-    add(
-        "1-2-1", [](int) { return 2; }, one);
-    add("Wilkinson", wilkinson, one);
-    add("glued Wilkinson", wilkinson, [&](int i) { return i % period == period - 1 ? 1e-4 : 1.0; });
-    add(
-        "clustered", [&](int i) { return 1 + 1e-6F * any(i); }, [&](int i) { return 1e-6F * any(i); });
-    add(
-        "graded", [](int i) { return std::pow(2.0, -(i % 61)); }, [](int i) { return std::pow(2.0, -(i % 61) - 1); });
-    add("diagonal", any, zero);
-    add("zero", zero, zero);
-    add("equal", one, zero);
-    add("one pair", zero, [](int i) { return i == 0 ? 1 : 0; });
-    add("Clement", zero, [n](int i) { return std::sqrt((i + 1.0) * (n - 1 - i)); });
-    add("in parts", any, [&](int i) { return i % 7 == 6 ? 0 : any(i); });
-    for (const int power : {60, -60})
-        add(
-            power > 0 ? "huge" : "tiny", [&](int i) { return std::ldexp(any(i), power); },
-            [&](int i) { return std::ldexp(any(i), power); });
+    const auto scaled = [&](int power) { return [&any, power](int i) { return std::ldexp(any(i), power); }; };
+    const auto falling = [](int behind) { return [=](int i) { return std::pow(2.0, -(i % 61) - behind); }; };
+    const struct {
+        const char* name;
+        std::function<double(int)> diagonal, beside;
+    } kinds[] = {{"random", any, any},
+                 {"1-2-1", [](int) { return 2; }, one},
+                 {"Wilkinson", wilkinson, one},
+                 {"glued Wilkinson", wilkinson, [&](int i) { return i % period == period - 1 ? 1e-4 : 1.0; }},
+                 {"clustered", [&](int i) { return 1 + 1e-6F * any(i); }, [&](int i) { return 1e-6F * any(i); }},
+                 {"graded", falling(0), falling(1)},
+                 {"diagonal", any, zero},
+                 {"zero", zero, zero},
+                 {"equal", one, zero},
+                 {"one pair", zero, [](int i) { return i == 0 ? 1 : 0; }},
+                 {"Clement", zero, [n](int i) { return std::sqrt((i + 1.0) * (n - 1 - i)); }},
+                 {"in parts", any, [&](int i) { return i % 7 == 6 ? 0 : any(i); }},
+                 {"huge", scaled(60), scaled(60)},
+                 {"tiny", scaled(-60), scaled(-60)}};
+    std::vector<Tridiagonal> list;
+    for (const auto& kind : kinds) {
+        Tridiagonal& t = list.emplace_back(Tridiagonal{kind.name, {}, {}});
+        for (int i = 0; i < n; ++i)
+            t.d.push_back(static_cast<float>(kind.diagonal(i)));
+        for (int i = 0; i + 1 < n; ++i)
+            t.e.push_back(static_cast<float>(kind.beside(i)));
+    }
     return list;
 }
 

@@ -293,6 +293,12 @@ double similarity_error(const WideMatrix<T>& a, const WideMatrix<T>& q, const Wi
     const WideMatrix<T> x = probes<T>(q.columns);
     return in_roundings(norm(a * (q * x) - q * (b * x), 'O'), a.rows, norm(a, 'O'));
 }
+// Whether A Q = Q B, and Q is orthogonal.
+template <class T>
+void expect_similar(const WideMatrix<T>& a, const WideMatrix<T>& q, const WideMatrix<T>& b, double bound) {
+    EXPECT_LE(similarity_error(a, q, b), bound);
+    EXPECT_LE(orthogonality_error(q), bound);
+}
 // The worst of |A - U S V^H| and of what U and V^H lack of orthogonality.
 template <class T>
 double svd_error(const WideMatrix<T>& a, const WideMatrix<T>& u, const std::vector<float>& s, const WideMatrix<T>& vt) {

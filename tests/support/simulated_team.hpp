@@ -80,6 +80,8 @@ std::string simulate(Job& job, int team, unsigned seed) {
             member.atWork = true, waits = 0;
     }
     job.expect(members.empty(), "nobody gets on");
+    if constexpr (requires { job.complete(); })
+        job.expect(job.complete(), "not everything was done");
     return job.fault();
 }
 

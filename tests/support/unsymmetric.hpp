@@ -5,6 +5,7 @@
 #include <cmath>
 #include <string>
 
+#include "lapack/calls/nonsymmetric.hpp"
 #include "support/oracle.hpp"
 
 namespace qrv::test {
@@ -91,6 +92,48 @@ inline bool is_schur_form(const Operand<float>& t, const GuardedVector<float>& w
         ++k;
     }
     return good;
+}
+
+// A Hessenberg matrix with an active range, and Z = I. `tiny`: the row from which on subdiagonal elements are small.
+struct ActivePart {
+    Operand<float> before, h, z;
+    GuardedVector<float> wr, wi;
+    lapack::ActiveRange range;
+
+    ActivePart(int n, lapack::ActiveRange active, int tiny)
+        : before(n, n, n + 1), h(n, n, n + 1), z(n, n, n + 2), wr(n), wi(n), range(active) {
+        std::mt19937 random(static_cast<unsigned>(n));
+        std::normal_distribution<float> normal;
+        set([&](int i, int j) {
+            const float x = normal(random);
+            const bool joined = i <= j || (i == j + 1 && j >= range.begin && i < range.end);
+            return joined ? (i > j && i >= tiny ? 1e-6F * x : x) : 0;
+        });
+        z.set(identity_operand(n));
+    }
+    template <class Element>
+    void set(const Element& element) {
+        h.set(before.set(element));
+    }
+    lapack::SchurProblem problem(bool wantT = true) {
+        return {wantT, true, h.rows(), range, h.view(), wr.data(), wi.data(), {0, h.rows()}, z.view()};
+    }
+    void expect_kept(const std::string& what = "") const {
+        SCOPED_TRACE(what);
+        expect_similar(WideMatrix<float>(before), WideMatrix<float>(z), upper_part(h, 1), 5);
+        EXPECT_EQ(h.count_bad([](int i, int j, float x) { return i <= j + 1 || x == 0; }), 0);
+    }
+};
+
+struct SweepOptions {
+    bool accumulates = true, wantT = true;
+    int width = 7, threads = 0; // lines that are multiplied by U at once
+};
+inline void sweep(ActivePart& x, std::vector<float> sr, std::vector<float> si, const SweepOptions& o) {
+    const int ns = static_cast<int>(sr.size()), order = 3 * ns - 3;
+    Operand<float> v(3, ns / 2, 3), u(order, order, order), wv(o.width, order, o.width), wh(order, o.width, order);
+    lapack::laqr5(x.problem(o.wantT), ns, sr.data(), si.data(),
+                  {o.accumulates, v.view(), u.view(), o.width, wv.view(), o.width, wh.view(), o.threads});
 }
 
 } // namespace qrv::test
