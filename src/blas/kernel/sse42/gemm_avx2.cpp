@@ -65,27 +65,6 @@ using Narrow = TileShape<Sliver, manyRegisters ? 6 : 3, 1>;
 // Two sums for each pair of rows, two spread steps of the sliver and a pair of A.
 using Complex = TileShape<ComplexSliver<Vec8f>, manyRegisters ? 3 : 1, 1>;
 
-// Each with a frame of its own, and the arguments as they come: what chooses between them is a few comparisons.
-template <class T>
-[[gnu::noipa]] void direct_by_one_tile(QRV_GEMM_PARAMETERS(T)) {
-    direct_one_tile<Vec8f, false>(gemm_call<T>(QRV_GEMM_ARGUMENTS));
-}
-template <class T>
-[[gnu::noipa]] void direct_by_one_gathered_tile(QRV_GEMM_PARAMETERS(T)) {
-    direct_one_tile<Vec8f, true>(gemm_call<T>(QRV_GEMM_ARGUMENTS));
-}
-template <class T>
-[[gnu::noipa]] void direct_by_tiles(QRV_GEMM_PARAMETERS(T)) {
-    gemm_direct<Vec8f, T>(gemm_call<T>(QRV_GEMM_ARGUMENTS));
-}
-template <class T>
-QRV_INLINE void direct_by_size(QRV_GEMM_PARAMETERS(T)) {
-    if (!is_one_tile<Vec8f, T>(*m, *n, *k))
-        return direct_by_tiles<T>(QRV_GEMM_ARGUMENTS);
-    transposes(*transa) ? direct_by_one_gathered_tile<T>(QRV_GEMM_ARGUMENTS)
-                        : direct_by_one_tile<T>(QRV_GEMM_ARGUMENTS);
-}
-
 } // namespace
 
 void use_form(GemmPlan<float>* plan) {
@@ -96,10 +75,10 @@ void use_form(GemmPlan<SingleComplex>* plan) {
 }
 
 void direct(QRV_GEMM_PARAMETERS(float)) {
-    direct_by_size<float>(QRV_GEMM_ARGUMENTS);
+    gemm_direct<Vec8f, float>(QRV_GEMM_ARGUMENTS);
 }
 void direct(QRV_GEMM_PARAMETERS(SingleComplex)) {
-    direct_by_size<SingleComplex>(QRV_GEMM_ARGUMENTS);
+    gemm_direct<Vec8f, SingleComplex>(QRV_GEMM_ARGUMENTS);
 }
 
 } // namespace qrv::kernel::sse42_avx2

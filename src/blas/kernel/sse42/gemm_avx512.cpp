@@ -101,27 +101,6 @@ using Narrow = TileShape<QuadSliver, manyRegisters ? 8 : 6, 1>;
 // Two sums for each pair of rows; more of them, or more columns, ran slower from 128 up.
 using Complex = TileShape<ComplexSliver<Vec16f>, manyRegisters ? 4 : 1, 1>;
 
-// Each with a frame of its own, and the arguments as they come: what chooses between them is a few comparisons.
-template <class T>
-[[gnu::noipa]] void direct_by_one_tile(QRV_GEMM_PARAMETERS(T)) {
-    direct_one_tile<Vec16f, false>(gemm_call<T>(QRV_GEMM_ARGUMENTS));
-}
-template <class T>
-[[gnu::noipa]] void direct_by_one_gathered_tile(QRV_GEMM_PARAMETERS(T)) {
-    direct_one_tile<Vec16f, true>(gemm_call<T>(QRV_GEMM_ARGUMENTS));
-}
-template <class T>
-[[gnu::noipa]] void direct_by_tiles(QRV_GEMM_PARAMETERS(T)) {
-    gemm_direct<Vec16f, T>(gemm_call<T>(QRV_GEMM_ARGUMENTS));
-}
-template <class T>
-QRV_INLINE void direct_by_size(QRV_GEMM_PARAMETERS(T)) {
-    if (!is_one_tile<Vec16f, T>(*m, *n, *k))
-        return direct_by_tiles<T>(QRV_GEMM_ARGUMENTS);
-    transposes(*transa) ? direct_by_one_gathered_tile<T>(QRV_GEMM_ARGUMENTS)
-                        : direct_by_one_tile<T>(QRV_GEMM_ARGUMENTS);
-}
-
 } // namespace
 
 void use_form(GemmPlan<float>* plan) {
@@ -132,10 +111,10 @@ void use_form(GemmPlan<SingleComplex>* plan) {
 }
 
 void direct(QRV_GEMM_PARAMETERS(float)) {
-    direct_by_size<float>(QRV_GEMM_ARGUMENTS);
+    gemm_direct<Vec16f, float>(QRV_GEMM_ARGUMENTS);
 }
 void direct(QRV_GEMM_PARAMETERS(SingleComplex)) {
-    direct_by_size<SingleComplex>(QRV_GEMM_ARGUMENTS);
+    gemm_direct<Vec16f, SingleComplex>(QRV_GEMM_ARGUMENTS);
 }
 bool panels(QRV_GEMM_PARAMETERS(float)) {
     return gemm_by_panels<Vec16f, float>(gemm_call<float>(QRV_GEMM_ARGUMENTS), WholeOfC{*n});

@@ -28,6 +28,7 @@
 #include "blas/kernel/common/gemm/gemm_dots.hpp"
 #include "blas/kernel/common/gemm/gemm_wide_complex.hpp"
 #include "blas/kernel/common/vec/unrolling.hpp"
+#include "blas/kernel/gemm_kernels.hpp"
 #include "blas/matrix.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
@@ -547,6 +548,24 @@ QRV_INLINE void gemm_direct(const GemmCall<T>& call) {
             return direct_rows_apart<Vector>(call);
     }
     direct_tiles<Vector>(call);
+}
+
+// The same, straight from an entry. Each way has a frame of its own, and the arguments as they come: what chooses
+// between them is a few comparisons.
+template <class Vector, bool gathered, class T>
+[[gnu::noipa]] void direct_by_one_tile(QRV_GEMM_PARAMETERS(T)) {
+    direct_one_tile<Vector, gathered>(gemm_call<T>(QRV_GEMM_ARGUMENTS));
+}
+template <class Vector, class T>
+[[gnu::noipa]] void direct_by_tiles(QRV_GEMM_PARAMETERS(T)) {
+    gemm_direct<Vector>(gemm_call<T>(QRV_GEMM_ARGUMENTS));
+}
+template <class Vector, class T>
+QRV_INLINE void gemm_direct(QRV_GEMM_PARAMETERS(T)) {
+    if (!is_one_tile<Vector, T>(*m, *n, *k))
+        return direct_by_tiles<Vector, T>(QRV_GEMM_ARGUMENTS);
+    transposes(*transa) ? direct_by_one_tile<Vector, true, T>(QRV_GEMM_ARGUMENTS)
+                        : direct_by_one_tile<Vector, false, T>(QRV_GEMM_ARGUMENTS);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

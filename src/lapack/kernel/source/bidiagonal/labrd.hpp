@@ -159,11 +159,9 @@ bool labrd_on_team(int threads, const BidiagonalPanel<T>& panel, int nb, float* 
 //
 // What holds in a team:
 //   - In the phase of the short products nothing is written that they read: v or u, V, Y, X and U before this step.
-//   They
-//     write the tops of columns of Y and X only. Rows k of V and X are conjugated in a phase of its own.
+//     They write the tops of columns of Y and X only. Rows k of V and X are conjugated in a phase of its own.
 //   - In the last phase each member writes elements of its own: of y, of the row and of a sum, respectively of x. It
-//   adds
-//     the sums in the order of the members.
+//     adds the sums in the order of the members.
 //   - The members of a region are counted in it, as a team may be smaller than asked.
 template <class T, class Team>
 class PanelReduction {
