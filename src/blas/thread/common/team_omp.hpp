@@ -1,6 +1,7 @@
 // A call in parts on a team.
 #pragma once
 
+#include <algorithm>
 #include <omp.h>
 
 #include "blas/thread/common/crowd.hpp"
@@ -16,9 +17,10 @@ void on_team(int threads, const Phases&... phases) {
     const Ticks begun = ticks_now();
     if (goes_alone(begun)) {
         const RegionOfOne region;
+        const int team = std::min(threads, omp_get_thread_limit()); // that there would be
         const auto perform = [=](const auto& phase) {
-            for (int thread = 0; thread < threads; ++thread)
-                phase(threads, thread);
+            for (int thread = 0; thread < team; ++thread)
+                phase(team, thread);
         };
         (perform(phases), ...);
         return;
