@@ -16,7 +16,7 @@ struct ScalStep;
 template <>
 struct ScalStep<float> {
     static constexpr bool readsX = false, readsY = true, writesX = false, writesY = true;
-    static constexpr int unit = 1, pass = 16;
+    static constexpr int unit = 1, pass = 32;
     Vec alpha;
 
     explicit ScalStep(float factor) : alpha(Vec::splat(factor)) {}
