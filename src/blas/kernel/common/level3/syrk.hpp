@@ -38,7 +38,8 @@ struct RankUpdateRow {
     int leaf;              // a block is halved down to this size
     int order;             // triangles up to this size take
     int depth;             // so many steps of the products at once, so that X and Y stay in the outer cache
-    int panels = unlimited, panelsTransposed = unlimited;         // triangles from this size on go by panels,
+    int panels = unlimited, panelsOfTwo = unlimited; // triangles from this size on go by panels, of two products too,
+    int panelsTransposed = unlimited;
     int panelSteps = unlimited, panelStepsTransposed = unlimited; // with so many steps at least
 };
 
@@ -66,6 +67,7 @@ constexpr RankUpdateRow rankUpdateRow<float, 16>{.plain = unlimited,
                                                  .order = 512,
                                                  .depth = 256,
                                                  .panels = 832,
+                                                 .panelsOfTwo = 832,
                                                  .panelsTransposed = 64,
                                                  .panelSteps = 512,
                                                  .panelStepsTransposed = 16};
@@ -75,7 +77,10 @@ constexpr RankUpdateRow rankUpdateRow<SingleComplex, 16>{.plain = unlimited,
                                                          .leaf = 8,
                                                          .order = 512,
                                                          .depth = 256,
+                                                         .panels = 256,
+                                                         .panelsOfTwo = 1024,
                                                          .panelsTransposed = 96,
+                                                         .panelSteps = 64,
                                                          .panelStepsTransposed = 16};
 
 // So few columns beyond a leaf are not worth products of their own.
@@ -246,7 +251,7 @@ struct RankUpdate {
     }
     bool goes_by_panels(int n) const {
         return transposed ? n >= row.panelsTransposed && k >= row.panelStepsTransposed
-                          : n >= row.panels && k >= row.panelSteps;
+                          : n >= (terms == 1 ? row.panels : row.panelsOfTwo) && k >= row.panelSteps;
     }
     void add_by_steps(int first, int n) const {
         for (int l = 0, count; l < k; l += count) {
