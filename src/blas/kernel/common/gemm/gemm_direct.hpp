@@ -553,11 +553,11 @@ QRV_INLINE void gemm_direct(const GemmCall<T>& call) {
 // The same, straight from an entry. Each way has a frame of its own, and the arguments as they come: what chooses
 // between them is a few comparisons.
 template <class Vector, bool gathered, class T>
-[[gnu::noipa]] void direct_by_one_tile(QRV_GEMM_PARAMETERS(T)) {
+QRV_AS_WRITTEN void direct_by_one_tile(QRV_GEMM_PARAMETERS(T)) {
     direct_one_tile<Vector, gathered>(gemm_call<T>(QRV_GEMM_ARGUMENTS));
 }
 template <class Vector, class T>
-[[gnu::noipa]] void direct_by_tiles(QRV_GEMM_PARAMETERS(T)) {
+QRV_AS_WRITTEN void direct_by_tiles(QRV_GEMM_PARAMETERS(T)) {
     gemm_direct<Vector>(gemm_call<T>(QRV_GEMM_ARGUMENTS));
 }
 template <class Vector, class T>

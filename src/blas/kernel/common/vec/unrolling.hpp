@@ -4,3 +4,9 @@
 
 #define QRV_UNROLL _Pragma("GCC unroll 32")
 #define QRV_INLINE [[gnu::always_inline]] inline
+// A function with a frame of its own, whose arguments come as they are written.
+#ifdef __clang__
+#define QRV_AS_WRITTEN [[gnu::noinline]]
+#else
+#define QRV_AS_WRITTEN [[gnu::noipa]]
+#endif
