@@ -14,7 +14,8 @@
 //   reads      nothing past the operands; C only if beta is not 0
 //   m, n, k    positive; alpha = 0 and k = 0 are the caller's
 //
-// Each element of C sums its products in ascending k, in one chain (two if complex) a block of steps: alpha*sum +
+// Each element of C sums its products in ascending k, in one chain (two if complex, and two
+// of even and of odd steps in the smallest tiles) a block of steps: alpha*sum +
 // beta*C for the first block, alpha*sum + C for those after it. Lanes past the last row hold what never reaches C.
 #pragma once
 
@@ -117,30 +118,51 @@ QRV_INLINE Vector as_whole(Last x) {
         return whole(x);
 }
 
+// The sums of a tile: for each column and part of an element of B those of its vectors but the last one, and of that.
+template <class Vector, class Last, int vectors, int columns, int parts>
+struct DirectSums {
+    Vector above[columns][vectors][parts];
+    Last last[columns][parts];
+
+    QRV_INLINE void clear() {
+        QRV_UNROLL
+        for (int j = 0; j < columns; ++j)
+            QRV_UNROLL
+        for (int part = 0; part < parts; ++part) {
+            QRV_UNROLL
+            for (int v = 0; v < vectors - 1; ++v)
+                above[j][v][part] = Vector::zero();
+            last[j][part] = Last::zero();
+        }
+    }
+    QRV_INLINE void add(const DirectSums& other) {
+        QRV_UNROLL
+        for (int j = 0; j < columns; ++j)
+            QRV_UNROLL
+        for (int part = 0; part < parts; ++part) {
+            QRV_UNROLL
+            for (int v = 0; v < vectors - 1; ++v)
+                above[j][v][part] = above[j][v][part] + other.above[j][v][part];
+            last[j][part] = last[j][part] + other.last[j][part];
+        }
+    }
+};
+
 // One tile: all rows of its vectors but the last one, of which there are `lastRows`, counted in floats as all rows
-// here, summed in `Last`.
-template <class Vector, class Last, class T, int vectors, int columns>
+// here, summed in `Last`. Even and odd steps are summed apart if asked for.
+template <class Vector, class Last, class T, int vectors, int columns, bool apart>
 void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, float* c, int lastRows) {
     constexpr int group = 4; // columns of B that share a pointer
     const typename Vector::Mask mask = Vector::Mask::first(lastRows);
     const std::ptrdiff_t aStep = p.aStep, bStep = p.bStep, bColumn = p.bColumn, bColumns3 = 3 * bColumn;
     constexpr int parts = floatsIn<T>; // of an element of B
-    Vector sums[columns][vectors][parts];
-    Last lastSums[columns][parts];
-    QRV_UNROLL
-    for (int j = 0; j < columns; ++j)
-        QRV_UNROLL
-    for (int part = 0; part < parts; ++part) {
-        QRV_UNROLL
-        for (int v = 0; v < vectors - 1; ++v)
-            sums[j][v][part] = Vector::zero();
-        lastSums[j][part] = Last::zero();
-    }
+    DirectSums<Vector, Last, vectors, columns, parts> sums;
+    sums.clear();
     const float* start[(columns + group - 1) / group];
     QRV_UNROLL
     for (int g = 0; g * group < columns; ++g)
         start[g] = b + g * group * bColumn;
-    for (int l = p.k; l > 0; --l) {
+    const auto step = [&](auto& to) __attribute__((always_inline)) {
         [[maybe_unused]] Vector rows[vectors];
         QRV_UNROLL
         for (int v = 0; v < vectors - 1; ++v)
@@ -155,17 +177,29 @@ void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, floa
                 const Vector x = Vector::splat(element);
                 QRV_UNROLL
                 for (int v = 0; v < vectors - 1; ++v)
-                    sums[j][v][part] = multiply_add(rows[v], x, sums[j][v][part]);
-                lastSums[j][part] = multiply_add(lastRow, as_last<Last>(x), lastSums[j][part]);
+                    to.above[j][v][part] = multiply_add(rows[v], x, to.above[j][v][part]);
+                to.last[j][part] = multiply_add(lastRow, as_last<Last>(x), to.last[j][part]);
             } else {
-                lastSums[j][part] = multiply_add(lastRow, Last::splat(element), lastSums[j][part]);
+                to.last[j][part] = multiply_add(lastRow, Last::splat(element), to.last[j][part]);
             }
         }
         a += aStep;
         QRV_UNROLL
         for (int g = 0; g * group < columns; ++g)
             start[g] += bStep;
+    };
+    int left = p.k;
+    if constexpr (apart) {
+        DirectSums<Vector, Last, vectors, columns, parts> odd;
+        odd.clear();
+        for (; left >= 2; left -= 2) {
+            step(sums);
+            step(odd);
+        }
+        sums.add(odd);
     }
+    for (; left > 0; --left)
+        step(sums);
     const Factor<Vector, T> alpha(p.alpha), beta(p.beta);
     // A processor takes a load for dependent on a masked store that it overlaps in lanes which are not stored. So all
     // of C is read before any of it is written, and the last column is written without a mask: the next tile may begin
@@ -175,12 +209,12 @@ void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, floa
     for (int j = 0; j < columns; ++j)
         QRV_UNROLL
     for (int part = 0; part < parts; ++part)
-        sums[j][vectors - 1][part] = as_whole<Vector>(lastSums[j][part]);
+        sums.above[j][vectors - 1][part] = as_whole<Vector>(sums.last[j][part]);
     QRV_UNROLL
     for (int j = 0; j < columns; ++j)
         QRV_UNROLL
     for (int v = 0; v < vectors; ++v)
-        totals[j][v] = combine(p, sums[j][v]);
+        totals[j][v] = combine(p, sums.above[j][v]);
     if (scales_c(p.alpha))
         QRV_UNROLL
     for (int j = 0; j < columns; ++j)
@@ -227,13 +261,24 @@ template <class Vector, class T>
 constexpr int columns_of_tile(int vectors) {
     return vectors == 1 ? DirectTiles<Vector, T>::columnsOfOne : DirectTiles<Vector, T>::columns;
 }
+
+// With so few sums each waits for the one before, and from so many steps on two chains repay themselves.
+template <class T>
+constexpr bool sums_are_few(int vectors, int columns) {
+    return vectors * columns * floatsIn<T> <= 4;
+}
+constexpr int leastApart = 32;
+
 template <class Vector, class Last, class T>
 struct DirectTileTable {
-    DirectTile<T>* tile[DirectTiles<Vector, T>::vectors][DirectTiles<Vector, T>::columnsOfOne];
+    // For few steps, and for many.
+    DirectTile<T>* tile[2][DirectTiles<Vector, T>::vectors][DirectTiles<Vector, T>::columnsOfOne];
 
     template <int vectors = 1, int columns = 1>
     constexpr void fill() {
-        tile[vectors - 1][columns - 1] = direct_tile<Vector, Last, T, vectors, columns>;
+        tile[0][vectors - 1][columns - 1] = direct_tile<Vector, Last, T, vectors, columns, false>;
+        tile[1][vectors - 1][columns - 1] =
+            direct_tile<Vector, Last, T, vectors, columns, sums_are_few<T>(vectors, columns)>;
         if constexpr (columns < columns_of_tile<Vector, T>(vectors))
             fill<vectors, columns + 1>();
         else if constexpr (vectors < DirectTiles<Vector, T>::vectors)
@@ -245,12 +290,13 @@ template <class Vector, class Last, class T>
 constexpr DirectTileTable<Vector, Last, T> directTiles;
 
 template <class Vector, class T>
-QRV_INLINE DirectTile<T>* direct_tile_of(int vectors, int lastRows, int columns) {
+QRV_INLINE DirectTile<T>* direct_tile_of(int vectors, int lastRows, int columns, int steps) {
+    const int apart = steps >= leastApart ? 1 : 0;
     using Half = typename DirectTiles<Vector, T>::Half;
     if constexpr (!std::is_same_v<Half, Vector>)
         if (lastRows <= Vector::lanes / 2)
-            return directTiles<Vector, Half, T>.tile[vectors - 1][columns - 1];
-    return directTiles<Vector, Vector, T>.tile[vectors - 1][columns - 1];
+            return directTiles<Vector, Half, T>.tile[apart][vectors - 1][columns - 1];
+    return directTiles<Vector, Vector, T>.tile[apart][vectors - 1][columns - 1];
 }
 
 // Lane i of x[j] becomes lane j of x[i].
@@ -365,7 +411,7 @@ QRV_INLINE void direct_rows(RowShare<Vector, T> share, int n, const DirectProduc
                             float* c) {
     for (int columns; n > 0; n -= columns) {
         columns = even_share(n, columns_of_tile<Vector, T>(share.vectors));
-        direct_tile_of<Vector, T>(share.vectors, share.last_rows(), columns)(p, a, b, c, share.last_rows());
+        direct_tile_of<Vector, T>(share.vectors, share.last_rows(), columns, p.k)(p, a, b, c, share.last_rows());
         b += columns * p.bColumn;
         c += columns * p.ldc;
     }
@@ -528,8 +574,8 @@ QRV_INLINE void direct_one_tile(const GemmCall<T>& call) {
         p.aStep = Vector::lanes;
         a = buffer;
     }
-    direct_tile_of<Vector, T>(1, rows, call.n)(p, a, reinterpret_cast<const float*>(call.b.data),
-                                               reinterpret_cast<float*>(call.c.data), rows);
+    direct_tile_of<Vector, T>(1, rows, call.n, call.k)(p, a, reinterpret_cast<const float*>(call.b.data),
+                                                       reinterpret_cast<float*>(call.c.data), rows);
 }
 
 // The whole product; m, n and k are positive.

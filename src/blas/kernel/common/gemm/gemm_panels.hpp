@@ -192,7 +192,8 @@ void multiply_panels(DirectProduct<T>& p, int rows, int columns, const float* pa
             prefetch_rows(smaller(full, rows - end), columns, c + end, p.ldc);
         else
             prefetch_rows(smaller(full, rows), columnsToCome, c + columns * p.ldc, p.ldc);
-        direct_tile_of<Vector, T>(share.vectors, share.last_rows(), columns)(p, panels, b, c + i, share.last_rows());
+        direct_tile_of<Vector, T>(share.vectors, share.last_rows(), columns, p.k)(p, panels, b, c + i,
+                                                                                  share.last_rows());
         i = end;
     }
 }
@@ -254,7 +255,7 @@ void multiply_panels_in(const TriangleOfC& triangle, DirectProduct<T>& p, Range 
             continue;
         const int lastRows = end == share.vectors ? share.last_rows() : Vector::lanes;
         const Range tileRows{first + skipped * vectorRows, (end - skipped - 1) * vectorRows + lastRows / element};
-        const auto tile = direct_tile_of<Vector, T>(end - skipped, lastRows, columns.count);
+        const auto tile = direct_tile_of<Vector, T>(end - skipped, lastRows, columns.count, p.k);
         const float* a = panels + skipped * Vector::lanes;
         p.aStep = share.vectors * Vector::lanes;
         if (triangle.holds(tileRows, columns)) {

@@ -58,6 +58,8 @@ struct LowerHalf16f {
 
     static LowerHalf16f zero() { return {_mm256_setzero_ps()}; }
     static LowerHalf16f splat(float x) { return {_mm256_set1_ps(x)}; }
+
+    LowerHalf16f operator+(LowerHalf16f b) const { return {_mm256_add_ps(v, b.v)}; }
 };
 inline LowerHalf16f lower_half(Vec16f x) {
     return {_mm512_castps512_ps256(x.v)};
