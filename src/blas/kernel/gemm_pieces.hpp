@@ -10,7 +10,9 @@
 #define QRV_DECLARE_PLAN_PIECES_OF(T, gemm)                                                                            \
     QRV_DECLARE_VECTOR_PIECES_OF(T, gemm)                                                                              \
     /* The whole serial GEMM by the plan, whatever its size. */                                                        \
-    void blas_##gemm##_by_plan(QRV_GEMM_PARAMETERS(T));
+    void blas_##gemm##_by_plan(QRV_GEMM_PARAMETERS(T));                                                                \
+    /* A triangle of a square C by the plan; false if memory is refused: nothing has been done then. */                \
+    bool blas_##gemm##_triangle(const char* uplo, QRV_GEMM_PARAMETERS(T));
 #define QRV_DECLARE_VECTOR_PIECES                                                                                      \
     QRV_DECLARE_VECTOR_PIECES_OF(float, sgemm)                                                                         \
     QRV_DECLARE_VECTOR_PIECES_OF(SingleComplex, cgemm)

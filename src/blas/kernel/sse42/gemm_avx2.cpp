@@ -5,6 +5,7 @@
 #include "blas/kernel/common/gemm/gemm_direct.hpp"
 #include "blas/kernel/common/gemm/gemm_wide_complex.hpp"
 #include "blas/kernel/common/gemm/gemm_wide_form.hpp"
+#include "blas/kernel/gemm_pieces.hpp"
 #include "blas/kernel/sse42/wide.hpp"
 #include "blas/kernel/vec.hpp"
 
@@ -79,6 +80,12 @@ void direct(QRV_GEMM_PARAMETERS(float)) {
 }
 void direct(QRV_GEMM_PARAMETERS(SingleComplex)) {
     gemm_direct<Vec8f, SingleComplex>(QRV_GEMM_ARGUMENTS);
+}
+bool blas_sgemm_triangle(const char* uplo, QRV_GEMM_PARAMETERS(float)) {
+    return sse42::blas_sgemm_triangle(uplo, QRV_GEMM_ARGUMENTS);
+}
+bool blas_cgemm_triangle(const char* uplo, QRV_GEMM_PARAMETERS(SingleComplex)) {
+    return sse42::blas_cgemm_triangle(uplo, QRV_GEMM_ARGUMENTS);
 }
 
 } // namespace qrv::kernel::sse42_avx2

@@ -122,11 +122,13 @@ bool panels(QRV_GEMM_PARAMETERS(float)) {
 bool panels(QRV_GEMM_PARAMETERS(SingleComplex)) {
     return gemm_by_panels<Vec16f, SingleComplex>(gemm_call<SingleComplex>(QRV_GEMM_ARGUMENTS), WholeOfC{*n});
 }
-bool triangle_by_panels(Uplo uplo, const GemmCall<float>& call) {
-    return gemm_by_panels<Vec16f, float>(call, TriangleOfC{uplo, call.n, call.multiplies_itself()});
-}
-bool triangle_by_panels(Uplo uplo, const GemmCall<SingleComplex>& call) {
-    return gemm_by_panels<Vec16f, SingleComplex>(call, TriangleOfC{uplo, call.n, call.multiplies_itself()});
-}
+#define QRV_DEFINE_TRIANGLE(T, gemm)                                                                                   \
+    bool blas_##gemm##_triangle(const char* uplo, QRV_GEMM_PARAMETERS(T)) {                                            \
+        const auto call = gemm_call<T>(QRV_GEMM_ARGUMENTS);                                                            \
+        return gemm_by_panels<Vec16f, T>(call, TriangleOfC{uplo_of(*uplo), *n, call.multiplies_itself()});             \
+    }
+QRV_DEFINE_TRIANGLE(float, sgemm)
+QRV_DEFINE_TRIANGLE(SingleComplex, cgemm)
+#undef QRV_DEFINE_TRIANGLE
 
 } // namespace qrv::kernel::sse42_avx512

@@ -343,6 +343,76 @@ int blocked(GemmCall<T> call, GemmMode mode, GemmPlan<T>* plan) {
     return 0;
 }
 
+// ---- A triangle of C -------------------------------------------------------------------------------------------
+
+// Columns that are computed at once where they cross the diagonal, in whole panels: what lies in the other triangle is
+// in vain.
+constexpr int crossing = 8;
+
+// C := C + alpha*op(A)*op(B) in a triangle of a square C with its diagonal; buffers are there. A block of rows takes
+// the columns beside its diagonal block at once, those across it a few at a time: the rows that are in the triangle
+// with all of these, and a square, computed aside, of which the triangle is added.
+template <class T>
+void multiply_triangle(Uplo uplo, const GemmCall<T>& p, const GemmPlan<T>& plan) {
+    const OpView<const T> viewA = p.view_of_a(), viewB = p.view_of_b();
+    const char transa = letter(p.opA), transb = letter(p.opB);
+    const int lda = static_cast<int>(p.a.ld), ldb = static_cast<int>(p.b.ld);
+    const T one = scalar<T>(1);
+    const bool upper = uplo == Uplo::upper;
+    QRV_ASSERT(crossing % plan.mUnit == 0 && plan.mb % plan.mUnit == 0);
+    for (int l = 0, kc; l < p.k; l += kc) {
+        kc = smaller(plan.kb, p.k - l);
+        for (int i = 0, mc; i < p.m; i += mc) {
+            mc = smaller(plan.mb, p.m - i);
+            copy_a(plan, p.opA)(&mc, &kc, viewA.at(i, l), &lda, plan.aBuffer.data, &plan.aBuffer.stride, &p.alpha);
+            // Rows of the block and columns of C, into `out`.
+            const auto multiply = [&](int row, int rows, int column, int columns, Matrix<T> out) {
+                if (rows <= 0 || columns <= 0)
+                    return;
+                const T* a = plan.aBuffer.data + row / plan.mUnit * std::ptrdiff_t{plan.aBuffer.stride};
+                const int ldo = static_cast<int>(out.ld);
+                plan.micro(&transa, &transb, &rows, &columns, &kc, &p.alpha, a, &plan.aBuffer.stride,
+                           viewB.at(l, column), &ldb, &one, out.data, &ldo, plan.sliver.data, MicroForm::directB);
+            };
+            if (upper)
+                multiply(0, mc, i + mc, p.n - i - mc, p.c.block(i, i + mc));
+            else
+                multiply(0, mc, 0, i, p.c.block(i, 0));
+            for (int row = 0, width; row < mc; row += width) {
+                width = smaller(crossing, mc - row);
+                const int column = i + row, next = row + width;
+                if (upper)
+                    multiply(0, row, column, width, p.c.block(i, column));
+                else
+                    multiply(next, mc - next, column, width, p.c.block(i + next, column));
+                alignas(64) T buffer[crossing * crossing] = {};
+                multiply(row, width, column, width, {buffer, crossing});
+                for (int j = 0; j < width; ++j)
+                    for (int r = upper ? 0 : j, end = upper ? j + 1 : width; r < end; ++r)
+                        p.c(column + r, column + j) = p.c(column + r, column + j) + buffer[r + j * crossing];
+            }
+        }
+    }
+}
+
+// The same with beta*C for C; false if work memory is refused: nothing has been done then.
+template <class T>
+bool triangle_by_plan(Uplo uplo, const GemmCall<T>& call, GemmPlan<T>* plan) {
+    plan->setBlocks(&call.m, &call.n, &call.k, plan);
+    void* rawBlock = nullptr;
+    plan->bufferSizes(BufferSet::aSliver, BlockClip::toProblem, &call.m, &call.n, &call.k, plan);
+    plan->allocateBuffers(BufferSet::aSliver, &rawBlock, plan);
+    if (!rawBlock)
+        return false;
+    for (int j = 0; j < call.n; ++j) {
+        const int first = uplo == Uplo::upper ? 0 : j, end = uplo == Uplo::upper ? j + 1 : call.n;
+        gemm_scale_c(end - first, 1, call.beta, call.c.block(first, j));
+    }
+    multiply_triangle(uplo, call, *plan);
+    qrv_serv_deallocate(rawBlock);
+    return true;
+}
+
 // ---- The serial entry ----------------------------------------------------------------------------------------
 
 // The whole operation; the plan is loaded and has no blocks yet.

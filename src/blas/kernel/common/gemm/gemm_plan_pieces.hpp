@@ -94,6 +94,11 @@ static_assert(complex_tile::columnUnit * complexSliverFactor * complex_tile::par
     int blas_##gemm##_blocked(QRV_GEMM_PARAMETERS(T), GemmMode mode, GemmPlan<T>* plan) {                              \
         return blocked(gemm_call<T>(QRV_GEMM_ARGUMENTS), mode, plan);                                                  \
     }                                                                                                                  \
+    bool blas_##gemm##_triangle(const char* uplo, QRV_GEMM_PARAMETERS(T)) {                                            \
+        GemmPlan<T> plan;                                                                                              \
+        blas_##gemm##_plan_load(&plan);                                                                                \
+        return triangle_by_plan(uplo_of(*uplo), gemm_call<T>(QRV_GEMM_ARGUMENTS), &plan);                              \
+    }                                                                                                                  \
     /* Out of line, so that a call that needs no plan does not pay for its frame. */                                   \
     [[gnu::noinline]] void blas_##gemm##_by_plan(QRV_GEMM_PARAMETERS(T)) {                                             \
         GemmPlan<T> plan; /* loading resets all that is read before it is set */                                       \

@@ -20,6 +20,10 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
     int blas_##gemm##_blocked(const char*, const char*, const int*, const int*, const int*, const T*, const T*,        \
                               const int*, const T*, const int*, const T*, T*, const int*, GemmMode, GemmPlan<T>*) {    \
         return 1;                                                                                                      \
+    }                                                                                                                  \
+    bool blas_##gemm##_triangle(const char*, const char*, const char*, const int*, const int*, const int*, const T*,   \
+                                const T*, const int*, const T*, const int*, const T*, T*, const int*) {                \
+        return false;                                                                                                  \
     }
 QRV_DEFINE_NO_PLAN(float, sgemm)
 QRV_DEFINE_NO_PLAN(SingleComplex, cgemm)

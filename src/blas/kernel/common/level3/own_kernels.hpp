@@ -3,7 +3,6 @@
 #pragma once
 
 #include "blas/complex.hpp"
-#include "blas/gemm_call.hpp"
 #include "blas/kernel/common/action.hpp"
 #include "blas/kernel/kernels.hpp"
 #include "blas/matrix.hpp"
@@ -26,9 +25,23 @@ inline void gemm(Op opA, Op opB, int m, int n, int k, SingleComplex alpha, Matri
 }
 
 // The same for a triangle of a square C, its diagonal included, from copies in work memory; m, n and k are positive.
-// False if memory is refused: nothing has been done then. Vectors of sixteen lanes only.
-bool triangle_by_panels(Uplo uplo, const GemmCall<float>& call);
-bool triangle_by_panels(Uplo uplo, const GemmCall<SingleComplex>& call);
+// False if memory is refused, or the build has no such way: nothing has been done then.
+bool blas_sgemm_triangle(const char* uplo, QRV_GEMM_PARAMETERS(float));
+bool blas_cgemm_triangle(const char* uplo, QRV_GEMM_PARAMETERS(SingleComplex));
+template <class T>
+bool gemm_triangle(Uplo uplo, Op opA, Op opB, int n, int k, T alpha, Matrix<const T> a, Matrix<const T> b, T beta,
+                   Matrix<T> c) {
+    const char uploLetter = letter(uplo), transa = letter(opA), transb = letter(opB);
+    const int lda = static_cast<int>(a.ld), ldb = static_cast<int>(b.ld), ldc = static_cast<int>(c.ld);
+    const auto multiply = [&](auto& triangle) {
+        return triangle(&uploLetter, &transa, &transb, &n, &n, &k, &alpha, a.data, &lda, b.data, &ldb, &beta, c.data,
+                        &ldc);
+    };
+    if constexpr (isComplex<T>)
+        return multiply(blas_cgemm_triangle);
+    else
+        return multiply(blas_sgemm_triangle);
+}
 
 // C := beta*C; beta = 0 stores zeros and does not read C, beta = 1 does nothing.
 inline void scale(int m, int n, float beta, Matrix<float> c) {

@@ -8,8 +8,8 @@
 // The triangle is cut into blocks along its diagonal and rectangles beside them, the blocks into halves in turn. A
 // rectangle is a GEMM. For a leaf on the diagonal GEMM computes the full square into a tile, of which the triangle is
 // then added: twice its work, but leaves are few. Of a rank 2k update the square of the first product and its mirror
-// image, added, are the whole leaf. Vectors of sixteen lanes have another way, for large triangles and for transposed
-// operands: one walk over copies in panels, see gemm_panels.hpp. The imaginary parts on a Hermitian diagonal are not
+// image, added, are the whole leaf. Where GEMM packs, triangles have another way: one walk over copies in panels, see
+// gemm_core.hpp and, of sixteen lanes, gemm_panels.hpp. The imaginary parts on a Hermitian diagonal are not
 // read and become 0.
 #pragma once
 
@@ -32,56 +32,60 @@ constexpr Op mirror(Symmetry symmetry) {
 
 constexpr int unlimited = 0x7FFFFFFF;
 
+// Triangles of this order at least, with so many steps at least, go by panels.
+struct ByPanels {
+    int order = unlimited, steps = 16;
+};
+
 // Blocks along the diagonal, and in which order.
 struct RankUpdateRow {
     int plain, transposed; // columns of a block, for X = A and for X = A': one after the other
     int leaf;              // a block is halved down to this size
     int order;             // triangles up to this size take
     int depth;             // so many steps of the products at once, so that X and Y stay in the outer cache
-    int panels = unlimited, panelsOfTwo = unlimited; // triangles from this size on go by panels, of two products too,
-    int panelsTransposed = unlimited;
-    int panelSteps = unlimited, panelStepsTransposed = unlimited; // with so many steps at least
+    ByPanels panels[2][2]; // of one product and of two, for X = A and for X = A'
 };
 
 template <class T, int lanes>
-constexpr RankUpdateRow rankUpdateRow{.plain = 64, .transposed = 128, .leaf = 32, .order = 0, .depth = unlimited};
+constexpr RankUpdateRow rankUpdateRow{
+    .plain = 64, .transposed = 128, .leaf = 32, .order = 0, .depth = unlimited, .panels = {}};
 // Half of a leaf's square is not needed: small ones make 64 columns, block and all, up to 1.6 times as fast.
 template <>
 constexpr RankUpdateRow rankUpdateRow<float, 4>{
-    .plain = 64, .transposed = 128, .leaf = 8, .order = 0, .depth = unlimited};
+    .plain = 64, .transposed = 128, .leaf = 8, .order = 0, .depth = unlimited, .panels = {{{32}, {32}}, {{512}, {}}}};
 template <>
 constexpr RankUpdateRow rankUpdateRow<SingleComplex, 4>{
-    .plain = 64, .transposed = 128, .leaf = 4, .order = 0, .depth = unlimited};
+    .plain = 64, .transposed = 128, .leaf = 4, .order = 0, .depth = unlimited, .panels = {{{24}, {24}}, {}}};
 // Wider vectors multiply without packing as long as operands are in the caches, and thin rectangles cost them more:
 // halves of the whole triangle gain a third to a half over one block after the other, at any size.
 template <>
-constexpr RankUpdateRow rankUpdateRow<float, 8>{
-    .plain = unlimited, .transposed = unlimited, .leaf = 16, .order = 512, .depth = 128};
+constexpr RankUpdateRow rankUpdateRow<float, 8>{.plain = unlimited,
+                                                .transposed = unlimited,
+                                                .leaf = 16,
+                                                .order = 512,
+                                                .depth = 128,
+                                                .panels = {{{512}, {128}}, {{1024}, {}}}};
 template <>
-constexpr RankUpdateRow rankUpdateRow<SingleComplex, 8>{
-    .plain = unlimited, .transposed = unlimited, .leaf = 8, .order = 512, .depth = 128};
+constexpr RankUpdateRow rankUpdateRow<SingleComplex, 8>{.plain = unlimited,
+                                                        .transposed = unlimited,
+                                                        .leaf = 8,
+                                                        .order = 512,
+                                                        .depth = 128,
+                                                        .panels = {{{256}, {128}}, {{512}, {}}}};
 template <>
 constexpr RankUpdateRow rankUpdateRow<float, 16>{.plain = unlimited,
                                                  .transposed = unlimited,
                                                  .leaf = 16,
                                                  .order = 512,
                                                  .depth = 256,
-                                                 .panels = 832,
-                                                 .panelsOfTwo = 832,
-                                                 .panelsTransposed = 64,
-                                                 .panelSteps = 512,
-                                                 .panelStepsTransposed = 16};
+                                                 .panels = {{{832, 512}, {64}}, {{832, 512}, {64}}}};
 template <>
 constexpr RankUpdateRow rankUpdateRow<SingleComplex, 16>{.plain = unlimited,
                                                          .transposed = unlimited,
                                                          .leaf = 8,
                                                          .order = 512,
                                                          .depth = 256,
-                                                         .panels = 256,
-                                                         .panelsOfTwo = 1024,
-                                                         .panelsTransposed = 96,
-                                                         .panelSteps = 64,
-                                                         .panelStepsTransposed = 16};
+                                                         .panels = {{{256, 64}, {96}}, {{1024, 64}, {96}}}};
 
 // So few columns beyond a leaf are not worth products of their own.
 constexpr int leafExcess = 2;
@@ -250,8 +254,8 @@ struct RankUpdate {
         add_by_halves(first + half, n - half);
     }
     bool goes_by_panels(int n) const {
-        return transposed ? n >= row.panelsTransposed && k >= row.panelStepsTransposed
-                          : n >= (terms == 1 ? row.panels : row.panelsOfTwo) && k >= row.panelSteps;
+        const ByPanels& from = row.panels[terms - 1][transposed];
+        return n >= from.order && k >= from.steps;
     }
     void add_by_steps(int first, int n) const {
         for (int l = 0, count; l < k; l += count) {
@@ -294,17 +298,8 @@ void update_by_panels(const RankUpdate<symmetry, T, terms>& update, int n, S bet
             factor = scalar<T>(beta);
         else
             factor = beta;
-        const GemmCall<T> product{transposed ? other : Op::none,
-                                  transposed ? Op::none : other,
-                                  n,
-                                  n,
-                                  update.k,
-                                  t.alpha,
-                                  t.x,
-                                  t.y,
-                                  factor,
-                                  update.c};
-        if (!triangle_by_panels(update.uplo, product))
+        if (!gemm_triangle(update.uplo, transposed ? other : Op::none, transposed ? Op::none : other, n, update.k,
+                           t.alpha, t.x, t.y, factor, update.c))
             update_by_halves(RankUpdate<symmetry, T, 1>{update.uplo, transposed, update.k, {t}, update.c}, n, beta);
         beta = scalar<S>(1);
     }
@@ -321,9 +316,8 @@ void update_triangle(const RankUpdate<symmetry, T, terms>& update, int n, S beta
             scale_triangle<symmetry>(update.uplo, n, beta, update.c);
         return;
     }
-    if constexpr (Pack<float>::count == 16)
-        if (update.goes_by_panels(n))
-            return update_by_panels(update, n, beta);
+    if (update.goes_by_panels(n))
+        return update_by_panels(update, n, beta);
     update_by_halves(update, n, beta);
 }
 
