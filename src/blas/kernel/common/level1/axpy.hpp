@@ -29,7 +29,7 @@ struct AxpyStep<float> {
 template <>
 struct AxpyStep<SingleComplex> {
     static constexpr bool readsX = true, readsY = true, writesX = false, writesY = true;
-    static constexpr int unit = 2, pass = 32;
+    static constexpr int unit = 2, pass = 16;
     ComplexFactor<Vec> alpha;
 
     explicit AxpyStep(SingleComplex factor) : alpha(factor) {}

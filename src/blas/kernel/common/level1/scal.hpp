@@ -26,7 +26,7 @@ struct ScalStep<float> {
 template <>
 struct ScalStep<SingleComplex> {
     static constexpr bool readsX = false, readsY = true, writesX = false, writesY = true;
-    static constexpr int unit = 2, pass = 32;
+    static constexpr int unit = 2, pass = 16;
     ComplexFactor<Vec> alpha;
 
     explicit ScalStep(SingleComplex factor) : alpha(factor) {}

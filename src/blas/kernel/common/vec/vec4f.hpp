@@ -50,9 +50,10 @@ inline Vec4f unzip_even(Vec4f a, Vec4f b) {
 inline Vec4f unzip_odd(Vec4f a, Vec4f b) {
     return {_mm_shuffle_ps(a.v, b.v, _MM_SHUFFLE(3, 1, 3, 1))};
 }
-// x1 x0 x3 x2: real and imaginary parts for each other
+// x1 x0 x3 x2: real and imaginary parts for each other. The shuffle of integers leaves x where it is, so it needs no
+// copy, and runs on more units than that of floats.
 inline Vec4f swap_parts(Vec4f x) {
-    return {_mm_shuffle_ps(x.v, x.v, _MM_SHUFFLE(2, 3, 0, 1))};
+    return {_mm_castsi128_ps(_mm_shuffle_epi32(_mm_castps_si128(x.v), _MM_SHUFFLE(2, 3, 0, 1)))};
 }
 // x with the signs flipped where `signs` has a minus: its lanes are 0 and -0.
 inline Vec4f change_signs(Vec4f x, Vec4f signs) {
@@ -157,6 +158,14 @@ inline Vec4f subtract_product(Vec4f a, Vec4f b, Vec4f c) {
 inline Vec4f loaded_once(Vec4f x) {
     asm("" : "+x"(x.v));
     return x;
+}
+// x with its parts swapped, at hand before x is used further: what then overwrites x or this needs no copy.
+template <class V>
+[[gnu::always_inline]] inline V parts_swapped(V& x) {
+    x = loaded_once(x);
+    V swapped = swap_parts(x);
+    asm("" : "+v"(x.v), "+v"(swapped.v));
+    return swapped;
 }
 // The sums of the lanes with even and with odd numbers.
 struct LanePair {
