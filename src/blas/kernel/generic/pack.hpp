@@ -115,6 +115,19 @@ struct SmallSquare {
     static void transpose(const T* a, std::ptrdiff_t, T* out, std::ptrdiff_t) {
         *out = conj_if<conjugated>(*a);
     }
+    T element;
+    static SmallSquare load(const T* a, std::ptrdiff_t) { return {*a}; }
+    void store(T* out, std::ptrdiff_t) const { *out = element; }
+    template <bool conjugated>
+    SmallSquare transposed() const {
+        return {conj_if<conjugated>(element)};
+    }
+    template <bool hermitian, bool>
+    static void expand(const T* a, std::ptrdiff_t, T* out, std::ptrdiff_t) {
+        *out = *a;
+        if constexpr (hermitian)
+            make_real(*out);
+    }
 };
 
 // Columns of a matrix that one pass takes.

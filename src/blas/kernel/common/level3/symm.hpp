@@ -31,43 +31,49 @@ constexpr SymmRow symmRow =
         ? SymmRow{.leftBlock = 256, .rightBlock = 256, .walkedUpTo = 256, .columnsAtOnce = allColumns}
         : SymmRow{.leftBlock = 256, .rightBlock = 192, .walkedUpTo = 512, .columnsAtOnce = 512};
 
-// The other half of a triangle of order n, without the diagonal.
-template <bool conjugated, class T>
-void mirror_triangle(Uplo uplo, int n, Matrix<const T> a, Matrix<T> out) {
-    constexpr int side = SmallSquare<T>::side;
-    for (int j = 0; j < n; j += side) {
-        const int columns = smaller(side, n - j), next = j + columns;
-        for (int k = j + 1; k < next; ++k)
-            for (int i = j; i < k; ++i)
-                if (uplo == Uplo::upper)
-                    out(k, i) = conj_if<conjugated>(a(i, k));
-                else
-                    out(i, k) = conj_if<conjugated>(a(k, i));
-        if (uplo == Uplo::upper)
-            transpose_rectangle<conjugated, T>(j, columns, a.block(0, j), out.block(j, 0));
-        else
-            transpose_rectangle<conjugated, T>(n - next, columns, a.block(next, j), out.block(j, next));
+// The full matrix of a triangle of order n, by small squares.
+template <Symmetry symmetry, bool upper, class T>
+void expand_squares(int n, Matrix<const T> a, Matrix<T> out) {
+    constexpr bool conjugated = symmetry == Symmetry::hermitian;
+    using Square = SmallSquare<T>;
+    const int whole = n / Square::side * Square::side;
+    for (int j = 0; j < whole; j += Square::side) {
+        Square::template expand<conjugated, upper>(&a(j, j), a.ld, &out(j, j), out.ld);
+        for (int i = upper ? 0 : j + Square::side; i < (upper ? j : whole); i += Square::side) {
+            const auto square = Square::load(&a(i, j), a.ld);
+            square.store(&out(i, j), out.ld);
+            square.template transposed<conjugated>().store(&out(j, i), out.ld);
+        }
+    }
+    for (int k = whole; k < n; ++k) {
+        for (int i = 0; i <= k; ++i) {
+            const int row = upper ? i : k, column = upper ? k : i;
+            out(row, column) = a(row, column);
+            out(column, row) = conj_if<conjugated>(a(row, column));
+        }
+        if constexpr (conjugated)
+            make_real(out(k, k));
     }
 }
+template <Symmetry symmetry, class T>
+void expand_squares(Uplo uplo, int n, Matrix<const T> a, Matrix<T> out) {
+    uplo == Uplo::upper ? expand_squares<symmetry, true, T>(n, a, out) : expand_squares<symmetry, false, T>(n, a, out);
+}
 
-// The full matrix of a triangle of order n, a few columns at a time: their part of the triangle as it is, and mirrored.
-// What the mirror writes at once is no more than the first-level cache holds.
+// The same, a few columns at a time: their part of the triangle as it is, and mirrored. What the mirror writes at once
+// is no more than the first-level cache holds.
 template <Symmetry symmetry, class T>
 void expand(Uplo uplo, int n, Matrix<const T> a, Matrix<T> out) {
-    constexpr bool conjugated = symmetry == Symmetry::hermitian;
     constexpr int band = 16;
     for (int j = 0; j < n; j += band) {
         const int columns = smaller(band, n - j), next = j + columns;
-        for (int k = j; k < next; ++k) {
-            const Range rows = triangle_column(uplo, n, k);
-            copy_run(rows.count, &a(rows.first, k), &out(rows.first, k));
-            if constexpr (conjugated)
-                make_real(out(k, k));
-        }
-        mirror_triangle<conjugated, T>(uplo, columns, a.block(j, j), out.block(j, j));
+        expand_squares<symmetry, T>(uplo, columns, a.block(j, j), out.block(j, j));
         const int from = uplo == Uplo::upper ? 0 : next, to = uplo == Uplo::upper ? j : n;
+        for (int k = j; k < next; ++k)
+            copy_run(to - from, &a(from, k), &out(from, k));
         for (int i = from; i < to; i += band)
-            transpose_rectangle<conjugated, T>(smaller(band, to - i), columns, a.block(i, j), out.block(j, i));
+            transpose_rectangle<symmetry == Symmetry::hermitian, T>(smaller(band, to - i), columns, a.block(i, j),
+                                                                    out.block(j, i));
     }
 }
 
@@ -160,7 +166,7 @@ template <Symmetry symmetry, class T>
     alignas(64) T buffer[smallSquare * smallSquare];
     const Matrix<T> square{buffer, smallSquare};
     const bool left = side == Side::left;
-    expand<symmetry, T>(uplo, left ? m : n, a, square);
+    expand_squares<symmetry, T>(uplo, left ? m : n, a, square);
     gemm(Op::none, Op::none, m, n, left ? m : n, alpha, left ? square : b, left ? b : square, beta, c);
 }
 

@@ -125,36 +125,67 @@ QRV_INLINE V negate_part(V x) {
 
 // ---- Transposition ------------------------------------------------------------------------------------------------
 
-// out := a' for a few elements in a square, which may be conjugated on the way.
+// A few elements in a square, each column a quad of floats.
 template <class T>
-struct SmallSquare;
-template <>
-struct SmallSquare<float> {
-    static constexpr int side = 4;
-    template <bool>
-    QRV_INLINE static void transpose(const float* a, std::ptrdiff_t lda, float* out, std::ptrdiff_t ldo) {
-        Vec4f x = Vec4f::load(a), y = Vec4f::load(a + lda), z = Vec4f::load(a + 2 * lda), w = Vec4f::load(a + 3 * lda);
-        qrv::kernel::QRV_KERNEL_BUILD::transpose(x, y, z, w);
-        x.store(out);
-        y.store(out + ldo);
-        z.store(out + 2 * ldo);
-        w.store(out + 3 * ldo);
+struct SmallSquare {
+    static constexpr int parts = floatsIn<T>, side = 4 / parts;
+    Vec4f column[side];
+
+    QRV_INLINE static SmallSquare load(const T* a, std::ptrdiff_t lda) {
+        SmallSquare x;
+        QRV_UNROLL
+        for (int k = 0; k < side; ++k)
+            x.column[k] = Vec4f::load(reinterpret_cast<const float*>(a + k * lda));
+        return x;
     }
-};
-template <>
-struct SmallSquare<SingleComplex> {
-    static constexpr int side = 2;
+    QRV_INLINE void store(T* out, std::ptrdiff_t ldo) const {
+        QRV_UNROLL
+        for (int k = 0; k < side; ++k)
+            column[k].store(reinterpret_cast<float*>(out + k * ldo));
+    }
+    // May be conjugated on the way.
     template <bool conjugated>
-    QRV_INLINE static void transpose(const SingleComplex* a, std::ptrdiff_t lda, SingleComplex* out,
-                                     std::ptrdiff_t ldo) {
-        const auto load = [=](const SingleComplex* p) {
-            const Vec4f x = Vec4f::load(reinterpret_cast<const float*>(p));
-            return conjugated ? negate_part<1>(x) : x;
-        };
-        const Vec4f x = load(a), y = load(a + lda);
-        low_halves(x, y).store(reinterpret_cast<float*>(out));
-        high_halves(x, y).store(reinterpret_cast<float*>(out + ldo));
+    QRV_INLINE SmallSquare transposed() const {
+        SmallSquare x = *this;
+        if constexpr (isComplex<T>) {
+            const Vec4f signs = Vec4f::alternate(0, conjugated ? -0.0F : 0.0F);
+            x.column[0] = change_signs(low_halves(column[0], column[1]), signs);
+            x.column[1] = change_signs(high_halves(column[0], column[1]), signs);
+        } else {
+            qrv::kernel::QRV_KERNEL_BUILD::transpose(x.column[0], x.column[1], x.column[2], x.column[3]);
+        }
+        return x;
     }
+    // out := a'
+    template <bool conjugated>
+    QRV_INLINE static void transpose(const T* a, std::ptrdiff_t lda, T* out, std::ptrdiff_t ldo) {
+        load(a, lda).template transposed<conjugated>().store(out, ldo);
+    }
+    // out := the whole of a symmetric or Hermitian a, of which one triangle is read.
+    template <bool hermitian, bool upper>
+    QRV_INLINE static void expand(const T* a, std::ptrdiff_t lda, T* out, std::ptrdiff_t ldo) {
+        SmallSquare x;
+        repeat<side>([&](auto k) __attribute__((always_inline)) {
+            constexpr int own = k() * parts;
+            const auto* from = reinterpret_cast<const float*>(a + k() * lda);
+            if constexpr (upper)
+                x.column[k()] = load_first<own + parts>(from);
+            else
+                x.column[k()].v = _mm_castsi128_ps(
+                    _mm_slli_si128(_mm_castps_si128(load_first<4 - own>(from + own).v), own * sizeof(float)));
+            if constexpr (hermitian)
+                x.column[k()] = lanes(0, own + 1, x.column[k()]) | lanes(own + 2, 4, x.column[k()]);
+        });
+        const SmallSquare mirrored = x.template transposed<hermitian>();
+        repeat<side>([&](auto k) __attribute__((always_inline)) {
+            constexpr int own = k() * parts;
+            x.column[k()] = x.column[k()] | lanes(upper ? own + parts : 0, upper ? 4 : own, mirrored.column[k()]);
+        });
+        x.store(out, ldo);
+    }
+
+private:
+    QRV_INLINE static Vec4f lanes(int from, int to, Vec4f x) { return LaneRange<Vec4f>{from, to}.kept(x); }
 };
 
 // ---- Sums of products ---------------------------------------------------------------------------------------------

@@ -22,6 +22,7 @@ struct Vec4f {
     friend Vec4f operator+(Vec4f a, Vec4f b) { return {_mm_add_ps(a.v, b.v)}; }
     friend Vec4f operator-(Vec4f a, Vec4f b) { return {_mm_sub_ps(a.v, b.v)}; }
     friend Vec4f operator*(Vec4f a, Vec4f b) { return {_mm_mul_ps(a.v, b.v)}; }
+    friend Vec4f operator|(Vec4f a, Vec4f b) { return {_mm_or_ps(a.v, b.v)}; }
 };
 
 // x2 x3 x0 x1
