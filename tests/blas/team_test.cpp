@@ -20,18 +20,6 @@ std::string text(const X& x) {
 
 // ---- Busy cores ----------------------------------------------------------------------------------------------------
 
-// With dynamic adjustment, unless teams are limited.
-class TeamsOnBusyCores : public testing::Test {
-protected:
-    void SetUp() override {
-        if (omp_get_thread_limit() < 8 || omp_get_dynamic())
-            GTEST_SKIP() << "teams are limited";
-    }
-
-private:
-    const DynamicAdjustment dynamic_{1};
-};
-
 TEST_F(TeamsOnBusyCores, GiveWayAfterALossAndForAWhile) {
     EXPECT_EQ(ticks_alone(2, 40000, leastDelay), 0) << "no time slice";
     EXPECT_GT(ticks_alone(2, 40000, leastDelay + 1), leastDelay);
@@ -55,7 +43,10 @@ TEST_F(TeamsOnBusyCores, ATeamThatWasWaitedForIsNotFormedAgain) {
         aloneUntil = ticks_now() + longestAlone;
         largestTeam = 0;
         std::atomic<int> parts = 0;
-        on_team(3, [&](int team, int thread) { parts += team * (1 << thread); });
+        on_team(3, [&](int team, int thread) {
+            parts += team * (1 << thread);
+            EXPECT_TRUE(calls_come_from_a_region());
+        });
         EXPECT_EQ(parts, 21);
         return largestTeam.load();
     };

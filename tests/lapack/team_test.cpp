@@ -1,9 +1,12 @@
 // LAPACK's own regions on teams: factors are right, whatever the team and the work memory that is there.
+#include <chrono>
+
 #include "lapack/calls/bidiagonal.hpp"
 #include "lapack/calls/nonsymmetric.hpp"
 #include "lapack/calls/symmetric.hpp"
 #include "lapack/kernel/source/bidiagonal/labrd.hpp"
 #include "lapack/kernel/source/cholesky/potrf.hpp"
+#include "lapack/task_team.hpp"
 #include "service/vector_form.hpp"
 #include "support/cholesky.hpp"
 #include "support/lu.hpp"
@@ -14,6 +17,45 @@
 
 namespace qrv::test {
 namespace {
+
+// A task for each of two threads, of which one is late.
+struct TaskEach {
+    struct Task {
+        int turn = 0;
+        bool waits() const { return turn == 0; }
+        bool ends() const { return turn == 2; }
+    };
+    int late, team = 0;
+
+    void begin(int size) { team = size; }
+    Task first(int) const { return {}; }
+    void next(int, Task& task) const { ++task.turn; }
+    bool perform(const Task&, int thread) const {
+        EXPECT_TRUE(calls_come_from_a_region());
+        if (thread == late)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        return true;
+    }
+};
+
+TEST_F(TeamsOnBusyCores, ATeamThatTakesTasksIsNotFormedAgain) {
+    for (const int late : {0, 1}) {
+        int noted = 0;
+        for (int tries = 0; tries < 12; ++tries) {
+            aloneUntil = 0;
+            TaskEach job{late};
+            lapack::TaskTeam(job).run(2);
+            EXPECT_EQ(job.team, 2);
+            noted += aloneUntil > 0 ? 1 : 0;
+        }
+        EXPECT_GT(noted, 6) << late; // other work may hold up the other one too, which tells nothing
+    }
+    aloneUntil = ticks_now() + longestAlone;
+    TaskEach alone{-1};
+    lapack::TaskTeam(alone).run(2);
+    EXPECT_EQ(alone.team, 1);
+    EXPECT_FALSE(calls_come_from_a_region());
+}
 
 using Sizes = std::initializer_list<std::pair<int, int>>;
 

@@ -11,6 +11,7 @@
 
 #include "blas/thread/common/crowd.hpp"
 #include "blas/thread/common/work_threads.hpp"
+#include "service/thread_budget.hpp"
 #include "support/teams.hpp"
 #include "support/work_memory.hpp"
 
@@ -43,6 +44,23 @@ public:
 
 private:
     int before_;
+};
+
+// One thread is then enough for them.
+inline bool calls_come_from_a_region() {
+    return current_budget_facts().inParallel;
+}
+
+// With dynamic adjustment, unless teams are limited.
+class TeamsOnBusyCores : public testing::Test {
+protected:
+    void SetUp() override {
+        if (omp_get_thread_limit() < 8 || omp_get_dynamic())
+            GTEST_SKIP() << "teams are limited";
+    }
+
+private:
+    const DynamicAdjustment dynamic_{1};
 };
 
 // Where a case runs twice.
