@@ -15,6 +15,7 @@ struct PackRange {
 
 // Stands for all elements of a pack where others give their number.
 struct All {};
+struct AllAligned {};
 
 template <class T>
 struct Pack {

@@ -56,7 +56,7 @@ inline float sum_of_magnitudes(std::ptrdiff_t n, const float* x) {
 }
 
 template <class T>
-float asum(int n, const T* x, int incx) {
+[[gnu::always_inline]] inline float asum(int n, const T* x, int incx) {
     if (n > 0 && contiguous_either_way(x, incx))
         return sum_of_magnitudes(std::ptrdiff_t{n} * floatsIn<T>, parts(x));
     return strided::asum(n, x, incx);

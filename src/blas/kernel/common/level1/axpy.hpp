@@ -37,7 +37,7 @@ struct AxpyStep<SingleComplex> {
 };
 
 template <class T>
-void axpy(int n, T alpha, const T* x, int incx, T* y, int incy) {
+[[gnu::always_inline]] inline void axpy(int n, T alpha, const T* x, int incx, T* y, int incy) {
     if (!contiguous(x, incx) || !contiguous(y, incy))
         return strided::axpy(n, alpha, x, incx, y, incy);
     AxpyStep<T> step(alpha);

@@ -24,7 +24,7 @@ struct SwapStep {
 };
 
 template <class T>
-void copy(int n, const T* x, int incx, T* y, int incy) {
+[[gnu::always_inline]] inline void copy(int n, const T* x, int incx, T* y, int incy) {
     if (!contiguous(x, incx) || !contiguous(y, incy))
         return strided::copy(n, x, incx, y, incy);
     CopyStep step;
@@ -33,7 +33,7 @@ void copy(int n, const T* x, int incx, T* y, int incy) {
 
 // Increments of -1 pair the same elements as increments of 1.
 template <class T>
-void swap(int n, T* x, int incx, T* y, int incy) {
+[[gnu::always_inline]] inline void swap(int n, T* x, int incx, T* y, int incy) {
     if (incx != incy || !contiguous_either_way(x, incx) || !contiguous_either_way(y, incy))
         return strided::swap(n, x, incx, y, incy);
     SwapStep step;

@@ -20,7 +20,7 @@ struct RotStep {
     }
 };
 
-inline void rot(int n, float* x, int incx, float* y, int incy, float c, float s) {
+[[gnu::always_inline]] inline void rot(int n, float* x, int incx, float* y, int incy, float c, float s) {
     if (!contiguous(x, incx) || !contiguous(y, incy))
         return strided::rot(n, x, incx, y, incy, c, s);
     RotStep step(c, s);

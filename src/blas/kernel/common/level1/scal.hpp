@@ -34,7 +34,7 @@ struct ScalStep<SingleComplex> {
 };
 
 template <class Scale, class T>
-void scal(int n, Scale alpha, T* x, int incx) {
+[[gnu::always_inline]] inline void scal(int n, Scale alpha, T* x, int incx) {
     if (!contiguous_either_way(x, incx))
         return strided::scal(n, alpha, x, incx);
     ScalStep<Scale> step(alpha);

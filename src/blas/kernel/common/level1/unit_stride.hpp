@@ -26,10 +26,12 @@ public:
     [[gnu::always_inline]] UnitStride(std::ptrdiff_t n, X* x, Y* y, Step& step) : n_(n), x_(x), y_(y), step_(step) {}
 
     [[gnu::always_inline]] void walk() {
-        const int head = (Vec::lanes - past_boundary(y_)) % Vec::lanes;
-        if (n_ >= head + Step::pass && head % Step::unit == 0) {
-            part(head);
-            main_loop();
+        if (n_ >= Step::pass) { // a short call feels each question
+            const int head = (Vec::lanes - past_boundary(y_)) % Vec::lanes;
+            if (n_ >= head + Step::pass && head % Step::unit == 0) {
+                part(head);
+                main_loop();
+            }
         }
         for (const std::ptrdiff_t last = n_ - 2 * Vec::lanes; done_ <= last;) {
             lanes<Vec::lanes>(0);

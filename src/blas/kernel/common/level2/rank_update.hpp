@@ -22,6 +22,12 @@ struct UpdateVectors {
     }
 };
 
+// Whether vectors of 128 bits from a on are aligned in every column.
+template <class T>
+QRV_INLINE bool on_boundaries(const T* a, std::ptrdiff_t lda) {
+    return (reinterpret_cast<std::uintptr_t>(a) | static_cast<std::uintptr_t>(lda * sizeof(T))) % 16 == 0;
+}
+
 // Column k of A is added x[t] times s[t][k] for each term t, in m rows; of a corner, its triangle. A pack of each
 // vector is loaded once for all columns.
 template <Corner corner, int columns, int terms, class T>
@@ -54,8 +60,15 @@ void update_columns(int m, T* a, std::ptrdiff_t lda, const T (&s)[terms][columns
         for (int k = 0; k < columns; ++k)
             sums[k].store(column.at[k] + i, part(k));
     };
+    // Where packs of 128 bits fill the corner, what of them belongs to it is known beforehand, and nothing is asked.
+    constexpr bool wholeCorner = Vec::lanes == 4 && columns % count == 0;
     int i = 0;
-    if constexpr (corner == Corner::first)
+    if constexpr (corner == Corner::first && wholeCorner) {
+        repeat<columns / count>([&](auto pack) __attribute__((always_inline)) {
+            rows(pack() * count, All{}, [=](int k) { return Pack<T>::range(larger(k - pack() * count, 0), count); });
+        });
+        i = columns;
+    } else if constexpr (corner == Corner::first)
         for (; i < smaller(columns, m); i += count) {
             const int height = smaller(count, m - i);
             rows(i, height, [=](int k) { return Pack<T>::range(larger(k - i, 0), height); });
@@ -65,11 +78,20 @@ void update_columns(int m, T* a, std::ptrdiff_t lda, const T (&s)[terms][columns
         rows(i, first, [=](int) { return first; });
         i += first;
     }
+    if constexpr (isComplex<T> && Vec::lanes == 4)
+        if (on_boundaries(a + i, lda))
+            for (; end - i >= count; i += count)
+                rows(i, All{}, [](int) { return AllAligned{}; });
     for (; end - i >= count; i += count)
         rows(i, All{}, [](int) { return All{}; });
     if (i < end)
         rows(i, end - i, [=](int) { return end - i; });
-    if constexpr (corner == Corner::last)
+    if constexpr (corner == Corner::last && wholeCorner)
+        repeat<columns / count>([&](auto pack) __attribute__((always_inline)) {
+            rows(end + pack() * count, All{},
+                 [=](int k) { return Pack<T>::range(0, smaller(larger(k + 1 - pack() * count, 0), count)); });
+        });
+    else if constexpr (corner == Corner::last)
         for (i = end; i < m; i += count) {
             const int height = smaller(count, m - i);
             rows(i, height, [=](int k) { return Pack<T>::range(0, smaller(k + 1 - (i - end), height)); });

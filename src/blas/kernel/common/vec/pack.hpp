@@ -76,8 +76,9 @@ struct LaneRange<V, 16> {
     V times_plus(V a, V b, V c) const { return {_mm512_mask3_fmadd_ps(a.v, b.v, c.v, mask.bits)}; }
 };
 
-// Stands for all elements of a pack where others give their number.
+// Stands for all elements of a pack where others give their number; and where the pack is on a boundary.
 struct All {};
+struct AllAligned {};
 
 template <class T>
 struct Pack {
@@ -95,6 +96,8 @@ struct Pack {
     static Pack load_between_stores(const T* p, Part part) {
         if constexpr ((Vec::lanes > 4) && std::is_same_v<Part, All>)
             return {load_halves(floats(p))};
+        else if constexpr (std::is_same_v<Part, AllAligned>)
+            return {Vec::load_aligned(floats(p))};
         else
             return load(p, part);
     }
@@ -103,6 +106,7 @@ struct Pack {
     void store(T* p, const LaneRange<Vec>& range) const { range.store(floats(p), v); }
     void store(T* p) const { v.store(floats(p)); }
     void store(T* p, All) const { store(p); }
+    void store(T* p, AllAligned) const { v.store_aligned(floats(p)); }
     void store(T* p, int n) const {
         if (n == count)
             store(p);

@@ -10,3 +10,22 @@
 #else
 #define QRV_AS_WRITTEN [[gnu::noipa]]
 #endif
+
+namespace qrv::kernel::QRV_KERNEL_BUILD {
+
+// A number as a type: it chooses the instance of a generic lambda.
+template <int count>
+struct Lanes {
+    constexpr int operator()() const { return count; }
+};
+
+// each(Lanes<0>()) to each(Lanes<count - 1>()), without a loop at any level of optimisation.
+template <int count, class Each>
+[[gnu::always_inline]] inline void repeat(const Each& each) {
+    if constexpr (count > 0) {
+        repeat<count - 1>(each);
+        each(Lanes<count - 1>());
+    }
+}
+
+} // namespace qrv::kernel::QRV_KERNEL_BUILD

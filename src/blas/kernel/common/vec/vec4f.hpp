@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <emmintrin.h>
 
+#include "blas/kernel/common/vec/unrolling.hpp"
+
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 struct Vec4f {
@@ -83,21 +85,6 @@ inline Vec4f sum_lanes(Vec4f a, Vec4f b, Vec4f c, Vec4f d) {
     const __m128 ab = _mm_add_ps(_mm_unpacklo_ps(a.v, b.v), _mm_unpackhi_ps(a.v, b.v)); // a02 b02 a13 b13
     const __m128 cd = _mm_add_ps(_mm_unpacklo_ps(c.v, d.v), _mm_unpackhi_ps(c.v, d.v));
     return {_mm_add_ps(_mm_movelh_ps(ab, cd), _mm_movehl_ps(cd, ab))};
-}
-
-// A number as a type: it chooses the instance of a generic lambda.
-template <int count>
-struct Lanes {
-    constexpr int operator()() const { return count; }
-};
-
-// each(Lanes<0>()) to each(Lanes<count - 1>()), without a loop at any level of optimisation.
-template <int count, class Each>
-[[gnu::always_inline]] inline void repeat(const Each& each) {
-    if constexpr (count > 0) {
-        repeat<count - 1>(each);
-        each(Lanes<count - 1>());
-    }
 }
 
 // The first `count` lanes, 1 to 4, from memory, zeros behind them; nothing past them is read or written.
