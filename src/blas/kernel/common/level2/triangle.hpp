@@ -170,12 +170,53 @@ void apply_columns(const Triangle<T>& t, int j, X x, SolvedGroup<T>& last) {
             last.values[k] = s[k];
 }
 
+// x := A'*x for a group of columns of a narrow band that are all of full length, which begin one row below each other.
+// With elements of x of its own for each column no corner is left over, and the diagonal is an element like the others.
+// A wide band takes longer so, as x is loaded for each column.
+constexpr int slantedReach = 64;
+template <class T>
+bool is_slanted(const Triangle<T>& t, int j) {
+    return t.reach >= groupColumns && t.reach <= slantedReach &&
+           (t.upper() ? j >= t.reach : j + groupColumns + t.reach <= t.n);
+}
+template <class T>
+[[gnu::noinline]] void multiply_slanted_columns(const Triangle<T>& t, int j, T* x) {
+    const bool unit = t.diag == Diag::unit;
+    const int from = t.upper() ? j - t.reach : unit ? j + 1 : j, rows = unit ? t.reach : t.reach + 1;
+    const ColumnStarts<groupColumns, const T> column(&t.a(from, j), t.a.ld + 1);
+    DotSum<false, T> sums[groupColumns];
+    clear(sums);
+    const auto add = [&, xs = x + from ](int i, auto height, auto... range) __attribute__((always_inline)) {
+        QRV_UNROLL
+        for (int k = 0; k < groupColumns; ++k)
+            sums[k].add(Pack<T>::load(column.at[k] + i, height), DotOperand<T>(Pack<T>::load(xs + k + i, height)),
+                        range...);
+    };
+    constexpr int count = Pack<T>::count;
+    int i = 0;
+    for (; rows - i >= count; i += count)
+        add(i, All{});
+    if (i == 0)
+        add(0, rows);
+    else if (i < rows) // whole vectors, as one with lanes left out would wait for elements of x just stored
+        add(rows - count, All{}, Pack<T>::range(count - (rows - i), count));
+    if (unit)
+        add_dots(sums, scalar<T>(1), x + j);
+    else
+        store_dots(sums, x + j);
+}
+
 template <Action action, bool transposed, bool conjugated, class T, class X>
 void apply_triangle(const Triangle<T>& t, X x) {
     const bool inGroups = t.reach >= groupColumns - 1; // a group's diagonal block is dense then
     SolvedGroup<T> last;
-    walk_columns(t.n, inGroups, ascends(action, is_upper(t.uplo, transposed)),
-                 [&](auto columns, int j) { apply_columns<action, transposed, conjugated, columns()>(t, j, x, last); });
+    walk_columns(t.n, inGroups, ascends(action, is_upper(t.uplo, transposed)), [&](auto columns, int j) {
+        if constexpr (action == Action::multiply && transposed && columns() == groupColumns && !isComplex<T> &&
+                      isContiguous<X> && Pack<T>::count > 1)
+            if (is_slanted(t, j))
+                return multiply_slanted_columns(t, j, x);
+        apply_columns<action, transposed, conjugated, columns()>(t, j, x, last);
+    });
 }
 template <Action action, class T, class X>
 void apply_triangle(Op op, const Triangle<T>& t, X x) {
