@@ -14,6 +14,8 @@ struct RotStep {
 
     RotStep(float cosine, float sine) : c(Vec::splat(cosine)), s(Vec::splat(sine)), minusS(Vec::splat(-sine)) {}
     void operator()(int, Vec& x, Vec& y) const {
+        x = loaded_once(x); // each goes into two products
+        y = loaded_once(y);
         const Vec rotated = multiply_add(c, x, s * y);
         y = multiply_add(c, y, minusS * x);
         x = rotated;
