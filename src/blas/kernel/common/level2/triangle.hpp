@@ -209,11 +209,12 @@ template <class T>
 template <Action action, bool transposed, bool conjugated, class T, class X>
 void apply_triangle(const Triangle<T>& t, X x) {
     const bool inGroups = t.reach >= groupColumns - 1; // a group's diagonal block is dense then
+    constexpr bool maySlant =
+        action == Action::multiply && transposed && !isComplex<T> && isContiguous<X> && Pack<T>::count > 1;
     SolvedGroup<T> last;
     walk_columns(t.n, inGroups, ascends(action, is_upper(t.uplo, transposed)), [&](auto columns, int j) {
-        if constexpr (action == Action::multiply && transposed && columns() == groupColumns && !isComplex<T> &&
-                      isContiguous<X> && Pack<T>::count > 1)
-            if (is_slanted(t, j))
+        if constexpr (maySlant)
+            if (columns() == groupColumns && is_slanted(t, j))
                 return multiply_slanted_columns(t, j, x);
         apply_columns<action, transposed, conjugated, columns()>(t, j, x, last);
     });
