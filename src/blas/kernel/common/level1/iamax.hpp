@@ -99,6 +99,24 @@ int index_in_vectors(int n, const T* x) {
     return i < L ? i : i < 2 * L ? i - L + second : i < 3 * L ? i - 2 * L + third : i - 3 * L + fourth;
 }
 
+// The same of still more, up to eight vectors: four from the start and four up to the end.
+template <class T>
+int index_in_eight_vectors(int n, const T* x) {
+    constexpr int L = Vec::lanes;
+    const T* const last = x + n - 4 * L;
+    const Vec a = magnitudes(x), b = magnitudes(x + L), c = magnitudes(x + 2 * L), d = magnitudes(x + 3 * L);
+    const Vec e = magnitudes(last), f = magnitudes(last + L), g = magnitudes(last + 2 * L),
+              h = magnitudes(last + 3 * L);
+    Peak peak;
+    peak.take(a, b, c, d);
+    peak.take(e, f, g, h);
+    const Vec largest = peak.spread();
+    if (const std::uint64_t found = equal_lanes(largest, a, b, c, d))
+        return __builtin_ctzll(found);
+    const std::uint64_t found = equal_lanes(largest, e, f, g, h);
+    return found != 0 ? n - 4 * L + __builtin_ctzll(found) : -1;
+}
+
 // The same in a function of its own: among the questions of the blocks the loop of wide vectors took 1.1 times as long.
 template <class T>
 [[gnu::noinline]] float largest_in_block(int n, const T* x) {
@@ -141,8 +159,11 @@ template <class T>
 
 template <class T>
 [[gnu::always_inline]] inline int position_of_largest(int n, const T* x) {
-    if (n <= 4 * Vec::lanes)
-        if (const int index = n <= Vec::lanes ? index_in_vector(n, x) : index_in_vectors(n, x); index >= 0)
+    if (n <= (isWide ? 8 : 4) * Vec::lanes)
+        if (const int index = n <= Vec::lanes       ? index_in_vector(n, x)
+                              : n <= 4 * Vec::lanes ? index_in_vectors(n, x)
+                                                    : index_in_eight_vectors(n, x);
+            index >= 0)
             return 1 + index;
     if (n <= magnitudeBlock)
         if (const float largest = largest_magnitude(n, x); largest == largest)
