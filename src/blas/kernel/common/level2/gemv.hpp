@@ -52,7 +52,7 @@ void add_columns(int m, const T* a, std::ptrdiff_t lda, const T* s, T* y) {
 // the last of which may be partly filled.
 template <int packs, class T>
 void add_to_few_rows(int m, int n, const T* a, std::ptrdiff_t lda, const T* s, T* y) {
-    constexpr int chains = packs <= 2 ? 4 : 2;
+    constexpr int chains = 4 * packs <= columnsAtOnce<T> ? 4 : 2;
     const int last = m - (packs - 1) * Pack<T>::count;
     const auto load = [=](const T* p, int r) {
         return r < packs - 1 ? Pack<T>::load(p + r * Pack<T>::count) : Pack<T>::load(p + r * Pack<T>::count, last);

@@ -238,6 +238,7 @@ struct ScaledSum<SingleComplex> {
     explicit ScaledSum(Pack<SingleComplex> y) : re(y.v), im(Vec::zero()) {}
     ScaledSum(Pack<SingleComplex> a, const Factor<SingleComplex>& s) : re(a.v * s.re), im(a.v * s.im) {}
     void add(Pack<SingleComplex> a, const Factor<SingleComplex>& s) {
+        a = loaded_once(a); // goes into two products
         re = multiply_add(a.v, s.re, re);
         im = multiply_add(a.v, s.im, im);
     }
@@ -310,6 +311,7 @@ struct DotSum<conjugated, SingleComplex> {
     Vec like, cross; // re*re, im*im; re*im, im*re
     static DotSum zero() { return {Vec::zero(), Vec::zero()}; }
     void add(Pack<SingleComplex> a, const DotOperand<SingleComplex>& x) {
+        a = loaded_once(a);
         like = multiply_add(a.v, x.v, like);
         cross = multiply_add(a.v, x.swapped, cross);
     }
