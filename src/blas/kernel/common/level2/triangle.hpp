@@ -11,7 +11,7 @@
 //   solve      upper descends, diagonal first   upper ascends, beside first
 //
 // Lower triangles walk the other way. An element of the diagonal is read only if it is not taken to be 1, and then
-// divided by: there is no reciprocal.
+// divided by: there is no reciprocal of floats.
 //
 // With op(A) = A an element of x that is 0 adds nothing and is not divided: its column is not read as long as the
 // others of its group are 0 too.
@@ -43,6 +43,26 @@ constexpr bool beside_first(Action action, bool transposed) {
     return transposed == (action == Action::solve);
 }
 
+// What is divided by. A complex number divides as operator/ does, but by a product in double with the reciprocal of its
+// square, which does not wait for the dividend.
+template <class T>
+struct Divisor {
+    T value = scalar<T>(1);
+    T divide(T x) const { return x / value; }
+};
+template <>
+struct Divisor<SingleComplex> {
+    double re = 1, im = 0, reciprocal = 1;
+    Divisor() = default;
+    explicit Divisor(SingleComplex x) : re(x.re), im(x.im), reciprocal(1 / (re * re + im * im)) {}
+    SingleComplex divide(SingleComplex x) const {
+        if (reciprocal == 0) // an infinite part
+            return x / SingleComplex{static_cast<float>(re), static_cast<float>(im)};
+        return {static_cast<float>((x.re * re + x.im * im) * reciprocal),
+                static_cast<float>((x.im * re - x.re * im) * reciprocal)};
+    }
+};
+
 // The diagonal block of a few columns, with a at its first element: s := op(A)*s or inverse(op(A))*s. In line, so that
 // s stays in registers: its elements one by one to memory and back as a vector would wait for the store, in each group.
 template <Action action, bool transposed, bool conjugated, Uplo uplo, int columns, class T>
@@ -58,6 +78,12 @@ template <Action action, bool transposed, bool conjugated, Uplo uplo, int column
                 add(s[i], a(i, j), s[j]);
         }
     };
+    Divisor<T> divisor[columns];
+    if (action == Action::solve && diag == Diag::nonUnit) {
+        QRV_UNROLL
+        for (int j = 0; j < columns; ++j)
+            divisor[j] = Divisor<T>{conj_if<conjugated>(a(j, j))};
+    }
     QRV_UNROLL
     for (int step = 0; step < columns; ++step) {
         const int j = ascends(action, is_upper(uplo, transposed)) ? step : columns - 1 - step;
@@ -65,10 +91,8 @@ template <Action action, bool transposed, bool conjugated, Uplo uplo, int column
             continue;
         if (beside_first(action, transposed))
             beside(j);
-        if (diag == Diag::nonUnit) {
-            const T pivot = conj_if<conjugated>(a(j, j));
-            s[j] = action == Action::multiply ? pivot * s[j] : s[j] / pivot;
-        }
+        if (diag == Diag::nonUnit)
+            s[j] = action == Action::multiply ? conj_if<conjugated>(a(j, j)) * s[j] : divisor[j].divide(s[j]);
         if (!beside_first(action, transposed))
             beside(j);
     }
@@ -135,7 +159,8 @@ void apply_columns(const Triangle<T>& t, int j, X x, SolvedGroup<T>& last) {
                 last.template subtract_from<transposed, conjugated>(s, t.a, j + columns, j);
         }
     }
-    const auto beside = [&] {
+    // In line, so that s need not lie in memory: parts stored one by one do not reach a load of the whole element.
+    const auto beside = [&]() __attribute__((always_inline)) {
         if (!transposed && all_zero(s))
             return;
         const auto rows = rows_beside<columns>(t, j, near);
@@ -153,14 +178,14 @@ void apply_columns(const Triangle<T>& t, int j, X x, SolvedGroup<T>& last) {
                                       t.upper() && action == Action::solve ? WholeVectors::last : WholeVectors::first);
         }
     };
-    if (beside_first(action, transposed))
+    if constexpr (beside_first(action, transposed))
         beside();
     const auto corner = t.a.block(j, j);
     if (t.upper())
         diagonal_block<action, transposed, conjugated, Uplo::upper>(corner, t.diag, s);
     else
         diagonal_block<action, transposed, conjugated, Uplo::lower>(corner, t.diag, s);
-    if (!beside_first(action, transposed))
+    if constexpr (!beside_first(action, transposed))
         beside();
     QRV_UNROLL
     for (int k = 0; k < columns; ++k)
