@@ -57,6 +57,34 @@ TEST_F(TeamsOnBusyCores, ATeamThatTakesTasksIsNotFormedAgain) {
     EXPECT_FALSE(calls_come_from_a_region());
 }
 
+// Of each factorization a thread is late that tells of a panel.
+TEST_F(TeamsOnBusyCores, AFactorizationThatWasWaitedForIsNotMadeByATeamAgain) {
+    qrv_serv_set_progress([](const int*, const int*, const char*, int) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        return 0;
+    });
+    const auto expect_noted = [](const char* what, const auto& factor) {
+        aloneUntil = 0;
+        for (int tries = 0; tries < 20 && aloneUntil == 0; ++tries)
+            factor();
+        EXPECT_GT(aloneUntil, 0) << what;
+    };
+    expect_noted("getrf", [] { factor(dynamic_route<float>(2, 8), known_pivots<float>(64, 64, 1).a); });
+    expect_noted("potrf", [] {
+        Operand<float> f(definite<float>(Uplo::lower, 64));
+        lapack::potrf_tiles(2, {8, 4, 16}, Uplo::lower, 64, f.view());
+    });
+    expect_noted("geqrf", [] {
+        QrResult<float> f(qr_matrix<float>(64, 64), 64);
+        factor_on_team(f, 2, 8, 2);
+    });
+    expect_noted("geqrf, high", [] {
+        QrResult<float> f(qr_matrix<float>(4 * 2048, 2), 2);
+        lapack::geqrf_tall(2, f.a.rows(), 2, f.a.view(), f.tau.data());
+    });
+    qrv_serv_set_progress(nullptr);
+}
+
 using Sizes = std::initializer_list<std::pair<int, int>>;
 
 // The look-ahead team, and tasks on block columns of each width, which give the same bits on every team.
@@ -233,6 +261,20 @@ void add_qr(std::vector<TeamCase>& cases, Sizes sizes) {
     }
 }
 
+// By blocks of rows, as the driver decides: the same bits on every team.
+void add_high_qr(std::vector<TeamCase>& cases, int n) {
+    const auto a = std::make_shared<const Operand<float>>(qr_matrix<float>(4 * 2048, n));
+    cases.push_back({"geqrf, high", [=](int, bool twice) {
+                         const auto factors = [&] {
+                             QrResult<float> f(*a, n);
+                             lapack::geqrf(a->rows(), n, f.a.view(), f.tau.data(), f.work.data(), n);
+                             return f;
+                         };
+                         const QrResult<float> f = factors();
+                         return qr_residual(*a, f, false) < 24 && (!twice || f.a.same_bits(again(factors).a));
+                     }});
+}
+
 template <class T>
 void add_all(std::vector<TeamCase>& cases) {
     add_bidiagonal<T>(cases, {{40, 40}, {61, 17}, {17, 61}, {6, 6}, {9, 5}, {5, 9}, {1, 4}});
@@ -262,6 +304,7 @@ INSTANTIATE_TEST_SUITE_P(Lapack, Team,
                                                         add_few<float>(cases);
                                                         add_few<SingleComplex>(cases);
                                                         add_tridiagonal(cases, {30});
+                                                        add_high_qr(cases, 9);
                                                         add_sweeps(cases, {{40, 4}, {110, 6}});
                                                         return cases;
                                                     }}));

@@ -153,7 +153,7 @@ TEST_P(Team, OnBusyCores) {
         EXPECT_TRUE(one.right(5, false)) << one.name;
         // Some of older classes form teams all the same.
         const bool formsTeams = qrv_serv_get_cpu_ma() != newestClass || one.name.find(" region") < one.name.size();
-        EXPECT_TRUE(largestTeam == 0 || formsTeams) << one.name;
+        EXPECT_TRUE(largestTeam < 2 || formsTeams) << one.name;
     }
     beforeSecondRun = [] {};
 }

@@ -23,7 +23,7 @@ struct PotrfMachine {
     bool wide() const { return vector_form_in_use() != VectorForm::sse; }
     int crossover() const { return wide() ? wideCrossover : tuning::crossover(RoutineName<T>("POTRF"), n); }
     PotrfGrain grain(int threadCount) const {
-        return wide() ? wide_grain(n) : tuned_grain(RoutineName<T>("POTRF"), n, threadCount);
+        return wide() ? wide_grain(n, threadCount) : tuned_grain(RoutineName<T>("POTRF"), n, threadCount);
     }
 };
 

@@ -25,10 +25,11 @@ inline PotrfGrain tuned_grain(std::string_view name, int n, int threads) {
 }
 
 // The same for wide vectors, for which the tuned tiles are too small: the products of a tile have to fill packed
-// kernels.
-constexpr PotrfGrain wide_grain(int n) {
-    const int tile = n <= 700 ? 32 : n <= 1500 ? 64 : 128;
-    return {.tile = tile, .steps = 512 / tile, .firstBlock = 4 * tile};
+// kernels. Larger teams need more of them.
+constexpr PotrfGrain wide_grain(int n, int threads) {
+    const int most = threads > 2 ? 32 : 64;
+    const int tile = n < 576 ? most : n <= 1500 ? 2 * most : 128;
+    return {.tile = tile, .steps = 512 / tile, .firstBlock = std::min(4 * tile, n <= 1500 ? 256 : 512)};
 }
 
 // Orders below take the leaf there, whose kernels are as fast as any blocks: on two threads n = 128 took 1.4 to 1.8 and

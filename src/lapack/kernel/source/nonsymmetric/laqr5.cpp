@@ -26,6 +26,7 @@
 #include <array>
 #include <omp.h>
 
+#include "blas/thread/common/crowd.hpp"
 #include "lapack/calls/norms.hpp"
 #include "lapack/kernel/source/nonsymmetric/qr_iteration.hpp"
 #include "lapack/kernel/source/nonsymmetric/reflector3.hpp"
@@ -111,7 +112,10 @@ public:
             if (goesOn)
                 window_ = window(behind.begin + step_, behind.u.data == w_.u.data ? otherU : w_.u);
             const int seen = goesOn ? window_.end : behind.end;
-#pragma omp parallel num_threads(threads)
+            const int most = goes_alone(ticks_now()) ? 1 : threads;
+            int team = 1;
+            Ticks piece = mostDelay, done = 0; // of the quickest piece, and when the caller found no other
+#pragma omp parallel num_threads(most) reduction(min : piece)
             {
                 const int thread = omp_get_thread_num();
                 float* const product = products + std::int64_t{thread} * order_ * linesOfPiece;
@@ -121,10 +125,14 @@ public:
                     });
                     pass();
                 }
-                const auto share = [](Lines lines, const auto& body) {
+                const auto share = [&](Lines lines, const auto& body) {
 #pragma omp for schedule(dynamic) nowait
-                    for (int begin = lines.begin; begin < lines.end; begin += linesOfPiece)
-                        body(Lines{begin, std::min(begin + linesOfPiece, lines.end)});
+                    for (int begin = lines.begin; begin < lines.end; begin += linesOfPiece) {
+                        const Ticks start = ticks_now();
+                        const Lines part{begin, std::min(begin + linesOfPiece, lines.end)};
+                        body(part);
+                        piece = std::min(piece, (ticks_now() - start) * linesOfPiece / part.size());
+                    }
                 };
                 share({seen, end_column()}, [&](Lines columns) {
                     multiply_columns(behind, columns, {product, order_});
@@ -133,7 +141,11 @@ public:
                     share(rest.lines, [&](Lines rows) {
                         multiply_rows(behind, rows, rest.a, {product, linesOfPiece});
                     });
+                if (thread == 0)
+                    done = ticks_now(), team = omp_get_num_threads();
             }
+            if (team > 1)
+                note_region(2, piece, done, ticks_now()); // the others have a piece each at most then
         }
     }
 

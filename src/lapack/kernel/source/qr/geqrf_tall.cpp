@@ -8,7 +8,7 @@
 //            V^H V makes T, and V^H A with T what is taken off A, which again each block does for itself.
 //
 // Between these every thread waits for all, and sums the products of the blocks in their order: the result has the same
-// bits on every team.
+// bits on every team. A strip is a region, so that on busy cores the next one may do without a team.
 //
 // The products are of columns before they are scaled, so a column that is too large or too small for its square, or
 // that is lost beside its head, is none for this: there it ends, and the other routes take what is left.
@@ -18,11 +18,13 @@
 #include <omp.h>
 
 #include "blas/calls.hpp"
+#include "blas/thread/common/crowd.hpp"
 #include "blas/thread/common/slice.hpp"
 #include "lapack/factorization.hpp"
 #include "lapack/kernel/source/qr/geqrf.hpp"
 #include "lapack/kernel/source/reflectors/larft.hpp"
 #include "lapack/kernel/source/reflectors/reflected_column.hpp"
+#include "service/thread_budget.hpp"
 #include "service/vector_form.hpp"
 #include "service/work_pool.hpp"
 
@@ -49,8 +51,15 @@ public:
     };
     Result run(int threads, T* memory) {
         products_ = memory;
-#pragma omp parallel num_threads(threads)
-        work(omp_get_thread_num(), omp_get_num_threads());
+        for (int s = 0; s < n_ && !left_; s = end_of_strip(s)) {
+            const Ticks begun = ticks_now();
+            if (goes_alone(begun)) {
+                const RegionOfOne alone;
+                factor_strip(s, 1);
+            } else if (const int team = factor_strip(s, threads); team > 1) {
+                note_region(team, part_, begun, ticks_now());
+            }
+        }
         return result_;
     }
 
@@ -70,23 +79,17 @@ private:
         int first, count;
     };
 
-    int end_of_strip(int s) const {
-        return std::min(s + strip_, n_);
-    }
+    int end_of_strip(int s) const { return std::min(s + strip_, n_); }
     Rows rows(int block, int from) const {
         const int first = std::max(block * height, from);
         return {first, std::min(m_ - block * height, height) + block * height - first};
     }
     // Products of a phase, behind which comes the head row. Those of the phase before are read meanwhile.
-    std::int64_t phase_length() const {
-        return (std::int64_t{blocks_} + 1) * strip_ * n_;
-    }
+    std::int64_t phase_length() const { return (std::int64_t{blocks_} + 1) * strip_ * n_; }
     T* products(int phase, int block) const {
         return products_ + (phase % 2) * phase_length() + std::int64_t{block} * strip_ * n_;
     }
-    T* head(int phase) const {
-        return products(phase, blocks_);
-    }
+    T* head(int phase) const { return products(phase, blocks_); }
     Wide<T> sum(int phase, int index) const {
         Wide<T> total = 0;
         for (int block = 0; block < blocks_; ++block)
@@ -94,46 +97,65 @@ private:
         return total;
     }
 
-    void work(int thread, int team) {
+    // From its first column's products, which are there but for the first strip, to those of the next strip.
+    // Result: the team, of at most so many threads.
+    int factor_strip(int s, int threads) {
+        int size = 1;
+        part_ = 0;
+#pragma omp parallel num_threads(threads)
+        {
+            const int team = omp_get_num_threads(), thread = omp_get_thread_num();
+            if (thread == 0)
+                size = team;
+            factor_share(s, thread, team);
+        }
+        return size;
+    }
+    void factor_share(int s, int thread, int team) {
         const Slice mine = equal_slice(blocks_, team, thread);
+        const int e = end_of_strip(s);
+        int phase = s + s / strip_;
         const auto each_block = [&](const auto& body) {
+            const Ticks start = ticks_now();
             for (int block = mine.first; block < mine.first + mine.count; ++block)
                 body(block);
+            const Ticks worked = ticks_now() - start;
+            if (thread == 1)
+                second_[phase % 2] = worked;
 #pragma omp barrier
+            if (thread == 0) // a thread that waited for a core within its share tells nothing: of two one hardly did
+                part_ += team > 1 ? std::min(worked, second_[phase % 2]) : worked;
         };
         const auto leave = [&](int strip, int done) {
             if (thread == 0)
-                result_.strip = strip, result_.done = done;
+                result_.strip = strip, result_.done = done, left_ = true;
         };
-        int phase = 0;
-        each_block([&](int block) { multiply_column(phase, block, 0, end_of_strip(0)); });
-        for (int s = 0, e; s < n_; s = e) {
-            e = end_of_strip(s);
-            for (int i = s; i < e; ++i) {
-                Step step;
-                if (!make_step(phase, i, e, step))
-                    return leave(s, i);
-                ++phase;
-                each_block([&](int block) {
-                    apply_step(block, i, e, step);
-                    if (i + 1 < e)
-                        multiply_column(phase, block, i + 1, e);
-                    else if (e < n_)
-                        multiply_strip(phase, block, s, e);
-                    if (i + 1 == e && block == 0)
-                        result_.stopped = tell_progress(geqrfName<T>, e - s, {thread, s}, 0).stopped;
-                });
-            }
-            if (result_.stopped || e == n_)
-                return leave(e, e);
-            StripUpdate update;
-            make_update(phase, s, e, update);
+        if (s == 0)
+            each_block([&](int block) { multiply_column(phase, block, 0, e); });
+        for (int i = s; i < e; ++i) {
+            Step step;
+            if (!make_step(phase, i, e, step))
+                return leave(s, i);
             ++phase;
             each_block([&](int block) {
-                apply_strip(block, s, e, update);
-                multiply_column(phase, block, e, end_of_strip(e));
+                apply_step(block, i, e, step);
+                if (i + 1 < e)
+                    multiply_column(phase, block, i + 1, e);
+                else if (e < n_)
+                    multiply_strip(phase, block, s, e);
+                if (i + 1 == e && block == 0)
+                    result_.stopped = tell_progress(geqrfName<T>, e - s, {thread, s}, 0).stopped;
             });
         }
+        if (result_.stopped || e == n_)
+            return leave(e, e);
+        StripUpdate update;
+        make_update(phase, s, e, update);
+        ++phase;
+        each_block([&](int block) {
+            apply_strip(block, s, e, update);
+            multiply_column(phase, block, e, end_of_strip(e));
+        });
     }
 
     // Column i below its head, times itself and those behind it up to e; the adjoints of these products.
@@ -252,6 +274,8 @@ private:
     Matrix<T> a_;
     T *tau_, *products_ = nullptr;
     Result result_;
+    bool left_ = false;
+    Ticks part_ = 0, second_[2] = {}; // of the region; of the second thread, in this phase and the last one
 };
 
 // The reflectors of [first, last) to the columns from `behind` on.
