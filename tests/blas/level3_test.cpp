@@ -65,6 +65,9 @@ TEST(Level3, LargeUpdates) {
     check_all({{660, 250, 7, 0, true}, {1285, 512, 11, 0, true}}, VectorForm::avx512);
     check_all({{1541, 20, 7, 0, true}});
 }
+TEST(Level3, LargeProducts) {
+    check_all({{967, 389, 5}}, VectorForm::avx512);
+}
 
 TEST(Level3, ColumnsFarApart) {
     check_all({{11, 131, 4, 512}, {64, 131, 4, 512}, {70, 131, 4, 512}, {135, 131, 6, 512}});

@@ -8,6 +8,8 @@
 #include "blas/kernel/common/gemm/gemm_panels.hpp"
 #include "blas/kernel/common/gemm/gemm_wide_complex.hpp"
 #include "blas/kernel/common/gemm/gemm_wide_form.hpp"
+#include "blas/kernel/common/level3/own_kernels.hpp"
+#include "blas/kernel/common/level3/trmm_panels.hpp"
 #include "blas/kernel/sse42/wide.hpp"
 #include "blas/kernel/vec.hpp"
 
@@ -130,5 +132,15 @@ bool panels(QRV_GEMM_PARAMETERS(SingleComplex)) {
 QRV_DEFINE_TRIANGLE(float, sgemm)
 QRV_DEFINE_TRIANGLE(SingleComplex, cgemm)
 #undef QRV_DEFINE_TRIANGLE
+
+#define QRV_DEFINE_TRMM(T, name)                                                                                       \
+    bool name(QRV_TRSM_PARAMETERS(T)) {                                                                                \
+        return TriangleByPanels<Vec16f, T>(side_of(*side), uplo_of(*uplo), op_of(*transa), diag_of(*diag), *m, *n,     \
+                                           *alpha, {a, *lda}, {b, *ldb})                                               \
+            .multiply();                                                                                               \
+    }
+QRV_DEFINE_TRMM(float, blas_strmm_panels)
+QRV_DEFINE_TRMM(SingleComplex, blas_ctrmm_panels)
+#undef QRV_DEFINE_TRMM
 
 } // namespace qrv::kernel::sse42_avx512

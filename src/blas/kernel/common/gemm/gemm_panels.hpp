@@ -298,6 +298,51 @@ void multiply_panels_by_themselves(const TriangleOfC& triangle, DirectProduct<T>
     }
 }
 
+// The panels of `rows` of C, `count` of them, times the columns `wanted` of B, steps l to l + p.k - 1.
+template <class Vector, class T, class Part>
+void multiply_panels_by_columns(const PanelBlocks<Vector, T>& blocks, const GemmCall<T>& call, const Part& part,
+                                DirectProduct<T> p, int l, Range rows, int count, Range wanted, const float* panels,
+                                float* strips) {
+    using Blocks = PanelBlocks<Vector, T>;
+    constexpr int element = floatsIn<T>;
+    const bool transposedB = transposes(call.opB);
+    const std::ptrdiff_t ldb = call.b.ld * element;
+    const std::ptrdiff_t bStep = p.bStep, bColumn = p.bColumn;
+    const int atOnce = blocks.strips ? blocks.columns : Blocks::tileColumns;
+    for (int first = wanted.first, group; first < wanted.end(); first += group) {
+        const int left = wanted.end() - first;
+        group = transposedB ? smaller(atOnce, left) : even_share(left, Blocks::tileColumns);
+        const auto* b = reinterpret_cast<const float*>(call.view_of_b().at(l, first));
+        if (blocks.strips && transposedB)
+            copy_rows<Vector, T>(group, p.k, b, ldb, strips, blocks.strip_length());
+        float* strip = strips;
+        for (int j = 0, columns; j < group; j += columns, strip += blocks.strip_length()) {
+            columns = even_share(group - j, Blocks::tileColumns);
+            const float* bj = b + j * bColumn;
+            const int next = blocks.strips && !transposedB ? smaller(columns, left - columns) : 0;
+            const NextColumnsOfB nextColumns(next, p.k * element, bj + columns * bColumn, ldb, count);
+            p.bStep = bStep;
+            p.bColumn = bColumn;
+            if (blocks.strips && transposedB) {
+                bj = strip;
+                p.bStep = columns * element;
+            } else if (blocks.strips) {
+                copy_columns<Vector>(columns, p.k * element, bj, ldb, strip, blocks.column_length());
+                bj = strip;
+                p.bColumn = blocks.column_length();
+            }
+            if constexpr (isWhole<Part>) {
+                float* cj = reinterpret_cast<float*>(&call.c(rows.first, first + j));
+                multiply_panels<Vector, T>(p, rows.count * element, columns, panels, blocks.panel_length(), bj, cj,
+                                           nextColumns, smaller(columns, left - j - columns));
+            } else {
+                multiply_panels_in<Vector, T>(part, p, rows, {first + j, columns}, panels, blocks.panel_length(), bj,
+                                              call.c);
+            }
+        }
+    }
+}
+
 // The whole product, or what is asked for of it; m, n and k are positive. False if memory is refused: nothing has been
 // done then.
 template <class Vector, class T, class Part>
@@ -314,11 +359,9 @@ bool gemm_by_panels(const GemmCall<T>& call, const Part& part) {
     float* const strips = panels + blocks.panels_length();
     const std::ptrdiff_t panelLength = blocks.panel_length();
 
-    const bool transposedA = transposes(call.opA), transposedB = transposes(call.opB);
-    const std::ptrdiff_t lda = call.a.ld * element, ldb = call.b.ld * element;
-    const std::ptrdiff_t bStep = transposedB ? ldb : element, bColumn = transposedB ? element : ldb;
+    const bool transposedA = transposes(call.opA);
+    const std::ptrdiff_t lda = call.a.ld * element;
     DirectProduct<T> p = direct_product(call);
-    const int atOnce = blocks.strips ? blocks.columns : Blocks::tileColumns;
     for (int l = 0; l < call.k; l += p.k, p.beta = scalar<T>(1)) {
         p.k = smaller(blocks.steps, call.k - l);
         for (int i = 0, rows; i < call.m; i += rows) {
@@ -328,39 +371,8 @@ bool gemm_by_panels(const GemmCall<T>& call, const Part& part) {
             if constexpr (!isWhole<Part>)
                 if (part.square)
                     multiply_panels_by_themselves<Vector, T>(part, p, {i, rows}, panels, panelLength, call.c);
-            const Range wanted = part.columns_of({i, rows});
-            for (int first = wanted.first, group; first < wanted.end(); first += group) {
-                const int left = wanted.end() - first;
-                group = transposedB ? smaller(atOnce, left) : even_share(left, Blocks::tileColumns);
-                const auto* b = reinterpret_cast<const float*>(call.view_of_b().at(l, first));
-                if (blocks.strips && transposedB)
-                    copy_rows<Vector, T>(group, p.k, b, ldb, strips, blocks.strip_length());
-                float* strip = strips;
-                for (int j = 0, columns; j < group; j += columns, strip += blocks.strip_length()) {
-                    columns = even_share(group - j, Blocks::tileColumns);
-                    const float* bj = b + j * bColumn;
-                    const int next = blocks.strips && !transposedB ? smaller(columns, left - columns) : 0;
-                    const NextColumnsOfB nextColumns(next, p.k * element, bj + columns * bColumn, ldb, count);
-                    p.bStep = bStep;
-                    p.bColumn = bColumn;
-                    if (blocks.strips && transposedB) {
-                        bj = strip;
-                        p.bStep = columns * element;
-                    } else if (blocks.strips) {
-                        copy_columns<Vector>(columns, p.k * element, bj, ldb, strip, blocks.column_length());
-                        bj = strip;
-                        p.bColumn = blocks.column_length();
-                    }
-                    if constexpr (isWhole<Part>) {
-                        float* cj = reinterpret_cast<float*>(&call.c(i, first + j));
-                        multiply_panels<Vector, T>(p, rows * element, columns, panels, panelLength, bj, cj, nextColumns,
-                                                   smaller(columns, left - j - columns));
-                    } else {
-                        multiply_panels_in<Vector, T>(part, p, {i, rows}, {first + j, columns}, panels, panelLength, bj,
-                                                      call.c);
-                    }
-                }
-            }
+            multiply_panels_by_columns(blocks, call, part, p, l, {i, rows}, count, part.columns_of({i, rows}), panels,
+                                       strips);
         }
     }
     qrv_serv_deallocate(memory);

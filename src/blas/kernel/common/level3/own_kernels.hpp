@@ -43,6 +43,23 @@ bool gemm_triangle(Uplo uplo, Op opA, Op opB, int n, int k, T alpha, Matrix<cons
         return multiply(blas_sgemm_triangle);
 }
 
+// B := alpha*op(A)*B or alpha*B*op(A) from copies in work memory, for a triangle A; alpha is not 0. False if memory is
+// refused: nothing has been done then. Vectors of 512 bits alone have it.
+bool blas_strmm_panels(QRV_TRSM_PARAMETERS(float));
+bool blas_ctrmm_panels(QRV_TRSM_PARAMETERS(SingleComplex));
+template <class T>
+bool trmm_panels(Side side, Uplo uplo, Op op, Diag diag, int m, int n, T alpha, Matrix<const T> a, Matrix<T> b) {
+    const char sideLetter = letter(side), uploLetter = letter(uplo), trans = letter(op), diagLetter = letter(diag);
+    const int lda = static_cast<int>(a.ld), ldb = static_cast<int>(b.ld);
+    const auto multiply = [&](auto& panels) {
+        return panels(&sideLetter, &uploLetter, &trans, &diagLetter, &m, &n, &alpha, a.data, &lda, b.data, &ldb);
+    };
+    if constexpr (isComplex<T>)
+        return multiply(blas_ctrmm_panels);
+    else
+        return multiply(blas_strmm_panels);
+}
+
 // C := beta*C; beta = 0 stores zeros and does not read C, beta = 1 does nothing.
 inline void scale(int m, int n, float beta, Matrix<float> c) {
     const int ldc = static_cast<int>(c.ld);

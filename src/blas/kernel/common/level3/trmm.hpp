@@ -11,6 +11,10 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 struct Multiply {
     static constexpr Action action = Action::multiply;
 
+    // So many unknowns and right-hand sides at least go by panels (see trmm_panels.hpp), of the widest vectors.
+    static constexpr bool byPanels = Vec::lanes == 16;
+    static constexpr int panelsOrder = 960, panelsCount = 384;
+
     // Blocks for the GEMM that follows each, chunks for what stays in the cache meanwhile.
     template <class T>
     static constexpr Blocking left =

@@ -10,6 +10,8 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 struct Solve {
     static constexpr Action action = Action::solve;
 
+    static constexpr bool byPanels = false;
+
     // Blocks for the GEMM that follows each, chunks for what stays in the cache meanwhile.
     template <class T>
     static constexpr Blocking left =

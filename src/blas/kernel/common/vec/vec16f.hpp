@@ -46,6 +46,8 @@ struct Vec16f {
                                            _mm512_and_si512(_mm512_set1_epi32(group - 1), lane_numbers()))) {}
         explicit Mask(__mmask16 x) : bits(x) {}
         static Mask first(int count) { return Mask(static_cast<__mmask16>((1U << count) - 1)); }
+        static Mask from(int lane) { return Mask(static_cast<__mmask16>(~0U << lane)); }
+        friend Mask operator&(Mask x, Mask y) { return Mask(static_cast<__mmask16>(x.bits & y.bits)); }
     };
     Vec16f kept(Mask mask) const { return {_mm512_maskz_mov_ps(mask.bits, v)}; }
 
@@ -85,6 +87,10 @@ inline __mmask16 first_lanes(int count) {
 // a*b + c, rounded once
 inline Vec16f multiply_add(Vec16f a, Vec16f b, Vec16f c) {
     return {_mm512_fmadd_ps(a.v, b.v, c.v)};
+}
+// The same in the lanes that the mask keeps, c in the others, where a is 0.
+inline Vec16f multiply_add_kept(Vec16f a, Vec16f b, Vec16f c, Vec16f::Mask mask) {
+    return {_mm512_mask3_fmadd_ps(a.v, b.v, c.v, mask.bits)};
 }
 // c - a*b, rounded once
 inline Vec16f subtract_product(Vec16f a, Vec16f b, Vec16f c) {
