@@ -5,6 +5,7 @@
 
 #include "blas/kernel/slots.hpp"
 #include "blas/native.hpp"
+#include "blas/thread/32/level3/level3_threads.hpp"
 #include "blas/thread/common/level1/level1_threads.hpp"
 #include "blas/thread/common/level2/level2_threads.hpp"
 #include "blas/thread/common/level3/gemm_partition.hpp"
@@ -86,6 +87,19 @@ struct ShortCalls : blas::Native<T> {
     static void gemm(QRV_GEMM_PARAMETERS(T)) {
         choose(!gemm_may_thread({*m, *n, *k}), Slot::gemm, Decision::gemm, QRV_GEMM_ARGUMENTS);
     }
+#define QRV_SHORT(name, rule, m, n, parameters, arguments)                                                             \
+    static void name parameters {                                                                                      \
+        choose(is_short(rule, m, n), Slot::name, Decision::name, arguments);                                           \
+    }
+    QRV_SHORT(syrk, updateRule, *n, *n, (QRV_SYRK_PARAMETERS(T, T)), QRV_SYRK_ARGUMENTS)
+    QRV_SHORT(herk, updateRule, *n, *n, (QRV_SYRK_PARAMETERS(T, float)), QRV_SYRK_ARGUMENTS)
+    QRV_SHORT(syr2k, updateRule, *n, *n, (QRV_SYR2K_PARAMETERS(T, T)), QRV_SYR2K_ARGUMENTS)
+    QRV_SHORT(her2k, updateRule, *n, *n, (QRV_SYR2K_PARAMETERS(T, float)), QRV_SYR2K_ARGUMENTS)
+    QRV_SHORT(symm, slicedRule, *m, *n, (QRV_SYMM_PARAMETERS(T)), QRV_SYMM_ARGUMENTS)
+    QRV_SHORT(hemm, slicedRule, *m, *n, (QRV_SYMM_PARAMETERS(T)), QRV_SYMM_ARGUMENTS)
+    QRV_SHORT(trmm, slicedRule, *m, *n, (QRV_TRSM_PARAMETERS(T)), QRV_TRSM_ARGUMENTS)
+    QRV_SHORT(trsm, slicedRule, *m, *n, (QRV_TRSM_PARAMETERS(T)), QRV_TRSM_ARGUMENTS)
+#undef QRV_SHORT
     static void trmv(QRV_TRIANGULAR_PARAMETERS(T)) {
         choose(is_short(row_for<T>(strmvRule, ctrmvRule), *n), Slot::trmv, Decision::trmv, QRV_TRIANGULAR_ARGUMENTS);
     }

@@ -52,10 +52,10 @@ constexpr RankUpdateRow rankUpdateRow{
 // Half of a leaf's square is not needed: small ones make 64 columns, block and all, up to 1.6 times as fast.
 template <>
 constexpr RankUpdateRow rankUpdateRow<float, 4>{
-    .plain = 64, .transposed = 128, .leaf = 8, .order = 0, .depth = unlimited, .panels = {{{32}, {32}}, {{512}, {}}}};
+    .plain = 64, .transposed = 128, .leaf = 8, .order = 0, .depth = unlimited, .panels = {{{32}, {24}}, {{512}, {}}}};
 template <>
 constexpr RankUpdateRow rankUpdateRow<SingleComplex, 4>{
-    .plain = 64, .transposed = 128, .leaf = 4, .order = 0, .depth = unlimited, .panels = {{{24}, {24}}, {}}};
+    .plain = 64, .transposed = 128, .leaf = 8, .order = 0, .depth = unlimited, .panels = {{{16}, {16}}, {}}};
 // Wider vectors multiply without packing as long as operands are in the caches, and thin rectangles cost them more:
 // halves of the whole triangle gain a third to a half over one block after the other, at any size.
 template <>
@@ -82,7 +82,7 @@ constexpr RankUpdateRow rankUpdateRow<float, 16>{.plain = unlimited,
 template <>
 constexpr RankUpdateRow rankUpdateRow<SingleComplex, 16>{.plain = unlimited,
                                                          .transposed = unlimited,
-                                                         .leaf = 8,
+                                                         .leaf = 16,
                                                          .order = 512,
                                                          .depth = 256,
                                                          .panels = {{{256, 64}, {96}}, {{1024, 64}, {96}}}};

@@ -18,6 +18,9 @@ struct Level3Rule {
 };
 inline constexpr Level3Rule slicedRule{.serialUpTo = 16};
 inline constexpr Level3Rule updateRule{.serialUpTo = 16};
+constexpr bool is_short(const Level3Rule& rule, int m, int n) {
+    return m <= rule.serialUpTo && n <= rule.serialUpTo;
+}
 
 // A call whose columns (other operand on the left) or rows are independent.
 struct SlicedCall {
@@ -52,7 +55,7 @@ struct Level3Team {
 // The budget is asked for last.
 template <class Machine>
 constexpr Level3Team sliced_team(const SlicedCall& call, const Machine& machine) {
-    if (call.m <= slicedRule.serialUpTo && call.n <= slicedRule.serialUpTo)
+    if (is_short(slicedRule, call.m, call.n))
         return {1, false};
     if (!goes_by_work(machine))
         return {machine.budget(), false};
@@ -61,7 +64,7 @@ constexpr Level3Team sliced_team(const SlicedCall& call, const Machine& machine)
 }
 template <class Machine>
 constexpr Level3Team update_team(int n, double work, const Machine& machine) {
-    if (n <= updateRule.serialUpTo)
+    if (is_short(updateRule, n, n))
         return {1, false};
     if (!goes_by_work(machine))
         return {machine.budget(), false};
