@@ -33,13 +33,19 @@ public:
                 main_loop();
             }
         }
-        for (const std::ptrdiff_t last = n_ - 2 * Vec::lanes; done_ <= last;) {
+        // What a long pass leaves over is worth a step between.
+        constexpr int vectors = Step::pass > 16 ? 4 : 2;
+        for (const std::ptrdiff_t last = n_ - vectors * Vec::lanes; done_ <= last;)
+            repeat<vectors>([this](auto slot)
+                                __attribute__((always_inline)) { this->template lanes<Vec::lanes>(slot()); });
+        const int rest = static_cast<int>(n_ - done_);
+        if (vectors == 4 && rest & 2 * Vec::lanes) {
             lanes<Vec::lanes>(0);
             lanes<Vec::lanes>(1);
         }
-        if (done_ + Vec::lanes <= n_)
+        if (rest & Vec::lanes)
             lanes<Vec::lanes>(0);
-        part(static_cast<int>(n_ - done_));
+        part(rest);
     }
 
 private:
