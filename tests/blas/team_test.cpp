@@ -39,6 +39,15 @@ TEST_F(TeamsOnBusyCores, ATeamThatWasWaitedForIsNotFormedAgain) {
             });
         EXPECT_GT(aloneUntil, 0) << late;
     }
+    aloneUntil = 0;
+    std::jthread([] { // whose team is new
+        for (int loss = 0; loss < lossesForgiven; ++loss)
+            note_region(2, 0, 0, 2 * leastDelay);
+        EXPECT_EQ(aloneUntil, 0);
+        note_region(2, 0, 0, 2 * leastDelay);
+    })
+        .join();
+    EXPECT_GT(aloneUntil, 0);
     const auto largest_of_parts = [] {
         aloneUntil = ticks_now() + longestAlone;
         largestTeam = 0;
