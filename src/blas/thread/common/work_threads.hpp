@@ -28,12 +28,14 @@ constexpr int threads_for_shares(double shares, const Machine& machine) {
     return shares < 2 ? 1 : std::max(1, static_cast<int>(std::min<double>(shares, machine.budget())));
 }
 
-// Multiply-adds of real numbers that each thread must get. A team of two then gains at least half, and squares of 64
-// with AVX-512 are still one thread's: on cores that are busy a team costs a time slice, however small the call.
+// Multiply-adds of real numbers that each thread must get: a team must gain where its cores are far from each other,
+// too, and a region costs 3 us, not 1. With AVX-512 two threads took 0.66 to 0.78 of the time of one for squares of 72
+// to 80 where they were near, but 1.05 to 1.3 where they were not, and from 84 on at most 0.9. On cores that are busy a
+// team costs a time slice, however small the call.
 constexpr double least_share(VectorForm form) {
     switch (form) {
     case VectorForm::avx512:
-        return 150000;
+        return 280000;
     case VectorForm::avx2:
         return 120000;
     case VectorForm::sse:
@@ -45,9 +47,9 @@ constexpr double least_share(VectorForm form) {
 // Threads for `work`.
 //
 //   form      work        budget   threads
-//   avx512    64^3        4        1
-//   avx512    72^3        4        2
-//   avx512    128^3       16       13
+//   avx512    80^3        4        1
+//   avx512    84^3        4        2
+//   avx512    128^3       16       7
 //   sse       48^3        4        2
 template <class Machine>
 constexpr int threads_by_work(double work, const Machine& machine) {

@@ -21,11 +21,13 @@ constexpr GetrfRoute getrf_ib_route(int threads) {
     return {threads > 1 ? Kind::ib : Kind::serial, threads};
 }
 
-// Where threads go by work, one in a factorization must get so much more than in a product, for the panels that it
-// waits for and the lock: two threads took 0.98 of the time of one at n = 192, 0.86 at 256, 0.77 at 320 and 0.70 at
-// 384, complex ones 0.88 at 192 and 0.70 at 256. Below, teams in the products alone gained a twentieth at 256, and cost
-// a time slice each where a core is busy.
-inline constexpr double panelCost = 48;
+// Where threads go by work, the multiply-adds that each must get: much more than in a product, for the panels that it
+// waits for and the lock. With AVX-512 two threads took 0.98 of the time of one at n = 192, 0.86 at 256, 0.77 at 320
+// and 0.70 at 384, complex ones 0.88 at 192 and 0.70 at 256. Below, teams in the products alone gained a twentieth at
+// 256, and cost a time slice each where a core is busy.
+constexpr double getrf_share(VectorForm form) {
+    return form == VectorForm::avx512 ? 7200000 : form == VectorForm::avx2 ? 5760000 : 2400000;
+}
 
 // Where threads go by work, block columns are twice as wide as soon as each thread has seven of the narrow ones: fewer
 // passes over the matrix, and fewer packed copies. On two threads n = 900, 1300 and 2048 took 0.97, 0.90 and 0.95 of
@@ -57,9 +59,10 @@ GetrfRoute getrf_route(int m, int n, const Machine& machine) {
     using Kind = GetrfRoute::Kind;
     if (machine.crossover(-1) >= n)
         return {};
-    const int threads = goes_by_work(machine)
-                            ? threads_by_work(machine.products() * getrf_work(m, n) / panelCost, machine)
-                            : machine.budget();
+    const int threads =
+        goes_by_work(machine)
+            ? threads_for_shares(machine.products() * getrf_work(m, n) / getrf_share(machine.form()), machine)
+            : machine.budget();
     if (threads <= 1)
         return {.alone = goes_by_work(machine)};
     if (machine.crossover(threads) >= n)
