@@ -8,7 +8,7 @@
 //
 //   A        the named triangle, read once, its diagonal unless it is taken to be 1; ld >= n
 //   x        n elements, any increment but 0; with op(A) = A, what a block or a group of 0 would add is left out
-//   memory   32 elements on the stack, and what the general product takes
+//   memory   a block of elements on the stack, and what the general product takes
 #pragma once
 
 #include "blas/assert.hpp"
@@ -22,7 +22,9 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
-constexpr int triangleBlock = 32;
+// Unknowns of a block: as long as their triangle stays in the second-level cache, groups of columns cost no more than
+// the general product.
+constexpr int triangleBlock = Pack<float>::count > 4 ? 256 : 128;
 
 template <class T>
 struct TriangularFamily;
@@ -101,7 +103,8 @@ void trsv(Uplo uplo, Op op, Diag diag, int n, Matrix<const T> a, T* x, int incx)
         triangular<Action::solve>(op, dense_triangle(uplo, diag, n, a), x, incx);
 }
 
-// each(first, count) for the runs of x between zeros: a block of zeros parts two runs.
+// each(first, count) for the runs of x between zeros: so many zeros part two runs.
+constexpr int zerosBetweenRuns = 32;
 template <class T, class Each>
 void each_run(const T* x, int n, const Each& each) {
     const T zero = scalar<T>(0);
@@ -111,7 +114,7 @@ void each_run(const T* x, int n, const Each& each) {
             continue;
         }
         int end = first + 1; // behind the last that is not 0
-        for (int i = end; i < n && i - end < triangleBlock; ++i)
+        for (int i = end; i < n && i - end < zerosBetweenRuns; ++i)
             if (x[i] != zero)
                 end = i + 1;
         each(first, end - first);
