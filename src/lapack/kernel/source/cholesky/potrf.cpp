@@ -2,6 +2,7 @@
 #include "lapack/kernel/source/cholesky/potrf.hpp"
 
 #include "blas/complex.hpp"
+#include "blas/thread/common/work_threads.hpp"
 #include "lapack/calls/cholesky.hpp"
 #include "lapack/kernel/source/cholesky/potrf_aside.hpp"
 #include "lapack/kernel/source/cholesky/potrf_route.hpp"
@@ -23,7 +24,8 @@ struct PotrfMachine {
     bool wide() const { return vector_form_in_use() != VectorForm::sse; }
     int crossover() const { return wide() ? wideCrossover : tuning::crossover(RoutineName<T>("POTRF"), n); }
     PotrfGrain grain(int threadCount) const {
-        return wide() ? wide_grain(n, threadCount) : tuned_grain(RoutineName<T>("POTRF"), n, threadCount);
+        const bool tuned = !wide() && qrv_serv_get_cpu_ma() != newestClass;
+        return tuned ? tuned_grain(RoutineName<T>("POTRF"), n, threadCount) : wide_grain(n, threadCount);
     }
 };
 
