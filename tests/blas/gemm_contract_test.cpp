@@ -24,6 +24,7 @@ void check_some(unsigned every, int m, int n, int k, bool isLarge = false, int e
         p.m = m, p.n = n, p.k = k;
         p = turns.vary(p, isLarge);
         p.a.extra += extra;
+        p.c.extra += extra;
         check(GemmCase<T>(p));
     }
 }
@@ -76,7 +77,7 @@ TEST_OF_ELEMENTS(GemmContract, BlockEdges) {
 
 // Few rows or columns and many steps.
 TEST_OF_ELEMENTS(GemmContract, NarrowShapes) {
-    for (const int few : {1, 2, 3, 4, 5, 7, 8, 9})
+    for (const int few : {1, 2, 3, 4, 5, 7, 8, 9, 18})
         for (const int other : {1, 6, 64, 67, 517})
             for (const int k : {15, 16, 17, 31, 32, 33, 63, 64, 65, 79, 130, 385, 780}) {
                 check_some<T>(5, few, other, k);
@@ -84,11 +85,11 @@ TEST_OF_ELEMENTS(GemmContract, NarrowShapes) {
             }
 }
 
-// Columns of A a page apart.
+// Columns a page apart.
 TEST_OF_ELEMENTS(GemmContract, ColumnsThatDisplaceEachOther) {
     for (const int m : {16, 37, 100})
         for (const int n : {23, 24, 30})
-            for (const int k : {63, 64, 200})
+            for (const int k : {5, 63, 64, 200})
                 for (const int extra : {1024 - m, 1024 - k, 1024})
                     check_some<T>(5, m, n, k, true, extra);
 }

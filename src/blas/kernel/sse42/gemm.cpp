@@ -90,6 +90,9 @@ static_assert(all_ranges_have<SingleComplex>(alwaysDirect<SingleComplex>));
 // A product of few steps spends its time in C, which the packed path walks more gently once it leaves the caches.
 constexpr int shallowDepth = 32;
 constexpr double shallowArea[] = {0x1p19, 0x1p19, 0x1p20}; // by form
+// So few steps wait in registers while C goes by (see gemm_shallow.hpp).
+template <class T>
+constexpr int stepsInRegisters[] = {0, 0, isComplex<T> || sizeof(void*) == 4 ? 0 : 8};
 
 // Leading dimensions of A, in multiples of this many elements, that bring its columns into the same few places of the
 // innermost cache, and from how many columns of C on that matters (see gemm_direct.hpp).
@@ -112,7 +115,8 @@ bool goes_direct(VectorForm form, const GemmShape& p) {
         (p.m < leastRows || p.n < leastColumns<T> || p.k < leastSteps<T>))
         return true;
     const double area = static_cast<double>(p.m) * p.n;
-    if (p.k < shallowDepth && area > shallowArea[static_cast<int>(form)])
+    const int f = static_cast<int>(form);
+    if (p.k < shallowDepth && p.k > stepsInRegisters<T>[f] && area > shallowArea[f])
         return false;
     const double work = area * p.k;
     if (work <= (p.transposedA   ? range.transposed
@@ -137,12 +141,12 @@ struct FewVectorsOfForm {
 };
 constexpr FewVectorsOfForm fewRows[] = {
     {.plain = {5, 32, 32}, .transposed = {5, 32, 32}},
-    {.plain = {2, 32, 32}, .transposed = {2, 512, 8}},
-    {.plain = {2, 32, 32, 100}, .transposed = {}}, // more steps go by dot products (see gemm_dots.hpp)
+    {.plain = {}, .transposed = {}},
+    {.plain = {}, .transposed = {}},
 };
 constexpr FewVectorsOfForm fewColumns[] = {
     {.plain = {5, 100, 16}, .transposed = {5, 100, 16}},
-    {.plain = {2, 512, 8}, .transposed = {}},
+    {.plain = {2, 512, 8, 24}, .transposed = {}},
     {.plain = {}, .transposed = {}},
 };
 

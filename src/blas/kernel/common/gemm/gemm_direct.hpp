@@ -8,6 +8,7 @@
 //              together, in blocks, in a buffer on the stack
 //   complex    rows as they lie, real and imaginary parts side by side, times the real and times the imaginary part of
 //              an element of B, summed apart; the end combines the sums and settles all conjugations by signs
+//   few steps  of real elements, see gemm_shallow.hpp
 //   few rows, or few columns, and many steps  of real elements, see gemm_dots.hpp
 //   few rows and B transposed  of real elements: C' aside, by vectors of columns of C
 //   alignment  none assumed
@@ -27,6 +28,8 @@
 #include "blas/gemm_call.hpp"
 #include "blas/kernel/common/gemm/gemm_blocks.hpp"
 #include "blas/kernel/common/gemm/gemm_dots.hpp"
+#include "blas/kernel/common/gemm/gemm_gather.hpp"
+#include "blas/kernel/common/gemm/gemm_shallow.hpp"
 #include "blas/kernel/common/gemm/gemm_wide_complex.hpp"
 #include "blas/kernel/common/vec/unrolling.hpp"
 #include "blas/kernel/gemm_kernels.hpp"
@@ -248,11 +251,6 @@ void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, floa
     }
 }
 
-// How many of `left` to take at once, at most `most`: all, or such that the last two shares are even.
-constexpr int even_share(int left, int most) {
-    return left >= 2 * most ? most : left > most ? (left + 1) / 2 : left;
-}
-
 template <class T>
 using DirectTile = void(const DirectProduct<T>& p, const float* a, const float* b, float* c, int lastRows);
 
@@ -297,102 +295,6 @@ QRV_INLINE DirectTile<T>* direct_tile_of(int vectors, int lastRows, int columns,
         if (lastRows <= Vector::lanes / 2)
             return directTiles<Vector, Half, T>.tile[apart][vectors - 1][columns - 1];
     return directTiles<Vector, Vector, T>.tile[apart][vectors - 1][columns - 1];
-}
-
-// Lane i of x[j] becomes lane j of x[i].
-template <class Vector>
-QRV_INLINE void transpose_square(Vector (&x)[Vector::lanes]) {
-    constexpr int quads = Vector::quads;
-    Vector steps[4][quads]; // of each quad of steps the first, second, third, fourth ones
-    QRV_UNROLL
-    for (int q = 0; q < quads; ++q) {
-        const Vector low01 = low_pairs(x[4 * q], x[4 * q + 1]), high01 = high_pairs(x[4 * q], x[4 * q + 1]);
-        const Vector low23 = low_pairs(x[4 * q + 2], x[4 * q + 3]), high23 = high_pairs(x[4 * q + 2], x[4 * q + 3]);
-        steps[0][q] = low_halves(low01, low23);
-        steps[1][q] = high_halves(low01, low23);
-        steps[2][q] = low_halves(high01, high23);
-        steps[3][q] = high_halves(high01, high23);
-    }
-    QRV_UNROLL
-    for (int s = 0; s < 4; ++s) {
-        transpose_quads(steps[s]);
-        QRV_UNROLL
-        for (int q = 0; q < quads; ++q)
-            x[4 * q + s] = steps[s][q];
-    }
-}
-
-// Steps 0 to k-1 of the `rows` rows of one vector, each contiguous in memory, ld floats apart: a line of each row at a
-// time. Where there are no more rows, lanes are filled from the last one.
-template <class Vector, bool whole>
-void transpose_vector(int rows, int k, const float* a, std::ptrdiff_t ld, float* out, std::ptrdiff_t outStep) {
-    constexpr int lanes = Vector::lanes;
-    const auto transpose = [&](int l, auto load) __attribute__((always_inline)) {
-        Vector x[lanes];
-        const float* row = a + l;
-        QRV_UNROLL
-        for (int i = 0; i < lanes; ++i) {
-            x[i] = load(row);
-            if (whole || i + 1 < rows)
-                row += ld;
-        }
-        transpose_square(x);
-        QRV_UNROLL
-        for (int s = 0; s < lanes; ++s)
-            if (l + s < k)
-                x[s].store_aligned(out + (l + s) * outStep);
-    };
-    int l = 0;
-    for (; k - l >= lanes; l += lanes)
-        transpose(l, [](const float* p) { return Vector::load(p); });
-    if (l < k)
-        transpose(l, [mask = Vector::Mask::first(k - l)](const float* p) { return load_kept(p, mask); });
-}
-
-// The same of complex rows, as many as the vector holds pairs of floats.
-template <class Vector, bool whole>
-void transpose_complex_vector(int rows, int k, const float* a, std::ptrdiff_t ld, float* out, std::ptrdiff_t outStep) {
-    constexpr int pairs = Vector::lanes / 2;
-    const float* row[pairs];
-    QRV_UNROLL
-    for (int i = 0; i < pairs; ++i)
-        row[i] = a + (whole ? i : smaller(i, rows - 1)) * ld;
-    for (int l = 0; l < k; l += pairs) {
-        Vector steps[pairs];
-        transpose_pairs<Vector>(row, l, k - l, steps);
-        QRV_UNROLL
-        for (int s = 0; s < pairs; ++s)
-            steps[s].store_aligned(out + (l + s) * outStep);
-    }
-}
-
-// The same of up to `vectors` vectors of rows, side by side.
-template <class Vector, class T>
-QRV_INLINE void transpose_tile(int rows, int vectors, int k, const float* a, std::ptrdiff_t ld, float* out) {
-    constexpr int vectorRows = Vector::lanes / floatsIn<T>;
-    const std::ptrdiff_t outStep = vectors * Vector::lanes;
-    const auto transpose = [&](auto whole) __attribute__((always_inline)) {
-        if constexpr (isComplex<T>)
-            transpose_complex_vector<Vector, whole()>(smaller(rows, vectorRows), k, a, ld, out, outStep);
-        else
-            transpose_vector<Vector, whole()>(smaller(rows, vectorRows), k, a, ld, out, outStep);
-    };
-    for (rows /= floatsIn<T>; rows >= vectorRows; rows -= vectorRows, a += vectorRows * ld, out += Vector::lanes)
-        transpose(Lanes<true>());
-    if (rows > 0)
-        transpose(Lanes<false>());
-}
-
-// Where it is the steps that are contiguous: a copy.
-template <class Vector>
-QRV_INLINE void copy_tile(int rows, int vectors, int k, const float* a, std::ptrdiff_t ld, float* out) {
-    const typename Vector::Mask mask = Vector::Mask::first(rows - (vectors - 1) * Vector::lanes);
-    for (int l = 0; l < k; ++l, a += ld) {
-        for (int v = 0; v < vectors - 1; ++v, out += Vector::lanes)
-            Vector::load(a + v * Vector::lanes).store_aligned(out);
-        load_kept(a + (vectors - 1) * Vector::lanes, mask).store_aligned(out);
-        out += Vector::lanes;
-    }
 }
 
 // The rows that the next tiles take.
@@ -488,22 +390,48 @@ QRV_INLINE void bring_quads_home(int columns, const float* x, std::ptrdiff_t ldx
     for (int i = 0; i < 4; ++i)
         quad[i] = i < rows ? _mm_load_ps(x + i * ldx) : _mm_setzero_ps();
     _MM_TRANSPOSE4_PS(quad[0], quad[1], quad[2], quad[3]);
-    for (int j = 0; j < columns; ++j, c += ldc) // by whole loads and stores: the next columns wait for masked ones
-        store_first<rows>(
-            c, {beta == 0 ? quad[j] : _mm_add_ps(quad[j], _mm_mul_ps(_mm_set1_ps(beta), load_first<rows>(c).v))});
+    // By whole loads and stores: the next columns wait for masked ones.
+    const __m128 factor = _mm_set1_ps(beta);
+    const auto bring = [&](int j) __attribute__((always_inline)) {
+        float* to = c + j * ldc;
+        store_first<rows>(to, {beta == 0 ? quad[j] : _mm_add_ps(quad[j], _mm_mul_ps(factor, load_first<rows>(to).v))});
+    };
+    if (columns == 4) {
+        QRV_UNROLL
+        for (int j = 0; j < 4; ++j)
+            bring(j);
+    } else {
+        for (int j = 0; j < columns; ++j)
+            bring(j);
+    }
 }
 
 // Few rows would leave most of a vector empty, where B transposed has vectors of columns: C' = B*op(A)' is computed,
 // some columns of C at a time, and brought home, which takes as long as four steps, or eight of more than two quads.
-constexpr int mostMirroredRows = 12; // from nine on it takes more steps and columns to pay
+// Up to so many rows it pays from so many steps, in all and for each row, and so many columns on.
+struct MirroredRange {
+    int rows, steps, stepsForRow, columns;
+};
+constexpr int never = 1 << 30;
+constexpr MirroredRange mirroredRanges[2][2][5] = {
+    // vectors of 8 lanes: A as it lies, A transposed
+    {{{6, 0, 4, 8}, {8, never, 0, 0}, {12, 0, 4, 64}}, {{6, 4, 0, 8}, {8, never, 0, 0}, {12, 16, 0, 8}}},
+    // vectors of 16 lanes
+    {{{4, 2, 0, 16}, {8, 16, 0, 16}, {12, 0, 8, 64}},
+     {{4, 2, 0, 16}, {8, 16, 0, 16}, {12, 0, 2, 16}, {16, never, 0, 0}, {24, 0, 2, 16}}},
+};
 template <class Vector>
-constexpr bool pays_mirrored(int m, int n, int k) {
-    return m <= 8 ? n >= Vector::lanes && k >= 4 * m : m <= mostMirroredRows && n >= 64 && k >= 8 * m;
+constexpr bool pays_mirrored(bool transposedA, int m, int n, int k) {
+    for (const MirroredRange& range : mirroredRanges[Vector::lanes / 16][transposedA ? 1 : 0])
+        if (m <= range.rows)
+            return n >= range.columns && k >= larger(range.steps, range.stepsForRow * m);
+    return false;
 }
 template <class Vector>
 [[gnu::noinline]] void direct_mirrored(GemmCall<float> call) {
-    constexpr int most = 192; // columns: whole tiles
-    alignas(64) float buffer[mostMirroredRows * most];
+    constexpr int room = 3072;
+    alignas(64) float buffer[room];
+    const int most = smaller(192, room / call.m / 48 * 48); // columns: whole tiles
     for (int j = 0, columns; j < call.n; j += columns) {
         columns = smaller(most, call.n - j);
         direct_tiles<Vector>(GemmCall<float>{Op::none,
@@ -536,7 +464,7 @@ template <class Vector>
 // Whether few rows have a way of their own.
 template <class Vector>
 constexpr bool pays_apart(bool transposedA, bool transposedB, int m, int n, int k) {
-    return transposedB ? pays_mirrored<Vector>(m, n, k)
+    return transposedB ? pays_mirrored<Vector>(transposedA, m, n, k)
                        : k >= dotsDepth<Vector> && pays_by_dots<Vector>(transposedA, transposedB, m, n, k);
 }
 
@@ -554,7 +482,8 @@ template <class Vector>
     dots ? gemm_by_dots<Vector>(last) : direct_mirrored<Vector>(last);
 }
 constexpr int mostRowsApart = 2;
-constexpr int leastStepsApart = 32;
+// Steps that repay it, for many columns and for any number.
+constexpr int leastStepsApart = 9, manyStepsApart = 32, columnsApart = 64;
 
 // A product of few elements is one tile, and to look for it takes longer than to compute it.
 constexpr int fewSteps = 32;
@@ -584,12 +513,15 @@ QRV_INLINE void gemm_direct(const GemmCall<T>& call) {
     QRV_ASSERT(call.is_well_formed());
     const bool transposedA = transposes(call.opA), transposedB = transposes(call.opB);
     if constexpr (!isComplex<T>) {
+        if (pays_shallow<Vector>(call.m, call.n, call.k))
+            return gemm_shallow<Vector>(call);
         if (call.k >= dotsDepth<Vector> && pays_by_dots<Vector>(transposedA, transposedB, call.m, call.n, call.k))
             return gemm_by_dots<Vector>(call);
-        if (transposedB && pays_mirrored<Vector>(call.m, call.n, call.k))
+        if (transposedB && pays_mirrored<Vector>(transposedA, call.m, call.n, call.k))
             return direct_mirrored<Vector>(call);
         const int rest = call.m % Vector::lanes;
-        if (call.m > Vector::lanes && rest > 0 && rest <= mostRowsApart && call.k >= leastStepsApart &&
+        if (call.m > Vector::lanes && rest > 0 && rest <= mostRowsApart &&
+            call.k >= (call.n >= columnsApart ? leastStepsApart : manyStepsApart) &&
             pays_apart<Vector>(transposedA, transposedB, rest, call.n, call.k))
             return direct_rows_apart<Vector>(call);
     }

@@ -1,8 +1,9 @@
 // C := alpha*op(A)*op(B) + beta*C by dot products along k, for a C of few rows or few columns: vectors of rows would be
 // mostly empty, or A^T transposed for the sake of few columns.
 //
-//   tile       4 rows x up to 4 columns of C, Vector::lanes steps of k at a time, the last ones by a mask
-//   operands   rows of op(A) and columns of op(B) contiguous. One of them may have its few rows or columns, dotsMost at
+//   tile       up to 4 rows x up to 4 columns of C, dealt out evenly, Vector::lanes steps of k at a time, the last ones
+//   by a mask operands   rows of op(A) and columns of op(B) contiguous. One of them may have its few rows or columns,
+//   dotsMost at
 //              most, brought together in a buffer on the stack, steps in blocks
 //   alignment  none assumed
 //   reads      nothing past the operands; C only if beta is not 0
@@ -21,29 +22,33 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 // Rows or columns of C that count as few: half a vector.
 template <class Vector>
 constexpr int dotsMost = Vector::lanes / 2;
-// Steps that repay adding up the lanes, and those that repay bringing them together as well.
+// Steps that repay adding up the lanes.
 template <class Vector>
 constexpr int dotsDepth = 2 * Vector::lanes;
-template <class Vector>
-constexpr int gathered_depth(int few) {
-    return few <= 4 ? 32 : 4 * Vector::lanes;
-}
-constexpr int dotsRepay = 64;  // columns, respectively rows, that share what has been brought together
-constexpr int dotsSingle = 2;  // so few rows, respectively columns, are brought together for any number of them
 constexpr int dotsBlock = 384; // steps that are brought together at once
-constexpr int dotsDeep = 512;  // steps for which a small C goes by dots of rows and columns that are contiguous anyway
-constexpr int dotsSmall = 32;  // its rows and columns, at most
 
+// Whether it pays to bring a few rows together, respectively columns, for so many others.
+template <class Vector>
+constexpr bool pays_gathered(int few, int others, int steps) {
+    if (few <= 2) // for any number
+        return steps >= 32;
+    if (few <= 4)
+        return others >= 64 ? steps >= 32 : steps >= (others >= 8 ? 64 : 256);
+    return few <= dotsMost<Vector> && (others >= 64 ? steps >= 4 * Vector::lanes : others >= 16 && steps >= 128);
+}
+// Whether rows and columns that are contiguous anyway go by dots: few of them, more where the sums are longer.
+template <class Vector>
+constexpr bool pays_contiguous(int m, int n, int steps) {
+    if (smaller(m, n) <= dotsMost<Vector>)
+        return steps >= dotsDepth<Vector>;
+    return (steps >= 2048 / Vector::lanes && (n <= Vector::lanes || m <= Vector::lanes / 4 * 3)) ||
+           (steps >= 512 && m <= 32 && n <= 32);
+}
 template <class Vector>
 constexpr bool pays_by_dots(bool transposedA, bool transposedB, int m, int n, int k) {
-    const auto gathered = [k](int few, int others) {
-        return k >= gathered_depth<Vector>(few) && few <= dotsMost<Vector> &&
-               (others >= dotsRepay || few <= dotsSingle);
-    };
-    if (transposedA && !transposedB)
-        return k >= dotsDepth<Vector> &&
-               (smaller(m, n) <= dotsMost<Vector> || (k >= dotsDeep && m <= dotsSmall && n <= dotsSmall));
-    return transposedA ? gathered(n, m) : !transposedB && gathered(m, n);
+    if (transposedA)
+        return transposedB ? pays_gathered<Vector>(n, m, k) : pays_contiguous<Vector>(m, n, k);
+    return !transposedB && pays_gathered<Vector>(m, n, k);
 }
 
 // A vector loaded for `uses` products: for two or three of them the compiler would load it each time.
@@ -95,11 +100,23 @@ void dot_tile(const DotProduct& p, const float* a, const float* b, float* c, std
         step([=](const float* x) { return load_kept(x + l, mask); });
     }
     const __m128 alpha = _mm_set1_ps(p.alpha), beta = _mm_set1_ps(p.beta);
+    const auto finish = [&](__m128 sum, auto old) __attribute__((always_inline)) {
+        sum = _mm_mul_ps(alpha, sum);
+        return p.beta == 0 ? sum : _mm_add_ps(_mm_mul_ps(beta, old()), sum);
+    };
+    constexpr int paired = rows == 2 ? columns / 2 * 2 : 0; // columns that share a quad
     QRV_UNROLL
-    for (int j = 0; j < columns; ++j, c += ldc) {
-        __m128 x = _mm_mul_ps(alpha, lane_sums(sums[j][0], sums[j][1], sums[j][2], sums[j][3]));
-        if (p.beta != 0)
-            x = _mm_add_ps(_mm_mul_ps(beta, rows == 4 ? _mm_loadu_ps(c) : load_quad(c, rows)), x);
+    for (int j = 0; j < paired; j += 2, c += 2 * ldc) {
+        auto *first = reinterpret_cast<__m64*>(c), *second = reinterpret_cast<__m64*>(c + ldc);
+        const __m128 x = finish(lane_sums(sums[j][0], sums[j][1], sums[j + 1][0], sums[j + 1][1]),
+                                [=] { return _mm_loadh_pi(_mm_loadl_pi(_mm_setzero_ps(), first), second); });
+        _mm_storel_pi(first, x);
+        _mm_storeh_pi(second, x);
+    }
+    QRV_UNROLL
+    for (int j = paired; j < columns; ++j, c += ldc) {
+        const __m128 x = finish(lane_sums(sums[j][0], sums[j][1], sums[j][2], sums[j][3]),
+                                [=] { return rows == 4 ? _mm_loadu_ps(c) : load_quad(c, rows); });
         if (rows == 4)
             _mm_storeu_ps(c, x);
         else
@@ -107,28 +124,39 @@ void dot_tile(const DotProduct& p, const float* a, const float* b, float* c, std
     }
 }
 
-// The columns of `rows` rows, `columns` at a time and then those left over.
+// All columns of `rows` rows, `columns` at most at a time.
 template <class Vector, int rows, int columns>
 QRV_INLINE void dot_columns(const DotProduct& p, int n, const float* a, const float* b, float* c, std::ptrdiff_t ldc) {
-    for (; n >= columns; n -= columns, b += columns * p.bColumn, c += columns * ldc)
+    for (; n >= 2 * columns || n == columns; n -= columns, b += columns * p.bColumn, c += columns * ldc)
         dot_tile<Vector, rows, columns>(p, a, b, c, ldc);
     if constexpr (columns > 1)
-        if (n > 0)
-            dot_columns<Vector, rows, columns - 1>(p, n, a, b, c, ldc);
+        for (int share; n > 0; n -= share, b += share * p.bColumn, c += share * ldc) {
+            share = even_share(n, columns);
+            if (share == columns)
+                dot_tile<Vector, rows, columns>(p, a, b, c, ldc);
+            else if (share == 3)
+                dot_tile<Vector, rows, smaller(3, columns)>(p, a, b, c, ldc);
+            else if (share == 2)
+                dot_tile<Vector, rows, smaller(2, columns)>(p, a, b, c, ldc);
+            else
+                dot_tile<Vector, rows, 1>(p, a, b, c, ldc);
+        }
 }
 
 template <class Vector>
 QRV_INLINE void dot_tiles(const DotProduct& p, int m, int n, const float* a, const float* b, Matrix<float> c) {
     constexpr int most = sizeof(void*) == 4 ? 1 : Vector::lanes == 16 ? 4 : 2; // of 8, 32 and 16 registers
-    int i = 0;
-    for (; m - i >= 4; i += 4)
-        dot_columns<Vector, 4, most>(p, n, a + i * p.aRow, b, &c(i, 0), c.ld);
-    if (m - i == 3)
-        dot_columns<Vector, 3, most>(p, n, a + i * p.aRow, b, &c(i, 0), c.ld);
-    else if (m - i == 2)
-        dot_columns<Vector, 2, most>(p, n, a + i * p.aRow, b, &c(i, 0), c.ld);
-    else if (m - i == 1)
-        dot_columns<Vector, 1, most>(p, n, a + i * p.aRow, b, &c(i, 0), c.ld);
+    for (int i = 0, rows; i < m; i += rows) {
+        rows = even_share(m - i, 4);
+        if (rows == 4)
+            dot_columns<Vector, 4, most>(p, n, a + i * p.aRow, b, &c(i, 0), c.ld);
+        else if (rows == 3)
+            dot_columns<Vector, 3, most>(p, n, a + i * p.aRow, b, &c(i, 0), c.ld);
+        else if (rows == 2)
+            dot_columns<Vector, 2, most>(p, n, a + i * p.aRow, b, &c(i, 0), c.ld);
+        else
+            dot_columns<Vector, 1, most>(p, n, a + i * p.aRow, b, &c(i, 0), c.ld);
+    }
 }
 
 // `count` rows, or columns, of which the steps lie ld floats apart, each contiguous, dotsBlock floats from the next.

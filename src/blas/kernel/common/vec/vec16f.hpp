@@ -217,11 +217,13 @@ inline void store_in_pieces(float* p, Vec16f x, int count) {
 
 // The sums over the lanes of a, b, c and d.
 inline __m128 lane_sums(Vec16f a, Vec16f b, Vec16f c, Vec16f d) {
-    const auto fold = [](Vec16f x) {
-        return _mm256_add_ps(_mm512_castps512_ps256(x.v), _mm512_extractf32x8_ps(x.v, 1));
+    const auto fold = [](__m512 x, __m512 y) { // lanes of x and of y in turn
+        return _mm512_add_ps(_mm512_unpacklo_ps(x, y), _mm512_unpackhi_ps(x, y));
     };
-    const __m256 sums = _mm256_hadd_ps(_mm256_hadd_ps(fold(a), fold(b)), _mm256_hadd_ps(fold(c), fold(d)));
-    return _mm_add_ps(_mm256_castps256_ps128(sums), _mm256_extractf128_ps(sums, 1));
+    const __m512 ab = fold(a.v, b.v), cd = fold(c.v, d.v);
+    const __m512 quads = _mm512_add_ps(_mm512_shuffle_ps(ab, cd, 0x44), _mm512_shuffle_ps(ab, cd, 0xEE));
+    const __m256 two = _mm256_add_ps(_mm512_castps512_ps256(quads), _mm512_extractf32x8_ps(quads, 1));
+    return _mm_add_ps(_mm256_castps256_ps128(two), _mm256_extractf128_ps(two, 1));
 }
 // The first `count` lanes.
 inline void store_quad(float* p, __m128 x, int count) {
