@@ -103,21 +103,32 @@ void update_tile(const SmallProduct& p, int i, int j, Matrix<float> c) {
         even1.finish(p, c.column(j + 1) + i);
 }
 
-// The last `left` rows, at most `rows` of them, as one tile.
-template <int rows, int columns>
-void update_rest(int left, const SmallProduct& p, int i, int j, Matrix<float> c) {
-    if (left == rows)
-        update_tile<rows, columns>(p, i, j, c);
-    else if constexpr (rows > 1)
-        update_rest<rows - 1, columns>(left, p, i, j, c);
+// All columns of `rows` rows.
+template <int rows>
+void update_columns(const SmallProduct& p, int i, int n, Matrix<float> c) {
+    int j = 0;
+    for (; n - j >= 2; j += 2)
+        update_tile<rows, 2>(p, i, j, c);
+    if (j < n)
+        update_tile<rows, 1>(p, i, j, c);
 }
 
-template <int columns>
-void update_columns(const SmallProduct& p, int m, int j, Matrix<float> c) {
-    int i = 0;
-    for (; m - i >= updateRows; i += updateRows)
-        update_tile<updateRows, columns>(p, i, j, c);
-    update_rest<updateRows - 1, columns>(m - i, p, i, j, c);
+// All columns of the last `left` rows, at most `rows` of them: which tile it is, is asked once.
+template <int rows>
+void update_rest(int left, const SmallProduct& p, int i, int n, Matrix<float> c) {
+    if (left == rows)
+        update_columns<rows>(p, i, n, c);
+    else if constexpr (rows > 1)
+        update_rest<rows - 1>(left, p, i, n, c);
+}
+
+inline void update_all(const SmallProduct& p, int m, int n, Matrix<float> c) {
+    const int rest = m % updateRows, whole = m - rest;
+    for (int j = 0; j < n && whole > 0; j += 2)
+        for (int i = 0; i < whole; i += updateRows)
+            n - j >= 2 ? update_tile<updateRows, 2>(p, i, j, c) : update_tile<updateRows, 1>(p, i, j, c);
+    if (rest > 0)
+        update_rest<updateRows - 1>(rest, p, whole, n, c);
 }
 
 // Copies one or two columns of op(B) whose steps lie ldb apart, so that each becomes contiguous, smallDepth floats
@@ -217,9 +228,7 @@ void dot_columns(const SmallProduct& p, int m, Matrix<const float> b, Matrix<flo
 }
 
 template <int columns>
-void small_columns(const SmallProduct& p, int m, int j, Matrix<float> c) {
-    if (p.a.columns_contiguous())
-        return update_columns<columns>(p, m, j, c);
+void transposed_columns(const SmallProduct& p, int m, int j, Matrix<float> c) {
     if (p.b.columns_contiguous())
         return dot_columns<columns>(p, m, {p.b.at(0, j), p.b.columnStride}, c.block(0, j));
     alignas(16) float gathered[columns * smallDepth];
@@ -232,11 +241,15 @@ void small_columns(const SmallProduct& p, int m, int j, Matrix<float> c) {
 inline void multiply_small(int m, int n, SmallProduct&& p, Matrix<float> c) {
     for (int left = p.k; left > 0; left -= p.k) {
         p.k = left < smallDepth ? left : smallDepth;
-        int j = 0;
-        for (; n - j >= 2; j += 2)
-            small_columns<2>(p, m, j, c);
-        if (j < n)
-            small_columns<1>(p, m, j, c);
+        if (p.a.columns_contiguous()) {
+            update_all(p, m, n, c);
+        } else {
+            int j = 0;
+            for (; n - j >= 2; j += 2)
+                transposed_columns<2>(p, m, j, c);
+            if (j < n)
+                transposed_columns<1>(p, m, j, c);
+        }
         p.a.data = p.a.at(0, p.k);
         p.b.data = p.b.at(p.k, 0);
         p.beta = 1;
