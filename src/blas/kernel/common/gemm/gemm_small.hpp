@@ -122,7 +122,8 @@ void update_rest(int left, const SmallProduct& p, int i, int n, Matrix<float> c)
         update_rest<rows - 1>(left, p, i, n, c);
 }
 
-inline void update_all(const SmallProduct& p, int m, int n, Matrix<float> c) {
+// A function of its own: beside it in one, dot products of transposed rows took 1.1 to 1.2 times as long.
+[[gnu::noinline]] inline void update_all(const SmallProduct& p, int m, int n, Matrix<float> c) {
     const int rest = m % updateRows, whole = m - rest;
     for (int j = 0; j < n && whole > 0; j += 2)
         for (int i = 0; i < whole; i += updateRows)
