@@ -36,7 +36,7 @@ foreach(build IN LISTS QRV_KERNEL_BUILDS)
       blas/kernel/source/level2.cpp blas/kernel/source/level3.cpp)
 endforeach()
 
-# Of level 1: whether a loop in vectors of 128 bits begins on a boundary of 32 bytes made up to 1.5 of its time.
-foreach(build sse2 sse3 ssse3 sse42)
+# Of level 1: whether a loop begins on a boundary of 32 bytes made up to 1.5 of its time.
+foreach(build sse2 sse3 ssse3 sse42 sse42_avx2 sse42_avx512)
   set(QRV_KERNEL_LEVEL1_FLAGS_${build} -falign-loops=32)
 endforeach()

@@ -34,7 +34,9 @@ struct Slots<SingleComplex> {
 // The slot's kernel for a short call, else the decision.
 template <class Slot, class Decision, class... Arguments>
 [[gnu::always_inline]] inline auto choose(bool isShort, Slot& slot, Decision& decision, Arguments... arguments) {
-    return isShort ? slot(arguments...) : decision(arguments...);
+    if (isShort) [[likely]]
+        return slot(arguments...);
+    return decision(arguments...);
 }
 
 template <class T>

@@ -57,7 +57,7 @@ inline float sum_of_magnitudes(std::ptrdiff_t n, const float* x) {
 
 template <class T>
 [[gnu::always_inline]] inline float asum(int n, const T* x, int incx) {
-    if (n > 0 && contiguous_either_way(x, incx))
+    if (n > 0 && contiguous_either_way(x, incx)) [[likely]]
         return sum_of_magnitudes(std::ptrdiff_t{n} * floatsIn<T>, parts(x));
     return strided::asum(n, x, incx);
 }

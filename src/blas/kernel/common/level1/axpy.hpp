@@ -38,7 +38,7 @@ struct AxpyStep<SingleComplex> {
 
 template <class T>
 [[gnu::always_inline]] inline void axpy(int n, T alpha, const T* x, int incx, T* y, int incy) {
-    if (!contiguous(x, incx) || !contiguous(y, incy))
+    if (!contiguous(x, incx, y, incy)) [[unlikely]]
         return strided::axpy(n, alpha, x, incx, y, incy);
     AxpyStep<T> step(alpha);
     walk(n, x, y, step);

@@ -25,7 +25,7 @@ struct SwapStep {
 
 template <class T>
 [[gnu::always_inline]] inline void copy(int n, const T* x, int incx, T* y, int incy) {
-    if (!contiguous(x, incx) || !contiguous(y, incy))
+    if (!contiguous(x, incx, y, incy)) [[unlikely]]
         return strided::copy(n, x, incx, y, incy);
     CopyStep step;
     walk(n, x, y, step);
@@ -34,7 +34,7 @@ template <class T>
 // Increments of -1 pair the same elements as increments of 1.
 template <class T>
 [[gnu::always_inline]] inline void swap(int n, T* x, int incx, T* y, int incy) {
-    if (incx != incy || !contiguous_either_way(x, incx) || !contiguous_either_way(y, incy))
+    if (incx != incy || (off_one_either_way(incx) | off_floats(x) | off_floats(y)) != 0) [[unlikely]]
         return strided::swap(n, x, incx, y, incy);
     SwapStep step;
     walk(n, x, y, step);

@@ -70,7 +70,7 @@ struct DotStep<SingleComplex> {
 
 template <bool conjugated, class T>
 [[gnu::always_inline]] inline T dot(int n, const T* x, int incx, const T* y, int incy) {
-    if (!contiguous(x, incx) || !contiguous(y, incy))
+    if (!contiguous(x, incx, y, incy)) [[unlikely]]
         return strided::dot<conjugated>(n, x, incx, y, incy);
     DotStep<T> step;
     walk(n, x, y, step);

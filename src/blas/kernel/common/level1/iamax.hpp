@@ -173,7 +173,7 @@ template <class T>
 
 template <class T>
 [[gnu::always_inline]] inline int iamax_of_slice(int n, const T* x, int incx) {
-    if (n > 0 && contiguous(x, incx))
+    if (n > 0 && contiguous(x, incx)) [[likely]]
         return position_of_largest(n, x);
     return strided::iamax_of_slice(n, x, incx);
 }

@@ -29,18 +29,29 @@ inline const float* parts(const SingleComplex* x) {
     return &x->re;
 }
 
-// An address that is no multiple of 4 is left to the loops over elements.
+// Whether vectors have no gaps, in one question: calls of few elements feel each branch. An address that is no multiple
+// of 4 is left to the loops over elements.
+constexpr unsigned off_one(int inc) {
+    return static_cast<unsigned>(inc) ^ 1U;
+}
+constexpr unsigned off_one_either_way(int inc) {
+    return (static_cast<unsigned>(inc) + 1) & ~2U;
+}
 template <class T>
-bool is_float_address(const T* x) {
-    return reinterpret_cast<std::uintptr_t>(x) % sizeof(float) == 0;
+unsigned off_floats(const T* x) {
+    return reinterpret_cast<std::uintptr_t>(x) % sizeof(float);
 }
 template <class T>
 bool contiguous(const T* x, int inc) {
-    return inc == 1 && is_float_address(x);
+    return (off_one(inc) | off_floats(x)) == 0;
+}
+template <class T>
+bool contiguous(const T* x, int incx, const T* y, int incy) {
+    return (off_one(incx) | off_one(incy) | off_floats(x) | off_floats(y)) == 0;
 }
 template <class T>
 bool contiguous_either_way(const T* x, int inc) {
-    return (inc == 1 || inc == -1) && is_float_address(x);
+    return (off_one_either_way(inc) | off_floats(x)) == 0;
 }
 
 // Whether a part of a vector is one masked load, so that fewer floats than a vector holds go without a loop.
@@ -64,7 +75,7 @@ inline Vec load_peeled(const float* x) {
 // Hands n elements of x and y to a Step.
 template <class Step, class X, class Y>
 [[gnu::always_inline]] inline void walk(int n, X* x, Y* y, Step& step) {
-    if (n > 0)
+    if (n > 0) [[likely]]
         UnitStride(std::ptrdiff_t{n} * floatsIn<Y>, parts(x), parts(y), step).walk();
 }
 

@@ -23,7 +23,7 @@ struct RotStep {
 };
 
 [[gnu::always_inline]] inline void rot(int n, float* x, int incx, float* y, int incy, float c, float s) {
-    if (!contiguous(x, incx) || !contiguous(y, incy))
+    if (!contiguous(x, incx, y, incy)) [[unlikely]]
         return strided::rot(n, x, incx, y, incy, c, s);
     RotStep step(c, s);
     walk(n, x, y, step);

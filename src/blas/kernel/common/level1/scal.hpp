@@ -35,7 +35,7 @@ struct ScalStep<SingleComplex> {
 
 template <class Scale, class T>
 [[gnu::always_inline]] inline void scal(int n, Scale alpha, T* x, int incx) {
-    if (!contiguous_either_way(x, incx))
+    if (!contiguous_either_way(x, incx)) [[unlikely]]
         return strided::scal(n, alpha, x, incx);
     ScalStep<Scale> step(alpha);
     walk(n, x, x, step);
