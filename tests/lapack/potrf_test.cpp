@@ -108,23 +108,27 @@ TEST_OF_ELEMENTS(Potrf, SolutionsInversesAndEstimates) {
     });
 }
 
-// In a copy, in one tile and in several: columns a page apart. The other triangle and what lies below are nobody's.
+// In a copy, in one tile and in several, and on a team: columns a page apart. The other triangle and what lies below
+// are nobody's.
 TEST_OF_ELEMENTS(Potrf, ResidualsOfAliasedColumns) {
     constexpr int ld = 4096 / sizeof(T);
-    for (const int n : {170, 401}) {
+    combine({170, 401}, {1, 2}).each([](int n, int threads) {
         const Operand<T> a = definite<T>(Uplo::lower, n);
         Operand<T> whole(a);
         for (const int bad : {-1, n / 2}) {
             Operand<T> factor(Form{n, n, isComplex<T> ? Form::hermitian : Form::symmetric, 'L'}, {.extra = ld - n});
             factor.set([&](int i, int j) { return i < j ? T() : i == j && i == bad ? scalar<T>(-1) : a(i, j); });
-            ASSERT_EQ(lapack::potrf(Uplo::lower, n, factor.view()), bad + 1) << n;
+            const int info = threads == 1
+                                 ? lapack::potrf(Uplo::lower, n, factor.view())
+                                 : lapack::potrf_tiles(threads, {24, 1, 24}, Uplo::lower, n, factor.view()).info;
+            ASSERT_EQ(info, bad + 1);
             if (bad < 0) {
-                EXPECT_LT(cholesky_residual(a, factor), choleskyBound) << n;
+                EXPECT_LT(cholesky_residual(a, factor), choleskyBound);
                 whole.set(factor);
             }
             expect_same_before(bad, whole, factor);
         }
-    }
+    });
 }
 
 // A stop leaves the rest of the matrix alone and info 0.

@@ -8,7 +8,9 @@
 #include "lapack/kernel/source/cholesky/potrf_tiles.hpp"
 
 #include "blas/complex.hpp"
+#include "lapack/kernel/source/cholesky/potrf_route.hpp"
 #include "lapack/task_team.hpp"
+#include "lapack/workspace.hpp"
 #include "service/work_pool.hpp"
 
 namespace qrv::lapack {
@@ -25,7 +27,10 @@ FactorResult factor(TiledMatrix<T>& x, int threads, PotrfGrain grain) {
     PotrfTable& table = *x.table;
     table.cell = first_span(table.cell, grain);
     x.steps = std::max(x.steps / table.cell, 1) * table.cell;
+    const PotrfTask cell{1, 1, 1, table.cell};
+    x.copy(cell, x.home, x.a);
     const FactorResult leading = potrf_any(x.uplo, x.length(1, table.cell), x.a);
+    x.copy(cell, x.a, x.home);
     if (leading.info != 0 || leading.stopped)
         return leading;
     finish_leading_cell(table);
@@ -43,6 +48,13 @@ FactorResult potrf_tiles(int threads, PotrfGrain grain, Uplo uplo, int n, Matrix
     if (!block)
         return potrf_serial(uplo, n, a, {});
     TiledMatrix<T> x{uplo, n, grain.tile, grain.steps, a, static_cast<PotrfTable*>(block)};
+    const bool aside = team_goes_aside(uplo, n, a.ld, sizeof(T));
+    const int ld = dimension_aside(n, sizeof(T));
+    const WorkArea<T> copy(nullptr, 0, aside ? std::int64_t{n} * ld : 0);
+    if (aside && copy.data()) {
+        x.home = a;
+        x.a = {copy.data(), ld};
+    }
     qrv_lapack_potrf_sched_init(x.table, &tiles, &threads);
     const FactorResult result = factor(x, threads, grain);
     qrv_serv_deallocate(block);

@@ -5,11 +5,15 @@
 // A task takes as many steps as are ready, up to a limit: one deep product instead of several shallow ones. Threads
 // read finished cells only, and write only to the one that they hold. A cell on the diagonal is ready to be factored
 // when all before it are, so one thread at a time factors.
+//
+// Where columns of the triangle share sets of the caches (goes_aside in potrf_route.hpp), all this is done in a copy: a
+// cell is copied by the first task on it, and goes back with its last one.
 #pragma once
 
 #include <algorithm>
 
 #include "blas/calls.hpp"
+#include "lapack/calls/norms.hpp"
 #include "lapack/elements.hpp"
 #include "lapack/kernel/source/cholesky/potrf.hpp"
 #include "lapack/kernel/source/cholesky/potrf_schedule.hpp"
@@ -30,6 +34,7 @@ struct TiledMatrix {
     int steps; // a task takes at most
     Matrix<T> a;
     PotrfTable* table;
+    Matrix<T> home{};      // the triangle, if `a` is a copy
     FactorResult result{}; // of the diagonal; at most one thread factors there
 
     void begin(int) {}
@@ -39,7 +44,12 @@ struct TiledMatrix {
         task.done = qrv_lapack_potrf_sched_done(table);
     }
     bool perform(Task& task, int thread) {
-        if (!take_steps(task, thread))
+        if (task.step == 1)
+            copy(task, home, a);
+        const bool goesOn = take_steps(task, thread);
+        if (task.step == 0 || !goesOn)
+            copy(task, a, home);
+        if (!goesOn)
             return false; // a cell that failed stays held: nobody may factor what is left of it
         qrv_lapack_potrf_sched_release(table, &task);
         return true;
@@ -51,12 +61,23 @@ struct TiledMatrix {
         return static_cast<int>(std::min(std::int64_t{tiles} * nb, std::int64_t{n} - first_of(tile)));
     }
     // The block of tile (i, j): of U where it stands, of L across the diagonal.
-    Matrix<T> block(int i, int j) const {
-        return upper() ? a.block(first_of(i), first_of(j)) : a.block(first_of(j), first_of(i));
+    Matrix<T> block(int i, int j) const { return block_of(a, i, j); }
+
+    // Brings a cell over, if there is a copy.
+    void copy(const PotrfTask& cell, Matrix<T> from, Matrix<T> to) const {
+        if (!home.data)
+            return;
+        const int height = length(cell.i, cell.span), width = length(cell.j, cell.span);
+        const Part part = cell.i < cell.j ? Part::whole : upper() ? Part::upper : Part::lower;
+        lacpy<T>(part, upper() ? height : width, upper() ? width : height, block_of(from, cell.i, cell.j),
+                 block_of(to, cell.i, cell.j));
     }
 
 private:
     bool upper() const { return uplo == Uplo::upper; }
+    Matrix<T> block_of(Matrix<T> x, int i, int j) const {
+        return upper() ? x.block(first_of(i), first_of(j)) : x.block(first_of(j), first_of(i));
+    }
 
     // As many steps of the task as are ready, within the limit; its step goes on with them, to 0 after the last one.
     // Result: false once a block turns out not to be positive definite, and on a stop.
