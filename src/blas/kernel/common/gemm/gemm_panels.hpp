@@ -38,6 +38,7 @@ constexpr int panelPad = 16;         // floats: a line
 constexpr int panelsAtOnce = 4;      // that a column of A is copied into
 constexpr int stripsAtOnce = 8;      // that a row of B is copied into
 constexpr int panelsForStrip = 3;    // panels that repay a strip
+constexpr int stepsCopiedAhead = 64; // of rows of B: with fewer a walk has enough to do with C
 
 // Sizes in elements, lengths in floats.
 template <class Vector, class T>
@@ -63,9 +64,10 @@ struct PanelBlocks {
     // Of a column, with the vector that its last floats are written with.
     std::ptrdiff_t column_length() const { return steps * element + Vector::lanes; }
     std::ptrdiff_t strip_length() const { return tileColumns * column_length() + panelPad; }
-    std::size_t bytes() const {
-        const std::ptrdiff_t strip = strips ? columns / tileColumns * strip_length() : 0;
-        return static_cast<std::size_t>(panels_length() + strip) * sizeof(float) + lineBytes;
+    std::ptrdiff_t group_length() const { return columns / tileColumns * strip_length(); }
+    std::size_t bytes() const { // of rows of B the next group of strips is copied beside the one in use
+        const std::ptrdiff_t group = strips ? (columns > tileColumns ? 2 : 1) * group_length() : 0;
+        return static_cast<std::size_t>(panels_length() + group) * sizeof(float) + lineBytes;
     }
     static constexpr int lineBytes = 64;
 };
@@ -122,21 +124,24 @@ void copy_columns(int columns, int length, const float* b, std::ptrdiff_t ldb, f
     }
 }
 
-// Rows of B, each cut into the steps of the strips. A step is written as a whole vector, which the next one overwrites.
+// Steps of B from `from` on, rows as they lie, each cut into those of the strips.
 template <class Vector, class T>
-void copy_rows(int columns, int steps, const float* b, std::ptrdiff_t ldb, float* strips, std::ptrdiff_t stripLength) {
+void copy_rows(int columns, int from, int steps, const float* b, std::ptrdiff_t ldb, float* strips,
+               std::ptrdiff_t stripLength) {
     constexpr int tileColumns = DirectTiles<Vector, T>::columns, width = tileColumns * floatsIn<T>;
-    static_assert(width <= Vector::lanes);
-    const auto whole = Vector::Mask::first(width);
-    for (int l = 0; l < steps; ++l, b += ldb) {
+    // By whole stores: masked ones, or such as overlap, take several times as long.
+    constexpr int half = Vector::lanes / 2;
+    b += from * ldb;
+    for (int l = from; l < from + steps; ++l, b += ldb) {
         float* strip = strips;
         const float* in = b;
         int left = columns;
-        for (; left >= 2 * tileColumns || left == tileColumns; left -= tileColumns, in += width, strip += stripLength)
-            if constexpr (width == Vector::lanes / 2)
-                store_piece<width>(strip + l * width, load_piece<width>(in));
-            else
-                load_kept(in, whole).store(strip + l * width);
+        for (; left >= 2 * tileColumns || left == tileColumns; left -= tileColumns, in += width, strip += stripLength) {
+            float* const out = strip + l * width;
+            store_piece<half>(out, load_piece<half>(in));
+            if constexpr (width > half)
+                store_piece<width - half>(out + half, load_piece<width - half>(in + half));
+        }
         for (int share; left > 0; left -= share, strip += stripLength) {
             share = even_share(left, tileColumns);
             const int floats = share * floatsIn<T>;
@@ -146,13 +151,56 @@ void copy_rows(int columns, int steps, const float* b, std::ptrdiff_t ldb, float
     }
 }
 
-// Lines of columns to come, a share with each panel.
+// What a walk through the panels does for the columns of B to come, a share with each panel.
+struct NothingToCome {
+    void take_share() {}
+};
+
+// The next strips are copied from rows of B: these lie so far apart that the processor does not find the next one, nor
+// would the caches keep many of them. So a share is asked for while the one before it is copied.
+template <class Vector, class T>
+class NextRowsOfB {
+public:
+    NextRowsOfB(int columns, int steps, const float* b, std::ptrdiff_t ldb, float* strips, std::ptrdiff_t stripLength,
+                int shares)
+        : columns_(columns), left_(columns > 0 ? steps : 0), share_((steps + shares - 1) / shares), b_(b), ldb_(ldb),
+          strips_(strips), stripLength_(stripLength) {}
+    QRV_INLINE void take_share() {
+        if (left_ > 0)
+            take_more();
+    }
+    void take_rest() { take(left_); }
+
+private:
+    [[gnu::noinline]] void take_more() {
+        take(smaller(share_, left_));
+        const float* row = b_ + done_ * ldb_;
+        for (int l = smaller(share_, left_); l > 0; --l, row += ldb_) {
+            const int floats = columns_ * floatsIn<T>;
+            for (int i = 0; i < floats; i += 16)
+                __builtin_prefetch(row + i);
+            __builtin_prefetch(row + floats - 1);
+        }
+    }
+    void take(int steps) {
+        copy_rows<Vector, T>(columns_, done_, steps, b_, ldb_, strips_, stripLength_);
+        done_ += steps;
+        left_ -= steps;
+    }
+    int columns_, left_, share_, done_ = 0;
+    const float* b_;
+    std::ptrdiff_t ldb_;
+    float* strips_;
+    std::ptrdiff_t stripLength_;
+};
+
+// Columns are asked for.
 class NextColumnsOfB {
 public:
     NextColumnsOfB(int columns, int length, const float* b, std::ptrdiff_t ldb, int panels)
         : at_(b), ldb_(ldb), inColumn_((length + line - 1) / line), left_(columns * inColumn_),
           share_((left_ + panels - 1) / panels) {}
-    void prefetch_share() {
+    void take_share() {
         for (int i = smaller(share_, left_); i > 0; --i, --left_) {
             __builtin_prefetch(at_ + row_ * line);
             if (++row_ == inColumn_) {
@@ -180,13 +228,13 @@ QRV_INLINE void prefetch_rows(int rows, int columns, const float* c, std::ptrdif
 }
 
 // All panels times a few columns of B. C is asked for a tile ahead, at the end the first one of the next columns.
-template <class Vector, class T>
+template <class Vector, class T, class Next>
 void multiply_panels(DirectProduct<T>& p, int rows, int columns, const float* panels, std::ptrdiff_t panelLength,
-                     const float* b, float* c, NextColumnsOfB next, int columnsToCome) {
+                     const float* b, float* c, Next& toCome, int columnsToCome) {
     for (int i = 0; i < rows; panels += panelLength) {
         const RowShare<Vector, T> share(rows - i);
         p.aStep = share.vectors * Vector::lanes;
-        next.prefetch_share();
+        toCome.take_share();
         const int end = i + share.rows, full = PanelBlocks<Vector, T>::tileFloats;
         if (end < rows)
             prefetch_rows(smaller(full, rows - end), columns, c + end, p.ldc);
@@ -240,9 +288,9 @@ void add_column(int floats, const float* x, T beta, float* c) {
 }
 
 // All panels, those of these rows of C, times a few columns of B, for what the triangle has of these columns.
-template <class Vector, class T>
+template <class Vector, class T, class Next>
 void multiply_panels_in(const TriangleOfC& triangle, DirectProduct<T>& p, Range rows, Range columns,
-                        const float* panels, std::ptrdiff_t panelLength, const float* b, Matrix<T> c) {
+                        const float* panels, std::ptrdiff_t panelLength, const float* b, Matrix<T> c, Next& toCome) {
     constexpr int element = floatsIn<T>, vectorRows = Vector::lanes / element;
     constexpr int full = PanelBlocks<Vector, T>::tileFloats;
     const Range wanted = triangle.rows_of(columns);
@@ -253,6 +301,7 @@ void multiply_panels_in(const TriangleOfC& triangle, DirectProduct<T>& p, Range 
         const int end = smaller(share.vectors, (wanted.end() - first + vectorRows - 1) / vectorRows);
         if (skipped >= end)
             continue;
+        toCome.take_share();
         const int lastRows = end == share.vectors ? share.last_rows() : Vector::lanes;
         const Range tileRows{first + skipped * vectorRows, (end - skipped - 1) * vectorRows + lastRows / element};
         const auto tile = direct_tile_of<Vector, T>(end - skipped, lastRows, columns.count, p.k);
@@ -285,6 +334,7 @@ template <class Vector, class T>
 void multiply_panels_by_themselves(const TriangleOfC& triangle, DirectProduct<T> p, Range rows, const float* panels,
                                    std::ptrdiff_t panelLength, Matrix<T> c) {
     const float* panel = panels;
+    NothingToCome none;
     p.bColumn = floatsIn<T>;
     for (int first = rows.first, next; first < rows.end(); first = next, panel += panelLength) {
         const RowShare<Vector, T> share((rows.end() - first) * floatsIn<T>);
@@ -293,7 +343,7 @@ void multiply_panels_by_themselves(const TriangleOfC& triangle, DirectProduct<T>
         for (int j = first, columns; j < next; j += columns) {
             columns = even_share(next - j, PanelBlocks<Vector, T>::tileColumns);
             multiply_panels_in<Vector, T>(triangle, p, rows, {j, columns}, panels, panelLength,
-                                          panel + (j - first) * floatsIn<T>, c);
+                                          panel + (j - first) * floatsIn<T>, c, none);
         }
     }
 }
@@ -309,36 +359,55 @@ void multiply_panels_by_columns(const PanelBlocks<Vector, T>& blocks, const Gemm
     const std::ptrdiff_t ldb = call.b.ld * element;
     const std::ptrdiff_t bStep = p.bStep, bColumn = p.bColumn;
     const int atOnce = blocks.strips ? blocks.columns : Blocks::tileColumns;
+    const bool byRows = blocks.strips && transposedB, byColumns = blocks.strips && !transposedB;
+    const bool ahead = byRows && p.k >= stepsCopiedAhead;
+    const auto rows_from = [&](int first, float* to, int shares) {
+        return NextRowsOfB<Vector, T>(smaller(atOnce, wanted.end() - first), p.k,
+                                      reinterpret_cast<const float*>(call.view_of_b().at(l, first)), ldb, to,
+                                      blocks.strip_length(), shares);
+    };
+    float* othersStrips = strips + blocks.group_length();
     for (int first = wanted.first, group; first < wanted.end(); first += group) {
         const int left = wanted.end() - first;
         group = transposedB ? smaller(atOnce, left) : even_share(left, Blocks::tileColumns);
         const auto* b = reinterpret_cast<const float*>(call.view_of_b().at(l, first));
-        if (blocks.strips && transposedB)
-            copy_rows<Vector, T>(group, p.k, b, ldb, strips, blocks.strip_length());
+        if (byRows && (!ahead || first == wanted.first))
+            rows_from(first, strips, 1).take_rest();
+        auto nextRows =
+            rows_from(ahead ? first + group : wanted.end(), othersStrips, count * (group / Blocks::tileColumns + 1));
         float* strip = strips;
         for (int j = 0, columns; j < group; j += columns, strip += blocks.strip_length()) {
             columns = even_share(group - j, Blocks::tileColumns);
             const float* bj = b + j * bColumn;
-            const int next = blocks.strips && !transposedB ? smaller(columns, left - columns) : 0;
-            const NextColumnsOfB nextColumns(next, p.k * element, bj + columns * bColumn, ldb, count);
+            NextColumnsOfB nextColumns(byColumns ? smaller(columns, left - columns) : 0, p.k * element,
+                                       bj + columns * bColumn, ldb, count);
             p.bStep = bStep;
             p.bColumn = bColumn;
-            if (blocks.strips && transposedB) {
+            if (byRows) {
                 bj = strip;
                 p.bStep = columns * element;
-            } else if (blocks.strips) {
+            } else if (byColumns) {
                 copy_columns<Vector>(columns, p.k * element, bj, ldb, strip, blocks.column_length());
                 bj = strip;
                 p.bColumn = blocks.column_length();
             }
-            if constexpr (isWhole<Part>) {
-                float* cj = reinterpret_cast<float*>(&call.c(rows.first, first + j));
-                multiply_panels<Vector, T>(p, rows.count * element, columns, panels, blocks.panel_length(), bj, cj,
-                                           nextColumns, smaller(columns, left - j - columns));
-            } else {
-                multiply_panels_in<Vector, T>(part, p, rows, {first + j, columns}, panels, blocks.panel_length(), bj,
-                                              call.c);
-            }
+            const auto multiply = [&](auto& toCome) {
+                if constexpr (isWhole<Part>) {
+                    float* cj = reinterpret_cast<float*>(&call.c(rows.first, first + j));
+                    multiply_panels<Vector, T>(p, rows.count * element, columns, panels, blocks.panel_length(), bj, cj,
+                                               toCome, smaller(columns, left - j - columns));
+                } else {
+                    multiply_panels_in<Vector, T>(part, p, rows, {first + j, columns}, panels, blocks.panel_length(),
+                                                  bj, call.c, toCome);
+                }
+            };
+            byRows ? multiply(nextRows) : multiply(nextColumns);
+        }
+        nextRows.take_rest();
+        if (ahead) {
+            float* const used = strips;
+            strips = othersStrips;
+            othersStrips = used;
         }
     }
 }

@@ -225,7 +225,7 @@ private:
                 NextColumnsOfB nextColumns(smaller(columns, call_.n - j - columns), block.count * element,
                                            b + columns * ldb, ldb, count);
                 each_panel(rows, [&](const auto& share, Range own, const float* panel) {
-                    nextColumns.prefetch_share();
+                    nextColumns.take_share();
                     const int from = upper_ ? own.first - block.first : 0;
                     p.k = (upper_ ? block.end() : own.end()) - block.first - from;
                     compute_own(p, share, own.count, panel, from, strips_ + from * element, own.first, j, columns);
@@ -306,7 +306,7 @@ private:
         if (beside.count > 0) {
             const float* x = floats(triangle.at(beside.first, j));
             if (byRows)
-                copy_rows<Vector, T>(columns, beside.count, x, lda, place(beside.first), 0);
+                copy_rows<Vector, T>(columns, 0, beside.count, x, lda, place(beside.first), 0);
             else if (!transposed_)
                 copy_columns<Vector>(columns, beside.count * element, x, lda, place(beside.first), p.bColumn);
         }
