@@ -63,6 +63,7 @@ struct ScaledSum {
     ScaledSum() = default;
     explicit ScaledSum(Pack<T> y) : sum(y.v) {}
     ScaledSum(Pack<T> a, const Factor<T>& s) : sum(a.v * s.v) {}
+    ScaledSum(Pack<T> y, Pack<T> a, const Factor<T>& s) : sum(y.v + a.v * s.v) {}
     void add(Pack<T> a, const Factor<T>& s) { sum += a.v * s.v; }
     void add(Pack<T> a, const Factor<T>& s, PackRange range) {
         if (range.any)

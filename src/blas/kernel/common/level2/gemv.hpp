@@ -26,11 +26,13 @@ void add_columns(int m, const T* a, std::ptrdiff_t lda, const T* s, T* y) {
     for (int k = 0; k < columns; ++k)
         factor[k] = Factor<T>(s[k]);
     const auto rows = [&](int i, auto load) __attribute__((always_inline)) {
-        ScaledSum<T> sum(load(y + i)), other = sum; // two chains, of the even and of the odd columns
+        ScaledSum<T> sum, other; // two chains, of the even and of the odd columns
         QRV_UNROLL
         for (int k = 0; k < columns; ++k) {
             const Pack<T> p = load(column.at[k] + i);
-            if (k == 1)
+            if (k == 0)
+                sum = ScaledSum<T>(load(y + i), p, factor[k]);
+            else if (k == 1)
                 other = ScaledSum<T>(p, factor[k]);
             else
                 (k % 2 ? other : sum).add(p, factor[k]);

@@ -61,6 +61,20 @@ struct Divisor<SingleComplex> {
         return {static_cast<float>((x.re * re + x.im * im) * reciprocal),
                 static_cast<float>((x.im * re - x.re * im) * reciprocal)};
     }
+#if QRV_VECTOR_LANES > 1
+    // Of a number in the first two lanes.
+    QRV_INLINE Vec4f divide(Vec4f x) const {
+        if (reciprocal == 0) {
+            const SingleComplex q =
+                divide(SingleComplex{_mm_cvtss_f32(x.v), _mm_cvtss_f32(_mm_shuffle_ps(x.v, x.v, 1))});
+            return Vec4f::alternate(q.re, q.im);
+        }
+        const __m128d parts = _mm_cvtps_pd(x.v);
+        const __m128d sum = _mm_add_pd(_mm_mul_pd(parts, _mm_set1_pd(re)),
+                                       _mm_mul_pd(_mm_shuffle_pd(parts, parts, 1), _mm_setr_pd(im, -im)));
+        return {_mm_cvtpd_ps(_mm_mul_pd(sum, _mm_set1_pd(reciprocal)))};
+    }
+#endif
 };
 
 // The diagonal block of a few columns, with a at its first element: s := op(A)*s or inverse(op(A))*s. In line, so that
@@ -141,8 +155,141 @@ struct SolvedGroup {
     }
 };
 
+// Whether an earlier group is the one before in the walk, so that its square block is left out of what is beside it.
+template <class T>
+[[gnu::always_inline]] inline bool follows_group(const Triangle<T>& t, int j, bool ascending) {
+    return t.reach >= 2 * groupColumns - 1 && (ascending ? j >= groupColumns : t.n - j >= 2 * groupColumns);
+}
+
+#if QRV_VECTOR_LANES > 1
+// The same for a group of complex elements with op(A) = A, in two quads: to bring parts of elements together takes
+// longer than to compute with them.
+struct ComplexGroup {
+    Vec4f half[2];
+
+    QRV_INLINE static ComplexGroup load(const SingleComplex* p) { return {{quad(p), quad(p + 2)}}; }
+    QRV_INLINE void store(SingleComplex* p) const {
+        half[0].store(&p->re);
+        half[1].store(&p[2].re);
+    }
+    // Element j, in the first two lanes.
+    template <int j>
+    QRV_INLINE Vec4f element() const {
+        return j % 2 == 0 ? half[j / 2] : swap_halves(half[j / 2]);
+    }
+    QRV_INLINE static bool is_zero(Vec4f element) { return (equal_lanes(Vec4f::zero(), element) & 3) == 3; }
+
+    // Adds rows [from, to) of a column times a number, or takes them off. No other row is read.
+    template <Action action, int from, int to>
+    QRV_INLINE void add_column(const SingleComplex* column, Vec4f factor) {
+        const Vec4f re = {_mm_shuffle_ps(factor.v, factor.v, 0x00)}, im = {_mm_shuffle_ps(factor.v, factor.v, 0x55)};
+        repeat<2>([&](auto h) __attribute__((always_inline)) {
+            constexpr int first = larger(from, 2 * h()), end = smaller(to, 2 * h() + 2);
+            if constexpr (first < end) {
+                const SingleComplex* const p = column + first;
+                const Vec4f a = end - first == 2 ? quad(p)
+                                : first % 2 == 0 ? load_first<2>(&p->re)
+                                                 : low_halves(Vec4f::zero(), load_first<2>(&p->re));
+                const Vec4f turned = negate_part<0>(swap_parts(a));
+                if constexpr (action == Action::solve) { // a row beside that becomes NaN is solved already
+                    half[h()] = half[h()] - a * re - turned * im;
+                } else {
+                    const Vec4f sum = half[h()] + a * re + turned * im;
+                    half[h()] = end - first == 2 ? sum
+                                : first % 2 == 0 ? join_halves(sum, half[h()])
+                                                 : join_halves(half[h()], sum);
+                }
+            }
+        });
+    }
+    // As SolvedGroup does.
+    QRV_INLINE void subtract(const ComplexGroup& solved, Matrix<const SingleComplex> a, bool ascending) {
+        if ((equal_lanes(Vec4f::zero(), solved.half[0]) & equal_lanes(Vec4f::zero(), solved.half[1])) == 15)
+            return;
+        const auto take = [&](auto i) __attribute__((always_inline)) {
+            add_column<Action::solve, 0, groupColumns>(a.column(i()), solved.element<i()>());
+        };
+        if (ascending)
+            repeat<groupColumns>(take);
+        else
+            repeat<groupColumns>([&](auto i) __attribute__((always_inline)) { take(Lanes<groupColumns - 1 - i()>()); });
+    }
+    template <Uplo uplo>
+    QRV_INLINE void solve(Matrix<const SingleComplex> a, Diag diag) {
+        constexpr bool upper = uplo == Uplo::upper;
+        Divisor<SingleComplex> divisor[groupColumns];
+        if (diag == Diag::nonUnit)
+            repeat<groupColumns>([&](auto j) __attribute__((always_inline)) {
+                divisor[j()] = Divisor<SingleComplex>{a(j(), j())};
+            });
+        Vec4f solved[groupColumns];
+        repeat<groupColumns>([&](auto step) __attribute__((always_inline)) {
+            constexpr int j = upper ? groupColumns - 1 - step() : step();
+            constexpr int from = upper ? 0 : j + 1, to = upper ? j : groupColumns;
+            solved[j] = element<j>();
+            if (is_zero(solved[j]))
+                return;
+            if (diag == Diag::nonUnit)
+                solved[j] = divisor[j].divide(solved[j]);
+            add_column<Action::solve, from, to>(a.column(j), solved[j]);
+        });
+        half[0] = low_halves(solved[0], solved[1]);
+        half[1] = low_halves(solved[2], solved[3]);
+    }
+    template <Uplo uplo>
+    QRV_INLINE void multiply(Matrix<const SingleComplex> a, Diag diag) {
+        constexpr bool upper = uplo == Uplo::upper;
+        const ComplexGroup x = *this;
+        if (diag == Diag::nonUnit)
+            half[0] = half[1] = Vec4f::zero();
+        repeat<groupColumns>([&](auto j) __attribute__((always_inline)) {
+            constexpr int from = upper ? 0 : j() + 1, to = upper ? j() : groupColumns;
+            const Vec4f factor = x.element<j()>();
+            if (is_zero(factor))
+                return;
+            if (diag == Diag::nonUnit)
+                add_column<Action::multiply, from - !upper, to + upper>(a.column(j()), factor); // and the diagonal
+            else
+                add_column<Action::multiply, from, to>(a.column(j()), factor);
+        });
+    }
+
+private:
+    QRV_INLINE static Vec4f quad(const SingleComplex* p) { return Vec4f::load(&p->re); }
+};
+
+template <Action action>
+void apply_complex_group(const Triangle<SingleComplex>& t, int j, SingleComplex* x, SolvedGroup<SingleComplex>& last) {
+    constexpr bool solves = action == Action::solve;
+    const bool upper = t.upper();
+    const auto corner = t.a.block(j, j);
+    auto s = ComplexGroup::load(x + j);
+    if constexpr (solves) {
+        if (follows_group(t, j, !upper))
+            s.subtract(ComplexGroup::load(last.values), t.a.block(j, upper ? j + groupColumns : j - groupColumns),
+                       !upper);
+        upper ? s.solve<Uplo::upper>(corner, t.diag) : s.solve<Uplo::lower>(corner, t.diag);
+        s.store(x + j);
+        s.store(last.values);
+    }
+    alignas(16) SingleComplex terms[groupColumns];
+    const Vec4f signs = Vec4f::splat(solves ? -0.0F : 0.0F);
+    ComplexGroup{{change_signs(s.half[0], signs), change_signs(s.half[1], signs)}}.store(terms);
+    const int near = solves && follows_group(t, upper ? j : t.n - j - groupColumns, true) ? groupColumns : 0;
+    if (!all_zero(terms))
+        add_band_columns<groupColumns>(rows_beside<groupColumns>(t, j, near), t.a.column(j), t.a.ld, terms, x,
+                                       upper && solves ? WholeVectors::last : WholeVectors::first);
+    if constexpr (!solves) {
+        upper ? s.multiply<Uplo::upper>(corner, t.diag) : s.multiply<Uplo::lower>(corner, t.diag);
+        s.store(x + j);
+    }
+}
+#endif
+
 template <Action action, bool transposed, bool conjugated, int columns, class T, class X>
 void apply_columns(const Triangle<T>& t, int j, X x, SolvedGroup<T>& last) {
+    if constexpr (isComplex<T> && !transposed && columns == groupColumns && isContiguous<X> && Pack<T>::count > 1)
+        return apply_complex_group<action>(t, j, x, last);
     T s[columns];
     QRV_UNROLL
     for (int k = 0; k < columns; ++k)

@@ -8,6 +8,9 @@
 
 #include <cstddef>
 #include <type_traits>
+#ifdef __SSE3__
+#include <pmmintrin.h>
+#endif
 
 #include "blas/complex.hpp"
 #include "blas/kernel/common/count.hpp"
@@ -127,6 +130,17 @@ QRV_INLINE V negate_part(V x) {
     return change_signs(x, V::alternate(part == 0 ? -0.0F : 0.0F, part == 1 ? -0.0F : 0.0F));
 }
 
+// x + y with the real parts of y taken off.
+template <class V>
+QRV_INLINE V add_turned(V x, V y) {
+    return x + negate_part<0>(y);
+}
+#ifdef __SSE3__
+QRV_INLINE Vec4f add_turned(Vec4f x, Vec4f y) {
+    return {_mm_addsub_ps(x.v, y.v)};
+}
+#endif
+
 // ---- Transposition ------------------------------------------------------------------------------------------------
 
 // A few elements in a square, each column a quad of floats.
@@ -224,6 +238,7 @@ struct ScaledSum<float> {
     ScaledSum() = default;
     explicit ScaledSum(Pack<float> y) : sum(y.v) {}
     ScaledSum(Pack<float> a, const Factor<float>& s) : sum(a.v * s.re) {} // y is 0
+    ScaledSum(Pack<float> y, Pack<float> a, const Factor<float>& s) : sum(multiply_add(a.v, s.re, y.v)) {}
     void add(Pack<float> a, const Factor<float>& s) { sum = multiply_add(a.v, s.re, sum); }
     void add(Pack<float> a, const Factor<float>& s, const LaneRange<Vec>& range) {
         sum = range.times_plus(a.v, s.re, sum);
@@ -237,6 +252,11 @@ struct ScaledSum<SingleComplex> {
     ScaledSum() = default;
     explicit ScaledSum(Pack<SingleComplex> y) : re(y.v), im(Vec::zero()) {}
     ScaledSum(Pack<SingleComplex> a, const Factor<SingleComplex>& s) : re(a.v * s.re), im(a.v * s.im) {}
+    ScaledSum(Pack<SingleComplex> y, Pack<SingleComplex> a, const Factor<SingleComplex>& s) {
+        a = loaded_once(a);
+        re = multiply_add(a.v, s.re, y.v);
+        im = a.v * s.im;
+    }
     void add(Pack<SingleComplex> a, const Factor<SingleComplex>& s) {
         a = loaded_once(a); // goes into two products
         re = multiply_add(a.v, s.re, re);
@@ -250,7 +270,7 @@ struct ScaledSum<SingleComplex> {
         re = re + other.re;
         im = im + other.im;
     }
-    Pack<SingleComplex> result() const { return {re + negate_part<0>(swap_parts(im))}; }
+    Pack<SingleComplex> result() const { return {add_turned(re, swap_parts(im))}; }
 };
 
 // A pack x of which multiples are added to others.

@@ -39,6 +39,10 @@ inline Vec4f low_halves(Vec4f a, Vec4f b) {
 inline Vec4f high_halves(Vec4f a, Vec4f b) {
     return {_mm_movehl_ps(b.v, a.v)};
 }
+// a0 a1 b2 b3
+inline Vec4f join_halves(Vec4f a, Vec4f b) {
+    return {_mm_shuffle_ps(a.v, b.v, _MM_SHUFFLE(3, 2, 1, 0))};
+}
 // a0 b0 a1 b1 and a2 b2 a3 b3
 inline Vec4f interleave_low(Vec4f a, Vec4f b) {
     return {_mm_unpacklo_ps(a.v, b.v)};
