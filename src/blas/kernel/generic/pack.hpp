@@ -74,11 +74,13 @@ struct ScaledSum {
 };
 
 template <class T>
+using AddedFactor = Factor<T>;
+template <class T>
 struct AddedPack {
     T v;
     AddedPack() = default;
     explicit AddedPack(Pack<T> x) : v(x.v) {}
-    Pack<T> add_to(const Factor<T>& s, Pack<T> a) const { return {a.v + v * s.v}; }
+    Pack<T> add_to(const AddedFactor<T>& s, Pack<T> a) const { return {a.v + v * s.v}; }
 };
 
 template <class T>

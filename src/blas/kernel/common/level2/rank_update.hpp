@@ -34,12 +34,12 @@ template <Corner corner, int columns, int terms, class T>
 void update_columns(int m, T* a, std::ptrdiff_t lda, const T (&s)[terms][columns], UpdateVectors<terms, T> v) {
     constexpr int count = Pack<T>::count;
     const ColumnStarts<columns, T> column(a, lda);
-    Factor<T> factor[terms][columns];
+    AddedFactor<T> factor[terms][columns];
     QRV_UNROLL
     for (int t = 0; t < terms; ++t)
         QRV_UNROLL
     for (int k = 0; k < columns; ++k)
-        factor[t][k] = Factor<T>(s[t][k]);
+        factor[t][k] = AddedFactor<T>(s[t][k]);
     // part(k) is nothing, a number of rows or a range of them: what of a pack belongs to column k.
     const auto rows = [&](int i, auto height, auto part) __attribute__((always_inline)) {
         AddedPack<T> x[terms];

@@ -63,11 +63,11 @@ struct UpdateSources {
 
 // What column j of the update multiplies the vectors with.
 template <class T>
-void column_factors(float alpha, const UpdateSources<1, T>& v, int j, T (&s)[1]) {
+[[gnu::always_inline]] inline void column_factors(float alpha, const UpdateSources<1, T>& v, int j, T (&s)[1]) {
     s[0] = alpha * conj(v.x[0][j]);
 }
 template <class T>
-void column_factors(T alpha, const UpdateSources<2, T>& v, int j, T (&s)[2]) {
+[[gnu::always_inline]] inline void column_factors(T alpha, const UpdateSources<2, T>& v, int j, T (&s)[2]) {
     s[0] = alpha * conj(v.x[1][j]);
     s[1] = conj(alpha * v.x[0][j]);
 }

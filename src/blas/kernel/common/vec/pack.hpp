@@ -273,6 +273,18 @@ struct ScaledSum<SingleComplex> {
     Pack<SingleComplex> result() const { return {add_turned(re, swap_parts(im))}; }
 };
 
+// One number by which an added pack is multiplied: what its sign is to do to the parts of x is done once.
+template <class T>
+struct AddedFactor : Factor<T> {
+    using Factor<T>::Factor;
+};
+template <>
+struct AddedFactor<SingleComplex> {
+    Vec re, im;
+    AddedFactor() = default;
+    explicit AddedFactor(SingleComplex x) : re(Vec::splat(x.re)), im(negate_part<0>(Vec::splat(x.im))) {}
+};
+
 // A pack x of which multiples are added to others.
 template <class T>
 struct AddedPack;
@@ -281,15 +293,15 @@ struct AddedPack<float> {
     Vec v;
     AddedPack() = default;
     explicit AddedPack(Pack<float> x) : v(x.v) {}
-    Pack<float> add_to(const Factor<float>& s, Pack<float> a) const { return {multiply_add(v, s.re, a.v)}; }
+    Pack<float> add_to(const AddedFactor<float>& s, Pack<float> a) const { return {multiply_add(v, s.re, a.v)}; }
 };
 template <>
 struct AddedPack<SingleComplex> {
-    Vec v, turned; // x and i*x
+    Vec v, swapped;
     AddedPack() = default;
-    explicit AddedPack(Pack<SingleComplex> x) : v(x.v), turned(negate_part<0>(swap_parts(x.v))) {}
-    Pack<SingleComplex> add_to(const Factor<SingleComplex>& s, Pack<SingleComplex> a) const {
-        return {multiply_add(turned, s.im, multiply_add(v, s.re, a.v))};
+    explicit AddedPack(Pack<SingleComplex> x) : v(loaded_once(x.v)), swapped(swap_parts(v)) {}
+    Pack<SingleComplex> add_to(const AddedFactor<SingleComplex>& s, Pack<SingleComplex> a) const {
+        return {multiply_add(swapped, s.im, multiply_add(v, s.re, a.v))};
     }
 };
 
