@@ -41,16 +41,18 @@ QRV_DECLARE_PLAN_PIECES
 void plan_load_for(VectorForm form, GemmPlan<float>* plan);
 void plan_load_for(VectorForm form, GemmPlan<SingleComplex>* plan);
 // What the route of a product depends on. `conflicting`: columns of A, which is not transposed, displace each other in
-// the innermost cache.
+// the innermost cache. `shortColumns`: those of A, which alone is transposed, have few elements and follow each other
+// without gaps.
 struct GemmShape {
-    bool transposedA, transposedB, conjugatedA, conjugatedB, conflicting;
+    bool transposedA, transposedB, conjugatedA, conjugatedB, conflicting, shortColumns;
     int m, n, k;
 };
-// vectors  a row or a column, or few of them: products of level 2
+// columns  one or few of them: products of level 2
+// rows     the same
 // direct   operands as they lie, without work memory
 // panels   from copies, by the same tiles; in short of memory as direct
 // packed   by the plan
-enum class GemmRoute { vectors, direct, panels, packed };
+enum class GemmRoute { columns, rows, direct, panels, packed };
 // The way of a form to compute a product of these sizes, all of them positive.
 template <class T>
 GemmRoute gemm_route(VectorForm form, const GemmShape& shape);

@@ -111,8 +111,13 @@ constexpr int mostDirectRows = 1 << 28; // which are counted in floats
 template <class T>
 bool goes_direct(VectorForm form, const GemmShape& p) {
     const DirectRange& range = directRanges<T>[static_cast<int>(form)];
-    if (form != VectorForm::sse && p.m <= mostDirectRows &&
-        (p.m < leastRows || p.n < leastColumns<T> || p.k < leastSteps<T>))
+    // So few steps of 128 bits are packed all the same if A has to be transposed, or if there is enough beside them.
+    const int steps = form != VectorForm::sse || isComplex<T> ? leastSteps<T>
+                      : p.transposedA                         ? 2
+                      : smaller(p.m, p.n) < 16                ? 4
+                                                              : 3;
+    if (p.m <= mostDirectRows &&
+        (p.k < steps || (form != VectorForm::sse && (p.m < leastRows || p.n < leastColumns<T>))))
         return true;
     const double area = static_cast<double>(p.m) * p.n;
     const int f = static_cast<int>(form);
@@ -129,48 +134,97 @@ bool goes_direct(VectorForm form, const GemmShape& p) {
 }
 
 // A few rows or columns of C that leave a tile half empty, computed one after the other as products of a matrix and a
-// vector, which fill their vectors: that reads the matrix as often, so that it has to be worth a start.
+// vector, which fill their vectors: that reads the matrix as often, so that it has to be worth a start. For so many
+// rows or columns it is from so many results each and so many steps on, and up to so many.
 struct FewVectors {
-    int most = 0; // rows or columns, beside a single one
-    int leastResults = 0;
-    int leastSteps = 0;
-    int mostSteps = 0x7fffffff;
+    int leastResults = 0, leastSteps = 0, mostSteps = 0;
 };
-struct FewVectorsOfForm {
-    FewVectors plain, transposed; // by the matrix: B for rows, A for columns
+constexpr int any = 0x7fffffff;
+using FewVectorsOfForm = FewVectors[8][2]; // for 2, 3, 4, 5, 6, 7 to 8, 9 to 12 and more: two ranges
+constexpr int group_of(int vectors) {
+    return vectors <= 6 ? vectors - 2 : vectors <= 8 ? 5 : vectors <= 12 ? 6 : 7;
+}
+constexpr FewVectorsOfForm fewRows[2] = {
+    // of 128 bits, by whether B is transposed
+    {{{64, 4, any}, {16, 24, any}},
+     {{64, 12, any}, {32, 32, any}},
+     {{64, 16, any}, {32, 32, any}},
+     {{32, 32, any}, {16, 256, any}},
+     {{64, 64, any}}},
+    {{{64, 6, any}, {16, 24, any}},
+     {{64, 12, any}, {32, 32, any}},
+     {{64, 16, any}, {32, 32, any}},
+     {{32, 32, any}},
+     {{64, 256, any}},
+     {{256, 256, any}},
+     {{256, 256, any}}},
 };
-constexpr FewVectorsOfForm fewRows[] = {
-    {.plain = {5, 32, 32}, .transposed = {5, 32, 32}},
-    {.plain = {}, .transposed = {}},
-    {.plain = {}, .transposed = {}},
+constexpr FewVectorsOfForm fewColumns[2][2] = {
+    // by form, the widest has none, and by whether A is transposed
+    {{{{256, 1, any}, {64, 12, any}},
+      {{256, 1, any}, {64, 12, any}},
+      {{256, 1, any}, {64, 12, any}},
+      {{256, 1, any}, {64, 12, any}},
+      {{256, 1, any}},
+      {{256, 1, 3}, {256, 6, any}},
+      {{256, 1, 3}, {256, 24, any}},
+      {{256, 1, 3}}},
+     {{{64, 4, 4}, {64, 12, any}},
+      {{64, 4, 4}, {64, 16, any}},
+      {{64, 16, any}, {16, 256, any}},
+      {{64, 16, any}, {16, 256, any}},
+      {{64, 256, any}},
+      {{64, 256, any}},
+      {{64, 256, any}}}},
+    {{{{256, 1, 24}}, {{1000, 1, 4}}, {{1000, 1, 4}}}, {}},
 };
-constexpr FewVectorsOfForm fewColumns[] = {
-    {.plain = {5, 100, 16}, .transposed = {5, 100, 16}},
-    {.plain = {2, 512, 8, 24}, .transposed = {}},
-    {.plain = {}, .transposed = {}},
+// Of A transposed, but not B, whose columns of few elements follow each other without gaps, as SGEMV likes them.
+constexpr FewVectorsOfForm fewColumnsOfShort[] = {
+    {{{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}},
+    {{{64, 2, 8}}, {{64, 2, 4}}, {{64, 2, 4}}, {{256, 2, 4}}, {{256, 2, 3}}, {{256, 2, 3}}, {{256, 2, 2}}},
+    {{{64, 2, 4}, {64, 8, 8}},
+     {{64, 2, 4}, {64, 8, 8}},
+     {{64, 2, 3}, {256, 4, 4}},
+     {{256, 2, 4}},
+     {{256, 2, 4}},
+     {{256, 2, 3}, {1000, 4, 4}},
+     {{256, 2, 2}}},
 };
 
-bool are_few(const FewVectorsOfForm& form, bool transposed, int vectors, int results, int steps) {
-    const FewVectors& few = transposed ? form.transposed : form.plain;
-    return vectors == 1 ||
-           (vectors <= few.most && results >= few.leastResults && steps >= few.leastSteps && steps <= few.mostSteps);
+QRV_INLINE bool are_few(const FewVectorsOfForm& form, int vectors, int results, int steps) {
+    for (const FewVectors& few : form[group_of(vectors)])
+        if (steps <= few.mostSteps && steps >= few.leastSteps && results >= few.leastResults)
+            return true;
+    return false;
 }
 
-// Whether a product goes as those of a matrix and a vector: these conjugate a matrix only on the way to its transpose.
+// Whether a product goes as those of op(A) and a vector for each column of C, respectively of op(B)' and one for each
+// row: these conjugate a matrix only on the way to its transpose.
 template <class T>
-bool goes_as_vectors(VectorForm form, const GemmShape& p) {
+bool goes_by_columns(VectorForm form, const GemmShape& p) {
     if constexpr (isComplex<T>)
-        return p.n == 1 ? !p.conjugatedB : p.m == 1 && !(p.conjugatedA || p.conjugatedB);
+        return p.n == 1 && !p.conjugatedB;
+    if (p.n == 1)
+        return true;
     const int f = static_cast<int>(form);
-    return are_few(fewColumns[f], p.transposedA, p.n, p.m, p.k) || are_few(fewRows[f], p.transposedB, p.m, p.n, p.k);
+    return (form != VectorForm::avx512 && are_few(fewColumns[f][p.transposedA ? 1 : 0], p.n, p.m, p.k)) ||
+           (p.shortColumns && are_few(fewColumnsOfShort[f], p.n, p.m, p.k));
+}
+template <class T>
+bool goes_by_rows(VectorForm form, const GemmShape& p) {
+    if constexpr (isComplex<T>)
+        return p.m == 1 && !(p.conjugatedA || p.conjugatedB);
+    return p.m == 1 || (form == VectorForm::sse && are_few(fewRows[p.transposedB ? 1 : 0], p.m, p.n, p.k));
 }
 
 } // namespace
 
 template <class T>
 GemmRoute gemm_route(VectorForm form, const GemmShape& p) {
-    if (goes_as_vectors<T>(form, p))
-        return GemmRoute::vectors;
+    if (goes_by_columns<T>(form, p))
+        return GemmRoute::columns;
+    if (goes_by_rows<T>(form, p))
+        return GemmRoute::rows;
     if (goes_direct<T>(form, p))
         return GemmRoute::direct;
     return form == VectorForm::avx512 ? GemmRoute::panels : GemmRoute::packed;
@@ -231,9 +285,9 @@ Gemv<T>* gemv_of(VectorForm form) {
     return kernel(blas_sgemv_kernel, blas_cgemv_kernel);
 }
 
-// op(A) times each column, or op(B)^T times what were rows, of whichever there are fewer.
+// op(A) times each column, or op(B)^T times what were rows.
 template <class T>
-void multiply_vectors(VectorForm form, QRV_GEMM_PARAMETERS(T)) {
+void multiply_vectors(bool byColumns, VectorForm form, QRV_GEMM_PARAMETERS(T)) {
     const std::ptrdiff_t rowOfA = transposes(*transa) ? *lda : 1, stepOfA = transposes(*transa) ? 1 : *lda;
     const std::ptrdiff_t columnOfB = transposes(*transb) ? 1 : *ldb, stepOfB = transposes(*transb) ? *ldb : 1;
     const auto multiply = [&](const char* trans, int results, const T* matrix, const int* ld, int vectors, const T* x,
@@ -244,7 +298,7 @@ void multiply_vectors(VectorForm form, QRV_GEMM_PARAMETERS(T)) {
             gemv_of<T>(form)(trans, &rows, &columns, alpha, matrix, ld, x + i * nextX, &incx, beta, c + i * nextY,
                              &incy);
     };
-    if (*n <= *m)
+    if (byColumns)
         multiply(transa, *m, a, lda, *n, b, columnOfB, static_cast<int>(stepOfB), *ldc, 1);
     else
         multiply(transposes(*transb) ? "N" : "T", *n, b, ldb, *m, a, rowOfA, static_cast<int>(stepOfA), 1, *ldc);
@@ -287,7 +341,8 @@ QRV_INLINE GemmShape shape_of(const char* transa, const char* transb, const int*
                               const int* lda) {
     const Op opA = op_of(*transa), opB = op_of(*transb);
     const bool conflicting = *lda % conflictingColumns<T> == 0 && !transposes(opA) && *n >= leastConflictingColumns;
-    return {transposes(opA), transposes(opB), conjugates(opA), conjugates(opB), conflicting, *m, *n, *k};
+    const bool shortColumns = *k <= 8 && *lda == *k && transposes(opA) && !transposes(opB);
+    return {transposes(opA), transposes(opB), conjugates(opA), conjugates(opB), conflicting, shortColumns, *m, *n, *k};
 }
 
 // So few products of real elements that to find the way to a tile takes longer.
@@ -327,8 +382,10 @@ QRV_INLINE void multiply_few(const GemmCall<T>& q) {
         switch (gemm_route<T>(form, shape_of<T>(transa, transb, m, n, k, lda))) {                                      \
         case GemmRoute::direct:                                                                                        \
             return direct_gemm<T>(form)(QRV_GEMM_ARGUMENTS);                                                           \
-        case GemmRoute::vectors:                                                                                       \
-            return multiply_vectors<T>(form, QRV_GEMM_ARGUMENTS);                                                      \
+        case GemmRoute::columns:                                                                                       \
+            return multiply_vectors<T>(true, form, QRV_GEMM_ARGUMENTS);                                                \
+        case GemmRoute::rows:                                                                                          \
+            return multiply_vectors<T>(false, form, QRV_GEMM_ARGUMENTS);                                               \
         case GemmRoute::panels:                                                                                        \
             return multiply_by_panels<T>(QRV_GEMM_ARGUMENTS);                                                          \
         case GemmRoute::packed:                                                                                        \
