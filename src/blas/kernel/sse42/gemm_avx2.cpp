@@ -24,7 +24,7 @@ struct DirectTiles<Vec8f, float> {
 template <>
 struct DirectTiles<Vec8f, SingleComplex> {
     static constexpr int vectors = manyRegisters ? 2 : 1;
-    static constexpr int columns = 3, columnsOfOne = columns;
+    static constexpr int columns = 3, columnsOfOne = manyRegisters ? 6 : 3;
     using Half = Vec8f;
 };
 
