@@ -10,8 +10,6 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 // Passes of 64 floats, at least 8 vectors, then 8, 4, 2, 1, between what is no whole vector.
 inline float sum_of_magnitudes(std::ptrdiff_t n, const float* x) {
-    if (isWide && n < Vec::lanes)
-        return sum_of_lanes(abs(load_part<Vec>(x, static_cast<int>(n))));
     Vec a = Vec::zero(), b = a, c = a, d = a;
     if (const int head = floats_to_peel(n, x)) {
         a = abs(load_part<Vec>(x, head));
@@ -55,10 +53,31 @@ inline float sum_of_magnitudes(std::ptrdiff_t n, const float* x) {
     return sum_of_lanes((a + b) + (c + d));
 }
 
+// The same for so few floats that to ask for boundaries and passes takes longer.
+constexpr int fewMagnitudes = isWide ? 4 * Vec::lanes : 128;
+inline float sum_of_few_magnitudes(int n, const float* x) {
+    if (n < Vec::lanes)
+        return sum_of_lanes(abs(load_part<Vec>(x, n)));
+    Vec even = Vec::zero(), odd = even;
+    for (; n >= 2 * Vec::lanes; n -= 2 * Vec::lanes, x += 2 * Vec::lanes) {
+        even = even + abs(Vec::load(x));
+        odd = odd + abs(Vec::load(x + Vec::lanes));
+    }
+    if (n >= Vec::lanes) {
+        even = even + abs(Vec::load(x));
+        n -= Vec::lanes;
+        x += Vec::lanes;
+    }
+    if (n > 0)
+        odd = odd + abs(load_part<Vec>(x, n));
+    return sum_of_lanes(even + odd);
+}
+
 template <class T>
 [[gnu::always_inline]] inline float asum(int n, const T* x, int incx) {
     if (n > 0 && contiguous_either_way(x, incx)) [[likely]]
-        return sum_of_magnitudes(std::ptrdiff_t{n} * floatsIn<T>, parts(x));
+        return n < fewMagnitudes / floatsIn<T> ? sum_of_few_magnitudes(n * floatsIn<T>, parts(x))
+                                               : sum_of_magnitudes(std::ptrdiff_t{n} * floatsIn<T>, parts(x));
     return strided::asum(n, x, incx);
 }
 
