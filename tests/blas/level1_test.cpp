@@ -82,7 +82,7 @@ TEST_OF_ELEMENTS(Level1, AllLengthsAndStarts) {
 }
 
 TEST_OF_ELEMENTS(Level1, Increments) {
-    constexpr int increments[] = {-3, -1, 0, 1, 2};
+    constexpr int increments[] = {-3, -1, 0, 1, 2, 3};
     for (int n : {0, 1, 2, 3, 5, 8, 17, 70, 301})
         for (int incx : increments)
             for (int incy : increments)

@@ -203,8 +203,11 @@ TEST(Level2, TrianglesSkipZeros) {
                         problem.a.set([&](int i, int j) {
                             return scalar<T>(std::abs(j - place) >= block ? nan : i == j && j == place ? 2 : 0);
                         });
-                        problem.before.set([&](int i, int) { return scalar<T>(i == place ? 1 : 0); });
-                        const T value = scalar<T>(routine.operation.what == What::solve ? 0.5F : 2);
+                        T one = scalar<T>(1);
+                        if constexpr (isComplex<T>)
+                            one = {0, 1}; // no zero, though its real part is
+                        problem.before.set([&](int i, int) { return i == place ? one : T{}; });
+                        const T value = scalar<T>(routine.operation.what == What::solve ? 0.5F : 2) * one;
                         const auto expect_skipped = [&](const auto& run, const char* where) {
                             const auto x = problem.result(run);
                             EXPECT_EQ(x.count_bad([&](int i, int, T xi) { return xi == (i == place ? value : T{}); }),
