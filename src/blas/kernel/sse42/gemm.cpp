@@ -92,7 +92,7 @@ constexpr int shallowDepth = 32;
 constexpr double shallowArea[] = {0x1p19, 0x1p19, 0x1p20}; // by form
 // So few steps wait in registers while C goes by (see gemm_shallow.hpp).
 template <class T>
-constexpr int stepsInRegisters[] = {0, 0, isComplex<T> || sizeof(void*) == 4 ? 0 : 8};
+constexpr int stepsInRegisters[] = {0, 0, isComplex<T> || sizeof(void*) == 4 ? 0 : shallowSteps};
 
 // Leading dimensions of A, in multiples of this many elements, that bring its columns into the same few places of the
 // innermost cache, and from how many columns of C on that matters (see gemm_direct.hpp).

@@ -136,6 +136,9 @@ constexpr int column_block(const BlockRule& rule, int n, int nUnit) {
     return rule.nbFilled ? round_up(nb, nUnit) : nb;
 }
 
+// Steps of a product that wait in the registers of 512 bits while C goes by (see gemm_shallow.hpp), at most.
+constexpr int shallowSteps = 8;
+
 // How many of `left` to take at once, at most `most`: all, or such that the last two shares are even.
 constexpr int even_share(int left, int most) {
     return left >= 2 * most ? most : left > most ? (left + 1) / 2 : left;

@@ -52,7 +52,7 @@ constexpr double directFar = 0x1p15; // floats of such a C
 template <class T>
 constexpr int directConflict = 1024 / floatsIn<T>;
 constexpr int directRepays = 24;
-// The transposed rows of a tile, in floats.
+// The transposed rows of a tile, or rows of C aside, in floats.
 constexpr int directBuffer = 3072;
 // Steps that are brought together at once, at most: depths are a multiple.
 constexpr int directUnit = 8;
@@ -427,11 +427,12 @@ constexpr bool pays_mirrored(bool transposedA, int m, int n, int k) {
             return n >= range.columns && k >= larger(range.steps, range.stepsForRow * m);
     return false;
 }
+constexpr int mostMirroredColumns = 192; // at once
 template <class Vector>
 [[gnu::noinline]] void direct_mirrored(GemmCall<float> call) {
-    constexpr int room = 3072;
-    alignas(64) float buffer[room];
-    const int most = smaller(192, room / call.m / 48 * 48); // columns: whole tiles
+    constexpr int tile = DirectTiles<Vector, float>::vectors * Vector::lanes; // columns of C
+    alignas(64) float buffer[directBuffer];
+    const int most = smaller(mostMirroredColumns, directBuffer / call.m) / tile * tile;
     for (int j = 0, columns; j < call.n; j += columns) {
         columns = smaller(most, call.n - j);
         direct_tiles<Vector>(GemmCall<float>{Op::none,
@@ -465,7 +466,7 @@ template <class Vector>
 template <class Vector>
 constexpr bool pays_apart(bool transposedA, bool transposedB, int m, int n, int k) {
     return transposedB ? pays_mirrored<Vector>(transposedA, m, n, k)
-                       : k >= dotsDepth<Vector> && pays_by_dots<Vector>(transposedA, transposedB, m, n, k);
+                       : pays_by_dots<Vector>(transposedA, transposedB, m, n, k);
 }
 
 // All rows, those that would begin another vector apart.
@@ -515,7 +516,7 @@ QRV_INLINE void gemm_direct(const GemmCall<T>& call) {
     if constexpr (!isComplex<T>) {
         if (pays_shallow<Vector>(call.m, call.n, call.k))
             return gemm_shallow<Vector>(call);
-        if (call.k >= dotsDepth<Vector> && pays_by_dots<Vector>(transposedA, transposedB, call.m, call.n, call.k))
+        if (pays_by_dots<Vector>(transposedA, transposedB, call.m, call.n, call.k))
             return gemm_by_dots<Vector>(call);
         if (transposedB && pays_mirrored<Vector>(transposedA, call.m, call.n, call.k))
             return direct_mirrored<Vector>(call);

@@ -2,8 +2,8 @@
 // mostly empty, or A^T transposed for the sake of few columns.
 //
 //   tile       up to 4 rows x up to 4 columns of C, dealt out evenly, Vector::lanes steps of k at a time, the last ones
-//   by a mask operands   rows of op(A) and columns of op(B) contiguous. One of them may have its few rows or columns,
-//   dotsMost at
+//              by a mask
+//   operands   rows of op(A) and columns of op(B) contiguous. One of them may have its few rows or columns, dotsMost at
 //              most, brought together in a buffer on the stack, steps in blocks
 //   alignment  none assumed
 //   reads      nothing past the operands; C only if beta is not 0
@@ -22,7 +22,7 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 // Rows or columns of C that count as few: half a vector.
 template <class Vector>
 constexpr int dotsMost = Vector::lanes / 2;
-// Steps that repay adding up the lanes.
+// Steps that repay adding up the lanes, at least.
 template <class Vector>
 constexpr int dotsDepth = 2 * Vector::lanes;
 constexpr int dotsBlock = 384; // steps that are brought together at once
@@ -39,13 +39,14 @@ constexpr bool pays_gathered(int few, int others, int steps) {
 // Whether rows and columns that are contiguous anyway go by dots: few of them, more where the sums are longer.
 template <class Vector>
 constexpr bool pays_contiguous(int m, int n, int steps) {
-    if (smaller(m, n) <= dotsMost<Vector>)
-        return steps >= dotsDepth<Vector>;
-    return (steps >= 2048 / Vector::lanes && (n <= Vector::lanes || m <= Vector::lanes / 4 * 3)) ||
+    return smaller(m, n) <= dotsMost<Vector> ||
+           (steps >= 2048 / Vector::lanes && (n <= Vector::lanes || m <= Vector::lanes / 4 * 3)) ||
            (steps >= 512 && m <= 32 && n <= 32);
 }
 template <class Vector>
 constexpr bool pays_by_dots(bool transposedA, bool transposedB, int m, int n, int k) {
+    if (k < dotsDepth<Vector>)
+        return false;
     if (transposedA)
         return transposedB ? pays_gathered<Vector>(n, m, k) : pays_contiguous<Vector>(m, n, k);
     return !transposedB && pays_gathered<Vector>(m, n, k);

@@ -27,7 +27,6 @@ constexpr int shallow_vectors(int steps) {
     constexpr int registers = sizeof(void*) == 4 ? 8 : Vector::lanes == 16 ? 32 : 16;
     return smaller(3, (registers - 2) / (steps + 2));
 }
-constexpr int shallowSteps = 8;
 template <class Vector>
 constexpr int most_shallow_steps() {
     int steps = 0;
