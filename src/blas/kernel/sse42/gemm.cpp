@@ -27,7 +27,14 @@ struct DirectRange {
 };
 template <class T>
 constexpr DirectRange directRanges[] = {
-    {.plain = 14 * 14 * 14, .conflicting = 14 * 14 * 14, .transposed = 12 * 12 * 12},
+    {.plain = 0x1p15,
+     .conflicting = 0x1p15,
+     .transposed = 22 * 22 * 22,
+     .fewRows = 16,
+     .low = 0x1p24,
+     .lowByRows = 0x1p16,
+     .fewColumns = 8,
+     .narrow = 0x1p22},
     {.plain = 0x1p20,
      .conflicting = 0x1p20,
      .transposed = 0x1p20,
@@ -147,13 +154,13 @@ constexpr int group_of(int vectors) {
 constexpr FewVectorsOfForm fewRows[2] = {
     // of 128 bits, by whether B is transposed
     {{{64, 4, any}, {16, 24, any}},
-     {{64, 12, any}, {32, 32, any}},
-     {{64, 16, any}, {32, 32, any}},
+     {{64, 15, any}, {32, 32, any}},
+     {{64, 24, any}, {32, 32, any}},
      {{32, 32, any}, {16, 256, any}},
      {{64, 64, any}}},
     {{{64, 6, any}, {16, 24, any}},
-     {{64, 12, any}, {32, 32, any}},
-     {{64, 16, any}, {32, 32, any}},
+     {{64, 15, any}, {32, 32, any}},
+     {{64, 20, any}, {32, 32, any}},
      {{32, 32, any}},
      {{64, 256, any}},
      {{256, 256, any}},

@@ -1,5 +1,4 @@
-// The complex C := alpha*op(A)*op(B) + beta*C without packing and without work memory, from the real running sums of
-// gemm_small.hpp.
+// The complex C := alpha*op(A)*op(B) + beta*C without packing and without work memory.
 //
 //   tile       8 rows x 1 column, the last rows as one tile: A, read as twice as many real rows, times the real and the
 //              imaginary part of B, each a sum of its own. In 32-bit mode, with 8 registers, 4 x 1
@@ -26,6 +25,28 @@ struct ComplexProduct {
     OpView<const SingleComplex> a;
     OpView<const SingleComplex> b;
     bool conjugatedA, conjugatedB;
+};
+
+// Running sums of `rows` floats of one column of C, by vectors; the last one may be partly filled.
+template <int rows>
+struct ColumnSums {
+    static constexpr int lanes = rows < 4 ? rows : 4;
+    Vec4f sum = Vec4f::zero();
+    ColumnSums<rows - lanes> below;
+
+    [[gnu::always_inline]] void add(const float* a, Vec4f b) {
+        sum = sum + load_first<lanes>(a) * b;
+        below.add(a + 4, b);
+    }
+    [[gnu::always_inline]] void add(const ColumnSums& other) {
+        sum = sum + other.sum;
+        below.add(other.below);
+    }
+};
+template <>
+struct ColumnSums<0> {
+    void add(const float*, Vec4f) {}
+    void add(const ColumnSums&) {}
 };
 
 // alpha*sums + beta*C for `count` floats of a column, 2 or 4; sums are re im.

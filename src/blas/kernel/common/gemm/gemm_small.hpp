@@ -1,8 +1,11 @@
 // C := alpha*op(A)*op(B) + beta*C without packing and without work memory: for problems too small to pack, and for
 // the edges of the packed designs.
 //
-//   op(A) = A    tile 16 rows x 2 columns, the last rows as one tile; A comes by vectors of rows, B singly
-//   op(A) = A^T  tile 4 x 2 dot products along k, 4 steps at a time, then the 1 to 3 left; A is entered at a 16-byte
+//   op(A) = A    tile 16 rows x 2 columns, the last rows as one tile, of 4 columns if they are few; A comes by vectors
+//   of
+//                rows, B singly
+//   op(A) = A^T  the same, from rows that are brought together on the stack, where enough columns want them; else tile
+//                4 x 2 dot products along k, 4 steps at a time, then the 1 to 3 left; A is entered at a 16-byte
 //                boundary where all of the tile's columns share one. op(B) = B^T: its columns are gathered on the stack
 //   registers    in 32-bit mode, with 8 of them, the tiles are 8 x 2 and 4 x 1
 //   alignment    none assumed
@@ -44,69 +47,77 @@ template <int rows>
     store_first<rows>(c, result);
 }
 
-// Running sums of `rows` rows of one column of C, by vectors; the last one may be partly filled.
-template <int rows>
-struct ColumnSums {
-    static constexpr int lanes = rows < 4 ? rows : 4;
-    Vec4f sum = Vec4f::zero();
-    ColumnSums<rows - lanes> below;
-
-    [[gnu::always_inline]] void add(const float* a, Vec4f b) {
-        sum = sum + load_first<lanes>(a) * b;
-        below.add(a + 4, b);
-    }
-    [[gnu::always_inline]] void add(const ColumnSums& other) {
-        sum = sum + other.sum;
-        below.add(other.below);
-    }
-    [[gnu::always_inline]] void finish(const SmallProduct& p, float* c) const {
-        finish_column<lanes>(p, sum, c);
-        below.finish(p, c + 4);
-    }
-};
-template <>
-struct ColumnSums<0> {
-    void add(const float*, Vec4f) {}
-    void add(const ColumnSums&) {}
-    void finish(const SmallProduct&, float*) const {}
-};
-
 // `rows` x `columns` of C at (i, j), the columns of A contiguous. A tile of few vectors keeps odd steps of k apart,
 // so that one sum need not wait for the one before.
 template <int rows, int columns>
-void update_tile(const SmallProduct& p, int i, int j, Matrix<float> c) {
-    constexpr bool splitSteps = (rows + 3) / 4 * columns <= vectorRegisters / 4;
-    ColumnSums<rows> even0, even1, odd0, odd1;
+[[gnu::always_inline]] inline void update_tile(const SmallProduct& p, int i, int j, Matrix<float> c) {
+    constexpr int vectors = (rows + 3) / 4, lastRows = rows - 4 * (vectors - 1);
+    constexpr int chains = vectors * columns <= vectorRegisters / 4 ? 2 : 1;
+    Vec4f sums[chains][columns][vectors];
+    QRV_UNROLL
+    for (int s = 0; s < chains * columns * vectors; ++s)
+        sums[s / vectors / columns][s / vectors % columns][s % vectors] = Vec4f::zero();
     const float* a = p.a.at(i, 0);
     const float* b = p.b.at(0, j);
-    auto step = [&](ColumnSums<rows> & sums0, ColumnSums<rows> & sums1) __attribute__((always_inline)) {
-        sums0.add(a, Vec4f::splat(b[0]));
-        if constexpr (columns > 1)
-            sums1.add(a, Vec4f::splat(b[p.b.columnStride]));
-        a += p.a.columnStride;
-        b += p.b.rowStride;
+    const std::ptrdiff_t aStep = p.a.columnStride, bStep = p.b.rowStride, bColumn = p.b.columnStride;
+    const auto step = [&](Vec4f(&to)[columns][vectors]) __attribute__((always_inline)) {
+        Vec4f x[vectors];
+        QRV_UNROLL
+        for (int v = 0; v < vectors - 1; ++v)
+            x[v] = Vec4f::load(a + 4 * v);
+        x[vectors - 1] = load_first<lastRows>(a + 4 * (vectors - 1));
+        QRV_UNROLL
+        for (int l = 0; l < columns; ++l) {
+            const Vec4f y = Vec4f::splat(b[l * bColumn]);
+            QRV_UNROLL
+            for (int v = 0; v < vectors; ++v)
+                to[l][v] = to[l][v] + x[v] * y;
+        }
+        a += aStep;
+        b += bStep;
     };
     int left = p.k;
-    if constexpr (splitSteps)
+    if constexpr (chains == 2)
         for (; left >= 2; left -= 2) {
-            step(even0, even1);
-            step(odd0, odd1);
+            step(sums[0]);
+            step(sums[1]);
         }
     for (; left > 0; --left)
-        step(even0, even1);
-    if constexpr (splitSteps) {
-        even0.add(odd0);
-        even1.add(odd1);
-    }
-    even0.finish(p, c.column(j) + i);
-    if constexpr (columns > 1)
-        even1.finish(p, c.column(j + 1) + i);
+        step(sums[0]);
+    const Vec4f alpha = Vec4f::splat(p.alpha), beta = Vec4f::splat(p.beta);
+    const auto finish = [&](auto result) __attribute__((always_inline)) {
+        QRV_UNROLL
+        for (int l = 0; l < columns; ++l) {
+            float* out = c.column(j + l) + i;
+            QRV_UNROLL
+            for (int v = 0; v < vectors; ++v, out += 4) {
+                const Vec4f sum = chains == 2 ? sums[0][l][v] + sums[chains - 1][l][v] : sums[0][l][v];
+                if (v < vectors - 1)
+                    result(Lanes<4>(), alpha * sum, out);
+                else
+                    result(Lanes<lastRows>(), alpha * sum, out);
+            }
+        }
+    };
+    if (p.beta == 0)
+        finish([](auto lanes, Vec4f x, float* out) { store_first<lanes()>(out, x); });
+    else
+        finish([beta](auto lanes, Vec4f x, float* out) {
+            store_first<lanes()>(out, beta * load_first<lanes()>(out) + x);
+        });
 }
+
+// Few rows leave registers to more columns.
+template <int rows>
+constexpr int updateColumns = rows <= vectorRegisters / 2 ? 4 : 2;
 
 // All columns of `rows` rows.
 template <int rows>
 void update_columns(const SmallProduct& p, int i, int n, Matrix<float> c) {
     int j = 0;
+    if constexpr (updateColumns<rows> == 4)
+        for (; n - j >= 4; j += 4)
+            update_tile<rows, 4>(p, i, j, c);
     for (; n - j >= 2; j += 2)
         update_tile<rows, 2>(p, i, j, c);
     if (j < n)
@@ -150,6 +161,43 @@ void gather_columns(int k, const float* b, std::ptrdiff_t ldb, float* gathered) 
     const Vec4f none = Vec4f::zero();
     if (left > 0)
         store(row(0), left > 1 ? row(1) : none, left > 2 ? row(2) : none, none);
+}
+
+// Steps 0 to k-1 of up to updateRows rows of op(A), each contiguous in memory, ld floats apart: out gets them step by
+// step, updateRows floats apart. Where there are no more rows, lanes are filled from the last one.
+inline void gather_rows(int rows, int k, const float* a, std::ptrdiff_t ld, float* out) {
+    const auto transpose_quad = [&](auto steps, int i, int l) __attribute__((always_inline)) {
+        const auto row = [&](int r) { return load_first<steps()>(a + (r < rows ? r : rows - 1) * ld + l); };
+        Vec4f x[] = {row(i), row(i + 1), row(i + 2), row(i + 3)};
+        transpose(x[0], x[1], x[2], x[3]);
+        QRV_UNROLL
+        for (int s = 0; s < 4; ++s)
+            if (s < steps())
+                x[s].store_aligned(out + (l + s) * updateRows + i);
+    };
+    for (int i = 0; i < rows; i += 4) {
+        int l = 0;
+        for (; k - l >= 4; l += 4)
+            transpose_quad(Lanes<4>(), i, l);
+        if (k - l == 3)
+            transpose_quad(Lanes<3>(), i, l);
+        else if (k - l == 2)
+            transpose_quad(Lanes<2>(), i, l);
+        else if (k - l == 1)
+            transpose_quad(Lanes<1>(), i, l);
+    }
+}
+
+// Op(A) transposed, by updates: its rows brought together some at a time.
+[[gnu::noinline]] inline void update_transposed(SmallProduct p, int m, int n, Matrix<float> c) {
+    alignas(16) float buffer[updateRows * smallDepth];
+    const OpView<const float> a = p.a;
+    for (int i = 0; i < m; i += updateRows) {
+        const int rows = m - i < updateRows ? m - i : updateRows;
+        gather_rows(rows, p.k, a.at(i, 0), a.rowStride, buffer);
+        p.a = {buffer, updateRows, false};
+        update_all(p, rows, n, c.block(i, 0));
+    }
 }
 
 // Running dot products of 1 to 4 rows of op(A) with one column of op(B), four steps of k side by side.
@@ -237,6 +285,14 @@ void transposed_columns(const SmallProduct& p, int m, int j, Matrix<float> c) {
     dot_columns<columns>(p, m, {gathered, smallDepth}, c.block(0, j));
 }
 
+// Whether rows that are brought together for updates repay that: so many columns want them, and of dot products with
+// columns that are contiguous in the first place only few steps are slower.
+constexpr bool pays_gathered_rows(int m, int n, int k, bool contiguousColumns) {
+    if (contiguousColumns && m <= 8 && k > 16)
+        return false;
+    return n >= (m > 8 ? 2 : 6) + k / (contiguousColumns ? 2 : 4);
+}
+
 // The product `p` for an m x n matrix C, block by block along k. It is used up on the way: a copy of so small a
 // record costs a tiny product a tenth of its time, since vector loads wait for the scalar stores before them.
 inline void multiply_small(int m, int n, SmallProduct&& p, Matrix<float> c) {
@@ -244,6 +300,8 @@ inline void multiply_small(int m, int n, SmallProduct&& p, Matrix<float> c) {
         p.k = left < smallDepth ? left : smallDepth;
         if (p.a.columns_contiguous()) {
             update_all(p, m, n, c);
+        } else if (pays_gathered_rows(m, n, p.k, p.b.columns_contiguous())) {
+            update_transposed(p, m, n, c);
         } else {
             int j = 0;
             for (; n - j >= 2; j += 2)
