@@ -124,24 +124,27 @@ void copy_columns(int columns, int length, const float* b, std::ptrdiff_t ldb, f
     }
 }
 
+// A few floats, by whole loads and stores: masked ones, or such as overlap, take several times as long.
+template <class Vector, int floats>
+QRV_INLINE void copy_floats(const float* in, float* out) {
+    constexpr int half = Vector::lanes / 2, piece = floats >= half ? half : smaller(floats, 4);
+    store_piece<piece>(out, load_piece<piece>(in));
+    if constexpr (floats > piece)
+        copy_floats<Vector, floats - piece>(in + piece, out + piece);
+}
+
 // Steps of B from `from` on, rows as they lie, each cut into those of the strips.
 template <class Vector, class T>
 void copy_rows(int columns, int from, int steps, const float* b, std::ptrdiff_t ldb, float* strips,
                std::ptrdiff_t stripLength) {
     constexpr int tileColumns = DirectTiles<Vector, T>::columns, width = tileColumns * floatsIn<T>;
-    // By whole stores: masked ones, or such as overlap, take several times as long.
-    constexpr int half = Vector::lanes / 2;
     b += from * ldb;
     for (int l = from; l < from + steps; ++l, b += ldb) {
         float* strip = strips;
         const float* in = b;
         int left = columns;
-        for (; left >= 2 * tileColumns || left == tileColumns; left -= tileColumns, in += width, strip += stripLength) {
-            float* const out = strip + l * width;
-            store_piece<half>(out, load_piece<half>(in));
-            if constexpr (width > half)
-                store_piece<width - half>(out + half, load_piece<width - half>(in + half));
-        }
+        for (; left >= 2 * tileColumns || left == tileColumns; left -= tileColumns, in += width, strip += stripLength)
+            copy_floats<Vector, width>(in, strip + l * width);
         for (int share; left > 0; left -= share, strip += stripLength) {
             share = even_share(left, tileColumns);
             const int floats = share * floatsIn<T>;
