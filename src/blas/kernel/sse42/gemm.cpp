@@ -118,13 +118,8 @@ constexpr int mostDirectRows = 1 << 28; // which are counted in floats
 template <class T>
 bool goes_direct(VectorForm form, const GemmShape& p) {
     const DirectRange& range = directRanges<T>[static_cast<int>(form)];
-    // So few steps of 128 bits are packed all the same if A has to be transposed, or if there is enough beside them.
-    const int steps = form != VectorForm::sse || isComplex<T> ? leastSteps<T>
-                      : p.transposedA                         ? 2
-                      : smaller(p.m, p.n) < 16                ? 4
-                                                              : 3;
     if (p.m <= mostDirectRows &&
-        (p.k < steps || (form != VectorForm::sse && (p.m < leastRows || p.n < leastColumns<T>))))
+        (p.k < leastSteps<T> || (form != VectorForm::sse && (p.m < leastRows || p.n < leastColumns<T>))))
         return true;
     const double area = static_cast<double>(p.m) * p.n;
     const int f = static_cast<int>(form);

@@ -419,7 +419,7 @@ bool triangle_by_plan(Uplo uplo, const GemmCall<T>& call, GemmPlan<T>* plan) {
 template <class T>
 void serial_gemm(GemmCall<T> call, GemmPlan<T>* plan) {
     QRV_ASSERT(call.is_well_formed());
-    const bool small = call.m < plan->mUnit || call.n < plan->nUnit || call.k < plan->smallK;
+    const bool small = call.m < plan->mUnit || call.n < plan->nUnit || call.k < plan->kUnit;
     if (call.alpha == scalar<T>(0) || small || !plan->microScalesC) {
         gemm_scale_c(call.m, call.n, call.beta, call.c);
         call.beta = scalar<T>(1);

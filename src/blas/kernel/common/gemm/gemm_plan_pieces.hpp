@@ -30,7 +30,7 @@ constexpr GemmPlanRow<float> sgemm_row(int rowIndex) {
         .smallFactor = 2, // the sliver holds each value of B twice
         .smallM = 4,
         .smallN = 4,
-        .smallK = 2,
+        .smallK = 4,
         .setBlocks = set_blocks<float, rule>,
         .copyAN = sgemm_copy_a<false>,
         .copyAT = sgemm_copy_a<true>,
