@@ -1,4 +1,5 @@
-// The complex C := alpha*op(A)*op(B) + beta*C without packing and without work memory.
+// The complex C := alpha*op(A)*op(B) + beta*C without packing and without work memory, from the real running sums of
+// gemm_small.hpp.
 //
 //   tile       8 rows x 1 column, the last rows as one tile: A, read as twice as many real rows, times the real and the
 //              imaginary part of B, each a sum of its own. In 32-bit mode, with 8 registers, 4 x 1
@@ -27,28 +28,6 @@ struct ComplexProduct {
     bool conjugatedA, conjugatedB;
 };
 
-// Running sums of `rows` floats of one column of C, by vectors; the last one may be partly filled.
-template <int rows>
-struct ColumnSums {
-    static constexpr int lanes = rows < 4 ? rows : 4;
-    Vec4f sum = Vec4f::zero();
-    ColumnSums<rows - lanes> below;
-
-    [[gnu::always_inline]] void add(const float* a, Vec4f b) {
-        sum = sum + load_first<lanes>(a) * b;
-        below.add(a + 4, b);
-    }
-    [[gnu::always_inline]] void add(const ColumnSums& other) {
-        sum = sum + other.sum;
-        below.add(other.below);
-    }
-};
-template <>
-struct ColumnSums<0> {
-    void add(const float*, Vec4f) {}
-    void add(const ColumnSums&) {}
-};
-
 // alpha*sums + beta*C for `count` floats of a column, 2 or 4; sums are re im.
 template <int count>
 void finish_elements(const ComplexProduct& p, Vec4f sums, float* c) {
@@ -63,14 +42,18 @@ void finish_elements(const ComplexProduct& p, Vec4f sums, float* c) {
 
 // From the sums with the real parts of B and those with its imaginary parts. conj(B) has the latter negated.
 template <int floats>
-void finish_rows(const ComplexProduct& p, const ColumnSums<floats>& withRe, const ColumnSums<floats>& withIm,
-                 float* c) {
-    constexpr int count = smaller(floats, 4);
-    const Vec4f turned = swap_parts(withIm.sum); // i*x is -im, re
+[[gnu::always_inline]] inline void finish_rows(const ComplexProduct& p, const TileSums<floats, 2>& sums, float* c) {
+    using Sums = TileSums<floats, 2>;
     const Vec4f signs = p.conjugatedB ? Vec4f{_mm_setr_ps(0, -0.0F, 0, -0.0F)} : Vec4f{_mm_setr_ps(-0.0F, 0, -0.0F, 0)};
-    finish_elements<count>(p, withRe.sum + change_signs(turned, signs), c);
-    if constexpr (floats > 4)
-        finish_rows<floats - 4>(p, withRe.below, withIm.below, c + 4);
+    QRV_UNROLL
+    for (int v = 0; v < Sums::vectors; ++v, c += 4) {
+        const Vec4f turned = swap_parts(sums.sum[1][v]); // i*x is -im, re
+        const Vec4f sum = sums.sum[0][v] + change_signs(turned, signs);
+        if (v < Sums::vectors - 1)
+            finish_elements<4>(p, sum, c);
+        else
+            finish_elements<Sums::lastRows>(p, sum, c);
+    }
 }
 
 // The rows of one tile: steps of contiguous elements.
@@ -83,29 +66,10 @@ constexpr int smallRows = updateRows / 2;
 // `floats` floats, two a row, of column j; c is their place in C.
 template <int floats>
 void update_elements(const ComplexProduct& p, TileRows rows, int j, float* c) {
-    // With few vectors odd steps of k are kept apart, so that one sum need not wait for the one before.
-    constexpr bool splitSteps = (floats + 3) / 4 * 2 <= vectorRegisters / 4;
-    ColumnSums<floats> re, im, oddRe, oddIm;
     const SingleComplex* b = p.b.at(0, j);
-    auto step = [&](ColumnSums<floats> & withRe, ColumnSums<floats> & withIm) __attribute__((always_inline)) {
-        withRe.add(&rows.data->re, Vec4f::splat(b->re));
-        withIm.add(&rows.data->re, Vec4f::splat(b->im));
-        rows.data += rows.step;
-        b += p.b.rowStride;
-    };
-    int left = p.k;
-    if constexpr (splitSteps)
-        for (; left >= 2; left -= 2) {
-            step(re, im);
-            step(oddRe, oddIm);
-        }
-    for (; left > 0; --left)
-        step(re, im);
-    if constexpr (splitSteps) {
-        re.add(oddRe);
-        im.add(oddIm);
-    }
-    finish_rows<floats>(p, re, im, c);
+    TileSums<floats, 2> sums; // with the real and with the imaginary parts
+    sums.add_steps(p.k, &rows.data->re, 2 * rows.step, &b->re, 2 * p.b.rowStride, 1);
+    finish_rows<floats>(p, sums, c);
 }
 
 // All columns of a tile's rows, `left` floats and at most `floats` of them.

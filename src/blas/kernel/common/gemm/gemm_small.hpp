@@ -1,10 +1,9 @@
 // C := alpha*op(A)*op(B) + beta*C without packing and without work memory: for problems too small to pack, and for
 // the edges of the packed designs.
 //
-//   op(A) = A    tile 16 rows x 2 columns, the last rows as one tile, of 4 columns if they are few; A comes by vectors
-//   of
+//   op(A) = A    tile 16 rows x 2 columns, the last rows as one tile, up to 8 rows x 4 columns; A comes by vectors of
 //                rows, B singly
-//   op(A) = A^T  the same, from rows that are brought together on the stack, where enough columns want them; else tile
+//   op(A) = A^T  the same, from rows that are brought together on the stack, where enough columns want them. Else tile
 //                4 x 2 dot products along k, 4 steps at a time, then the 1 to 3 left; A is entered at a 16-byte
 //                boundary where all of the tile's columns share one. op(B) = B^T: its columns are gathered on the stack
 //   registers    in 32-bit mode, with 8 of them, the tiles are 8 x 2 and 4 x 1
@@ -17,6 +16,7 @@
 #include <cstddef>
 
 #include "blas/gemm_call.hpp"
+#include "blas/kernel/common/gemm/gemm_pack.hpp"
 #include "blas/kernel/common/gemm/gemm_scale_c.hpp"
 #include "blas/kernel/common/vec/vec4f.hpp"
 #include "blas/matrix.hpp"
@@ -47,56 +47,74 @@ template <int rows>
     store_first<rows>(c, result);
 }
 
-// `rows` x `columns` of C at (i, j), the columns of A contiguous. A tile of few vectors keeps odd steps of k apart,
-// so that one sum need not wait for the one before.
+// Running sums of `rows` rows of some columns of C, by vectors, of which the last one may be partly filled.
 template <int rows, int columns>
-[[gnu::always_inline]] inline void update_tile(const SmallProduct& p, int i, int j, Matrix<float> c) {
-    constexpr int vectors = (rows + 3) / 4, lastRows = rows - 4 * (vectors - 1);
-    constexpr int chains = vectors * columns <= vectorRegisters / 4 ? 2 : 1;
-    Vec4f sums[chains][columns][vectors];
-    QRV_UNROLL
-    for (int s = 0; s < chains * columns * vectors; ++s)
-        sums[s / vectors / columns][s / vectors % columns][s % vectors] = Vec4f::zero();
-    const float* a = p.a.at(i, 0);
-    const float* b = p.b.at(0, j);
-    const std::ptrdiff_t aStep = p.a.columnStride, bStep = p.b.rowStride, bColumn = p.b.columnStride;
-    const auto step = [&](Vec4f(&to)[columns][vectors]) __attribute__((always_inline)) {
+struct TileSums {
+    static constexpr int vectors = (rows + 3) / 4, lastRows = rows - 4 * (vectors - 1);
+    Vec4f sum[columns][vectors];
+
+    [[gnu::always_inline]] TileSums() {
+        QRV_UNROLL
+        for (int s = 0; s < columns * vectors; ++s)
+            sum[s / vectors][s % vectors] = Vec4f::zero();
+    }
+    // Of a step: contiguous elements of op(A) times those of op(B), which lie bColumn apart.
+    [[gnu::always_inline]] void add(const float* a, const float* b, std::ptrdiff_t bColumn) {
         Vec4f x[vectors];
         QRV_UNROLL
         for (int v = 0; v < vectors - 1; ++v)
             x[v] = Vec4f::load(a + 4 * v);
         x[vectors - 1] = load_first<lastRows>(a + 4 * (vectors - 1));
         QRV_UNROLL
-        for (int l = 0; l < columns; ++l) {
-            const Vec4f y = Vec4f::splat(b[l * bColumn]);
+        for (int j = 0; j < columns; ++j) {
+            const Vec4f y = Vec4f::splat(b[j * bColumn]);
             QRV_UNROLL
             for (int v = 0; v < vectors; ++v)
-                to[l][v] = to[l][v] + x[v] * y;
+                sum[j][v] = sum[j][v] + x[v] * y;
         }
-        a += aStep;
-        b += bStep;
-    };
-    int left = p.k;
-    if constexpr (chains == 2)
-        for (; left >= 2; left -= 2) {
-            step(sums[0]);
-            step(sums[1]);
+    }
+    [[gnu::always_inline]] void add(const TileSums& other) {
+        QRV_UNROLL
+        for (int s = 0; s < columns * vectors; ++s)
+            sum[s / vectors][s % vectors] = sum[s / vectors][s % vectors] + other.sum[s / vectors][s % vectors];
+    }
+    // Of k steps. A tile of few vectors keeps odd ones apart, so that one sum need not wait for the one before.
+    [[gnu::always_inline]] void add_steps(int k, const float* a, std::ptrdiff_t aStep, const float* b,
+                                          std::ptrdiff_t bStep, std::ptrdiff_t bColumn) {
+        if constexpr (vectors * columns <= vectorRegisters / 4) {
+            TileSums odd;
+            for (; k >= 2; k -= 2, a += aStep, b += bStep) {
+                add(a, b, bColumn);
+                a += aStep, b += bStep;
+                odd.add(a, b, bColumn);
+            }
+            if (k > 0)
+                add(a, b, bColumn);
+            add(odd);
+        } else {
+            for (; k > 0; --k, a += aStep, b += bStep)
+                add(a, b, bColumn);
         }
-    for (; left > 0; --left)
-        step(sums[0]);
+    }
+};
+
+// `rows` x `columns` of C at (i, j), the columns of A contiguous.
+template <int rows, int columns>
+[[gnu::always_inline]] inline void update_tile(const SmallProduct& p, int i, int j, Matrix<float> c) {
+    using Sums = TileSums<rows, columns>;
+    Sums sums;
+    sums.add_steps(p.k, p.a.at(i, 0), p.a.columnStride, p.b.at(0, j), p.b.rowStride, p.b.columnStride);
     const Vec4f alpha = Vec4f::splat(p.alpha), beta = Vec4f::splat(p.beta);
     const auto finish = [&](auto result) __attribute__((always_inline)) {
         QRV_UNROLL
         for (int l = 0; l < columns; ++l) {
             float* out = c.column(j + l) + i;
             QRV_UNROLL
-            for (int v = 0; v < vectors; ++v, out += 4) {
-                const Vec4f sum = chains == 2 ? sums[0][l][v] + sums[chains - 1][l][v] : sums[0][l][v];
-                if (v < vectors - 1)
-                    result(Lanes<4>(), alpha * sum, out);
+            for (int v = 0; v < Sums::vectors; ++v, out += 4)
+                if (v < Sums::vectors - 1)
+                    result(Lanes<4>(), alpha * sums.sum[l][v], out);
                 else
-                    result(Lanes<lastRows>(), alpha * sum, out);
-            }
+                    result(Lanes<Sums::lastRows>(), alpha * sums.sum[l][v], out);
         }
     };
     if (p.beta == 0)
@@ -163,37 +181,27 @@ void gather_columns(int k, const float* b, std::ptrdiff_t ldb, float* gathered) 
         store(row(0), left > 1 ? row(1) : none, left > 2 ? row(2) : none, none);
 }
 
-// Steps 0 to k-1 of up to updateRows rows of op(A), each contiguous in memory, ld floats apart: out gets them step by
-// step, updateRows floats apart. Where there are no more rows, lanes are filled from the last one.
+// Up to updateRows rows of op(A), each contiguous in memory: out gets them step by step, updateRows floats apart. Where
+// there are no more of four rows, their lanes are 0.
+template <int rows>
+using GatheredRows = PanelShape<rows, updateRows, 4>;
 inline void gather_rows(int rows, int k, const float* a, std::ptrdiff_t ld, float* out) {
-    const auto transpose_quad = [&](auto steps, int i, int l) __attribute__((always_inline)) {
-        const auto row = [&](int r) { return load_first<steps()>(a + (r < rows ? r : rows - 1) * ld + l); };
-        Vec4f x[] = {row(i), row(i + 1), row(i + 2), row(i + 3)};
-        transpose(x[0], x[1], x[2], x[3]);
-        QRV_UNROLL
-        for (int s = 0; s < 4; ++s)
-            if (s < steps())
-                x[s].store_aligned(out + (l + s) * updateRows + i);
-    };
-    for (int i = 0; i < rows; i += 4) {
-        int l = 0;
-        for (; k - l >= 4; l += 4)
-            transpose_quad(Lanes<4>(), i, l);
-        if (k - l == 3)
-            transpose_quad(Lanes<3>(), i, l);
-        else if (k - l == 2)
-            transpose_quad(Lanes<2>(), i, l);
-        else if (k - l == 1)
-            transpose_quad(Lanes<1>(), i, l);
-    }
+    for (; rows >= 4; rows -= 4, a += 4 * ld, out += 4)
+        pack_transposed<GatheredRows<4>>(k, a, ld, out, Unscaled());
+    if (rows == 3)
+        pack_transposed<GatheredRows<3>>(k, a, ld, out, Unscaled());
+    else if (rows == 2)
+        pack_transposed<GatheredRows<2>>(k, a, ld, out, Unscaled());
+    else if (rows == 1)
+        pack_transposed<GatheredRows<1>>(k, a, ld, out, Unscaled());
 }
 
 // Op(A) transposed, by updates: its rows brought together some at a time.
 [[gnu::noinline]] inline void update_transposed(SmallProduct p, int m, int n, Matrix<float> c) {
     alignas(16) float buffer[updateRows * smallDepth];
     const OpView<const float> a = p.a;
-    for (int i = 0; i < m; i += updateRows) {
-        const int rows = m - i < updateRows ? m - i : updateRows;
+    for (int i = 0, rows; i < m; i += rows) {
+        rows = smaller(m - i, updateRows);
         gather_rows(rows, p.k, a.at(i, 0), a.rowStride, buffer);
         p.a = {buffer, updateRows, false};
         update_all(p, rows, n, c.block(i, 0));
