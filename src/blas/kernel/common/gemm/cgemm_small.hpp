@@ -1,8 +1,10 @@
 // The complex C := alpha*op(A)*op(B) + beta*C without packing and without work memory, from the real running sums of
 // gemm_small.hpp.
 //
-//   tile       8 rows x 1 column, the last rows as one tile: A, read as twice as many real rows, times the real and the
-//              imaginary part of B, each a sum of its own. In 32-bit mode, with 8 registers, 4 x 1
+//   tile       8 rows x 1 column, the last rows as one tile, up to 4 rows x 2 columns and 2 x 4: A, read as twice as
+//   many
+//              real rows, times the real and the imaginary part of B, each a sum of its own. In 32-bit mode, with 8
+//              registers, 4 x 1, 2 x 2 and 1 x 2
 //   op(A)      A as it lies; the rows of A^T and A^H are brought together on the stack, those of one tile at a time
 //   alignment  none assumed
 //   reads      nothing past the operands; C only if beta is not 0; A and B only if alpha is not 0
@@ -28,34 +30,6 @@ struct ComplexProduct {
     bool conjugatedA, conjugatedB;
 };
 
-// alpha*sums + beta*C for `count` floats of a column, 2 or 4; sums are re im.
-template <int count>
-void finish_elements(const ComplexProduct& p, Vec4f sums, float* c) {
-    Vec4f result = ScaledBy<SingleComplex>(p.alpha)(sums);
-    if (p.beta != scalar<SingleComplex>(0)) {
-        const Vec4f old = load_first<count>(c);
-        const bool asItIs = p.beta == scalar<SingleComplex>(1); // 0 times an infinite part would make NaN
-        result = (asItIs ? old : ScaledBy<SingleComplex>(p.beta)(old)) + result;
-    }
-    store_first<count>(c, result);
-}
-
-// From the sums with the real parts of B and those with its imaginary parts. conj(B) has the latter negated.
-template <int floats>
-[[gnu::always_inline]] inline void finish_rows(const ComplexProduct& p, const TileSums<floats, 2>& sums, float* c) {
-    using Sums = TileSums<floats, 2>;
-    const Vec4f signs = p.conjugatedB ? Vec4f{_mm_setr_ps(0, -0.0F, 0, -0.0F)} : Vec4f{_mm_setr_ps(-0.0F, 0, -0.0F, 0)};
-    QRV_UNROLL
-    for (int v = 0; v < Sums::vectors; ++v, c += 4) {
-        const Vec4f turned = swap_parts(sums.sum[1][v]); // i*x is -im, re
-        const Vec4f sum = sums.sum[0][v] + change_signs(turned, signs);
-        if (v < Sums::vectors - 1)
-            finish_elements<4>(p, sum, c);
-        else
-            finish_elements<Sums::lastRows>(p, sum, c);
-    }
-}
-
 // The rows of one tile: steps of contiguous elements.
 struct TileRows {
     const SingleComplex* data;
@@ -63,23 +37,64 @@ struct TileRows {
 };
 constexpr int smallRows = updateRows / 2;
 
-// `floats` floats, two a row, of column j; c is their place in C.
+// Few rows leave registers to more columns.
 template <int floats>
-void update_elements(const ComplexProduct& p, TileRows rows, int j, float* c) {
-    const SingleComplex* b = p.b.at(0, j);
-    TileSums<floats, 2> sums; // with the real and with the imaginary parts
-    sums.add_steps(p.k, &rows.data->re, 2 * rows.step, &b->re, 2 * p.b.rowStride, 1);
-    finish_rows<floats>(p, sums, c);
+constexpr int elementColumns = floats <= vectorRegisters / 4   ? 4
+                               : floats <= vectorRegisters / 2 ? 2
+                                                               : 1;
+
+// `floats` floats, two a row, of `columns` columns from j on; c has them.
+template <int floats, int columns>
+[[gnu::always_inline]] inline void update_elements(const ComplexProduct& p, TileRows rows, int j,
+                                                   Matrix<SingleComplex> c) {
+    using Sums = TileSums<floats, columns, 2>;
+    Sums sums; // with the real and with the imaginary parts
+    sums.add_steps(p.k, &rows.data->re, 2 * rows.step, &p.b.at(0, j)->re, 2 * p.b.rowStride, 2 * p.b.columnStride);
+    // conj(B) has the imaginary parts negated.
+    const Vec4f signs = p.conjugatedB ? Vec4f{_mm_setr_ps(0, -0.0F, 0, -0.0F)} : Vec4f{_mm_setr_ps(-0.0F, 0, -0.0F, 0)};
+    const auto finish = [&](auto result) __attribute__((always_inline)) {
+        const ScaledBy<SingleComplex> alpha(p.alpha);
+        QRV_UNROLL
+        for (int l = 0; l < columns; ++l) {
+            float* out = &c(0, j + l).re;
+            QRV_UNROLL
+            for (int v = 0; v < Sums::vectors; ++v, out += 4) {
+                const Vec4f turned = swap_parts(sums.sum[2 * l + 1][v]); // i*x is -im, re
+                const Vec4f x = alpha(sums.sum[2 * l][v] + change_signs(turned, signs));
+                if (v < Sums::vectors - 1)
+                    result(Lanes<4>(), x, out);
+                else
+                    result(Lanes<Sums::lastRows>(), x, out);
+            }
+        }
+    };
+    if (p.beta == scalar<SingleComplex>(0))
+        finish([](auto lanes, Vec4f x, float* out) { store_first<lanes()>(out, x); });
+    else if (p.beta == scalar<SingleComplex>(1)) // 0 times an infinite part would make NaN
+        finish([](auto lanes, Vec4f x, float* out) { store_first<lanes()>(out, load_first<lanes()>(out) + x); });
+    else
+        finish([beta = ScaledBy<SingleComplex>(p.beta)](auto lanes, Vec4f x, float* out) {
+            store_first<lanes()>(out, beta(load_first<lanes()>(out)) + x);
+        });
 }
 
 // All columns of a tile's rows, `left` floats and at most `floats` of them.
 template <int floats>
 void update_rows(int left, int n, const ComplexProduct& p, TileRows rows, Matrix<SingleComplex> c) {
-    if (left == floats)
-        for (int j = 0; j < n; ++j)
-            update_elements<floats>(p, rows, j, &c(0, j).re);
-    else if constexpr (floats > 2)
+    if (left == floats) {
+        constexpr int columns = elementColumns<floats>;
+        int j = 0;
+        for (; n - j >= columns; j += columns)
+            update_elements<floats, columns>(p, rows, j, c);
+        if constexpr (columns == 4)
+            for (; n - j >= 2; j += 2)
+                update_elements<floats, 2>(p, rows, j, c);
+        if constexpr (columns > 1)
+            if (j < n)
+                update_elements<floats, 1>(p, rows, j, c);
+    } else if constexpr (floats > 2) {
         update_rows<floats - 2>(left, n, p, rows, c);
+    }
 }
 
 // Brings rows together that are contiguous along k, or their conjugates: step by step, smallRows apart.

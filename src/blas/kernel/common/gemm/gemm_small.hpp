@@ -47,15 +47,17 @@ template <int rows>
     store_first<rows>(c, result);
 }
 
-// Running sums of `rows` rows of some columns of C, by vectors, of which the last one may be partly filled.
-template <int rows, int columns>
+// Running sums of `rows` rows of some columns of C, by vectors, of which the last one may be partly filled. An element
+// of op(B) has 1 or 2 parts, and each part sums of its own.
+template <int rows, int columns, int parts = 1>
 struct TileSums {
     static constexpr int vectors = (rows + 3) / 4, lastRows = rows - 4 * (vectors - 1);
-    Vec4f sum[columns][vectors];
+    static constexpr int allColumns = columns * parts;
+    Vec4f sum[allColumns][vectors];
 
     [[gnu::always_inline]] TileSums() {
         QRV_UNROLL
-        for (int s = 0; s < columns * vectors; ++s)
+        for (int s = 0; s < allColumns * vectors; ++s)
             sum[s / vectors][s % vectors] = Vec4f::zero();
     }
     // Of a step: contiguous elements of op(A) times those of op(B), which lie bColumn apart.
@@ -66,8 +68,8 @@ struct TileSums {
             x[v] = Vec4f::load(a + 4 * v);
         x[vectors - 1] = load_first<lastRows>(a + 4 * (vectors - 1));
         QRV_UNROLL
-        for (int j = 0; j < columns; ++j) {
-            const Vec4f y = Vec4f::splat(b[j * bColumn]);
+        for (int j = 0; j < allColumns; ++j) {
+            const Vec4f y = Vec4f::splat(b[j / parts * bColumn + j % parts]);
             QRV_UNROLL
             for (int v = 0; v < vectors; ++v)
                 sum[j][v] = sum[j][v] + x[v] * y;
@@ -75,13 +77,13 @@ struct TileSums {
     }
     [[gnu::always_inline]] void add(const TileSums& other) {
         QRV_UNROLL
-        for (int s = 0; s < columns * vectors; ++s)
+        for (int s = 0; s < allColumns * vectors; ++s)
             sum[s / vectors][s % vectors] = sum[s / vectors][s % vectors] + other.sum[s / vectors][s % vectors];
     }
     // Of k steps. A tile of few vectors keeps odd ones apart, so that one sum need not wait for the one before.
     [[gnu::always_inline]] void add_steps(int k, const float* a, std::ptrdiff_t aStep, const float* b,
                                           std::ptrdiff_t bStep, std::ptrdiff_t bColumn) {
-        if constexpr (vectors * columns <= vectorRegisters / 4) {
+        if constexpr (vectors * allColumns <= vectorRegisters / 4) {
             TileSums odd;
             for (; k >= 2; k -= 2, a += aStep, b += bStep) {
                 add(a, b, bColumn);

@@ -55,7 +55,7 @@ constexpr RankUpdateRow rankUpdateRow<float, 4>{
     .plain = 64, .transposed = 128, .leaf = 8, .order = 0, .depth = unlimited, .panels = {{{32}, {24}}, {{512}, {}}}};
 template <>
 constexpr RankUpdateRow rankUpdateRow<SingleComplex, 4>{
-    .plain = 64, .transposed = 128, .leaf = 8, .order = 0, .depth = unlimited, .panels = {{{16}, {16}}, {}}};
+    .plain = 64, .transposed = 128, .leaf = 4, .order = 0, .depth = unlimited, .panels = {{{48}, {18}}, {}}};
 // Wider vectors multiply without packing as long as operands are in the caches, and thin rectangles cost them more:
 // halves of the whole triangle gain a third to a half over one block after the other, at any size.
 template <>
