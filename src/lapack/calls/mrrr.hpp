@@ -141,8 +141,8 @@ int larre(const Wanted& wanted, Mrrr& problem, const RefineTolerance& tolerance,
           int* iwork);
 
 // Eigenvectors `first` to `last`, from 1, of the values (SLARRV); w becomes absolute. gap: to the next value that one
-// needs to stand alone, beside its size. work: 12 n floats, iwork: 7 n ints. Result: 0, or -2: a cluster has no
-// representation.
+// needs to stand alone, beside its size. The bits are the same on every team. work: 12 n floats, iwork: 7 n ints.
+// Result: 0, or -2: a cluster has no representation.
 struct VectorsWanted {
     int first, last;
     float gap;
