@@ -6,13 +6,17 @@
 // The unknowns of a block of T are solved for together (laln2), with pivots that are too small made larger, so that
 // equal eigenvalues get vectors too. Before a product could overflow the whole vector is made smaller; sums of
 // magnitudes of the columns of T tell when. Vectors of the matrix that T is the Schur form of are products with Q, many
-// at a time.
+// at a time; on a team whoever is free takes the next one of these.
 //
 // Source: G. Golub, C. Van Loan, Matrix Computations, 7.6.4.
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 
 #include "blas/calls.hpp"
+#include "blas/thread/common/machine.hpp"
+#include "blas/thread/common/team_omp.hpp"
+#include "blas/thread/common/work_threads.hpp"
 #include "lapack/calls/nonsymmetric.hpp"
 #include "lapack/calls/norms.hpp"
 #include "service/machine_constants.hpp"
@@ -206,52 +210,62 @@ void multiply_one(Side side, const Eigenblock& at, int n, Matrix<const float> x,
     normalize(0, n, order, v.block(0, k));
 }
 
-// Many at a time. Vectors [begin, end) wait in their columns of X, counted from `first`.
+// Many at a time. Vectors [begin, end) wait, their columns of X counted from `first`.
 struct Waiting {
     static constexpr int most = 64;
+    static constexpr double leastElements = 100000; // of T that a thread goes through: 80 us
 
     Side side;
     int n;
+    const Solver& solver;
     Matrix<float> x, product; // n x most each
     int first = 0, begin = 0, end = 0;
 
-    // Where the vector goes; others are multiplied first if there is no room.
-    Matrix<float> room_for(const Eigenblock& at, Matrix<const float> t, Matrix<float> v) {
+    // Others are computed first if there is no room.
+    void add(const Eigenblock& at, Matrix<const float> t, Matrix<float> v) {
         const int lowest = std::min(begin, at.row), highest = std::max(end, at.end());
         if (begin == end || highest - lowest > most) {
-            multiply(t, v);
+            compute(t, v);
             first = side == Side::right ? at.end() - most : at.row;
             begin = at.row, end = at.end();
         } else {
             begin = lowest, end = highest;
         }
-        return x.block(0, 0).block(0, at.row - first);
     }
 
-    void multiply(Matrix<const float> t, Matrix<float> v) {
+    void compute(Matrix<const float> t, Matrix<float> v) {
         const int count = end - begin;
         if (count == 0)
             return;
-        // Elements that the triangle does not have: behind a vector's own place, or before it.
-        for (int k = begin, order; k < end; k += order) {
-            const Eigenblock at = eigenblock_at(k, n, t);
-            order = at.order;
-            for (int c = 0; c < order; ++c) {
-                float* const column = x.column(k + c - first);
-                if (side == Side::right)
-                    std::fill(column + at.end(), column + end, 0.0F);
-                else
-                    std::fill(column + begin, column + k, 0.0F);
-            }
-        }
+        Eigenblock blocks[most];
+        int known = 0;
+        for (int k = begin; k < end; k += blocks[known++].order)
+            blocks[known] = eigenblock_at(k, n, t);
+        // Half of the elements above a vector's place, or behind it.
+        const double elements = (side == Side::right ? end : n - begin) / 2.0 * count * n;
+        std::atomic<int> next = 0;
+        on_team(threads_for_shares(elements / leastElements, ThisMachine()), [&](int, int) {
+            for (int i; (i = next++) < known;)
+                make(blocks[i]);
+        });
         const int row = side == Side::right ? 0 : begin, rows = side == Side::right ? end : n - begin;
         blas::gemm(Op::none, Op::none, n, count, rows, 1, v.block(0, row), x.block(row, begin - first), 0, product);
-        for (int k = begin, order; k < end; k += order) {
-            order = eigenblock_at(k, n, t).order;
-            normalize(0, n, order, product.block(0, k - begin));
-        }
+        for (int i = 0; i < known; ++i)
+            normalize(0, n, blocks[i].order, product.block(0, blocks[i].row - begin));
         lacpy<float>(Part::whole, n, count, product, v.block(0, begin));
         begin = end = 0;
+    }
+
+private:
+    // With zeros for the elements that the triangle does not have: behind the vector's own place, or before it.
+    void make(const Eigenblock& at) const {
+        const Matrix<float> to = x.block(0, at.row - first);
+        side == Side::right ? solver.right(at, to) : solver.left(at, to);
+        for (int c = 0; c < at.order; ++c)
+            if (float* const column = to.column(c); side == Side::right)
+                std::fill(column + at.end(), column + end, 0.0F);
+            else
+                std::fill(column + begin, column + at.row, 0.0F);
     }
 };
 
@@ -261,13 +275,15 @@ void vectors_of_a(Side side, int n, Matrix<const float> t, Matrix<float> v, cons
         n > Waiting::most
             ? static_cast<float*>(qrv_serv_allocate(static_cast<std::size_t>(length) * sizeof(float), 128))
             : nullptr;
-    Waiting waiting{side, n, {block, n}, {block + (block ? length / 2 : 0), n}};
+    Waiting waiting{side, n, solver, {block, n}, {block + (block ? length / 2 : 0), n}};
     const auto take = [&](int row) {
         const Eigenblock at = eigenblock_at(row, n, t);
-        const Matrix<float> to = block ? waiting.room_for(at, t, v) : x;
-        side == Side::right ? solver.right(at, to) : solver.left(at, to);
-        if (!block)
-            multiply_one(side, at, n, to, v);
+        if (block) {
+            waiting.add(at, t, v);
+        } else {
+            side == Side::right ? solver.right(at, x) : solver.left(at, x);
+            multiply_one(side, at, n, x, v);
+        }
         return at.order;
     };
     if (side == Side::right) // what is overwritten first is not used by the others
@@ -277,7 +293,7 @@ void vectors_of_a(Side side, int n, Matrix<const float> t, Matrix<float> v, cons
         for (int k = 0; k < n;)
             k += take(k);
     if (block) {
-        waiting.multiply(t, v);
+        waiting.compute(t, v);
         qrv_serv_deallocate(block);
     }
 }
