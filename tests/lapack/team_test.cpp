@@ -209,6 +209,25 @@ void add_tridiagonal(std::vector<TeamCase>& cases, std::initializer_list<int> or
         }
 }
 
+// A panel of columns for Hessenberg form: that of one thread.
+void add_hessenberg(std::vector<TeamCase>& cases, int n, int k, int nb) {
+    const auto panel = [=](int team) {
+        std::mt19937 random(5);
+        const int m = n - k;
+        Operand<float> x(n, m + 1 + 2 * nb, n); // A, Y, T
+        x.set([&](int, int) { return eighths<float>(random); });
+        GuardedVector<float> tau(nb);
+        lapack::lahr2(team, n, k, nb, x.view(), tau.data(), x.view().block(0, m + 1), x.view().block(0, m + 1 + nb));
+        return x;
+    };
+    cases.push_back({"lahr2, " + std::to_string(n),
+                     [=, expected = std::make_shared<const Operand<float>>(panel(1))](int team, bool twice) {
+                         const Operand<float> x = panel(team);
+                         return difference(x, WideMatrix<float>(*expected)) < 1e-5 &&
+                                (!twice || x.same_bits(again([&] { return panel(team); })));
+                     }});
+}
+
 // A sweep of bulges beside one without a team. The large one takes threads by itself.
 void add_sweeps(std::vector<TeamCase>& cases, std::initializer_list<std::pair<int, int>> sizes) {
     for (const auto& [n, ns] : sizes)
@@ -230,6 +249,56 @@ void add_sweeps(std::vector<TeamCase>& cases, std::initializer_list<std::pair<in
                             (!twice || x.h.same_bits(again([&] { return swept(threads); }).h));
                  }});
         }
+}
+
+// Eigenvectors of a tridiagonal matrix without clusters of size, and of blocks that are nearly one: those of one
+// thread.
+void add_representations(std::vector<TeamCase>& cases, int n) {
+    for (const float glue : {1.0F, 1e-4F}) {
+        const auto vectors = [=] {
+            std::mt19937 random(3);
+            GuardedVector<float> d(n), e(n), w(n), work(18 * n);
+            GuardedInts support(2 * n), ints(10 * n);
+            Operand<float> z(n, n, n + 1);
+            d.set([&](int i, int) {
+                return glue == 1 ? eighths<float>(random) : static_cast<float>(std::abs(i % 21 - 10));
+            });
+            e.set([&](int i, int) { return i % 21 == 20 ? glue : 1.0F; });
+            const lapack::StemrResult r = lapack::stemr(true, {}, n, d.data(), e.data(), w.data(), z.view(),
+                                                        support.data(), true, work.data(), ints.data());
+            EXPECT_TRUE(r.info == 0 && r.found == n);
+            return std::pair(std::move(w), std::move(z));
+        };
+        const ForcedTeam alone(1);
+        const auto expected = std::make_shared<const std::pair<GuardedVector<float>, Operand<float>>>(vectors());
+        cases.push_back({"stemr, " + std::to_string(glue),
+                         [=](int, bool) {
+                             const auto x = vectors();
+                             return x.first.same_bits(expected->first) && x.second.same_bits(expected->second);
+                         },
+                         n > 200 ? qrv_serv_get_max_threads : nullptr});
+    }
+}
+
+// Vectors of a Schur form with pairs, by way of those of the matrix that is the same: those of one thread.
+void add_schur_vectors(std::vector<TeamCase>& cases, int n) {
+    const auto vectors = [=] {
+        std::mt19937 random(3);
+        Operand<float> t(n, n, n), v(n, 2 * n, n);
+        t.set([&](int i, int j) {
+            const bool pair = j % 5 == 0 && j + 1 < n;
+            return i == j + 1 && pair ? -1 : i > j ? 0 : i == j ? float(j - (j % 5 == 1)) : 1 + eighths<float>(random);
+        });
+        v.set([&](int i, int j) { return i == j % n ? 1 : 0; });
+        GuardedVector<float> work(3 * n);
+        lapack::trevc({true, true, lapack::EigenvectorsWanted::backTransformed}, n, t.view(), nullptr, v.view(),
+                      v.view().block(0, n), work.data());
+        return v;
+    };
+    const ForcedTeam alone(1);
+    cases.push_back({"trevc", [=, expected = std::make_shared<const Operand<float>>(vectors())](int, bool) {
+                         return vectors().same_bits(*expected);
+                     }});
 }
 
 // By dataflow in blocks and groups of several widths; each block column by itself, so the bits do not depend on who
@@ -311,7 +380,10 @@ INSTANTIATE_TEST_SUITE_P(Lapack, Team,
                                                         add_all<float>(cases);
                                                         add_all<SingleComplex>(cases);
                                                         add_tridiagonal(cases, {2, 40, 105});
+                                                        add_hessenberg(cases, 107, 3, 20);
                                                         add_sweeps(cases, {{3, 2}, {40, 6}, {130, 8}, {300, 36}});
+                                                        add_representations(cases, 210);
+                                                        add_schur_vectors(cases, 160);
                                                         return cases;
                                                     },
                                                     [] {
@@ -325,7 +397,10 @@ INSTANTIATE_TEST_SUITE_P(Lapack, Team,
                                                                  const auto band = [&] { return factored_band(team); };
                                                                  return !twice || band().same_bits(again(band));
                                                              }});
+                                                        add_hessenberg(cases, 75, 2, 9);
                                                         add_sweeps(cases, {{40, 4}, {110, 6}});
+                                                        add_representations(cases, 126);
+                                                        add_schur_vectors(cases, 110);
                                                         return cases;
                                                     }}));
 

@@ -106,7 +106,8 @@ void gehrd(int n, ActiveRange range, Matrix<float> a, float* tau, float* work, i
 
 // A panel of nb columns, of a matrix of n rows that begins with them: what is below row k - 1 of the first column, row
 // k of the second and so on is reduced by Q = I - V T V', and Y = A V T, n x nb.
-void lahr2(int n, int k, int nb, Matrix<float> a, float* tau, Matrix<float> t, Matrix<float> y);
+void lahr2(int threads, int n, int k, int nb, Matrix<float> a, float* tau, Matrix<float> t, Matrix<float> y);
+int lahr2_threads(int n, int k);
 
 // Q itself in the place of its reflectors, and its products C := op(Q) C or C op(Q), C of m x n. work: lwork floats,
 // size - 1, or the other dimension of C, at least, .._work for full speed.

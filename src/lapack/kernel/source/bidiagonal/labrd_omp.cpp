@@ -1,6 +1,6 @@
-// The bidiagonal panel on a team (labrd.hpp): two regions a step. In the first one each thread has a share of the
-// columns behind, in the second one of the rows.
-#include "blas/thread/common/team_omp.hpp"
+// The bidiagonal panel on a team (labrd.hpp): which works twice a step: first each thread has a share of
+// the columns behind, then of the rows.
+#include "blas/thread/common/kept_team.hpp"
 #include "lapack/kernel/source/bidiagonal/labrd.hpp"
 #include "lapack/workspace.hpp"
 
@@ -9,12 +9,12 @@ namespace {
 
 template <class T>
 struct Threads {
-    int most;
+    KeptTeam& team;
     T* sums; // of all threads but the last one
 
     template <class... Phases>
     void run(const Phases&... phases) const {
-        on_team(most, phases...);
+        team.run(phases...);
     }
     T* sum(int number, int length) const { return sums + std::ptrdiff_t{length} * number; }
 };
@@ -26,7 +26,9 @@ bool labrd_on_team(int threads, const BidiagonalPanel<T>& panel, int nb, float* 
     const WorkArea<T> sums(nullptr, 0, std::int64_t{std::max(1, threads - 1)} * panel.m);
     if (!sums.data())
         return false;
-    PanelReduction(panel, Threads<T>{threads, sums.data()}).run(nb, d, e, tauq, taup);
+    KeptTeam::form(threads, [&](KeptTeam& team) {
+        PanelReduction(panel, Threads<T>{team, sums.data()}).run(nb, d, e, tauq, taup);
+    });
     return true;
 }
 

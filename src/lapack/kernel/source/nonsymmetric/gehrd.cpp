@@ -39,7 +39,7 @@ int block_size_for(int lwork, int nb, int n) {
 void reduce_block(int i, int ib, int n, int end, Matrix<float> a, float* tau, Matrix<float> t, Matrix<float> y) {
     const int rest = end - i - ib;
     const Matrix<float> v = a.block(i + 1, i);
-    lahr2(end, i + 1, ib, a.block(0, i), tau + i, t, y);
+    lahr2(lahr2_threads(end, i + 1), end, i + 1, ib, a.block(0, i), tau + i, t, y);
 
     float& corner = a(i + ib, i + ib - 1); // the 1 of the last reflector
     const float beta = corner;

@@ -21,38 +21,38 @@ namespace {
 
 // x := A v - V (W' v) - W (V' v)
 struct Product {
-    int threads;
+    KeptTeam* team; // if there is one
     PanelPlan plan;
     Matrix<float> results; // of a team: a column for each thread
 
     void operator()(const PanelColumn& c) const {
         const Vector<const float> v = c.reflector;
-        const bool onTeam = threads > 1, all = onTeam && plan == PanelPlan::all;
-        if (onTeam)
-            multiply_on_team(threads, plan, c, results);
+        const bool all = team && plan == PanelPlan::all;
+        if (team)
+            multiply_on_team(*team, plan, c, results);
         else
             blas::hemv(c.uplo, c.m, 1.0F, c.rest, v, 0.0F, c.x);
         if (!all)
-            blas::gemv(Op::transpose, c.m, c.earlier, 1.0F, c.w, v, 0.0F, c.products);
-        blas::gemv(Op::none, c.m, c.earlier, -1.0F, c.v, c.products, 1.0F, c.x);
+            kernel::gemv(Op::transpose, c.m, c.earlier, 1.0F, c.w, v, 0.0F, c.products);
+        kernel::gemv(Op::none, c.m, c.earlier, -1.0F, c.v, c.products, 1.0F, c.x);
         if (all)
             kernel::copy(c.earlier, results.column(0, 0), c.products);
         else
-            blas::gemv(Op::transpose, c.m, c.earlier, 1.0F, c.v, v, 0.0F, c.products);
-        blas::gemv(Op::none, c.m, c.earlier, -1.0F, c.w, c.products, 1.0F, c.x);
+            kernel::gemv(Op::transpose, c.m, c.earlier, 1.0F, c.v, v, 0.0F, c.products);
+        kernel::gemv(Op::none, c.m, c.earlier, -1.0F, c.w, c.products, 1.0F, c.x);
     }
 };
 
 void make_w(float tau, const PanelColumn& c) {
     kernel::scal(c.m, tau, c.x);
-    blas::axpy(c.m, -0.5F * tau * blas::dotc(c.m, c.x, c.reflector), c.reflector, c.x);
+    kernel::axpy(c.m, -0.5F * tau * kernel::dotu(c.m, c.x, c.reflector), c.reflector, c.x);
 }
 
 // x -= V w + W v for rows v and w of V and W.
 void bring_up_to_date(int m, int earlier, Matrix<const float> v, Matrix<const float> w, Vector<const float> vRow,
                       Vector<const float> wRow, Vector<float> x) {
-    blas::gemv(Op::none, m, earlier, -1.0F, v, wRow, 1.0F, x);
-    blas::gemv(Op::none, m, earlier, -1.0F, w, vRow, 1.0F, x);
+    kernel::gemv(Op::none, m, earlier, -1.0F, v, wRow, 1.0F, x);
+    kernel::gemv(Op::none, m, earlier, -1.0F, w, vRow, 1.0F, x);
 }
 
 void reduce_upper(int n, int nb, Matrix<float> a, float* e, float* tau, Matrix<float> w, const Product& product) {
@@ -104,8 +104,13 @@ void latrd(Uplo uplo, int n, int nb, Matrix<float> a, float* e, float* tau, Matr
     const int budget = n <= tuning::crossover("SLATRD", n) ? std::max(1, qrv_serv_get_max_threads()) : 1;
     const WorkArea<float> results(nullptr, 0, budget > 1 ? std::int64_t{n} * budget : 0);
     const PanelPlan plan = tuning::value(19, "SLATRD", "", {n, budget}) == 0 ? PanelPlan::productAlone : PanelPlan::all;
-    const Product product{results.data() ? budget : 1, plan, {results.data(), n}};
-    (uplo == Uplo::upper ? reduce_upper : reduce_lower)(n, nb, a, e, tau, w, product);
+    const auto reduce = [&](KeptTeam* team) {
+        (uplo == Uplo::upper ? reduce_upper : reduce_lower)(n, nb, a, e, tau, w, {team, plan, {results.data(), n}});
+    };
+    if (results.data())
+        KeptTeam::form(budget, [&](KeptTeam& team) { reduce(&team); });
+    else
+        reduce(nullptr);
 }
 
 } // namespace qrv::lapack

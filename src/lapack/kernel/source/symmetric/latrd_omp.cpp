@@ -9,7 +9,6 @@
 // matrix is still in the cache: columns with odd numbers are swept one way, those with even numbers the other.
 #include <algorithm>
 
-#include "blas/thread/common/team_omp.hpp"
 #include "lapack/kernel/source/symmetric/strips.hpp"
 #include "lapack/kernel/source/symmetric/sytrd.hpp"
 #include "service/tuning.hpp"
@@ -21,9 +20,9 @@ void clear(int m, Vector<float> x) {
     std::fill_n(x.data, m, 0.0F);
 }
 
-void multiply_alone(int threads, const PanelColumn& c, Matrix<float> results) {
+void multiply_alone(KeptTeam& members, const PanelColumn& c, Matrix<float> results) {
     int size = 1;
-    on_team(threads, [&](int team, int thread) {
+    members.run([&](int team, int thread) {
         const Vector<float> own = results.column(0, thread);
         clear(c.m, own);
         const TriangleShare share = triangle_share(Deal::evenWidths, c.uplo, c.m, team, thread);
@@ -45,8 +44,8 @@ void add_in_pieces(const PanelColumn& c, Slice strip, int width, bool upward, Ve
     }
 }
 
-void multiply_all(int threads, const PanelColumn& c, Matrix<float> results) {
-    const int width = tuning::block_size("SLATRD", c.m, threads);
+void multiply_all(KeptTeam& members, const PanelColumn& c, Matrix<float> results) {
+    const int width = tuning::block_size("SLATRD", c.m, members.size());
     const auto multiply = [&](int team, int thread) {
         const Vector<float> own = thread == 0 ? c.x : results.column(0, thread);
         clear(c.m, own);
@@ -55,7 +54,7 @@ void multiply_all(int threads, const PanelColumn& c, Matrix<float> results) {
         add_in_pieces(c, upward ? share.shorter : share.longer, width, upward, own);
         add_in_pieces(c, upward ? share.longer : share.shorter, width, upward, own);
     };
-    on_team(threads, multiply, [&](int team, int thread) {
+    members.run(multiply, [&](int team, int thread) {
         for (int job = thread; job < 3; job += team)
             if (job == 0)
                 add_results(1, team, c.m, results, c.x);
@@ -67,11 +66,11 @@ void multiply_all(int threads, const PanelColumn& c, Matrix<float> results) {
 
 } // namespace
 
-void multiply_on_team(int threads, PanelPlan plan, const PanelColumn& c, Matrix<float> results) {
+void multiply_on_team(KeptTeam& team, PanelPlan plan, const PanelColumn& c, Matrix<float> results) {
     if (plan == PanelPlan::productAlone)
-        multiply_alone(threads, c, results);
+        multiply_alone(team, c, results);
     else
-        multiply_all(threads, c, results);
+        multiply_all(team, c, results);
 }
 
 } // namespace qrv::lapack

@@ -1,11 +1,11 @@
 // SSYTD2 on a team: the update by a reflector is fused with the product for the next one, so that the rest of the
 // matrix is read once a step.
 //
-// A step makes the reflector of a column, and a region then goes over the triangle that is left, strip by strip
-// (strips.hpp): the update of the step before, if one is pending, and the product with the new vector v. A product
-// reads only the columns of its strip, which its thread has just updated. Each thread adds to a column of its own;
-// behind a barrier one thread sums these to w. The update with v and w stays pending, but for the column that comes
-// next.
+// A step makes the reflector of a column, and the team, which is kept, then goes over the triangle that is left, strip
+// by strip (strips.hpp): the update of the step before, if one is pending, and the product with the new vector v. A
+// product reads only the columns of its strip, which its thread has just updated. Each thread adds to a column of its
+// own; behind a barrier one thread sums these to w. The update with v and w stays pending, but for the column that
+// comes next.
 //
 //   pending    the last reflector is not the identity; its v, in the matrix with its 1, and w, in the column of the
 //              results behind those of the threads, have not reached the triangle that is left
@@ -14,7 +14,7 @@
 // A step with tau 0 has no product, and leaves no update pending.
 #include <algorithm>
 
-#include "blas/thread/common/team_omp.hpp"
+#include "blas/thread/common/kept_team.hpp"
 #include "lapack/calls/reflectors.hpp"
 #include "lapack/calls/symmetric.hpp"
 #include "lapack/kernel/source/symmetric/strips.hpp"
@@ -50,11 +50,11 @@ struct Pass {
     float tau;
     Vector<const float> newV;
 
-    void run(int threads, const Rest& rest) const {
+    void run(KeptTeam& threads, const Rest& rest) const {
         if (!pending && tau == 0)
             return;
         int size = 1;
-        on_team(threads, [&](int team, int thread) {
+        threads.run([&](int team, int thread) {
             if (thread == 0)
                 size = team;
             const TriangleShare share = triangle_share(Deal::evenWidths, uplo, rest.order, team, thread);
@@ -91,31 +91,33 @@ void sytd3(int threads, int tail, Uplo uplo, int n, Matrix<float> a, float* d, f
         return sytd2(uplo, n, a, d, e, tau);
 
     const Matrix<float> results{area.data(), n};
-    Rest rest{n, a, a.column(0, 0), results.column(0, threads), results};
-    bool pending = false;
-    for (int step = 0; step < steps; ++step) {
-        const int m = n - 1 - step;
-        // The column that is reduced, the place beside the diagonal, and the new vector.
-        const int column = upper ? m : step, at = upper ? m - 1 : step;
-        float& beside = upper ? a(m - 1, m) : a(step + 1, step);
-        const Vector<float> v = upper ? a.column(0, m) : a.column(step + 1, step);
-        const float factor = larfg(m, beside, upper ? v : v.from(m > 1 ? 1 : 0));
-        d[column] = a(column, column);
-        e[at] = beside;
-        tau[at] = factor;
-        if (factor != 0)
-            beside = 1;
+    KeptTeam::form(threads, [&](KeptTeam& team) {
+        Rest rest{n, a, a.column(0, 0), results.column(0, threads), results};
+        bool pending = false;
+        for (int step = 0; step < steps; ++step) {
+            const int m = n - 1 - step;
+            // The column that is reduced, the place beside the diagonal, and the new vector.
+            const int column = upper ? m : step, at = upper ? m - 1 : step;
+            float& beside = upper ? a(m - 1, m) : a(step + 1, step);
+            const Vector<float> v = upper ? a.column(0, m) : a.column(step + 1, step);
+            const float factor = larfg(m, beside, upper ? v : v.from(m > 1 ? 1 : 0));
+            d[column] = a(column, column);
+            e[at] = beside;
+            tau[at] = factor;
+            if (factor != 0)
+                beside = 1;
 
-        rest = rest.next(uplo);
-        Pass{uplo, pending, factor, v}.run(threads, rest);
-        rest.v = v;
-        pending = factor != 0;
-        if (step == steps - 1)
-            Pass{uplo, pending, 0, v}.run(threads, rest);
-        else if (pending)
-            update_columns(uplo, m, {upper ? m - 1 : 0, 1}, rest.v, rest.w, rest.a);
-        beside = e[at];
-    }
+            rest = rest.next(uplo);
+            Pass{uplo, pending, factor, v}.run(team, rest);
+            rest.v = v;
+            pending = factor != 0;
+            if (step == steps - 1)
+                Pass{uplo, pending, 0, v}.run(team, rest);
+            else if (pending)
+                update_columns(uplo, m, {upper ? m - 1 : 0, 1}, rest.v, rest.w, rest.a);
+            beside = e[at];
+        }
+    });
     const int at = upper ? 0 : steps;
     sytd2(uplo, n - steps, a.block(at, at), d + at, e + at, tau + at);
 }

@@ -18,9 +18,9 @@
 namespace qrv::lapack {
 namespace {
 
-// Orders from which a team pays where wide vectors run: two threads took 1.3 times as long as one for n = 150, as long
-// for n = 300, 0.73 of it for n = 700 and 0.53 for n = 2000.
-constexpr int wideTeamOrder = 600;
+// Orders from which a team pays where wide vectors run: two threads took 0.85 of the time of one for n = 250, 0.77 for
+// n = 500 and 0.58 for n = 1000. Panels are as for one thread then: with those of teams it was 0.87, 0.79 and 0.60.
+constexpr int wideTeamOrder = 250;
 
 int sytrd_threads(int n) {
     const bool wide = vector_form_in_use() != VectorForm::sse;
@@ -28,9 +28,9 @@ int sytrd_threads(int n) {
     return n < least ? 1 : std::max(1, qrv_serv_get_max_threads());
 }
 
-// As the tuning values are asked for: of threads, one is not told.
+// As the tuning values are asked for: one thread is not told.
 int told(int threads) {
-    return threads > 1 ? threads : -1;
+    return threads > 1 && vector_form_in_use() == VectorForm::sse ? threads : -1;
 }
 
 std::int64_t sytrd_work(int n, int threads) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "blas/calls.hpp"
+#include "blas/thread/common/kept_team.hpp"
 
 namespace qrv::lapack {
 
@@ -37,6 +38,6 @@ struct PanelColumn {
 // x := A v and, if `all`, what corrects it: products := W' v, more := V' v. results: a column of m floats for each
 // thread, the first of which becomes `more`.
 enum class PanelPlan { productAlone, all };
-void multiply_on_team(int threads, PanelPlan plan, const PanelColumn& c, Matrix<float> results);
+void multiply_on_team(KeptTeam& team, PanelPlan plan, const PanelColumn& c, Matrix<float> results);
 
 } // namespace qrv::lapack
