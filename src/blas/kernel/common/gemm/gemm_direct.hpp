@@ -10,7 +10,7 @@
 //              an element of B, summed apart; the end combines the sums and settles all conjugations by signs
 //   few steps  of real elements, see gemm_shallow.hpp
 //   few rows, or few columns, and many steps  of real elements, see gemm_dots.hpp
-//   few rows and B transposed  of real elements: C' aside, by vectors of columns of C
+//   few rows and B transposed  of real elements: tiles of C' by vectors of columns of C, transposed on the way to it
 //   alignment  none assumed
 //   reads      nothing past the operands; C only if beta is not 0
 //   m, n, k    positive; alpha = 0 and k = 0 are the caller's
@@ -21,6 +21,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <type_traits>
 
 #include "blas/assert.hpp"
@@ -52,7 +53,7 @@ constexpr double directFar = 0x1p15; // floats of such a C
 template <class T>
 constexpr int directConflict = 1024 / floatsIn<T>;
 constexpr int directRepays = 24;
-// The transposed rows of a tile, or rows of C aside, in floats.
+// The transposed rows of a tile, in floats.
 constexpr int directBuffer = 3072;
 // Steps that are brought together at once, at most: depths are a multiple.
 constexpr int directUnit = 8;
@@ -151,15 +152,13 @@ struct DirectSums {
     }
 };
 
-// One tile: all rows of its vectors but the last one, of which there are `lastRows`, counted in floats as all rows
-// here, summed in `Last`. Even and odd steps are summed apart if asked for.
+// The sums of a tile. Even and odd steps are summed apart if asked for.
 template <class Vector, class Last, class T, int vectors, int columns, bool apart>
-void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, float* c, int lastRows) {
+QRV_INLINE void sum_steps(const DirectProduct<T>& p, const float* a, const float* b, typename Vector::Mask mask,
+                          DirectSums<Vector, Last, vectors, columns, floatsIn<T>>& sums) {
     constexpr int group = 4; // columns of B that share a pointer
-    const typename Vector::Mask mask = Vector::Mask::first(lastRows);
     const std::ptrdiff_t aStep = p.aStep, bStep = p.bStep, bColumn = p.bColumn, bColumns3 = 3 * bColumn;
     constexpr int parts = floatsIn<T>; // of an element of B
-    DirectSums<Vector, Last, vectors, columns, parts> sums;
     sums.clear();
     const float* start[(columns + group - 1) / group];
     QRV_UNROLL
@@ -203,6 +202,16 @@ void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, floa
     }
     for (; left > 0; --left)
         step(sums);
+}
+
+// One tile: all rows of its vectors but the last one, of which there are `lastRows`, counted in floats as all rows
+// here, summed in `Last`.
+template <class Vector, class Last, class T, int vectors, int columns, bool apart>
+void direct_tile(const DirectProduct<T>& p, const float* a, const float* b, float* c, int lastRows) {
+    constexpr int parts = floatsIn<T>;
+    const typename Vector::Mask mask = Vector::Mask::first(lastRows);
+    DirectSums<Vector, Last, vectors, columns, parts> sums;
+    sum_steps<Vector, Last, T, vectors, columns, apart>(p, a, b, mask, sums);
     const Factor<Vector, T> alpha(p.alpha), beta(p.beta);
     // A processor takes a load for dependent on a masked store that it overlaps in lanes which are not stored. So all
     // of C is read before any of it is written, and the last column is written without a mask: the next tile may begin
@@ -381,91 +390,166 @@ QRV_INLINE void direct_tiles(const GemmCall<T>& call) {
         direct_straight<Vector>(rows, call.n, p, call.k, aFloats, bFloats, cFloats);
 }
 
-// c := x' + beta*c for up to four rows of C and up to four columns, of which all may be read in a row of x.
-template <int rows>
-QRV_INLINE void bring_quads_home(int columns, const float* x, std::ptrdiff_t ldx, float beta, float* c,
-                                 std::ptrdiff_t ldc) {
-    __m128 quad[4];
-    QRV_UNROLL
-    for (int i = 0; i < 4; ++i)
-        quad[i] = i < rows ? _mm_load_ps(x + i * ldx) : _mm_setzero_ps();
-    _MM_TRANSPOSE4_PS(quad[0], quad[1], quad[2], quad[3]);
-    // By whole loads and stores: the next columns wait for masked ones.
-    const __m128 factor = _mm_set1_ps(beta);
-    const auto bring = [&](int j) __attribute__((always_inline)) {
-        float* to = c + j * ldc;
-        store_first<rows>(to, {beta == 0 ? quad[j] : _mm_add_ps(quad[j], _mm_mul_ps(factor, load_first<rows>(to).v))});
-    };
-    if (columns == 4) {
+// Few rows would leave most of a vector empty, where B transposed has vectors of columns: C' = B*op(A)' is summed, and
+// the sums of a tile come home to C by columns, four or eight rows of each.
+
+// Rows of C in a tile of so many vectors of columns, at most.
+template <class Vector>
+constexpr int mirrored_rows(int vectors) {
+    return vectors == 1 ? smaller(16, columns_of_tile<Vector, float>(1)) : DirectTiles<Vector, float>::columns;
+}
+// How many of the rows that are left to take: whole quads but for the last ones.
+constexpr int mirrored_share(int left, int most) {
+    return left <= most ? left : left - most < 4 ? 4 : most / 4 * 4;
+}
+
+// Rows first to first + 3 of x, those that there are, by columns: quad q of column[s] is column 4 q + s.
+template <class Vector, int rows, int first>
+QRV_INLINE void transpose_four(const Vector (&x)[rows], Vector (&column)[4]) {
+    const auto row = [&](int i) { return first + i < rows ? x[smaller(first + i, rows - 1)] : Vector::zero(); };
+    const Vector low01 = low_pairs(row(0), row(1)), high01 = high_pairs(row(0), row(1));
+    const Vector low23 = low_pairs(row(2), row(3)), high23 = high_pairs(row(2), row(3));
+    column[0] = low_halves(low01, low23);
+    column[1] = high_halves(low01, low23);
+    column[2] = low_halves(high01, high23);
+    column[3] = high_halves(high01, high23);
+}
+
+// c := x' + beta*c for the rows of C in x, from `first` on, and `columns` columns: a vector of them if they are whole.
+template <class Vector, bool whole, int first = 0, int rows>
+QRV_INLINE void bring_home(const Vector (&x)[rows], int columns, float beta, float* c, std::ptrdiff_t ldc) {
+    constexpr int here = smaller(8, rows - first), last = here % 4 == 0 ? 4 : here % 4;
+    const __m256 factor = _mm256_set1_ps(beta);
+    Vector upper[4], lower[4], pair[4][2];
+    transpose_four<Vector, rows, first>(x, upper);
+    if constexpr (here > 4)
+        transpose_four<Vector, rows, first + 4>(x, lower);
+    if constexpr (here == 8)
         QRV_UNROLL
-        for (int j = 0; j < 4; ++j)
-            bring(j);
-    } else {
-        for (int j = 0; j < columns; ++j)
-            bring(j);
+    for (int s = 0; s < 4; ++s)
+        pair_quads(upper[s], lower[s], pair[s]);
+    const auto bring_quad = [=](auto count, __m128 sum, float* to) __attribute__((always_inline)) {
+        const auto old = [=] { return load_first<count()>(to).v; };
+        store_first<count()>(to, {beta == 0 ? sum : _mm_fmadd_ps(_mm256_castps256_ps128(factor), old(), sum)});
+    };
+    float* column = c + first;
+    QRV_UNROLL
+    for (int q = 0; q < Vector::quads; ++q) {
+        QRV_UNROLL
+        for (int s = 0; s < 4; ++s) {
+            if (!whole && 4 * q + s >= columns)
+                break;
+            float* to = column + s * ldc;
+            if constexpr (here == 8) {
+                const __m256 sum = octet(pair[s], q);
+                _mm256_storeu_ps(to, beta == 0 ? sum : _mm256_fmadd_ps(factor, _mm256_loadu_ps(to), sum));
+            } else if constexpr (here > 4) {
+                bring_quad(Lanes<4>(), quad_of(upper[s], q), to);
+                bring_quad(Lanes<last>(), quad_of(lower[s], q), to + 4);
+            } else {
+                bring_quad(Lanes<last>(), quad_of(upper[s], q), to);
+            }
+        }
+        column += 4 * ldc;
+        asm("" : "+r"(column)); // one pointer: the compiler would keep one for each column
+    }
+    if constexpr (first + 8 < rows)
+        bring_home<Vector, whole, first + 8>(x, columns, beta, c, ldc);
+}
+
+template <class Vector, int vectors, int rows, bool apart>
+void mirrored_tile(const DirectProduct<float>& p, const float* a, const float* b, float* c, int lastColumns) {
+    const typename Vector::Mask mask = Vector::Mask::first(lastColumns);
+    DirectSums<Vector, Vector, vectors, rows, 1> sums;
+    sum_steps<Vector, Vector, float, vectors, rows, apart>(p, a, b, mask, sums);
+    const Vector alpha = Vector::splat(p.alpha);
+    const std::ptrdiff_t ldc = p.ldc;
+    const float beta = p.beta;
+    QRV_UNROLL
+    for (int v = 0; v < vectors; ++v, c += Vector::lanes * ldc) {
+        Vector x[rows];
+        QRV_UNROLL
+        for (int i = 0; i < rows; ++i)
+            x[i] = alpha * (v == vectors - 1 ? sums.last[i][0] : sums.above[i][v][0]);
+        if (v < vectors - 1 || lastColumns == Vector::lanes)
+            bring_home<Vector, true>(x, Vector::lanes, beta, c, ldc);
+        else
+            bring_home<Vector, false>(x, lastColumns, beta, c, ldc);
     }
 }
 
-// Few rows would leave most of a vector empty, where B transposed has vectors of columns: C' = B*op(A)' is computed,
-// some columns of C at a time, and brought home, which takes as long as four steps, or eight of more than two quads.
-// Up to so many rows it pays from so many steps, in all and for each row, and so many columns on.
-struct MirroredRange {
-    int rows, steps, stepsForRow, columns;
+template <class Vector>
+struct MirroredTileTable {
+    DirectTile<float>* tile[2][DirectTiles<Vector, float>::vectors][mirrored_rows<Vector>(1)];
+
+    template <int vectors = 1, int rows = 1>
+    constexpr void fill() {
+        tile[0][vectors - 1][rows - 1] = mirrored_tile<Vector, vectors, rows, false>;
+        tile[1][vectors - 1][rows - 1] = mirrored_tile<Vector, vectors, rows, sums_are_few<float>(vectors, rows)>;
+        if constexpr (rows < mirrored_rows<Vector>(vectors))
+            fill<vectors, rows + 1>();
+        else if constexpr (vectors < DirectTiles<Vector, float>::vectors)
+            fill<vectors + 1, 1>();
+    }
+    constexpr MirroredTileTable() : tile{} { fill(); }
 };
-constexpr int never = 1 << 30;
-constexpr MirroredRange mirroredRanges[2][2][5] = {
-    // vectors of 8 lanes: A as it lies, A transposed
-    {{{6, 0, 4, 8}, {8, never, 0, 0}, {12, 0, 4, 64}}, {{6, 4, 0, 8}, {8, never, 0, 0}, {12, 16, 0, 8}}},
-    // vectors of 16 lanes
-    {{{4, 2, 0, 16}, {8, 16, 0, 16}, {12, 0, 8, 64}},
-     {{4, 2, 0, 16}, {8, 16, 0, 16}, {12, 0, 2, 16}, {16, never, 0, 0}, {24, 0, 2, 16}}},
-};
+template <class Vector>
+constexpr MirroredTileTable<Vector> mirroredTiles;
+
+// Rows that would begin another vector, so few that they may be computed apart. Steps that repay it, for many columns
+// and for any number.
+constexpr int mostRowsApart = 2;
+constexpr int leastStepsApart = 9, manyStepsApart = 32, columnsApart = 64;
+template <class Vector>
+constexpr int rows_apart(int m, int n, int k) {
+    const int rest = m % Vector::lanes;
+    return m > Vector::lanes && rest <= mostRowsApart && k >= (n >= columnsApart ? leastStepsApart : manyStepsApart)
+               ? rest
+               : 0;
+}
+
+// It pays where fewer vectors are added to, those that are not full counted as such. A C of more than half a vector of
+// rows is worth less: as if it had a row more, and some steps more for the way home. A transposed is brought together
+// otherwise, which counts as columns, and rows apart count for more than their vectors. From so many steps on it may
+// pay where all of them would wait in registers.
+constexpr int mostMirroredRows = 40, mirroredSteps = 6;
 template <class Vector>
 constexpr bool pays_mirrored(bool transposedA, int m, int n, int k) {
-    for (const MirroredRange& range : mirroredRanges[Vector::lanes / 16][transposedA ? 1 : 0])
-        if (m <= range.rows)
-            return n >= range.columns && k >= larger(range.steps, range.stepsForRow * m);
-    return false;
+    constexpr int lanes = Vector::lanes, quarter = lanes / 4;
+    if (m > mostMirroredRows || k < 2 || ((lanes < 16 || k < mirroredSteps) && pays_shallow<Vector>(m, n, k)))
+        return false;
+    const bool low = m <= lanes / 2;
+    const int rest = rows_apart<Vector>(m, n, k), rowVectors = (m - rest + lanes - 1) / lanes;
+    const std::int64_t columnVectors = (n + lanes - 1) / lanes, columns = std::int64_t{n} + (transposedA ? quarter : 0);
+    const std::int64_t vectors = columnVectors * (low ? m : m + 1);
+    return vectors * (k + (low ? 0 : quarter)) <= (rowVectors * columns + rest * columnVectors * quarter) * k;
 }
-constexpr int mostMirroredColumns = 192; // at once
 template <class Vector>
 [[gnu::noinline]] void direct_mirrored(GemmCall<float> call) {
-    constexpr int tile = DirectTiles<Vector, float>::vectors * Vector::lanes; // columns of C
-    alignas(64) float buffer[directBuffer];
-    const int most = smaller(mostMirroredColumns, directBuffer / call.m) / tile * tile;
-    for (int j = 0, columns; j < call.n; j += columns) {
-        columns = smaller(most, call.n - j);
-        direct_tiles<Vector>(GemmCall<float>{Op::none,
-                                             call.opA == Op::none ? Op::transpose : Op::none,
-                                             columns,
-                                             call.m,
-                                             call.k,
-                                             call.alpha,
-                                             call.b.block(j, 0),
-                                             call.a,
-                                             0,
-                                             {buffer, most}});
-        const auto bring = [&](auto rows, int row) __attribute__((always_inline)) {
-            for (int i = 0; i < columns; i += 4)
-                bring_quads_home<rows()>(smaller(4, columns - i), buffer + row * most + i, most, call.beta,
-                                         &call.c(row, j + i), call.c.ld);
-        };
-        int row = 0;
-        for (; call.m - row >= 4; row += 4)
-            bring(Lanes<4>(), row);
-        if (call.m - row == 3)
-            bring(Lanes<3>(), row);
-        else if (call.m - row == 2)
-            bring(Lanes<2>(), row);
-        else if (call.m - row == 1)
-            bring(Lanes<1>(), row);
+    DirectProduct<float> p =
+        direct_product(GemmCall<float>{Op::none, call.opA == Op::none ? Op::transpose : Op::none, call.n, call.m,
+                                       call.k, call.alpha, call.b, call.a, call.beta, call.c});
+    const int steps = call.k <= directDepth ? call.k : even_block(call.k, directDepth, directUnit);
+    for (int l = 0; l < call.k; l += p.k, p.beta = 1) {
+        p.k = smaller(call.k - l, steps);
+        for (int j = 0; j < call.n;) {
+            const RowShare<Vector, float> share(call.n - j);
+            const int most = mirrored_rows<Vector>(share.vectors);
+            for (int i = 0, rows; i < call.m; i += rows) {
+                rows = mirrored_share(call.m - i, most);
+                mirroredTiles<Vector>.tile[p.k >= leastApart ? 1 : 0][share.vectors - 1][rows - 1](
+                    p, call.b.data + j + l * p.aStep, call.a.data + i * p.bColumn + l * p.bStep, &call.c(i, j),
+                    share.last_rows());
+            }
+            j += share.rows;
+        }
     }
 }
 
 // Whether few rows have a way of their own.
 template <class Vector>
 constexpr bool pays_apart(bool transposedA, bool transposedB, int m, int n, int k) {
-    return transposedB ? pays_mirrored<Vector>(transposedA, m, n, k)
+    return transposedB ? n >= Vector::lanes && pays_mirrored<Vector>(transposedA, m, n, k)
                        : pays_by_dots<Vector>(transposedA, transposedB, m, n, k);
 }
 
@@ -482,10 +566,6 @@ template <class Vector>
     direct_tiles<Vector>(call);
     dots ? gemm_by_dots<Vector>(last) : direct_mirrored<Vector>(last);
 }
-constexpr int mostRowsApart = 2;
-// Steps that repay it, for many columns and for any number.
-constexpr int leastStepsApart = 9, manyStepsApart = 32, columnsApart = 64;
-
 // A product of few elements is one tile, and to look for it takes longer than to compute it.
 constexpr int fewSteps = 32;
 template <class Vector, class T>
@@ -514,16 +594,15 @@ QRV_INLINE void gemm_direct(const GemmCall<T>& call) {
     QRV_ASSERT(call.is_well_formed());
     const bool transposedA = transposes(call.opA), transposedB = transposes(call.opB);
     if constexpr (!isComplex<T>) {
-        if (pays_shallow<Vector>(call.m, call.n, call.k))
+        const bool mirrored = transposedB && pays_mirrored<Vector>(transposedA, call.m, call.n, call.k);
+        if (!mirrored && pays_shallow<Vector>(call.m, call.n, call.k))
             return gemm_shallow<Vector>(call);
         if (pays_by_dots<Vector>(transposedA, transposedB, call.m, call.n, call.k))
             return gemm_by_dots<Vector>(call);
-        if (transposedB && pays_mirrored<Vector>(transposedA, call.m, call.n, call.k))
+        if (mirrored)
             return direct_mirrored<Vector>(call);
-        const int rest = call.m % Vector::lanes;
-        if (call.m > Vector::lanes && rest > 0 && rest <= mostRowsApart &&
-            call.k >= (call.n >= columnsApart ? leastStepsApart : manyStepsApart) &&
-            pays_apart<Vector>(transposedA, transposedB, rest, call.n, call.k))
+        const int rest = rows_apart<Vector>(call.m, call.n, call.k);
+        if (rest > 0 && pays_apart<Vector>(transposedA, transposedB, rest, call.n, call.k))
             return direct_rows_apart<Vector>(call);
     }
     direct_tiles<Vector>(call);

@@ -142,6 +142,25 @@ inline void transpose_quads(Vec16f (&x)[Vec16f::quads]) {
     x[3].v = _mm512_shuffle_f32x4(high01, high23, 0xDD);
 }
 
+// Quads of a and of b in turn: a0 b0 a1 b1 and a2 b2 a3 b3. Two of them are an octet.
+inline void pair_quads(Vec16f a, Vec16f b, Vec16f (&pair)[2]) {
+    const auto pick = [=](__m512i order) {
+        return _mm512_castpd_ps(_mm512_permutex2var_pd(_mm512_castps_pd(a.v), order, _mm512_castps_pd(b.v)));
+    };
+    pair[0].v = pick(_mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11));
+    pair[1].v = pick(_mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15));
+}
+inline __m256 octet(const Vec16f (&pair)[2], int i) {
+    const __m512 x = pair[i / 2].v;
+    return i % 2 == 0 ? _mm512_castps512_ps256(x) : _mm512_extractf32x8_ps(x, 1);
+}
+inline __m128 quad_of(Vec16f x, int i) {
+    return i == 0   ? _mm512_castps512_ps128(x.v)
+           : i == 1 ? _mm512_extractf32x4_ps(x.v, 1)
+           : i == 2 ? _mm512_extractf32x4_ps(x.v, 2)
+                    : _mm512_extractf32x4_ps(x.v, 3);
+}
+
 // The first `count` floats at p, the rest zero; nothing past them is read.
 inline __m128 load_quad(const float* p, int count) {
     return _mm_maskz_loadu_ps(static_cast<__mmask8>((1U << count) - 1), p);

@@ -101,6 +101,19 @@ inline void transpose_quads(Vec8f (&x)[Vec8f::quads]) {
     x[0].v = low;
 }
 
+// The same of two vectors, whose octets are of a quad of each then.
+inline void pair_quads(Vec8f a, Vec8f b, Vec8f (&pair)[2]) {
+    pair[0] = a;
+    pair[1] = b;
+    transpose_quads(pair);
+}
+inline __m256 octet(const Vec8f (&pair)[2], int i) {
+    return pair[i].v;
+}
+inline __m128 quad_of(Vec8f x, int i) {
+    return i == 0 ? _mm256_castps256_ps128(x.v) : _mm256_extractf128_ps(x.v, 1);
+}
+
 // Four complex rows of a step become their four real parts, then their four imaginary parts.
 inline void separate_parts(Vec8f (&x)[1]) {
     x[0].v = _mm256_permutevar8x32_ps(x[0].v, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7));
