@@ -398,9 +398,9 @@ template <class Vector>
 constexpr int mirrored_rows(int vectors) {
     return vectors == 1 ? smaller(16, columns_of_tile<Vector, float>(1)) : DirectTiles<Vector, float>::columns;
 }
-// How many of the rows that are left to take: whole quads but for the last ones.
-constexpr int mirrored_share(int left, int most) {
-    return left <= most ? left : left - most < 4 ? 4 : most / 4 * 4;
+// How many of the rows that are left to take: whole quads, but for the last ones, where the steps are few.
+constexpr int mirrored_share(int left, int most, bool fewSteps) {
+    return !fewSteps ? even_share(left, most) : left <= most ? left : left - most < 4 ? 4 : most / 4 * 4;
 }
 
 // Rows first to first + 3 of x, those that there are, by columns: quad q of column[s] is column 4 q + s.
@@ -512,7 +512,7 @@ constexpr int rows_apart(int m, int n, int k) {
 // rows is worth less: as if it had a row more, and some steps more for the way home. A transposed is brought together
 // otherwise, which counts as columns, and rows apart count for more than their vectors. From so many steps on it may
 // pay where all of them would wait in registers.
-constexpr int mostMirroredRows = 40, mirroredSteps = 6;
+constexpr int mostMirroredRows = 40, mirroredSteps = 6, leastRepeated = 12;
 template <class Vector>
 constexpr bool pays_mirrored(bool transposedA, int m, int n, int k) {
     constexpr int lanes = Vector::lanes, quarter = lanes / 4;
@@ -535,9 +535,10 @@ template <class Vector>
         for (int j = 0; j < call.n;) {
             const RowShare<Vector, float> share(call.n - j);
             const int most = mirrored_rows<Vector>(share.vectors);
+            const bool fewSteps = p.k < leastApart;
             for (int i = 0, rows; i < call.m; i += rows) {
-                rows = mirrored_share(call.m - i, most);
-                mirroredTiles<Vector>.tile[p.k >= leastApart ? 1 : 0][share.vectors - 1][rows - 1](
+                rows = mirrored_share(call.m - i, most, fewSteps);
+                mirroredTiles<Vector>.tile[fewSteps ? 0 : 1][share.vectors - 1][rows - 1](
                     p, call.b.data + j + l * p.aStep, call.a.data + i * p.bColumn + l * p.bStep, &call.c(i, j),
                     share.last_rows());
             }
@@ -594,7 +595,9 @@ QRV_INLINE void gemm_direct(const GemmCall<T>& call) {
     QRV_ASSERT(call.is_well_formed());
     const bool transposedA = transposes(call.opA), transposedB = transposes(call.opB);
     if constexpr (!isComplex<T>) {
-        const bool mirrored = transposedB && pays_mirrored<Vector>(transposedA, call.m, call.n, call.k);
+        // Two short vectors are one line of a step of B: where they displace each other, few rows are read with each.
+        const bool repeats = Vector::lanes < 16 && call.m > leastRepeated && call.b.ld % directConflict<T> == 0;
+        const bool mirrored = transposedB && !repeats && pays_mirrored<Vector>(transposedA, call.m, call.n, call.k);
         if (!mirrored && pays_shallow<Vector>(call.m, call.n, call.k))
             return gemm_shallow<Vector>(call);
         if (pays_by_dots<Vector>(transposedA, transposedB, call.m, call.n, call.k))
