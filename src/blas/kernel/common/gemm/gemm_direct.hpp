@@ -339,7 +339,7 @@ QRV_INLINE void direct_straight(int m, int n, DirectProduct<T>& p, int k, const 
         const bool far = tileColumns == 8 && static_cast<double>(m) * n > directFar;
         const int columnsAtOnce = p.k > directShallow || m <= Vector::lanes ? n : far ? tileColumns / 2 : tileColumns;
         for (int j = 0, columns; j < n; j += columns) {
-            columns = smaller(columnsAtOnce, n - j);
+            columns = n - j <= larger(columnsAtOnce, tileColumns) ? n - j : columnsAtOnce;
             for (int i = 0; i < m;) {
                 const RowShare<Vector, T> share(m - i);
                 direct_rows<Vector>(share, columns, p, a + i + l * p.aStep, b + l * p.bStep + j * p.bColumn,

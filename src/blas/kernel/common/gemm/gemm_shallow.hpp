@@ -53,7 +53,6 @@ void shallow_strip(const ShallowProduct& p, const float* a, const float* b, floa
     };
     const std::ptrdiff_t bStep = p.bStep, bColumn = p.bColumn, ldc = p.ldc;
     const Vector alpha = Vector::splat(p.alpha), beta = Vector::splat(p.beta);
-    const bool readsC = p.beta != 0;
     // A masked store reaches, without a lane to store, into columns to come. What is loaded there before it does not
     // wait for it.
     const bool masked = Vector::masksStores && 2 * ldc >= vectors * Vector::lanes;
@@ -65,36 +64,44 @@ void shallow_strip(const ShallowProduct& p, const float* a, const float* b, floa
         for (int v = 0; v < vectors; ++v)
             strip[l][v] = alpha * strip[l][v];
     }
-    Vector old[vectors];
-    if (readsC)
-        load(c, old);
-    for (int left = p.n; left > 0; --left, b += bColumn, c += ldc) {
-        Vector sums[vectors];
-        QRV_UNROLL
-        for (int l = 0; l < steps; ++l) {
-            const Vector x = Vector::splat(b[l * bStep]);
+    const auto go_by = [=](auto reads, auto whole) __attribute__((always_inline)) {
+        const float* from = b;
+        float* to = c;
+        Vector old[vectors];
+        if constexpr (reads())
+            load(to, old);
+        for (int left = p.n; left > 0; --left, from += bColumn, to += ldc) {
+            Vector sums[vectors];
             QRV_UNROLL
-            for (int v = 0; v < vectors; ++v)
-                sums[v] = l == 0 ? strip[l][v] * x : multiply_add(strip[l][v], x, sums[v]);
-        }
-        if (readsC) {
+            for (int l = 0; l < steps; ++l) {
+                const Vector x = Vector::splat(from[l * bStep]);
+                QRV_UNROLL
+                for (int v = 0; v < vectors; ++v)
+                    sums[v] = l == 0 ? strip[l][v] * x : multiply_add(strip[l][v], x, sums[v]);
+            }
+            if constexpr (reads()) {
+                QRV_UNROLL
+                for (int v = 0; v < vectors; ++v)
+                    sums[v] = multiply_add(beta, old[v], sums[v]);
+                if (left > 1)
+                    load(to + ldc, old);
+            }
             QRV_UNROLL
-            for (int v = 0; v < vectors; ++v)
-                sums[v] = multiply_add(beta, old[v], sums[v]);
-            if (left > 1)
-                load(c + ldc, old);
+            for (int v = 0; v < vectors - 1; ++v)
+                sums[v].store(to + v * Vector::lanes);
+            float* const last = to + (vectors - 1) * Vector::lanes;
+            if constexpr (whole())
+                sums[vectors - 1].store(last);
+            else if (masked)
+                store_kept(last, sums[vectors - 1], mask);
+            else
+                store_in_pieces(last, sums[vectors - 1], lastRows);
         }
-        QRV_UNROLL
-        for (int v = 0; v < vectors - 1; ++v)
-            sums[v].store(c + v * Vector::lanes);
-        float* const last = c + (vectors - 1) * Vector::lanes;
-        if (lastRows == Vector::lanes)
-            sums[vectors - 1].store(last);
-        else if (masked)
-            store_kept(last, sums[vectors - 1], mask);
-        else
-            store_in_pieces(last, sums[vectors - 1], lastRows);
-    }
+    };
+    if (lastRows == Vector::lanes)
+        p.beta != 0 ? go_by(Lanes<true>(), Lanes<true>()) : go_by(Lanes<false>(), Lanes<true>());
+    else
+        p.beta != 0 ? go_by(Lanes<true>(), Lanes<false>()) : go_by(Lanes<false>(), Lanes<false>());
 }
 
 using ShallowStrip = void(const ShallowProduct& p, const float* a, const float* b, float* c, int lastRows);
