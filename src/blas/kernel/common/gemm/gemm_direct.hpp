@@ -47,7 +47,6 @@ struct DirectTiles;
 // Steps per pass over C: the rows of a tile, so deep, stay in the innermost cache for all of its columns.
 constexpr int directDepth = 256;
 constexpr int directShallow = 64;
-constexpr double directFar = 0x1p15; // floats of such a C
 // Leading dimensions of A, in floats and in multiples of this, that bring its columns into the same few places of the
 // innermost cache; and from how many columns of C on a copy of the tile repays itself.
 template <class T>
@@ -333,13 +332,10 @@ QRV_INLINE void direct_straight(int m, int n, DirectProduct<T>& p, int k, const 
     const int steps = k <= directDepth ? k : even_block(k, directDepth, directUnit); // without a division
     for (int l = 0; l < k; l += p.k, p.beta = scalar<T>(1)) {
         p.k = smaller(k - l, steps);
-        // Down the columns of C if the steps are few, as it is then C that the time goes into: few columns where it is
-        // not in the innermost cache, eight being more than the processor follows.
-        constexpr int tileColumns = DirectTiles<Vector, T>::columns;
-        const bool far = tileColumns == 8 && static_cast<double>(m) * n > directFar;
-        const int columnsAtOnce = p.k > directShallow || m <= Vector::lanes ? n : far ? tileColumns / 2 : tileColumns;
+        // Down the columns of C if the steps are few, as it is then C that the time goes into.
+        const bool down = p.k <= directShallow && m > Vector::lanes;
         for (int j = 0, columns; j < n; j += columns) {
-            columns = n - j <= larger(columnsAtOnce, tileColumns) ? n - j : columnsAtOnce;
+            columns = down ? even_share(n - j, DirectTiles<Vector, T>::columns) : n;
             for (int i = 0; i < m;) {
                 const RowShare<Vector, T> share(m - i);
                 direct_rows<Vector>(share, columns, p, a + i + l * p.aStep, b + l * p.bStep + j * p.bColumn,

@@ -116,8 +116,8 @@ void dot_tile(const DotProduct& p, const float* a, const float* b, float* c, std
     }
     QRV_UNROLL
     for (int j = paired; j < columns; ++j, c += ldc) {
-        const __m128 x = finish(lane_sums(sums[j][0], sums[j][1], sums[j][2], sums[j][3]),
-                                [=] { return load_first<rows>(c).v; });
+        const __m128 x =
+            finish(lane_sums(sums[j][0], sums[j][1], sums[j][2], sums[j][3]), [=] { return load_first<rows>(c).v; });
         store_first<rows>(c, {x}); // whole stores: the next column waits for a masked one
     }
 }
