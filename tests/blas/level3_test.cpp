@@ -71,15 +71,16 @@ TEST(Level3, LargeUpdates) {
 // A large product with a triangle against the same in slices, which go another way. Multiples of 1/8 make both exact,
 // and NaN stays where it belongs.
 TEST_OF_ELEMENTS(Level3, LargeProducts) {
-    constexpr int order = 967, count = 389, slice = 97;
+    constexpr int slice = 97;
     std::mt19937 random(1);
     const T alpha = scalar<T>(-0.5F);
     combine(vector_builds(), "LR", "UL", "NTC", "NU")
         .each([&](const auto& build, char side, char uplo, char trans, char diag) {
-            if (build.form != VectorForm::avx512)
+            if (build.form < (isComplex<T> ? VectorForm::avx512 : VectorForm::avx2))
                 return;
+            const bool widest = build.form == VectorForm::avx512, left = side == 'L';
+            const int order = widest ? 967 : left ? 1500 : 389, count = widest ? 389 : left ? 263 : 1367;
             const auto multiply = routine_for<T>(build.blas_strmm_kernel, build.blas_ctrmm_kernel);
-            const bool left = side == 'L';
             const int m = left ? order : count, n = left ? count : order;
             Operand<T> a({order, order, Form::triangular, uplo, diag}, {5}), b({m, n}, {3});
             a.set([&](int, int) { return eighths<T>(random); });

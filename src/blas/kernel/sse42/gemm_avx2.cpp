@@ -5,6 +5,8 @@
 #include "blas/kernel/common/gemm/gemm_direct.hpp"
 #include "blas/kernel/common/gemm/gemm_wide_complex.hpp"
 #include "blas/kernel/common/gemm/gemm_wide_form.hpp"
+#include "blas/kernel/common/level3/own_kernels.hpp"
+#include "blas/kernel/common/level3/trmm_packed.hpp"
 #include "blas/kernel/gemm_pieces.hpp"
 #include "blas/kernel/sse42/wide.hpp"
 #include "blas/kernel/vec.hpp"
@@ -86,6 +88,13 @@ bool blas_sgemm_triangle(const char* uplo, QRV_GEMM_PARAMETERS(float)) {
 }
 bool blas_cgemm_triangle(const char* uplo, QRV_GEMM_PARAMETERS(SingleComplex)) {
     return sse42::blas_cgemm_triangle(uplo, QRV_GEMM_ARGUMENTS);
+}
+bool blas_strmm_panels(QRV_TRSM_PARAMETERS(float)) {
+    GemmPlan<float> plan;
+    sse42::plan_load_for(VectorForm::avx2, &plan);
+    return TriangleByPlan<Wide>(&plan, side_of(*side), uplo_of(*uplo), op_of(*transa), diag_of(*diag), *m, *n, *alpha,
+                                {a, *lda}, {b, *ldb})
+        .multiply();
 }
 
 } // namespace qrv::kernel::sse42_avx2

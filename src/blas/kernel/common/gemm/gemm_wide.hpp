@@ -276,6 +276,19 @@ QRV_INLINE void update_columns(const TileSums<Shape, T>& tile, int v, int first,
     }
 }
 
+// All columns of a tile.
+template <class Shape, bool Edge, class T>
+QRV_INLINE void store_tile(const TileSums<Shape, T>& tile, const TileOfC<T>& c) {
+    constexpr int quads = Shape::Vector::quads;
+    QRV_UNROLL
+    for (int v = 0; v < Shape::vectors; ++v)
+        QRV_UNROLL
+    for (int first = 0; first < tile.quads; first += quads) {
+        const int full = 4 * smaller(quads, tile.quads - first);
+        update_columns<Shape>(tile, v, first, c, Edge ? smaller(full, c.rows * floatsIn<T> - 4 * first) : full);
+    }
+}
+
 // One register tile: Shape::rows rows (fewer only with Edge) and the first columns of the sliver.
 template <class Shape, bool Edge, class T>
 void multiply_tile(const float* a, std::ptrdiff_t aStride, const float* sliver, int kp, TileOfC<T> c) {
@@ -294,13 +307,7 @@ void multiply_tile(const float* a, std::ptrdiff_t aStride, const float* sliver, 
     const std::ptrdiff_t end = std::ptrdiff_t{kp} * aStep;
     for (std::ptrdiff_t l = 0; l < end; l += aStep, sliver += Shape::sliverStep)
         tile.template add_step<Edge>(panel, l, sliver, mask);
-    QRV_UNROLL
-    for (int v = 0; v < Shape::vectors; ++v)
-        QRV_UNROLL
-    for (int first = 0; first < tile.quads; first += Vector::quads) {
-        const int full = 4 * smaller(Vector::quads, tile.quads - first);
-        update_columns<Shape>(tile, v, first, c, Edge ? smaller(full, c.rows * floatsIn<T> - 4 * first) : full);
-    }
+    store_tile<Shape, Edge>(tile, c);
 }
 
 // ---- The micro-kernel ---------------------------------------------------------------------------------------
@@ -326,64 +333,30 @@ struct MicroCall {
     }
 };
 
-// The rows left over: a tile of just the panels that they need.
+// A tile of so many panels.
 template <class Spread, int Panels, int Vectors, class T>
-void multiply_edge(const MicroCall<T>& call, int i, int j, int columns) {
-    const int rows = call.m - i;
-    if (rows > panelRows * (Panels - 1))
-        multiply_tile<TileShape<Spread, Panels, Vectors>, true>(call.panels(i), call.aStride, call.sliver, call.kp,
-                                                                call.tile(i, j, rows, columns));
-    else if constexpr (Panels > 1)
-        multiply_edge<Spread, Panels - 1, Vectors>(call, i, j, columns);
+void multiply_rows(const MicroCall<T>& call, int panels, int i, int j, int rows, int columns) {
+    using Shape = TileShape<Spread, Panels, Vectors>;
+    if constexpr (Panels > 1)
+        if (panels < Panels)
+            return multiply_rows<Spread, Panels - 1, Vectors>(call, panels, i, j, rows, columns);
+    if (rows == Shape::rows)
+        multiply_tile<Shape, false>(call.panels(i), call.aStride, call.sliver, call.kp, call.tile(i, j, rows, columns));
+    else
+        multiply_tile<Shape, true>(call.panels(i), call.aStride, call.sliver, call.kp, call.tile(i, j, rows, columns));
 }
-
-// Asks for the columns that come next, a share with each tile: B is the one operand that no earlier pass has brought
-// near, and read by columns it gives the processor sixteen short streams to find.
-template <class Shape, class T>
-class NextColumns {
-public:
-    NextColumns(const MicroCall<T>& call, int j) : b_(call.b), j_(j), columns_(smaller(Shape::columns, call.b.n - j)) {
-        const int tiles = (call.m + Shape::rows - 1) / Shape::rows;
-        stepsAtOnce_ = round_up((call.k + tiles - 1) / tiles, line);
-        left_ = columns_ > 0 && call.b.storage != OperandB<T>::Storage::panels ? call.k : 0;
-    }
-    void prefetch_share() {
-        const int end = smaller(step_ + stepsAtOnce_, left_);
-        if (b_.storage == OperandB<T>::Storage::columns) {
-            for (; step_ < end; step_ += line)
-                for (int j = 0; j < columns_; ++j)
-                    __builtin_prefetch(b_.data + step_ * floatsIn<T> + (j_ + j) * b_.ld);
-        } else {
-            for (; step_ < end; ++step_) {
-                const float* row = b_.data + step_ * b_.ld;
-                __builtin_prefetch(row + j_ * floatsIn<T>);
-                __builtin_prefetch(row + (j_ + columns_) * floatsIn<T> - 1);
-            }
-        }
-    }
-
-private:
-    static constexpr int line = 16 / floatsIn<T>; // elements
-    const OperandB<T>& b_;
-    int j_, columns_;
-    int stepsAtOnce_, left_;
-    int step_ = 0;
-};
 
 // All rows of the columns from j on, at most Shape::columns of them.
 template <class Shape, class T>
 void multiply_columns(const MicroCall<T>& call, int j) {
     const int columns = smaller(Shape::columns, call.b.n - j);
     expand<Shape>(call.b, j, call.k, call.kp, call.sliver);
-    NextColumns<Shape, T> next(call, j + columns);
-    int i = 0;
-    for (; i + Shape::rows <= call.m; i += Shape::rows) {
-        next.prefetch_share();
-        multiply_tile<Shape, false>(call.panels(i), call.aStride, call.sliver, call.kp,
-                                    call.tile(i, j, Shape::rows, columns));
+    // The last panels are dealt out evenly: the few sums of a single one would wait for each other.
+    for (int i = 0, rows; i < call.m; i += rows) {
+        const int panels = even_share((call.m - i + panelRows - 1) / panelRows, Shape::panels);
+        rows = smaller(panels * panelRows, call.m - i);
+        multiply_rows<typename Shape::Spread, Shape::panels, Shape::vectors>(call, panels, i, j, rows, columns);
     }
-    if (i < call.m)
-        multiply_edge<typename Shape::Spread, Shape::panels, Shape::vectors>(call, i, j, columns);
 }
 
 // The next columns, by the first shape unless the one after it holds all that are left. Result: how many.

@@ -44,7 +44,7 @@ bool gemm_triangle(Uplo uplo, Op opA, Op opB, int n, int k, T alpha, Matrix<cons
 }
 
 // B := alpha*op(A)*B or alpha*B*op(A) from copies in work memory, for a triangle A; alpha is not 0. False if memory is
-// refused: nothing has been done then. Vectors of 512 bits alone have it.
+// refused: nothing has been done then. Of vectors of 256 bits real elements alone have it, narrower ones none.
 bool blas_strmm_panels(QRV_TRSM_PARAMETERS(float));
 bool blas_ctrmm_panels(QRV_TRSM_PARAMETERS(SingleComplex));
 template <class T>

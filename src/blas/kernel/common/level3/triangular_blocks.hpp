@@ -12,7 +12,7 @@
 // little of a strip, are vectors to level 2.
 //
 //   memory     a tile on the stack, 34 KB at most, work memory for copies of coefficients (none if it is refused), and
-//              what GEMM takes, or trmm_panels.hpp
+//              what GEMM takes, or trmm_panels.hpp, trmm_packed.hpp
 //   reads      the triangle that is named; its diagonal unless it is taken to be 1; A and B not at all for alpha = 0
 #pragma once
 
@@ -239,7 +239,7 @@ void triangular(Side side, Uplo uplo, Op op, Diag diag, int m, int n, T alpha, M
     if (m == 0 || n == 0)
         return;
     const bool left = side == Side::left;
-    if constexpr (Operation::byPanels)
+    if constexpr (Operation::template byPanels<T>)
         if (alpha != scalar<T>(0) && (left ? m : n) >= Operation::panelsOrder &&
             (left ? n : m) >= Operation::panelsCount && trmm_panels(side, uplo, op, diag, m, n, alpha, a, b))
             return;

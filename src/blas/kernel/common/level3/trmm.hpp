@@ -11,9 +11,11 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 struct Multiply {
     static constexpr Action action = Action::multiply;
 
-    // So many unknowns and right-hand sides at least go by panels (see trmm_panels.hpp), of the widest vectors.
-    static constexpr bool byPanels = Vec::lanes == 16;
-    static constexpr int panelsOrder = 960, panelsCount = 384;
+    // So many unknowns and right-hand sides at least go by panels: with 512 bits see trmm_panels.hpp, with 256 real
+    // ones trmm_packed.hpp.
+    template <class T>
+    static constexpr bool byPanels = Vec::lanes == 16 || isWide<T>;
+    static constexpr int panelsOrder = Vec::lanes == 16 ? 960 : 384, panelsCount = Vec::lanes == 16 ? 384 : 256;
 
     // Blocks for the GEMM that follows each, chunks for what stays in the cache meanwhile.
     template <class T>

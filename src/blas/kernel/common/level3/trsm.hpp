@@ -10,6 +10,7 @@ namespace qrv::kernel::QRV_KERNEL_BUILD {
 struct Solve {
     static constexpr Action action = Action::solve;
 
+    template <class T>
     static constexpr bool byPanels = false;
 
     // Blocks for the GEMM that follows each, chunks for what stays in the cache meanwhile.

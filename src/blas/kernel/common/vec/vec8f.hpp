@@ -42,6 +42,12 @@ struct Vec8f {
             : bits(_mm256_castsi256_ps(_mm256_cmpgt_epi32(
                   _mm256_set1_epi32(count), _mm256_and_si256(_mm256_set1_epi32(group - 1), lane_numbers())))) {}
         static Mask first(int count) { return {lanes, count}; }
+        // In each group the lanes from `count` on.
+        static Mask from(int group, int count) {
+            Mask mask(group, count);
+            mask.bits = _mm256_xor_ps(mask.bits, _mm256_castsi256_ps(_mm256_set1_epi32(-1)));
+            return mask;
+        }
     };
     Vec8f kept(Mask mask) const { return {_mm256_and_ps(mask.bits, v)}; }
 
