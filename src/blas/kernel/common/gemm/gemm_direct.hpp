@@ -10,7 +10,7 @@
 //              an element of B, summed apart; the end combines the sums and settles all conjugations by signs
 //   few steps  of real elements, see gemm_shallow.hpp
 //   few rows, or few columns, and many steps  of real elements, see gemm_dots.hpp
-//   few rows and B transposed  of real elements: tiles of C' by vectors of columns of C, transposed on the way to it
+//   few rows  of real elements: tiles of C' by vectors of columns of C, transposed on the way to it
 //   alignment  none assumed
 //   reads      nothing past the operands; C only if beta is not 0
 //   m, n, k    positive; alpha = 0 and k = 0 are the caller's
@@ -386,8 +386,8 @@ QRV_INLINE void direct_tiles(const GemmCall<T>& call) {
         direct_straight<Vector>(rows, call.n, p, call.k, aFloats, bFloats, cFloats);
 }
 
-// Few rows would leave most of a vector empty, where B transposed has vectors of columns: C' = B*op(A)' is summed, and
-// the sums of a tile come home to C by columns, four or eight rows of each.
+// Few rows would leave most of a vector empty, where B transposed has vectors of columns: C' = op(B)'*op(A)' is summed,
+// and the sums of a tile come home to C by columns, four or eight rows of each. B as it lies is transposed first.
 
 // Rows of C in a tile of so many vectors of columns, at most.
 template <class Vector>
@@ -505,38 +505,48 @@ constexpr int rows_apart(int m, int n, int k) {
 }
 
 // It pays where fewer vectors are added to, those that are not full counted as such. A C of more than half a vector of
-// rows is worth less: as if it had a row more, and some steps more for the way home. A transposed is brought together
-// otherwise, which counts as columns, and rows apart count for more than their vectors. From so many steps on it may
-// pay where all of them would wait in registers.
+// rows is worth less: as if it had a row more, and some steps more for the way home. To bring A transposed together
+// counts as columns, B as it lies as rows, for which there have to be some steps, and rows apart for more than their
+// vectors. Of A as it lies many rows fill vectors. From so many steps on it may pay where all of them would wait in
+// registers.
 constexpr int mostMirroredRows = 40, mirroredSteps = 6, leastRepeated = 12;
 template <class Vector>
-constexpr bool pays_mirrored(bool transposedA, int m, int n, int k) {
+constexpr bool pays_mirrored(bool transposedA, bool transposedB, int m, int n, int k) {
     constexpr int lanes = Vector::lanes, quarter = lanes / 4;
-    if (m > mostMirroredRows || k < 2 || ((lanes < 16 || k < mirroredSteps) && pays_shallow<Vector>(m, n, k)))
+    if ((m > mostMirroredRows && !transposedA) || k < (transposedB ? 2 : 128 / lanes) ||
+        ((lanes < 16 || k < mirroredSteps) && pays_shallow<Vector>(m, n, k)))
         return false;
     const bool low = m <= lanes / 2;
     const int rest = rows_apart<Vector>(m, n, k), rowVectors = (m - rest + lanes - 1) / lanes;
     const std::int64_t columnVectors = (n + lanes - 1) / lanes, columns = std::int64_t{n} + (transposedA ? quarter : 0);
-    const std::int64_t vectors = columnVectors * (low ? m : m + 1);
+    const std::int64_t vectors = columnVectors * ((low ? m : m + 1) + (transposedB ? 0 : 2 * quarter));
     return vectors * (k + (low ? 0 : quarter)) <= (rowVectors * columns + rest * columnVectors * quarter) * k;
 }
-template <class Vector>
+template <class Vector, bool gathers>
 [[gnu::noinline]] void direct_mirrored(GemmCall<float> call) {
     DirectProduct<float> p =
         direct_product(GemmCall<float>{Op::none, call.opA == Op::none ? Op::transpose : Op::none, call.n, call.m,
                                        call.k, call.alpha, call.b, call.a, call.beta, call.c});
-    const int steps = call.k <= directDepth ? call.k : even_block(call.k, directDepth, directUnit);
+    constexpr int depth = gathers ? directBuffer / (DirectTiles<Vector, float>::vectors * Vector::lanes) : directDepth;
+    alignas(gathers ? 64 : 4) float buffer[gathers ? directBuffer : 1];
+    const std::ptrdiff_t ldb = call.b.ld;
+    const int steps = call.k <= depth ? call.k : even_block(call.k, depth, directUnit);
     for (int l = 0; l < call.k; l += p.k, p.beta = 1) {
         p.k = smaller(call.k - l, steps);
         for (int j = 0; j < call.n;) {
             const RowShare<Vector, float> share(call.n - j);
+            const float* columns = call.b.data + (gathers ? l + j * ldb : j + l * ldb);
+            if constexpr (gathers) {
+                transpose_tile<Vector, float>(share.rows, share.vectors, p.k, columns, ldb, buffer);
+                columns = buffer;
+                p.aStep = share.vectors * Vector::lanes;
+            }
             const int most = mirrored_rows<Vector>(share.vectors);
             const bool fewSteps = p.k < leastApart;
             for (int i = 0, rows; i < call.m; i += rows) {
                 rows = mirrored_share(call.m - i, most, fewSteps);
                 mirroredTiles<Vector>.tile[fewSteps ? 0 : 1][share.vectors - 1][rows - 1](
-                    p, call.b.data + j + l * p.aStep, call.a.data + i * p.bColumn + l * p.bStep, &call.c(i, j),
-                    share.last_rows());
+                    p, columns, call.a.data + i * p.bColumn + l * p.bStep, &call.c(i, j), share.last_rows());
             }
             j += share.rows;
         }
@@ -546,7 +556,7 @@ template <class Vector>
 // Whether few rows have a way of their own.
 template <class Vector>
 constexpr bool pays_apart(bool transposedA, bool transposedB, int m, int n, int k) {
-    return transposedB ? n >= Vector::lanes && pays_mirrored<Vector>(transposedA, m, n, k)
+    return transposedB ? n >= Vector::lanes && pays_mirrored<Vector>(transposedA, true, m, n, k)
                        : pays_by_dots<Vector>(transposedA, transposedB, m, n, k);
 }
 
@@ -561,7 +571,7 @@ template <class Vector>
     last.a.data = call.view_of_a().at(call.m, 0);
     last.c = call.c.block(call.m, 0);
     direct_tiles<Vector>(call);
-    dots ? gemm_by_dots<Vector>(last) : direct_mirrored<Vector>(last);
+    dots ? gemm_by_dots<Vector>(last) : direct_mirrored<Vector, false>(last);
 }
 // A product of few elements is one tile, and to look for it takes longer than to compute it.
 constexpr int fewSteps = 32;
@@ -593,13 +603,13 @@ QRV_INLINE void gemm_direct(const GemmCall<T>& call) {
     if constexpr (!isComplex<T>) {
         // Two short vectors are one line of a step of B: where they displace each other, few rows are read with each.
         const bool repeats = Vector::lanes < 16 && call.m > leastRepeated && call.b.ld % directConflict<T> == 0;
-        const bool mirrored = transposedB && !repeats && pays_mirrored<Vector>(transposedA, call.m, call.n, call.k);
+        const bool mirrored = !repeats && pays_mirrored<Vector>(transposedA, transposedB, call.m, call.n, call.k);
         if (!mirrored && pays_shallow<Vector>(call.m, call.n, call.k))
             return gemm_shallow<Vector>(call);
         if (pays_by_dots<Vector>(transposedA, transposedB, call.m, call.n, call.k))
             return gemm_by_dots<Vector>(call);
         if (mirrored)
-            return direct_mirrored<Vector>(call);
+            return transposedB ? direct_mirrored<Vector, false>(call) : direct_mirrored<Vector, true>(call);
         const int rest = rows_apart<Vector>(call.m, call.n, call.k);
         if (rest > 0 && pays_apart<Vector>(transposedA, transposedB, rest, call.n, call.k))
             return direct_rows_apart<Vector>(call);

@@ -122,9 +122,7 @@ struct ShallowStrips {
 template <class Vector>
 constexpr ShallowStrips<Vector> shallowStrips;
 
-// Columns for each step that repay the way of a strip into the registers, one more; rows that a vector of them repays.
-template <class Vector>
-constexpr int columnsForStep = Vector::lanes == 16 ? 1 : 2;
+// Rows that a vector of them repays. Columns that repay the way of a strip into the registers are more than its steps.
 constexpr int leastShallowRows = 9;
 // Elements of C that leave the outer cache, and a leading dimension in multiples of which its columns displace each
 // other in the innermost one: all rows of a few columns at a time then. Short vectors leave a C both large and wide to
@@ -134,7 +132,7 @@ constexpr int shallowConflict = 1024;
 constexpr int fewShallowColumns = 16;
 template <class Vector>
 constexpr bool pays_shallow(int m, int n, int k) {
-    return k <= most_shallow_steps<Vector>() && m >= leastShallowRows && n > k * columnsForStep<Vector> &&
+    return k <= most_shallow_steps<Vector>() && m >= leastShallowRows && n > k &&
            (Vector::lanes == 16 || n <= 64 || static_cast<double>(m) * n <= shallowFar / 2);
 }
 template <class Vector>
