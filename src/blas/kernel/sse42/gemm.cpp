@@ -18,6 +18,7 @@ struct DirectRange {
     double conflicting;           // the same where columns of A displace each other in the innermost cache
     double transposed;            // A transposed: its tiles are transposed on the way, again for each group of columns
     int fewRows = 0;              // a C this low uses an element of B so seldom that packing and expanding it cost most
+    int fewRowsTransposed = 0;    // the same if A is transposed, where it is more
     double low = 0;               // limit for such a C
     double lowByRows = 0;         // the same if B is transposed and long walks along its rows thrash the address cache
     int fewColumns = 0;           // a C this narrow uses packed A too seldom, if A is not transposed
@@ -49,11 +50,12 @@ constexpr DirectRange directRanges[] = {
      .conflicting = 0x1p22,
      .transposed = 0x1p19,
      .fewRows = 32,
+     .fewRowsTransposed = 64,
      .low = 0x1p27,
      .lowByRows = 0x1p26,
      .fewColumns = 32,
      .narrow = 0x1p26,
-     .fewColumnsTransposed = 12,
+     .fewColumnsTransposed = 32,
      .narrowTransposed = 0x1p26},
 };
 template <>
@@ -129,7 +131,8 @@ bool goes_direct(VectorForm form, const GemmShape& p) {
     if (work <= (p.transposedA   ? range.transposed
                  : p.conflicting ? range.conflicting
                                  : range.plain) ||
-        (p.m <= range.fewRows && work <= (p.transposedB ? range.lowByRows : range.low)))
+        (p.m <= (p.transposedA ? larger(range.fewRows, range.fewRowsTransposed) : range.fewRows) &&
+         work <= (p.transposedB ? range.lowByRows : range.low)))
         return true;
     return p.transposedA ? p.n <= range.fewColumnsTransposed && work <= range.narrowTransposed
                          : !p.conflicting && p.n <= range.fewColumns && work <= range.narrow;
