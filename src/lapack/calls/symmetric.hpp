@@ -179,7 +179,7 @@ void sytrd(Uplo uplo, int n, Matrix<float> a, float* d, float* e, float* tau, fl
 
 // The first nb columns of a lower triangle, or the last ones of an upper one, and in w, n x nb, what the rest is to be
 // updated with. The elements beside the diagonal are in e, and 1 in their places.
-void latrd(Uplo uplo, int n, int nb, Matrix<float> a, float* e, float* tau, Matrix<float> w);
+void latrd(int threads, Uplo uplo, int n, int nb, Matrix<float> a, float* e, float* tau, Matrix<float> w);
 
 // C := op(Q) C or C op(Q), C of m x n, with the Q of sytrd. work: n elements on the left, m on the right, ormtr_work
 // for full speed.

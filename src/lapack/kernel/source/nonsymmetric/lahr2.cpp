@@ -81,7 +81,6 @@ void finish_y(const Panel& p) {
 
 } // namespace
 
-// Two threads took 0.9 of the time of one for a whole reduction of order 300, 0.73 for 500.
 int lahr2_threads(int n, int k) {
     constexpr double leastElements = 30000; // of A, for each thread
     return threads_for_shares(static_cast<double>(n - k) * (n - k) / leastElements, ThisMachine());

@@ -13,7 +13,6 @@
 #include "lapack/calls/symmetric.hpp"
 #include "lapack/kernel/source/symmetric/sytrd.hpp"
 #include "lapack/workspace.hpp"
-#include "qrv/service.h"
 #include "service/tuning.hpp"
 
 namespace qrv::lapack {
@@ -98,17 +97,19 @@ void reduce_lower(int n, int nb, Matrix<float> a, float* e, float* tau, Matrix<f
 
 } // namespace
 
-void latrd(Uplo uplo, int n, int nb, Matrix<float> a, float* e, float* tau, Matrix<float> w) {
+void latrd(int threads, Uplo uplo, int n, int nb, Matrix<float> a, float* e, float* tau, Matrix<float> w) {
     if (n <= 0)
         return;
-    const int budget = n <= tuning::crossover("SLATRD", n) ? std::max(1, qrv_serv_get_max_threads()) : 1;
-    const WorkArea<float> results(nullptr, 0, budget > 1 ? std::int64_t{n} * budget : 0);
-    const PanelPlan plan = tuning::value(19, "SLATRD", "", {n, budget}) == 0 ? PanelPlan::productAlone : PanelPlan::all;
+    if (n > tuning::crossover("SLATRD", n))
+        threads = 1;
+    const WorkArea<float> results(nullptr, 0, threads > 1 ? std::int64_t{n} * threads : 0);
+    const PanelPlan plan =
+        tuning::value(19, "SLATRD", "", {n, threads}) == 0 ? PanelPlan::productAlone : PanelPlan::all;
     const auto reduce = [&](KeptTeam* team) {
         (uplo == Uplo::upper ? reduce_upper : reduce_lower)(n, nb, a, e, tau, w, {team, plan, {results.data(), n}});
     };
     if (results.data())
-        KeptTeam::form(budget, [&](KeptTeam& team) { reduce(&team); });
+        KeptTeam::form(threads, [&](KeptTeam& team) { reduce(&team); });
     else
         reduce(nullptr);
 }

@@ -19,8 +19,9 @@ namespace qrv::lapack {
 namespace {
 
 // Orders from which a team pays where wide vectors run: two threads took 0.85 of the time of one for n = 250, 0.77 for
-// n = 500 and 0.58 for n = 1000. Panels are as for one thread then: with those of teams it was 0.87, 0.79 and 0.60.
-constexpr int wideTeamOrder = 250;
+// n = 500 and 0.58 for n = 1000, but 1.8, 1.5 and 0.86 as long as their cores were far from each other. Panels are as
+// for one thread then: with those of teams it was 0.79 for n = 500 and 0.60 for n = 1000.
+constexpr int wideTeamOrder = 450;
 
 int sytrd_threads(int n) {
     const bool wide = vector_form_in_use() != VectorForm::sse;
@@ -63,7 +64,7 @@ void sytrd_in_panels(int threads, const Panels& panels, int tail, Uplo uplo, int
     for (; done < n - panels.rest; done += nb) {
         const int left = n - done, order = left - nb;
         if (uplo == Uplo::upper) {
-            latrd(uplo, left, nb, a, e, tau, w);
+            latrd(threads, uplo, left, nb, a, e, tau, w);
             update(order, a.block(0, order), w, a);
             for (int j = order; j < left; ++j) {
                 if (j > 0)
@@ -71,7 +72,7 @@ void sytrd_in_panels(int threads, const Panels& panels, int tail, Uplo uplo, int
                 d[j] = a(j, j);
             }
         } else {
-            latrd(uplo, left, nb, a.block(done, done), e + done, tau + done, w);
+            latrd(threads, uplo, left, nb, a.block(done, done), e + done, tau + done, w);
             update(order, a.block(done + nb, done), w.block(nb, 0), a.block(done + nb, done + nb));
             for (int j = done; j < done + nb; ++j) {
                 if (j < n - 1)
