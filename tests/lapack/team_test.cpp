@@ -59,6 +59,23 @@ TEST_F(TeamsOnBusyCores, ATeamThatTakesTasksIsNotFormedAgain) {
     EXPECT_FALSE(calls_come_from_a_region());
 }
 
+TEST_F(TeamsOnBusyCores, ATeamThatIsKeptIsLeftWhereItWasWaitedFor) {
+    int noted = 0, left = 0;
+    for (int tries = 0; tries < 12; ++tries) {
+        aloneUntil = 0;
+        KeptTeam::form(2, [&](KeptTeam& team) {
+            team.run([](int, int thread) { std::this_thread::sleep_for(std::chrono::milliseconds(5 * thread)); });
+            std::atomic<int> others = 0;
+            const int isNoted = aloneUntil > 0;
+            team.run([&](int, int) { others += omp_get_thread_num(); });
+            noted += isNoted;
+            left += isNoted && others == 0;
+        });
+    }
+    EXPECT_GT(noted, 6);
+    EXPECT_EQ(left, noted);
+}
+
 // A band of 80 columns with 10 diagonals on each side.
 Operand<float> factored_band(int team) {
     Operand<float> f(qr_matrix<float>(31, 80));

@@ -1,9 +1,8 @@
 // A team for many short steps between which its caller works alone: formed once, for all of them.
 //
 // A region a step costs 0.4 us to form and end, and 0.2 us for each barrier in it; a step of a team that is kept 0.1
-// us, and as much for a barrier. Meanwhile threads that wait ask again and again, so the caller's work between two
-// steps is to be as short as the steps. Where cores
-// are far from each other all of these take three times as long.
+// us, and as much for a barrier; all three times as much where cores are far from each other. Meanwhile threads that
+// wait ask again and again, so the caller's work between two steps is to be as short as the steps.
 #pragma once
 
 #include <algorithm>
