@@ -137,19 +137,6 @@ void multiply_tile(int kp, const float* a, std::ptrdiff_t aStride, const float* 
     edge.add_to(c.block(2 * tileRows, 0), aligned);
 }
 
-// A last panel alone. With four columns it stays out of line: beside the loop over pairs it took 1.05 to 1.3 of the
-// time of products of 20 rows.
-template <int columns>
-void multiply_last_panel(int kp, const float* a, std::ptrdiff_t aStride, const float* sliver, Matrix<float> c,
-                         bool aligned) {
-    multiply_tile<tileRows, 0, 0, columns>(kp, a, aStride, sliver, c, aligned);
-}
-template <>
-[[gnu::noinline]] inline void multiply_last_panel<4>(int kp, const float* a, std::ptrdiff_t aStride,
-                                                     const float* sliver, Matrix<float> c, bool aligned) {
-    multiply_tile<tileRows, 0, 0, 4>(kp, a, aStride, sliver, c, aligned);
-}
-
 // All rows of the block times one sliver.
 template <int columns>
 void multiply_column_group(int m, int kp, const float* a, std::ptrdiff_t aStride, const float* sliver, Matrix<float> c,
@@ -180,7 +167,7 @@ void multiply_column_group(int m, int kp, const float* a, std::ptrdiff_t aStride
     case 5:
         return multiply(full, Lanes<1>(), none);
     case 4:
-        return multiply_last_panel<columns>(kp, a, aStride, sliver, c, aligned);
+        return multiply(full, none, none);
     case 3:
         return multiply(Lanes<3>(), none, none);
     case 2:
