@@ -65,7 +65,7 @@ TEST(Level3, Lengths) {
 // Triangles in panels, of one block of rows and of two, the tail of each of its own; one step beyond a block.
 TEST(Level3, LargeUpdates) {
     check_all({{660, 250, 7, 0, true}, {1285, 512, 11, 0, true}}, VectorForm::avx512);
-    check_all({{1541, 20, 7, 0, true}});
+    check_all({{1541, 33, 7, 0, true}});
 }
 
 // A large product with a triangle against the same in slices, which go another way. Multiples of 1/8 make both exact,

@@ -37,8 +37,9 @@ enum class GemmMode : int {
     givenBoth = 64,     // both packed by the caller, k one block
 };
 
-// Whether the micro-kernel's B is packed (ldb is then its panel stride) or the caller's matrix.
-enum class MicroForm : int { packedB = 2, directB = 3 };
+// Whether the micro-kernel's B is packed (ldb is then its panel stride) or the caller's matrix; expandedB: that of the
+// call before, at most sliverColumns of the plan, and just as deep.
+enum class MicroForm : int { packedB = 2, directB = 3, expandedB = 4 };
 
 template <class T>
 struct GemmPlan {
@@ -70,6 +71,7 @@ struct GemmPlan {
     Micro* micro;
     GemmBuffer<T> sliver; // the expanded columns of B of one pass over the row panels
     bool microScalesC;    // whether micro applies beta; if not, C is scaled beforehand
+    int sliverColumns;    // those that the sliver still holds after a call with no more; 0: none
 };
 
 } // namespace qrv

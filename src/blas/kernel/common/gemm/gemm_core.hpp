@@ -177,6 +177,7 @@ void fill_plan(const GemmPlanRow<T>& row, GemmPlan<T>* plan) {
     plan->smallFactor = row.smallFactor;
     plan->micro = row.micro;
     plan->microScalesC = false;
+    plan->sliverColumns = 0;
 }
 
 template <class T>
@@ -345,9 +346,9 @@ int blocked(GemmCall<T> call, GemmMode mode, GemmPlan<T>* plan) {
 
 // ---- A triangle of C -------------------------------------------------------------------------------------------
 
-// Columns that are computed at once where they cross the diagonal, in whole panels: what lies in the other triangle is
-// in vain.
-constexpr int crossing = 8;
+// Columns that are computed at once where they cross the diagonal, in whole panels, at most: what lies in the other
+// triangle is in vain.
+constexpr int crossingMost = 8;
 
 // C := C + alpha*op(A)*op(B) in a triangle of a square C with its diagonal; buffers are there. A block of rows takes
 // the columns beside its diagonal block at once, those across it a few at a time: the rows that are in the triangle
@@ -359,6 +360,7 @@ void multiply_triangle(Uplo uplo, const GemmCall<T>& p, const GemmPlan<T>& plan)
     const int lda = static_cast<int>(p.a.ld), ldb = static_cast<int>(p.b.ld);
     const T one = scalar<T>(1);
     const bool upper = uplo == Uplo::upper;
+    const int crossing = plan.sliverColumns > 0 ? smaller(plan.sliverColumns, crossingMost) : crossingMost;
     QRV_ASSERT(crossing % plan.mUnit == 0 && plan.mb % plan.mUnit == 0);
     for (int l = 0, kc; l < p.k; l += kc) {
         kc = smaller(plan.kb, p.k - l);
@@ -366,13 +368,14 @@ void multiply_triangle(Uplo uplo, const GemmCall<T>& p, const GemmPlan<T>& plan)
             mc = smaller(plan.mb, p.m - i);
             copy_a(plan, p.opA)(&mc, &kc, viewA.at(i, l), &lda, plan.aBuffer.data, &plan.aBuffer.stride, &p.alpha);
             // Rows of the block and columns of C, into `out`.
-            const auto multiply = [&](int row, int rows, int column, int columns, Matrix<T> out) {
+            const auto multiply = [&](int row, int rows, int column, int columns, Matrix<T> out,
+                                      MicroForm form = MicroForm::directB) {
                 if (rows <= 0 || columns <= 0)
                     return;
                 const T* a = plan.aBuffer.data + row / plan.mUnit * std::ptrdiff_t{plan.aBuffer.stride};
                 const int ldo = static_cast<int>(out.ld);
                 plan.micro(&transa, &transb, &rows, &columns, &kc, &p.alpha, a, &plan.aBuffer.stride,
-                           viewB.at(l, column), &ldb, &one, out.data, &ldo, plan.sliver.data, MicroForm::directB);
+                           viewB.at(l, column), &ldb, &one, out.data, &ldo, plan.sliver.data, form);
             };
             if (upper)
                 multiply(0, mc, i + mc, p.n - i - mc, p.c.block(i, i + mc));
@@ -385,8 +388,10 @@ void multiply_triangle(Uplo uplo, const GemmCall<T>& p, const GemmPlan<T>& plan)
                     multiply(0, row, column, width, p.c.block(i, column));
                 else
                     multiply(next, mc - next, column, width, p.c.block(i + next, column));
-                alignas(64) T buffer[crossing * crossing] = {};
-                multiply(row, width, column, width, {buffer, crossing});
+                const bool expanded = plan.sliverColumns > 0 && (upper ? row : mc - next) > 0;
+                alignas(64) T buffer[crossingMost * crossingMost] = {};
+                multiply(row, width, column, width, {buffer, crossing},
+                         expanded ? MicroForm::expandedB : MicroForm::directB);
                 for (int j = 0; j < width; ++j)
                     for (int r = upper ? 0 : j, end = upper ? j + 1 : width; r < end; ++r)
                         p.c(column + r, column + j) = p.c(column + r, column + j) + buffer[r + j * crossing];

@@ -325,6 +325,7 @@ struct MicroCall {
     std::ptrdiff_t ldc;
     T beta;
     float* sliver;
+    bool expanded = false; // whether the sliver holds the columns, one group of them, already
 
     // The panels from row i on, and the tile of C that they update.
     const float* panels(int i) const { return a + i / panelRows * aStride; }
@@ -350,7 +351,8 @@ void multiply_rows(const MicroCall<T>& call, int panels, int i, int j, int rows,
 template <class Shape, class T>
 void multiply_columns(const MicroCall<T>& call, int j) {
     const int columns = smaller(Shape::columns, call.b.n - j);
-    expand<Shape>(call.b, j, call.k, call.kp, call.sliver);
+    if (!call.expanded)
+        expand<Shape>(call.b, j, call.k, call.kp, call.sliver);
     // The last panels are dealt out evenly: the few sums of a single one would wait for each other.
     for (int i = 0, rows; i < call.m; i += rows) {
         const int panels = even_share((call.m - i + panelRows - 1) / panelRows, Shape::panels);
@@ -390,7 +392,8 @@ void wide_micro(const char*, const char* transb, const int* m, const int* n, con
                             reinterpret_cast<float*>(c),
                             *ldc * element,
                             *beta,
-                            reinterpret_cast<float*>(sliver)};
+                            reinterpret_cast<float*>(sliver),
+                            form == MicroForm::expandedB};
     for (int j = 0; j < *n;)
         j += multiply_next<T, Shapes...>(call, j);
 }

@@ -20,6 +20,7 @@ void use_wide_form(GemmPlan<T>* plan) {
     plan->micro = wide_micro<T, Shapes...>;
     ((plan->smallFactor = larger(plan->smallFactor, (Shapes::sliverStep + columnFloats - 1) / columnFloats)), ...);
     plan->microScalesC = true;
+    ((plan->sliverColumns = larger(plan->sliverColumns, Shapes::columns)), ...);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

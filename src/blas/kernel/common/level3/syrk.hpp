@@ -64,14 +64,14 @@ constexpr RankUpdateRow rankUpdateRow<float, 8>{.plain = unlimited,
                                                 .leaf = 16,
                                                 .order = 512,
                                                 .depth = 128,
-                                                .panels = {{{512}, {128}}, {{1024}, {}}}};
+                                                .panels = {{{256, 32}, {72, 64}}, {{512, 64}, {256, 64}}}};
 template <>
 constexpr RankUpdateRow rankUpdateRow<SingleComplex, 8>{.plain = unlimited,
                                                         .transposed = unlimited,
                                                         .leaf = 8,
                                                         .order = 512,
                                                         .depth = 128,
-                                                        .panels = {{{256}, {128}}, {{512}, {}}}};
+                                                        .panels = {{{128, 32}, {80, 32}}, {{512, 64}, {288, 64}}}};
 template <>
 constexpr RankUpdateRow rankUpdateRow<float, 16>{.plain = unlimited,
                                                  .transposed = unlimited,
