@@ -128,12 +128,14 @@ bool same_bits(const T& x, const T& y) {
     return std::memcmp(&x, &y, sizeof x) == 0;
 }
 
-// A scalar of a test case as an element: 0 and 1 are themselves, others have an imaginary part too.
+// A scalar of a test case as an element: 0 and 1 are themselves, other complex ones have an imaginary part, of which
+// two look like 1 and 0 to who asks for the real part alone.
 template <class T>
 T scalar_of(float x) {
-    T value = scalar<T>(x);
-    set_imaginary(value, x == 0 || x == 1 ? 0 : 0.25F - 0.5F * x);
-    return value;
+    if constexpr (isComplex<T>)
+        if (x != 0 && x != 1)
+            return {x == 0.5F ? 1 : x == -2 ? 0 : x, 0.25F + 0.5F * x};
+    return scalar<T>(x);
 }
 
 // Multiples of 1/8 from -1 to 1: few of them multiply and add without rounding, so that any fault shows.
