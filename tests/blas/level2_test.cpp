@@ -222,6 +222,31 @@ TEST(Level2, TrianglesSkipZeros) {
     });
 }
 
+// An infinite unknown reaches the rows of its column of op(A), and no other.
+TEST(Level2, InfinityStaysInItsColumn) {
+    each_routine(true, []<class T>(const Routine<T>& routine) {
+        if (!routine.operation.triangular())
+            return;
+        for (const int n : {4, 11, 70})
+            for (const char uplo : {'U', 'L'})
+                for (const char trans : {'N', 'T'})
+                    for (const int place : {0, 1, 2, n / 2, n - 1}) {
+                        Problem<T> problem(routine.operation, {.uplo = uplo, .trans = trans, .n = n, .k = n - 1});
+                        problem.a.set([](int, int) { return scalar<T>(1); });
+                        problem.before.set([&](int i, int) { return scalar<T>(i == place ? infinity : 0); });
+                        const bool above = (uplo == 'U') == (trans == 'N');
+                        for (const VectorBuild& build : vector_builds()) {
+                            const auto x = problem.result([&](const Call<T>& v) { routine.kernel(build, v); });
+                            EXPECT_EQ(x.count_bad([&](int i, int, T xi) {
+                                return (above ? i <= place : i >= place) ? !is_finite(xi) : xi == T{};
+                            }),
+                                      0)
+                                << build.name << ' ' << routine.name << ' ' << problem.p << " at " << place;
+                        }
+                    }
+    });
+}
+
 // A column without rows has the dot product 0, and alpha times that is added.
 TEST(Level2, EmptyColumnsOfABand) {
     const int m = 1, n = 3, unit = 1, none = 0;
@@ -242,7 +267,16 @@ TEST(Level2, DiagonalOfAnySize) {
         build.blas_strsv_kernel("U", "N", "N", &n, &a, &n, &x, &unit);
         EXPECT_EQ(x, 512) << build;
         const auto quotient = [&](SingleComplex z, SingleComplex pivot) {
+            const int four = 4;
+            SingleComplex a4[16] = {}, x4[4] = {z, z, z, z};
+            for (int i = 0; i < 16; i += 5)
+                a4[i] = pivot;
+            build.blas_ctrsv_kernel("L", "N", "N", &four, a4, &four, x4, &unit);
             build.blas_ctrsv_kernel("L", "T", "N", &n, &pivot, &n, &z, &unit);
+            for (const SingleComplex& together : x4)
+                EXPECT_TRUE(has_nan(z) ? has_nan(together)
+                                       : std::abs(together.re - z.re) + std::abs(together.im - z.im) < 1e-6F)
+                    << build << ' ' << pivot.re;
             return z;
         };
         for (const auto& [size, exact] :
