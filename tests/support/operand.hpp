@@ -134,7 +134,7 @@ template <class T>
 T scalar_of(float x) {
     if constexpr (isComplex<T>)
         if (x != 0 && x != 1)
-            return {x == 0.5F ? 1 : x == -2 ? 0 : x, 0.25F + 0.5F * x};
+            return {x == 0.5F ? 1 : std::max(x, 0.0F), 0.25F + 0.5F * x};
     return scalar<T>(x);
 }
 
