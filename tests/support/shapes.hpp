@@ -26,7 +26,7 @@ public:
     // Scalars, layouts and letter case of a shape. `large` ones come too rarely to be spent on leaving products out.
     Shape vary(Shape p, bool large = false) {
         p.alpha = large ? pick({1.0F, -0.75F, 2.0F}) : pick({1.0F, -0.75F, 2.0F, 1.0F, 0.5F, 0.0F});
-        p.beta = large ? pick({1.0F, 0.0F, 0.5F}) : pick({1.0F, 0.0F, 0.5F, -2.0F, 0.0F, 1.0F, 0.5F, nan});
+        p.beta = large ? pick({1.0F, 0.0F, 0.5F, -2.0F}) : pick({1.0F, 0.0F, 0.5F, -2.0F, 0.0F, 1.0F, 0.5F, nan});
         p.incx = pick({1, -2, 1, 3, -1});
         p.incy = pick({1, -2, 1, 3, -1});
         p.a = layout(), p.b = layout(), p.c = layout();
