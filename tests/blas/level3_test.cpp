@@ -82,7 +82,8 @@ TEST_OF_ELEMENTS(Level3, LargeProducts) {
             const int order = widest ? 967 : left ? 1500 : 389, count = widest ? 389 : left ? 263 : 1367;
             const auto multiply = routine_for<T>(build.blas_strmm_kernel, build.blas_ctrmm_kernel);
             const int m = left ? order : count, n = left ? count : order;
-            Operand<T> a({order, order, Form::triangular, uplo, diag}, {5}), b({m, n}, {3});
+            const Guard guard = trans == 'N' ? Guard::pageBehind : Guard::pageInFront;
+            Operand<T> a({order, order, Form::triangular, uplo, diag}, {5, 0, guard}), b({m, n}, {3, 0, guard});
             a.set([&](int, int) { return eighths<T>(random); });
             b.set([&](int, int) { return eighths<T>(random); });
             b(m / 2, n / 2) = all_parts<T>(nan);

@@ -8,8 +8,9 @@
 // them, and no gap changes when a node is cut. So the parts of a node may be done in any order and on any thread with
 // the same bits, and so may nodes. On a team a large node is shared out, in three phases of a region:
 //
-//   its values refined, in slices     gaps between slices, and where it is cut     vectors and new clusters, part by
-//   part
+//   1. its values are refined, in slices
+//   2. the gaps between slices are told, and where it is cut
+//   3. vectors and new clusters, part by part
 //
 // Small nodes wait until the last region, in which whoever is free takes one with all that comes of it.
 #include <atomic>
