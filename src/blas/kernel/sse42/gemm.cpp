@@ -104,7 +104,7 @@ template <class T>
 constexpr int stepsInRegisters[] = {0, 0, isComplex<T> || sizeof(void*) == 4 ? 0 : shallowSteps};
 
 // Leading dimensions of A, in multiples of this many elements, that bring its columns into the same few places of the
-// innermost cache, and from how many columns of C on that matters (see gemm_direct.hpp).
+// innermost cache, and from how many columns of C on that matters (see gemm_direct_tiles.hpp).
 template <class T>
 constexpr int conflictingColumns = 1024 / floatsIn<T> / floatsIn<T>;
 constexpr int leastConflictingColumns = 24;

@@ -1,5 +1,5 @@
-// C := alpha*op(A)*op(B) + beta*C over wide vectors from copies: the tiles of gemm_direct.hpp, for operands that the
-// caches would not keep as they lie.
+// C := alpha*op(A)*op(B) + beta*C over wide vectors from copies: the tiles of gemm_direct_tiles.hpp, for operands that
+// the caches would not keep as they lie.
 //
 //   for l over k in blocks          as deep as lets a strip of B stay in the innermost cache
 //     for i over m in blocks        A, copied into panels as high as a tile: they stay in the outer cache
@@ -13,8 +13,8 @@
 //   memory     the panels of a block and some strips, from the pool
 //   reads      nothing past the operands; C only if beta is not 0
 //
-// Each element of C is summed as gemm_direct.hpp tells. Columns, panels and strips that a walk goes through side by
-// side are padded, as they would lie a power of two apart.
+// Each element of C is summed as gemm_direct_tiles.hpp tells. Columns, panels and strips that a walk goes through side
+// by side are padded, as they would lie a power of two apart.
 //
 // Of a square C a triangle alone may be asked for. Tiles beyond its edge are left out, those across it are computed
 // aside by as few vectors as have rows in it, and what they have in the triangle is added.
@@ -26,7 +26,7 @@
 #include "blas/assert.hpp"
 #include "blas/complex.hpp"
 #include "blas/gemm_call.hpp"
-#include "blas/kernel/common/gemm/gemm_direct.hpp"
+#include "blas/kernel/common/gemm/gemm_direct_tiles.hpp"
 #include "blas/matrix.hpp"
 #include "service/work_pool.hpp"
 
