@@ -105,7 +105,7 @@ TEST_OF_ELEMENTS(Drivers, LeastSquaresSolutions) {
     };
     combine({std::pair{1, 1}, {5, 1}, {1, 4}, {9, 9}, {60, 23}, {23, 60}, {150, 90}, {90, 150}},
             {Op::none, lapack::adjoint<T>}, {false, true},
-            std::vector<Sizes>{{1, 1}, {0x1p-124F, 0x1p-120F}, {0x1p120F, 0x1p124F}})
+            std::vector<Sizes>{{1, 1}, {0x1p-124F, 0x1p-120F}, {0x1p120F, 0x1p124F}, {0x1p-20F, 0x1p-131F}})
         .each([](const auto& shape, Op op, bool enough, const Sizes& size) {
             const int m = shape.first, n = shape.second, nrhs = 3, k = std::min(m, n), rows = op == Op::none ? m : n;
             Operand<T> a = random_matrix<T>(m, n, 7), b = random_matrix<T>(std::max(m, n), nrhs, 8);

@@ -191,6 +191,7 @@ TEST_OF_ELEMENTS(Latrs, ShrinksAsFarAsNeeded) {
           {"a row", 'T', 'U', 1, big / 2, 1, 4, 0, 0.125F, 0.5F, -0.25F * big},
           {"a row with a large divisor", 'T', 'N', 1, big / 2, 4, 4, 0, 0.5F, 2, -0.25F * big},
           {"a sum near overflow beside ones", 'N', 'U', 1, 2 * big, 1, 0, 1, 0.5F, -big, 0.5F},
+          {"a divisor below 1", 'N', 'N', 1, 0, 0.5F, 0, big, 1 / big, 0, 2},
           {"nothing", 'N', 'N', 2, 1, 4, 5, 4, 1, 2, 1}}) {
         const std::vector<T> a{scalar<T>(row.a11), T(), scalar<T>(row.a12), scalar<T>(row.a22)};
         std::vector<T> x{scalar<T>(row.b1), scalar<T>(row.b2)};
@@ -201,6 +202,31 @@ TEST_OF_ELEMENTS(Latrs, ShrinksAsFarAsNeeded) {
         EXPECT_TRUE(x[0] == scalar<T>(row.x1) && x[1] == scalar<T>(row.x2)) << row.what;
         EXPECT_EQ(cnorm, (std::vector{0.0F, row.a12})) << row.what;
     }
+    struct Column { // beside which are ones on the diagonal and a12
+        const char* what;
+        float a12, a13, a23, b2, b3, x1, x2, x3; // the solution without scale
+    };
+    for (const Column& c :
+         {Column{"a sum beyond overflow", 0, 0x1p127F, 0x1p127F, 0, 0.25F, -0x1p125F, -0x1p125F, 0.25F},
+          {"a product that meets an earlier one", big / 2, big / 2, 0, 1, 1.5F, -1.25F * big, 1, 1.5F}}) {
+        const std::vector<T> a{
+            scalar<T>(1),     T(),         T(), scalar<T>(c.a12), scalar<T>(1), T(), scalar<T>(c.a13),
+            scalar<T>(c.a23), scalar<T>(1)};
+        std::vector<T> x{T(), scalar<T>(c.b2), scalar<T>(c.b3)};
+        std::vector<float> cnorm(3, nan);
+        float scale = -1;
+        EXPECT_EQ(call_for<T>(SLATRS, CLATRS, 'U', 'N', 'U', 'N', 3, a, 3, x, &scale, cnorm), 0);
+        EXPECT_TRUE(scale > 0 && std::real(widen(x[0])) >= -big) << c.what;
+        EXPECT_TRUE(x[0] == scale * scalar<T>(c.x1) && x[1] == scale * scalar<T>(c.x2) &&
+                    x[2] == scale * scalar<T>(c.x3))
+            << c.what;
+    }
+    const std::vector<T> a{scalar<T>(1), T(), scalar<T>(infinity), scalar<T>(1)}; // goes to the plain solve
+    std::vector<T> x{T(), scalar<T>(1)};
+    std::vector<float> cnorm(2, nan);
+    float scale = -1;
+    EXPECT_EQ(call_for<T>(SLATRS, CLATRS, 'U', 'N', 'U', 'N', 2, a, 2, x, &scale, cnorm), 0);
+    EXPECT_TRUE(scale == 1 && x[1] == scalar<T>(1));
 }
 
 // ---- Estimates ----------------------------------------------------------------------------------------------------

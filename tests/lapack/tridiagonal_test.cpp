@@ -278,6 +278,31 @@ TEST(Tridiagonal, ShiftedSolvesResidual) {
     }
 }
 
+// `in` tells of interchanges, and of the first pivot that is small beside its row.
+TEST(Tridiagonal, ShiftedFactorsTellOfSmallPivots) {
+    struct Row {
+        const char* what;
+        std::vector<float> a, b, c;
+        std::vector<int> in;
+    };
+    for (Row row : {Row{"an element, none of it left", {2}, {}, {}, {1}},
+                    {"an element", {3}, {}, {}, {0}},
+                    {"the last pivot is 0", {7, 7, 2}, {0, 0}, {0, 0}, {0, 0, 3}},
+                    {"small above, large below", {2, 3}, {1}, {1}, {1, 0}},
+                    {"the last pivot beside its row", {0x1p30F, 0x1p30F - 0x1p10F}, {0x1p30F}, {0x1p30F}, {1, 2}},
+                    {"the same, and rows of other sizes",
+                     {3, 0x1p20F + 2, 0x1p20F + 18},
+                     {0, 0x1p20F},
+                     {0, 0x1p20F},
+                     {0, 0, 3}}}) {
+        const int n = int(row.a.size());
+        std::vector<float> d(row.a.size());
+        std::vector<int> in(row.a.size(), -1);
+        EXPECT_EQ(call(SLAGTF, n, row.a, 2.0F, row.b, row.c, 0x1p-10F, d, in), 0);
+        EXPECT_EQ(in, row.in) << row.what;
+    }
+}
+
 // The matrix with 2 and -1, its factors L D L', and eigenvalues.
 struct SecondDifference {
     int n;
