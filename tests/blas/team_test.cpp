@@ -57,11 +57,36 @@ TEST_F(TeamsOnBusyCores, ATeamThatWasWaitedForIsNotFormedAgain) {
             EXPECT_TRUE(calls_come_from_a_region());
         });
         EXPECT_EQ(parts, 21);
+        parts = 0;
+        on_team_in_pieces(2, 3, [&](int team, int share, int piece) {
+            parts += team * (1 << (share * 3 + piece));
+            EXPECT_TRUE(calls_come_from_a_region());
+        });
+        EXPECT_EQ(parts, 126);
         return largestTeam.load();
     };
     EXPECT_EQ(largest_of_parts(), 0);
     qrv_serv_set_dynamic(0);
     EXPECT_EQ(largest_of_parts(), 3);
+}
+
+// A thread that stays with its piece is waited for only there.
+TEST_F(TeamsOnBusyCores, PiecesGoToWhoeverIsFree) {
+    for (const int held : {0, 1}) {
+        aloneUntil = 0;
+        std::atomic<int> done[6] = {}, all = 0;
+        largestTeam = 0;
+        on_team_in_pieces(2, 3, [&](int team, int share, int piece) {
+            ++done[share * 3 + piece];
+            const auto given_up = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+            while (team == 2 && omp_get_thread_num() == held && all < 5 && std::chrono::steady_clock::now() < given_up)
+                std::this_thread::yield();
+            EXPECT_TRUE(team < 2 || omp_get_thread_num() != held || all == 5);
+            ++all;
+        });
+        EXPECT_TRUE(std::all_of(std::begin(done), std::end(done), [](int n) { return n == 1; })) << held;
+        EXPECT_EQ(largestTeam, 2);
+    }
 }
 
 // ---- Level 1 -------------------------------------------------------------------------------------------------------
@@ -321,7 +346,7 @@ std::vector<NamedWay<T>> large_ways() {
         if (ways.empty() || !isComplex<T>)
             ways.push_back({"large region of class " + std::to_string(static_cast<int>(gemm_machine_class(facts))),
                             [&](int team, const Call<T>& v) { gemm_large_region(problem_of(v), facts, team); }});
-    ways.push_back({"grid", [](int team, const Call<T>& v) { gemm_grid_region(problem_of(v), team); }});
+    ways.push_back({"pieces", [](int team, const Call<T>& v) { gemm_grid_region(problem_of(v), team, 3); }});
     ways.push_back({"driver", [](int, const Call<T>& v) { driver(v); }});
     return ways;
 }
@@ -343,7 +368,7 @@ std::vector<TeamCase> gemm_cases(std::initializer_list<GemmSize> few) {
         };
         const std::vector<NamedWay<T>> smallWay{
             {"small region", [](int team, const Call<T>& v) { gemm_small_region(problem_of(v), team); }},
-            {"grid", [](int team, const Call<T>& v) { gemm_grid_region(problem_of(v), team); }}};
+            {"grid", [](int team, const Call<T>& v) { gemm_grid_region(problem_of(v), team, 1); }}};
         if (few.size() == 0) {
             for (const GemmSize& s : small)
                 add(s, smallWay);

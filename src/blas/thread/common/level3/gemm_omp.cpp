@@ -197,11 +197,11 @@ void share_copies(GemmSizes s, GemmPlan<T>* plan, GemmThreadContext<T>* context,
 // ---- Regions ---------------------------------------------------------------------------------------------------
 
 template <class T>
-void gemm_grid_region(const GemmCall<T>& call, int threads) {
-    on_team(threads, [&](int team, int thread) {
+void gemm_grid_region(const GemmCall<T>& call, int threads, int pieces) {
+    on_team_in_pieces(threads, pieces, [&](int team, int share, int piece) {
         const GemmGrid grid = gemm_grid(sizes_of(call), call.opA != Op::none, team);
-        serial(columns_of(rows_of(call, row_slice(call.m, grid.rows, thread % grid.rows)),
-                          column_slice(call.n, grid.columns, thread / grid.rows)));
+        const Slice rows = gemm_piece_rows(call.m, grid.rows, share % grid.rows, pieces, piece);
+        serial(columns_of(rows_of(call, rows), column_slice(call.n, grid.columns, share / grid.rows)));
     });
 }
 
@@ -256,8 +256,8 @@ void gemm_large_region(GemmCall<T> call, const GemmFacts& facts, int threads) {
     qrv_serv_deallocate(sharedCopies);
 }
 
-template void gemm_grid_region(const GemmCall<float>&, int);
-template void gemm_grid_region(const GemmCall<SingleComplex>&, int);
+template void gemm_grid_region(const GemmCall<float>&, int, int);
+template void gemm_grid_region(const GemmCall<SingleComplex>&, int, int);
 template void gemm_small_region(const GemmCall<float>&, int);
 template void gemm_small_region(const GemmCall<SingleComplex>&, int);
 template void gemm_large_region(GemmCall<float>, const GemmFacts&, int);
@@ -272,8 +272,13 @@ template <class T>
 [[gnu::noinline]] void gemm_with_budget(const GemmCall<T>& call) {
     const GemmSizes sizes = sizes_of(call);
     if (goes_by_work(ThisMachine{})) {
-        const int threads = gemm_threads_by_work(sizes, work_of<T>(call.m, call.n, call.k), ThisMachine{});
-        return threads <= 1 ? serial(call) : gemm_grid_region(call, threads);
+        const double work = work_of<T>(call.m, call.n, call.k);
+        const int threads = gemm_threads_by_work(sizes, work, ThisMachine{});
+        if (threads <= 1)
+            return serial(call);
+        return gemm_grid_region(call, threads,
+                                gemm_pieces(sizes, call.opA != Op::none, call.opB != Op::none, work / threads, threads,
+                                            vector_form_in_use()));
     }
     const int threads = ThisMachine::budget();
     const bool small = gemm_is_small(sizes);

@@ -140,6 +140,28 @@ constexpr GemmGrid gemm_grid(GemmSizes s, bool transposedA, int team) {
     return best;
 }
 
+// In how many pieces the rows of a thread go to whoever is free: such as take 2 ms, and of so many rows that they cost
+// hardly more than one call. `work` is a thread's.
+//
+//   form      m = n = k   team   pieces, operands as they lie, transposed
+//   avx512    1000        2      1   1
+//   avx512    1400        2      4   1
+//   sse       1000        2      2   1
+constexpr int gemm_pieces(GemmSizes s, bool transposedA, bool transposedB, double work, int team, VectorForm form) {
+    constexpr int most = 4;
+    constexpr double shares = 1000; // of the least work for a thread
+    const double wanted = std::min<double>(most, work / (shares * least_share(form)));
+    if (wanted < 2)
+        return 1;
+    const int leastRows = transposedA || transposedB ? 512 : 336;
+    return std::clamp(s.m / gemm_grid(s, transposedA, team).rows / leastRows, 1, static_cast<int>(wanted));
+}
+
+// Those of a piece, where there are several in whole tiles of all forms: 48 rows with AVX-512.
+constexpr Slice gemm_piece_rows(int m, int shares, int share, int pieces, int piece) {
+    return pieces == 1 ? row_slice(m, shares, share) : tile_slice(m, shares * pieces, share * pieces + piece, 48);
+}
+
 // ---- Slices ------------------------------------------------------------------------------------------------
 
 // The part of a slice that lies in the block of `size` from `offset` on; empty if the slice ends before.

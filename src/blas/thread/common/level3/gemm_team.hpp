@@ -46,10 +46,10 @@ void serial(const GemmCall<T>& q) {
 // C := beta*C on a team.
 void gemm_scale_region(const GemmCall<float>& call, int threads);
 
-// The whole product on a team of at most `threads`: where threads go by work, and elsewhere for a call that
-// gemm_is_small, respectively for others.
+// The whole product on a team of at most `threads`: where threads go by work, with the rows of a thread in `pieces`,
+// and elsewhere for a call that gemm_is_small, respectively for others.
 template <class T>
-void gemm_grid_region(const GemmCall<T>& call, int threads);
+void gemm_grid_region(const GemmCall<T>& call, int threads, int pieces);
 template <class T>
 void gemm_small_region(const GemmCall<T>& call, int threads);
 template <class T>
