@@ -11,14 +11,11 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
-// As many additions as are under way at once. Of complex elements vectors of 128 bits have three and three, a pass
-// each: four took 1.15 times as long, whatever the pass.
+// As many additions as are under way at once. Of complex elements vectors of 128 bits have three and three, twice in a
+// pass: four took 1.15 times as long, whatever the pass, and passes of three depended more on where their code lies.
 template <class T>
 constexpr int dotSums = isComplex<T> && !isWide ? 3 : 4;
 
-inline Vec sum_of_all(const Vec (&x)[4]) {
-    return (x[0] + x[1]) + (x[2] + x[3]);
-}
 inline Vec sum_of_all(const Vec (&x)[3]) {
     return (x[0] + x[1]) + x[2];
 }
@@ -39,8 +36,7 @@ struct DotStep<float> {
     }
     template <bool conjugated>
     float result() const {
-        const LanePair sum = sum_pairs(sum_of_all(sums));
-        return sum.even + sum.odd;
+        return sum_of_lanes(sum_of_all(sums));
     }
 };
 
@@ -49,22 +45,23 @@ struct DotStep<float> {
 template <>
 struct DotStep<SingleComplex> {
     static constexpr bool readsX = true, readsY = true, writesX = false, writesY = false;
-    static constexpr int sumCount = dotSums<SingleComplex>, unit = 2, pass = sumCount * Vec::lanes;
+    static constexpr int sumCount = dotSums<SingleComplex>, unit = 2, pass = 2 * sumCount * Vec::lanes;
     Vec straight[sumCount] = {}, crossed[sumCount] = {};
 
     void operator()(int slot, Vec& x, Vec& y) {
         x = loaded_once(x);
         const Vec swapped = parts_swapped(y);
         Vec &re = straight[slot % sumCount], &im = crossed[slot % sumCount];
-        re = multiply_add(x, y, re);
-        im = multiply_add(x, swapped, im);
+        re = loaded_once(multiply_add(x, y, re)); // in this order, not mixed with the next vector's
+        im = loaded_once(multiply_add(x, swapped, im));
     }
     template <bool conjugated>
     SingleComplex result() const {
-        const LanePair re = sum_pairs(sum_of_all(straight)), im = sum_pairs(sum_of_all(crossed));
-        if (conjugated)
-            return {re.even + re.odd, im.even - im.odd};
-        return {re.even - re.odd, im.even + im.odd};
+        const Vec4f parts = sum_pairs(sum_quads(sum_of_all(straight)), sum_quads(sum_of_all(crossed)));
+        const Vec4f signs = conjugated ? Vec4f::alternate(0, -0.0F) : Vec4f::alternate(-0.0F, 0);
+        SingleComplex sum;
+        store_first<2>(&sum.re, parts + change_signs(swap_halves(parts), signs));
+        return sum;
     }
 };
 

@@ -72,6 +72,11 @@ inline Vec load_peeled(const float* x) {
     return peeledFrom == 0 ? Vec::load_aligned(x) : Vec::load(x);
 }
 
+// Sums of several vectors into one.
+inline Vec sum_of_all(const Vec (&x)[4]) {
+    return (x[0] + x[1]) + (x[2] + x[3]);
+}
+
 // Hands n elements of x and y to a Step.
 template <class Step, class X, class Y>
 [[gnu::always_inline]] inline void walk(int n, X* x, Y* y, Step& step) {

@@ -50,8 +50,7 @@ private:
     // A whole vector, `slot` vectors on.
     [[gnu::always_inline]] void vector(int slot) {
         const std::ptrdiff_t at = done_ + slot * Vec::lanes;
-        constexpr bool halvesX = Step::writesY && !Step::writesX; // of x and y written both, whole loads wait no longer
-        Vec x = !Step::readsX ? Vec::zero() : halvesX ? load_halves(x_ + at) : Vec::load(x_ + at);
+        Vec x = Step::readsX ? Vec::load(x_ + at) : Vec::zero();
         Vec y = Step::readsY ? Vec::load(y_ + at) : Vec::zero();
         step_(slot, x, y);
         if constexpr (Step::writesX)

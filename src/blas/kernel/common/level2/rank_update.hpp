@@ -22,10 +22,10 @@ struct UpdateVectors {
     }
 };
 
-// Whether vectors of 128 bits from a on are aligned in every column.
+// Whether vectors from a on are aligned in every column.
 template <class T>
 QRV_INLINE bool on_boundaries(const T* a, std::ptrdiff_t lda) {
-    return (reinterpret_cast<std::uintptr_t>(a) | static_cast<std::uintptr_t>(lda * sizeof(T))) % 16 == 0;
+    return (reinterpret_cast<std::uintptr_t>(a) | static_cast<std::uintptr_t>(lda * sizeof(T))) % sizeof(Vec) == 0;
 }
 
 // Column k of A is added x[t] times s[t][k] for each term t, in m rows; of a corner, its triangle. A pack of each
@@ -78,7 +78,7 @@ void update_columns(int m, T* a, std::ptrdiff_t lda, const T (&s)[terms][columns
         rows(i, first, [=](int) { return first; });
         i += first;
     }
-    if constexpr (isComplex<T> && Vec::lanes == 4)
+    if constexpr (Vec::lanes == 16 || (isComplex<T> && Vec::lanes == 4))
         if (on_boundaries(a + i, lda))
             for (; end - i >= count; i += count)
                 rows(i, All{}, [](int) { return AllAligned{}; });

@@ -287,10 +287,10 @@ inline Vec16f loaded_once(Vec16f x) {
     asm("" : "+v"(x.v));
     return x;
 }
-// The sums of the lanes with even and with odd numbers.
-inline LanePair sum_pairs(Vec16f x) {
+// The sum of its quads.
+inline Vec4f sum_quads(Vec16f x) {
     const __m256 half = _mm256_add_ps(_mm512_castps512_ps256(x.v), _mm512_extractf32x8_ps(x.v, 1));
-    return sum_pairs(Vec4f{_mm_add_ps(_mm256_castps256_ps128(half), _mm256_extractf128_ps(half, 1))});
+    return {_mm_add_ps(_mm256_castps256_ps128(half), _mm256_extractf128_ps(half, 1))};
 }
 // The first `count` lanes, fewer than all; the others are 0, respectively not written.
 template <>
@@ -321,8 +321,7 @@ inline Vec16f abs(Vec16f x) {
     return {_mm512_abs_ps(x.v)};
 }
 inline float sum_of_lanes(Vec16f x) {
-    const __m256 half = _mm256_add_ps(_mm512_castps512_ps256(x.v), _mm512_extractf32x8_ps(x.v, 1));
-    return sum_of_lanes(Vec4f{_mm_add_ps(_mm256_castps256_ps128(half), _mm256_extractf128_ps(half, 1))});
+    return sum_of_lanes(sum_quads(x));
 }
 // a0+a1 a2+a3 .. a14+a15 b0+b1 .. b14+b15
 inline Vec16f sum_neighbours(Vec16f a, Vec16f b) {

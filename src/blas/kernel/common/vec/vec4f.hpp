@@ -151,6 +151,12 @@ inline Vec4f loaded_once(Vec4f x) {
     asm("" : "+x"(x.v));
     return x;
 }
+// x, computed before what is written behind it: the compiler keeps the order of such statements.
+template <class V>
+[[gnu::always_inline]] inline V in_order(V x) {
+    asm volatile("" : "+v"(x.v));
+    return x;
+}
 // x with its parts swapped, at hand before x is used further: what then overwrites x or this needs no copy.
 template <class V>
 [[gnu::always_inline]] inline V parts_swapped(V& x) {
@@ -159,13 +165,13 @@ template <class V>
     asm("" : "+v"(x.v), "+v"(swapped.v));
     return swapped;
 }
-// The sums of the lanes with even and with odd numbers.
-struct LanePair {
-    float even, odd;
-};
-inline LanePair sum_pairs(Vec4f x) {
-    const __m128 pair = _mm_add_ps(x.v, _mm_movehl_ps(x.v, x.v));
-    return {_mm_cvtss_f32(pair), _mm_cvtss_f32(_mm_shuffle_ps(pair, pair, 1))};
+// The sum of a vector's quads.
+inline Vec4f sum_quads(Vec4f x) {
+    return x;
+}
+// The sums of the lanes of x and of y with even numbers, then of those with odd ones: both from one addition.
+inline Vec4f sum_pairs(Vec4f x, Vec4f y) {
+    return interleave_low(x, y) + interleave_high(x, y);
 }
 
 // Floats past a 16-byte boundary.

@@ -239,9 +239,9 @@ inline Vec8f loaded_once(Vec8f x) {
     asm("" : "+x"(x.v));
     return x;
 }
-// The sums of the lanes with even and with odd numbers.
-inline LanePair sum_pairs(Vec8f x) {
-    return sum_pairs(Vec4f{_mm_add_ps(_mm256_castps256_ps128(x.v), _mm256_extractf128_ps(x.v, 1))});
+// The sum of its quads.
+inline Vec4f sum_quads(Vec8f x) {
+    return {_mm_add_ps(_mm256_castps256_ps128(x.v), _mm256_extractf128_ps(x.v, 1))};
 }
 // The first `count` lanes, fewer than all; the others are 0, respectively not written.
 template <>
@@ -266,7 +266,7 @@ inline Vec8f abs(Vec8f x) {
     return {_mm256_andnot_ps(_mm256_set1_ps(-0.0F), x.v)};
 }
 inline float sum_of_lanes(Vec8f x) {
-    return sum_of_lanes(Vec4f{_mm_add_ps(_mm256_castps256_ps128(x.v), _mm256_extractf128_ps(x.v, 1))});
+    return sum_of_lanes(sum_quads(x));
 }
 // a0+a1 a2+a3 .. a6+a7 b0+b1 .. b6+b7
 inline Vec8f sum_neighbours(Vec8f a, Vec8f b) {
