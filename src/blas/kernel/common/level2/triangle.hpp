@@ -162,8 +162,8 @@ template <class T>
 }
 
 #if QRV_VECTOR_LANES > 1
-// The same for a group of complex elements with op(A) = A, in two quads: to bring parts of elements together takes
-// longer than to compute with them.
+// The same for a group of complex elements, in two quads: to bring parts of elements together takes longer than to
+// compute with them.
 struct ComplexGroup {
     Vec4f half[2];
 
@@ -254,7 +254,46 @@ struct ComplexGroup {
         });
     }
 
+    // Each element becomes the dot product of its column, conjugated or not, with them all.
+    template <Uplo uplo, bool conjugated>
+    QRV_INLINE void multiply_transposed(Matrix<const SingleComplex> a, Diag diag) {
+        diag == Diag::unit ? add_dots<uplo, conjugated, 1>(a) : add_dots<uplo, conjugated, 0>(a);
+    }
+
 private:
+    // Without the diagonal (`apart` 1) the dot products are added to the elements. Where one element of two belongs to
+    // the triangle, the other is 0 on both sides: an infinite one must not make it NaN.
+    template <Uplo uplo, bool conjugated, int apart>
+    QRV_INLINE void add_dots(Matrix<const SingleComplex> a) {
+        constexpr bool upper = uplo == Uplo::upper;
+        const Vec4f none = Vec4f::zero();
+        const Vec4f alone[2] = {upper ? low_halves(half[0], none) : join_halves(none, half[0]),
+                                upper ? low_halves(half[1], none) : join_halves(none, half[1])};
+        Vec4f dots[groupColumns];
+        repeat<groupColumns>([&](auto j) __attribute__((always_inline)) {
+            constexpr int from = upper ? 0 : j() + apart, to = upper ? j() + 1 - apart : groupColumns;
+            Vec4f straight = none, crossed = none;
+            repeat<2>([&](auto h) __attribute__((always_inline)) {
+                constexpr int first = larger(from, 2 * h()), end = smaller(to, 2 * h() + 2);
+                if constexpr (first < end) {
+                    const SingleComplex* const p = a.column(j()) + first;
+                    const Vec4f y = end - first == 2 ? quad(p)
+                                    : upper          ? load_first<2>(&p->re)
+                                                     : low_halves(none, load_first<2>(&p->re));
+                    const Vec4f x = end - first == 2 ? half[h()] : alone[h()];
+                    straight = straight + y * x;
+                    crossed = crossed + y * swap_parts(x);
+                }
+            });
+            dots[j()] = sum_pairs(straight, crossed);
+        });
+        const Vec4f signs = Vec4f::alternate(conjugated ? 0.0F : -0.0F, conjugated ? -0.0F : 0.0F);
+        repeat<2>([&](auto h) __attribute__((always_inline)) {
+            const Vec4f low = dots[2 * h()], high = dots[2 * h() + 1];
+            const Vec4f sum = low_halves(low, high) + change_signs(high_halves(low, high), signs);
+            half[h()] = apart == 0 ? sum : half[h()] + sum;
+        });
+    }
     QRV_INLINE static Vec4f quad(const SingleComplex* p) { return Vec4f::load(&p->re); }
 };
 
@@ -284,12 +323,27 @@ void apply_complex_group(const Triangle<SingleComplex>& t, int j, SingleComplex*
         s.store(x + j);
     }
 }
+template <bool conjugated>
+void multiply_complex_group_transposed(const Triangle<SingleComplex>& t, int j, SingleComplex* x) {
+    const auto corner = t.a.block(j, j);
+    auto s = ComplexGroup::load(x + j);
+    t.upper() ? s.multiply_transposed<Uplo::upper, conjugated>(corner, t.diag)
+              : s.multiply_transposed<Uplo::lower, conjugated>(corner, t.diag);
+    SingleComplex dots[groupColumns];
+    dot_band_columns<groupColumns, conjugated>(rows_beside<groupColumns>(t, j), t.a.column(j), t.a.ld, x, dots);
+    const auto beside = ComplexGroup::load(dots);
+    ComplexGroup{{s.half[0] + beside.half[0], s.half[1] + beside.half[1]}}.store(x + j);
+}
 #endif
 
 template <Action action, bool transposed, bool conjugated, int columns, class T, class X>
 void apply_columns(const Triangle<T>& t, int j, X x, SolvedGroup<T>& last) {
-    if constexpr (isComplex<T> && !transposed && columns == groupColumns && isContiguous<X> && Pack<T>::count > 1)
-        return apply_complex_group<action>(t, j, x, last);
+    if constexpr (isComplex<T> && columns == groupColumns && isContiguous<X> && Pack<T>::count > 1) {
+        if constexpr (!transposed)
+            return apply_complex_group<action>(t, j, x, last);
+        else if constexpr (action == Action::multiply)
+            return multiply_complex_group_transposed<conjugated>(t, j, x);
+    }
     T s[columns];
     QRV_UNROLL
     for (int k = 0; k < columns; ++k)
