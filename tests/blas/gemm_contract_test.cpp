@@ -75,11 +75,11 @@ TEST_OF_ELEMENTS(GemmContract, BlockEdges) {
     }
 }
 
-// Few rows or columns and many steps.
+// Few rows or columns and many of the others, and steps from one to many.
 TEST_OF_ELEMENTS(GemmContract, NarrowShapes) {
     for (const int few : {1, 2, 3, 4, 5, 7, 8, 9, 18})
         for (const int other : {1, 6, 64, 67, 517})
-            for (const int k : {15, 16, 17, 31, 32, 33, 63, 64, 65, 79, 130, 385, 780}) {
+            for (const int k : {1, 2, 5, 15, 16, 17, 31, 32, 33, 63, 64, 65, 79, 130, 385, 780}) {
                 check_some<T>(5, few, other, k);
                 check_some<T>(5, other, few, k);
             }

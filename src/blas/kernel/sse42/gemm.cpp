@@ -369,6 +369,17 @@ QRV_INLINE void multiply_few(const GemmCall<T>& q) {
         }
 }
 
+// A single step is a vector of each operand. Where its elements are neighbours, it is a column of A, respectively a row
+// of B, whatever the option says.
+template <class T>
+QRV_INLINE void lay_straight(const char*& transa, const int*& lda, const int* m, const char*& transb, const int*& ldb,
+                             const int* n) {
+    if (*lda == 1 && transposes(*transa) && !conjugates(op_of(*transa)))
+        transa = "N", lda = m;
+    if (*ldb == 1 && !transposes(*transb))
+        transb = "T", ldb = n;
+}
+
 #define QRV_DEFINE_GEMM(T, gemm)                                                                                       \
     void blas_##gemm##_plan_load(GemmPlan<T>* plan) {                                                                  \
         plan_load_for(vector_form(), plan);                                                                            \
@@ -381,6 +392,8 @@ QRV_INLINE void multiply_few(const GemmCall<T>& q) {
         const double work = static_cast<double>(*m) * *n * *k;                                                         \
         if (work <= fewProducts<T>)                                                                                    \
             return multiply_few(gemm_call<T>(QRV_GEMM_ARGUMENTS));                                                     \
+        if (*k == 1)                                                                                                   \
+            lay_straight<T>(transa, lda, m, transb, ldb, n);                                                           \
         const VectorForm form = vector_form();                                                                         \
         if (*m > 1 && *n > 1 && work <= alwaysDirect<T>)                                                               \
             return direct_gemm<T>(form)(QRV_GEMM_ARGUMENTS);                                                           \

@@ -36,10 +36,12 @@ constexpr bool pays_gathered(int few, int others, int steps) {
         return others >= 64 ? steps >= 32 : steps >= (others >= 8 ? 64 : 256);
     return few <= dotsMost<Vector> && (others >= 64 ? steps >= 4 * Vector::lanes : others >= 16 && steps >= 128);
 }
-// Whether rows and columns that are contiguous anyway go by dots: few of them, more where the sums are longer.
+// Whether rows and columns that are contiguous anyway go by dots: few of them, for which tiles of many others would be
+// brought together, and more of them where the sums are longer.
 template <class Vector>
 constexpr bool pays_contiguous(int m, int n, int steps) {
-    return smaller(m, n) <= dotsMost<Vector> ||
+    const int few = smaller(m, n);
+    return (few <= dotsMost<Vector> && (steps >= smaller(8 * few, 48) || larger(m, n) < 2 * Vector::lanes)) ||
            (steps >= 2048 / Vector::lanes && (n <= Vector::lanes || m <= Vector::lanes / 4 * 3)) ||
            (steps >= 512 && m <= 32 && n <= 32);
 }

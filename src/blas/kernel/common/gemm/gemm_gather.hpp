@@ -14,54 +14,88 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
+// In each quad of lanes, lane i of x[j] becomes lane j of x[i].
+template <class Vector>
+QRV_INLINE void transpose_four(Vector (&x)[4]) {
+    const Vector low01 = low_pairs(x[0], x[1]), high01 = high_pairs(x[0], x[1]);
+    const Vector low23 = low_pairs(x[2], x[3]), high23 = high_pairs(x[2], x[3]);
+    x[0] = low_halves(low01, low23);
+    x[1] = high_halves(low01, low23);
+    x[2] = low_halves(high01, high23);
+    x[3] = high_halves(high01, high23);
+}
+
 // Lane i of x[j] becomes lane j of x[i].
 template <class Vector>
 QRV_INLINE void transpose_square(Vector (&x)[Vector::lanes]) {
     constexpr int quads = Vector::quads;
-    Vector steps[4][quads]; // of each quad of steps the first, second, third, fourth ones
     QRV_UNROLL
     for (int q = 0; q < quads; ++q) {
-        const Vector low01 = low_pairs(x[4 * q], x[4 * q + 1]), high01 = high_pairs(x[4 * q], x[4 * q + 1]);
-        const Vector low23 = low_pairs(x[4 * q + 2], x[4 * q + 3]), high23 = high_pairs(x[4 * q + 2], x[4 * q + 3]);
-        steps[0][q] = low_halves(low01, low23);
-        steps[1][q] = high_halves(low01, low23);
-        steps[2][q] = low_halves(high01, high23);
-        steps[3][q] = high_halves(high01, high23);
+        Vector four[4] = {x[4 * q], x[4 * q + 1], x[4 * q + 2], x[4 * q + 3]};
+        transpose_four(four);
+        QRV_UNROLL
+        for (int s = 0; s < 4; ++s)
+            x[4 * q + s] = four[s];
     }
     QRV_UNROLL
     for (int s = 0; s < 4; ++s) {
-        transpose_quads(steps[s]);
+        Vector step[quads];
         QRV_UNROLL
         for (int q = 0; q < quads; ++q)
-            x[4 * q + s] = steps[s][q];
+            step[q] = x[4 * q + s];
+        transpose_quads(step);
+        QRV_UNROLL
+        for (int q = 0; q < quads; ++q)
+            x[4 * q + s] = step[q];
     }
 }
 
 // Steps 0 to k-1 of the `rows` rows of one vector, each contiguous in memory, ld floats apart: a line of each row at a
-// time. Where there are no more rows, lanes are filled from the last one.
+// time, and the last few steps by fours. Where there are no more rows, lanes are filled from the last one.
 template <class Vector, bool whole>
 void transpose_vector(int rows, int k, const float* a, std::ptrdiff_t ld, float* out, std::ptrdiff_t outStep) {
-    constexpr int lanes = Vector::lanes;
-    const auto transpose = [&](int l, auto load) __attribute__((always_inline)) {
-        Vector x[lanes];
+    constexpr int lanes = Vector::lanes, byFours = lanes == 16 ? 12 : 4;
+    const auto each_row = [&](int l, auto body) __attribute__((always_inline)) {
         const float* row = a + l;
         QRV_UNROLL
         for (int i = 0; i < lanes; ++i) {
-            x[i] = load(row);
+            body(i, row);
             if (whole || i + 1 < rows)
                 row += ld;
         }
+    };
+    const auto transpose = [&](int l, auto load) __attribute__((always_inline)) {
+        Vector x[lanes];
+        each_row(
+            l, [&](int i, const float* row) __attribute__((always_inline)) { x[i] = load(row); });
         transpose_square(x);
         QRV_UNROLL
         for (int s = 0; s < lanes; ++s)
             if (l + s < k)
                 x[s].store_aligned(out + (l + s) * outStep);
     };
+    const auto transpose_quad = [&](int l, auto load) __attribute__((always_inline)) {
+        __m128 quad[4][Vector::quads];
+        each_row(
+            l, [&](int i, const float* row) __attribute__((always_inline)) { quad[i % 4][i / 4] = load(row); });
+        Vector x[4] = {join(quad[0]), join(quad[1]), join(quad[2]), join(quad[3])};
+        transpose_four(x);
+        QRV_UNROLL
+        for (int s = 0; s < 4; ++s)
+            if (l + s < k)
+                x[s].store_aligned(out + (l + s) * outStep);
+    };
     int l = 0;
     for (; k - l >= lanes; l += lanes)
         transpose(l, [](const float* p) { return Vector::load(p); });
-    if (l < k)
+    if (k - l <= byFours) {
+        for (; k - l >= 4; l += 4)
+            transpose_quad(l, [](const float* p) { return _mm_loadu_ps(p); });
+        if (l < k)
+            transpose_quad(l, [left = k - l](const float* p) { return load_quad(p, left); });
+    } else if (l < k) {
         transpose(l, [mask = Vector::Mask::first(k - l)](const float* p) { return load_kept(p, mask); });
+    }
 }
 
 // The same of complex rows, as many as the vector holds pairs of floats.

@@ -29,13 +29,10 @@ constexpr int mirrored_share(int left, int most, bool fewSteps) {
 // Rows first to first + 3 of x, those that there are, by columns: quad q of column[s] is column 4 q + s.
 template <class Vector, int rows, int first>
 QRV_INLINE void transpose_four(const Vector (&x)[rows], Vector (&column)[4]) {
-    const auto row = [&](int i) { return first + i < rows ? x[smaller(first + i, rows - 1)] : Vector::zero(); };
-    const Vector low01 = low_pairs(row(0), row(1)), high01 = high_pairs(row(0), row(1));
-    const Vector low23 = low_pairs(row(2), row(3)), high23 = high_pairs(row(2), row(3));
-    column[0] = low_halves(low01, low23);
-    column[1] = high_halves(low01, low23);
-    column[2] = low_halves(high01, high23);
-    column[3] = high_halves(high01, high23);
+    QRV_UNROLL
+    for (int i = 0; i < 4; ++i)
+        column[i] = first + i < rows ? x[smaller(first + i, rows - 1)] : Vector::zero();
+    transpose_four(column);
 }
 
 // c := x' + beta*c for the rows of C in x, from `first` on, and `columns` columns: a vector of them if they are whole.
@@ -133,14 +130,16 @@ constexpr int rows_apart(int m, int n, int k) {
 
 // It pays where fewer vectors are added to, those that are not full counted as such. A C of more than half a vector of
 // rows is worth less: as if it had a row more, and some steps more for the way home. To bring A transposed together
-// counts as columns, B as it lies as rows, for which there have to be some steps, and rows apart for more than their
+// counts as columns, B as it lies as rows, for which short vectors want some steps, and rows apart for more than their
 // vectors. Of A as it lies many rows fill vectors. From so many steps on it may pay where all of them would wait in
 // registers.
 constexpr int mostMirroredRows = 40, mirroredSteps = 6, leastRepeated = 12;
 template <class Vector>
+constexpr int gatheredSteps = Vector::lanes == 16 ? 2 : 8; // of B as it lies
+template <class Vector>
 constexpr bool pays_mirrored(bool transposedA, bool transposedB, int m, int n, int k) {
     constexpr int lanes = Vector::lanes, quarter = lanes / 4;
-    if ((m > mostMirroredRows && !transposedA) || k < (transposedB ? 2 : 128 / lanes) ||
+    if ((m > mostMirroredRows && !transposedA) || k < (transposedB ? 1 : gatheredSteps<Vector>) ||
         ((lanes < 16 || k < mirroredSteps) && pays_shallow<Vector>(m, n, k)))
         return false;
     const bool low = m <= lanes / 2;
