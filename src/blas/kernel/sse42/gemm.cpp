@@ -20,6 +20,7 @@ struct DirectRange {
     int fewRows = 0;              // a C this low uses an element of B so seldom that packing and expanding it cost most
     int fewRowsTransposed = 0;    // the same if A is transposed, where it is more
     double low = 0;               // limit for such a C
+    double lowGathered = 0;       // the same if A is transposed or its columns displace each other
     double lowByRows = 0;         // the same if B is transposed and long walks along its rows thrash the address cache
     int fewColumns = 0;           // a C this narrow uses packed A too seldom, if A is not transposed
     double narrow = 0;            // limit for such a C
@@ -33,6 +34,7 @@ constexpr DirectRange directRanges[] = {
      .transposed = 22 * 22 * 22,
      .fewRows = 16,
      .low = 0x1p24,
+     .lowGathered = 0x1p24,
      .lowByRows = 0x1p16,
      .fewColumns = 8,
      .narrow = 0x1p22},
@@ -40,18 +42,20 @@ constexpr DirectRange directRanges[] = {
      .conflicting = 0x1p20,
      .transposed = 0x1p20,
      .fewRows = 64,
-     .low = 0x1p26,
-     .lowByRows = 0x1p24,
+     .low = 0x1p31,
+     .lowGathered = 0x1p29,
+     .lowByRows = 0x1p26,
      .fewColumns = 24,
      .narrow = 0x1p26,
-     .fewColumnsTransposed = 24,
-     .narrowTransposed = 0x1p26},
+     .fewColumnsTransposed = 32,
+     .narrowTransposed = 0x1p29},
     {.plain = 0x1p26,
      .conflicting = 0x1p22,
      .transposed = 0x1p19,
      .fewRows = 32,
      .fewRowsTransposed = 64,
      .low = 0x1p27,
+     .lowGathered = 0x1p27,
      .lowByRows = 0x1p26,
      .fewColumns = 32,
      .narrow = 0x1p26,
@@ -64,9 +68,10 @@ constexpr DirectRange directRanges<SingleComplex>[] = {
     {.plain = 0x1p20,
      .conflicting = 0x1p20,
      .transposed = 0x1p20,
-     .fewRows = 16,
-     .low = 0x1p27,
-     .lowByRows = 0x1p22,
+     .fewRows = 32,
+     .low = 0x1p31,
+     .lowGathered = 0x1p26,
+     .lowByRows = 0x1p26,
      .fewColumns = 16,
      .narrow = 0x1p22,
      .fewColumnsTransposed = 16,
@@ -76,6 +81,7 @@ constexpr DirectRange directRanges<SingleComplex>[] = {
      .transposed = 0x1p22,
      .fewRows = 32,
      .low = 0x1p27,
+     .lowGathered = 0x1p27,
      .lowByRows = 0x1p24,
      .fewColumns = 32,
      .narrow = 0x1p24,
@@ -132,7 +138,9 @@ bool goes_direct(VectorForm form, const GemmShape& p) {
                  : p.conflicting ? range.conflicting
                                  : range.plain) ||
         (p.m <= (p.transposedA ? larger(range.fewRows, range.fewRowsTransposed) : range.fewRows) &&
-         work <= (p.transposedB ? range.lowByRows : range.low)))
+         work <= (p.transposedB                    ? range.lowByRows
+                  : p.transposedA || p.conflicting ? range.lowGathered
+                                                   : range.low)))
         return true;
     return p.transposedA ? p.n <= range.fewColumnsTransposed && work <= range.narrowTransposed
                          : !p.conflicting && p.n <= range.fewColumns && work <= range.narrow;
@@ -309,10 +317,16 @@ void multiply_vectors(bool byColumns, VectorForm form, QRV_GEMM_PARAMETERS(T)) {
         multiply(transposes(*transb) ? "N" : "T", *n, b, ldb, *m, a, rowOfA, static_cast<int>(stepOfA), 1, *ldc);
 }
 
+// Few columns leave each block of A to memory again before it has been used often: up to so many of C take blocks of so
+// many rows, which the second level of the caches holds.
+constexpr int narrowColumns = 64, narrowBlock = 640;
+
 // The row's blocks, but of even depth: a last block of few steps would cost wide vectors a pass over C for little.
 template <class T>
 void set_even_blocks(const int* m, const int* n, const int* k, GemmPlan<T>* plan) {
     const bool decides = plan->kb == 0;
+    if (plan->mb == 0 && *n <= narrowColumns)
+        plan->mb = even_block(larger(*m, 1), narrowBlock, plan->mUnit);
     row<T>.setBlocks(m, n, k, plan);
     const BlockRule& rule = isComplex<T> ? cgemmBlocksSse42 : sgemmBlocksSse42;
     if (decides && *k > rule.kbFull)
