@@ -3,6 +3,7 @@
 #include "support/combine.hpp"
 #include "support/routines.hpp"
 #include "support/shapes.hpp"
+#include "support/work_memory.hpp"
 
 namespace qrv::test {
 namespace {
@@ -88,6 +89,7 @@ TEST_OF_ELEMENTS(Level3, LargeProducts) {
             b.set([&](int, int) { return eighths<T>(random); });
             b(m / 2, n / 2) = all_parts<T>(nan);
             Operand<T> sliced(b);
+            const WorkMemoryProbe memory(0, !left && uplo == 'L' && trans == 'C' ? anySize : 0);
             call(multiply, side, uplo, trans, diag, m, n, alpha, a, b);
             for (int done = 0; done < count; done += slice) {
                 const int some = std::min(slice, count - done);

@@ -20,6 +20,7 @@
 #include "blas/kernel/pack.hpp"
 #include "blas/matrix.hpp"
 #include "blas/options.hpp"
+#include "service/work_pool.hpp"
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
@@ -31,19 +32,27 @@ constexpr Op mirror(Symmetry symmetry) {
 }
 
 constexpr int unlimited = 0x7FFFFFFF;
+constexpr int copiedDepth = 256;
 
 // Triangles of this order at least, with so many steps at least, go by panels.
 struct ByPanels {
     int order = unlimited, steps = 16;
 };
 
+// Of X = A' triangles of these orders, with so many steps at least, are computed from copies of X and Y as if they were
+// stored plainly: only where products take far less time then, as a copy costs the more the smaller the order is.
+struct FromCopies {
+    int least = unlimited, most = 0, steps = 16;
+};
+
 // Blocks along the diagonal, and in which order.
 struct RankUpdateRow {
-    int plain, transposed; // columns of a block, for X = A and for X = A': one after the other
-    int leaf;              // a block is halved down to this size
-    int order;             // triangles up to this size take
-    int depth;             // so many steps of the products at once, so that X and Y stay in the outer cache
-    ByPanels panels[2][2]; // of one product and of two, for X = A and for X = A'
+    int plain, transposed;     // columns of a block, for X = A and for X = A': one after the other
+    int leaf;                  // a block is halved down to this size
+    int order;                 // triangles up to this size take
+    int depth;                 // so many steps of the products at once, so that X and Y stay in the outer cache
+    ByPanels panels[2][2];     // of one product and of two, for X = A and for X = A'
+    FromCopies copies[2] = {}; // of one product and of two
 };
 
 template <class T, int lanes>
@@ -64,7 +73,8 @@ constexpr RankUpdateRow rankUpdateRow<float, 8>{.plain = unlimited,
                                                 .leaf = 16,
                                                 .order = 512,
                                                 .depth = 128,
-                                                .panels = {{{256, 32}, {72, 64}}, {{512, 64}, {256, 64}}}};
+                                                .panels = {{{256, 32}, {72, 64}}, {{512, 64}, {256, 64}}},
+                                                .copies = {{44, 71}, {}}};
 template <>
 constexpr RankUpdateRow rankUpdateRow<SingleComplex, 8>{.plain = unlimited,
                                                         .transposed = unlimited,
@@ -78,14 +88,16 @@ constexpr RankUpdateRow rankUpdateRow<float, 16>{.plain = unlimited,
                                                  .leaf = 16,
                                                  .order = 512,
                                                  .depth = 256,
-                                                 .panels = {{{832, 512}, {64}}, {{832, 512}, {64}}}};
+                                                 .panels = {{{832, 512}, {64}}, {{832, 512}, {64}}},
+                                                 .copies = {{}, {64, 800}}};
 template <>
 constexpr RankUpdateRow rankUpdateRow<SingleComplex, 16>{.plain = unlimited,
                                                          .transposed = unlimited,
                                                          .leaf = 16,
                                                          .order = 512,
                                                          .depth = 256,
-                                                         .panels = {{{256, 64}, {96}}, {{1024, 64}, {96}}}};
+                                                         .panels = {{{256, 64}, {96}}, {{1024, 64}, {96}}},
+                                                         .copies = {{}, {90, 448}}};
 
 // So few columns beyond a leaf are not worth products of their own.
 constexpr int leafExcess = 2;
@@ -253,6 +265,10 @@ struct RankUpdate {
         add_beside(first, half, first + n);
         add_by_halves(first + half, n - half);
     }
+    bool goes_by_copies(int n) const {
+        const FromCopies& from = row.copies[terms - 1];
+        return transposed && n >= from.least && n <= from.most && k >= from.steps;
+    }
     bool goes_by_panels(int n) const {
         const ByPanels& from = row.panels[terms - 1][transposed];
         return n >= from.order && k >= from.steps;
@@ -280,6 +296,37 @@ void update_by_halves(const RankUpdate<symmetry, T, terms>& update, int n, S bet
     if (beta != scalar<S>(1))
         scale_triangle<symmetry>(update.uplo, n, beta, update.c);
     update.add_by_blocks(n);
+}
+
+// From copies of `copiedDepth` steps at once; false if memory is refused: nothing has been done then.
+template <Symmetry symmetry, class T, int terms, class S>
+bool update_by_copies(const RankUpdate<symmetry, T, terms>& update, int n, S beta) {
+    constexpr bool hermitian = symmetry == Symmetry::hermitian;
+    const int depth = smaller(update.k, copiedDepth);
+    const std::ptrdiff_t ld = n + (n % 32 == 0 ? 16 : 0); // columns that do not displace each other
+    const std::ptrdiff_t length = ld * depth;
+    T* const memory = static_cast<T*>(qrv_serv_allocate(terms * static_cast<std::size_t>(length) * sizeof(T), 64));
+    if (!memory)
+        return false;
+    if (beta != scalar<S>(1))
+        scale_triangle<symmetry>(update.uplo, n, beta, update.c);
+    for (int l = 0, count; l < update.k; l += count) {
+        count = smaller(depth, update.k - l);
+        auto part = update.steps(l, count);
+        part.transposed = false;
+        Matrix<T> copy[terms];
+        for (int t = 0; t < terms; ++t) {
+            copy[t] = {memory + t * length, ld};
+            transpose_rectangle<hermitian, T>(count, n, part.term[t].x, copy[t]);
+        }
+        for (int t = 0; t < terms; ++t) {
+            part.term[t].x = copy[t];
+            part.term[t].y = copy[terms - 1 - t];
+        }
+        part.add_by_blocks(n);
+    }
+    qrv_serv_deallocate(memory);
+    return true;
 }
 
 // One walk for each product; by halves if memory is refused.
@@ -316,6 +363,8 @@ void update_triangle(const RankUpdate<symmetry, T, terms>& update, int n, S beta
             scale_triangle<symmetry>(update.uplo, n, beta, update.c);
         return;
     }
+    if (update.goes_by_copies(n) && update_by_copies(update, n, beta))
+        return;
     if (update.goes_by_panels(n))
         return update_by_panels(update, n, beta);
     update_by_halves(update, n, beta);
