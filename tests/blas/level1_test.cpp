@@ -79,6 +79,9 @@ TEST_OF_ELEMENTS(Level1, AllLengthsAndStarts) {
             if (n <= 80 || pair % 8 == n % 8)
                 check<T>({.n = n, .startx = pair % 4 + 4 * (n % 3 + 1), .starty = pair / 4 + 4 * (n / 3 % 4)});
     check<T>({.n = 5000, .startx = 1, .starty = 3});
+    GuardedVector<T> many(70000);
+    std::minstd_rand random;
+    check_norms(many.fill([&] { return any_size_one<T>(random); }), eps);
 }
 
 TEST_OF_ELEMENTS(Level1, Increments) {

@@ -123,13 +123,16 @@ template <class T>
     return largest_magnitude(n, x);
 }
 
-constexpr int magnitudeBlock = isWide ? 32 * Vec::lanes : 512; // elements
+// Elements of a block. To find the winner in its block may take as long again as the block did, so blocks are long only
+// where there are many of them.
+constexpr int magnitudeBlock = isWide ? 32 * Vec::lanes : 512, longBlock = 256 * Vec::lanes, longBlocks = 16;
 
 // Position of the winner among n elements without gaps. Block by block the largest magnitude is compared with the best
 // so far; where in its block the winner lies is found at the end.
 template <class T>
 [[gnu::noinline]] int position_by_blocks(int n, const T* x) {
-    const auto block_at = [n](int i) { return n - i < magnitudeBlock ? n - i : magnitudeBlock; };
+    const int block = n < longBlocks * longBlock ? magnitudeBlock : longBlock;
+    const auto block_at = [=](int i) { return n - i < block ? n - i : block; };
     float best = -1;
     int bestBlock = 0;
     bool allNumbers = true;
