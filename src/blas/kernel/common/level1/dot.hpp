@@ -11,8 +11,8 @@
 
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
-// As many additions as are under way at once. Of complex elements vectors of 128 bits have three and three, twice in a
-// pass: four took 1.15 times as long, whatever the pass, and passes of three depended more on where their code lies.
+// As many additions as are under way at once. Of complex elements vectors of 128 bits have three and three, a pass
+// each: four took 1.15 times as long, whatever the pass.
 template <class T>
 constexpr int dotSums = isComplex<T> && !isWide ? 3 : 4;
 
@@ -45,15 +45,15 @@ struct DotStep<float> {
 template <>
 struct DotStep<SingleComplex> {
     static constexpr bool readsX = true, readsY = true, writesX = false, writesY = false;
-    static constexpr int sumCount = dotSums<SingleComplex>, unit = 2, pass = 2 * sumCount * Vec::lanes;
+    static constexpr int sumCount = dotSums<SingleComplex>, unit = 2, pass = sumCount * Vec::lanes;
     Vec straight[sumCount] = {}, crossed[sumCount] = {};
 
     void operator()(int slot, Vec& x, Vec& y) {
         x = loaded_once(x);
         const Vec swapped = parts_swapped(y);
         Vec &re = straight[slot % sumCount], &im = crossed[slot % sumCount];
-        re = loaded_once(multiply_add(x, y, re)); // in this order, not mixed with the next vector's
-        im = loaded_once(multiply_add(x, swapped, im));
+        re = multiply_add(x, y, re);
+        im = multiply_add(x, swapped, im);
     }
     template <bool conjugated>
     SingleComplex result() const {
