@@ -41,8 +41,8 @@ QRV_DECLARE_PLAN_PIECES
 void plan_load_for(VectorForm form, GemmPlan<float>* plan);
 void plan_load_for(VectorForm form, GemmPlan<SingleComplex>* plan);
 // What the route of a product depends on. `conflicting`: columns of A, which is not transposed, displace each other in
-// the innermost cache. `shortColumns`: those of A, which alone is transposed, have few elements and follow each other
-// without gaps.
+// the innermost cache. `shortColumns`: those of A, which is transposed, have few elements and follow each other without
+// gaps.
 struct GemmShape {
     bool transposedA, transposedB, conjugatedA, conjugatedB, conflicting, shortColumns;
     int m, n, k;

@@ -153,7 +153,7 @@ struct FewVectors {
     int leastResults = 0, leastSteps = 0, mostSteps = 0;
 };
 constexpr int any = 0x7fffffff;
-using FewVectorsOfForm = FewVectors[8][2]; // for 2, 3, 4, 5, 6, 7 to 8, 9 to 12 and more: two ranges
+using FewVectorsOfForm = FewVectors[8][3]; // for 2, 3, 4, 5, 6, 7 to 8, 9 to 12 and more: up to three ranges
 constexpr int group_of(int vectors) {
     return vectors <= 6 ? vectors - 2 : vectors <= 8 ? 5 : vectors <= 12 ? 6 : 7;
 }
@@ -164,9 +164,9 @@ constexpr FewVectorsOfForm fewRows[2] = {
      {{64, 24, any}, {32, 32, any}},
      {{32, 32, any}, {16, 256, any}},
      {{64, 64, any}}},
-    {{{64, 6, any}, {16, 24, any}},
-     {{64, 15, any}, {32, 32, any}},
-     {{64, 20, any}, {32, 32, any}},
+    {{{64, 4, any}, {16, 24, any}},
+     {{64, 15, any}, {32, 32, any}, {16, 256, any}},
+     {{64, 20, any}, {32, 32, any}, {16, 1024, any}},
      {{32, 32, any}},
      {{64, 256, any}},
      {{256, 256, any}},
@@ -191,9 +191,9 @@ constexpr FewVectorsOfForm fewColumns[2][2] = {
       {{64, 256, any}}}},
     {{{{256, 1, 24}}, {{1000, 1, 4}}, {{1000, 1, 4}}}, {}},
 };
-// Of A transposed, but not B, whose columns of few elements follow each other without gaps, as SGEMV likes them.
+// Of A transposed, whose columns of few elements follow each other without gaps, as SGEMV likes them.
 constexpr FewVectorsOfForm fewColumnsOfShort[] = {
-    {{{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}},
+    {{{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}, {{16, 2, 2}}, {{256, 2, 2}}},
     {{{64, 2, 8}}, {{64, 2, 4}}, {{64, 2, 4}}, {{256, 2, 4}}, {{256, 2, 3}}, {{256, 2, 3}}, {{256, 2, 2}}},
     {{{64, 2, 4}, {64, 8, 8}},
      {{64, 2, 4}, {64, 8, 8}},
@@ -203,6 +203,8 @@ constexpr FewVectorsOfForm fewColumnsOfShort[] = {
      {{256, 2, 3}, {1000, 4, 4}},
      {{256, 2, 2}}},
 };
+
+constexpr int shortSteps = 8;
 
 QRV_INLINE bool are_few(const FewVectorsOfForm& form, int vectors, int results, int steps) {
     for (const FewVectors& few : form[group_of(vectors)])
@@ -221,7 +223,7 @@ bool goes_by_columns(VectorForm form, const GemmShape& p) {
         return true;
     const int f = static_cast<int>(form);
     return (form != VectorForm::avx512 && are_few(fewColumns[f][p.transposedA ? 1 : 0], p.n, p.m, p.k)) ||
-           (p.shortColumns && are_few(fewColumnsOfShort[f], p.n, p.m, p.k));
+           (p.shortColumns && (!p.transposedB || p.n <= 4) && are_few(fewColumnsOfShort[f], p.n, p.m, p.k));
 }
 template <class T>
 bool goes_by_rows(VectorForm form, const GemmShape& p) {
@@ -298,7 +300,7 @@ Gemv<T>* gemv_of(VectorForm form) {
     return kernel(blas_sgemv_kernel, blas_cgemv_kernel);
 }
 
-// op(A) times each column, or op(B)^T times what were rows.
+// op(A) times each column, or op(B)^T times what were rows. A vector of few steps is brought together first.
 template <class T>
 void multiply_vectors(bool byColumns, VectorForm form, QRV_GEMM_PARAMETERS(T)) {
     const std::ptrdiff_t rowOfA = transposes(*transa) ? *lda : 1, stepOfA = transposes(*transa) ? 1 : *lda;
@@ -307,9 +309,16 @@ void multiply_vectors(bool byColumns, VectorForm form, QRV_GEMM_PARAMETERS(T)) {
                               std::ptrdiff_t nextX, int incx, std::ptrdiff_t nextY, int incy) {
         const bool transposed = transposes(*trans);
         const int rows = transposed ? *k : results, columns = transposed ? results : *k;
-        for (int i = 0; i < vectors; ++i)
-            gemv_of<T>(form)(trans, &rows, &columns, alpha, matrix, ld, x + i * nextX, &incx, beta, c + i * nextY,
-                             &incy);
+        T together[shortSteps];
+        const bool apart = incx != 1 && *k <= shortSteps;
+        const int step = apart ? 1 : incx;
+        for (int i = 0; i < vectors; ++i) {
+            const T* vector = x + i * nextX;
+            for (int l = 0; apart && l < *k; ++l)
+                together[l] = vector[std::ptrdiff_t{l} * incx];
+            gemv_of<T>(form)(trans, &rows, &columns, alpha, matrix, ld, apart ? together : vector, &step, beta,
+                             c + i * nextY, &incy);
+        }
     };
     if (byColumns)
         multiply(transa, *m, a, lda, *n, b, columnOfB, static_cast<int>(stepOfB), *ldc, 1);
@@ -360,7 +369,7 @@ QRV_INLINE GemmShape shape_of(const char* transa, const char* transb, const int*
                               const int* lda) {
     const Op opA = op_of(*transa), opB = op_of(*transb);
     const bool conflicting = *lda % conflictingColumns<T> == 0 && !transposes(opA) && *n >= leastConflictingColumns;
-    const bool shortColumns = *k <= 8 && *lda == *k && transposes(opA) && !transposes(opB);
+    const bool shortColumns = *k <= shortSteps && *lda == *k && transposes(opA);
     return {transposes(opA), transposes(opB), conjugates(opA), conjugates(opB), conflicting, shortColumns, *m, *n, *k};
 }
 
