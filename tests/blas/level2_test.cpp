@@ -56,6 +56,21 @@ TEST(Level2, LargeOnesOfEveryRoutine) {
     each_routine(true, [&](const auto& routine) { check_sizes(routine, true, turns); });
 }
 
+// Above 20 MB lines of the next pass are asked for.
+TEST(Level2, MatricesFromMemory) {
+    Turns turns;
+    each_routine(true, [&]<class T>(const Routine<T>& routine) {
+        if (routine.operation.banded)
+            return;
+        const int n = isComplex<T> ? 1627 : 2301;
+        for (Shape p : every_option<T>(routine.operation)) {
+            p.m = p.n = n;
+            if (turns.one_in(3))
+                check_builds(routine, turns.vary(p, true));
+        }
+    });
+}
+
 // Callers compare results of the same matrix in other places: passes that begin on a vector of memory sum alike.
 TEST(Level2, ProductsDoNotDependOnThePlaceOfTheMatrix) {
     each_routine(true, []<class T>(const Routine<T>& routine) {

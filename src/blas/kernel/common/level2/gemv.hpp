@@ -18,7 +18,7 @@
 namespace qrv::kernel::QRV_KERNEL_BUILD {
 
 // y := y + the sum of column k of A times s[k]
-template <int columns, class T>
+template <int columns, bool far = false, class T>
 void add_columns(int m, const T* a, std::ptrdiff_t lda, const T* s, T* y) {
     const ColumnStarts<columns, const T> column(a, lda);
     Factor<T> factor[columns];
@@ -44,8 +44,13 @@ void add_columns(int m, const T* a, std::ptrdiff_t lda, const T* s, T* y) {
     int i = rows_to_vector(m, a, lda);
     if (i > 0)
         rows(0, [=](const T* p) { return Pack<T>::load(p, i); }).store(y, i);
+    const auto whole_rows = [&](int at) __attribute__((always_inline)) {
+        rows(at, [](const T* p) { return Pack<T>::load(p); }).store(y + at);
+    };
+    if constexpr (far)
+        i = rows_asking_ahead(i, m, column, lda, whole_rows);
     for (; m - i >= Pack<T>::count; i += Pack<T>::count)
-        rows(i, [](const T* p) { return Pack<T>::load(p); }).store(y + i);
+        whole_rows(i);
     if (i < m)
         rows(i, [=](const T* p) { return Pack<T>::load(p, m - i); }).store(y + i, m - i);
 }
@@ -93,7 +98,7 @@ void add_to_few_rows(int m, int n, const T* a, std::ptrdiff_t lda, const T* s, T
 }
 
 // dots[k] := the dot product of op(column k of A) and x
-template <int columns, bool conjugated, class T>
+template <int columns, bool conjugated, bool far = false, class T>
 void dot_columns(int m, const T* a, std::ptrdiff_t lda, const T* x, T* dots) {
     const ColumnStarts<columns, const T> column(a, lda);
     DotSum<conjugated, T> sums[columns];
@@ -112,8 +117,13 @@ void dot_columns(int m, const T* a, std::ptrdiff_t lda, const T* x, T* dots) {
         if (first > 0)
             rows(first - Pack<T>::count,
                  [=](const T* p) { return Pack<T>::load(p, Pack<T>::range(Pack<T>::count - first, Pack<T>::count)); });
+    const auto whole_rows = [&](int at) __attribute__((always_inline)) {
+        rows(at, [](const T* p) { return Pack<T>::load(p); });
+    };
+    if constexpr (far)
+        i = rows_asking_ahead(i, m, column, lda, whole_rows);
     for (; m - i >= Pack<T>::count; i += Pack<T>::count)
-        rows(i, [](const T* p) { return Pack<T>::load(p); });
+        whole_rows(i);
     if (i < m)
         rows(i, [=](const T* p) { return Pack<T>::load(p, m - i); });
     if constexpr (isBeyondQuads<T>)
@@ -152,12 +162,12 @@ template <class T>
 }
 
 // y := y + A*s for a block of A
-template <class T>
+template <bool far, class T>
 void add_block_product(int m, int n, Matrix<const T> a, const T* s, T* y) {
     if (is_low<T>(m))
         return add_low_product(m, n, a, s, y);
-    in_passes<columnsAtOnce<T>>(0, n,
-                                [&](auto columns, int j) { add_columns<columns()>(m, a.column(j), a.ld, s + j, y); });
+    in_passes<columnsAtOnce<T>>(
+        0, n, [&](auto columns, int j) { add_columns<columns(), far>(m, a.column(j), a.ld, s + j, y); });
 }
 
 // Rows of a block. Of a y that is not brought together they may be more: beyond the second-level cache longer pieces of
@@ -176,7 +186,7 @@ template <class T>
 }
 
 // y := y + alpha*A*x
-template <class T>
+template <bool far, class T>
 void add_product(int m, int n, T alpha, Matrix<const T> a, StridedVector<const T> x, StridedVector<T> y) {
     constexpr int block = blockElements<T>;
     alignas(64) T scaled[block], buffer[block];
@@ -190,14 +200,14 @@ void add_product(int m, int n, T alpha, Matrix<const T> a, StridedVector<const T
         for (int i = 0, rows; i < m; i += rows) {
             rows = smaller(rowBlock, m - i);
             T* const yi = gathered(y, i, rows, buffer);
-            add_block_product(rows, columns, a.block(i, j), xj, yi);
+            add_block_product<far>(rows, columns, a.block(i, j), xj, yi);
             scatter(y, i, rows, yi);
         }
     }
 }
 
 // y := y + alpha*op(A)*x, where op transposes and conjugates or not.
-template <bool conjugated, class T>
+template <bool conjugated, bool far, class T>
 void add_transposed_product(int m, int n, T alpha, Matrix<const T> a, StridedVector<const T> x, StridedVector<T> y) {
     constexpr int block = blockElements<T>;
     alignas(64) T dots[block], buffer[block];
@@ -208,7 +218,7 @@ void add_transposed_product(int m, int n, T alpha, Matrix<const T> a, StridedVec
         for (int j = 0, columns; j < n; j += columns) {
             columns = smaller(block, n - j);
             in_passes<columnsAtOnce<T>>(0, columns, [&](auto inPass, int k) {
-                dot_columns<inPass(), conjugated>(rows, &a(i, j + k), a.ld, xi, dots + k);
+                dot_columns<inPass(), conjugated, far>(rows, &a(i, j + k), a.ld, xi, dots + k);
             });
             add_scaled(y, j, columns, alpha, dots);
         }
@@ -230,16 +240,18 @@ template <bool conjugated, class T>
     });
 }
 
-// y := y + alpha*op(A)*x in blocks.
+// y := y + alpha*op(A)*x in blocks, for a part of an `allRows` x `allColumns` matrix.
 template <class T>
 [[gnu::noinline]] void gemv_by_blocks(Op op, int m, int n, T alpha, Matrix<const T> a, StridedVector<const T> x,
-                                      StridedVector<T> y) {
-    if (!transposes(op))
-        add_product(m, n, alpha, a, x, y);
-    else if (isComplex<T> && op == Op::adjoint)
-        add_transposed_product<isComplex<T>>(m, n, alpha, a, x, y);
-    else
-        add_transposed_product<false>(m, n, alpha, a, x, y);
+                                      StridedVector<T> y, int allRows, int allColumns) {
+    near_or_far<T, Passes::oneHalf>(allRows, allColumns, [&](auto far) {
+        if (!transposes(op))
+            add_product<far()>(m, n, alpha, a, x, y);
+        else if (isComplex<T> && op == Op::adjoint)
+            add_transposed_product<isComplex<T>, far()>(m, n, alpha, a, x, y);
+        else
+            add_transposed_product<false, far()>(m, n, alpha, a, x, y);
+    });
 }
 
 //   A        m x n, stored: op(A) is n x m if op transposes; read once, and not at all for alpha = 0
@@ -279,7 +291,7 @@ QRV_INLINE void gemv(Op op, int m, int n, T alpha, Matrix<const T> a, const T* x
             if (!transposed && is_low<T>(m) && (n <= fewColumns || alpha == scalar<T>(1)))
                 return alpha == scalar<T>(1) ? add_low_product(m, n, a, x, y) : add_small_product(m, n, alpha, a, x, y);
         }
-    gemv_by_blocks<T>(op, m, n, alpha, a, {transposed ? m : n, x, incx}, ys);
+    gemv_by_blocks<T>(op, m, n, alpha, a, {transposed ? m : n, x, incx}, ys, m, n);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -47,8 +47,12 @@ void ger(int m, int n, T alpha, const T* x, int incx, const T* y, int incy, Matr
                 s[0][k] = alpha * conj_if<conjugated>(ys[j + k]);
                 all = all && !left_alone(j + k, s[0][k]);
             }
-            if (all)
-                return update_columns<Corner::none>(rows, &a(i, j), a.ld, s, v);
+            if (all) {
+                near_or_far<T, Passes::update>(m, n, [&](auto fromMemory) {
+                    update_columns<Corner::none, fromMemory()>(rows, &a(i, j), a.ld, s, v);
+                });
+                return;
+            }
             for (int k = 0; k < columns(); ++k)
                 if (const T single[1][1] = {{s[0][k]}}; !left_alone(j + k, s[0][k]))
                     update_columns<Corner::none>(rows, &a(i, j + k), a.ld, single, v);

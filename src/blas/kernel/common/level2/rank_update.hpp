@@ -30,7 +30,7 @@ QRV_INLINE bool on_boundaries(const T* a, std::ptrdiff_t lda) {
 
 // Column k of A is added x[t] times s[t][k] for each term t, in m rows; of a corner, its triangle. A pack of each
 // vector is loaded once for all columns.
-template <Corner corner, int columns, int terms, class T>
+template <Corner corner, bool far = false, int columns, int terms, class T>
 void update_columns(int m, T* a, std::ptrdiff_t lda, const T (&s)[terms][columns], UpdateVectors<terms, T> v) {
     constexpr int count = Pack<T>::count;
     const ColumnStarts<columns, T> column(a, lda);
@@ -78,12 +78,17 @@ void update_columns(int m, T* a, std::ptrdiff_t lda, const T (&s)[terms][columns
         rows(i, first, [=](int) { return first; });
         i += first;
     }
+    const auto whole_rows = [&](int at) __attribute__((always_inline)) {
+        rows(at, All{}, [](int) { return All{}; });
+    };
+    if constexpr (far)
+        i = rows_asking_ahead(i, end, column, lda, whole_rows);
     if constexpr (Vec::lanes == 16 || (isComplex<T> && Vec::lanes == 4))
         if (on_boundaries(a + i, lda))
             for (; end - i >= count; i += count)
                 rows(i, All{}, [](int) { return AllAligned{}; });
     for (; end - i >= count; i += count)
-        rows(i, All{}, [](int) { return All{}; });
+        whole_rows(i);
     if (i < end)
         rows(i, end - i, [=](int) { return end - i; });
     if constexpr (corner == Corner::last && wholeCorner)

@@ -42,7 +42,7 @@ struct VectorPair {
 // Both halves for some columns of m rows: v.y := v.y + A*s, dots[k] := the dot product of the conjugate of column k and
 // v.x. Each element is loaded once for both. Of a corner only the triangle is stored, and its diagonal is left out
 // here.
-template <int columns, Corner corner, class T>
+template <int columns, Corner corner, bool far = false, class T>
 void add_both_halves(int m, const T* a, std::ptrdiff_t lda, const T* s, VectorPair<T> v, T* dots) {
     constexpr int count = Pack<T>::count;
     const ColumnStarts<columns, const T> column(a, lda);
@@ -93,6 +93,8 @@ void add_both_halves(int m, const T* a, std::ptrdiff_t lda, const T* s, VectorPa
     const auto whole_rows = [&](int at) __attribute__((always_inline)) {
         rows(at, [](const T* p) { return Pack<T>::load(p); }).store(v.y + at);
     };
+    if constexpr (far)
+        i = rows_asking_ahead(i, end, column, lda, whole_rows);
     for (; end - i >= 2 * count; i += 2 * count) {
         whole_rows(i);
         whole_rows(i + count);
@@ -130,21 +132,21 @@ void add_diagonal_block(Uplo uplo, int n, T alpha, Matrix<const T> a, VectorPair
 }
 
 // A block beside the diagonal, which stands for itself and for its transpose.
-template <class T>
+template <bool far, class T>
 void add_block_and_transpose(int m, int n, T alpha, Matrix<const T> a, VectorPair<T> rows, VectorPair<T> columns) {
     in_passes<columnsOfBothHalves<T>>(0, n, [&](auto inPass, int j) {
         constexpr int count = inPass();
         T s[count], dots[count];
         for (int k = 0; k < count; ++k)
             s[k] = alpha * columns.x[j + k];
-        add_both_halves<count, Corner::none>(m, a.column(j), a.ld, s, rows, dots);
+        add_both_halves<count, Corner::none, far>(m, a.column(j), a.ld, s, rows, dots);
         for (int k = 0; k < count; ++k)
             columns.y[j + k] += alpha * dots[k];
     });
 }
 
 // What the columns of a strip of the triangle stand for, with their mirror images: y := alpha*A*x + y for these.
-template <class T>
+template <bool far, class T>
 void add_strip(Uplo uplo, int n, int firstColumn, int endColumn, T alpha, Matrix<const T> a, StridedVector<const T> x,
                StridedVector<T> y) {
     constexpr int block = blockElements<T>;
@@ -157,7 +159,7 @@ void add_strip(Uplo uplo, int n, int firstColumn, int endColumn, T alpha, Matrix
         for (int i = uplo == Uplo::upper ? 0 : j + columns, rows; i < end; i += rows) {
             rows = smaller(block, end - i);
             const VectorPair<T> vi{gathered(x, i, rows, buffers[2]), gathered(y, i, rows, buffers[3])};
-            add_block_and_transpose(rows, columns, alpha, a.block(i, j), vi, vj);
+            add_block_and_transpose<far>(rows, columns, alpha, a.block(i, j), vi, vj);
             scatter(y, i, rows, vi.y);
         }
         scatter(y, j, columns, vj.y);
@@ -194,7 +196,9 @@ void symv(Uplo uplo, int n, T alpha, Matrix<const T> a, const T* x, int incx, T 
         if (alpha != 0 && n <= elementwiseSymvUpTo<T>)
             return add_elements(uplo, n, alpha, a, {n, x, incx}, ys);
     if (alpha != scalar<T>(0))
-        add_strip<T>(uplo, n, 0, n, alpha, a, {n, x, incx}, ys);
+        near_or_far<T, Passes::bothHalves>(n, n, [&](auto far) {
+            add_strip<far(), T>(uplo, n, 0, n, alpha, a, {n, x, incx}, ys);
+        });
 }
 
 // The same with a strip alone: the last columns of an upper triangle, or the first ones of a lower triangle. All of y
@@ -208,7 +212,9 @@ void symv_strip(Uplo uplo, int n, int columns, T alpha, Matrix<const T> a, const
     const StridedVector<T> ys(n, y, incy);
     scale(ys, n, beta);
     const int first = uplo == Uplo::upper ? n - columns : 0;
-    add_strip<T>(uplo, n, first, first + columns, alpha, a, {n, x, incx}, ys);
+    near_or_far<T, Passes::bothHalves>(n, columns, [&](auto far) {
+        add_strip<far(), T>(uplo, n, first, first + columns, alpha, a, {n, x, incx}, ys);
+    });
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

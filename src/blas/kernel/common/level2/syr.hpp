@@ -84,15 +84,15 @@ void update_column(int first, int end, T* column, const T (&s)[terms], const Upd
 
 // The columns from j on, as many as s has, as far as they lie in rows `start` to `end` - 1 of the triangle. They meet
 // the diagonal either there in full or not at all.
-template <int columns, int terms, class T>
+template <bool far, int columns, int terms, class T>
 void update_triangle_columns(Uplo uplo, int start, int end, int j, const T (&s)[terms][columns],
                              const UpdateVectors<terms, T>& v, Matrix<T> a) {
     if (j < start || j >= end)
-        update_columns<Corner::none>(end - start, &a(start, j), a.ld, s, v);
+        update_columns<Corner::none, far>(end - start, &a(start, j), a.ld, s, v);
     else if (uplo == Uplo::upper)
-        update_columns<Corner::last>(j + columns - start, &a(start, j), a.ld, s, v);
+        update_columns<Corner::last, far>(j + columns - start, &a(start, j), a.ld, s, v);
     else
-        update_columns<Corner::first>(end - j, &a(j, j), a.ld, s, v.from(j - start));
+        update_columns<Corner::first, far>(end - j, &a(j, j), a.ld, s, v.from(j - start));
 }
 
 // Orders of whole real triangles that are cheaper element by element: what a vector would store of a column in part the
@@ -118,7 +118,7 @@ template <int terms>
     }
 }
 
-template <int terms, class Alpha, class T>
+template <bool far, int terms, class Alpha, class T>
 void update_triangle(TriangleBand band, Alpha alpha, const UpdateSources<terms, T>& sources, Matrix<T> a) {
     constexpr int block = blockElements<T>;
     alignas(64) T buffers[terms][block];
@@ -142,7 +142,7 @@ void update_triangle(TriangleBand band, Alpha alpha, const UpdateSources<terms, 
                 singly = singly || sources.all_zero(j + k);
             }
             if (!singly)
-                update_triangle_columns(band.uplo, start, end, j, s, v, a);
+                update_triangle_columns<far>(band.uplo, start, end, j, s, v, a);
             for (int k = 0; k < columns(); ++k) {
                 const int jk = j + k;
                 if (singly && !sources.all_zero(jk)) {
@@ -165,7 +165,8 @@ void syr(TriangleBand band, float alpha, StridedVector<const T> x, Matrix<T> a) 
         if (alpha != 0 && band.rows == band.columns && band.rows <= elementwiseUpTo<1, T>)
             return update_elements<1>(band.uplo, band.rows, alpha, {{x}}, a);
     if (alpha != 0)
-        update_triangle<1, float, T>(band, alpha, {{x}}, a);
+        near_or_far<T, Passes::update>(band.rows, band.columns,
+                                       [&](auto far) { update_triangle<far(), 1, float, T>(band, alpha, {{x}}, a); });
 }
 template <class T>
 void syr2(TriangleBand band, T alpha, StridedVector<const T> x, StridedVector<const T> y, Matrix<T> a) {
@@ -174,7 +175,9 @@ void syr2(TriangleBand band, T alpha, StridedVector<const T> x, StridedVector<co
         if (alpha != 0 && band.rows == band.columns && band.rows <= elementwiseUpTo<2, T>)
             return update_elements<2>(band.uplo, band.rows, alpha, {{x, y}}, a);
     if (alpha != scalar<T>(0))
-        update_triangle<2, T, T>(band, alpha, {{x, y}}, a);
+        near_or_far<T, Passes::update>(band.rows, band.columns, [&](auto far) {
+            update_triangle<far(), 2, T, T>(band, alpha, {{x, y}}, a);
+        });
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

@@ -13,6 +13,7 @@
 
 #include "blas/assert.hpp"
 #include "blas/complex.hpp"
+#include "blas/kernel/common/level2/gemv.hpp"
 #include "blas/kernel/common/level2/strided_vector.hpp"
 #include "blas/kernel/common/level2/triangle.hpp"
 #include "blas/kernel/kernels.hpp"
@@ -61,6 +62,11 @@ void triangular(Op op, const Triangle<T>& t, T* p, int inc) {
     const T one = scalar<T>(1), sign = scalar<T>(action == Action::multiply ? 1 : -1);
     // y := y +- op(A)*x for a block of A and two parts of x.
     const auto multiply_block = [&](int m, int n, const T* a, int from, int to) {
+        if constexpr (action == Action::multiply)
+            if (is_far<T, Passes::oneHalf>(t.n, t.n)) // which a block alone is not
+                return gemv_by_blocks<T>(op, m, n, one, {a, lda},
+                                         {transposed ? m : n, address_of(x, from, transposed ? m : n), inc},
+                                         {transposed ? n : m, address_of(x, to, transposed ? n : m), inc}, t.n, t.n);
         const auto& gemv = action == Action::multiply ? TriangularFamily<T>::serial_gemv : TriangularFamily<T>::gemv;
         gemv(&trans, &m, &n, &sign, a, &lda, address_of(x, from, transposed ? m : n), &inc, &one,
              address_of(x, to, transposed ? n : m), &inc);
