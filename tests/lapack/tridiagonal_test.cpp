@@ -447,11 +447,11 @@ TEST(Tridiagonal, IntervalsOfAList) {
 
 // Intervals that are too wide, too narrow, or beside their value become as wide as was asked for, and hold it.
 TEST(Tridiagonal, IntervalsAreRefined) {
-    const int n = 30, offset = 4, first = 5, last = 20, twist = 12;
+    const int n = 30, offset = 4, first = 5, last = 20;
     const SecondDifference t(n);
     const float tiny = 1e-30F, diameter = 4;
-    combine({0.0F, 0.05F}, {1e-2F, 4e-6F}, {0.02F, 0.0F, -0.3F, 0.3F})
-        .each([&](float ofGap, float ofValue, float error) {
+    combine({0.0F, 0.05F}, {1e-2F, 4e-6F}, {0.02F, 0.0F, -0.3F, 0.3F}, {12, 0, n + 1}) // the last two mean n
+        .each([&](float ofGap, float ofValue, float error, int twist) {
             GuardedVector<float> w(last - offset), werr(last - offset), gap(last - offset);
             for (int k = first; k <= last; ++k) {
                 w[k - offset - 1] = static_cast<float>(t.value(k)) + error;
