@@ -1,6 +1,8 @@
 // LAPACK's own regions on teams: factors are right, whatever the team and the work memory that is there.
 #include <chrono>
 
+#include "blas/thread/common/far_cores.hpp"
+#include "blas/thread/common/team_omp.hpp"
 #include "lapack/calls/bidiagonal.hpp"
 #include "lapack/calls/nonsymmetric.hpp"
 #include "lapack/calls/symmetric.hpp"
@@ -74,6 +76,28 @@ TEST_F(TeamsOnBusyCores, ATeamThatIsKeptIsLeftWhereItWasWaitedFor) {
     }
     EXPECT_GT(noted, 6);
     EXPECT_EQ(left, noted);
+}
+
+TEST_F(TeamsOnBusyCores, SoAreThoseOfFarCores) {
+    EXPECT_TRUE(cores_are_far(std::chrono::nanoseconds(-1)));
+    EXPECT_FALSE(cores_are_far(std::chrono::seconds(1)));
+    const auto threads = [] {
+        aloneUntil = 0;
+        std::atomic<int> others = 0;
+        on_team(2, [&](int, int) { others += omp_get_thread_num(); });
+        return 1 + others;
+    };
+    EXPECT_EQ(threads(), 2);
+    withoutTeams = true;
+    {
+        const NearTeams inner(300, 400);
+        EXPECT_EQ(threads(), 1);
+    }
+    EXPECT_EQ(threads(), 1);
+    std::jthread([&] { EXPECT_EQ(threads(), 2); }).join();
+    qrv_serv_set_dynamic(0);
+    EXPECT_EQ(threads(), 2);
+    withoutTeams = false;
 }
 
 // A band of 80 columns with 10 diagonals on each side.

@@ -46,9 +46,12 @@ constexpr bool is_alone(Ticks until, Ticks now) {
 
 inline std::atomic<Ticks> aloneUntil{0}; // for all threads of the process
 
+// Of the calling thread, whatever was measured here (far_cores.hpp).
+inline thread_local bool withoutTeams = false;
+
 // With dynamic adjustment off teams are as requested.
 inline bool goes_alone(Ticks now) {
-    return is_alone(aloneUntil.load(std::memory_order_relaxed), now) && qrv_serv_get_dynamic();
+    return (withoutTeams || is_alone(aloneUntil.load(std::memory_order_relaxed), now)) && qrv_serv_get_dynamic();
 }
 
 // Losses of a calling thread that do not count: of a new team, whose threads may begin on the caller's core until the

@@ -8,6 +8,7 @@
 // computations, J. Comput. Appl. Math. 27 (1989).
 #include <algorithm>
 
+#include "blas/thread/common/far_cores.hpp"
 #include "lapack/calls/symmetric.hpp"
 #include "lapack/kernel/source/symmetric/sytrd.hpp"
 #include "lapack/workspace.hpp"
@@ -22,6 +23,9 @@ namespace {
 // n = 500 and 0.58 for n = 1000, but 1.8, 1.5 and 0.86 as long as their cores were far from each other. Panels are as
 // for one thread then: with those of teams it was 0.79 for n = 500 and 0.60 for n = 1000.
 constexpr int wideTeamOrder = 450;
+// On far cores two threads took 1.12, 1.33 and 1.06 of the time of one for n = 300, 600 and 800, what one does for both
+// 1.02 and 1.2.
+constexpr int farTeamOrder = 700;
 
 int sytrd_threads(int n) {
     const bool wide = vector_form_in_use() != VectorForm::sse;
@@ -95,6 +99,7 @@ std::int64_t sytrd_work(int n) {
 void sytrd(Uplo uplo, int n, Matrix<float> a, float* d, float* e, float* tau, float* work, int lwork) {
     if (n == 0)
         return;
+    const NearTeams teams(n, farTeamOrder);
     const int threads = sytrd_threads(n), tail = threads > 1 ? std::max(1, tuning::crossover("SSYTD2", n)) : n;
     sytrd_in_panels(threads, choose_panels(n, lwork, threads), tail, uplo, n, a, d, e, tau, {work, n});
     work[0] = work_size<float>(sytrd_work(n, threads));
