@@ -76,9 +76,9 @@ struct IsFar {
     constexpr bool operator()() const { return far; }
 };
 template <class T, Passes passes, class Product>
-QRV_INLINE void near_or_far(int m, int n, const Product& product) {
+QRV_INLINE void near_or_far(bool far, const Product& product) {
     if constexpr (asksAhead<T, passes>)
-        if (is_far<T, passes>(m, n))
+        if (far)
             return product(IsFar<true>{});
     product(IsFar<false>{});
 }

@@ -240,11 +240,11 @@ template <bool conjugated, class T>
     });
 }
 
-// y := y + alpha*op(A)*x in blocks, for a part of an `allRows` x `allColumns` matrix.
+// y := y + alpha*op(A)*x in blocks, for a part of a matrix that is far or not.
 template <class T>
 [[gnu::noinline]] void gemv_by_blocks(Op op, int m, int n, T alpha, Matrix<const T> a, StridedVector<const T> x,
-                                      StridedVector<T> y, int allRows, int allColumns) {
-    near_or_far<T, Passes::oneHalf>(allRows, allColumns, [&](auto far) {
+                                      StridedVector<T> y, bool isFar) {
+    near_or_far<T, Passes::oneHalf>(isFar, [&](auto far) {
         if (!transposes(op))
             add_product<far()>(m, n, alpha, a, x, y);
         else if (isComplex<T> && op == Op::adjoint)
@@ -291,7 +291,7 @@ QRV_INLINE void gemv(Op op, int m, int n, T alpha, Matrix<const T> a, const T* x
             if (!transposed && is_low<T>(m) && (n <= fewColumns || alpha == scalar<T>(1)))
                 return alpha == scalar<T>(1) ? add_low_product(m, n, a, x, y) : add_small_product(m, n, alpha, a, x, y);
         }
-    gemv_by_blocks<T>(op, m, n, alpha, a, {transposed ? m : n, x, incx}, ys, m, n);
+    gemv_by_blocks<T>(op, m, n, alpha, a, {transposed ? m : n, x, incx}, ys, is_far<T, Passes::oneHalf>(m, n));
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

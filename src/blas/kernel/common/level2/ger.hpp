@@ -36,6 +36,7 @@ void ger(int m, int n, T alpha, const T* x, int incx, const T* y, int incy, Matr
     const double bytes = static_cast<double>(m) * n * sizeof(T);
     const bool far = bytes > farBytes;
     const bool singleStream = far && (!isComplex<T> || (Pack<T>::count == 8 && bytes <= fartherBytes));
+    const bool fromMemory = is_far<T, Passes::update>(m, n);
     const int rowBlock = far && incx == 1 ? farRows : blockElements<T>;
     for (int i = 0, rows; i < m; i += rows) {
         rows = smaller(rowBlock, m - i);
@@ -48,8 +49,8 @@ void ger(int m, int n, T alpha, const T* x, int incx, const T* y, int incy, Matr
                 all = all && !left_alone(j + k, s[0][k]);
             }
             if (all) {
-                near_or_far<T, Passes::update>(m, n, [&](auto fromMemory) {
-                    update_columns<Corner::none, fromMemory()>(rows, &a(i, j), a.ld, s, v);
+                near_or_far<T, Passes::update>(fromMemory, [&](auto askAhead) {
+                    update_columns<Corner::none, askAhead()>(rows, &a(i, j), a.ld, s, v);
                 });
                 return;
             }

@@ -145,11 +145,19 @@ void add_block_and_transpose(int m, int n, T alpha, Matrix<const T> a, VectorPai
     });
 }
 
+// That of a far matrix, out of line: short calls would feel it.
+template <class T>
+[[gnu::noinline]] void add_far_block(int m, int n, T alpha, Matrix<const T> a, VectorPair<T> rows,
+                                     VectorPair<T> columns) {
+    add_block_and_transpose<asksAhead<T, Passes::bothHalves>>(m, n, alpha, a, rows, columns);
+}
+
 // What the columns of a strip of the triangle stand for, with their mirror images: y := alpha*A*x + y for these.
-template <bool far, class T>
+template <class T>
 void add_strip(Uplo uplo, int n, int firstColumn, int endColumn, T alpha, Matrix<const T> a, StridedVector<const T> x,
                StridedVector<T> y) {
     constexpr int block = blockElements<T>;
+    const bool far = is_far<T, Passes::bothHalves>(n, endColumn - firstColumn);
     alignas(64) T buffers[4][block];
     for (int j = firstColumn, columns; j < endColumn; j += columns) {
         columns = smaller(block, endColumn - j);
@@ -159,7 +167,10 @@ void add_strip(Uplo uplo, int n, int firstColumn, int endColumn, T alpha, Matrix
         for (int i = uplo == Uplo::upper ? 0 : j + columns, rows; i < end; i += rows) {
             rows = smaller(block, end - i);
             const VectorPair<T> vi{gathered(x, i, rows, buffers[2]), gathered(y, i, rows, buffers[3])};
-            add_block_and_transpose<far>(rows, columns, alpha, a.block(i, j), vi, vj);
+            if (far)
+                add_far_block(rows, columns, alpha, a.block(i, j), vi, vj);
+            else
+                add_block_and_transpose<false>(rows, columns, alpha, a.block(i, j), vi, vj);
             scatter(y, i, rows, vi.y);
         }
         scatter(y, j, columns, vj.y);
@@ -196,9 +207,7 @@ void symv(Uplo uplo, int n, T alpha, Matrix<const T> a, const T* x, int incx, T 
         if (alpha != 0 && n <= elementwiseSymvUpTo<T>)
             return add_elements(uplo, n, alpha, a, {n, x, incx}, ys);
     if (alpha != scalar<T>(0))
-        near_or_far<T, Passes::bothHalves>(n, n, [&](auto far) {
-            add_strip<far(), T>(uplo, n, 0, n, alpha, a, {n, x, incx}, ys);
-        });
+        add_strip<T>(uplo, n, 0, n, alpha, a, {n, x, incx}, ys);
 }
 
 // The same with a strip alone: the last columns of an upper triangle, or the first ones of a lower triangle. All of y
@@ -212,9 +221,7 @@ void symv_strip(Uplo uplo, int n, int columns, T alpha, Matrix<const T> a, const
     const StridedVector<T> ys(n, y, incy);
     scale(ys, n, beta);
     const int first = uplo == Uplo::upper ? n - columns : 0;
-    near_or_far<T, Passes::bothHalves>(n, columns, [&](auto far) {
-        add_strip<far(), T>(uplo, n, first, first + columns, alpha, a, {n, x, incx}, ys);
-    });
+    add_strip<T>(uplo, n, first, first + columns, alpha, a, {n, x, incx}, ys);
 }
 
 } // namespace qrv::kernel::QRV_KERNEL_BUILD

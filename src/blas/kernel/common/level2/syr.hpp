@@ -165,7 +165,7 @@ void syr(TriangleBand band, float alpha, StridedVector<const T> x, Matrix<T> a) 
         if (alpha != 0 && band.rows == band.columns && band.rows <= elementwiseUpTo<1, T>)
             return update_elements<1>(band.uplo, band.rows, alpha, {{x}}, a);
     if (alpha != 0)
-        near_or_far<T, Passes::update>(band.rows, band.columns,
+        near_or_far<T, Passes::update>(is_far<T, Passes::update>(band.rows, band.columns),
                                        [&](auto far) { update_triangle<far(), 1, float, T>(band, alpha, {{x}}, a); });
 }
 template <class T>
@@ -175,7 +175,7 @@ void syr2(TriangleBand band, T alpha, StridedVector<const T> x, StridedVector<co
         if (alpha != 0 && band.rows == band.columns && band.rows <= elementwiseUpTo<2, T>)
             return update_elements<2>(band.uplo, band.rows, alpha, {{x, y}}, a);
     if (alpha != scalar<T>(0))
-        near_or_far<T, Passes::update>(band.rows, band.columns, [&](auto far) {
+        near_or_far<T, Passes::update>(is_far<T, Passes::update>(band.rows, band.columns), [&](auto far) {
             update_triangle<far(), 2, T, T>(band, alpha, {{x, y}}, a);
         });
 }

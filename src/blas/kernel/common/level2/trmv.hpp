@@ -66,7 +66,7 @@ void triangular(Op op, const Triangle<T>& t, T* p, int inc) {
             if (is_far<T, Passes::oneHalf>(t.n, t.n)) // which a block alone is not
                 return gemv_by_blocks<T>(op, m, n, one, {a, lda},
                                          {transposed ? m : n, address_of(x, from, transposed ? m : n), inc},
-                                         {transposed ? n : m, address_of(x, to, transposed ? n : m), inc}, t.n, t.n);
+                                         {transposed ? n : m, address_of(x, to, transposed ? n : m), inc}, true);
         const auto& gemv = action == Action::multiply ? TriangularFamily<T>::serial_gemv : TriangularFamily<T>::gemv;
         gemv(&trans, &m, &n, &sign, a, &lda, address_of(x, from, transposed ? m : n), &inc, &one,
              address_of(x, to, transposed ? n : m), &inc);
